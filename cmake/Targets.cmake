@@ -1,0 +1,39 @@
+# What every target of ours has in common: warnings as errors, sanitizers, library look-up.
+
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+
+# Libraries by pkg-config name, as imported targets PkgConfig::<name> whose headers count as system
+# headers: the warnings below are for our own code.
+function(need_package target)
+  if(NOT TARGET PkgConfig::${target})
+    pkg_check_modules(${target} REQUIRED IMPORTED_TARGET GLOBAL ${ARGN})
+  endif()
+endfunction()
+
+need_package(efl elementary ecore-evas ecore-input ecore-wl2 eldbus efreet)
+
+add_library(project_flags INTERFACE)
+target_compile_options(project_flags INTERFACE
+  -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion -Wno-psabi -Werror -fno-omit-frame-pointer)
+if(SANITIZE)
+  target_compile_options(project_flags INTERFACE -fsanitize=address,undefined
+    -fno-sanitize-recover=undefined)
+  target_link_options(project_flags INTERFACE -fsanitize=address,undefined)
+endif()
+
+# platform_service(name SOURCES ... [PACKAGES imported targets] [NEEDS other services])
+# One static library per service of the Linux platform, named platform_<name>; all of them together
+# make the target platform_linux.
+function(platform_service name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;PACKAGES;NEEDS" ${ARGN})
+  add_library(platform_${name} STATIC ${ARG_SOURCES})
+  target_include_directories(platform_${name}
+    PUBLIC ${CMAKE_SOURCE_DIR}/platform/include ${CMAKE_SOURCE_DIR}/platform/linux)
+  target_link_libraries(platform_${name}
+    PRIVATE project_flags PUBLIC PkgConfig::efl Threads::Threads ${ARG_PACKAGES})
+  foreach(other IN LISTS ARG_NEEDS)
+    target_link_libraries(platform_${name} PUBLIC platform_${other})
+  endforeach()
+  set_property(GLOBAL APPEND PROPERTY PLATFORM_SERVICES platform_${name})
+endfunction()

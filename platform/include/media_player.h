@@ -1,0 +1,172 @@
+/**
+ * The set's media player: one file at a time, shown on the video plane under a window. The player
+ * calls it from the main loop; the callbacks come from a thread of the media player's own, one at a
+ * time, and none comes after player_unprepare() or player_destroy() has returned.
+ *
+ * States: NONE (no player), IDLE (created; nothing prepared, or a preparation under way), READY
+ * (prepared, stopped or played to the end), PLAYING, PAUSED. A call that does not fit the state
+ * returns PLAYER_ERROR_INVALID_STATE and changes nothing. Every function returns PLAYER_ERROR_NONE
+ * (0) or a negative error code.
+ */
+#pragma once
+
+#include <stdbool.h>
+
+#include <Evas.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef struct player_s *player_h;
+
+typedef enum {
+    PLAYER_STATE_NONE = 0,
+    PLAYER_STATE_IDLE = 1,
+    PLAYER_STATE_READY = 2,
+    PLAYER_STATE_PLAYING = 3,
+    PLAYER_STATE_PAUSED = 4,
+} player_state_e;
+
+typedef enum {
+    PLAYER_ERROR_NONE = 0,
+    PLAYER_ERROR_INVALID_PARAMETER = -22,
+    PLAYER_ERROR_OUT_OF_MEMORY = -12,
+    PLAYER_ERROR_NO_SUCH_FILE = -2,
+    PLAYER_ERROR_PERMISSION_DENIED = -13,
+    PLAYER_ERROR_INVALID_OPERATION = -38,
+    PLAYER_ERROR_INVALID_STATE = -26476542,
+    PLAYER_ERROR_NOT_SUPPORTED_FILE = -26476541,
+    PLAYER_ERROR_RESOURCE_LIMIT = -26476532,
+    /** The sound has no decoder; the picture plays on without it. */
+    PLAYER_ERROR_NOT_SUPPORTED_AUDIO_CODEC = -26476496,
+    PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC = -26476495,
+} player_error_e;
+
+typedef enum {
+    PLAYER_INTERRUPTED_COMPLETED = 0,
+    PLAYER_INTERRUPTED_BY_MEDIA = 1,
+    PLAYER_INTERRUPTED_BY_CALL = 2,
+    PLAYER_INTERRUPTED_BY_EARJACK_UNPLUG = 3,
+    /** Something else took the decoder, the display or the sound device. */
+    PLAYER_INTERRUPTED_BY_RESOURCE_CONFLICT = 4,
+} player_interrupted_code_e;
+
+/** Where the picture goes. */
+typedef enum {
+    PLAYER_DISPLAY_TYPE_OVERLAY = 0, /**< the video plane under the window */
+    PLAYER_DISPLAY_TYPE_NONE = 3,
+} player_display_type_e;
+
+/** Clockwise turn of the picture. */
+typedef enum {
+    PLAYER_DISPLAY_ROTATION_NONE = 0,
+    PLAYER_DISPLAY_ROTATION_90 = 1,
+    PLAYER_DISPLAY_ROTATION_180 = 2,
+    PLAYER_DISPLAY_ROTATION_270 = 3,
+} player_display_rotation_e;
+
+/** One formatted run of a subtitle text; offsets in bytes from the text's start. */
+typedef struct {
+    unsigned int type;
+    unsigned int start;
+    unsigned int stop;
+} MMSubAttribute;
+
+typedef void (*player_prepared_cb)(void *user_data);
+typedef void (*player_completed_cb)(void *user_data);
+typedef void (*player_interrupted_cb)(player_interrupted_code_e code, void *user_data);
+typedef void (*player_error_cb)(int error_code, void *user_data);
+
+/**
+ * A subtitle appeared.
+ *
+ * @param duration        how long it stays, in milliseconds
+ * @param subtitle        its text, UTF-8, null-terminated; valid only inside the call
+ * @param type            0 = text
+ * @param attribute_count entries of `attributes`
+ * @param attributes      formatted runs, or null when there are none
+ */
+typedef void (*player_subtitle_updated_cb_ex)(unsigned long duration, void *subtitle,
+                                              unsigned int type, unsigned int attribute_count,
+                                              MMSubAttribute **attributes, void *user_data);
+
+/** Makes a player in state IDLE. @param player receives it; release with player_destroy(). */
+int player_create(player_h *player);
+
+/** Releases a player in any state. What it showed last stays on the video plane. */
+int player_destroy(player_h player);
+
+/* Callbacks, in any state. `user_data` stays the caller's. */
+int player_set_completed_cb(player_h player, player_completed_cb callback, void *user_data);
+int player_set_interrupted_cb(player_h player, player_interrupted_cb callback, void *user_data);
+/** The error callback tells a failed preparation, and an unplayable sound track. */
+int player_set_error_cb(player_h player, player_error_cb callback, void *user_data);
+int player_set_subtitle_updated_cb_ex(player_h player, player_subtitle_updated_cb_ex callback,
+                                      void *user_data);
+
+/**
+ * Names the file to play; state IDLE. Nothing is opened yet.
+ *
+ * @param uri a full path, any bytes but null, or a URI with a scheme
+ */
+int player_set_uri(player_h player, const char *uri);
+
+/**
+ * Names a subtitle file for the next preparation; state IDLE. A file that turns out to be missing
+ * or unreadable is logged and the video plays without it.
+ */
+int player_set_subtitle_path(player_h player, const char *path);
+
+/** Chooses the display; any state. @param window the window whose video plane is meant. */
+int player_set_display(player_h player, player_display_type_e type, Evas_Object *window);
+
+/**
+ * Turns the picture; any state, at once. A frame wider than high is turned exactly so. A frame
+ * higher than wide on a turned panel is turned to stand upright for the viewer instead.
+ */
+int player_set_display_rotation(player_h player, player_display_rotation_e rotation);
+
+/** Confines the picture to a rectangle of the panel, in pixels; any state. */
+int player_resize_video_render_rect(player_h player, int x, int y, int width, int height);
+
+/**
+ * Opens the file and decodes up to its first frame, in state IDLE. Exactly one of `callback` (the
+ * player is READY) and the error callback follows, unless player_unprepare() comes first.
+ *
+ * @return PLAYER_ERROR_NONE when it was started; INVALID_OPERATION without a uri or while one runs
+ */
+int player_prepare_async(player_h player, player_prepared_cb callback, void *user_data);
+
+/** Lets go of the file and forgets uri and subtitle; any state. The last frame stays on screen. */
+int player_unprepare(player_h player);
+
+/** Plays from READY (from the start), resumes from PAUSED; in PLAYING it changes nothing. */
+int player_start(player_h player);
+
+/** Ends playing, back to READY at the file's start; states READY, PLAYING, PAUSED. */
+int player_stop(player_h player);
+
+/** Holds the picture; state PLAYING. */
+int player_pause(player_h player);
+
+/** Reads the state. @param state receives it; untouched on failure. */
+int player_get_state(player_h player, player_state_e *state);
+
+/** Plays over and over without a seam, and never completes; any state. */
+int player_set_looping(player_h player, bool looping);
+
+/**
+ * Sets the speed: 1.0 normal, above it fast forward, below 0 backwards; states READY, PLAYING,
+ * PAUSED. Anything but 1.0 is silent. Backwards play that reaches the start goes on forward at 1.0.
+ *
+ * @param rate from -5.0 to 5.0, not 0
+ */
+int player_set_playback_rate(player_h player, float rate);
+
+/** Reads the speed in force. @param rate receives it; untouched on failure. */
+int player_get_playback_rate(player_h player, float *rate);
+
+#ifdef __cplusplus
+}
+#endif

@@ -1,0 +1,70 @@
+/**
+ * The panel of the set as this machine imitates it: its native size, the angle it has been turned
+ * to, and a turn under way. The window service tells the size, the display rotator and the virtual
+ * key start turns, the video plane and the media player ask for the angle.
+ *
+ * Main-loop thread only, but for angle(), width() and height().
+ */
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <vector>
+
+namespace platform {
+
+class PanelModel {
+  public:
+    /** The one panel. */
+    static PanelModel &get();
+
+    /** Native size in pixels, never turned; 0 until the window knows its output. Any thread. */
+    int width() const { return width_; }
+    int height() const { return height_; }
+    void set_size(int width, int height);
+
+    /** Degrees clockwise the panel has been turned: 0, 90, 180 or 270. Any thread. */
+    int angle() const { return angle_; }
+
+    /** Whether the set has a rotator. */
+    bool can_turn() const;
+
+    /** Whether a turn is under way, and to which angle. */
+    bool turning() const { return target_ >= 0; }
+    int target() const { return target_; }
+
+    /**
+     * Starts a turn: status 1 or 2, after the configured time the angle changes, then status 0. A
+     * turn asked for during a turn, or to the present angle, is ignored with a log line.
+     *
+     * @return false when there is no rotator
+     */
+    bool turn_to(int degrees);
+
+    /** Turns to the other orientation: landscape to 90, portrait to 0. */
+    bool toggle();
+
+    /** Sets the angle at start, without a turn. */
+    void set_first_angle(int degrees);
+
+    /** Called on each change of status; the argument is a display_rotator_state_e value. */
+    void on_status(std::function<void(int)> listener);
+
+    /** Called when the angle has changed and the window's content has to follow. */
+    void on_angle(std::function<void(int)> listener);
+
+  private:
+    PanelModel() = default;
+    void finish_turn();
+    void report(int status);
+
+    std::atomic<int> width_{0};
+    std::atomic<int> height_{0};
+    std::atomic<int> angle_{0};
+    int target_ = -1;
+    void *timer_ = nullptr;
+    std::vector<std::function<void(int)>> status_listeners_;
+    std::vector<std::function<void(int)>> angle_listeners_;
+};
+
+} // namespace platform

@@ -1,0 +1,55 @@
+/**
+ * What set this machine plays: the contents of tv.conf and of the environment, read once. Every
+ * service takes its facts from here. Read-only after the first call, hence safe from any thread.
+ */
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+struct Settings {
+    // [panel]
+    bool rotator = false;             ///< the set turns its panel
+    double turning_time_s = 3.0;      ///< how long a turn takes
+    int first_rotation_state = 1;     ///< first "db/sysman/rotation_state": 1 landscape, 2 portrait,
+                                      ///< 3 landscape reversed, 0 portrait reversed
+
+    // [product]
+    bool disclaimer = false;          ///< the feature that shows the disclaimer
+    int store_content_type = 0;       ///< product number 713
+    std::string menu_orientation;     ///< "ltr", "rtl", or empty: from the language
+
+    // [usb]
+    std::vector<std::string> usb_mounts; ///< mount points to use instead of asking udev
+
+    // [sound]
+    std::string internal_sink;        ///< PulseAudio sink of route 0; empty: the default sink
+    std::string external_sink;        ///< PulseAudio sink of route 8
+
+    // [keys]: name as the input device sends it -> the set's key name
+    std::map<std::string, std::string> keys;
+
+    // [language]
+    std::string language;             ///< overrides the locale when not empty, e.g. "ko_KR"
+
+    // Places. Defaults follow the XDG base directories; environment variables override.
+    std::string state_dir;            ///< survives: OSTREL_DEMO_STATE_DIR
+    std::string runtime_dir;          ///< volatile: OSTREL_DEMO_RUNTIME_DIR
+    std::string resource_dir;         ///< theme, pictures, catalogues: OSTREL_DEMO_RESOURCE_DIR
+
+    /**
+     * The settings of this process. Looks for the file named by OSTREL_DEMO_TV_CONF, else
+     * $XDG_CONFIG_HOME/ostrel-demo-player-tv/tv.conf, else /etc/ostrel-demo-player-tv/tv.conf.
+     * A missing file leaves the defaults; a bad value logs a warning with file, line and key, and
+     * leaves its default.
+     */
+    static const Settings &get();
+
+    /** Reads one file; for get() and for tests. */
+    static Settings read(const std::string &path);
+};
+
+} // namespace platform

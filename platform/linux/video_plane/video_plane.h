@@ -1,0 +1,77 @@
+/**
+ * The video plane: one opaque picture of the panel's size under a window, shared by the media
+ * player and the still pictures. Whatever was presented last stays until the next picture comes;
+ * the plane is never blanked.
+ *
+ * On a Wayland window it is a subsurface with wl_shm buffers; without a window (tests) it is
+ * memory only. for_window() and offscreen() are for the main-loop thread, the rest for any thread.
+ */
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include <Evas.h>
+
+namespace platform {
+
+/** One picture of the plane: 32-bit XRGB pixels in host byte order (BGRx in memory). */
+class PlaneBuffer {
+  public:
+    virtual ~PlaneBuffer() = default;
+    virtual uint8_t *pixels() = 0;
+    virtual int width() const = 0;
+    virtual int height() const = 0;
+    virtual int stride() const = 0; ///< bytes from row to row
+    virtual size_t size() const = 0;
+};
+
+/** The last reference to go gives the memory back to its plane. */
+using PlaneBufferPtr = std::shared_ptr<PlaneBuffer>;
+
+class VideoPlane {
+  public:
+    struct Statistics {
+        uint64_t presented = 0; ///< pictures handed to the compositor
+        uint64_t dropped = 0;   ///< pictures that were not shown because they were late
+    };
+
+    virtual ~VideoPlane() = default;
+
+    /**
+     * The plane under a window, made at the first call and kept for the window's life.
+     *
+     * @return null when the window has no surface yet or the compositor lacks subsurfaces
+     */
+    static std::shared_ptr<VideoPlane> for_window(Evas_Object *window);
+
+    /** A plane without a screen; `on_present` sees each picture, on the presenting thread. */
+    static std::shared_ptr<VideoPlane>
+    offscreen(int width, int height, std::function<void(const PlaneBuffer &)> on_present = {});
+
+    /** Native panel size in pixels. */
+    virtual int width() const = 0;
+    virtual int height() const = 0;
+
+    /**
+     * A buffer of the panel's size to draw into; its contents are undefined.
+     *
+     * @return null when there is no memory for one
+     */
+    virtual PlaneBufferPtr acquire() = 0;
+
+    /**
+     * Shows a buffer and keeps it until the compositor has let go of it. It must not be drawn into
+     * after that.
+     *
+     * @return false when the plane has been closed
+     */
+    virtual bool present(const PlaneBufferPtr &buffer) = 0;
+
+    virtual Statistics statistics() const = 0;
+    virtual void count_dropped() = 0;
+};
+
+} // namespace platform
