@@ -1,0 +1,151 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds, and runs every test there is.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")"
+
+usage() {
+    cat <<TEXT
+Usage: ./test.sh [OPTION]...
+Builds the player twice, plainly into build/ and with the address and undefined-behaviour sanitizers
+into build-asan/, and runs all tests. The last lines are the test runners' own summaries.
+
+With one or more of these, only the named suites run:
+  --unit         the player against the recording platform, and the checks of the source tree
+  --contract     each service of the Linux platform by itself
+  --e2e          the real program in a real compositor, looked at from outside
+  --asan         the suites above (or, alone: all of them) in the build with sanitizers only
+  --coverage     unit and contract tests in build-coverage/, and a report of the lines they reach
+
+  -k EXPR        only tests whose name matches (a regular expression; for --e2e a pytest expression)
+  -j N           run N tests side by side (default: the number of processors)
+  --no-install   do not install missing packages
+  -h, --help     this text
+
+Logs and pictures of failed end-to-end tests are kept in out/e2e/.
+TEXT
+}
+
+unit=no contract=no e2e=no asan_only=no coverage=no install=yes
+expression=""
+jobs=$(nproc)
+while [ $# -gt 0 ]; do
+    case $1 in
+        --unit) unit=yes ;;
+        --contract) contract=yes ;;
+        --e2e) e2e=yes ;;
+        --asan) asan_only=yes ;;
+        --coverage) coverage=yes ;;
+        --no-install) install=no ;;
+        -k | -j)
+            [ $# -ge 2 ] || { usage >&2; exit 2; }
+            if [ "$1" = -k ]; then expression=$2; else jobs=$2; fi
+            shift ;;
+        -h | --help) usage; exit 0 ;;
+        *) usage >&2; exit 2 ;;
+    esac
+    shift
+done
+case $jobs in '' | *[!0-9]* | 0) usage >&2; exit 2 ;; esac
+all=no
+if [ $unit$contract$e2e = nonono ]; then
+    unit=yes contract=yes e2e=yes all=yes
+fi
+
+if [ $install = yes ]; then
+    packaging/install-missing.sh build run demo test
+fi
+
+export ASAN_OPTIONS="detect_leaks=1:detect_stack_use_after_return=1:strict_string_checks=1${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
+export LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp:print_suppressions=0${LSAN_OPTIONS:+:$LSAN_OPTIONS}"
+export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1${UBSAN_OPTIONS:+:$UBSAN_OPTIONS}"
+
+# build_into DIRECTORY [CMake option...]
+build_into() {
+    local directory=$1 launcher=()
+    shift
+    if command -v ccache >/dev/null; then
+        launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+    fi
+    echo "== Building into $directory/"
+    mkdir -p "$directory"
+    cmake -S . -B "$directory" -G Ninja -DBUILD_TESTING=ON "${launcher[@]}" "$@" \
+        >"$directory/configure.log" 2>&1 || { cat "$directory/configure.log" >&2; return 1; }
+    ninja -C "$directory"
+}
+
+# The suites go on after a failure, so that one run shows all there is to mend.
+failed=()
+suite() {
+    local name=$1
+    shift
+    echo "== $name"
+    "$@" || failed+=("$name")
+}
+
+# run_ctest DIRECTORY: the unit and contract tests wanted. The contract tests are named after their
+# programs' suites, so they are told apart by the folder they were built in.
+run_ctest() {
+    local directory=$1 arguments=(--output-on-failure -j "$jobs")
+    [ -z "$expression" ] || arguments+=(-R "$expression")
+    if [ $unit = yes ] && [ $contract = yes ]; then
+        ctest --test-dir "$directory" "${arguments[@]}"
+    elif [ $unit = yes ]; then
+        ctest --test-dir "$directory/tests/unit" "${arguments[@]}"
+    else
+        ctest --test-dir "$directory/tests/contract" "${arguments[@]}"
+    fi
+}
+
+# run_pytest BUILD_DIRECTORY [pytest argument...]
+run_pytest() {
+    local directory=$1
+    shift
+    [ -z "$expression" ] || set -- "$@" -k "$expression"
+    # A -k that fits no end-to-end test is no failure when it was meant for the other suites.
+    local status=0
+    /usr/bin/python3 -m pytest -p no:cacheprovider -n "$jobs" --build-dir "$directory" "$@" || status=$?
+    [ $status -eq 0 ] || { [ $status -eq 5 ] && [ -n "$expression" ] && [ $all = yes ]; }
+}
+
+if [ $coverage = yes ]; then
+    build_into build-coverage -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=--coverage \
+        -DCMAKE_EXE_LINKER_FLAGS=--coverage
+    find build-coverage -name '*.gcda' -delete
+    e2e=no
+    suite "Unit and contract tests, counting lines" run_ctest build-coverage
+    packaging/coverage-report.py build-coverage
+else
+    if [ $asan_only = no ]; then
+        build_into build -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSANITIZE=OFF
+    fi
+    if [ $all = yes ] || [ $asan_only = yes ]; then
+        build_into build-asan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSANITIZE=ON \
+            "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g"
+    fi
+    if [ $unit = yes ]; then
+        checked=build
+        [ $asan_only = no ] || checked=build-asan
+        suite "Source tree" run_pytest $checked -q tests/tree
+    fi
+    if [ $unit = yes ] || [ $contract = yes ]; then
+        [ $asan_only = yes ] || suite "Unit and contract tests" run_ctest build
+        if [ $all = yes ] || [ $asan_only = yes ]; then
+            suite "Unit and contract tests with sanitizers" run_ctest build-asan
+        fi
+    fi
+    if [ $e2e = yes ]; then
+        if [ $asan_only = yes ]; then
+            suite "End-to-end tests with sanitizers" run_pytest build-asan tests/e2e
+        else
+            suite "End-to-end tests" run_pytest build tests/e2e
+            if [ $all = yes ]; then
+                suite "One demo loop with sanitizers" run_pytest build-asan -m sanitizer_loop tests/e2e
+            fi
+        fi
+    fi
+fi
+
+if [ ${#failed[@]} -gt 0 ]; then
+    printf 'Failed: %s\n' "${failed[@]}" >&2
+    exit 1
+fi
