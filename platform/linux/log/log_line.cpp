@@ -1,0 +1,139 @@
+#include "log/log_line.h"
+
+#include <cstdint>
+#include <cstdio>
+
+#include "dlog.h"
+
+namespace platform {
+
+namespace {
+
+constexpr std::string_view kColourReset = "\033[0m";
+
+unsigned char byte_at(std::string_view text, size_t position)
+{
+    return static_cast<unsigned char>(text[position]);
+}
+
+bool is_continuation(std::string_view text, size_t position)
+{
+    return position < text.size() && (byte_at(text, position) & 0xC0) == 0x80;
+}
+
+// Length of the terminal colour escape at a position, 0 when there is none.
+size_t colour_escape_length(std::string_view text, size_t position)
+{
+    if (text.compare(position, 2, "\033[") != 0)
+        return 0;
+    size_t end = text.find_first_not_of("0123456789;", position + 2);
+    return end != std::string_view::npos && text[end] == 'm' ? end + 1 - position : 0;
+}
+
+// Length of the printable UTF-8 character at a position; 0 for anything else: control characters,
+// broken, overlong and surrogate sequences.
+size_t printable_length(std::string_view text, size_t position)
+{
+    const unsigned char first = byte_at(text, position);
+    if (first < 0x80)
+        return first >= 0x20 && first != 0x7F ? 1 : 0;
+    if (!is_continuation(text, position + 1))
+        return 0;
+    const unsigned char second = byte_at(text, position + 1);
+    if (first >= 0xC2 && first <= 0xDF) {
+        // U+0080..U+009F are control characters too; some terminals act on them.
+        return first == 0xC2 && second < 0xA0 ? 0 : 2;
+    }
+    if (!is_continuation(text, position + 2))
+        return 0;
+    if (first >= 0xE0 && first <= 0xEF) {
+        const bool overlong = first == 0xE0 && second < 0xA0;
+        const bool surrogate = first == 0xED && second >= 0xA0;
+        return overlong || surrogate ? 0 : 3;
+    }
+    if (!is_continuation(text, position + 3) || first < 0xF0 || first > 0xF4)
+        return 0;
+    const bool overlong = first == 0xF0 && second < 0x90;
+    const bool too_large = first == 0xF4 && second >= 0x90;
+    return overlong || too_large ? 0 : 4;
+}
+
+void append_escaped(std::string &line, unsigned char byte)
+{
+    if (byte == '\n') {
+        line += "\\n";
+    } else if (byte == '\t') {
+        line += "\\t";
+    } else {
+        char escaped[8];
+        std::snprintf(escaped, sizeof escaped, "\\x%02x", static_cast<unsigned>(byte));
+        line += escaped;
+    }
+}
+
+void append_visible(std::string &line, std::string_view text, bool colours)
+{
+    bool coloured = false;
+    for (size_t position = 0; position < text.size();) {
+        if (size_t length = colour_escape_length(text, position); length != 0) {
+            const std::string_view escape = text.substr(position, length);
+            if (colours) {
+                line += escape;
+                coloured = escape != kColourReset;
+            }
+            position += length;
+        } else if (length = printable_length(text, position); length != 0) {
+            line += text.substr(position, length);
+            position += length;
+        } else {
+            append_escaped(line, byte_at(text, position));
+            ++position;
+        }
+    }
+    // A colour left open, say by a file's name, must not run on into the terminal.
+    if (coloured)
+        line += kColourReset;
+}
+
+int syslog_level(int priority)
+{
+    if (priority <= DLOG_DEBUG)
+        return 7;
+    if (priority == DLOG_INFO)
+        return 6;
+    return priority == DLOG_WARN ? 4 : 3;
+}
+
+} // namespace
+
+char log_priority_letter(int priority)
+{
+    if (priority <= DLOG_DEBUG)
+        return 'D';
+    if (priority == DLOG_INFO)
+        return 'I';
+    return priority == DLOG_WARN ? 'W' : 'E';
+}
+
+std::string format_log_line(const LogStyle &style, int priority, std::string_view tag, int pid,
+                            std::string_view text)
+{
+    std::string line;
+    line.reserve(tag.size() + text.size() + 32);
+    if (style.journal) {
+        line += '<';
+        line += std::to_string(syslog_level(priority));
+        line += '>';
+    }
+    line += log_priority_letter(priority);
+    line += '/';
+    append_visible(line, tag, false);
+    char process[24];
+    std::snprintf(process, sizeof process, "(%5d): ", pid);
+    line += process;
+    append_visible(line, text, style.colours);
+    line += '\n';
+    return line;
+}
+
+} // namespace platform
