@@ -1,0 +1,23 @@
+/**
+ * Control from outside: an object on the session bus that lets tvctl press keys, turn the panel,
+ * raise power events, change the language, plug USB storage and ask for the status. The application
+ * framework starts it on its own connection, beside its own object. Main-loop thread only.
+ */
+#pragma once
+
+#include <Eldbus.h>
+
+namespace platform {
+
+/**
+ * Registers the control interface at BUS_OBJECT.
+ *
+ * @param connection the session bus; stays the caller's and must outlive the service
+ * @return false when the interface could not be registered; the reason is logged
+ */
+bool control_start(Eldbus_Connection *connection);
+
+/** Takes the interface off the bus; without a start it does nothing. */
+void control_stop();
+
+} // namespace platform
