@@ -47,6 +47,9 @@ class PanelModel {
     /** Sets the angle at start, without a turn. */
     void set_first_angle(int degrees);
 
+    /** Gives up a turn under way, without a report; the angle stays. For the end of the program. */
+    void stop();
+
     /** Called on each change of status; the argument is a display_rotator_state_e value. */
     void on_status(std::function<void(int)> listener);
 

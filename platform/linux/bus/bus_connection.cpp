@@ -1,0 +1,96 @@
+#include "bus/bus_connection.h"
+
+#include <cstdlib>
+#include <unistd.h>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+/** Keeps Eldbus's own error lines down while a bus that may well be missing is tried. */
+class QuietEldbus {
+  public:
+    QuietEldbus() : level_(eina_log_domain_level_get("eldbus"))
+    {
+        eina_log_domain_level_set("eldbus", -1);
+    }
+    ~QuietEldbus() { eina_log_domain_level_set("eldbus", level_); }
+    QuietEldbus(const QuietEldbus &) = delete;
+    QuietEldbus &operator=(const QuietEldbus &) = delete;
+
+  private:
+    int level_;
+};
+
+bool has_value(const char *variable)
+{
+    const char *value = std::getenv(variable);
+    return value && *value;
+}
+
+BusConnectionPtr connect(Eldbus_Connection_Type type)
+{
+    if (eldbus_init() <= 0)
+        return nullptr;
+    const QuietEldbus quiet;
+    Eldbus_Connection *connection = eldbus_connection_get(type);
+    if (!connection)
+        eldbus_shutdown();
+    return BusConnectionPtr(connection);
+}
+
+} // namespace
+
+void BusConnectionDeleter::operator()(Eldbus_Connection *connection) const
+{
+    eldbus_connection_unref(connection);
+    eldbus_shutdown();
+}
+
+BusConnectionPtr connect_session_bus()
+{
+    // Without an address the bus library would start a bus of its own through the X11 display.
+    if (!has_value("DBUS_SESSION_BUS_ADDRESS")) {
+        if (!has_value("XDG_RUNTIME_DIR"))
+            return nullptr;
+        const std::string socket = std::string(std::getenv("XDG_RUNTIME_DIR")) + "/bus";
+        if (access(socket.c_str(), F_OK) != 0)
+            return nullptr;
+    }
+    return connect(ELDBUS_CONNECTION_TYPE_SESSION);
+}
+
+BusConnectionPtr connect_system_bus()
+{
+    return connect(ELDBUS_CONNECTION_TYPE_SYSTEM);
+}
+
+BusProxy::BusProxy(Eldbus_Connection *connection, const char *name, const char *path,
+                   const char *interface)
+    : object_(eldbus_object_get(connection, name, path)),
+      proxy_(object_ ? eldbus_proxy_get(object_, interface) : nullptr)
+{
+}
+
+BusProxy::~BusProxy()
+{
+    if (proxy_)
+        eldbus_proxy_unref(proxy_);
+    if (object_)
+        eldbus_object_unref(object_);
+}
+
+BusProxy::BusProxy(BusProxy &&other) noexcept
+{
+    *this = std::move(other);
+}
+
+BusProxy &BusProxy::operator=(BusProxy &&other) noexcept
+{
+    std::swap(object_, other.object_);
+    std::swap(proxy_, other.proxy_);
+    return *this;
+}
+
+} // namespace platform

@@ -1,0 +1,42 @@
+/**
+ * The login manager's announcements of shutdown and sleep. Main-loop thread only.
+ */
+#pragma once
+
+#include <functional>
+
+#include <Ecore.h>
+
+#include "app_framework/injection.h"
+#include "bus/bus_connection.h"
+
+namespace platform {
+
+/**
+ * Follows logind and holds its delay lock, so that the machine waits a moment for the application
+ * to end in good order. Where no system bus or no logind is, nothing happens.
+ */
+class LogindPower {
+  public:
+    explicit LogindPower(std::function<void(PowerEvent)> on_event);
+    ~LogindPower();
+    LogindPower(const LogindPower &) = delete;
+    LogindPower &operator=(const LogindPower &) = delete;
+
+  private:
+    void take_delay_lock();
+    void release_delay_lock();
+    void release_delay_lock_soon();
+    void prepare(PowerEvent begin, const Eldbus_Message *message);
+
+    std::function<void(PowerEvent)> on_event_;
+    BusConnectionPtr connection_;
+    BusProxy manager_;
+    SignalHandlerPtr shutdown_;
+    SignalHandlerPtr sleep_;
+    Eldbus_Pending *pending_lock_ = nullptr;
+    Ecore_Timer *release_timer_ = nullptr;
+    int lock_ = -1;
+};
+
+} // namespace platform

@@ -1,0 +1,132 @@
+#include "panel/panel_model.h"
+
+#include <Ecore.h>
+
+#include "display_rotator.h"
+#include "log/platform_log.h"
+#include "settings/settings.h"
+
+namespace platform {
+
+namespace {
+
+constexpr char SERVICE[] = "panel";
+
+/** Any number of degrees as one of 0, 90, 180 and 270. */
+int quarter_turns(int degrees)
+{
+    const int turned = degrees % 360;
+    return (turned < 0 ? turned + 360 : turned) / 90 * 90;
+}
+
+bool is_portrait(int degrees)
+{
+    return degrees % 180 != 0;
+}
+
+/** A listener may add further listeners, so the list is walked by index on a copy of each entry. */
+void tell(const std::vector<std::function<void(int)>> &listeners, int value)
+{
+    for (size_t i = 0; i < listeners.size(); ++i) {
+        const auto listener = listeners[i];
+        listener(value);
+    }
+}
+
+} // namespace
+
+PanelModel &PanelModel::get()
+{
+    static PanelModel panel;
+    return panel;
+}
+
+void PanelModel::set_size(int width, int height)
+{
+    if (width == width_ && height == height_)
+        return;
+    width_ = width;
+    height_ = height;
+    PLATFORM_LOGI(SERVICE, "the panel is %dx%d", width, height);
+}
+
+bool PanelModel::can_turn() const
+{
+    return Settings::get().rotator;
+}
+
+bool PanelModel::turn_to(int degrees)
+{
+    if (!can_turn()) {
+        PLATFORM_LOGI(SERVICE, "this set does not turn its panel");
+        return false;
+    }
+    const int wanted = quarter_turns(degrees);
+    if (turning()) {
+        PLATFORM_LOGI(SERVICE, "turn to %d ignored: the panel is turning to %d", wanted, target_);
+        return true;
+    }
+    if (wanted == angle_) {
+        PLATFORM_LOGI(SERVICE, "turn to %d ignored: the panel stands there", wanted);
+        return true;
+    }
+    target_ = wanted;
+    timer_ = ecore_timer_add(
+        Settings::get().turning_time_s,
+        [](void *data) -> Eina_Bool {
+            static_cast<PanelModel *>(data)->finish_turn();
+            return ECORE_CALLBACK_CANCEL;
+        },
+        this);
+    PLATFORM_LOGI(SERVICE, "turning from %d to %d degrees", angle(), target_);
+    report(is_portrait(wanted) ? DISPLAY_ROTATOR_TURNING_TO_PORTRAIT
+                               : DISPLAY_ROTATOR_TURNING_TO_LANDSCAPE);
+    return true;
+}
+
+bool PanelModel::toggle()
+{
+    return turn_to(is_portrait(angle_) ? 0 : 90);
+}
+
+void PanelModel::set_first_angle(int degrees)
+{
+    angle_ = quarter_turns(degrees);
+}
+
+void PanelModel::stop()
+{
+    if (timer_)
+        ecore_timer_del(static_cast<Ecore_Timer *>(timer_));
+    timer_ = nullptr;
+    target_ = -1;
+}
+
+void PanelModel::on_status(std::function<void(int)> listener)
+{
+    status_listeners_.push_back(std::move(listener));
+}
+
+void PanelModel::on_angle(std::function<void(int)> listener)
+{
+    angle_listeners_.push_back(std::move(listener));
+}
+
+void PanelModel::finish_turn()
+{
+    timer_ = nullptr;
+    angle_ = target_;
+    // The turn counts as under way until the content has followed: whoever is told that it is over
+    // finds the window as it is going to stay.
+    tell(angle_listeners_, angle_);
+    target_ = -1;
+    PLATFORM_LOGI(SERVICE, "turned to %d degrees", angle());
+    report(DISPLAY_ROTATOR_IDLE);
+}
+
+void PanelModel::report(int status)
+{
+    tell(status_listeners_, status);
+}
+
+} // namespace platform
