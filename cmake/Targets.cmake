@@ -8,6 +8,16 @@ find_package(Threads REQUIRED)
 function(need_package target)
   if(NOT TARGET PkgConfig::${target})
     pkg_check_modules(${target} REQUIRED IMPORTED_TARGET GLOBAL ${ARGN})
+    # Some of EFL's .pc files name folders that Debian does not ship; CMake takes that for an error.
+    get_target_property(folders PkgConfig::${target} INTERFACE_INCLUDE_DIRECTORIES)
+    set(present "")
+    foreach(folder IN LISTS folders)
+      if(EXISTS ${folder})
+        list(APPEND present ${folder})
+      endif()
+    endforeach()
+    set_target_properties(PkgConfig::${target} PROPERTIES
+      INTERFACE_INCLUDE_DIRECTORIES "${present}")
   endif()
 endfunction()
 

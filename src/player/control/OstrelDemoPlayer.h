@@ -134,6 +134,7 @@ class COstrelDemoPlayer {
     friend class CPlayerInspector;
 
     // EventDispatcher.cpp
+    void m_HandleEvent(int iEventID, int iParam1);
     void m_HandlePlayerError();
     void m_HandlePlayerCompleted();
     void m_HandlePlayerPrepared();
@@ -141,6 +142,9 @@ class COstrelDemoPlayer {
     void m_HandlePhotoDecoded(int iResult);
     void m_HandleItemSelected();
     void m_HandleWindowRotated();
+    void m_StorePanelOrientation();
+
+    // RemoteKeyActions.cpp: the dispatcher's side of a key press
     void m_HandleKey(int iKeyType);
     void m_HandleBackKey();
     void m_HandleEnterKey();
@@ -148,6 +152,7 @@ class COstrelDemoPlayer {
     void m_HandlePauseKey();
     void m_HandleStopKey();
     void m_HandleStepKey(bool bNext);
+    void m_HandleRotationOnOffKey();
     void m_HandleTimerKey(ENDEMO_ROTATION_STATUS enStatus);
     void m_HandleTimerResetKey();
 
@@ -161,16 +166,18 @@ class COstrelDemoPlayer {
     // PlayList.cpp
     void m_CreatePlayList();
     int m_InitPlayList();
-    void m_ScanFolder(void *pDirectory, std::vector<std::string> &vdcSubtitles);
-    int m_UseOrRotate(bool bPortrait, int iMode);
+    void m_SortFile(const char *pName, const char *pVideoExtensions,
+                    std::vector<std::string> &vdcSubtitles);
+    int m_RequestRotation(bool bToPortrait, int iMode);
 
     // PlaySequence.cpp
     bool m_PlayContents();
     bool m_PlayNextFile();
     bool m_PlayPreviousFile();
-    bool m_PlayCurrentEntry();
+    bool m_IsPlayListEmpty();
     void m_SetFolderPaths();
-    void m_AppendEntryPaths();
+    void m_AppendEntryNames();
+    bool m_PlayCurrentEntry();
 
     // VideoPlayback.cpp
     bool m_CreateVideoPlayer();
@@ -187,9 +194,9 @@ class COstrelDemoPlayer {
     static void m_OnPlayerCompletedCB(void *data);
     static void m_OnInterruptedCB(player_interrupted_code_e enCode, void *data);
     static void m_OnPlayerPrepareErrorCB(int iErrorCode, void *data);
-    static void m_OnSubTitleUpdateCB(unsigned long ulDuration, void *pSubtitle,
-                                     unsigned int uiType, unsigned int uiAttributeCount,
-                                     MMSubAttribute **ppAttributes, void *data);
+    static void m_OnSubTitleUpdateCB(unsigned long ulDuration, void *pSubtitle, unsigned int uiType,
+                                     unsigned int uiAttributeCount, MMSubAttribute **ppAttributes,
+                                     void *data);
 
     // PhotoPlayback.cpp
     void m_DestroyPhoto();
@@ -219,8 +226,7 @@ class COstrelDemoPlayer {
     bool m_CreateWindow();
     void m_ActivateWindow();
     void m_DeactiveWindow();
-    static void m_OnWindowReSizeCB(void *data, Evas *pEvas, Evas_Object *pObject,
-                                   void *event_info);
+    static void m_OnWindowReSizeCB(void *data, Evas *pEvas, Evas_Object *pObject, void *event_info);
     static void m_OnWindowMouseDownCB(void *data, Evas *pEvas, Evas_Object *pObject,
                                       void *event_info);
     static void m_OnWindowVisibilityChangeCB(void *data, Evas_Object *pObject, void *event_info);
@@ -265,6 +271,9 @@ class COstrelDemoPlayer {
     void m_CreateRotationOnOffLabel();
     void m_UpdateZavoTimer();
     static Eina_Bool m_OnZavoTimeOutCB(void *data);
+
+    /** Playback was started by the window once in this process; a second controller does not. */
+    static bool bStarted;
 
     bool m_bRepeat = true;                /**< start over after the list's end */
     bool m_bFolderContentsPlayer = false; /**< plays a chosen folder; rewind and forward keys on */

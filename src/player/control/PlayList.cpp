@@ -1,0 +1,150 @@
+// Scans the demo folder into four lists, and chooses those that suit the panel.
+
+#include "player/control/OstrelDemoPlayer.h"
+
+#include <dirent.h>
+#include <strings.h>
+
+#include <cstring>
+
+#include "player/util/Log.h"
+
+namespace {
+
+// Extensions are looked for anywhere inside these texts, so ".m" and a bare dot are videos as well;
+// kept so on purpose.
+constexpr char VIDEO_EXTENSIONS[] = ".ts/.avi/.mp4/.asf/.wmv/.ogg/.flv/.mpeg/.mkv/.tp";
+constexpr char VIDEO_EXTENSIONS_DIRECT_BACKLIGHT[] =
+    ".smp4/.ts/.avi/.mp4/.asf/.wmv/.ogg/.flv/.mpeg/.mkv/.tp";
+constexpr char PHOTO_EXTENSIONS[] = ".jpg/.jpeg";
+constexpr char SUBTITLE_EXTENSIONS[] = ".smi/.srt/.sub/.ttxt/.txt/.ssa/.ass/.psb/.sami/.mpl";
+
+constexpr char PORTRAIT_PREFIX[] = "portrait_";
+constexpr size_t PORTRAIT_PREFIX_LENGTH = sizeof(PORTRAIT_PREFIX) - 1;
+
+constexpr double ROTATION_DELAY_S = 0.8;
+
+/**
+ * The subtitle of a video: the first that carries the language suffix, else the last that carries
+ * the video's name, else none.
+ */
+std::string FindSubtitle(const std::string &strVideoName,
+                         const std::vector<std::string> &vdcSubtitles, const std::string &strSuffix)
+{
+    const size_t uiDot = strVideoName.rfind('.');
+    if (uiDot == std::string::npos)
+        return "";
+    const std::string strBase = strVideoName.substr(0, uiDot);
+
+    std::string strFound;
+    for (const std::string &strSubtitle : vdcSubtitles) {
+        if (strSubtitle.find(strBase) == std::string::npos)
+            continue;
+        strFound = strSubtitle;
+        // No suffix means no language to prefer.
+        if (!strSuffix.empty() && strSubtitle.find(strSuffix) != std::string::npos)
+            break;
+    }
+    return strFound;
+}
+
+void PairSubtitles(std::vector<stPlayListItem> &vdcVideos,
+                   const std::vector<std::string> &vdcSubtitles, const std::string &strSuffix)
+{
+    for (stPlayListItem &stItem : vdcVideos)
+        stItem.strSubtitleName = FindSubtitle(stItem.strFileName, vdcSubtitles, strSuffix);
+}
+
+} // namespace
+
+void COstrelDemoPlayer::m_CreatePlayList()
+{
+    LOGI("");
+    const std::string strSuffix = COstrelDemoUtil::GetSystemLanguage();
+    const char *pVideoExtensions = COstrelDemoUtil::isDirectBacklightModel()
+                                       ? VIDEO_EXTENSIONS_DIRECT_BACKLIGHT
+                                       : VIDEO_EXTENSIONS;
+
+    // Whether a folder was given counts here, not whether its contents are to be played.
+    m_strPlayPath =
+        !m_strFolderPath.empty() ? m_GetPlaybackFolderPath() : COstrelDemoUtil::GetDefaultPath();
+    DIR *pDirectory = opendir(m_strPlayPath.c_str());
+    if (pDirectory == nullptr) {
+        LOGE("open dir [%s] failed", m_strPlayPath.c_str());
+        return;
+    }
+
+    m_vdcLandscapeVideos.clear();
+    m_vdcPortraitVideos.clear();
+    m_vdcLandscapePhotos.clear();
+    m_vdcPortraitPhotos.clear();
+    std::vector<std::string> vdcSubtitles;
+    while (const dirent64 *pEntry = readdir64(pDirectory)) {
+        if (std::strcmp(pEntry->d_name, ".") != 0 && std::strcmp(pEntry->d_name, "..") != 0)
+            m_SortFile(pEntry->d_name, pVideoExtensions, vdcSubtitles);
+    }
+    closedir(pDirectory);
+
+    PairSubtitles(m_vdcLandscapeVideos, vdcSubtitles, strSuffix);
+    PairSubtitles(m_vdcPortraitVideos, vdcSubtitles, strSuffix);
+}
+
+void COstrelDemoPlayer::m_SortFile(const char *pName, const char *pVideoExtensions,
+                                   std::vector<std::string> &vdcSubtitles)
+{
+    LOGI("FileName:%s", pName);
+    const char *pExtension = std::strrchr(pName, '.');
+    if (pExtension == nullptr)
+        return;
+
+    stPlayListItem stItem;
+    stItem.strFileName = pName;
+    const bool bPortrait = strncasecmp(pName, PORTRAIT_PREFIX, PORTRAIT_PREFIX_LENGTH) == 0;
+    if (strcasestr(pVideoExtensions, pExtension) != nullptr) {
+        stItem.iType = PLAYING_TYPE_VIDEO;
+        (bPortrait ? m_vdcPortraitVideos : m_vdcLandscapeVideos).push_back(stItem);
+    } else if (strcasestr(PHOTO_EXTENSIONS, pExtension) != nullptr) {
+        stItem.iType = PLAYING_TYPE_PHOTO;
+        (bPortrait ? m_vdcPortraitPhotos : m_vdcLandscapePhotos).push_back(stItem);
+    } else if (strcasestr(SUBTITLE_EXTENSIONS, pExtension) != nullptr) {
+        vdcSubtitles.push_back(pName);
+    }
+}
+
+int COstrelDemoPlayer::m_InitPlayList()
+{
+    LOGI("");
+    const int iMode = m_GetFileMode(ENDEMO_FILE_MODE_CURRENT);
+    const bool bPortrait = COstrelDemoUtil::IsPortraitMode();
+
+    const auto &vdcVideos = bPortrait ? m_vdcPortraitVideos : m_vdcLandscapeVideos;
+    const auto &vdcPhotos = bPortrait ? m_vdcPortraitPhotos : m_vdcLandscapePhotos;
+    if (vdcVideos.empty() && vdcPhotos.empty())
+        return m_RequestRotation(!bPortrait, iMode);
+
+    if (bPortrait)
+        LOGI("add portrait contents in play list");
+    else
+        LOGI("add landscape files in play list");
+    m_vdcPlayList = vdcVideos;
+    m_vdcPlayList.insert(m_vdcPlayList.end(), vdcPhotos.begin(), vdcPhotos.end());
+    return 1;
+}
+
+/** Nothing suits the panel as it stands: turns it, if the other orientation has content. */
+int COstrelDemoPlayer::m_RequestRotation(bool bToPortrait, int iMode)
+{
+    const auto &vdcVideos = bToPortrait ? m_vdcPortraitVideos : m_vdcLandscapeVideos;
+    const auto &vdcPhotos = bToPortrait ? m_vdcPortraitPhotos : m_vdcLandscapePhotos;
+    if (!COstrelDemoUtil::IsSupportRotator() || (vdcVideos.empty() && vdcPhotos.empty())) {
+        COstrelDemoUtil::SetConfigInt(ConfigKey::PLAYBACK_STATUS, PLAYBACK_STATUS_NO_CONTENT);
+        return -1;
+    }
+    if (iMode == -1)
+        return 1;
+
+    COstrelDemoUtil::SetConfigInt(ConfigKey::FILE_MODE, bToPortrait ? ENDEMO_FILE_MODE_PORTRAIT
+                                                                    : ENDEMO_FILE_MODE_LANDSCAPE);
+    m_hRotationDelayTimer = ecore_timer_add(ROTATION_DELAY_S, m_OnRotationDelayTimerCB, this);
+    return 0;
+}

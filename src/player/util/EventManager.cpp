@@ -1,0 +1,102 @@
+#include "player/util/EventManager.h"
+
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "player/util/Log.h"
+
+CEventManager *CEventManager::m_pEventManager = nullptr;
+
+CEventManager *CEventManager::GetInstance()
+{
+    if (m_pEventManager == nullptr)
+        m_pEventManager = new CEventManager();
+    return m_pEventManager;
+}
+
+void CEventManager::ReleaseInstance()
+{
+    LOGI("");
+    delete m_pEventManager;
+    m_pEventManager = nullptr;
+}
+
+CEventManager::~CEventManager()
+{
+    if (m_pPipe != nullptr)
+        ecore_pipe_del(m_pPipe);
+}
+
+bool CEventManager::InitEventManager(PipeHandler handler, void *data)
+{
+    m_pPipe = ecore_pipe_add(handler, data);
+    if (m_pPipe == nullptr) {
+        // At info level on purpose: the player carries on without a pipe.
+        LOGI("Add Ecore Pipe Failed");
+        return false;
+    }
+    return true;
+}
+
+void CEventManager::SendEvent(int iEventID, int iParam1)
+{
+    LOGI("iEventID = %d iParam1 = %d", iEventID, iParam1);
+    const stPipeRecord stRecord{iEventID, iParam1, 0, 0, 0, 0};
+    if (m_pPipe == nullptr)
+        return;
+    if (ecore_pipe_write(m_pPipe, &stRecord, sizeof(stRecord)) != EINA_TRUE)
+        LOGE("ecore_pipe_write failed iEventID = %d", iEventID);
+}
+
+void CEventManager::SendEvent(int iEventID, CEvent &event)
+{
+    LOGI("Type:%d Width:%d Height:%d BufferSize:%d", event.iType, event.iWidth, event.iHeight,
+         event.iBufferSize);
+    if (m_pPipe == nullptr)
+        return;
+
+    stPipeRecord stRecord{iEventID, event.iType, event.iWidth, event.iHeight, 0, 0};
+    if (event.iBufferSize > 0 && event.pBuffer != nullptr) {
+        const auto uiSize = static_cast<uint32_t>(event.iBufferSize);
+        std::unique_ptr<uint8_t[]> pCopy(new (std::nothrow) uint8_t[uiSize]);
+        if (pCopy == nullptr) {
+            LOGE("ecore_pipe_write failed iEventID = %d", iEventID);
+            return;
+        }
+        std::memcpy(pCopy.get(), event.pBuffer, uiSize);
+        stRecord.uiBufferSize = uiSize;
+        stRecord.uiBuffer = m_KeepBuffer(std::move(pCopy));
+    }
+
+    if (ecore_pipe_write(m_pPipe, &stRecord, sizeof(stRecord)) != EINA_TRUE) {
+        LOGE("ecore_pipe_write failed iEventID = %d", iEventID);
+        TakeBuffer(stRecord);
+    }
+}
+
+std::unique_ptr<uint8_t[]> CEventManager::TakeBuffer(const stPipeRecord &record)
+{
+    std::lock_guard<std::mutex> lock(m_mutexBuffers);
+    auto it = m_mapBuffers.find(record.uiBuffer);
+    if (it == m_mapBuffers.end())
+        return nullptr;
+    std::unique_ptr<uint8_t[]> pCopy = std::move(it->second);
+    m_mapBuffers.erase(it);
+    return pCopy;
+}
+
+uint32_t CEventManager::m_KeepBuffer(std::unique_ptr<uint8_t[]> pCopy)
+{
+    std::lock_guard<std::mutex> lock(m_mutexBuffers);
+    uint32_t uiToken = 0;
+    if constexpr (sizeof(void *) == sizeof(uint32_t)) {
+        uiToken = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(pCopy.get()));
+    } else {
+        do {
+            uiToken = ++m_uiLastToken;
+        } while (uiToken == 0 || m_mapBuffers.count(uiToken) != 0);
+    }
+    m_mapBuffers[uiToken] = std::move(pCopy);
+    return uiToken;
+}

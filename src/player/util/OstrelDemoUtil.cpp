@@ -1,0 +1,151 @@
+// Configuration, system facts, menu blocking and the way out.
+
+#include "player/util/OstrelDemoUtil.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <vector>
+
+#include "app_context.h"
+#include "app_framework.h"
+#include "config_store.h"
+#include "player/util/Log.h"
+#include "system_facts.h"
+
+namespace {
+
+constexpr char APP_ID[] = "org.tizen.ostrel-demo-player-tv";
+constexpr char DEFAULT_FOLDER[] = "/opt/data/demo_movie";
+constexpr char SHOW_DISCLAIMER_FEATURE[] =
+    "com.norvane/featureconf/ostrel_demo_player.show_disclaimer";
+
+// A slot text may name its own slot, and would then be expanded for ever.
+constexpr size_t MAX_COMBINED_LENGTH = 64 * 1024;
+
+} // namespace
+
+bool COstrelDemoUtil::GetConfigInt(std::string strKey, int &iValue)
+{
+    int iRead = 0;
+    if (vconf_get_int(strKey.c_str(), &iRead) != 0) {
+        LOGE("GetConfigInt key [%s] faild", strKey.c_str());
+        return false;
+    }
+    iValue = iRead;
+    return true;
+}
+
+bool COstrelDemoUtil::SetConfigInt(std::string strKey, int iValue)
+{
+    if (vconf_set_int(strKey.c_str(), iValue) != 0) {
+        LOGE("SetConfigInt key %s,fail", strKey.c_str());
+        return false;
+    }
+    return true;
+}
+
+bool COstrelDemoUtil::bShowDisclaimer()
+{
+    bool bShow = false;
+    // The text names another feature; tools that read the logs know it so.
+    if (system_info_get_custom_bool(SHOW_DISCLAIMER_FEATURE, &bShow) != 0)
+        LOGE("get video_player.controller_ui.auto_show fail");
+    LOGI("bShowDisclaimer = %d", bShow);
+    return bShow;
+}
+
+bool COstrelDemoUtil::isDirectBacklightModel()
+{
+    int iValue = 0;
+    if (system_info_get_value_int(SYSTEM_INFO_KEY_STORE_CONTENT_TYPE, &iValue) != 0)
+        return false;
+    LOGW("SYSTEM_INFO_KEY_STORE_CONTENT_TYPE [%d]", iValue);
+    return iValue == 1;
+}
+
+bool COstrelDemoUtil::IsRTLOrientation()
+{
+    if (ua_UI_orientation_get() != UI_ORIENTATION_RIGHT_TO_LEFT)
+        return false;
+    LOGI("RTL_UI_ORIENTATION");
+    return true;
+}
+
+bool COstrelDemoUtil::SetBlockEPOP(bool bBlock)
+{
+    LOGI("Block E-POP = %d ", bBlock);
+    if (bBlock) {
+        if (app_context_manager_set_epop_block() != 0) {
+            LOGE("app_context_manager_set_epop_block falied");
+            return false;
+        }
+    } else if (app_context_manager_unset_epop_block() != 0) {
+        LOGE("app_context_manager_unset_epop_block falied");
+        return false;
+    }
+    return true;
+}
+
+void COstrelDemoUtil::DisableMenuItem(bool bDisable)
+{
+    LOGD("%d", bDisable);
+    if (bDisable) {
+        const std::vector<std::string> vdcItems = {
+            "broadcasting",      "picturesize",       "pip", "game-mode", "delete-contents-list",
+            "tools-demo-update", "tools-picture-demo"};
+        SettingsAPI::Get()->DisableItemsByList(vdcItems, APP_ID);
+    } else {
+        SettingsAPI::Get()->RemoveDisabledItemsByAppname(APP_ID);
+    }
+}
+
+std::string COstrelDemoUtil::CombinateString(std::string strFormat, std::string strFirst,
+                                             std::string strSecond)
+{
+    const std::array<std::string, 2> arrSlots = {strFirst, strSecond};
+    const std::string strOpen = "<<";
+    const std::string strClose = ">>";
+    constexpr size_t TOKEN_LENGTH = 5;
+
+    std::string strResult = strFormat;
+    size_t uiPos = strResult.find(strOpen);
+    while (uiPos != std::string::npos && strResult.size() <= MAX_COMBINED_LENGTH) {
+        if (uiPos + TOKEN_LENGTH <= strResult.size() &&
+            strResult.compare(uiPos + 3, strClose.size(), strClose) == 0) {
+            const auto uiSlot = static_cast<unsigned int>(strResult[uiPos + 2] - 'A');
+            if (uiSlot < arrSlots.size())
+                strResult.replace(uiPos, TOKEN_LENGTH, arrSlots[uiSlot]);
+        }
+        uiPos = strResult.find(strOpen, uiPos + 1);
+    }
+    LOGI("strResult: %s", strResult.c_str());
+    return strResult;
+}
+
+std::string COstrelDemoUtil::GetDefaultPath()
+{
+    const std::string strPath = std::string(DEFAULT_FOLDER) + "/";
+    DIR *pDirectory = opendir(strPath.c_str());
+    if (pDirectory == nullptr)
+        return "";
+    closedir(pDirectory);
+    return strPath;
+}
+
+bool COstrelDemoUtil::CheckPathExist(std::string strPath)
+{
+    LOGI("");
+    struct stat stStatus = {};
+    if (stat(strPath.c_str(), &stStatus) != 0)
+        return false;
+    return S_ISDIR(stStatus.st_mode);
+}
+
+void COstrelDemoUtil::ExitApplication()
+{
+    // At error level on purpose, so that the cause of an end stands out in a set's log.
+    LOGE("");
+    ui_app_exit();
+}
