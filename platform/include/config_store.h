@@ -34,8 +34,10 @@ int vconf_get_int(const char *key, int *value);
 int vconf_set_int(const char *key, int value);
 
 /**
- * Calls `callback` on the main loop after each write to `key` from now on. Registering the same key
- * and callback again replaces the user data and keeps one registration. The key need not exist.
+ * Calls `callback` on the main loop after each write to `key`, or its removal, from now on; writes
+ * that follow each other at once may be told as one. Registering the same key and callback again
+ * replaces the user data and keeps one registration. The key need not exist. The callback may call
+ * every function of this header.
  *
  * @param user_data handed to the callback; stays the caller's
  * @return 0, or -1 when the key cannot be watched
@@ -49,7 +51,7 @@ int vconf_notify_key_changed(const char *key, vconf_callback_fn callback, void *
  */
 int vconf_ignore_key_changed(const char *key, vconf_callback_fn callback);
 
-/** The changed key's full name, owned by the node. */
+/** The changed key's full name, owned by the node; null for a null node. */
 const char *vconf_keynode_get_name(keynode_t *node);
 
 #ifdef __cplusplus

@@ -1,0 +1,316 @@
+#include "config_store/config_files.h"
+
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "config_store/descriptor.h"
+#include "log/platform_log.h"
+
+namespace platform {
+
+namespace {
+
+constexpr size_t kLongestKey = 200;
+constexpr size_t kLongestText = 64;
+constexpr std::string_view kDb = "db/";
+constexpr std::string_view kMemory = "memory/";
+
+// Temporary files are hidden, so no key can have the name of one, and marked, so that those a crash
+// left behind can be told from anything else.
+constexpr std::string_view kTemporaryMark = ".new-";
+
+bool starts_with(std::string_view text, std::string_view prefix)
+{
+    return text.substr(0, prefix.size()) == prefix;
+}
+
+bool survives(std::string_view key)
+{
+    return starts_with(key, kDb);
+}
+
+std::string text_of(int value)
+{
+    return std::to_string(value) + "\n";
+}
+
+bool read_text(int descriptor, std::string &text)
+{
+    char buffer[kLongestText + 1];
+    size_t size = 0;
+    for (;;) {
+        const ssize_t length = ::read(descriptor, buffer + size, sizeof buffer - size);
+        if (length < 0 && errno == EINTR)
+            continue;
+        if (length < 0)
+            return false;
+        size += static_cast<size_t>(length);
+        if (length == 0 || size == sizeof buffer)
+            break;
+    }
+    text.assign(buffer, size);
+    return size <= kLongestText;
+}
+
+bool write_text(int descriptor, const std::string &text)
+{
+    size_t done = 0;
+    while (done < text.size()) {
+        const ssize_t length = ::write(descriptor, text.data() + done, text.size() - done);
+        if (length < 0 && errno == EINTR)
+            continue;
+        if (length < 0)
+            return false;
+        done += static_cast<size_t>(length);
+    }
+    return true;
+}
+
+// Not blocking and not following, so that whatever lies in a key's place cannot hold us up.
+Descriptor open_regular(const std::string &path, int mode)
+{
+    Descriptor file(open(path.c_str(), mode | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat status = {};
+    if (file && (fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)))
+        return Descriptor();
+    return file;
+}
+
+bool sync_folder(const std::string &folder)
+{
+    const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // Some file systems cannot sync a directory and say so; they have nothing to sync then.
+    return directory && (fsync(directory.number()) == 0 || errno == EINVAL || errno == EROFS);
+}
+
+using Directory = std::unique_ptr<DIR, int (*)(DIR *)>;
+
+Directory open_directory(const std::string &path)
+{
+    return Directory(opendir(path.c_str()), closedir);
+}
+
+// Takes a temporary file away when the writing itself does not get to its end.
+class TemporaryFile {
+  public:
+    explicit TemporaryFile(std::string path) : path_(std::move(path)) {}
+    ~TemporaryFile()
+    {
+        if (!path_.empty())
+            unlink(path_.c_str());
+    }
+    TemporaryFile(const TemporaryFile &) = delete;
+    TemporaryFile &operator=(const TemporaryFile &) = delete;
+
+    bool rename_to(const std::string &path)
+    {
+        if (rename(path_.c_str(), path.c_str()) != 0)
+            return false;
+        path_.clear();
+        return true;
+    }
+
+  private:
+    std::string path_;
+};
+
+} // namespace
+
+ConfigFiles::ConfigFiles(std::string state_dir, std::string runtime_dir)
+    : state_dir_(std::move(state_dir)), runtime_dir_(std::move(runtime_dir))
+{
+}
+
+bool ConfigFiles::is_valid_key(std::string_view key)
+{
+    if (key.size() > kLongestKey || !(starts_with(key, kDb) || starts_with(key, kMemory)))
+        return false;
+    char before = '/';
+    for (const char c : key) {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+            return false;
+        if (before == '/' && (c == '/' || c == '.'))
+            return false;
+        before = c;
+    }
+    return before != '/';
+}
+
+bool ConfigFiles::parse(std::string_view text, int &value)
+{
+    int parsed = 0;
+    const char *const last = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), last, parsed);
+    if (error != std::errc())
+        return false;
+    const std::string_view rest(end, static_cast<size_t>(last - end));
+    if (rest.find_first_not_of(" \t\r\n") != std::string_view::npos)
+        return false;
+    value = parsed;
+    return true;
+}
+
+std::string ConfigFiles::path(const std::string &key) const
+{
+    return (survives(key) ? state_dir_ : runtime_dir_) + "/" + key;
+}
+
+std::string ConfigFiles::folder(const std::string &key) const
+{
+    const std::string file = path(key);
+    return file.substr(0, file.rfind('/'));
+}
+
+bool ConfigFiles::read(const std::string &key, int &value) const
+{
+    if (!is_valid_key(key))
+        return false;
+    const Descriptor file = open_regular(path(key), O_RDONLY);
+    std::string text;
+    return file && read_text(file.number(), text) && parse(text, value);
+}
+
+bool ConfigFiles::make_folder(const std::string &key) const
+{
+    const std::string wanted = folder(key);
+    struct stat status = {};
+    if (stat(wanted.c_str(), &status) == 0) {
+        errno = ENOTDIR;
+        return S_ISDIR(status.st_mode);
+    }
+    for (size_t slash = wanted.find('/', 1);; slash = wanted.find('/', slash + 1)) {
+        const std::string part = wanted.substr(0, slash);
+        if (mkdir(part.c_str(), 0755) == 0) {
+            if (survives(key) && !sync_folder(part.substr(0, part.rfind('/') + 1)))
+                return false;
+        } else if (const int reason = errno; stat(part.c_str(), &status) != 0) {
+            errno = reason;
+            return false;
+        }
+        if (slash == std::string::npos)
+            break;
+    }
+    errno = ENOTDIR;
+    return stat(wanted.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool ConfigFiles::write(const std::string &key, int value)
+{
+    if (!is_valid_key(key)) {
+        PLATFORM_LOGE("config_store", "\"%s\" is no name for a key", key.c_str());
+        return false;
+    }
+    // Another process may remove the folder, or sweep our temporary file in the instant before it
+    // is locked; neither happens three times in a row by chance.
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        const Outcome outcome = write_once(key, value);
+        if (outcome == Outcome::Done)
+            return true;
+        if (outcome == Outcome::Failed)
+            break;
+    }
+    const int reason = errno;
+    PLATFORM_LOGE("config_store", "%s could not be written: %s", path(key).c_str(),
+                  std::strerror(reason));
+    return false;
+}
+
+ConfigFiles::Outcome ConfigFiles::write_once(const std::string &key, int value)
+{
+    if (!make_folder(key))
+        return Outcome::Failed;
+    if (confirm(key, value))
+        return Outcome::Done;
+    sweep(folder(key));
+
+    const std::string temporary = temporary_path(key);
+    Descriptor file(
+        open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0644));
+    if (!file)
+        return errno == ENOENT || errno == EEXIST ? Outcome::Again : Outcome::Failed;
+    TemporaryFile guard(temporary);
+    // The lock tells other processes that this file's writer is alive.
+    flock(file.number(), LOCK_EX | LOCK_NB);
+    if (!write_text(file.number(), text_of(value)))
+        return Outcome::Failed;
+    if (survives(key) && fsync(file.number()) != 0)
+        return Outcome::Failed;
+    if (!guard.rename_to(path(key)))
+        return errno == ENOENT ? Outcome::Again : Outcome::Failed;
+    return !survives(key) || sync_folder(folder(key)) ? Outcome::Done : Outcome::Failed;
+}
+
+// The player writes most of its keys again and again with the same value, and a sync of a slow
+// medium would cost frames each time. Opening the file for writing and closing it is what a watcher
+// has to see of it; the syncs find nothing to do unless the last writer left them out.
+bool ConfigFiles::confirm(const std::string &key, int value) const
+{
+    const Descriptor file = open_regular(path(key), O_RDWR | O_NOFOLLOW);
+    std::string text;
+    int present = 0;
+    if (!file || !read_text(file.number(), text) || !parse(text, present) || present != value)
+        return false;
+    return !survives(key) || (fdatasync(file.number()) == 0 && sync_folder(folder(key)));
+}
+
+std::string ConfigFiles::temporary_path(const std::string &key)
+{
+    const std::string file = path(key);
+    const size_t slash = file.rfind('/');
+    return file.substr(0, slash + 1) + "." + file.substr(slash + 1) + std::string(kTemporaryMark) +
+           std::to_string(getpid()) + "-" + std::to_string(++temporaries_);
+}
+
+// Removes what a crash in the middle of a write left behind: temporary files that nobody has
+// locked. Once per folder is enough.
+void ConfigFiles::sweep(const std::string &folder)
+{
+    if (!swept_.insert(folder).second)
+        return;
+    const Directory directory = open_directory(folder);
+    while (const dirent *entry = directory ? readdir(directory.get()) : nullptr) {
+        const std::string_view name = entry->d_name;
+        if (name.front() != '.' || name.find(kTemporaryMark) == std::string_view::npos)
+            continue;
+        const std::string path = folder + "/" + entry->d_name;
+        const Descriptor file = open_regular(path, O_RDONLY | O_NOFOLLOW);
+        if (file && flock(file.number(), LOCK_EX | LOCK_NB) == 0 && unlink(path.c_str()) == 0)
+            PLATFORM_LOGI("config_store", "removed %s, left behind by a crash", path.c_str());
+    }
+}
+
+std::map<std::string, int> ConfigFiles::list() const
+{
+    std::map<std::string, int> found;
+    list_below(std::string(kDb), found);
+    list_below(std::string(kMemory), found);
+    return found;
+}
+
+void ConfigFiles::list_below(const std::string &prefix, std::map<std::string, int> &found) const
+{
+    const Directory directory = open_directory(path(prefix));
+    while (const dirent *entry = directory ? readdir(directory.get()) : nullptr) {
+        const std::string key = prefix + entry->d_name;
+        if (!is_valid_key(key))
+            continue;
+        struct stat status = {};
+        int value = 0;
+        if (lstat(path(key).c_str(), &status) == 0 && S_ISDIR(status.st_mode))
+            list_below(key + "/", found);
+        else if (read(key, value))
+            found[key] = value;
+    }
+}
+
+} // namespace platform

@@ -1,0 +1,68 @@
+/**
+ * The configuration store on the medium: one small file per key, a decimal integer and a newline.
+ * Any program that writes a file of the key's name, best by renaming a finished one, takes part in
+ * the store. One thread at a time per object; any number of processes.
+ */
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+class ConfigFiles {
+  public:
+    /**
+     * @param state_dir   parent of the folder "db"; its keys are synced to the medium
+     * @param runtime_dir parent of the folder "memory"
+     */
+    ConfigFiles(std::string state_dir, std::string runtime_dir);
+
+    /**
+     * Whether a text can name a key: "db/" or "memory/" and at most 200 characters in all, no empty
+     * component, none that begins with a full stop, no control character.
+     */
+    static bool is_valid_key(std::string_view key);
+
+    /** Reads a text as a file would be read: an integer, then nothing but white space. */
+    static bool parse(std::string_view text, int &value);
+
+    /** @return false, value untouched, when there is no such key or its file holds no integer. */
+    bool read(const std::string &key, int &value) const;
+
+    /**
+     * Writes a key, creating it and its folders. Readers see the old value or the new one whole. A
+     * value that stands already is not written again, but is reported to watchers as a write.
+     *
+     * @return false when it could not be written, with an error in the log
+     */
+    bool write(const std::string &key, int value);
+
+    /** Every key that can be read, with its value. */
+    std::map<std::string, int> list() const;
+
+    /** File and folder of a valid key. */
+    std::string path(const std::string &key) const;
+    std::string folder(const std::string &key) const;
+
+    /** Makes a key's folder. @return false with errno set. */
+    bool make_folder(const std::string &key) const;
+
+  private:
+    enum class Outcome { Done, Again, Failed };
+
+    Outcome write_once(const std::string &key, int value);
+    bool confirm(const std::string &key, int value) const;
+    void sweep(const std::string &folder);
+    std::string temporary_path(const std::string &key);
+    void list_below(const std::string &prefix, std::map<std::string, int> &found) const;
+
+    const std::string state_dir_;
+    const std::string runtime_dir_;
+    std::set<std::string> swept_;
+    uint64_t temporaries_ = 0;
+};
+
+} // namespace platform
