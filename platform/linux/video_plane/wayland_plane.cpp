@@ -1,0 +1,404 @@
+#include "video_plane/wayland_plane.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <system_error>
+
+#include <Ecore.h>
+#include <poll.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include "efl_on_tv.h"
+#include "log/platform_log.h"
+
+namespace platform {
+
+namespace {
+
+/** Buffers kept for the next frames; making one costs milliseconds. */
+constexpr size_t kKeptBuffers = 6;
+/** Buffers at most, so that a compositor that gives none back cannot eat the memory. */
+constexpr size_t kMostBuffers = 16;
+/** Buffers made ahead of the first frame. */
+constexpr int kFirstBuffers = 3;
+
+std::shared_ptr<WaylandPlane> refuse(const char *reason)
+{
+    PLATFORM_LOGW("video plane", "none: %s", reason);
+    return nullptr;
+}
+
+/** Binds the newest version up to `version`; Ecore has listed the globals already. */
+template <typename Object>
+WaylandPtr<Object> bind(Ecore_Wl2_Display *display, wl_registry *registry,
+                        const wl_interface *interface, unsigned int version)
+{
+    WaylandPtr<Object> bound;
+    Eina_Iterator *globals = ecore_wl2_display_globals_get(display);
+    void *item = nullptr;
+    while (globals && eina_iterator_next(globals, &item)) {
+        const auto *global = static_cast<const Ecore_Wl2_Global *>(item);
+        if (strcmp(global->interface, interface->name) == 0 && global->version >= version) {
+            bound.reset(
+                static_cast<Object *>(wl_registry_bind(registry, global->id, interface, version)));
+            break;
+        }
+    }
+    if (globals)
+        eina_iterator_free(globals);
+    return bound;
+}
+
+} // namespace
+
+WaylandPlane::Waker::Waker() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+WaylandPlane::Waker::~Waker()
+{
+    if (fd_ >= 0)
+        ::close(fd_);
+}
+
+void WaylandPlane::Waker::wake() const
+{
+    eventfd_write(fd_, 1);
+}
+
+void WaylandPlane::Waker::drain() const
+{
+    eventfd_t count = 0;
+    eventfd_read(fd_, &count);
+}
+
+WaylandPlane::WaylandPlane(wl_display *display, int width, int height)
+    : display_(display), width_(width), height_(height)
+{
+    // A frame on its way to the screen must not have to allocate.
+    living_.reserve(kMostBuffers);
+    spare_.reserve(kKeptBuffers);
+}
+
+std::shared_ptr<WaylandPlane> WaylandPlane::create(Evas_Object *window, int width, int height)
+{
+    if (width <= 0 || height <= 0)
+        return refuse("the size of the panel is not known yet");
+    Ecore_Evas *canvas = ecore_evas_ecore_evas_get(evas_object_evas_get(window));
+    Ecore_Wl2_Window *native = canvas ? ecore_evas_wayland2_window_get(canvas) : nullptr;
+    wl_surface *parent = native ? ecore_wl2_window_surface_get(native) : nullptr;
+    if (!parent)
+        return refuse("the window has no Wayland surface");
+    Ecore_Wl2_Display *connection = ecore_wl2_connected_display_get(nullptr);
+    wl_display *display = connection ? ecore_wl2_display_get(connection) : nullptr;
+    if (!display)
+        return refuse("no Wayland display");
+
+    std::shared_ptr<WaylandPlane> plane(new WaylandPlane(display, width, height));
+    if (!plane->bind_globals(connection))
+        return refuse("the compositor lacks wl_compositor 4, wl_subcompositor or wl_shm");
+    if (!plane->make_surface(parent) || !plane->start_dispatching()) {
+        plane->close(); // the black picture holds the plane
+        return refuse("no memory");
+    }
+    return plane;
+}
+
+bool WaylandPlane::bind_globals(Ecore_Wl2_Display *connection)
+{
+    queue_.reset(wl_display_create_queue(display_));
+    if (!queue_)
+        return false;
+    // Through a wrapper the new objects are on our queue from the start. A registry of our own
+    // would need a round trip, which hangs where Ecore is in the middle of a read.
+    const WaylandWrapper<wl_registry> registry(ecore_wl2_display_registry_get(connection),
+                                               queue_.get());
+    if (!registry.get())
+        return false;
+    compositor_ = bind<wl_compositor>(connection, registry.get(), &wl_compositor_interface, 4);
+    subcompositor_ =
+        bind<wl_subcompositor>(connection, registry.get(), &wl_subcompositor_interface, 1);
+    shm_ = bind<wl_shm>(connection, registry.get(), &wl_shm_interface, 1);
+    return compositor_ && subcompositor_ && shm_;
+}
+
+bool WaylandPlane::make_surface(wl_surface *parent)
+{
+    surface_.reset(wl_compositor_create_surface(compositor_.get()));
+    if (!surface_)
+        return false;
+    subsurface_.reset(
+        wl_subcompositor_get_subsurface(subcompositor_.get(), surface_.get(), parent));
+    if (!subsurface_)
+        return false;
+    wl_subsurface_set_position(subsurface_.get(), 0, 0);
+    wl_subsurface_place_below(subsurface_.get(), parent);
+    wl_subsurface_set_desync(subsurface_.get());
+
+    const WaylandPtr<wl_region> opaque(wl_compositor_create_region(compositor_.get()));
+    const WaylandPtr<wl_region> nothing(wl_compositor_create_region(compositor_.get()));
+    if (!opaque || !nothing)
+        return false;
+    wl_region_add(opaque.get(), 0, 0, width_, height_);
+    wl_surface_set_opaque_region(surface_.get(), opaque.get());
+    wl_surface_set_input_region(surface_.get(), nothing.get());
+
+    // Some compositors never map a subsurface that has no buffer when its parent is committed, so
+    // the plane starts with a black one.
+    const PlaneBufferPtr black = acquire();
+    if (!black || !present(black))
+        return false;
+    presented_ = 0;
+    wl_surface_commit(parent);
+    wl_display_flush(display_);
+    return true;
+}
+
+bool WaylandPlane::start_dispatching()
+{
+    if (waker_.descriptor() < 0)
+        return false;
+    try {
+        thread_ = std::thread([this] { dispatch(); });
+    } catch (const std::system_error &) {
+        return false;
+    }
+    pthread_setname_np(thread_.native_handle(), "video-plane");
+    return true;
+}
+
+WaylandPlane::~WaylandPlane()
+{
+    close();
+}
+
+PlaneBufferPtr WaylandPlane::acquire()
+{
+    const auto wrap = [this](std::unique_ptr<ShmBuffer> buffer) {
+        const auto give_back = [self = shared_from_this()](ShmBuffer *used) {
+            self->give_back(std::unique_ptr<ShmBuffer>(used));
+        };
+        return PlaneBufferPtr(std::shared_ptr<ShmBuffer>(buffer.release(), give_back));
+    };
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        if (closed_ || (spare_.empty() && living_.size() >= kMostBuffers))
+            return nullptr;
+        if (!spare_.empty()) {
+            auto buffer = std::move(spare_.back()); // the last one used is the warmest
+            spare_.pop_back();
+            lock.unlock();
+            return wrap(std::move(buffer));
+        }
+    }
+    auto buffer = ShmBuffer::create(width_, height_);
+    if (!buffer)
+        return nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (closed_ || living_.size() >= kMostBuffers || !buffer->share(shm_.get()))
+            return nullptr;
+        static const wl_buffer_listener listener = {on_release};
+        wl_buffer_add_listener(buffer->handle.get(), &listener, this);
+        living_.push_back(buffer.get());
+    }
+    return wrap(std::move(buffer));
+}
+
+bool WaylandPlane::present(const PlaneBufferPtr &buffer)
+{
+    auto *own = dynamic_cast<ShmBuffer *>(buffer.get());
+    PlaneBufferPtr shown = buffer; // before the lock, so that it can go after it
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (closed_ || broken_)
+        return false;
+    if (std::find(living_.begin(), living_.end(), own) == living_.end()) {
+        PLATFORM_LOGE("video plane", "a picture of another plane was presented");
+        return false;
+    }
+    if (own->held && own == last_attached_)
+        return true; // it is on the screen
+    if (own->held) {
+        // Attached a second time before its release has come, one release could mean either use.
+        lock.unlock();
+        shown = copy_of(own);
+        lock.lock();
+        if (closed_ || !shown) {
+            count_dropped();
+            return !closed_;
+        }
+        own = static_cast<ShmBuffer *>(shown.get());
+    }
+    attach(own, shown);
+    if (wl_display_flush(display_) < 0) {
+        if (errno != EAGAIN)
+            return fail("flush");
+        waker_.wake(); // the thread waits until the compositor reads on
+    }
+    ++presented_;
+    return true;
+}
+
+void WaylandPlane::attach(ShmBuffer *buffer, const PlaneBufferPtr &reference)
+{
+    buffer->held = reference;
+    last_attached_ = buffer;
+    wl_surface_attach(surface_.get(), buffer->handle.get(), 0, 0);
+    wl_surface_damage_buffer(surface_.get(), 0, 0, width_, height_);
+    wl_surface_commit(surface_.get());
+}
+
+PlaneBufferPtr WaylandPlane::copy_of(ShmBuffer *buffer)
+{
+    PlaneBufferPtr copy = acquire();
+    if (copy)
+        memcpy(copy->pixels(), buffer->pixels(), buffer->size());
+    return copy;
+}
+
+void WaylandPlane::give_back(std::unique_ptr<ShmBuffer> buffer)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (!closed_ && spare_.size() < kKeptBuffers) {
+        spare_.push_back(std::move(buffer));
+        return;
+    }
+    living_.erase(std::remove(living_.begin(), living_.end(), buffer.get()), living_.end());
+    if (last_attached_ == buffer.get())
+        last_attached_ = nullptr;
+    buffer.reset(); // under the lock: close() must not take the display away meanwhile
+}
+
+void WaylandPlane::on_release(void *data, wl_buffer *handle)
+{
+    auto *plane = static_cast<WaylandPlane *>(data);
+    PlaneBufferPtr released; // goes after the lock, for its way back takes the lock again
+    const std::lock_guard<std::mutex> lock(plane->mutex_);
+    for (ShmBuffer *buffer : plane->living_) {
+        if (buffer->handle.get() == handle) {
+            released = std::move(buffer->held);
+            break;
+        }
+    }
+}
+
+void WaylandPlane::dispatch()
+{
+    {
+        std::vector<PlaneBufferPtr> first;
+        for (int i = 0; i < kFirstBuffers; ++i)
+            first.push_back(acquire());
+    }
+    while (!stopping_ && dispatch_once()) {
+    }
+    const std::lock_guard<std::mutex> lock(mutex_);
+    thread_ended_ = true;
+    thread_end_.notify_all();
+}
+
+bool WaylandPlane::dispatch_once()
+{
+    while (wl_display_prepare_read_queue(display_, queue_.get()) != 0) {
+        if (wl_display_dispatch_queue_pending(display_, queue_.get()) < 0)
+            return fail("dispatch");
+    }
+    pollfd waits[] = {{wl_display_get_fd(display_), POLLIN, 0}, {waker_.descriptor(), POLLIN, 0}};
+    // A failed flush is no reason to stop: what the compositor said last can still be read.
+    if (wl_display_flush(display_) < 0 && errno == EAGAIN)
+        waits[0].events |= POLLOUT;
+    const int ready = poll(waits, 2, -1);
+    if (waits[1].revents)
+        waker_.drain();
+    if (ready <= 0 || !(waits[0].revents & ~POLLOUT) || stopping_) {
+        wl_display_cancel_read(display_);
+        return ready >= 0 || errno == EINTR || fail("poll");
+    }
+    // Ecore has announced a read of its own whenever the main loop sleeps, and libwayland lets
+    // both threads go on together: no event of the main loop's is swallowed here.
+    if (wl_display_read_events(display_) < 0)
+        return fail("read");
+    return wl_display_dispatch_queue_pending(display_, queue_.get()) >= 0 || fail("dispatch");
+}
+
+bool WaylandPlane::fail(const char *step)
+{
+    if (!broken_.exchange(true))
+        PLATFORM_LOGW("video plane", "the compositor is gone: %s: %s", step, strerror(errno));
+    return false;
+}
+
+void WaylandPlane::close()
+{
+    std::vector<PlaneBufferPtr> held; // they go after the lock
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (closed_)
+            return;
+        closed_ = true;
+        for (ShmBuffer *buffer : living_) {
+            if (buffer->held)
+                held.push_back(std::move(buffer->held));
+        }
+        subsurface_.reset();
+        surface_.reset();
+        wl_display_flush(display_);
+    }
+    held.clear();
+    if (!thread_.joinable()) {
+        release_objects();
+        return;
+    }
+    stopping_ = true;
+    waker_.wake();
+    std::unique_lock<std::mutex> lock(mutex_);
+    const bool ended = thread_end_.wait_for(lock, std::chrono::milliseconds(200),
+                                            [this] { return thread_ended_; });
+    lock.unlock();
+    if (ended || !finish_later()) {
+        thread_.join();
+        release_objects();
+    }
+}
+
+bool WaylandPlane::finish_later()
+{
+    // When a callback of the main loop's file descriptors closes the plane, the thread may be
+    // waiting for the read that this very iteration of the main loop still owes libwayland.
+    auto self = std::make_unique<std::shared_ptr<WaylandPlane>>(weak_from_this().lock());
+    if (!*self)
+        return false;
+    const auto finish = [](void *data) {
+        const std::unique_ptr<std::shared_ptr<WaylandPlane>> plane(
+            static_cast<std::shared_ptr<WaylandPlane> *>(data));
+        (*plane)->thread_.join();
+        (*plane)->release_objects();
+    };
+    if (!ecore_job_add(finish, self.get()))
+        return false;
+    (void)self.release();
+    return true;
+}
+
+void WaylandPlane::release_objects()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    for (ShmBuffer *buffer : living_)
+        buffer->handle.reset();
+    for (const auto &buffer : spare_)
+        living_.erase(std::remove(living_.begin(), living_.end(), buffer.get()), living_.end());
+    spare_.clear();
+    shm_.reset();
+    subcompositor_.reset();
+    compositor_.reset();
+    queue_.reset();
+}
+
+size_t WaylandPlane::buffer_count() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return living_.size();
+}
+
+} // namespace platform

@@ -1,0 +1,107 @@
+/**
+ * The video plane on a Wayland window: an opaque subsurface below the window's surface, with its
+ * own event queue that a thread of its own serves, so that frames go on while the main loop is
+ * busy.
+ *
+ * create() and close() are for the main-loop thread, the rest for any thread.
+ */
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include <Evas.h>
+
+#include "efl_on_tv.h"
+#include "video_plane/shm_buffer.h"
+#include "video_plane/video_plane.h"
+#include "video_plane/wayland_handles.h"
+
+namespace platform {
+
+class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<WaylandPlane> {
+  public:
+    /** Makes the plane and shows it black. @return null, with a log line, when it cannot be. */
+    static std::shared_ptr<WaylandPlane> create(Evas_Object *window, int width, int height);
+
+    ~WaylandPlane() override;
+    WaylandPlane(const WaylandPlane &) = delete;
+    WaylandPlane &operator=(const WaylandPlane &) = delete;
+
+    /**
+     * Takes the plane off the window. Buffers that somebody still has stay valid memory; present()
+     * returns false from now on. Does nothing the second time.
+     */
+    void close();
+
+    int width() const override { return width_; }
+    int height() const override { return height_; }
+    PlaneBufferPtr acquire() override;
+    bool present(const PlaneBufferPtr &buffer) override;
+    Statistics statistics() const override { return {presented_, dropped_}; }
+    void count_dropped() override { ++dropped_; }
+
+    /** Buffers that exist now, for tests. */
+    size_t buffer_count() const;
+
+  private:
+    /** Wakes the dispatch thread from its poll. */
+    class Waker {
+      public:
+        Waker();
+        ~Waker();
+        int descriptor() const { return fd_; }
+        void wake() const;
+        void drain() const;
+
+      private:
+        int fd_;
+    };
+
+    WaylandPlane(wl_display *display, int width, int height);
+    bool bind_globals(Ecore_Wl2_Display *connection);
+    bool make_surface(wl_surface *parent);
+    bool start_dispatching();
+    void dispatch();
+    bool dispatch_once();
+    bool fail(const char *step);
+    void attach(ShmBuffer *buffer, const PlaneBufferPtr &reference);
+    PlaneBufferPtr copy_of(ShmBuffer *buffer);
+    void give_back(std::unique_ptr<ShmBuffer> buffer);
+    bool finish_later();
+    void release_objects();
+    static void on_release(void *data, wl_buffer *handle);
+
+    wl_display *const display_; // Ecore's
+    const int width_;
+    const int height_;
+
+    // Owners go in the reverse order of these lines, the queue last.
+    WaylandPtr<wl_event_queue> queue_;
+    WaylandPtr<wl_compositor> compositor_;
+    WaylandPtr<wl_subcompositor> subcompositor_;
+    WaylandPtr<wl_shm> shm_;
+    WaylandPtr<wl_surface> surface_;
+    WaylandPtr<wl_subsurface> subsurface_;
+
+    mutable std::mutex mutex_; // guards what follows, and the surface against close()
+    bool closed_ = false;
+    std::vector<ShmBuffer *> living_;               // every buffer there is
+    std::vector<std::unique_ptr<ShmBuffer>> spare_; // those that nobody uses
+    const ShmBuffer *last_attached_ = nullptr;      // for comparison only
+    bool thread_ended_ = false;
+    std::condition_variable thread_end_;
+
+    std::atomic<bool> broken_{false};
+    std::atomic<bool> stopping_{false};
+    std::atomic<uint64_t> presented_{0};
+    std::atomic<uint64_t> dropped_{0};
+    Waker waker_;
+    std::thread thread_;
+};
+
+} // namespace platform
