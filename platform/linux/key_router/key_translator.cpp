@@ -1,0 +1,85 @@
+#include "key_router/key_translator.h"
+
+#include <memory>
+#include <string>
+
+#include <Ecore_Input.h>
+
+#include "app_framework/injection.h"
+#include "key_router/key_names.h"
+#include "log/platform_log.h"
+#include "settings/settings.h"
+
+namespace platform {
+
+namespace {
+
+constexpr char SERVICE[] = "key_router";
+
+/** An event that carries its own name, and tells the translator to leave it alone. */
+struct InjectedKey {
+    Ecore_Event_Key event = {};
+    std::string name;
+};
+
+void free_injected(void *data, void * /*event*/)
+{
+    delete static_cast<InjectedKey *>(data);
+}
+
+Eina_Bool rename_key(void * /*data*/, int /*type*/, void *event)
+{
+    auto *key = static_cast<Ecore_Event_Key *>(event);
+    // An injected key has no keyboard behind it.
+    if (!key->dev && key->event_window == 0)
+        return ECORE_CALLBACK_PASS_ON;
+    const char *name = translate_key(key->keyname, key->key, Settings::get().keys);
+    if (!name)
+        return ECORE_CALLBACK_PASS_ON;
+    // The names' memory belongs to the event as a whole, so they can be exchanged freely. A key of
+    // the remote control types no text.
+    key->keyname = name;
+    key->key = name;
+    key->string = nullptr;
+    key->compose = nullptr;
+    return ECORE_CALLBACK_PASS_ON;
+}
+
+void add_event(int type, const std::string &name)
+{
+    auto injected = std::make_unique<InjectedKey>();
+    injected->name = name;
+    injected->event.keyname = injected->name.c_str();
+    injected->event.key = injected->name.c_str();
+    injected->event.timestamp = static_cast<unsigned int>(ecore_time_get() * 1000.0);
+    Ecore_Event_Key *event = &injected->event;
+    if (ecore_event_add(type, event, free_injected, injected.get()))
+        injected.release();
+    else
+        PLATFORM_LOGW(SERVICE, "the key %s could not be sent", name.c_str());
+}
+
+} // namespace
+
+// In front of every handler that exists, the toolkit's own among them, so that widgets and the
+// application see the same names.
+KeyTranslator::KeyTranslator()
+    : down_(ecore_event_handler_prepend(ECORE_EVENT_KEY_DOWN, rename_key, nullptr)),
+      up_(ecore_event_handler_prepend(ECORE_EVENT_KEY_UP, rename_key, nullptr))
+{
+}
+
+KeyTranslator::~KeyTranslator()
+{
+    ecore_event_handler_del(down_);
+    ecore_event_handler_del(up_);
+}
+
+void inject_key(const std::string &tv_key_name)
+{
+    PLATFORM_LOGI(SERVICE, "key %s pressed from outside", tv_key_name.c_str());
+    add_event(ECORE_EVENT_KEY_DOWN, tv_key_name);
+    add_event(ECORE_EVENT_KEY_UP, tv_key_name);
+}
+
+} // namespace platform
