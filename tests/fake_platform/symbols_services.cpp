@@ -1,0 +1,349 @@
+// Application framework, configuration store, system facts, storage, power, sound and context.
+
+#include "app_context.h"
+#include "platform.h"
+#include "resource_path.h"
+#include "sound_route.h"
+#include "system_facts.h"
+#include "usb_storage.h"
+
+struct usb_device_s {
+    std::string mount_path;
+};
+
+struct usb_device_list_s {
+    std::vector<usb_device_s> devices;
+    size_t next = 0;
+};
+
+namespace {
+
+fake::Platform &the_fake()
+{
+    return fake::platform();
+}
+
+int called(const char *function)
+{
+    the_fake().call(function);
+    return the_fake().script.result(function);
+}
+
+int subscribe(const char *function, const char *event, device_power_cb callback, void *data)
+{
+    const int failed = called(function);
+    if (failed == 0)
+        the_fake().power.followers[event] = {callback, data};
+    return failed;
+}
+
+int unsubscribe(const char *function, const char *event, device_power_cb callback)
+{
+    const int failed = called(function);
+    auto &followers = the_fake().power.followers;
+    const auto found = followers.find(event);
+    if (found == followers.end() || found->second.callback != callback)
+        return -1;
+    followers.erase(found);
+    return failed;
+}
+
+} // namespace
+
+// ---- Application framework ----
+
+int ui_app_main(int argc, char **argv, ui_app_lifecycle_callback_s *callbacks, void *user_data)
+{
+    (void)argv;
+    the_fake().call("ui_app_main", argc);
+    return the_fake().app.run(callbacks, user_data);
+}
+
+void ui_app_exit(void)
+{
+    the_fake().call("ui_app_exit");
+    ++the_fake().app.exit_requests;
+}
+
+int ui_app_add_event_handler(app_event_handler_h *handler, app_event_type_e event_type,
+                             app_event_cb callback, void *user_data)
+{
+    the_fake().call(
+        "ui_app_add_event_handler",
+        fake::Raw{event_type == APP_EVENT_LANGUAGE_CHANGED ? "LANGUAGE_CHANGED" : "another event"},
+        static_cast<const void *>(user_data));
+    const int failed = the_fake().script.result("ui_app_add_event_handler");
+    if (handler == nullptr || callback == nullptr)
+        return -1;
+    static char place;
+    *handler = reinterpret_cast<app_event_handler_h>(&place);
+    the_fake().app.follow(event_type, callback, user_data);
+    return failed;
+}
+
+Evas_Object *app_get_preinitialized_window(const char *window_name)
+{
+    the_fake().call("app_get_preinitialized_window", window_name);
+    if (!the_fake().widgets.window_prepared)
+        return nullptr;
+    return the_fake().widgets.add("window", nullptr);
+}
+
+// ---- Configuration store ----
+
+int vconf_get_int(const char *key, int *value)
+{
+    the_fake().query("vconf_get_int", key);
+    const int failed = the_fake().script.result("vconf_get_int");
+    const auto found = the_fake().store.values.find(key);
+    if (failed != 0 || found == the_fake().store.values.end())
+        return -1;
+    *value = found->second;
+    return 0;
+}
+
+int vconf_set_int(const char *key, int value)
+{
+    the_fake().call("vconf_set_int", key, value);
+    const int failed = the_fake().script.result("vconf_set_int");
+    if (failed == 0)
+        the_fake().store.values[key] = value;
+    return failed;
+}
+
+int vconf_notify_key_changed(const char *key, vconf_callback_fn callback, void *user_data)
+{
+    the_fake().call("vconf_notify_key_changed", key, static_cast<const void *>(user_data));
+    const int failed = the_fake().script.result("vconf_notify_key_changed");
+    if (failed == 0)
+        the_fake().store.follow(key, callback, user_data);
+    return failed;
+}
+
+int vconf_ignore_key_changed(const char *key, vconf_callback_fn callback)
+{
+    the_fake().call("vconf_ignore_key_changed", key);
+    return the_fake().store.unfollow(key, callback) ? 0 : -1;
+}
+
+// ---- System facts ----
+
+int system_info_get_custom_bool(const char *key, bool *value)
+{
+    the_fake().query("system_info_get_custom_bool", key);
+    const int failed = the_fake().script.result("system_info_get_custom_bool");
+    if (failed == 0)
+        *value = the_fake().system.has_disclaimer;
+    return failed;
+}
+
+int system_info_get_value_int(int key, int *value)
+{
+    the_fake().query("system_info_get_value_int", key);
+    const int failed = the_fake().script.result("system_info_get_value_int");
+    if (failed == 0)
+        *value = the_fake().system.store_content_type;
+    return failed;
+}
+
+int runtime_info_get_value_string(int key, char **value)
+{
+    the_fake().query("runtime_info_get_value_string", key);
+    const int failed = the_fake().script.result("runtime_info_get_value_string");
+    if (failed != 0)
+        return failed;
+    *value =
+        the_fake().system.language_missing
+            ? nullptr
+            : the_fake().texts.give("runtime_info_get_value_string", the_fake().system.language);
+    return 0;
+}
+
+int ua_UI_orientation_get(void)
+{
+    the_fake().query("ua_UI_orientation_get");
+    return the_fake().system.ui_orientation;
+}
+
+// ---- Resources and storage ----
+
+char *getResourcePath(const char *application_id, const char *name)
+{
+    the_fake().query("getResourcePath", application_id, name);
+    const auto found = the_fake().system.resources.find(name);
+    if (found == the_fake().system.resources.end())
+        return nullptr;
+    return the_fake().texts.give("getResourcePath", found->second);
+}
+
+void freeResourcePath(char *path)
+{
+    the_fake().query("freeResourcePath", path);
+    the_fake().texts.taken_back(path);
+    std::free(path);
+}
+
+int usb_device_get_device_list(int type, usb_device_list_h *list)
+{
+    the_fake().query("usb_device_get_device_list", type);
+    const int failed = the_fake().script.result("usb_device_get_device_list");
+    if (failed != 0)
+        return failed;
+    static usb_device_list_s the_list;
+    the_list.devices.clear();
+    for (const std::string &mount_path : the_fake().storage.sticks)
+        the_list.devices.push_back({mount_path});
+    *list = &the_list;
+    return 0;
+}
+
+int usb_device_list_get_first(usb_device_list_h list, usb_device_h *device)
+{
+    list->next = 0;
+    return usb_device_list_get_next(list, device);
+}
+
+int usb_device_list_get_next(usb_device_list_h list, usb_device_h *device)
+{
+    if (list->next == list->devices.size())
+        return -1;
+    *device = &list->devices[list->next++];
+    return 0;
+}
+
+const char *usb_device_get_mountpath(usb_device_h device)
+{
+    return device->mount_path.c_str();
+}
+
+// ---- Power ----
+
+int device_power_subscribe_poweroff(device_power_cb callback, void *user_data)
+{
+    return subscribe("device_power_subscribe_poweroff", "poweroff", callback, user_data);
+}
+
+int device_power_subscribe_standby(device_power_cb callback, void *user_data)
+{
+    return subscribe("device_power_subscribe_standby", "standby", callback, user_data);
+}
+
+int device_power_subscribe_wakeup(device_power_cb callback, void *user_data)
+{
+    return subscribe("device_power_subscribe_wakeup", "wakeup", callback, user_data);
+}
+
+int device_power_subscribe_state_changed_event(device_power_state_changed_cb callback,
+                                               void *user_data)
+{
+    const int failed = called("device_power_subscribe_state_changed_event");
+    if (failed == 0) {
+        the_fake().power.state_callback = callback;
+        the_fake().power.state_data = user_data;
+    }
+    return failed;
+}
+
+int device_power_unsubscribe_poweroff(device_power_cb callback)
+{
+    return unsubscribe("device_power_unsubscribe_poweroff", "poweroff", callback);
+}
+
+int device_power_unsubscribe_standby(device_power_cb callback)
+{
+    return unsubscribe("device_power_unsubscribe_standby", "standby", callback);
+}
+
+int device_power_unsubscribe_wakeup(device_power_cb callback)
+{
+    return unsubscribe("device_power_unsubscribe_wakeup", "wakeup", callback);
+}
+
+// ---- Sound ----
+
+int sound_manager_get_speaker_selection(int *speaker)
+{
+    the_fake().query("sound_manager_get_speaker_selection");
+    const int failed = the_fake().script.result("sound_manager_get_speaker_selection");
+    if (failed == 0)
+        *speaker = the_fake().system.sound_route;
+    return failed;
+}
+
+int sound_manager_set_speaker_selection(int speaker)
+{
+    the_fake().call("sound_manager_set_speaker_selection", speaker);
+    const int failed = the_fake().script.result("sound_manager_set_speaker_selection");
+    if (failed == 0)
+        the_fake().system.sound_route = speaker;
+    return failed;
+}
+
+// ---- Application context ----
+
+int app_context_manager_init(void)
+{
+    the_fake().hold("application context");
+    return called("app_context_manager_init");
+}
+
+void app_context_manager_fini(void)
+{
+    the_fake().call("app_context_manager_fini");
+    the_fake().release("application context");
+}
+
+int app_context_manager_set_epop_block(void)
+{
+    const int failed = called("app_context_manager_set_epop_block");
+    if (failed == 0)
+        the_fake().hold("pop-up block");
+    return failed;
+}
+
+int app_context_manager_unset_epop_block(void)
+{
+    const int failed = called("app_context_manager_unset_epop_block");
+    if (failed == 0)
+        the_fake().release("pop-up block");
+    return failed;
+}
+
+int ui_config_manager_init(void)
+{
+    the_fake().hold("UI configuration");
+    return called("ui_config_manager_init");
+}
+
+void ui_config_manager_fini(void)
+{
+    the_fake().call("ui_config_manager_fini");
+    the_fake().release("UI configuration");
+}
+
+int ea_init(void)
+{
+    return called("ea_init");
+}
+
+SettingsAPI *SettingsAPI::Get()
+{
+    static SettingsAPI service;
+    return &service;
+}
+
+void SettingsAPI::DisableItemsByList(const std::vector<std::string> &items,
+                                     const std::string &app_id)
+{
+    std::string names;
+    for (const std::string &item : items)
+        names += (names.empty() ? "" : " ") + item;
+    the_fake().call("SettingsAPI::DisableItemsByList", names, app_id);
+    the_fake().hold("menu block for " + app_id);
+}
+
+void SettingsAPI::RemoveDisabledItemsByAppname(const std::string &app_id)
+{
+    the_fake().call("SettingsAPI::RemoveDisabledItemsByAppname", app_id);
+    the_fake().release("menu block for " + app_id);
+}

@@ -1,0 +1,134 @@
+#include "transcript.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <set>
+
+#include "dlog.h"
+
+namespace fake {
+namespace {
+
+// These answer a question about the set and log it each time they are asked.
+bool only_answers(const std::string &function)
+{
+    static const std::set<std::string> functions = {"IsPortraitMode", "IsSupportRotator",
+                                                    "GetWindowRotationType", "bShowDisclaimer"};
+    return functions.count(function) != 0;
+}
+
+} // namespace
+
+char priority_letter(int priority)
+{
+    switch (priority) {
+    case DLOG_DEBUG:
+        return 'D';
+    case DLOG_INFO:
+        return 'I';
+    case DLOG_WARN:
+        return 'W';
+    case DLOG_ERROR:
+        return 'E';
+    default:
+        return '?';
+    }
+}
+
+void Transcript::add(Kind kind, const std::string &function, const std::string &text)
+{
+    entries_.push_back({kind, function, text});
+}
+
+void Transcript::add_log(const LogLine &line)
+{
+    log_lines_.push_back(line);
+    add(Kind::Log, line.function,
+        std::string(1, priority_letter(line.priority)) + " \"" + line.text + "\"");
+}
+
+void Transcript::clear()
+{
+    entries_.clear();
+    log_lines_.clear();
+}
+
+Transcript::Lines Transcript::calls() const
+{
+    Lines lines;
+    for (const Entry &entry : entries_) {
+        if (entry.kind == Kind::Effect)
+            lines.push_back(entry.text);
+    }
+    return lines;
+}
+
+Transcript::Lines Transcript::logs() const
+{
+    Lines lines;
+    for (const Entry &entry : entries_) {
+        if (entry.kind == Kind::Log)
+            lines.push_back(entry.text);
+    }
+    return lines;
+}
+
+Transcript::Lines Transcript::lines() const
+{
+    Lines lines;
+    for (const Entry &entry : entries_) {
+        if (entry.kind == Kind::Query)
+            continue;
+        if (entry.kind == Kind::Log && only_answers(entry.function))
+            continue;
+        lines.push_back(entry.text);
+    }
+    return lines;
+}
+
+Transcript::Lines Transcript::of(std::initializer_list<const char *> prefixes) const
+{
+    Lines lines;
+    for (const Entry &entry : entries_) {
+        const bool wanted =
+            entry.kind != Kind::Log &&
+            std::any_of(prefixes.begin(), prefixes.end(), [&entry](const char *prefix) {
+                return entry.function.rfind(prefix, 0) == 0;
+            });
+        if (wanted)
+            lines.push_back(entry.text);
+    }
+    return lines;
+}
+
+int Transcript::count(const std::string &function) const
+{
+    return static_cast<int>(
+        std::count_if(entries_.begin(), entries_.end(), [&function](const Entry &entry) {
+            return entry.kind != Kind::Log && entry.function == function;
+        }));
+}
+
+std::string describe(const char *text)
+{
+    return text == nullptr ? "null" : "\"" + std::string(text) + "\"";
+}
+
+std::string describe(bool value)
+{
+    return value ? "true" : "false";
+}
+
+std::string describe(double value)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "%g", value);
+    return text;
+}
+
+std::string describe(const Raw &raw)
+{
+    return raw.text;
+}
+
+} // namespace fake
