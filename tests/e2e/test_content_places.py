@@ -1,0 +1,197 @@
+"""Where the content lies, and what happens when it is not there, or no longer."""
+
+import os
+import shutil
+
+import pytest
+
+from harness.content import order_in, picture
+from harness.player import PLAYBACK_STATUS, USE_MODE
+from harness.waiting import wait_until
+
+CANNOT_OPEN = r"m_CreatePlayList\(\d+\) > open dir \[.*\] failed"
+NOTHING_TO_PLAY = "Create ostrel demo player failed"
+
+
+def obeying_permissions():
+    """A command prefix under which file permissions count even for root."""
+    if os.getuid() != 0:
+        return ()
+    return ("setpriv", "--bounding-set=-dac_override,-dac_read_search")
+
+
+def with_default_folder(content):
+    """A command prefix that shows `content` as the built-in demo folder, to this program only."""
+    script = ('mount -t tmpfs none /opt && mkdir -p /opt/data/demo_movie && '
+              'mount --bind "$0" /opt/data/demo_movie && exec "$@"')
+    if os.getuid() == 0:
+        return ("unshare", "--mount", "sh", "-c", script, str(content))
+    # The mounts need the powers of root in a namespace of their own; the program gets back its own
+    # user, or the session bus would not know it.
+    return ("unshare", "--map-root-user", "--mount", "sh", "-c", script, str(content), "unshare",
+            "--user", f"--map-user={os.getuid()}", f"--map-group={os.getgid()}")
+
+
+def assert_gave_up(tv, player):
+    player.tolerate(NOTHING_TO_PLAY)
+    assert player.wait_end() == 0
+    assert tv.config(PLAYBACK_STATUS) == 2
+    assert player.log.find_all(NOTHING_TO_PLAY)
+
+
+def test_without_a_folder_given_the_built_in_one_is_played(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red")
+    player = tv.start(prefix=with_default_folder(content))
+    screen.wait_for("red")
+    assert player.log.find_all(r"OnPlayVideo\(\d+\) > /opt/data/demo_movie/red.mp4")
+
+
+def test_the_built_in_folder_is_played_whatever_folder_is_named_without_the_mode(
+        tv, screen, content, tmp_path, shelf):
+    """The named folder decides which names are listed, the built-in one from where they play."""
+    shelf.video(content / "a.mp4", "red")
+    named = tmp_path / "named"
+    named.mkdir()
+    shelf.video(named / "a.mp4", "green")
+    tv.start("--folder_path", f"{named}/", prefix=with_default_folder(content))
+    screen.wait_for("red")
+
+
+def test_use_mode_zero_ends_the_built_in_demo(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red")
+    player = tv.start(prefix=with_default_folder(content))
+    screen.wait_for("red")
+    here = player.log.position()
+    tv.set_config(USE_MODE, 1)
+    player.log.wait("pKeyName:db/menu/support/use_mode iKeyValue:1", after=here)
+    assert player.running()
+    tv.set_config(USE_MODE, 0)
+    assert player.wait_end() == 0
+
+
+def test_missing_folder(tv, tmp_path):
+    player = tv.start(folder=tmp_path / "nowhere")
+    player.tolerate(CANNOT_OPEN)
+    assert_gave_up(tv, player)
+
+
+def test_unreadable_folder(tv, content, shelf):
+    shelf.video(content / "red.mp4", "red")
+    content.chmod(0)
+    try:
+        player = tv.start(folder=content, prefix=obeying_permissions())
+        player.tolerate(CANNOT_OPEN)
+        assert_gave_up(tv, player)
+    finally:
+        content.chmod(0o700)
+
+
+def test_empty_folder(tv, content):
+    assert_gave_up(tv, tv.start(folder=content))
+
+
+def test_folder_with_other_files_only(tv, content):
+    for name in ("readme.txt", "noextension", "song.flac", "film.srt", "image.png"):
+        (content / name).write_text("nothing to show\n")
+    (content / "folder").mkdir()
+    assert_gave_up(tv, tv.start(folder=content))
+
+
+def test_relative_name_on_the_second_of_two_sticks(tv, screen, tmp_path, shelf):
+    first, second = tmp_path / "stick1", tmp_path / "stick2"
+    first.mkdir()
+    (second / "demo").mkdir(parents=True)
+    shelf.video(second / "demo" / "red.mp4", "red")
+    tv.configure(usb={"mounts": f"{first}:{second}"})
+    player = tv.start("--demo_player_mode", "folder_contents_player", "--folder_path", "demo",
+                      "--path_location", "usb")
+    screen.wait_for("red")
+    assert player.log.find_all(rf"path existed:{second}/demo/")
+
+
+def test_folder_on_no_stick(tv, tmp_path):
+    stick = tmp_path / "stick"
+    stick.mkdir()
+    tv.configure(usb={"mounts": str(stick)})
+    player = tv.start("--demo_player_mode", "folder_contents_player", "--folder_path", "demo",
+                      "--path_location", "usb")
+    player.tolerate(CANNOT_OPEN)
+    assert_gave_up(tv, player)
+
+
+def start_from_stick(tv, stick):
+    tv.configure(usb={"mounts": str(stick)})
+    return tv.start("--demo_player_mode", "folder_contents_player", "--folder_path", "demo",
+                    "--path_location", "usb")
+
+
+def test_stick_pulled_while_videos_play_ends_the_demo(tv, screen, tmp_path, shelf):
+    stick = tmp_path / "stick"
+    (stick / "demo").mkdir(parents=True)
+    shelf.video(stick / "demo" / "red.mp4", "red")
+    shelf.video(stick / "demo" / "green.mp4", "green")
+    player = start_from_stick(tv, stick)
+    player.tolerate(r"media_player|PLATFORM", r"m_GetPlaybackFolderPath\(\d+\) > failed")
+    wait_until(lambda: screen.shown() in ("red", "green"), "the first video")
+    os.rename(stick, tmp_path / "pocket")
+    assert player.wait_end() == 0
+    assert tv.config(PLAYBACK_STATUS) == 3
+
+
+def test_stick_pulled_while_photos_show_and_put_back(tv, screen, tmp_path):
+    stick = tmp_path / "stick"
+    (stick / "demo").mkdir(parents=True)
+    picture(stick / "demo" / "red.jpg", "red")
+    picture(stick / "demo" / "green.jpg", "green")
+    player = start_from_stick(tv, stick)
+    wait_until(lambda: screen.shown() in ("red", "green"), "the first photo")
+    os.rename(stick, tmp_path / "pocket")
+    tv.wait_config(PLAYBACK_STATUS, 3)
+    os.rename(tmp_path / "pocket", stick)
+    tv.wait_config(PLAYBACK_STATUS, 1)
+    assert player.running()
+
+
+def test_ten_thousand_files(tv, screen, content):
+    picture(content / "first.jpg", "red")
+    for number in range(9999):
+        os.link(content / "first.jpg", content / f"photo {number:05}.jpg")
+    player = tv.start(folder=content)
+    screen.wait_for("red")
+    assert len(player.log.find_all(r"FileName:")) == 10000
+    here = player.log.position()
+    screen.key("Left")
+    last = order_in(content, [".jpg"])[-1]
+    player.log.wait(rf"OnPlayPhoto\(\d+\) > .*/{last}", after=here)
+    screen.key("Right")
+    first = order_in(content, [".jpg"])[0]
+    player.log.wait(rf"OnPlayPhoto\(\d+\) > .*/{first}", after=here)
+
+
+@pytest.mark.parametrize("changed", ["removed", "replaced by nothing"])
+def test_video_that_disappears_during_the_demo_ends_it(tv, screen, content, shelf, changed):
+    shelf.video(content / "red.mp4", "red")
+    shelf.video(content / "green.mp4", "green")
+    first, second = order_in(content, [".mp4"])
+    player = tv.start(folder=content)
+    player.tolerate(r"PLATFORM")
+    screen.wait_for(first.removesuffix(".mp4"))
+    if changed == "removed":
+        os.remove(content / second)
+    else:
+        os.truncate(content / second, 0)
+    assert player.wait_end() == 0
+    assert tv.config(PLAYBACK_STATUS) == 3
+
+
+def test_folder_moved_away_during_photos_keeps_the_player_calm(tv, screen, content, tmp_path):
+    picture(content / "red.jpg", "red")
+    picture(content / "green.jpg", "green")
+    player = tv.start(folder=content)
+    wait_until(lambda: screen.shown() in ("red", "green"), "the first photo")
+    shutil.move(content, tmp_path / "elsewhere")
+    tv.wait_config(PLAYBACK_STATUS, 3)
+    player.log.wait(r"EventID = 4,iParam1 = 1", count=10)
+    failures = [when for when, _ in player.log.find_all(r"EventID = 4,iParam1 = 1")]
+    # Each failure is told no sooner than a fifth of a second after the picture was asked for.
+    assert failures[-1] - failures[0] > 0.19 * (len(failures) - 1), failures

@@ -1,0 +1,172 @@
+"""Files as they are found in shops: broken, misnamed, half copied, and named by anybody."""
+
+import os
+
+import pytest
+
+from harness.content import COLOURS, half_picture, order_in, picture
+from harness.player import PLAYBACK_STATUS
+from harness.waiting import wait_until
+
+
+def write_text(path):
+    path.write_text("this is no picture\n")
+
+
+def write_nothing(path):
+    path.write_bytes(b"")
+
+
+def write_half(path):
+    half_picture(path, "violet")
+
+
+def write_png(path):
+    picture(path, "violet", kind="PNG")
+
+
+def make_folder(path):
+    path.mkdir()
+
+
+def make_fifo(path):
+    os.mkfifo(path)
+
+
+def make_dangling_link(path):
+    path.symlink_to("nowhere.jpg")
+
+
+BROKEN = {
+    "text": write_text,
+    "zero bytes": write_nothing,
+    "cut in half": write_half,
+    "a PNG": write_png,
+    "a folder": make_folder,
+    "a pipe": make_fifo,
+    "a dangling link": make_dangling_link,
+}
+DECODE_FAILED = r"m_OnHandleEcorePipeCB\(\d+\) > decode failed|EventDispatcher.* > decode failed"
+SKIPPED = r"EventID = (?:4,iParam1 = 1|5,iParam1 = [^3])"
+
+
+@pytest.mark.parametrize("kind", BROKEN)
+def test_broken_photo_is_skipped(tv, screen, content, kind):
+    picture(content / "red.jpg", "red")
+    BROKEN[kind](content / "broken.jpg")
+    picture(content / "green.jpg", "green")
+    with screen.record() as recorder:
+        player = tv.start(folder=content)
+        player.tolerate(DECODE_FAILED, r"still_picture")
+        player.log.wait(SKIPPED)
+        for name in ("red", "green", "red"):
+            # Not to wait five seconds for each.
+            wait_until(lambda: screen.shown() == name or screen.key("Right"), name)
+    assert "violet" not in recorder.names()
+    assert player.running()
+
+
+def test_unreadable_photo_is_skipped(tv, screen, content):
+    picture(content / "red.jpg", "red")
+    picture(content / "violet.jpg", "violet")
+    (content / "violet.jpg").chmod(0)
+    prefix = ("setpriv", "--bounding-set=-dac_override,-dac_read_search")
+    with screen.record() as recorder:
+        player = tv.start(folder=content, prefix=prefix if os.getuid() == 0 else ())
+        player.tolerate(r"still_picture")
+        player.log.wait(SKIPPED)
+        screen.wait_for("red")
+    assert "violet" not in recorder.names()
+
+
+def test_folder_of_broken_photos_does_not_spin(tv, content):
+    for number in range(5):
+        write_text(content / f"{number}.jpg")
+    player = tv.start(folder=content)
+    player.tolerate(r"still_picture")
+    player.log.wait(SKIPPED)
+    began = player.cpu_seconds()
+    player.log.wait(SKIPPED, count=15)
+    failures = [when for when, _ in player.log.find_all(SKIPPED)]
+    assert failures[14] - failures[0] > 14 * 0.19, failures
+    assert player.cpu_seconds() - began < 0.5 * (failures[14] - failures[0])
+    assert tv.config(PLAYBACK_STATUS) == 3
+
+
+def write_truncated_video(path, shelf):
+    shelf.video(path, "red")
+    os.truncate(path, 500)
+
+
+@pytest.mark.parametrize("kind", ["zero bytes", "text", "a folder", "a dangling link", "cut short"])
+def test_broken_video_ends_the_demo(tv, content, shelf, kind):
+    path = content / "broken.mp4"
+    if kind == "cut short":
+        write_truncated_video(path, shelf)
+    else:
+        BROKEN[kind](path)
+    player = tv.start(folder=content)
+    player.tolerate(r"PLATFORM")
+    assert player.wait_end() == 0
+    assert tv.config(PLAYBACK_STATUS) == 3
+
+
+NAMES_FROM_HELL = [
+    b"with some spaces.mp4",
+    b"100%.mp4",
+    b"%n%s%d%x.mp4",
+    b"what#is?this&that=.mp4",
+    b"new\nline\ttab.mp4",
+    b"<b>bold</b> &amp; co.mp4",
+    b"invalid \xff\xfe utf-8.mp4",
+    b"-rf --help ; $(reboot).mp4",
+    "日本語 العربية.mp4".encode(),
+    b"x" * 251 + b".mp4",
+]
+
+
+def test_names_from_hell(tv, screen, content, shelf):
+    colour_of = dict(zip(NAMES_FROM_HELL, COLOURS))
+    for name, colour in colour_of.items():
+        shelf.video(os.fsencode(content) + b"/" + name, colour, seconds=1)
+    order = [colour_of[name] for name in order_in(os.fsencode(content), [b".mp4"])]
+    assert len(order) == len(NAMES_FROM_HELL)
+    with screen.record() as recorder:
+        tv.start(folder=content)
+        screen.wait_for(order[0])
+        wait_until(lambda: len(recorder.names()) > len(order) + 1,
+                   lambda: f"one round of {order}; seen so far: {recorder.names()}")
+    seen = [name for name in recorder.names() if name != "black"]
+    assert seen[:len(order) + 1] == order + order[:1]
+
+
+def test_photos_with_names_from_hell(tv, screen, content):
+    names = [name.replace(b".mp4", b".jpg") for name in NAMES_FROM_HELL]
+    colour_of = dict(zip(names, COLOURS))
+    for name, colour in colour_of.items():
+        picture(os.fsencode(content) + b"/" + name, colour)
+    tv.start(folder=content)
+    for name in order_in(os.fsencode(content), [b".jpg"]):
+        screen.wait_for(colour_of[name])
+        screen.key("Right")
+
+
+def test_folder_with_a_name_from_hell(tv, screen, tmp_path, shelf):
+    folder = os.fsencode(tmp_path) + b"/50% off?#\n\xff <b>"
+    os.mkdir(folder)
+    shelf.video(folder + b"/red.mp4", "red")
+    shelf.video(folder + b"/portrait_x.mp4", "green")
+    tv.start(folder=folder)
+    screen.wait_for("red")
+
+
+def test_options_list_shows_names_from_hell(tv, screen, content, shelf):
+    """The popup opens and closes; that the rows read as the names do is the widgets' own test."""
+    shelf.video(os.fsencode(content) + b"/<b>x</b> & \xff%n.mp4", "red", seconds=8)
+    player = tv.start(folder=content)
+    screen.wait_for("red")
+    screen.key("Return")
+    player.log.wait(r"Block E-POP = 1")
+    screen.key("Escape")
+    player.log.wait(r"Block E-POP = 0")
+    screen.wait_for("red")

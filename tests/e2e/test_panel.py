@@ -1,0 +1,136 @@
+"""A panel that turns: the demo follows it, and turns it where only the other side has content."""
+
+import time
+
+import numpy
+import pytest
+
+from harness.content import picture, two_halves
+from harness.player import FILE_MODE, PLAYBACK_STATUS
+from harness.screen import COLOURS
+from harness.waiting import wait_until
+
+ROTATOR = {"rotator": "yes", "turning_time_s": "0.3"}
+
+
+def test_turned_panel_switches_to_the_portrait_files_and_back(tv, screen, content, shelf):
+    tv.configure(panel=ROTATOR)
+    shelf.video(content / "red.mp4", "red")
+    shelf.video(content / "portrait_green.mp4", "green", size=(180, 320))
+    player = tv.start(folder=content)
+    screen.wait_for("red")
+    assert tv.config(FILE_MODE) == 1
+
+    tv.tvctl("panel", "portrait")
+    player.log.wait("TV Is Rotating")
+    player.log.wait("Rotation Done")
+    screen.wait_for("green")
+    tv.wait_config(FILE_MODE, 2)
+
+    tv.tvctl("panel", "landscape")
+    screen.wait_for("red")
+    tv.wait_config(FILE_MODE, 1)
+
+
+def test_panel_key_turns_the_panel(tv, screen, content, shelf):
+    tv.configure(panel=ROTATOR)
+    shelf.video(content / "red.mp4", "red")
+    shelf.video(content / "portrait_green.mp4", "green", size=(180, 320))
+    tv.start(folder=content)
+    screen.wait_for("red")
+    tv.press("XF86PanelEnter")
+    screen.wait_for("green")
+    tv.press("XF86PanelEnter")
+    screen.wait_for("red")
+
+
+def test_panel_key_is_refused_when_the_other_side_has_no_content(tv, screen, content, shelf):
+    tv.configure(panel=ROTATOR)
+    shelf.video(content / "red.mp4", "red")
+    player = tv.start(folder=content)
+    screen.wait_for("red")
+    here = player.log.position()
+    tv.press("XF86PanelEnter")
+    player.log.wait(r"EventID = 8,iParam1 = 13", after=here)
+    tv.press("XF86Display")
+    player.log.wait(r"EventID = 8,iParam1 = 17", after=here)
+    assert not player.log.find_all("TV Is Rotating", after=here)
+
+
+def test_landscape_panel_with_portrait_files_only_turns_by_itself(tv, screen, content, shelf):
+    tv.configure(panel=ROTATOR)
+    shelf.video(content / "portrait_green.mp4", "green", size=(180, 320))
+    player = tv.start(folder=content)
+    screen.wait_for("green")
+    tv.wait_config(FILE_MODE, 2)
+    assert player.log.find_all(r"m_OnRotationDelayTimerCB")
+
+
+def test_landscape_panel_without_rotator_and_portrait_files_only_gives_up(tv, content, shelf):
+    shelf.video(content / "portrait_green.mp4", "green", size=(180, 320))
+    player = tv.start(folder=content)
+    player.tolerate("Create ostrel demo player failed")
+    assert player.wait_end() == 0
+    assert tv.config(PLAYBACK_STATUS) == 2
+    assert player.log.find_all("Create ostrel demo player failed")
+
+
+# Which side of the native screen the upper edge of a turned panel is, by degrees clockwise.
+UPPER_EDGE = {1: "top", 2: "left", 3: "bottom", 0: "right"}
+
+
+@pytest.mark.parametrize("state", [1, 2, 3, 0])
+def test_photo_stands_upright_however_the_panel_is_turned(tv, screen, content, state):
+    """The panel's first state: 1 landscape, 2 portrait, 3 and 0 the same upside down."""
+    tv.configure(panel={"first_rotation_state": state})
+    portrait = state in (2, 0)
+    two_halves(content / ("portrait_x.jpg" if portrait else "x.jpg"), "red", "blue",
+               (360, 640) if portrait else (640, 360))
+    tv.start(folder=content)
+
+    def colour_at(edge):
+        x, y = {"top": (320, 60), "bottom": (320, 300), "left": (100, 180),
+                "right": (540, 180)}[edge]
+        return screen.picture()[y, x].astype(float)
+
+    def is_near(edge, name):
+        return numpy.linalg.norm(colour_at(edge) - numpy.array(COLOURS[name])) < 45
+
+    opposite = {"top": "bottom", "bottom": "top", "left": "right", "right": "left"}
+    upper = UPPER_EDGE[state]
+    wait_until(lambda: is_near(upper, "red") and is_near(opposite[upper], "blue"),
+               lambda: f"red at the {upper}: {colour_at(upper)}, {colour_at(opposite[upper])}")
+
+
+def test_timer_keys_step_the_intervals_and_switch_timed_rotation(tv, screen, content, shelf):
+    tv.configure(panel=ROTATOR)
+    shelf.video(content / "red.mp4", "red", seconds=8)
+    player = tv.start(folder=content)
+    screen.wait_for("red")
+    keys = "db/ostrel-demo-player-tv/"
+    tv.press("XF86Color")
+    tv.wait_config(keys + "rotation_auto_mode", 1)
+    player.log.wait("set timer 300 sec")
+    tv.press("XF86LowerChannel")
+    tv.wait_config(keys + "landscape_timer", 1)
+    player.log.wait("set timer 330 sec")
+    tv.press("XF86RaiseChannel")
+    tv.wait_config(keys + "portrait_timer", 1)
+    tv.press("XF86ChannelGuide")
+    tv.wait_config(keys + "landscape_timer", 0)
+    tv.wait_config(keys + "portrait_timer", 0)
+    tv.press("XF86More")
+    tv.wait_config(keys + "rotation_auto_mode", 0)
+
+
+def test_photo_on_a_set_with_rotator_does_not_move_on_after_five_seconds(tv, screen, content):
+    """It stays for three minutes; here: longer than a second photo stays on the other sets."""
+    tv.configure(panel=ROTATOR)
+    picture(content / "red.jpg", "red")
+    picture(content / "green.jpg", "green")
+    player = tv.start(folder=content)
+    player.log.wait("decode success")
+    here = player.log.position()
+    began = player.log.times[-1]
+    wait_until(lambda: time.monotonic() - began > 6.0, "six seconds")
+    assert not player.log.find_all(r"OnPlayPhoto\(\d+\) > .", after=here)

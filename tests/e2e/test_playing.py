@@ -1,0 +1,186 @@
+"""The demo plays: in order, over and over, without a gap, and as the launch request says."""
+
+import os
+
+import pytest
+
+from harness.content import order_in, picture
+from harness.player import FILE_MODE, PLAYBACK_STATUS, RELAUNCH_TIMER
+from harness.waiting import wait_until
+
+VIDEOS = (".mp4", ".mkv", ".ts")
+PHOTOS = (".jpg", ".jpeg")
+
+# Corners of the sample content's files; each file has a colour of its own.
+PLAYED = r"(?:OnPlayVideo|OnPlayPhoto)\(\d+\) > .*/([^/ ]+\.(?:mp4|mkv|ogg|jpg))"
+
+
+def expected_order(folder):
+    """Names of the folder's landscape files as the player lists them: videos, then photos, each in
+    the order of the directory."""
+    return [os.path.splitext(name)[0]
+            for kinds in (VIDEOS, PHOTOS) for name in order_in(folder, kinds)
+            if not name.lower().startswith("portrait_")]
+
+
+def appears_in(sequence, names):
+    """Whether `sequence` stands in `names` without anything between."""
+    length = len(sequence)
+    return any(names[start:start + length] == sequence
+               for start in range(len(names) - length + 1))
+
+
+def test_all_files_are_shown_in_order_and_the_list_wraps(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red", seconds=1)
+    shelf.video(content / "green.mkv", "green", seconds=1)
+    shelf.video(content / "cyan.ts", "cyan", seconds=1)
+    picture(content / "blue.jpg", "blue")
+    picture(content / "yellow.jpeg", "yellow")
+    shelf.video(content / "portrait_violet.mp4", "violet", size=(180, 320))
+    picture(content / "portrait_pink.jpg", "pink", size=(360, 640))
+    order = expected_order(content)
+    with screen.record() as recorder:
+        tv.start(folder=content)
+        wait_until(lambda: appears_in(order + order[:2], recorder.names()),
+                   lambda: f"{order} and its beginning again; seen so far: {recorder.names()}")
+    assert "violet" not in recorder.names() and "pink" not in recorder.names()
+    assert tv.config(PLAYBACK_STATUS) == 1
+    assert tv.config(FILE_MODE) == 1
+    assert tv.config(RELAUNCH_TIMER) == 3
+
+
+def test_no_black_frame_between_any_two_files(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red", seconds=1)
+    shelf.video(content / "green.mp4", "green", seconds=1)
+    picture(content / "blue.jpg", "blue")
+    picture(content / "yellow.jpg", "yellow")
+    order = expected_order(content)
+    with screen.record() as recorder:
+        player = tv.start(folder=content)
+        screen.wait_for(order[0])
+        first = len(recorder.changes)
+        wait_until(lambda: appears_in(order + order[:2], recorder.names()),
+                   lambda: f"one round and two files; seen so far: {recorder.names()}")
+        seen = recorder.changes[first:]
+    assert recorder.samples > 500, "the screen was looked at too seldom to tell"
+    assert "black" not in [name for _, name in seen], seen
+    assert player.running()
+
+
+def test_a_single_video_loops_without_completing(tv, screen, content, shelf):
+    shelf.video(content / "only.mp4", "red", "green", seconds=1)
+    with screen.record() as recorder:
+        player = tv.start(folder=content)
+        screen.wait_for("red")
+        first = len(recorder.changes)
+        wait_until(lambda: recorder.names().count("red") >= 4,
+                   lambda: f"four rounds; seen so far: {recorder.names()}")
+        seen = recorder.changes[first:]
+    assert "black" not in [name for _, name in seen], seen
+    assert not player.log.find_all(r"m_OnPlayerCompletedCB")
+    assert player.log.find_all(r"player_set_looping true finish")
+
+
+def test_with_repeat_off_the_first_completed_video_ends_the_demo(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red")
+    shelf.video(content / "green.mp4", "green")
+    first, second = expected_order(content)
+    with screen.record() as recorder:
+        player = tv.start("--repeat_mode", "no", folder=content)
+        assert player.wait_end() == 0
+    assert first in recorder.names()
+    assert second not in recorder.names()
+    assert player.log.find_all("Repeat Mode is off")
+    assert tv.config(PLAYBACK_STATUS) == 1
+    assert tv.config(RELAUNCH_TIMER) == 1
+
+
+def test_repeat_stays_on_for_any_other_word(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red", seconds=1)
+    shelf.video(content / "green.mp4", "green", seconds=1)
+    first, second = expected_order(content)
+    player = tv.start("--repeat_mode", "No", folder=content)
+    screen.wait_for(second)
+    screen.wait_for(first)
+    assert player.log.find_all("Repeat Mode is on")
+
+
+def test_photos_stay_five_seconds(tv, screen, content):
+    for name in ("red", "green", "blue"):
+        picture(content / f"{name}.jpg", name)
+    player = tv.start(folder=content)
+    player.log.wait(r"OnPlayPhoto\(\d+\) > .*\.jpg", count=4)
+    shown = [when for when, _ in player.log.find_all("decode success")]
+    asked = [when for when, _ in player.log.find_all(r"OnPlayPhoto\(\d+\) > .*\.jpg")]
+    # Only a lower bound: a busy machine may be late, but a photo must never be cut short.
+    assert all(after - before > 4.9 for before, after in zip(shown, asked[1:])), (shown, asked)
+
+
+def test_photos_stand_as_their_camera_was_held(tv, screen, content):
+    """Stored lying on its side, to be turned by 90 degrees: it fills the screen only upright."""
+    picture(content / "red.jpg", "red", size=(360, 640), orientation=6)
+    tv.start(folder=content)
+    screen.wait_for("red")
+
+
+def test_a_second_start_restarts_the_first_with_its_own_folder(tv, screen, content, tmp_path, shelf):
+    shelf.video(content / "red.mp4", "red")
+    shelf.video(content / "green.mp4", "green")
+    other = tmp_path / "other"
+    other.mkdir()
+    picture(other / "violet.jpg", "violet")
+    first, second = expected_order(content)
+    player = tv.start(folder=content)
+    screen.wait_for(second)
+    here = player.log.position()
+    with screen.record() as recorder:
+        tv.relaunch(folder=other)
+        player.log.wait(rf"OnPlayVideo\(\d+\) > .*/{first}\.mp4", after=here)
+        screen.wait_for(first)
+    assert "violet" not in recorder.names()
+    assert player.running()
+
+
+def test_a_start_that_belongs_to_another_launcher_does_nothing(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red")
+    player = tv.start(folder=content)
+    screen.wait_for("red")
+    here = player.log.position()
+    tv.relaunch("--extra", "__K_RELOCATE_BELOW=com.norvane.tv.aod", folder=content)
+    tv.relaunch("--mode", "factory_start", folder=content)
+    player.log.wait(r"GetExtraData\(\d+\) > ExtraKey:mode,pStrExtraValue:factory_start", after=here)
+    assert player.running()
+    assert not player.log.find_all(r"OnPlayVideo\(\d+\) > .", after=here)
+
+
+def test_without_a_session_bus_the_demo_plays_alone(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red")
+    tv.start(folder=content, DBUS_SESSION_BUS_ADDRESS=f"unix:path={content}/none")
+    screen.wait_for("red")
+
+
+def test_open_files_stay_few_over_many_items(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red")
+    shelf.video(content / "green.mkv", "green")
+    picture(content / "blue.jpg", "blue")
+    player = tv.start(folder=content)
+    counts = []
+    for _ in range(8):
+        for name in expected_order(content):
+            screen.wait_for(name)
+            counts.append(player.open_files())
+            screen.key("Right")
+    # Two rounds to warm up: caches of fonts, plugins and buffers fill once.
+    assert max(counts[-6:]) <= max(counts[3:9]) + 3, counts
+
+
+@pytest.mark.sanitizer_loop
+def test_the_sample_content_is_shown_and_wraps(tv, screen, sample, sample_colours):
+    """The files everybody sees first; also the one loop that runs with sanitizers."""
+    order = expected_order(sample)
+    assert len(order) == 4
+    with screen.record(sample_colours, corners=True) as recorder:
+        tv.start(folder=sample)
+        wait_until(lambda: appears_in(order + order[:1], recorder.names()),
+                   lambda: f"{order} and the first again; seen so far: {recorder.names()}",
+                   deadline_s=180)

@@ -1,0 +1,215 @@
+"""The tree keeps its own rules: layers, style, size, and a file map that tells the truth."""
+
+import os
+import re
+import shutil
+import subprocess
+
+import pytest
+
+CODE = (".cpp", ".h")
+LARGEST_FILE = 600
+
+
+def tracked_files(source_dir):
+    """What the next commit would hold: tracked files, and new ones not yet added."""
+    listed = subprocess.run(
+        ["git", "-C", source_dir, "ls-files", "-z", "--cached", "--others", "--exclude-standard"],
+        check=True, capture_output=True, text=True)
+    files = sorted(name for name in set(listed.stdout.split("\0"))
+                   if name and os.path.exists(os.path.join(source_dir, name)))
+    assert files
+    return files
+
+
+@pytest.fixture(scope="module")
+def files(source_dir):
+    return tracked_files(source_dir)
+
+
+def read(source_dir, name):
+    with open(os.path.join(source_dir, name), encoding="utf-8") as file:
+        return file.read()
+
+
+def includes(text):
+    return re.findall(r'^\s*#\s*include\s*([<"][^>"]+[>"])', text, re.MULTILINE)
+
+
+# Headers of the C and C++ standard libraries and of the C library that the player may use.
+STANDARD = re.compile(
+    r"^<([a-z_]+|(assert|ctype|dirent|errno|fcntl|inttypes|libintl|limits|locale|math|signal|"
+    r"stdarg|stddef|stdint|stdio|stdlib|string|strings|time|unistd|wchar|sys/stat|sys/types)\.h)>$")
+EFL = re.compile(r"^<(E(core|vas|ina|dje|et|fl|lementary)(_[A-Za-z0-9_]+)?)\.h>$")
+
+
+def test_player_includes_only_efl_and_the_platform_interfaces(source_dir, files):
+    interfaces = {os.path.basename(name) for name in files if name.startswith("platform/include/")}
+    own = {name.removeprefix("src/") for name in files
+           if name.startswith("src/") and name.endswith(".h")}
+    wrong = []
+    for name in files:
+        if not name.startswith("src/") or not name.endswith(CODE):
+            continue
+        beside = os.path.dirname(name).removeprefix("src").lstrip("/")
+        for include in includes(read(source_dir, name)):
+            path = include[1:-1]
+            if include[0] == '"':
+                here = os.path.normpath(os.path.join(beside, path))
+                fits = path in own or here in own or path in interfaces
+            else:
+                fits = STANDARD.match(include) or EFL.match(include)
+            if not fits:
+                wrong.append(f"{name} includes {include}")
+    assert not wrong, "\n".join(wrong)
+
+
+def test_platform_includes_nothing_of_the_player(source_dir, files):
+    own = {os.path.basename(name) for name in files
+           if name.startswith("src/") and name.endswith(".h")}
+    wrong = [f"{name} includes {include}"
+             for name in files if name.startswith(("platform/", "tools/")) and name.endswith(CODE)
+             for include in includes(read(source_dir, name))
+             if os.path.basename(include[1:-1]) in own or "src/" in include]
+    assert not wrong, "\n".join(wrong)
+
+
+def test_platform_interfaces_include_no_implementation(source_dir, files):
+    interfaces = {os.path.basename(name) for name in files if name.startswith("platform/include/")}
+    wrong = [f"{name} includes {include}"
+             for name in files if name.startswith("platform/include/")
+             for include in includes(read(source_dir, name))
+             if not (include[1:-1] in interfaces or STANDARD.match(include) or EFL.match(include))]
+    assert not wrong, "\n".join(wrong)
+
+
+def symbols(arguments):
+    listed = subprocess.run(["nm", *arguments], check=True, capture_output=True, text=True)
+    return [line.split() for line in listed.stdout.splitlines()
+            if len(line.split()) >= 2 and not line.endswith(":")]
+
+
+def exported_by(libraries):
+    names = set()
+    for library in libraries:
+        for fields in symbols(["-D", "--defined-only", library]):
+            names.add(fields[-1].split("@")[0])
+    return names
+
+
+def library_paths(pattern):
+    cache = subprocess.run(["/sbin/ldconfig", "-p"], check=True, capture_output=True, text=True)
+    return sorted({line.rpartition("=> ")[2] for line in cache.stdout.splitlines()
+                   if re.search(pattern, line.split()[0] if line.split() else "")})
+
+
+@pytest.fixture(scope="module")
+def player_objects(build_dir):
+    """The player's own objects: its library and the object of its main file."""
+    found = []
+    for folder, _, names in os.walk(os.path.join(build_dir, "src")):
+        found += [os.path.join(folder, name) for name in names
+                  if name == "libplayer.a" or name == "main.cpp.o"]
+    assert len(found) == 2, f"the player is not built in {build_dir}: {found}"
+    return found
+
+
+def test_player_imports_only_efl_libc_and_the_platform_interfaces(
+        source_dir, files, player_objects):
+    defined, wanted = set(), set()
+    for path in player_objects:
+        for fields in symbols([path]):
+            (wanted if fields[-2] in ("U", "w", "v") else defined).add(fields[-1])
+    system = exported_by(library_paths(
+        r"^lib(c|m|stdc\+\+|gcc_s|asan|ubsan)\.so\.\d+$"))
+    efl = exported_by(library_paths(
+        r"^lib(elementary|evas|ecore|ecore_evas|ecore_input|ecore_wl2|edje|eina|eo|efl)\.so\.1$"))
+    assert "malloc" in system and "elm_win_add" in efl
+    interfaces = "\n".join(read(source_dir, name) for name in files
+                           if name.startswith("platform/include/"))
+    # What the compiler itself refers to in any object.
+    of_the_compiler = re.compile(r"^(_GLOBAL_OFFSET_TABLE_|__dso_handle|__(asan|ubsan|lsan|gcov).*)$")
+
+    strangers = []
+    for name in sorted(wanted - defined - system - efl):
+        plain = subprocess.run(["c++filt", name], capture_output=True, text=True,
+                               check=True).stdout.strip()
+        # A C++ name of an interface, such as SettingsAPI::Get(), is declared by its last part.
+        bare = re.sub(r"\(.*", "", plain).split("::")[-1]
+        if not of_the_compiler.match(name) and not re.search(
+                rf"\b{re.escape(bare)}\b", interfaces):
+            strangers.append(plain)
+    assert not strangers, f"the player imports from elsewhere: {strangers}"
+
+
+def test_code_is_formatted(source_dir, files):
+    tool = shutil.which("clang-format-14") or shutil.which("clang-format")
+    assert tool, "clang-format is not installed"
+    code = [name for name in files if name.endswith(CODE)]
+    checked = subprocess.run([tool, "--dry-run", "-Werror", "--style=file", *code],
+                             cwd=source_dir, capture_output=True, text=True, check=False)
+    wrong = sorted(set(re.findall(r"^(\S+?):\d+:\d+: error", checked.stderr, re.MULTILINE)))
+    assert checked.returncode == 0, f"not formatted: {wrong or checked.stderr}"
+
+
+def test_no_file_is_too_long(source_dir, files):
+    long = {}
+    for name in files:
+        if name.endswith((".cpp", ".h", ".py", ".sh", ".edc", ".cmake")):
+            lines = read(source_dir, name).count("\n")
+            if lines > LARGEST_FILE:
+                long[name] = lines
+    assert not long, f"split by topic what is longer than {LARGEST_FILE} lines: {long}"
+
+
+def test_scripts_are_sound_shell(source_dir, files):
+    scripts = [name for name in files
+               if not name.endswith((".py", ".po")) and is_bash(source_dir, name)]
+    assert {"demo.sh", "test.sh"} <= set(scripts)
+    for name in scripts:
+        path = os.path.join(source_dir, name)
+        checked = subprocess.run(["bash", "-n", path], capture_output=True, text=True, check=False)
+        assert checked.returncode == 0, checked.stderr
+        assert os.access(path, os.X_OK), f"{name} cannot be executed"
+
+
+def is_bash(source_dir, name):
+    with open(os.path.join(source_dir, name), "rb") as file:
+        return file.readline().startswith(b"#!") and b"bash" in (file.seek(0), file.readline())[1]
+
+
+# Folders whose contents the file map names one by one, down to this many levels below them.
+MAPPED = {"src": 9, "platform": 2, "tools": 1, "tests": 1, "res": 1, "packaging": 1, "bench": 0}
+
+
+def mapped_paths(text):
+    """Paths of the file map: in DESIGN.md's fenced lists, lines of the form "path — what it is"."""
+    paths = []
+    for block in re.findall(r"^```[^\n]*\n(.*?)^```", text, re.MULTILINE | re.DOTALL):
+        for line in block.splitlines():
+            match = re.match(r"\s*(\S+)\s+—\s+\S", line)
+            if match:
+                paths.append(match.group(1).rstrip("/"))
+    return paths
+
+
+def paths_to_map(files):
+    """Every file of the folders above, or the folder that holds it where the levels end."""
+    wanted = set()
+    for name in files:
+        parts = name.split("/")
+        if parts[0] in MAPPED and parts[-1] != "CMakeLists.txt":
+            wanted.add("/".join(parts[:MAPPED[parts[0]] + 1]))
+    return wanted
+
+
+def test_file_map_matches_the_tree(source_dir, files):
+    named = mapped_paths(read(source_dir, "DESIGN.md"))
+    assert named, "DESIGN.md has no file map"
+    assert len(named) == len(set(named)), "a path stands twice in the file map"
+    gone = [path for path in named if not os.path.exists(os.path.join(source_dir, path))]
+    assert not gone, f"named in DESIGN.md, but not in the tree: {gone}"
+    unnamed = sorted(path for path in paths_to_map(files) - set(named)
+                     if not any(path.startswith(f"{other}/") for other in named
+                                if other.count("/") >= 1))
+    assert not unnamed, f"in the tree, but not in DESIGN.md: {unnamed}"
