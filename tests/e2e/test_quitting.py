@@ -5,8 +5,10 @@ import signal
 import pytest
 
 from harness.content import picture
+from harness.login_manager import LoginManager
 from harness.player import DEMO_MODE, PLAYBACK_STATUS, RELAUNCH_TIMER, USE_MODE
 from harness.waiting import wait_until
+from harness.wire import Wire
 
 
 @pytest.fixture
@@ -31,6 +33,18 @@ def assert_quit(tv, player, playback_status):
 def test_signal_ends_the_demo(tv, playing, number):
     playing.process.send_signal(number)
     assert_quit(tv, playing, playback_status=1)
+
+
+def test_closed_window_ends_the_demo(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red")
+    wire = Wire(screen)
+    try:
+        player = tv.start(folder=content, WAYLAND_DISPLAY=wire.socket)
+        screen.wait_for("red")
+        wire.close_window()
+        assert_quit(tv, player, playback_status=1)
+    finally:
+        wire.stop()
 
 
 def test_back_key_ends_the_demo_as_stopped(tv, screen, playing):
@@ -86,6 +100,33 @@ def test_factory_stop_request_ends_the_demo(tv, playing):
 def test_power_event_ends_the_demo(tv, playing, event):
     tv.tvctl("power", event)
     assert_quit(tv, playing, playback_status=1)
+
+
+@pytest.fixture
+def login_manager(tv):
+    manager = LoginManager(tv)
+    yield manager
+    manager.stop()
+
+
+@pytest.mark.parametrize("signal_name", ["PrepareForShutdown", "PrepareForSleep"])
+def test_machine_going_down_ends_the_demo(tv, screen, content, shelf, login_manager, signal_name):
+    shelf.video(content / "red.mp4", "red")
+    player = tv.start(folder=content)
+    screen.wait_for("red")
+    login_manager.announce(signal_name)
+    assert_quit(tv, player, playback_status=1)
+
+
+def test_session_switched_away_ends_the_demo(tv, screen, content, shelf, login_manager):
+    """The program never runs in the background."""
+    session = login_manager.add_session()
+    shelf.video(content / "red.mp4", "red")
+    player = tv.start(folder=content, XDG_SESSION_ID="c1")
+    screen.wait_for("red")
+    login_manager.switch_away_from(session)
+    player.log.wait(r" Pause\(\d+\) > ")
+    assert_quit(tv, player, playback_status=1)
 
 
 def test_video_that_cannot_be_played_ends_the_demo_with_an_error(tv, content):

@@ -39,7 +39,7 @@ def includes(text):
 # Headers of the C and C++ standard libraries and of the C library that the player may use.
 STANDARD = re.compile(
     r"^<([a-z_]+|(assert|ctype|dirent|errno|fcntl|inttypes|libintl|limits|locale|math|signal|"
-    r"stdarg|stddef|stdint|stdio|stdlib|string|strings|time|unistd|wchar|sys/stat|sys/types)\.h)>$")
+    r"stdarg|stdbool|stddef|stdint|stdio|stdlib|string|strings|time|unistd|wchar|sys/stat|sys/types)\.h)>$")
 EFL = re.compile(r"^<(E(core|vas|ina|dje|et|fl|lementary)(_[A-Za-z0-9_]+)?)\.h>$")
 
 

@@ -1,0 +1,82 @@
+#!/usr/bin/env bash
+# Proves packages.txt complete: in a bare Debian 12 that has nothing installed, a clean clone must
+# build, test and play.
+set -euo pipefail
+
+usage() {
+    cat <<TEXT
+Usage: packaging/check-packages.sh [--keep] [WHAT]
+Makes a minimal Debian 12 in a temporary folder with debootstrap, clones this tree into it (what is
+committed), and runs there, as root and with network, WHAT:
+  demo   ./demo.sh --seconds 40 (default)
+  test   ./test.sh
+  all    both
+  --keep leaves the system and its out/ folder for a look around
+Needs root and the package debootstrap. Takes about ten minutes.
+TEXT
+}
+
+keep=no what=demo
+for argument in "$@"; do
+    case $argument in
+        --keep) keep=yes ;;
+        demo | test | all) what=$argument ;;
+        -h | --help) usage; exit 0 ;;
+        *) usage >&2; exit 2 ;;
+    esac
+done
+[ "$(id -u)" -eq 0 ] || { echo "check-packages.sh: needs root." >&2; exit 1; }
+command -v debootstrap >/dev/null ||
+    { echo "check-packages.sh: needs the package debootstrap." >&2; exit 1; }
+
+tree=$(git -C "$(dirname "$(readlink -f "$0")")" rev-parse --show-toplevel)
+system=$(mktemp -d "${TMPDIR:-/var/tmp}/bare-debian.XXXXXX")
+mirror=${DEBIAN_MIRROR:-http://deb.debian.org/debian}
+
+finish() {
+    local status=$?
+    trap - EXIT
+    local place
+    for place in dev/shm dev/pts dev proc; do
+        mountpoint -q "$system/$place" && umount -l "$system/$place"
+    done
+    if [ $keep = yes ]; then
+        echo "Left in $system"
+    else
+        rm -rf --one-file-system "$system"
+    fi
+    exit $status
+}
+trap finish EXIT
+trap 'exit 130' INT
+trap 'exit 143' TERM
+
+echo "== A bare Debian 12 in $system"
+debootstrap --variant=minbase bookworm "$system" "$mirror"
+mount -t proc proc "$system/proc"
+mount --bind /dev "$system/dev"
+mount --bind /dev/pts "$system/dev/pts"
+mount -t tmpfs tmpfs "$system/dev/shm"
+cp /etc/resolv.conf "$system/etc/resolv.conf"
+# Whatever the host needs to reach the archive, the bare system needs as well.
+cp -n /etc/apt/apt.conf.d/*proxy* "$system/etc/apt/apt.conf.d/" 2>/dev/null || true
+
+git clone -q --no-local "$tree" "$system/root/tree"
+
+inside() {
+    env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin TERM=dumb LANG=C.UTF-8 \
+        ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} \
+        chroot "$system" sh -c "cd /root/tree && $1"
+}
+
+case $what in demo | all)
+    echo "== ./demo.sh"
+    inside './demo.sh --seconds 40'
+    [ -s "$system/root/tree/out/demo/contact-sheet.png" ] ||
+        { echo "check-packages.sh: the demo left no contact sheet." >&2; exit 1; } ;;
+esac
+case $what in test | all)
+    echo "== ./test.sh"
+    inside './test.sh' ;;
+esac
+echo "== Complete: $what ran in a system that had nothing but packages.txt"
