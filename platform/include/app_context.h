@@ -19,7 +19,12 @@ void app_context_manager_fini(void);
 /** Keeps the set's own pop-ups from showing. @return 0, or -1 without a connection. */
 int app_context_manager_set_epop_block(void);
 
-/** Lets them show again; doing so without a block is not an error. @return 0, or -1. */
+/**
+ * Lets them show again. Doing so without a block, or after app_context_manager_fini(), which has
+ * released it, is not an error.
+ *
+ * @return 0, or -1 when the manager refused
+ */
 int app_context_manager_unset_epop_block(void);
 
 /** Starts the UI configuration manager (fonts and sizes of the set's user interface). @return 0. */

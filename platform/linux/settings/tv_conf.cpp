@@ -51,20 +51,9 @@ bool parse_number(std::string_view text, Number lowest, Number highest, Number &
     return true;
 }
 
-// Language and country, e.g. "ko_KR"; an encoding or modifier may follow.
 bool parse_language(std::string_view text, std::string &value)
 {
-    const auto all_between = [](std::string_view part, char first, char last) {
-        return std::all_of(part.begin(), part.end(),
-                           [=](char c) { return c >= first && c <= last; });
-    };
-    const size_t line = text.find('_');
-    if (line < 2 || line > 3 || text.size() < line + 3)
-        return false;
-    const std::string_view rest = text.substr(line + 3);
-    if (!all_between(text.substr(0, line), 'a', 'z') ||
-        !all_between(text.substr(line + 1, 2), 'A', 'Z') ||
-        (!rest.empty() && rest.front() != '.' && rest.front() != '@'))
+    if (!is_language(text))
         return false;
     value = text;
     return true;
@@ -279,6 +268,21 @@ std::string read_file(const std::string &path, std::string &error)
 }
 
 } // namespace
+
+bool is_language(std::string_view text)
+{
+    const auto all_between = [](std::string_view part, char first, char last) {
+        return std::all_of(part.begin(), part.end(),
+                           [=](char c) { return c >= first && c <= last; });
+    };
+    const size_t line = text.find('_');
+    if (line < 2 || line > 3 || text.size() < line + 3)
+        return false;
+    const std::string_view rest = text.substr(line + 3);
+    return all_between(text.substr(0, line), 'a', 'z') &&
+           all_between(text.substr(line + 1, 2), 'A', 'Z') &&
+           (rest.empty() || rest.front() == '.' || rest.front() == '@');
+}
 
 bool read_tv_conf(const std::string &path, Settings &settings)
 {

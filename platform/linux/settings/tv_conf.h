@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "settings/settings.h"
 
@@ -16,5 +17,8 @@ namespace platform {
  * @return false when the file exists but cannot be read; a missing file is an empty one
  */
 bool read_tv_conf(const std::string &path, Settings &settings);
+
+/** Whether a text is language and country, e.g. "ko_KR"; an encoding or modifier may follow. */
+bool is_language(std::string_view text);
 
 } // namespace platform

@@ -1,0 +1,39 @@
+/**
+ * Where USB storage is mounted: real sticks found through udev and the mount table, or the folders
+ * that tv.conf names instead of them, and folders that the control service plugged in. Main-loop
+ * thread only.
+ */
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+/**
+ * The mount points, without a trailing slash: those of devices in the order of the device names,
+ * then those that were added by hand, in order. A place that is no folder any more is left out.
+ *
+ * @return nothing when neither udev nor the mount table can be read
+ */
+std::optional<std::vector<std::string>> usb_mount_paths();
+
+/**
+ * Treats a folder as a stick that was plugged in.
+ *
+ * @param path absolute
+ * @return false when it is no folder; true also when it is there already
+ */
+bool usb_add(const std::string &path);
+
+/**
+ * Pulls a stick: one added by hand is forgotten, any other is no longer listed until it is added
+ * again.
+ *
+ * @param path its mount path
+ * @return false when nothing is listed there
+ */
+bool usb_remove(const std::string &path);
+
+} // namespace platform

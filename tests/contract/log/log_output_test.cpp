@@ -1,0 +1,201 @@
+#include <algorithm>
+#include <csignal>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <pty.h>
+#include <sys/stat.h>
+
+#include "dlog.h"
+#include "store_support/scratch.h"
+
+namespace {
+
+using store_test::Child;
+using store_test::Environment;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr int kWritten = 10;
+constexpr int kLost = 11;
+constexpr int kLeftOut = 12;
+
+class LogOutput : public testing::Test {
+  protected:
+    Environment level_{"OSTREL_DEMO_LOG_LEVEL"};
+    Environment colour_{"OSTREL_DEMO_LOG_COLOR"};
+    Environment journal_{"JOURNAL_STREAM"};
+};
+
+std::vector<std::string> probe(int priority, const std::string &text)
+{
+    return {LOG_PROBE, std::to_string(priority), "TAG", text};
+}
+
+TEST_F(LogOutput, LineGoesToStandardErrorWithTheProcessId)
+{
+    Child child(probe(DLOG_WARN, "text"));
+    const pid_t pid = child.pid();
+
+    EXPECT_EQ(child.finish(), kWritten);
+
+    char expected[64];
+    std::snprintf(expected, sizeof expected, "W/TAG(%5d): text\n", pid);
+    EXPECT_EQ(child.err_text(), expected);
+    EXPECT_EQ(child.out_text(), "");
+}
+
+TEST_F(LogOutput, DebugIsLeftOutUnlessAskedFor)
+{
+    Child silent(probe(DLOG_DEBUG, "text"));
+    EXPECT_EQ(silent.finish(), kLeftOut);
+    EXPECT_EQ(silent.err_text(), "");
+
+    const Environment debug("OSTREL_DEMO_LOG_LEVEL", "debug");
+    Child child(probe(DLOG_DEBUG, "text"));
+    EXPECT_EQ(child.finish(), kWritten);
+    EXPECT_THAT(child.err_text(), StartsWith("D/TAG("));
+}
+
+TEST_F(LogOutput, LevelErrorLeavesWarningsOut)
+{
+    const Environment level("OSTREL_DEMO_LOG_LEVEL", "error");
+    Child warning(probe(DLOG_WARN, "text"));
+    EXPECT_EQ(warning.finish(), kLeftOut);
+    Child error(probe(DLOG_ERROR, "text"));
+    EXPECT_EQ(error.finish(), kWritten);
+}
+
+TEST_F(LogOutput, UnknownLevelMeansInfo)
+{
+    const Environment level("OSTREL_DEMO_LOG_LEVEL", "loud");
+    Child info(probe(DLOG_INFO, "text"));
+    EXPECT_EQ(info.finish(), kWritten);
+    Child debug(probe(DLOG_DEBUG, "text"));
+    EXPECT_EQ(debug.finish(), kLeftOut);
+}
+
+TEST_F(LogOutput, ColoursAreDroppedOnAPipeAndKeptWhenAskedFor)
+{
+    Child dropped(probe(DLOG_INFO, "\033[31mred\033[0m"));
+    EXPECT_EQ(dropped.finish(), kWritten);
+    EXPECT_THAT(dropped.err_text(), EndsWith("): red\n"));
+
+    const Environment always("OSTREL_DEMO_LOG_COLOR", "always");
+    Child kept(probe(DLOG_INFO, "\033[31mred\033[0m"));
+    EXPECT_EQ(kept.finish(), kWritten);
+    EXPECT_THAT(kept.err_text(), EndsWith("): \033[31mred\033[0m\n"));
+}
+
+TEST_F(LogOutput, TerminalGetsColoursUnlessRefused)
+{
+    for (const bool refused : {false, true}) {
+        const Environment colour("OSTREL_DEMO_LOG_COLOR", refused ? "never" : "auto");
+        int terminal = -1;
+        int slave = -1;
+        ASSERT_EQ(openpty(&terminal, &slave, nullptr, nullptr, nullptr), 0);
+
+        Child child(probe(DLOG_INFO, "\033[31mred\033[0m"),
+                    [slave] { dup2(slave, STDERR_FILENO); });
+        EXPECT_EQ(child.finish(), kWritten);
+
+        char text[256];
+        const ssize_t length = read(terminal, text, sizeof text);
+        ASSERT_GT(length, 0);
+        const std::string line(text, static_cast<size_t>(length));
+        if (refused)
+            EXPECT_THAT(line, Not(HasSubstr("\033")));
+        else
+            EXPECT_THAT(line, HasSubstr("\033[31mred\033[0m"));
+        close(slave);
+        close(terminal);
+    }
+}
+
+TEST_F(LogOutput, JournalStreamGetsLevelsAndNoColours)
+{
+    const store_test::ScratchDir scratch;
+    const std::string stream = scratch / "journal";
+    const int file = open(stream.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    struct stat status = {};
+    ASSERT_EQ(fstat(file, &status), 0);
+    const Environment journal("JOURNAL_STREAM",
+                              std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino));
+
+    Child child(probe(DLOG_ERROR, "\033[31mred\033[0m"), [file] { dup2(file, STDERR_FILENO); });
+    EXPECT_EQ(child.finish(), kWritten);
+    EXPECT_THAT(store_test::read_file(stream), StartsWith("<3>E/TAG("));
+    EXPECT_THAT(store_test::read_file(stream), EndsWith("): red\n"));
+
+    Child elsewhere(probe(DLOG_ERROR, "text"));
+    EXPECT_EQ(elsewhere.finish(), kWritten);
+    EXPECT_THAT(elsewhere.err_text(), StartsWith("E/TAG("));
+    close(file);
+}
+
+TEST_F(LogOutput, LongTextStaysOneLine)
+{
+    const std::string text(100000, 'x');
+    Child child(probe(DLOG_INFO, text));
+    EXPECT_EQ(child.finish(), kWritten);
+    EXPECT_THAT(child.err_text(), EndsWith("): " + text + "\n"));
+    EXPECT_EQ(std::count(child.err_text().begin(), child.err_text().end(), '\n'), 1);
+}
+
+TEST_F(LogOutput, LinesOfSeveralThreadsDoNotMix)
+{
+    Child child({LOG_PROBE, "threads", "4", "100"});
+    EXPECT_EQ(child.finish(), 0);
+
+    std::istringstream lines(child.err_text());
+    int count = 0;
+    for (std::string line; std::getline(lines, line); ++count) {
+        const std::string text = line.substr(line.find(": ") + 2);
+        ASSERT_EQ(text, std::string(3000, text.front()));
+    }
+    EXPECT_EQ(count, 400);
+}
+
+TEST_F(LogOutput, ReaderThatWentAwayCostsTheLineOnly)
+{
+    int broken[2];
+    ASSERT_EQ(pipe2(broken, O_CLOEXEC), 0);
+    close(broken[0]);
+    Child child(probe(DLOG_INFO, "text"), [&] {
+        std::signal(SIGPIPE, SIG_DFL);
+        dup2(broken[1], STDERR_FILENO);
+    });
+    EXPECT_EQ(child.finish(), kLost);
+    close(broken[1]);
+}
+
+TEST_F(LogOutput, ClosedStandardErrorCostsTheLineOnly)
+{
+    Child child(probe(DLOG_INFO, "text"), [] { close(STDERR_FILENO); });
+    EXPECT_EQ(child.finish(), kLost);
+}
+
+TEST_F(LogOutput, FullNonBlockingPipeCostsTheLineOnly)
+{
+    int full[2];
+    ASSERT_EQ(pipe2(full, O_CLOEXEC | O_NONBLOCK), 0);
+    const std::string filling(4096, 'x');
+    while (write(full[1], filling.data(), filling.size()) > 0) {
+    }
+    Child child(probe(DLOG_INFO, "text"), [&] { dup2(full[1], STDERR_FILENO); });
+    EXPECT_EQ(child.finish(), kLost);
+    close(full[0]);
+    close(full[1]);
+}
+
+TEST_F(LogOutput, ErrnoOfTheCallerIsLeftAlone)
+{
+    Child child({LOG_PROBE, "errno"}, [] { close(STDERR_FILENO); });
+    EXPECT_EQ(child.finish(), 0);
+}
+
+} // namespace
