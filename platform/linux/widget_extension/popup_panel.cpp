@@ -1,0 +1,109 @@
+#include "widget_extension/popup_panel.h"
+
+#include <algorithm>
+#include <string>
+
+#include "widget_extension/free_layout.h"
+#include "widget_extension/plain_text.h"
+#include "widget_extension/widget_manager.h"
+
+namespace platform {
+namespace {
+
+constexpr int button_slots = 3;
+/** Layout units of the longest line in a toast. */
+constexpr double toast_line_units = 108.0;
+
+/** Shows or hides what is in the popup along with it: a list learns here that it came on screen. */
+void set_content_visible(Evas_Object *popup, bool visible)
+{
+    Evas_Object *content = elm_object_content_get(popup);
+    if (!content)
+        return;
+    if (visible)
+        evas_object_show(content);
+    if (FreeLayout *layout = FreeLayout::of(content))
+        layout->set_items_visible(visible);
+}
+
+void on_popup_shown(void *, Evas *, Evas_Object *popup, void *)
+{
+    set_content_visible(popup, true);
+}
+
+void on_popup_hidden(void *, Evas *, Evas_Object *popup, void *)
+{
+    set_content_visible(popup, false);
+}
+
+/** Gives a toast's text the room it needs: its own width up to the longest line, at most 2 lines. */
+void fit_toast_text(Evas_Object *layout)
+{
+    const auto *text = edje_object_part_object_get(elm_layout_edje_get(layout), "elm.text");
+    if (!text)
+        return;
+    int width = 0;
+    int line = 0;
+    const int longest = WidgetManager::get().pixels(toast_line_units);
+    evas_object_textblock_size_native_get(text, &width, &line);
+    evas_object_size_hint_min_set(layout, std::min(width, longest),
+                                  width > longest ? 2 * line : line);
+}
+
+} // namespace
+
+Evas_Object *create_popup(Evas_Object *window)
+{
+    Evas_Object *popup = elm_popup_add(window);
+    if (!popup)
+        return nullptr;
+    WidgetManager::get().adopt(popup);
+    elm_popup_allow_events_set(popup, EINA_TRUE);
+    evas_object_event_callback_add(popup, EVAS_CALLBACK_SHOW, on_popup_shown, nullptr);
+    evas_object_event_callback_add(popup, EVAS_CALLBACK_HIDE, on_popup_hidden, nullptr);
+    set_popup_style(popup, PopupStyle::panel);
+    return popup;
+}
+
+void set_popup_style(Evas_Object *popup, PopupStyle style)
+{
+    const bool toast = style == PopupStyle::toast;
+    WidgetManager::get().set_style(popup, toast ? "velt_toast" : "velt");
+    elm_object_focus_allow_set(popup, toast ? EINA_FALSE : EINA_TRUE);
+    elm_object_tree_focus_allow_set(popup, toast ? EINA_FALSE : EINA_TRUE);
+    evas_object_pass_events_set(popup, toast ? EINA_TRUE : EINA_FALSE);
+}
+
+void set_popup_content(Evas_Object *popup, Evas_Object *content, int width, int height)
+{
+    if (FreeLayout *layout = FreeLayout::of(content))
+        layout->set_in_popup(true);
+    WidgetManager::get().outlive_container(content);
+    evas_object_size_hint_min_set(content, width, height);
+    evas_object_size_hint_max_set(content, width, height);
+    elm_object_content_set(popup, content);
+    set_content_visible(popup, evas_object_visible_get(popup));
+}
+
+bool set_popup_button(Evas_Object *popup, Evas_Object *button, int slot)
+{
+    if (slot < 0 || slot >= button_slots)
+        return false;
+    WidgetManager::get().outlive_container(button);
+    const std::string part = "button" + std::to_string(slot + 1);
+    elm_object_part_content_set(popup, part.c_str(), button);
+    return true;
+}
+
+void set_toast_text(Evas_Object *popup, const char *text)
+{
+    Evas_Object *layout = elm_layout_add(popup);
+    if (!layout)
+        return;
+    elm_layout_theme_set(layout, "layout", "velt", "toast");
+    elm_layout_text_set(layout, "elm.text", markup_of(text).c_str());
+    fit_toast_text(layout);
+    elm_object_content_set(popup, layout);
+}
+
+} // namespace platform

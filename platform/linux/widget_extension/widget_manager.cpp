@@ -1,0 +1,160 @@
+#include "widget_extension/widget_manager.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <unistd.h>
+
+#include "log/platform_log.h"
+#include "settings/settings.h"
+
+namespace platform {
+namespace {
+
+constexpr double units_of_longer_side = 240.0;
+/** The longer side of the panel that the theme is drawn for. */
+constexpr double design_side = 1920.0;
+/** Seconds that the list takes to follow the focus; Elementary's own value lags behind a held key. */
+constexpr double bring_in_seconds = 0.22;
+
+} // namespace
+
+WidgetManager &WidgetManager::get()
+{
+    static WidgetManager manager;
+    return manager;
+}
+
+void WidgetManager::start(Evas_Object *window)
+{
+    stop();
+    window_ = window;
+    evas_object_event_callback_add(window, EVAS_CALLBACK_RESIZE, on_window_resized, this);
+    evas_object_event_callback_add(window, EVAS_CALLBACK_DEL, on_window_deleted, this);
+    // Our widgets show their focus themselves; Elementary's moving frame would be a second one.
+    elm_win_focus_highlight_enabled_set(window, EINA_FALSE);
+    elm_config_scroll_bring_in_scroll_friction_set(bring_in_seconds);
+    update_scale();
+
+    const std::string theme = Settings::get().resource_dir + "/theme/ostrel.edj";
+    if (access(theme.c_str(), R_OK) != 0) {
+        PLATFORM_LOGE("widget_extension", "no theme at %s, the widgets look like a desktop's",
+                      theme.c_str());
+        return;
+    }
+    elm_theme_extension_add(nullptr, theme.c_str());
+    theme_ = theme;
+}
+
+void WidgetManager::stop()
+{
+    if (window_) {
+        evas_object_event_callback_del_full(window_, EVAS_CALLBACK_RESIZE, on_window_resized, this);
+        evas_object_event_callback_del_full(window_, EVAS_CALLBACK_DEL, on_window_deleted, this);
+        window_ = nullptr;
+    }
+    if (!theme_.empty()) {
+        elm_theme_extension_del(nullptr, theme_.c_str());
+        theme_.clear();
+    }
+    release_shells();
+}
+
+int WidgetManager::longer_side() const
+{
+    int width = 0;
+    int height = 0;
+    if (window_) {
+        evas_object_geometry_get(window_, nullptr, nullptr, &width, &height);
+        // A window that was not laid out yet is one pixel large.
+        if (std::max(width, height) <= 1)
+            elm_win_screen_size_get(window_, nullptr, nullptr, &width, &height);
+    }
+    const int longer = std::max(width, height);
+    return longer > 1 ? longer : static_cast<int>(design_side);
+}
+
+int WidgetManager::pixels(double units) const
+{
+    const double pixels = units * longer_side() / units_of_longer_side;
+    return std::isfinite(pixels) ? static_cast<int>(std::lround(pixels)) : 0;
+}
+
+void WidgetManager::update_scale()
+{
+    // The panel's pixels alone decide: Elementary's own scale is taken out again.
+    const double scale = longer_side() / design_side / elm_config_scale_get();
+    if (std::abs(scale - scale_) < 1e-6)
+        return;
+    scale_ = scale;
+    for (Evas_Object *widget : widgets_)
+        elm_object_scale_set(widget, scale_);
+}
+
+Evas_Object *WidgetManager::adopt(Evas_Object *widget, const char *style)
+{
+    if (!widget)
+        return nullptr;
+    widgets_.push_back(widget);
+    evas_object_event_callback_add(widget, EVAS_CALLBACK_DEL, on_widget_deleted, this);
+    elm_object_scale_set(widget, scale_);
+    if (style)
+        set_style(widget, style);
+    return widget;
+}
+
+void WidgetManager::set_style(Evas_Object *widget, const char *style) const
+{
+    if (!theme_.empty() && !elm_object_style_set(widget, style))
+        PLATFORM_LOGW("widget_extension", "the theme has no style %s", style);
+}
+
+void WidgetManager::outlive_container(Evas_Object *widget)
+{
+    evas_object_event_callback_del_full(widget, EVAS_CALLBACK_DEL, on_content_deleted, this);
+    evas_object_event_callback_add(widget, EVAS_CALLBACK_DEL, on_content_deleted, this);
+}
+
+void WidgetManager::release_shells()
+{
+    if (release_job_)
+        ecore_job_del(release_job_);
+    release_job_ = nullptr;
+    std::vector<Evas_Object *> shells;
+    shells.swap(shells_);
+    for (Evas_Object *shell : shells)
+        efl_unref(shell);
+}
+
+void WidgetManager::on_window_resized(void *data, Evas *, Evas_Object *, void *)
+{
+    static_cast<WidgetManager *>(data)->update_scale();
+}
+
+void WidgetManager::on_window_deleted(void *data, Evas *, Evas_Object *, void *)
+{
+    static_cast<WidgetManager *>(data)->window_ = nullptr;
+}
+
+void WidgetManager::on_widget_deleted(void *data, Evas *, Evas_Object *object, void *)
+{
+    auto &widgets = static_cast<WidgetManager *>(data)->widgets_;
+    widgets.erase(std::remove(widgets.begin(), widgets.end(), object), widgets.end());
+}
+
+void WidgetManager::on_content_deleted(void *data, Evas *, Evas_Object *object, void *)
+{
+    auto *self = static_cast<WidgetManager *>(data);
+    self->shells_.push_back(efl_ref(object));
+    if (!self->release_job_)
+        self->release_job_ = ecore_job_add(on_control_returned, self);
+}
+
+void WidgetManager::on_control_returned(void *data)
+{
+    auto *self = static_cast<WidgetManager *>(data);
+    self->release_job_ = nullptr;
+    self->release_shells();
+}
+
+} // namespace platform

@@ -1,0 +1,61 @@
+/**
+ * What the widgets of the extension share: the window they are for, the theme, the scale and the
+ * length of a layout unit. Main-loop thread only.
+ */
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <Elementary.h>
+
+namespace platform {
+
+class WidgetManager {
+  public:
+    /** The one manager. */
+    static WidgetManager &get();
+
+    /** Loads the theme and follows the window's size from now on. */
+    void start(Evas_Object *window);
+
+    /** Unloads the theme and forgets the window. */
+    void stop();
+
+    /** Pixels of so many layout units, rounded. */
+    int pixels(double units) const;
+
+    /** Gives a new widget its style of our theme, or none, and its scale. @return the widget. */
+    Evas_Object *adopt(Evas_Object *widget, const char *style = nullptr);
+
+    /** Sets a style of our theme while the theme is loaded, else leaves Elementary's. */
+    void set_style(Evas_Object *widget, const char *style) const;
+
+    /**
+     * Lets a widget that its container deletes be deleted once more by its own pointer, without
+     * effect, until control has returned to the main loop. Callers hold pointers to a container and
+     * to what is in it and delete them in either order.
+     */
+    void outlive_container(Evas_Object *widget);
+
+  private:
+    WidgetManager() = default;
+    int longer_side() const;
+    void update_scale();
+    void release_shells();
+
+    static void on_window_resized(void *data, Evas *canvas, Evas_Object *object, void *event);
+    static void on_window_deleted(void *data, Evas *canvas, Evas_Object *object, void *event);
+    static void on_widget_deleted(void *data, Evas *canvas, Evas_Object *object, void *event);
+    static void on_content_deleted(void *data, Evas *canvas, Evas_Object *object, void *event);
+    static void on_control_returned(void *data);
+
+    Evas_Object *window_ = nullptr;
+    std::string theme_; ///< the file that is loaded, or empty
+    double scale_ = 1.0;
+    std::vector<Evas_Object *> widgets_; ///< those that live
+    std::vector<Evas_Object *> shells_;  ///< deleted widgets whose names are still held
+    Ecore_Job *release_job_ = nullptr;
+};
+
+} // namespace platform
