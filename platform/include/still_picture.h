@@ -19,8 +19,8 @@ extern "C" {
  * A picture. The library allocates it; the application may write the first and the fourth field.
  */
 typedef struct _pictrel_s {
-    void *user_data;  /**< given to callbacks that were registered without data of their own */
-    int width;        /**< upright size in pixels, 0 until parsed */
+    void *user_data; /**< given to callbacks that were registered without data of their own */
+    int width;       /**< upright size in pixels, 0 until parsed */
     int height;
     int render_state; /**< the application's own mark: 0 set up, 1 rendered */
 } _pictrel_s;
@@ -36,6 +36,7 @@ typedef enum {
 typedef enum {
     PICTREL_RESULT_PARSED = 0,
     PICTREL_RESULT_PARSE_FAILED = 1,
+    PICTREL_RESULT_DONE = 2, /**< rendered, or turned */
     PICTREL_RESULT_DECODED = 3,
     PICTREL_RESULT_DECODE_FAILED = 4,
     /** The picture lost its place on the video plane for good. */
@@ -57,7 +58,7 @@ int pictrel_destroy_display(int *display);
 /** Makes a picture. @param path a full path, any bytes but null. @param picture receives it. */
 int pictrel_create_from_url(const char *path, _pictrel_s **picture);
 
-/** Releases a picture in any state, writes null to `*picture`; what it showed stays on the plane. */
+/** Releases a picture in any state, writes null to `*picture`; the plane keeps what it showed. */
 int pictrel_destroy(_pictrel_s **picture);
 
 /** Chooses the display. @param display 1, after pictrel_init_display(). */

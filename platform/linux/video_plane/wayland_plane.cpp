@@ -14,6 +14,7 @@
 
 #include "efl_on_tv.h"
 #include "log/platform_log.h"
+#include "wayland/wayland_globals.h"
 
 namespace platform {
 
@@ -32,24 +33,14 @@ std::shared_ptr<WaylandPlane> refuse(const char *reason)
     return nullptr;
 }
 
-/** Binds the newest version up to `version`; Ecore has listed the globals already. */
+/** Binds a global at exactly this version, through a registry whose objects are on our queue. */
 template <typename Object>
-WaylandPtr<Object> bind(Ecore_Wl2_Display *display, wl_registry *registry,
-                        const wl_interface *interface, unsigned int version)
+WaylandPtr<Object> bind(wl_registry *registry, const wl_interface &interface, uint32_t version)
 {
-    WaylandPtr<Object> bound;
-    Eina_Iterator *globals = ecore_wl2_display_globals_get(display);
-    void *item = nullptr;
-    while (globals && eina_iterator_next(globals, &item)) {
-        const auto *global = static_cast<const Ecore_Wl2_Global *>(item);
-        if (strcmp(global->interface, interface->name) == 0 && global->version >= version) {
-            bound.reset(
-                static_cast<Object *>(wl_registry_bind(registry, global->id, interface, version)));
-            break;
-        }
-    }
-    if (globals)
-        eina_iterator_free(globals);
+    WaylandPtr<Object> bound(
+        static_cast<Object *>(bind_wayland_global(registry, interface, version)));
+    if (bound && wl_proxy_get_version(reinterpret_cast<wl_proxy *>(bound.get())) < version)
+        bound.reset();
     return bound;
 }
 
@@ -117,10 +108,9 @@ bool WaylandPlane::bind_globals(Ecore_Wl2_Display *connection)
                                                queue_.get());
     if (!registry.get())
         return false;
-    compositor_ = bind<wl_compositor>(connection, registry.get(), &wl_compositor_interface, 4);
-    subcompositor_ =
-        bind<wl_subcompositor>(connection, registry.get(), &wl_subcompositor_interface, 1);
-    shm_ = bind<wl_shm>(connection, registry.get(), &wl_shm_interface, 1);
+    compositor_ = bind<wl_compositor>(registry.get(), wl_compositor_interface, 4);
+    subcompositor_ = bind<wl_subcompositor>(registry.get(), wl_subcompositor_interface, 1);
+    shm_ = bind<wl_shm>(registry.get(), wl_shm_interface, 1);
     return compositor_ && subcompositor_ && shm_;
 }
 

@@ -1,0 +1,121 @@
+#include "still_picture/compose.h"
+
+#include "still_picture/row_scaler.h"
+
+namespace platform {
+
+namespace {
+
+constexpr uint32_t kBlack = 0;
+/** Turned copies go in squares of this edge, so that both sides stay in the cache. */
+constexpr int kBlock = 32;
+
+uint32_t *row_of(PlaneBuffer &buffer, int y)
+{
+    return reinterpret_cast<uint32_t *>(buffer.pixels() + static_cast<size_t>(y) * buffer.stride());
+}
+
+void copy_straight(const Image &image, const Turn &turn, PlaneBuffer &out, int left, int top)
+{
+    const Size size = image.size;
+    for (int y = 0; y < size.height; ++y) {
+        const uint32_t *from = image.row(turn.mirror_y ? size.height - 1 - y : y);
+        uint32_t *to = row_of(out, top + y) + left;
+        if (turn.mirror_x)
+            std::reverse_copy(from, from + size.width, to);
+        else
+            std::copy_n(from, size.width, to);
+    }
+}
+
+void copy_transposed(const Image &image, const Turn &turn, PlaneBuffer &out, int left, int top)
+{
+    const Size size = turn.of(image.size); // as it will lie
+    const auto copy_block = [&](int x_begin, int y_begin) {
+        const int x_end = std::min(x_begin + kBlock, size.width);
+        const int y_end = std::min(y_begin + kBlock, size.height);
+        for (int y = y_begin; y < y_end; ++y) {
+            uint32_t *to = row_of(out, top + y) + left;
+            const int column = turn.mirror_y ? size.height - 1 - y : y;
+            for (int x = x_begin; x < x_end; ++x)
+                to[x] = image.row(turn.mirror_x ? size.width - 1 - x : x)[column];
+        }
+    };
+    for (int y = 0; y < size.height; y += kBlock) {
+        for (int x = 0; x < size.width; x += kBlock)
+            copy_block(x, y);
+    }
+}
+
+void draw_bars(PlaneBuffer &out, int left, int top, const Size &picture)
+{
+    for (int y = 0; y < out.height(); ++y) {
+        uint32_t *row = row_of(out, y);
+        if (y < top || y >= top + picture.height) {
+            std::fill_n(row, out.width(), kBlack);
+        } else {
+            std::fill(row, row + left, kBlack);
+            std::fill(row + left + picture.width, row + out.width(), kBlack);
+        }
+    }
+}
+
+} // namespace
+
+Turn Turn::upright(int orientation)
+{
+    switch (orientation) {
+    case 2:
+        return {false, true, false};
+    case 3:
+        return {false, true, true};
+    case 4:
+        return {false, false, true};
+    case 5:
+        return {true, false, false};
+    case 6:
+        return {true, true, false};
+    case 7:
+        return {true, true, true};
+    case 8:
+        return {true, false, true};
+    default:
+        return {};
+    }
+}
+
+Turn Turn::then_clockwise(int degrees) const
+{
+    Turn turned = *this;
+    for (int quarter = degrees / 90; quarter > 0; --quarter)
+        turned = {!turned.transpose, !turned.mirror_y, turned.mirror_x};
+    return turned;
+}
+
+Size size_to_keep(const Size &stored, const Size &panel)
+{
+    const Size straight = fit(stored, panel);
+    const Size turned = fit(stored, panel.turned());
+    const Size larger = straight.area() >= turned.area() ? straight : turned;
+    return stored.holds(larger) ? larger : stored;
+}
+
+void compose(const Image &image, const Size &stored, const Turn &turn, PlaneBuffer &out)
+{
+    const Size fitted = fit(turn.of(stored), {out.width(), out.height()});
+    const int left = (out.width() - fitted.width) / 2;
+    const int top = (out.height() - fitted.height) / 2;
+
+    const Size wanted = turn.of(fitted); // in the file's own orientation
+    Image scaled;
+    if (image.size != wanted)
+        scaled = RowScaler::scale(image, wanted);
+    const Image &exact = image.size != wanted ? scaled : image;
+    if (turn.transpose)
+        copy_transposed(exact, turn, out, left, top);
+    else
+        copy_straight(exact, turn, out, left, top);
+    draw_bars(out, left, top, fitted);
+}
+
+} // namespace platform

@@ -1,0 +1,52 @@
+/** A decoded picture in memory, and sizes. */
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+
+namespace platform {
+
+struct Size {
+    int width = 0;
+    int height = 0;
+
+    bool operator==(const Size &other) const
+    {
+        return width == other.width && height == other.height;
+    }
+    bool operator!=(const Size &other) const { return !(*this == other); }
+    Size turned() const { return {height, width}; }
+    int64_t area() const { return static_cast<int64_t>(width) * height; }
+    bool holds(const Size &other) const { return other.width <= width && other.height <= height; }
+};
+
+/** The largest size of these proportions inside a box; at least one pixel each way. */
+inline Size fit(const Size &picture, const Size &box)
+{
+    const int64_t by_width = static_cast<int64_t>(picture.height) * box.width;
+    const int64_t by_height = static_cast<int64_t>(picture.width) * box.height;
+    Size fitted = box;
+    if (by_width > by_height)
+        fitted.width = static_cast<int>((by_height + picture.height / 2) / picture.height);
+    else
+        fitted.height = static_cast<int>((by_width + picture.width / 2) / picture.width);
+    return {std::max(1, fitted.width), std::max(1, fitted.height)};
+}
+
+/** Pixels in the video plane's format, rows without gaps. */
+struct Image {
+    Image() = default;
+    explicit Image(const Size &image_size)
+        : size(image_size), pixels(new uint32_t[static_cast<size_t>(image_size.area())])
+    {
+    }
+
+    uint32_t *row(int y) { return pixels.get() + static_cast<size_t>(y) * size.width; }
+    const uint32_t *row(int y) const { return pixels.get() + static_cast<size_t>(y) * size.width; }
+
+    Size size;
+    std::unique_ptr<uint32_t[]> pixels;
+};
+
+} // namespace platform

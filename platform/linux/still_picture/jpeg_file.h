@@ -1,0 +1,42 @@
+/**
+ * The bytes of a picture file, read in small pieces. Never mapped: the file may be on a USB stick
+ * that is pulled at any moment. One thread at a time.
+ */
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace platform {
+
+class JpegFile {
+  public:
+    JpegFile() = default;
+    ~JpegFile();
+    JpegFile(const JpegFile &) = delete;
+    JpegFile &operator=(const JpegFile &) = delete;
+
+    /**
+     * Opens a regular file; does not wait for what is none, such as a pipe without a writer.
+     *
+     * @return an errno value, 0 when it is open
+     */
+    int open(const std::string &path);
+
+    /**
+     * Reads the next piece.
+     *
+     * @return its length, 0 at the end, or a negated errno value
+     */
+    int read();
+
+    /** What was read last. */
+    const uint8_t *data() const { return piece_.data(); }
+
+  private:
+    int fd_ = -1;
+    std::array<uint8_t, 64 * 1024> piece_;
+};
+
+} // namespace platform

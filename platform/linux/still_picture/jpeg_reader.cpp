@@ -1,0 +1,260 @@
+#include "still_picture/jpeg_reader.h"
+
+#include <cstring>
+
+#include <jerror.h>
+
+#include "still_picture/exif_orientation.h"
+#include "still_picture/row_scaler.h"
+
+namespace platform {
+
+namespace {
+
+/** A progressive picture has to be in memory as a whole; one that needs more is not shown. */
+constexpr long kMostMemory = 512L * 1024 * 1024;
+/** A real progressive picture has about ten; thousands of empty ones would keep the set busy. */
+constexpr int kMostScans = 200;
+constexpr size_t kLongestSegment = 65533;
+constexpr uint8_t kEndOfImage[] = {0xff, JPEG_EOI};
+constexpr char kExifMark[] = {'E', 'x', 'i', 'f', 0, 0};
+
+/** Oddities of a file whose pixels are all there. */
+bool is_harmless(int warning)
+{
+    switch (warning) {
+    case JWRN_ADOBE_XFORM:
+    case JWRN_BOGUS_ICC:
+    case JWRN_EXTRANEOUS_DATA:
+    case JWRN_JFIF_MAJOR:
+    case JWRN_NOT_SEQUENTIAL:
+        return true;
+    default:
+        return false;
+    }
+}
+
+uint32_t times(uint32_t a, uint32_t b)
+{
+    return (a * b + 127) / 255;
+}
+
+/** Turns cyan, magenta, yellow and black, in which 255 is no ink, into pixels, in place. */
+void ink_to_pixels(uint8_t *row, size_t width, bool inverted)
+{
+    const uint8_t flip = inverted ? 0 : 255;
+    for (size_t x = 0; x < width; ++x, row += 4) {
+        const uint32_t black = row[3] ^ flip;
+        const uint32_t red = times(row[0] ^ flip, black);
+        const uint32_t green = times(row[1] ^ flip, black);
+        const uint32_t blue = times(row[2] ^ flip, black);
+        const uint32_t pixel = red << 16 | green << 8 | blue;
+        memcpy(row, &pixel, sizeof pixel);
+    }
+}
+
+} // namespace
+
+JpegReader &JpegReader::of(j_common_ptr codec)
+{
+    return *static_cast<JpegReader *>(codec->client_data);
+}
+
+JpegReader &JpegReader::of(j_decompress_ptr codec)
+{
+    return *static_cast<JpegReader *>(codec->client_data);
+}
+
+JpegReader::JpegReader(const std::atomic<bool> &cancelled) : cancelled_(cancelled)
+{
+    codec_.err = jpeg_std_error(&errors_);
+    errors_.error_exit = [](j_common_ptr codec) { of(codec).give_up(); };
+    errors_.emit_message = [](j_common_ptr codec, int level) {
+        if (level < 0 && !is_harmless(codec->err->msg_code))
+            of(codec).give_up();
+    };
+    errors_.output_message = [](j_common_ptr) {};
+
+    source_.init_source = [](j_decompress_ptr) {};
+    source_.term_source = [](j_decompress_ptr) {};
+    source_.fill_input_buffer = [](j_decompress_ptr codec) -> boolean {
+        return of(codec).next_piece() ? TRUE : FALSE;
+    };
+    source_.resync_to_restart = jpeg_resync_to_restart;
+    source_.skip_input_data = [](j_decompress_ptr codec, long length) {
+        jpeg_source_mgr &source = *codec->src;
+        for (auto left = static_cast<size_t>(std::max(0L, length)); left > 0;) {
+            if (source.bytes_in_buffer == 0)
+                of(codec).next_piece();
+            const size_t step = std::min(left, source.bytes_in_buffer);
+            source.next_input_byte += step;
+            source.bytes_in_buffer -= step;
+            left -= step;
+        }
+    };
+    progress_.progress_monitor = [](j_common_ptr codec) { of(codec).check_progress(); };
+}
+
+JpegReader::~JpegReader()
+{
+    jpeg_destroy_decompress(&codec_);
+}
+
+void JpegReader::give_up()
+{
+    codec_.err->format_message(reinterpret_cast<j_common_ptr>(&codec_), message_);
+    std::longjmp(on_error_, 1);
+}
+
+void JpegReader::give_up(const char *reason)
+{
+    snprintf(message_, sizeof message_, "%s", reason);
+    std::longjmp(on_error_, 1);
+}
+
+/**
+ * Runs one step of libjpeg, whose errors come back by longjmp(): a step must not have locals with
+ * destructors.
+ */
+template <typename Step> bool JpegReader::guarded(const Step &step)
+{
+    if (setjmp(on_error_) != 0)
+        return false;
+    step();
+    return true;
+}
+
+bool JpegReader::open(const std::string &path)
+{
+    exif_.reserve(kLongestSegment);
+    const int refusal = file_.open(path);
+    if (refusal != 0) {
+        snprintf(message_, sizeof message_, "%s", strerror(refusal));
+        return false;
+    }
+    const bool parsed = guarded([this] {
+        codec_.client_data = this; // creating keeps it, and may already have an error to tell
+        jpeg_create_decompress(&codec_);
+        codec_.src = &source_;
+        codec_.progress = &progress_;
+        codec_.mem->max_memory_to_use = kMostMemory;
+        jpeg_set_marker_processor(&codec_, JPEG_APP0 + 1, [](j_decompress_ptr codec) -> boolean {
+            of(codec).take_exif();
+            return TRUE;
+        });
+        jpeg_read_header(&codec_, TRUE);
+        if (codec_.jpeg_color_space == JCS_UNKNOWN)
+            give_up("Unknown colour space");
+        header_read_ = true;
+    });
+    if (parsed)
+        orientation_ = exif_orientation(exif_);
+    exif_ = {};
+    return parsed;
+}
+
+Size JpegReader::size() const
+{
+    return {static_cast<int>(codec_.image_width), static_cast<int>(codec_.image_height)};
+}
+
+bool JpegReader::next_piece()
+{
+    if (cancelled_)
+        give_up("Cancelled");
+    if (at_end_)
+        give_up("Premature end of JPEG file");
+    const int length = file_.read();
+    if (length < 0)
+        give_up(strerror(-length));
+    if (length > 0) {
+        source_.next_input_byte = file_.data();
+        source_.bytes_in_buffer = static_cast<size_t>(length);
+        return true;
+    }
+    // Some cameras leave the end mark out. It is given once; whether all pixels were there shows
+    // when the decoder wants more, unless it is one of those that cannot tell.
+    at_end_ = true;
+    if (!header_read_ || codec_.arith_code || jpeg_has_multiple_scans(&codec_))
+        give_up("Premature end of JPEG file");
+    source_.next_input_byte = kEndOfImage;
+    source_.bytes_in_buffer = sizeof kEndOfImage;
+    return true;
+}
+
+/** Keeps the first EXIF segment, and no other of the many kinds of APP1 segments. */
+void JpegReader::take_exif()
+{
+    const auto next_byte = [this]() -> unsigned int {
+        if (source_.bytes_in_buffer == 0)
+            next_piece();
+        --source_.bytes_in_buffer;
+        return *source_.next_input_byte++;
+    };
+    unsigned int left = next_byte() << 8;
+    left |= next_byte();
+    left -= std::min(left, 2u);
+    if (!exif_.empty() || left < sizeof kExifMark) {
+        source_.skip_input_data(&codec_, static_cast<long>(left));
+        return;
+    }
+    for (; left > 0; --left)
+        exif_.push_back(static_cast<uint8_t>(next_byte()));
+    if (memcmp(exif_.data(), kExifMark, sizeof kExifMark) != 0)
+        exif_.clear();
+}
+
+void JpegReader::check_progress()
+{
+    if (cancelled_)
+        give_up("Cancelled");
+    if (codec_.input_scan_number > kMostScans)
+        give_up("Too many scans");
+}
+
+void JpegReader::choose_scale(const Size &wanted)
+{
+    codec_.scale_denom = 8;
+    for (codec_.scale_num = 1; codec_.scale_num < 8; ++codec_.scale_num) {
+        jpeg_calc_output_dimensions(&codec_);
+        if (codec_.output_width >= static_cast<unsigned int>(wanted.width) &&
+            codec_.output_height >= static_cast<unsigned int>(wanted.height))
+            return;
+    }
+}
+
+void JpegReader::start(const Size &wanted)
+{
+    const bool ink = codec_.jpeg_color_space == JCS_CMYK || codec_.jpeg_color_space == JCS_YCCK;
+    codec_.out_color_space = ink ? JCS_CMYK : JCS_EXT_BGRX;
+    choose_scale(wanted);
+    jpeg_start_decompress(&codec_);
+}
+
+bool JpegReader::decode(const Size &wanted, Image &result)
+{
+    if (!guarded([&] { start(wanted); }))
+        return false;
+
+    const size_t width = codec_.output_width;
+    const bool ink = codec_.out_color_space == JCS_CMYK;
+    Image scaled(wanted);
+    RowScaler scaler({static_cast<int>(width), static_cast<int>(codec_.output_height)}, scaled);
+    std::vector<uint32_t> row(width);
+    auto *bytes = reinterpret_cast<JSAMPROW>(row.data());
+    while (codec_.output_scanline < codec_.output_height) {
+        const bool read = guarded([&] {
+            check_progress();
+            jpeg_read_scanlines(&codec_, &bytes, 1);
+        });
+        if (!read)
+            return false;
+        if (ink)
+            ink_to_pixels(bytes, width, codec_.saw_Adobe_marker);
+        scaler.push(row.data());
+    }
+    result = std::move(scaled);
+    return true;
+}
+
+} // namespace platform

@@ -1,0 +1,77 @@
+/**
+ * One JPEG file, decoded once: the header first, the pixels later, straight into the size that is
+ * wanted, row by row. Everything that libjpeg has to say ends up in error(). One thread at a time;
+ * a flag set by any thread makes it give up soon.
+ */
+#pragma once
+
+#include <atomic>
+#include <csetjmp>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <jpeglib.h>
+
+#include "still_picture/image.h"
+#include "still_picture/jpeg_file.h"
+
+namespace platform {
+
+class JpegReader {
+  public:
+    /** @param cancelled looked at between pieces of work; must outlive the reader */
+    explicit JpegReader(const std::atomic<bool> &cancelled);
+    ~JpegReader();
+    JpegReader(const JpegReader &) = delete;
+    JpegReader &operator=(const JpegReader &) = delete;
+
+    /** Opens the file and reads its header. @return whether it is a picture, else see error(). */
+    bool open(const std::string &path);
+
+    /** As it is in the file, not upright; after open(). */
+    Size size() const;
+
+    /** EXIF orientation, 1 to 8; after open(). */
+    int orientation() const { return orientation_; }
+
+    /**
+     * Decodes the picture; once, after open().
+     *
+     * @param wanted the result's size, no larger than the picture
+     * @param result untouched on failure
+     * @return false when any part of the picture is missing or damaged, see error()
+     */
+    bool decode(const Size &wanted, Image &result);
+
+    /** Why the last call failed, for the log. */
+    const char *error() const { return message_; }
+
+  private:
+    template <typename Step> bool guarded(const Step &step);
+    void start(const Size &wanted);
+    void choose_scale(const Size &wanted);
+    void check_progress();
+    bool next_piece();
+    void take_exif();
+    [[noreturn]] void give_up(const char *reason);
+    [[noreturn]] void give_up();
+    static JpegReader &of(j_common_ptr codec);
+    static JpegReader &of(j_decompress_ptr codec);
+
+    const std::atomic<bool> &cancelled_;
+    JpegFile file_;
+    std::vector<uint8_t> exif_;
+    int orientation_ = 1;
+    bool header_read_ = false;
+    bool at_end_ = false;
+    char message_[JMSG_LENGTH_MAX] = "";
+    std::jmp_buf on_error_;
+
+    jpeg_decompress_struct codec_ = {};
+    jpeg_error_mgr errors_ = {};
+    jpeg_source_mgr source_ = {};
+    jpeg_progress_mgr progress_ = {};
+};
+
+} // namespace platform

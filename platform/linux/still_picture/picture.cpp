@@ -1,0 +1,190 @@
+#include "still_picture/picture.h"
+
+#include <new>
+
+#include "log/platform_log.h"
+#include "still_picture/compose.h"
+
+namespace platform {
+
+namespace {
+
+/** A folder of broken pictures must not keep the set busy. */
+constexpr std::chrono::milliseconds kFailureDelay{200};
+
+} // namespace
+
+StillPicture::StillPicture(std::string path) : _pictrel_s{}, path_(std::move(path)) {}
+
+StillPicture *StillPicture::create(std::string path)
+{
+    auto picture = std::make_shared<StillPicture>(std::move(path));
+    picture->self_ = picture;
+    return picture.get();
+}
+
+void StillPicture::destroy()
+{
+    const std::shared_ptr<StillPicture> last = std::move(self_);
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        destroyed_ = true;
+        if (!worker_.is_calling())
+            delivered_.wait(lock, [this] { return !delivering_; });
+    }
+    worker_.stop();
+}
+
+void StillPicture::set_plane(std::shared_ptr<VideoPlane> plane)
+{
+    plane_ = std::move(plane);
+}
+
+void StillPicture::set_mixer(bool on)
+{
+    mixer_ = on;
+}
+
+void StillPicture::set_callback(pictrel_event_type_e type, pictrel_event_cb callback, void *data)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    callbacks_[type] = {callback, data ? data : user_data};
+}
+
+bool StillPicture::parse()
+{
+    return begin(Phase::created, Phase::parsing, &StillPicture::read_header);
+}
+
+bool StillPicture::decode()
+{
+    return plane_ && begin(Phase::parsed, Phase::decoding, &StillPicture::read_pixels);
+}
+
+bool StillPicture::begin(Phase from, Phase to, void (StillPicture::*work)(Time))
+{
+    if (phase() != from)
+        return false;
+    set_phase(to);
+    const Time asked = PictureWorker::Clock::now();
+    if (worker_.post([self = shared_from_this(), work, asked] { (self.get()->*work)(asked); }))
+        return true;
+    set_phase(from);
+    PLATFORM_LOGE("still picture", "no thread for %s", path_.c_str());
+    return false;
+}
+
+void StillPicture::read_header(Time asked)
+{
+    try {
+        reader_ = std::make_unique<JpegReader>(worker_.stopping());
+        if (!reader_->open(path_))
+            return fail(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED, asked, reader_->error());
+    } catch (const std::bad_alloc &) {
+        return fail(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED, asked, "no memory");
+    }
+    stored_ = reader_->size();
+    orientation_ = reader_->orientation();
+    const Size upright = Turn::upright(orientation_).of(stored_);
+    width = upright.width;
+    height = upright.height;
+    set_phase(Phase::parsed);
+    deliver(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSED);
+}
+
+void StillPicture::read_pixels(Time asked)
+{
+    try {
+        const Size kept = size_to_keep(stored_, {plane_->width(), plane_->height()});
+        if (!reader_->decode(kept, image_))
+            return fail(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODE_FAILED, asked,
+                        reader_->error());
+    } catch (const std::bad_alloc &) {
+        return fail(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODE_FAILED, asked, "no memory");
+    }
+    reader_.reset();
+    set_phase(Phase::decoded);
+    deliver(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODED);
+}
+
+void StillPicture::fail(pictrel_event_type_e type, pictrel_event_result_e result, Time asked,
+                        const char *reason)
+{
+    if (!worker_.stopping())
+        PLATFORM_LOGW("still picture", "%s: %s", path_.c_str(), reason);
+    set_phase(Phase::failed);
+    reader_.reset(); // the reason went with it
+    if (worker_.wait_until(asked + kFailureDelay))
+        deliver(type, result);
+}
+
+bool StillPicture::render()
+{
+    if (phase() != Phase::decoded || !plane_)
+        return false;
+    rendered_ = true;
+    // With the mixer on, rotate() is to follow; it draws the picture turned in one go.
+    return mixer_ || show(0, PICTREL_EVENT_RENDER);
+}
+
+bool StillPicture::rotate(int degrees)
+{
+    return rendered_ && show(degrees, PICTREL_EVENT_ROTATE);
+}
+
+bool StillPicture::show(int degrees, pictrel_event_type_e done)
+{
+    const PlaneBufferPtr buffer = plane_->acquire();
+    if (!buffer) {
+        PLATFORM_LOGW("still picture", "no room on the plane for %s", path_.c_str());
+        return false;
+    }
+    try {
+        compose(image_, stored_, Turn::upright(orientation_).then_clockwise(degrees), *buffer);
+    } catch (const std::bad_alloc &) {
+        PLATFORM_LOGW("still picture", "no memory to draw %s", path_.c_str());
+        return false;
+    }
+    if (!plane_->present(buffer)) {
+        PLATFORM_LOGW("still picture", "the plane is gone for %s", path_.c_str());
+        post_event(PICTREL_EVENT_RESOURCE_CONFLICT, PICTREL_RESULT_RESOURCE_LOST);
+        return false;
+    }
+    post_event(done, PICTREL_RESULT_DONE);
+    return true;
+}
+
+void StillPicture::post_event(pictrel_event_type_e type, pictrel_event_result_e result)
+{
+    worker_.post([self = shared_from_this(), type, result] { self->deliver(type, result); });
+}
+
+void StillPicture::deliver(pictrel_event_type_e type, pictrel_event_result_e result)
+{
+    Callback callback;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        callback = callbacks_[type];
+        if (destroyed_ || !callback.function)
+            return;
+        delivering_ = true;
+    }
+    callback.function(callback.user_data, type, result);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    delivering_ = false;
+    delivered_.notify_all();
+}
+
+StillPicture::Phase StillPicture::phase()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return phase_;
+}
+
+void StillPicture::set_phase(Phase phase)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    phase_ = phase;
+}
+
+} // namespace platform

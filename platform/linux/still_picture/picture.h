@@ -1,0 +1,85 @@
+/**
+ * One picture on its way from the file to the panel. parse() and decode() work on a thread of the
+ * picture's own, which also delivers every event; render() and rotate() draw at once. The functions
+ * are for one thread at a time, the events' receiver may call them too.
+ */
+#pragma once
+
+#include <array>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "still_picture.h"
+
+#include "still_picture/image.h"
+#include "still_picture/jpeg_reader.h"
+#include "still_picture/picture_worker.h"
+#include "video_plane/video_plane.h"
+
+namespace platform {
+
+/** The record that the application sees is the first part of it. */
+class StillPicture : public _pictrel_s, public std::enable_shared_from_this<StillPicture> {
+  public:
+    /** Makes a picture that lives until destroy(). @param path any bytes but null */
+    static StillPicture *create(std::string path);
+
+    /** Ends it in whatever state; no event comes afterwards. */
+    void destroy();
+
+    void set_plane(std::shared_ptr<VideoPlane> plane);
+    void set_mixer(bool on);
+    void set_callback(pictrel_event_type_e type, pictrel_event_cb callback, void *user_data);
+
+    /* Each returns false, and does nothing, when it is not its turn. */
+    bool parse();
+    bool decode();
+    bool render();
+    bool rotate(int degrees);
+
+    explicit StillPicture(std::string path);
+
+  private:
+    enum class Phase { created, parsing, parsed, decoding, decoded, failed };
+    using Time = PictureWorker::Clock::time_point;
+    struct Callback {
+        pictrel_event_cb function = nullptr;
+        void *user_data = nullptr;
+    };
+
+    bool begin(Phase from, Phase to, void (StillPicture::*work)(Time));
+    void read_header(Time asked);
+    void read_pixels(Time asked);
+    void fail(pictrel_event_type_e type, pictrel_event_result_e result, Time asked,
+              const char *reason);
+    bool show(int degrees, pictrel_event_type_e done);
+    void post_event(pictrel_event_type_e type, pictrel_event_result_e result);
+    void deliver(pictrel_event_type_e type, pictrel_event_result_e result);
+    Phase phase();
+    void set_phase(Phase phase);
+
+    const std::string path_;
+    std::shared_ptr<StillPicture> self_; // the application's reference
+    std::shared_ptr<VideoPlane> plane_;
+    bool mixer_ = false;
+    bool rendered_ = false;
+
+    std::mutex mutex_; // guards what follows
+    Phase phase_ = Phase::created;
+    std::array<Callback, PICTREL_EVENT_RESOURCE_CONFLICT + 1> callbacks_;
+    bool destroyed_ = false;
+    bool delivering_ = false;
+    std::condition_variable delivered_;
+
+    PictureWorker worker_;
+
+    // The worker's until the picture is parsed or decoded, read-only then.
+    std::unique_ptr<JpegReader> reader_;
+    Size stored_;
+    int orientation_ = 1;
+    Image image_;
+};
+
+} // namespace platform

@@ -1,0 +1,123 @@
+#include <new>
+
+#include "log/platform_log.h"
+#include "still_picture/picture_display.h"
+#include "still_picture/picture.h"
+
+using platform::PictureDisplay;
+using platform::StillPicture;
+using platform::VideoPlane;
+
+namespace {
+
+constexpr int kDone = 0;
+constexpr int kRefused = -1;
+constexpr int kTheDisplay = 1;
+
+StillPicture *of(_pictrel_s *picture)
+{
+    return static_cast<StillPicture *>(picture);
+}
+
+int result(bool done)
+{
+    return done ? kDone : kRefused;
+}
+
+} // namespace
+
+int pictrel_init_display(Evas_Object *window)
+{
+    std::shared_ptr<VideoPlane> plane = window ? VideoPlane::for_window(window) : nullptr;
+    if (!plane)
+        return kRefused;
+    PictureDisplay::get().use(std::move(plane));
+    return kDone;
+}
+
+int pictrel_destroy_display(int *display)
+{
+    if (!display)
+        return kRefused;
+    const bool known = *display == kTheDisplay && PictureDisplay::get().plane();
+    PictureDisplay::get().use(nullptr);
+    *display = 0;
+    return result(known);
+}
+
+int pictrel_create_from_url(const char *path, _pictrel_s **picture)
+{
+    if (!picture)
+        return kRefused;
+    *picture = nullptr;
+    if (!path)
+        return kRefused;
+    try {
+        *picture = StillPicture::create(path);
+    } catch (const std::bad_alloc &) {
+        return kRefused;
+    }
+    return kDone;
+}
+
+int pictrel_destroy(_pictrel_s **picture)
+{
+    if (!picture || !*picture)
+        return kRefused;
+    of(*picture)->destroy();
+    *picture = nullptr;
+    return kDone;
+}
+
+int pictrel_set_window(_pictrel_s *picture, int display)
+{
+    const auto &plane = PictureDisplay::get().plane();
+    if (!picture || display != kTheDisplay || !plane)
+        return kRefused;
+    of(picture)->set_plane(plane);
+    return kDone;
+}
+
+int pictrel_set_geometry_size(_pictrel_s *picture, int geometry)
+{
+    return result(picture && geometry == PICTREL_GEOMETRY_FIT);
+}
+
+int pictrel_add_event_callback(_pictrel_s *picture, pictrel_event_type_e type,
+                               pictrel_event_cb callback, void *user_data)
+{
+    if (!picture || !callback || type < PICTREL_EVENT_PARSE ||
+        type > PICTREL_EVENT_RESOURCE_CONFLICT)
+        return kRefused;
+    of(picture)->set_callback(type, callback, user_data);
+    return kDone;
+}
+
+int pictrel_parse(_pictrel_s *picture)
+{
+    return result(picture && of(picture)->parse());
+}
+
+int pictrel_decode(_pictrel_s *picture, int flags)
+{
+    return result(picture && flags == 0 && of(picture)->decode());
+}
+
+int pictrel_render(_pictrel_s *picture)
+{
+    return result(picture && of(picture)->render());
+}
+
+int pictrel_set_mixer_render(_pictrel_s *picture, int on)
+{
+    if (!picture || (on != 0 && on != 1))
+        return kRefused;
+    of(picture)->set_mixer(on == 1);
+    return kDone;
+}
+
+int pictrel_rotate(_pictrel_s *picture, int degrees)
+{
+    const bool known = degrees == 90 || degrees == 180 || degrees == 270;
+    return result(picture && known && of(picture)->rotate(degrees));
+}

@@ -1,0 +1,261 @@
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+#include <gmock/gmock.h>
+#include <wayland-client.h>
+
+#include "panel/panel_model.h"
+#include "video_plane/video_plane.h"
+#include "video_plane/wayland_plane.h"
+#include "video_plane/weston.h"
+
+namespace platform {
+namespace {
+
+using platform_test::kScreenHeight;
+using platform_test::kScreenWidth;
+using platform_test::wait_until;
+
+class WaylandPlaneTest : public platform_test::WestonTest {
+  protected:
+    static PlaneBufferPtr picture(VideoPlane &plane, uint32_t color)
+    {
+        PlaneBufferPtr drawn = plane.acquire();
+        if (drawn)
+            std::fill_n(reinterpret_cast<uint32_t *>(drawn->pixels()), drawn->size() / 4, color);
+        return drawn;
+    }
+
+    /** The colour in the middle of the compositor's output. */
+    uint32_t color_on_screen()
+    {
+        Ecore_Evas *canvas = ecore_evas_buffer_new(1, 1);
+        Evas_Object *image = evas_object_image_add(ecore_evas_get(canvas));
+        evas_object_image_file_set(image, weston_.screenshot().c_str(), nullptr);
+        int width = 0;
+        int height = 0;
+        evas_object_image_size_get(image, &width, &height);
+        const auto *pixels =
+            static_cast<const uint32_t *>(evas_object_image_data_get(image, EINA_FALSE));
+        const uint32_t color = pixels ? pixels[(height / 2) * width + width / 2] : 0;
+        ecore_evas_free(canvas);
+        return color & 0xffffff;
+    }
+
+    static size_t buffers(const std::shared_ptr<VideoPlane> &plane)
+    {
+        return std::dynamic_pointer_cast<WaylandPlane>(plane)->buffer_count();
+    }
+};
+
+TEST_F(WaylandPlaneTest, HasThePanelsSizeAndIsOneForItsWindow)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+    EXPECT_EQ(plane->width(), kScreenWidth);
+    EXPECT_EQ(plane->height(), kScreenHeight);
+    EXPECT_EQ(VideoPlane::for_window(window_), plane);
+}
+
+TEST_F(WaylandPlaneTest, TakesItsSizeFromThePanelModelWhereThatKnowsIt)
+{
+    PanelModel::get().set_size(3840, 2160);
+    const auto plane = VideoPlane::for_window(window_);
+    PanelModel::get().set_size(0, 0);
+
+    ASSERT_TRUE(plane);
+    const PlaneBufferPtr buffer = picture(*plane, 0x123456);
+    ASSERT_TRUE(buffer);
+    EXPECT_EQ(buffer->width(), 3840);
+    EXPECT_EQ(buffer->height(), 2160);
+    EXPECT_TRUE(plane->present(buffer));
+}
+
+TEST_F(WaylandPlaneTest, IsNotMadeWithoutAWindowOrItsSurface)
+{
+    EXPECT_FALSE(VideoPlane::for_window(nullptr));
+
+    Ecore_Evas *memory = ecore_evas_buffer_new(16, 16);
+    Evas_Object *no_window = evas_object_rectangle_add(ecore_evas_get(memory));
+    EXPECT_FALSE(WaylandPlane::create(no_window, 16, 16));
+    ecore_evas_free(memory);
+}
+
+TEST_F(WaylandPlaneTest, StartsBlackAndShowsThePictureThroughTheWindow)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+    EXPECT_EQ(color_on_screen(), 0x000000u);
+
+    ASSERT_TRUE(plane->present(picture(*plane, 0x20c040)));
+    EXPECT_TRUE(run([&] { return color_on_screen() == 0x20c040; }));
+    ASSERT_TRUE(plane->present(picture(*plane, 0xd01030)));
+    EXPECT_TRUE(run([&] { return color_on_screen() == 0xd01030; }));
+}
+
+TEST_F(WaylandPlaneTest, GetsEveryPictureBackButTheLast)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+
+    std::vector<std::weak_ptr<PlaneBuffer>> shown;
+    std::atomic<bool> all_presented{false};
+    std::thread streaming([&] {
+        for (uint32_t frame = 0; frame < 200; ++frame) {
+            PlaneBufferPtr buffer;
+            if (!wait_until([&] { return (buffer = picture(*plane, frame)) != nullptr; }))
+                break;
+            shown.emplace_back(buffer);
+            plane->present(buffer);
+        }
+        all_presented = true;
+    });
+    const bool presented = run([&] { return all_presented.load(); });
+    streaming.join();
+
+    ASSERT_TRUE(presented);
+    ASSERT_EQ(shown.size(), 200u);
+    const auto out = [&] {
+        return std::count_if(shown.begin(), shown.end(), [](auto &one) { return !one.expired(); });
+    };
+    EXPECT_TRUE(run([&] { return out() <= 1; })) << out() << " pictures never came back";
+    EXPECT_LE(buffers(plane), 7u) << "six spare ones and the one on the screen";
+    EXPECT_EQ(plane->statistics().presented, 200u);
+}
+
+TEST_F(WaylandPlaneTest, GoesOnWhileTheMainLoopIsBusy)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+
+    for (uint32_t frame = 0; frame < 100; ++frame) {
+        PlaneBufferPtr buffer;
+        ASSERT_TRUE(wait_until([&] { return (buffer = picture(*plane, frame)) != nullptr; }))
+            << "no picture came back, at frame " << frame;
+        ASSERT_TRUE(plane->present(buffer));
+    }
+}
+
+TEST_F(WaylandPlaneTest, LimitsItsBuffersWhenNoneComesBack)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+
+    std::vector<PlaneBufferPtr> taken;
+    while (taken.size() < 100) {
+        taken.push_back(plane->acquire());
+        if (!taken.back())
+            break;
+    }
+    EXPECT_LE(taken.size(), 17u);
+    EXPECT_FALSE(plane->acquire());
+
+    taken.clear();
+    EXPECT_TRUE(plane->acquire());
+    EXPECT_LE(buffers(plane), 7u);
+}
+
+TEST_F(WaylandPlaneTest, ShowsAPictureAgainThatTheCompositorStillHas)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+    const PlaneBufferPtr red = picture(*plane, 0xff0000);
+    const PlaneBufferPtr blue = picture(*plane, 0x0000ff);
+
+    EXPECT_TRUE(plane->present(red));
+    EXPECT_TRUE(plane->present(red));
+    EXPECT_TRUE(plane->present(blue));
+    EXPECT_TRUE(plane->present(red));
+
+    EXPECT_TRUE(run([&] { return color_on_screen() == 0xff0000; }));
+}
+
+TEST_F(WaylandPlaneTest, RefusesAPictureOfAnotherPlane)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+
+    EXPECT_FALSE(plane->present(VideoPlane::offscreen(kScreenWidth, kScreenHeight)->acquire()));
+    EXPECT_FALSE(plane->present(nullptr));
+    EXPECT_EQ(plane->statistics().presented, 0u);
+}
+
+TEST_F(WaylandPlaneTest, ClosesWithItsWindow)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+    const PlaneBufferPtr shown = picture(*plane, 0x808080);
+    const PlaneBufferPtr kept = picture(*plane, 0x808080);
+    ASSERT_TRUE(plane->present(shown));
+
+    delete_window();
+
+    EXPECT_FALSE(plane->present(kept));
+    EXPECT_FALSE(plane->acquire());
+    kept->pixels()[kept->size() - 1] = 1; // still memory
+    EXPECT_EQ(shown.use_count(), 1) << "the plane let go of the picture";
+}
+
+TEST_F(WaylandPlaneTest, ClosesUnderAStreamingThread)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+    std::atomic<bool> refused{false};
+    std::thread streaming([&] {
+        wait_until([&] {
+            const PlaneBufferPtr buffer = plane->acquire();
+            refused = plane->statistics().presented > 20 && !(buffer && plane->present(buffer));
+            if (!refused && buffer)
+                plane->present(buffer);
+            return refused.load();
+        });
+    });
+    EXPECT_TRUE(run([&] { return plane->statistics().presented > 40; }));
+
+    delete_window();
+    streaming.join();
+
+    EXPECT_TRUE(refused);
+}
+
+TEST_F(WaylandPlaneTest, ClosesWhileTheMainLoopOwesARead)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+    wl_display *display = ecore_wl2_display_get(ecore_wl2_connected_display_get(nullptr));
+
+    // As in the middle of the main loop's round: a read announced, not made yet, and the plane's
+    // thread waiting for it with the answer to its picture.
+    while (wl_display_prepare_read(display) != 0)
+        wl_display_dispatch_pending(display);
+    ASSERT_TRUE(plane->present(picture(*plane, 0x00ff00)));
+    ASSERT_TRUE(plane->present(picture(*plane, 0x00ff00)));
+    pollfd answer = {wl_display_get_fd(display), POLLIN, 0};
+    ASSERT_EQ(poll(&answer, 1, 10000), 1);
+
+    delete_window();
+    EXPECT_FALSE(plane->acquire());
+    wl_display_cancel_read(display);
+
+    const std::weak_ptr<VideoPlane> remaining = plane;
+    EXPECT_TRUE(run([&] { return remaining.use_count() <= 1; })) << "the thread never ended";
+}
+
+TEST_F(WaylandPlaneTest, RefusesPicturesQuietlyOnceTheCompositorIsGone)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+    ASSERT_TRUE(plane->present(picture(*plane, 0x00ff00)));
+
+    weston_.kill();
+
+    // The main loop stands still: the plane has to find out by itself.
+    EXPECT_TRUE(wait_until([&] {
+        const PlaneBufferPtr buffer = plane->acquire();
+        return buffer && !plane->present(buffer);
+    }));
+}
+
+} // namespace
+} // namespace platform
