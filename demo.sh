@@ -299,8 +299,8 @@ turning_time_s=1"
 fi
 
 if compgen -G "$out/shot-*.png" >/dev/null; then
-    step montage "$out"/shot-*.png -tile 5x -geometry 320x320+6+6 -background '#202020' -fill white \
-        "$out/contact-sheet.png"
+    step montage -font /usr/share/fonts/truetype/dejavu/DejaVuSans.ttf "$out"/shot-*.png -tile 5x \
+        -geometry 320x320+6+6 -background '#202020' -fill white "$out/contact-sheet.png"
     echo "== $shots screenshots and $out/contact-sheet.png"
 fi
 exit $status
