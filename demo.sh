@@ -11,16 +11,17 @@ Installs what is missing, builds the player, makes sample content once, and play
 plays the videos and photos of that folder instead.
 
   --seconds N    end after N seconds (default: when you quit; without a display 40)
+  --out DIR      where logs and pictures go (default: out/demo)
   --no-install   do not install missing packages
   -h, --help     this text
 
 Where it plays: on a Wayland desktop full screen; on an X11 desktop in a window; on a bare console on
 the screen itself; without any display on a virtual one, with numbered screenshots and a contact
-sheet of them in out/demo/. Quit with Escape, or with Ctrl-C here.
+sheet of them in DIR. Quit with Escape, or with Ctrl-C here.
 TEXT
 }
 
-seconds="" install=yes folder=""
+seconds="" install=yes folder="" out=$top/out/demo
 while [ $# -gt 0 ]; do
     case $1 in
         --seconds)
@@ -29,6 +30,10 @@ while [ $# -gt 0 ]; do
             case $seconds in
                 '' | *[!0-9]* | 0) echo "demo.sh: --seconds wants a whole number above 0." >&2; exit 2 ;;
             esac
+            shift ;;
+        --out)
+            [ $# -ge 2 ] || { usage >&2; exit 2; }
+            out=$2
             shift ;;
         --no-install) install=no ;;
         -h | --help) usage; exit 0 ;;
@@ -46,6 +51,8 @@ if [ -n "$folder" ]; then
     fi
     folder=$(cd "$folder" && pwd)
 fi
+mkdir -p "$out"
+out=$(cd "$out" && pwd)
 cd "$top"
 
 # ---- Everything started here ends with this script, whatever ends it ------------------------------
@@ -126,8 +133,6 @@ fi
 player=$top/build/src/ostrel-demo-player-tv
 tvctl=$top/build/tools/tvctl/tvctl
 
-out=$top/out/demo
-mkdir -p "$out"
 if [ -z "$folder" ]; then
     folder=$top/out/sample
     echo "== Sample content in $folder"

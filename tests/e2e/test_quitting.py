@@ -122,7 +122,7 @@ def test_session_switched_away_ends_the_demo(tv, screen, content, shelf, login_m
     """The program never runs in the background."""
     session = login_manager.add_session()
     shelf.video(content / "red.mp4", "red")
-    player = tv.start(folder=content, XDG_SESSION_ID="c1")
+    player = tv.start(folder=content)
     screen.wait_for("red")
     login_manager.switch_away_from(session)
     player.log.wait(r" Pause\(\d+\) > ")

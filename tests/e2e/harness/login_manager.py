@@ -35,8 +35,11 @@ class LoginManager:
         self._mock = dbus.Interface(self._bus.get_object(NAME, PATH), MOCK)
 
     def add_session(self, name="c1"):
-        """A session on the first seat, for the user who runs the test."""
-        return str(self._mock.AddSession(name, "seat0", dbus.UInt32(os.getuid()), "staff", True))
+        """A session on the first seat, to which every process belongs."""
+        path = str(self._mock.AddSession(name, "seat0", dbus.UInt32(os.getuid()), "staff", True))
+        self._mock.AddMethod(MANAGER, "GetSessionByPID", "u", "o",
+                             f"ret = dbus.ObjectPath({path!r})")
+        return path
 
     def announce(self, signal):
         """Sends PrepareForShutdown or PrepareForSleep, as before the machine does so."""

@@ -1,0 +1,74 @@
+"""demo.sh itself, on a machine without a display. It builds into build/, so it plays what is there,
+whichever build the other tests look at."""
+
+import os
+import signal
+import subprocess
+import sys
+
+import numpy
+import pytest
+from PIL import Image
+
+from harness import audit
+from harness.content import COLOURS, picture
+from harness.waiting import wait_until
+
+
+@pytest.fixture
+def demo(source_dir, tmp_path, request):
+    """Starts demo.sh, and looks afterwards whether it left anything running."""
+    mark = f"demo-{os.getpid()}-{request.node.name}"
+    kept = {name: os.environ[name] for name in ("PATH", "HOME") if name in os.environ}
+    output = tmp_path / "demo.log"
+    started = []
+
+    def start(*arguments):
+        with open(output, "wb") as log:
+            started.append(subprocess.Popen(
+                [os.path.join(source_dir, "demo.sh"), "--no-install", "--out",
+                 str(tmp_path / "out"), *arguments],
+                stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True,
+                env={**kept, "LANG": "C.UTF-8", "TMPDIR": str(tmp_path),
+                     "OSTREL_E2E_MARK": mark}))
+        return started[-1]
+
+    start.text = lambda: output.read_text(errors="replace")
+    start.out = tmp_path / "out"
+    yield start
+    print(start.text() if output.exists() else "never started", file=sys.stderr)
+    left = audit.processes_marked(mark)
+    for process in left:
+        os.kill(process, signal.SIGKILL)
+    assert not left, "demo.sh left processes behind"
+    assert not list(tmp_path.glob("ostrel-demo.*")), "demo.sh left its temporary folder behind"
+
+
+def has_colour(path, name):
+    """Whether a good part of the picture shows the colour."""
+    with Image.open(path) as image:
+        pixels = numpy.asarray(image.convert("RGB")).reshape(-1, 3).astype(float)
+    return (numpy.linalg.norm(pixels - numpy.array(COLOURS[name]), axis=1) < 45).mean() > 0.3
+
+
+def test_demo_without_a_display_leaves_pictures_of_both_orientations(demo, content):
+    picture(content / "red.jpg", "red")
+    picture(content / "portrait_green.jpg", "green", size=(360, 640))
+    process = demo("--seconds", "24", str(content))
+    assert process.wait(300) == 0, demo.text()
+    shots = sorted(demo.out.glob("shot-*.png"))
+    assert any(has_colour(shot, "red") for shot in shots)
+    assert any(has_colour(shot, "green") for shot in shots)
+    with Image.open(demo.out / "contact-sheet.png") as sheet:
+        assert sheet.width > 1000
+    assert str(demo.out / "contact-sheet.png") in demo.text()
+
+
+@pytest.mark.parametrize("moment", ["Building", "Playing", "shot"])
+def test_interrupted_demo_leaves_nothing_behind(demo, content, moment):
+    picture(content / "red.jpg", "red")
+    process = demo("--seconds", "120", str(content))
+    wait_until(lambda: list(demo.out.glob("shot-*.png")) if moment == "shot"
+               else moment.lower() in demo.text().lower(), moment, deadline_s=300)
+    os.killpg(process.pid, signal.SIGINT)
+    assert process.wait(60) == 130, demo.text()
