@@ -8,18 +8,19 @@ namespace platform {
 
 namespace {
 
-/** Keeps Eldbus's own error lines down while a bus that may well be missing is tried. */
-class QuietEldbus {
+/** Keeps the toolkit's own error lines down while a bus that may well be missing is tried. */
+class QuietDomain {
   public:
-    QuietEldbus() : level_(eina_log_domain_level_get("eldbus"))
+    explicit QuietDomain(const char *name) : name_(name), level_(eina_log_domain_level_get(name))
     {
-        eina_log_domain_level_set("eldbus", -1);
+        eina_log_domain_level_set(name_, -1);
     }
-    ~QuietEldbus() { eina_log_domain_level_set("eldbus", level_); }
-    QuietEldbus(const QuietEldbus &) = delete;
-    QuietEldbus &operator=(const QuietEldbus &) = delete;
+    ~QuietDomain() { eina_log_domain_level_set(name_, level_); }
+    QuietDomain(const QuietDomain &) = delete;
+    QuietDomain &operator=(const QuietDomain &) = delete;
 
   private:
+    const char *name_;
     int level_;
 };
 
@@ -33,7 +34,8 @@ BusConnectionPtr connect(Eldbus_Connection_Type type)
 {
     if (eldbus_init() <= 0)
         return nullptr;
-    const QuietEldbus quiet;
+    const QuietDomain quiet_bus("eldbus");
+    const QuietDomain quiet_checks("eina_safety");
     Eldbus_Connection *connection = eldbus_connection_get(type);
     if (!connection)
         eldbus_shutdown();

@@ -1,0 +1,218 @@
+#include "app_framework/application.h"
+
+#include <cstdio>
+#include <utility>
+
+#include <Elementary.h>
+
+#include "app_framework/command_line.h"
+#include "app_framework/early_start.h"
+#include "app_framework/injection.h"
+#include "app_framework/session_watch.h"
+#include "app_framework/single_instance.h"
+#include "control/control.h"
+#include "device_power/power_service.h"
+#include "key_router/key_translator.h"
+#include "log/platform_log.h"
+#include "panel/panel_model.h"
+#include "panel/rotation_state.h"
+#include "window/tv_window.h"
+
+namespace platform {
+
+namespace {
+
+constexpr char SERVICE[] = "app_framework";
+constexpr char WINDOW_NAME[] = "ostrel-demo-player-tv";
+
+enum ExitStatus { DONE = 0, COULD_NOT_RUN = 1, BAD_COMMAND_LINE = 2 };
+
+} // namespace
+
+Application &Application::get()
+{
+    static Application application;
+    return application;
+}
+
+Application::Application() = default;
+Application::~Application() = default;
+
+int Application::run(int argc, char **argv, const ui_app_lifecycle_callback_s &callbacks,
+                     void *user_data)
+{
+    if (phase_ != Phase::Idle)
+        return COULD_NOT_RUN;
+    const CommandLine line = read_command_line(argc, argv);
+    switch (line.action) {
+    case CommandLine::Action::Print:
+        std::fputs(line.text.c_str(), stdout);
+        return DONE;
+    case CommandLine::Action::Refuse:
+        std::fputs(line.text.c_str(), stderr);
+        return BAD_COMMAND_LINE;
+    case CommandLine::Action::Run:
+        break;
+    }
+    callbacks_ = callbacks;
+    user_data_ = user_data;
+    phase_ = Phase::Starting;
+    exit_status_ = DONE;
+    follow_signals();
+    let_signals_through();
+    const int status = launch(line.extras);
+    stop_services();
+    event_handlers_.clear();
+    phase_ = Phase::Idle;
+    return status;
+}
+
+int Application::launch(const Extras &extras)
+{
+    instance_ = std::make_unique<SingleInstance>(
+        [this](Extras handed) { return take_launch_request(std::move(handed)); });
+    switch (instance_->claim(extras)) {
+    case SingleInstance::Outcome::HandedOver:
+        return DONE;
+    case SingleInstance::Outcome::Failed:
+        return COULD_NOT_RUN;
+    case SingleInstance::Outcome::First:
+    case SingleInstance::Outcome::Alone:
+        break;
+    }
+    if (!start_services())
+        return COULD_NOT_RUN;
+    if (callbacks_.create && !callbacks_.create(user_data_)) {
+        PLATFORM_LOGE(SERVICE, "the application could not start");
+        return COULD_NOT_RUN;
+    }
+    phase_ = Phase::Running;
+    deliver(extras);
+    // Ending before the loop has begun would be forgotten by it.
+    if (!quit_asked_)
+        elm_run();
+    phase_ = Phase::Ending;
+    PLATFORM_LOGI(SERVICE, "ending");
+    if (callbacks_.terminate)
+        callbacks_.terminate(user_data_);
+    return exit_status_;
+}
+
+bool Application::start_services()
+{
+    bind_message_catalogue();
+    announce_device_events();
+    rotation_state_start();
+    keys_ = std::make_unique<KeyTranslator>();
+    TvWindow::Listener listener;
+    listener.closed = [this] {
+        PLATFORM_LOGI(SERVICE, "the window was closed");
+        quit();
+    };
+    listener.seen = [this](bool seen) {
+        window_seen_ = seen;
+        update_visibility();
+    };
+    listener.compositor_gone = [this] { compositor_gone(); };
+    window_ = TvWindow::create(WINDOW_NAME, std::move(listener));
+    if (!window_)
+        return false;
+    session_ = std::make_unique<SessionWatch>([this](bool active) {
+        session_active_ = active;
+        update_visibility();
+    });
+    if (instance_->connection())
+        control_start(instance_->connection());
+    return true;
+}
+
+void Application::stop_services()
+{
+    control_stop();
+    session_.reset();
+    PowerService::get().stop();
+    PanelModel::get().stop();
+    window_.reset();
+    keys_.reset();
+    instance_.reset();
+    for (Ecore_Event_Handler *handler : std::exchange(signal_handlers_, {}))
+        ecore_event_handler_del(handler);
+}
+
+void Application::follow_signals()
+{
+    const auto end = [](void *data, int, void *) -> Eina_Bool {
+        PLATFORM_LOGI(SERVICE, "asked to end by a signal");
+        static_cast<Application *>(data)->quit();
+        return ECORE_CALLBACK_PASS_ON;
+    };
+    for (const int type : {ECORE_EVENT_SIGNAL_EXIT, ECORE_EVENT_SIGNAL_HUP})
+        signal_handlers_.push_back(ecore_event_handler_add(type, end, this));
+}
+
+void Application::quit()
+{
+    quit_asked_ = true;
+    if (phase_ == Phase::Running)
+        ecore_main_loop_quit();
+}
+
+bool Application::take_launch_request(Extras extras)
+{
+    if (quit_asked_ || phase_ != Phase::Running)
+        return false;
+    PLATFORM_LOGI(SERVICE, "launch request from a later start");
+    deliver(std::move(extras));
+    return true;
+}
+
+void Application::deliver(Extras extras)
+{
+    app_control_s request = {std::move(extras)};
+    if (callbacks_.app_control)
+        callbacks_.app_control(&request, user_data_);
+}
+
+void Application::compositor_gone()
+{
+    PLATFORM_LOGE(SERVICE, "the compositor went away");
+    exit_status_ = COULD_NOT_RUN;
+    quit();
+}
+
+void Application::update_visibility()
+{
+    const bool paused = !window_seen_ || !session_active_;
+    if (paused == paused_ || phase_ != Phase::Running)
+        return;
+    paused_ = paused;
+    PLATFORM_LOGI(SERVICE, "the window is %s", paused ? "out of sight" : "seen again");
+    const auto callback = paused ? callbacks_.pause : callbacks_.resume;
+    if (callback)
+        callback(user_data_);
+}
+
+app_event_handler_h Application::add_event_handler(app_event_type_e type, app_event_cb callback,
+                                                   void *user_data)
+{
+    event_handlers_.push_back(
+        std::make_unique<app_event_handler_s>(app_event_handler_s{type, callback, user_data}));
+    return event_handlers_.back().get();
+}
+
+void Application::announce(app_event_type_e type)
+{
+    app_event_info_s info = {type};
+    for (size_t i = 0; i < event_handlers_.size(); ++i) {
+        const app_event_handler_s handler = *event_handlers_[i];
+        if (handler.type == type)
+            handler.callback(&info, handler.user_data);
+    }
+}
+
+void announce_language_change()
+{
+    Application::get().announce(APP_EVENT_LANGUAGE_CHANGED);
+}
+
+} // namespace platform

@@ -1,0 +1,81 @@
+/**
+ * The application and its life: start, launch requests, pause and resume, the end. One per process.
+ * Main-loop thread only.
+ */
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <Ecore.h>
+
+#include "app_framework.h"
+#include "app_framework/launch_request.h"
+
+struct app_event_info_s {
+    app_event_type_e type;
+};
+
+struct app_event_handler_s {
+    app_event_type_e type;
+    app_event_cb callback;
+    void *user_data;
+};
+
+namespace platform {
+
+class KeyTranslator;
+class SessionWatch;
+class SingleInstance;
+class TvWindow;
+
+class Application {
+  public:
+    static Application &get();
+
+    /** The whole life of the application. @return the exit status of the process */
+    int run(int argc, char **argv, const ui_app_lifecycle_callback_s &callbacks, void *user_data);
+
+    /** Asks for the end; safe at any time. */
+    void quit();
+
+    app_event_handler_h add_event_handler(app_event_type_e type, app_event_cb callback,
+                                          void *user_data);
+
+    /** Tells a system event to its handlers. */
+    void announce(app_event_type_e type);
+
+  private:
+    enum class Phase { Idle, Starting, Running, Ending };
+
+    Application();
+    ~Application();
+
+    int launch(const Extras &extras);
+    bool start_services();
+    void stop_services();
+    bool take_launch_request(Extras extras);
+    void deliver(Extras extras);
+    void follow_signals();
+    void compositor_gone();
+    void update_visibility();
+
+    ui_app_lifecycle_callback_s callbacks_ = {};
+    void *user_data_ = nullptr;
+    Phase phase_ = Phase::Idle;
+    bool quit_asked_ = false;
+    int exit_status_ = 0;
+    bool window_seen_ = true;
+    bool session_active_ = true;
+    bool paused_ = false;
+
+    std::vector<std::unique_ptr<app_event_handler_s>> event_handlers_;
+    std::vector<Ecore_Event_Handler *> signal_handlers_;
+    std::unique_ptr<SingleInstance> instance_;
+    std::unique_ptr<SessionWatch> session_;
+    std::unique_ptr<KeyTranslator> keys_;
+    std::unique_ptr<TvWindow> window_;
+};
+
+} // namespace platform

@@ -1,0 +1,66 @@
+#include "app_framework/early_start.h"
+
+#include <clocale>
+#include <csignal>
+#include <cstdlib>
+#include <libintl.h>
+#include <string>
+
+#include <Efreet.h>
+
+#include "settings/settings.h"
+
+namespace platform {
+
+namespace {
+
+constexpr char TEXT_DOMAIN[] = "ostrel-demo-player-tv";
+constexpr int KEEP_USERS_CHOICE = 0;
+
+sigset_t ending_signals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int number : {SIGTERM, SIGINT, SIGHUP})
+        sigaddset(&signals, number);
+    return signals;
+}
+
+} // namespace
+
+void prepare_process()
+{
+    // A signal that arrives while the toolkit starts waits for the main loop, and then ends the
+    // application in the ordinary way.
+    const sigset_t signals = ending_signals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+
+    // Modules that watch the battery and the host name; a demo has no use for either.
+    setenv("ECORE_NO_SYSTEM_MODULES", "1", KEEP_USERS_CHOICE);
+    // The video lies on a plane below the window, which only the software engine leaves in peace on
+    // machines without a graphics processor.
+    if (!getenv("ELM_ENGINE") && !getenv("ELM_DISPLAY")) {
+        setenv("ELM_DISPLAY", "wl", KEEP_USERS_CHOICE);
+        setenv("ELM_ENGINE", "wayland_shm", KEEP_USERS_CHOICE);
+    }
+    // The cache of desktop files costs a daemon and a fifth of the start.
+    efreet_cache_disable();
+
+    setlocale(LC_ALL, "");
+    setlocale(LC_NUMERIC, "C");
+}
+
+void let_signals_through()
+{
+    const sigset_t signals = ending_signals();
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
+void bind_message_catalogue()
+{
+    const std::string folder = Settings::get().resource_dir + "/locale";
+    bindtextdomain(TEXT_DOMAIN, folder.c_str());
+    bind_textdomain_codeset(TEXT_DOMAIN, "UTF-8");
+}
+
+} // namespace platform

@@ -1,0 +1,73 @@
+#include "app_framework/session_watch.h"
+
+#include <cstring>
+#include <unistd.h>
+#include <utility>
+
+#include "log/platform_log.h"
+
+namespace platform {
+
+namespace {
+
+constexpr char SERVICE[] = "app_framework";
+constexpr char LOGIND[] = "org.freedesktop.login1";
+constexpr char LOGIND_PATH[] = "/org/freedesktop/login1";
+constexpr char LOGIND_MANAGER[] = "org.freedesktop.login1.Manager";
+constexpr char LOGIND_SESSION[] = "org.freedesktop.login1.Session";
+
+} // namespace
+
+SessionWatch::SessionWatch(std::function<void(bool)> on_change)
+    : on_change_(std::move(on_change)), connection_(connect_system_bus())
+{
+    if (!connection_)
+        return;
+    manager_ = BusProxy(connection_.get(), LOGIND, LOGIND_PATH, LOGIND_MANAGER);
+    if (manager_)
+        pending_ = eldbus_proxy_call(manager_.get(), "GetSessionByPID", on_session, this, -1, "u",
+                                     static_cast<unsigned int>(getpid()));
+}
+
+SessionWatch::~SessionWatch()
+{
+    if (pending_)
+        eldbus_pending_cancel(pending_);
+    if (session_)
+        eldbus_proxy_event_callback_del(session_.get(), ELDBUS_PROXY_EVENT_PROPERTY_CHANGED,
+                                        on_property, this);
+}
+
+void SessionWatch::on_session(void *data, const Eldbus_Message *reply, Eldbus_Pending * /*pending*/)
+{
+    auto *self = static_cast<SessionWatch *>(data);
+    self->pending_ = nullptr;
+    const char *path = nullptr;
+    if (!eldbus_message_error_get(reply, nullptr, nullptr) &&
+        eldbus_message_arguments_get(reply, "o", &path))
+        self->follow(path);
+}
+
+void SessionWatch::follow(const char *path)
+{
+    session_ = BusProxy(connection_.get(), LOGIND, path, LOGIND_SESSION);
+    if (!session_)
+        return;
+    eldbus_proxy_event_callback_add(session_.get(), ELDBUS_PROXY_EVENT_PROPERTY_CHANGED,
+                                    on_property, this);
+    eldbus_proxy_properties_monitor(session_.get(), EINA_TRUE);
+}
+
+void SessionWatch::on_property(void *data, Eldbus_Proxy * /*proxy*/, void *event)
+{
+    const auto *changed = static_cast<const Eldbus_Proxy_Event_Property_Changed *>(event);
+    if (std::strcmp(changed->name, "Active") != 0)
+        return;
+    Eina_Bool active = EINA_TRUE;
+    if (!eina_value_get(changed->value, &active))
+        return;
+    PLATFORM_LOGI(SERVICE, "the session %s the screen", active ? "has" : "left");
+    static_cast<SessionWatch *>(data)->on_change_(active);
+}
+
+} // namespace platform

@@ -1,0 +1,200 @@
+#include "app_framework/single_instance.h"
+
+#include <cstring>
+#include <optional>
+#include <utility>
+
+#include <Ecore.h>
+
+#include "app_framework/bus_names.h"
+#include "log/platform_log.h"
+
+namespace platform {
+
+namespace {
+
+constexpr char SERVICE[] = "app_framework";
+constexpr char INSTANCE_KEY[] = "instance";
+constexpr char INVALID_ARGUMENTS[] = "org.freedesktop.DBus.Error.InvalidArgs";
+
+// A player that is still scanning a slow stick answers late; one that hangs never does.
+constexpr double LONGEST_HANDOVER_S = 10.0;
+constexpr double BUS_CALL_S = 5.0;
+
+struct MessageDeleter {
+    void operator()(Eldbus_Message *message) const { eldbus_message_unref(message); }
+};
+using MessagePtr = std::unique_ptr<Eldbus_Message, MessageDeleter>;
+
+void append(Eldbus_Message *message, const Extras &extras)
+{
+    Eldbus_Message_Iter *arguments = eldbus_message_iter_get(message);
+    Eldbus_Message_Iter *array = eldbus_message_iter_container_new(arguments, 'a', "{say}");
+    for (const auto &[name, value] : extras) {
+        Eldbus_Message_Iter *entry = eldbus_message_iter_container_new(array, 'e', nullptr);
+        eldbus_message_iter_basic_append(entry, 's', name.c_str());
+        Eldbus_Message_Iter *bytes = eldbus_message_iter_container_new(entry, 'a', "y");
+        eldbus_message_iter_fixed_array_append(bytes, 'y', value.data(),
+                                               static_cast<unsigned int>(value.size()));
+        eldbus_message_iter_container_close(entry, bytes);
+        eldbus_message_iter_container_close(array, entry);
+    }
+    eldbus_message_iter_container_close(arguments, array);
+}
+
+/** The extras of a call, or nothing when it holds something else. */
+std::optional<Extras> read(const Eldbus_Message *message)
+{
+    Eldbus_Message_Iter *array = nullptr;
+    if (!eldbus_message_arguments_get(message, "a{say}", &array))
+        return std::nullopt;
+    Extras extras;
+    Eldbus_Message_Iter *entry = nullptr;
+    while (eldbus_message_iter_get_and_next(array, 'e', &entry)) {
+        const char *name = nullptr;
+        Eldbus_Message_Iter *bytes = nullptr;
+        if (!eldbus_message_iter_arguments_get(entry, "say", &name, &bytes))
+            return std::nullopt;
+        const char *value = nullptr;
+        int size = 0;
+        if (!eldbus_message_iter_fixed_array_get(bytes, 'y', &value, &size))
+            size = 0;
+        // The application gets values as C strings; one that would be cut short is no value.
+        if (size > 0 && std::memchr(value, '\0', static_cast<size_t>(size)))
+            return std::nullopt;
+        extras[name] = size > 0 ? std::string(value, static_cast<size_t>(size)) : std::string();
+    }
+    return extras;
+}
+
+} // namespace
+
+SingleInstance::SingleInstance(std::function<bool(Extras)> on_launch)
+    : on_launch_(std::move(on_launch)), connection_(connect_session_bus())
+{
+    if (!connection_)
+        return;
+    eldbus_connection_event_callback_add(
+        connection_.get(), ELDBUS_CONNECTION_EVENT_DISCONNECTED,
+        [](void *, Eldbus_Connection *, void *) {
+            PLATFORM_LOGW(SERVICE, "the session bus went away: no more requests from outside");
+        },
+        nullptr);
+}
+
+SingleInstance::~SingleInstance()
+{
+    if (interface_)
+        eldbus_service_interface_unregister(interface_);
+}
+
+SingleInstance::Outcome SingleInstance::claim(const Extras &extras)
+{
+    if (!connection_ || !publish()) {
+        PLATFORM_LOGW(SERVICE, "no session bus: starting alone, out of reach of later starts and "
+                               "of the control tool");
+        return Outcome::Alone;
+    }
+    const double deadline = ecore_time_get() + LONGEST_HANDOVER_S;
+    do {
+        switch (own_name()) {
+        case Name::Owned:
+            return Outcome::First;
+        case Name::Unavailable:
+            PLATFORM_LOGW(SERVICE, "the session bus gives no name to this player");
+            return Outcome::Alone;
+        case Name::Taken:
+            break;
+        }
+        switch (hand_over(extras, deadline - ecore_time_get())) {
+        case Delivery::Taken:
+            PLATFORM_LOGI(SERVICE, "the running player took the launch request");
+            return Outcome::HandedOver;
+        case Delivery::Failed:
+            return Outcome::Failed;
+        case Delivery::TryAgain:
+            break; // It ended meanwhile, and its place is free.
+        }
+    } while (ecore_time_get() < deadline);
+    PLATFORM_LOGE(SERVICE, "a player of this session runs but does not answer");
+    return Outcome::Failed;
+}
+
+bool SingleInstance::publish()
+{
+    static const Eldbus_Arg_Info launch_arguments[] = {{"a{say}", "extras"}, {nullptr, nullptr}};
+    static const Eldbus_Method methods[] = {
+        {"Launch", launch_arguments, nullptr, on_launch_call, 0},
+        {nullptr, nullptr, nullptr, nullptr, 0},
+    };
+    static const Eldbus_Service_Interface_Desc description = {
+        BUS_APPLICATION_INTERFACE, methods, nullptr, nullptr, nullptr, nullptr};
+    interface_ = eldbus_service_interface_register(connection_.get(), BUS_OBJECT, &description);
+    if (!interface_)
+        return false;
+    eldbus_service_object_data_set(interface_, INSTANCE_KEY, this);
+    return true;
+}
+
+SingleInstance::Name SingleInstance::own_name()
+{
+    const BusProxy bus(connection_.get(), ELDBUS_FDO_BUS, ELDBUS_FDO_PATH, ELDBUS_FDO_INTERFACE);
+    if (!bus)
+        return Name::Unavailable;
+    Eldbus_Message *call = eldbus_proxy_method_call_new(bus.get(), "RequestName");
+    eldbus_message_arguments_append(
+        call, "su", BUS_NAME, static_cast<unsigned int>(ELDBUS_NAME_REQUEST_FLAG_DO_NOT_QUEUE));
+    const MessagePtr reply(eldbus_proxy_send_and_block(bus.get(), call, BUS_CALL_S));
+    unsigned int result = 0;
+    if (!reply || eldbus_message_error_get(reply.get(), nullptr, nullptr) ||
+        !eldbus_message_arguments_get(reply.get(), "u", &result))
+        return Name::Unavailable;
+    return result == ELDBUS_NAME_REQUEST_REPLY_PRIMARY_OWNER ||
+                   result == ELDBUS_NAME_REQUEST_REPLY_ALREADY_OWNER
+               ? Name::Owned
+               : Name::Taken;
+}
+
+SingleInstance::Delivery SingleInstance::hand_over(const Extras &extras, double timeout_s)
+{
+    const BusProxy owner(connection_.get(), BUS_NAME, BUS_OBJECT, BUS_APPLICATION_INTERFACE);
+    if (!owner)
+        return Delivery::Failed;
+    Eldbus_Message *call = eldbus_proxy_method_call_new(owner.get(), "Launch");
+    append(call, extras);
+    const double start = ecore_time_get();
+    const MessagePtr reply(eldbus_proxy_send_and_block(owner.get(), call, timeout_s));
+    const char *error = nullptr;
+    const char *text = nullptr;
+    if (reply && !eldbus_message_error_get(reply.get(), &error, &text))
+        return Delivery::Taken;
+    if (ecore_time_get() - start >= timeout_s)
+        return Delivery::TryAgain;
+    // The bus answers in the owner's place once the owner has ended without an answer.
+    for (const char *gone :
+         {"org.freedesktop.DBus.Error.NoReply", "org.freedesktop.DBus.Error.ServiceUnknown",
+          "org.freedesktop.DBus.Error.NameHasNoOwner"}) {
+        if (error && std::strcmp(error, gone) == 0)
+            return Delivery::TryAgain;
+    }
+    PLATFORM_LOGE(SERVICE, "the running player refused the launch request: %s",
+                  text ? text : "no reason given");
+    return Delivery::Failed;
+}
+
+Eldbus_Message *SingleInstance::on_launch_call(const Eldbus_Service_Interface *interface,
+                                               const Eldbus_Message *message)
+{
+    auto *self =
+        static_cast<SingleInstance *>(eldbus_service_object_data_get(interface, INSTANCE_KEY));
+    std::optional<Extras> extras = read(message);
+    if (!extras)
+        return eldbus_message_error_new(message, INVALID_ARGUMENTS,
+                                        "values of extras hold no null byte");
+    // Without an answer the caller waits until this process leaves the bus.
+    if (!self->on_launch_(std::move(*extras)))
+        return nullptr;
+    return eldbus_message_method_return_new(message);
+}
+
+} // namespace platform

@@ -1,0 +1,24 @@
+/**
+ * Further functions and events of Ecore's Wayland library that the window service needs and C++
+ * code cannot get from the stock header; see efl_on_tv.h. Main-loop thread only.
+ */
+#pragma once
+
+#include "efl_on_tv.h"
+
+extern "C" {
+
+int ecore_wl2_init(void);
+int ecore_wl2_shutdown(void);
+Ecore_Wl2_Display *ecore_wl2_display_connect(const char *name);
+void ecore_wl2_display_disconnect(Ecore_Wl2_Display *display);
+void ecore_wl2_display_flush(Ecore_Wl2_Display *display);
+void ecore_wl2_display_screen_size_get(Ecore_Wl2_Display *display, int *width, int *height);
+void ecore_wl2_input_pointer_set(Ecore_Wl2_Input *input, struct wl_surface *surface, int hot_x,
+                                 int hot_y);
+void ecore_wl2_input_cursor_from_name_set(Ecore_Wl2_Input *input, const char *cursor);
+
+extern int ECORE_WL2_EVENT_DISCONNECT;
+extern int ECORE_WL2_EVENT_DEVICE_ADDED;
+extern int ECORE_WL2_EVENT_SEAT_CAPABILITIES_CHANGED;
+}

@@ -1,0 +1,90 @@
+#include "window/pointer_hider.h"
+
+#include <Ecore_Input.h>
+
+#include "window/ecore_wl2_more.h"
+
+namespace platform {
+
+namespace {
+
+constexpr double SECONDS_AT_REST = 3.0;
+
+Ecore_Wl2_Input *default_input()
+{
+    Ecore_Wl2_Display *display = ecore_wl2_connected_display_get(nullptr);
+    return display ? ecore_wl2_input_default_input_get(display) : nullptr;
+}
+
+} // namespace
+
+PointerHider::PointerHider()
+    : move_(ecore_event_handler_add(ECORE_EVENT_MOUSE_MOVE, on_move, this)),
+      enter_(ecore_event_handler_add(ECORE_EVENT_MOUSE_IN, on_enter, this))
+{
+}
+
+PointerHider::~PointerHider()
+{
+    ecore_event_handler_del(move_);
+    ecore_event_handler_del(enter_);
+    if (timer_)
+        ecore_timer_del(timer_);
+}
+
+Eina_Bool PointerHider::on_move(void *data, int /*type*/, void * /*event*/)
+{
+    static_cast<PointerHider *>(data)->moved();
+    return ECORE_CALLBACK_PASS_ON;
+}
+
+Eina_Bool PointerHider::on_enter(void *data, int /*type*/, void * /*event*/)
+{
+    // A pointer that enters is drawn by the compositor's or the toolkit's own rules.
+    auto *hider = static_cast<PointerHider *>(data);
+    hider->hidden_ = false;
+    hider->moved();
+    return ECORE_CALLBACK_PASS_ON;
+}
+
+void PointerHider::moved()
+{
+    if (hidden_)
+        show();
+    last_move_ = ecore_loop_time_get();
+    // One timer runs on through any number of moves and is set anew only when it ends.
+    if (timer_)
+        return;
+    timer_ = ecore_timer_add(
+        SECONDS_AT_REST,
+        [](void *data) -> Eina_Bool {
+            auto *hider = static_cast<PointerHider *>(data);
+            const double rest = ecore_loop_time_get() - hider->last_move_;
+            if (rest < SECONDS_AT_REST) {
+                ecore_timer_interval_set(hider->timer_, SECONDS_AT_REST - rest);
+                return ECORE_CALLBACK_RENEW;
+            }
+            hider->timer_ = nullptr;
+            hider->hide();
+            return ECORE_CALLBACK_CANCEL;
+        },
+        this);
+}
+
+void PointerHider::show()
+{
+    hidden_ = false;
+    if (Ecore_Wl2_Input *input = default_input())
+        ecore_wl2_input_cursor_from_name_set(input, "left_ptr");
+}
+
+void PointerHider::hide()
+{
+    Ecore_Wl2_Input *input = default_input();
+    if (!input)
+        return;
+    hidden_ = true;
+    ecore_wl2_input_pointer_set(input, nullptr, 0, 0);
+}
+
+} // namespace platform

@@ -1,0 +1,348 @@
+#include "window/tv_window.h"
+
+#include <cstdint>
+#include <utility>
+
+#include <wayland-client.h>
+
+#include "app_framework.h"
+#include "log/platform_log.h"
+#include "panel/panel_model.h"
+
+namespace platform {
+
+namespace {
+
+constexpr char SERVICE[] = "window";
+
+// What a set's panel has when the compositor names no output.
+constexpr Size COMMON_PANEL = {1920, 1080};
+
+TvWindow *current_window = nullptr;
+
+Ecore_Evas *canvas_of(Evas_Object *window)
+{
+    return ecore_evas_ecore_evas_get(evas_object_evas_get(window));
+}
+
+} // namespace
+
+TvWindow *TvWindow::current()
+{
+    return current_window;
+}
+
+std::unique_ptr<TvWindow> TvWindow::create(const std::string &name, Listener listener)
+{
+    if (ecore_wl2_init() <= 0)
+        return nullptr;
+    Ecore_Wl2_Display *display = ecore_wl2_display_connect(nullptr);
+    if (!display) {
+        const char *asked = getenv("WAYLAND_DISPLAY");
+        PLATFORM_LOGE(SERVICE, "no Wayland compositor answers (WAYLAND_DISPLAY is %s)",
+                      asked ? asked : "not set");
+        ecore_wl2_shutdown();
+        return nullptr;
+    }
+    std::unique_ptr<TvWindow> window(new TvWindow(display, name, std::move(listener)));
+    return window->inner_ ? std::move(window) : nullptr;
+}
+
+TvWindow::TvWindow(Ecore_Wl2_Display *display, const std::string &name, Listener listener)
+    : display_(display), listener_(std::move(listener))
+{
+    current_window = this;
+    // The toolkit knows the outputs' sizes and the seat once it has seen the answers to its binds.
+    wl_display *connection = ecore_wl2_display_get(display_);
+    wayland_roundtrip(connection);
+    wl_display_dispatch_pending(connection);
+    reader_watch_ = std::make_unique<ReaderWatch>();
+    make_outer(name);
+    if (!outer_)
+        return;
+    make_inner(name);
+    if (!inner_)
+        return;
+    follow_events();
+    fit();
+}
+
+TvWindow::~TvWindow()
+{
+    for (Ecore_Event_Handler *handler : {disconnect_, device_}) {
+        if (handler)
+            ecore_event_handler_del(handler);
+    }
+    if (visible_job_)
+        ecore_job_del(visible_job_);
+    if (inner_)
+        evas_object_del(inner_);
+    delete_outer();
+    current_window = nullptr;
+    reader_watch_.reset();
+    ecore_wl2_display_disconnect(display_);
+    ecore_wl2_shutdown();
+}
+
+Evas_Object *TvWindow::take()
+{
+    if (taken_)
+        return nullptr;
+    taken_ = true;
+    return inner_;
+}
+
+Size TvWindow::content_size() const
+{
+    const PanelModel &panel = PanelModel::get();
+    return turned_size({panel.width(), panel.height()}, panel.angle());
+}
+
+void TvWindow::make_outer(const std::string &name)
+{
+    outer_ = elm_win_add(nullptr, name.c_str(), ELM_WIN_BASIC);
+    if (!outer_) {
+        PLATFORM_LOGE(SERVICE, "the window could not be made");
+        return;
+    }
+    outer_canvas_ = canvas_of(outer_);
+    elm_win_title_set(outer_, name.c_str());
+    elm_win_alpha_set(outer_, EINA_TRUE);
+    elm_win_borderless_set(outer_, EINA_TRUE);
+    elm_win_fullscreen_set(outer_, EINA_TRUE);
+
+    Size size;
+    ecore_wl2_display_screen_size_get(display_, &size.width, &size.height);
+    if (size.width <= 0 || size.height <= 0)
+        size = COMMON_PANEL;
+    evas_object_resize(outer_, size.width, size.height);
+    PanelModel::get().set_size(size.width, size.height);
+}
+
+void TvWindow::make_inner(const std::string &name)
+{
+    inner_ = elm_win_add(outer_, name.c_str(), ELM_WIN_INLINED_IMAGE);
+    if (!inner_) {
+        PLATFORM_LOGE(SERVICE, "the window's content could not be made");
+        return;
+    }
+    inner_canvas_ = canvas_of(inner_);
+    elm_win_alpha_set(inner_, EINA_TRUE);
+    image_ = elm_win_inlined_image_object_get(inner_);
+    // The image would take the pointer unturned; the input feed does it instead.
+    evas_object_pass_events_set(image_, EINA_TRUE);
+    evas_object_show(image_);
+    input_ =
+        std::make_unique<InputFeed>(evas_object_evas_get(outer_), evas_object_evas_get(inner_));
+    pointer_ = std::make_unique<PointerHider>();
+}
+
+void TvWindow::follow_events()
+{
+    evas_object_event_callback_add(
+        inner_, EVAS_CALLBACK_SHOW,
+        [](void *data, Evas *, Evas_Object *, void *) { static_cast<TvWindow *>(data)->shown(); },
+        this);
+    evas_object_event_callback_add(
+        inner_, EVAS_CALLBACK_HIDE,
+        [](void *data, Evas *, Evas_Object *, void *) { static_cast<TvWindow *>(data)->hidden(); },
+        this);
+    evas_object_event_callback_add(
+        inner_, EVAS_CALLBACK_DEL,
+        [](void *data, Evas *, Evas_Object *, void *) {
+            static_cast<TvWindow *>(data)->inner_deleted();
+        },
+        this);
+    evas_object_event_callback_add(
+        outer_, EVAS_CALLBACK_RESIZE,
+        [](void *data, Evas *, Evas_Object *, void *) { static_cast<TvWindow *>(data)->fit(); },
+        this);
+    evas_event_callback_add(
+        evas_object_evas_get(outer_), EVAS_CALLBACK_RENDER_FLUSH_POST,
+        [](void *data, Evas *, void *) { static_cast<TvWindow *>(data)->frame_drawn(); }, this);
+
+    evas_object_smart_callback_add(
+        outer_, "delete,request",
+        [](void *data, Evas_Object *, void *) {
+            static_cast<TvWindow *>(data)->listener_.closed();
+        },
+        this);
+    evas_object_smart_callback_add(
+        outer_, "iconified",
+        [](void *data, Evas_Object *, void *) {
+            static_cast<TvWindow *>(data)->listener_.seen(false);
+        },
+        this);
+    evas_object_smart_callback_add(
+        outer_, "normal",
+        [](void *data, Evas_Object *, void *) {
+            static_cast<TvWindow *>(data)->listener_.seen(true);
+        },
+        this);
+
+    disconnect_ = ecore_event_handler_add(
+        ECORE_WL2_EVENT_DISCONNECT,
+        [](void *data, int, void *) -> Eina_Bool {
+            static_cast<TvWindow *>(data)->listener_.compositor_gone();
+            return ECORE_CALLBACK_PASS_ON;
+        },
+        this);
+    device_ = ecore_event_handler_add(
+        ECORE_WL2_EVENT_DEVICE_ADDED,
+        [](void *, int, void *) -> Eina_Bool {
+            ecore_event_add(ECORE_EVENT_DEVICE_ADD, nullptr, nullptr, nullptr);
+            return ECORE_CALLBACK_PASS_ON;
+        },
+        nullptr);
+
+    // The panel outlives every window, so its listener looks up the one that is there.
+    static const bool following_the_panel = [] {
+        PanelModel::get().on_angle([](int) {
+            if (current_window && current_window->inner_)
+                current_window->turn();
+        });
+        return true;
+    }();
+    (void)following_the_panel;
+}
+
+void TvWindow::fit()
+{
+    Size size;
+    evas_object_geometry_get(outer_, nullptr, nullptr, &size.width, &size.height);
+    if (size.width <= 0 || size.height <= 0 || !inner_)
+        return;
+    PanelModel::get().set_size(size.width, size.height);
+    place_content();
+}
+
+void TvWindow::turn()
+{
+    place_content();
+    PLATFORM_LOGI(SERVICE, "content turned to %d degrees", PanelModel::get().angle());
+    evas_object_smart_callback_call(inner_, "wm,rotation,changed", nullptr);
+}
+
+void TvWindow::place_content()
+{
+    const PanelModel &model = PanelModel::get();
+    const Size panel = {model.width(), model.height()};
+    const int degrees = model.angle();
+    const Size content = turned_size(panel, degrees);
+
+    evas_object_image_size_set(image_, content.width, content.height);
+    evas_object_image_fill_set(image_, 0, 0, content.width, content.height);
+    evas_object_geometry_set(image_, (panel.width - content.width) / 2,
+                             (panel.height - content.height) / 2, content.width, content.height);
+    if (degrees == 0) {
+        evas_object_map_enable_set(image_, EINA_FALSE);
+    } else {
+        Evas_Map *map = evas_map_new(4);
+        evas_map_util_points_populate_from_object(map, image_);
+        evas_map_util_rotate(map, -degrees, panel.width / 2, panel.height / 2);
+        evas_map_smooth_set(map, EINA_FALSE);
+        evas_map_alpha_set(map, EINA_TRUE);
+        evas_object_map_set(image_, map);
+        evas_object_map_enable_set(image_, EINA_TRUE);
+        evas_map_free(map);
+    }
+    input_->turn(panel, degrees);
+    evas_object_resize(inner_, content.width, content.height);
+}
+
+void TvWindow::shown()
+{
+    awaiting_frame_ = true;
+    evas_object_show(outer_);
+    // A window that is shown again has lost its picture, though nothing in it changed.
+    const Size size = {PanelModel::get().width(), PanelModel::get().height()};
+    evas_damage_rectangle_add(evas_object_evas_get(outer_), 0, 0, size.width, size.height);
+    ecore_evas_focus_set(inner_canvas_, EINA_TRUE);
+    Ecore_Wl2_Window *window = ecore_evas_wayland2_window_get(outer_canvas_);
+    if (!idle_inhibitor_ && window)
+        idle_inhibitor_ = IdleInhibitor::create(ecore_wl2_display_registry_get(display_),
+                                                ecore_wl2_window_surface_get(window));
+}
+
+void TvWindow::hidden()
+{
+    awaiting_frame_ = false;
+    idle_inhibitor_.reset();
+    if (visible_job_)
+        ecore_job_del(visible_job_);
+    visible_job_ = nullptr;
+    evas_object_hide(outer_);
+    if (!seen_)
+        return;
+    seen_ = false;
+    evas_object_smart_callback_call(inner_, "visibility,changed", nullptr);
+}
+
+void TvWindow::frame_drawn()
+{
+    if (!awaiting_frame_)
+        return;
+    awaiting_frame_ = false;
+    // The canvas is still at work here, and the application may want to draw at once.
+    visible_job_ = ecore_job_add(
+        [](void *data) {
+            auto *window = static_cast<TvWindow *>(data);
+            window->visible_job_ = nullptr;
+            window->seen_ = true;
+            evas_object_smart_callback_call(window->inner_, "visibility,changed",
+                                            reinterpret_cast<void *>(intptr_t{1}));
+        },
+        this);
+}
+
+void TvWindow::inner_deleted()
+{
+    inner_ = nullptr;
+    inner_canvas_ = nullptr;
+    awaiting_frame_ = false;
+    if (visible_job_)
+        ecore_job_del(visible_job_);
+    visible_job_ = nullptr;
+    idle_inhibitor_.reset();
+    pointer_.reset();
+    input_.reset();
+    if (!outer_)
+        return;
+    // The inner window is a child of the outer one and in the middle of its own deletion.
+    evas_object_hide(outer_);
+    delete_job_ = ecore_job_add(
+        [](void *data) {
+            auto *window = static_cast<TvWindow *>(data);
+            window->delete_job_ = nullptr;
+            window->delete_outer();
+        },
+        this);
+}
+
+void TvWindow::delete_outer()
+{
+    if (delete_job_)
+        ecore_job_del(delete_job_);
+    delete_job_ = nullptr;
+    if (outer_)
+        evas_object_del(std::exchange(outer_, nullptr));
+    outer_canvas_ = nullptr;
+}
+
+void TvWindow::sync()
+{
+    if (reader_watch_->toolkit_reads()) {
+        ecore_wl2_display_flush(display_);
+        return;
+    }
+    if (!wayland_roundtrip(ecore_wl2_display_get(display_)))
+        PLATFORM_LOGW(SERVICE, "the compositor did not answer in time");
+}
+
+} // namespace platform
+
+Evas_Object *app_get_preinitialized_window(const char * /*window_name*/)
+{
+    platform::TvWindow *window = platform::TvWindow::current();
+    return window ? window->take() : nullptr;
+}

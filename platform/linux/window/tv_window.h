@@ -1,0 +1,108 @@
+/**
+ * The application's window as the set has it: full screen, borderless, with an alpha channel, its
+ * content standing upright whichever way the panel is turned. Made and kept by the application
+ * framework. Main-loop thread only.
+ *
+ * Two Elementary windows make one. The outer window is the real one and never turns; the inner one,
+ * which the application gets, has the turned size, is drawn into an image of the outer one, and is
+ * shown, hidden and deleted by the application as if it were real. What an application asks of its
+ * window through functions that only a real window can answer is answered by interposed.cpp.
+ */
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include <Ecore.h>
+#include <Elementary.h>
+
+#include "window/ecore_wl2_more.h"
+#include "window/idle_inhibitor.h"
+#include "window/input_feed.h"
+#include "window/pointer_hider.h"
+#include "window/turned_geometry.h"
+#include "window/wayland_sync.h"
+
+namespace platform {
+
+class TvWindow {
+  public:
+    struct Listener {
+        std::function<void()> closed;          ///< the user asked for the window to be closed
+        std::function<void(bool)> seen;        ///< iconified (false) or back on the screen (true)
+        std::function<void()> compositor_gone; ///< the connection broke for good
+    };
+
+    /** @return null when no compositor answers; the reason is logged */
+    static std::unique_ptr<TvWindow> create(const std::string &name, Listener listener);
+    ~TvWindow();
+    TvWindow(const TvWindow &) = delete;
+    TvWindow &operator=(const TvWindow &) = delete;
+
+    /** The window of this process, or null. */
+    static TvWindow *current();
+
+    /** The window, handed out once; null after that. The application owns it from then on. */
+    Evas_Object *take();
+
+    /** Whether this is the application's window. */
+    bool is(const Evas_Object *window) const { return window && window == inner_; }
+    bool is(const Ecore_Evas *canvas) const { return canvas && canvas == inner_canvas_; }
+
+    /** The real window. */
+    Evas_Object *outer() const { return outer_; }
+    Ecore_Evas *outer_canvas() const { return outer_canvas_; }
+
+    /** The size of the content as it stands now, turned. */
+    Size content_size() const;
+
+    /** Waits for the compositor where that can be done without a deadlock. */
+    void sync();
+
+    /** Keeps a hint for the window manager; no Linux compositor knows the set's hints. */
+    void keep_hint(const std::string &hint, const std::string &value) { hints_[hint] = value; }
+    const std::map<std::string, std::string> &hints() const { return hints_; }
+
+  private:
+    TvWindow(Ecore_Wl2_Display *display, const std::string &name, Listener listener);
+
+    void make_outer(const std::string &name);
+    void make_inner(const std::string &name);
+    void follow_events();
+
+    void turn();
+    void place_content();
+    void fit();
+    void shown();
+    void hidden();
+    void inner_deleted();
+    void frame_drawn();
+    void delete_outer();
+
+    Ecore_Wl2_Display *display_;
+    std::map<std::string, std::string> hints_;
+    Listener listener_;
+    Evas_Object *outer_ = nullptr;
+    Evas_Object *inner_ = nullptr;
+    Evas_Object *image_ = nullptr;
+    Ecore_Evas *outer_canvas_ = nullptr;
+    Ecore_Evas *inner_canvas_ = nullptr;
+    std::unique_ptr<InputFeed> input_;
+    std::unique_ptr<PointerHider> pointer_;
+    std::unique_ptr<IdleInhibitor> idle_inhibitor_;
+    std::unique_ptr<ReaderWatch> reader_watch_;
+    Ecore_Event_Handler *disconnect_ = nullptr;
+    Ecore_Event_Handler *device_ = nullptr;
+    Ecore_Job *visible_job_ = nullptr;
+    Ecore_Job *delete_job_ = nullptr;
+    bool taken_ = false;
+    bool awaiting_frame_ = false;
+    bool seen_ = false;
+};
+
+/** Gives ECORE_EVENT_DEVICE_ADD its number; once, before the application starts. */
+void announce_device_events();
+
+} // namespace platform
