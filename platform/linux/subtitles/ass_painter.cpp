@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "log/platform_log.h"
+#include "subtitles/ass_adjust.h"
 #include "subtitles/ass_text.h"
 
 namespace platform {
@@ -15,6 +16,10 @@ namespace {
 constexpr int last_logged_level = 4; // libass counts from 0, fatal, to 7; 4 is information
 constexpr int glyph_cache_count = 2000;
 constexpr int bitmap_cache_megabytes = 32;
+
+// What a script's coordinates count in when it does not say.
+constexpr int default_width = 384;
+constexpr int default_height = 288;
 
 void route_ass_log(int level, const char *format, va_list arguments, void *)
 {
@@ -50,15 +55,17 @@ bool AssPainter::start(const AssScript &script)
     std::string header = script.header;
     ass_process_codec_private(track_.get(), header.data(), static_cast<int>(header.size()));
     ass_set_check_readorder(track_.get(), 0);
-    if (!own_styles_) {
-        // Line breaks in scripts without spaces, and brackets that face the right way in
-        // right-to-left text. Scripts with own styles were laid out for players without these.
-        ass_track_set_feature(track_.get(), ASS_FEATURE_WRAP_UNICODE, 1);
+    // Brackets that face the right way in right-to-left text. Scripts with own styles were laid out
+    // for players without that.
+    if (!own_styles_)
         ass_track_set_feature(track_.get(), ASS_FEATURE_BIDI_BRACKETS, 1);
-    }
+    const double largest_size = 2.0 * (track_->PlayResY > 0 ? track_->PlayResY : default_height);
+    bound_style_sizes(*track_, largest_size);
 
     for (const AssEvent &event : script.events) {
-        std::string chunk = event.chunk;
+        std::string chunk = with_bounded_sizes(event.chunk, largest_size);
+        if (!own_styles_)
+            chunk = with_break_places(chunk);
         ass_process_chunk(track_.get(), chunk.data(), static_cast<int>(chunk.size()),
                           event.start_ms, event.duration_ms);
         animated_ = animated_ || event.has_effect() || is_animated(event.chunk);
@@ -109,6 +116,10 @@ void AssPainter::fit_to(int upright_width, int upright_height)
  */
 void AssPainter::fit_plain_style(int upright_width, int upright_height)
 {
+    // With coordinates of the picture's own shape the outline is as thick across as it is high.
+    track_->PlayResY = default_height;
+    track_->PlayResX =
+        std::max(1, static_cast<int>(int64_t{default_height} * upright_width / upright_height));
     const double line = std::min(upright_width, upright_height) / 14.0;
     const double unit_y = static_cast<double>(upright_height) / track_->PlayResY;
     for (int i = 0; i < track_->n_styles; ++i) {
@@ -127,8 +138,8 @@ void AssPainter::fit_plain_style(int upright_width, int upright_height)
  */
 void AssPainter::fit_margins(int upright_width, int upright_height)
 {
-    const int script_width = track_->PlayResX > 0 ? track_->PlayResX : 384;
-    const int script_height = track_->PlayResY > 0 ? track_->PlayResY : 288;
+    const int script_width = track_->PlayResX > 0 ? track_->PlayResX : default_width;
+    const int script_height = track_->PlayResY > 0 ? track_->PlayResY : default_height;
     int margin = 0;
     if (upright_height > upright_width && script_width > script_height) {
         const auto picture_height =

@@ -49,10 +49,15 @@ constexpr char plain_header[] =
     "[Events]\n"
     "Format: Layer, Start, End, Style, Name, MarginL, MarginR, MarginV, Effect, Text\n";
 
+/** Lines that libav may still log in this thread; damaged files have a complaint for every line. */
+thread_local int libav_lines_left = 0;
+constexpr int libav_lines_per_file = 3;
+
 void route_libav_log(void *source, int level, const char *format, va_list arguments)
 {
-    if (level > AV_LOG_WARNING)
+    if (level > AV_LOG_WARNING || libav_lines_left <= 0)
         return;
+    --libav_lines_left;
     char line[512];
     int print_prefix = 1;
     av_log_format_line2(source, level, format, arguments, line, sizeof line, &print_prefix);
@@ -357,6 +362,7 @@ std::optional<AssScript> read_script(const std::string &text, const std::string 
 {
     static std::once_flag log_routed;
     std::call_once(log_routed, [] { av_log_set_callback(&route_libav_log); });
+    libav_lines_left = libav_lines_per_file;
 
     for (const std::string &reader : candidates(text, extension)) {
         const bool native = reader == "ttxt" || reader == "powerdivx";

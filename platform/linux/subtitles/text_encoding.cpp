@@ -216,16 +216,22 @@ bool looks_binary(const std::string &text)
     return odd > 4 && odd * 50 > text.size();
 }
 
+/** Also shortens long gaps: no format counts empty lines, and a file of nothing else is slow. */
 std::string unify_line_ends(const std::string &text)
 {
+    constexpr int most_in_a_row = 3;
     std::string result;
     result.reserve(text.size());
+    int in_a_row = 0;
     for (size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\r') {
-            result += '\n';
-            if (i + 1 < text.size() && text[i + 1] == '\n')
-                ++i;
+        const bool carriage_return = text[i] == '\r';
+        if (carriage_return && i + 1 < text.size() && text[i + 1] == '\n')
+            ++i;
+        if (carriage_return || text[i] == '\n') {
+            if (++in_a_row <= most_in_a_row)
+                result += '\n';
         } else if (text[i] != '\0') {
+            in_a_row = 0;
             result += text[i];
         }
     }

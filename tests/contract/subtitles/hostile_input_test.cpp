@@ -149,15 +149,23 @@ TEST_F(SubtitleTest, TextOfManyMegabytesIsLeftOut)
 
 TEST_F(SubtitleTest, FilesFullOfOpenBracketsEndInTime)
 {
-    const size_t size = platform::max_subtitle_file_size - 1024;
     for (const char *pattern :
          {"<", "{", "[", "&", "<SYNC ", "<P ", "<TextSample ", "{1}{", "\n"}) {
         std::string content;
-        while (content.size() < size / 8)
+        while (content.size() < 256 * 1024)
             content += pattern;
         for (const char *extension : {"smi", "ttxt", "sub", "srt"})
             refusal(write(std::string("brackets.") + extension, content));
     }
+}
+
+TEST_F(SubtitleTest, DamagedFileDoesNotFloodTheLog)
+{
+    std::string content = "{25}{50}Hello\n";
+    for (int i = 0; i < 5000; ++i)
+        content += "nonsense\n";
+    ASSERT_NE(load("a.sub", content), nullptr);
+    EXPECT_LT(log_lines_with(""), 20);
 }
 
 TEST_F(SubtitleTest, ScriptWithMonstrousValuesIsDrawnWithoutHarm)

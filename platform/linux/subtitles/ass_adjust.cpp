@@ -1,0 +1,166 @@
+#include "subtitles/ass_adjust.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+namespace platform {
+
+namespace {
+
+constexpr double largest_scale_percent = 1000;
+constexpr double largest_border = 100;
+
+// A space of no width: libass breaks a line here and shows nothing where it does not.
+constexpr char break_place[] = "{\\fscx0} {\\fscx}";
+
+/** Shorter runs than this fit on a line of a portrait panel. */
+constexpr int longest_unbroken = 12;
+
+struct Letter {
+    char32_t code;
+    size_t length;
+};
+
+/** The letter of valid UTF-8 text that begins at a place. */
+Letter letter_at(const std::string &text, size_t at)
+{
+    const auto byte = [&text, at](size_t i) -> char32_t {
+        return at + i < text.size() ? static_cast<unsigned char>(text[at + i]) : 0;
+    };
+    const char32_t first = byte(0);
+    if (first < 0x80)
+        return {first, 1};
+    if (first < 0xE0)
+        return {(first & 0x1F) << 6 | (byte(1) & 0x3F), 2};
+    if (first < 0xF0)
+        return {(first & 0x0F) << 12 | (byte(1) & 0x3F) << 6 | (byte(2) & 0x3F), 3};
+    return {(first & 0x07) << 18 | (byte(1) & 0x3F) << 12 | (byte(2) & 0x3F) << 6 |
+                (byte(3) & 0x3F),
+            4};
+}
+
+bool is_ideographic(char32_t c)
+{
+    return (c >= 0x3041 && c <= 0x30FF) || (c >= 0x3400 && c <= 0x9FFF) ||
+           (c >= 0xF900 && c <= 0xFAFF) || (c >= 0x20000 && c <= 0x3FFFF);
+}
+
+/** Kana that may not begin a line: small ones and the length mark. */
+bool clings_to_the_left(char32_t c)
+{
+    static const char32_t small[] = U"ぁぃぅぇぉっゃゅょゎァィゥェォッャュョヮヵヶーゝゞヽヾ々";
+    return std::find(std::begin(small), std::end(small) - 1, c) != std::end(small) - 1;
+}
+
+bool may_break_between(char32_t left, char32_t right)
+{
+    // The vowels written before their consonant begin a syllable.
+    if ((right >= 0x0E40 && right <= 0x0E44) || (right >= 0x0EC0 && right <= 0x0EC4))
+        return left > 0x0E00 && left < 0x0F00;
+    const bool after_full_stop =
+        left == 0x3001 || left == 0x3002 || left == 0xFF01 || left == 0xFF0C || left == 0xFF1F;
+    return is_ideographic(right) && !clings_to_the_left(right) &&
+           (is_ideographic(left) || after_full_stop);
+}
+
+/** Bounds the number that follows a tag; returns the text that replaces it and moves `at` on. */
+std::string bounded_number(const std::string &text, size_t &at, double largest)
+{
+    char *end = nullptr;
+    const std::string number = text.substr(at, 64);
+    const double value = std::strtod(number.c_str(), &end);
+    const auto length = static_cast<size_t>(end - number.c_str());
+    if (length == 0)
+        return {};
+    at += length;
+    if (std::fabs(value) <= largest)
+        return number.substr(0, length);
+    return std::to_string(static_cast<long>(value < 0 ? -largest : largest));
+}
+
+} // namespace
+
+std::string with_break_places(const std::string &ass)
+{
+    std::string result;
+    bool in_block = false;
+    int unbroken = 0;
+    char32_t left = 0;
+    for (size_t i = 0; i < ass.size();) {
+        const Letter letter = letter_at(ass, i);
+        const std::string bytes = ass.substr(i, letter.length);
+        const bool escape = letter.code == '\\' && i + 1 < ass.size();
+        i += letter.length;
+        if (in_block || letter.code == '{') {
+            in_block = letter.code != '}';
+            result += bytes;
+            continue;
+        }
+        if (letter.code == ' ' || escape)
+            unbroken = 0;
+        const bool zero_width_space = letter.code == 0x200B;
+        if (zero_width_space ||
+            (unbroken >= longest_unbroken / 2 && may_break_between(left, letter.code))) {
+            result += break_place;
+            unbroken = 0;
+        }
+        if (!zero_width_space)
+            result += bytes;
+        ++unbroken;
+        left = letter.code;
+    }
+    return result;
+}
+
+std::string with_bounded_sizes(const std::string &ass, double largest)
+{
+    static const struct {
+        const char *tag;
+        bool is_size;
+        double bound;
+    } tags[] = {{"\\fscx", false, largest_scale_percent},
+                {"\\fscy", false, largest_scale_percent},
+                {"\\fs", true, 0},
+                {"\\bord", false, largest_border},
+                {"\\xbord", false, largest_border},
+                {"\\ybord", false, largest_border}};
+
+    std::string result;
+    for (size_t i = 0; i < ass.size();) {
+        bool found = false;
+        for (const auto &entry : tags) {
+            const size_t length = std::strlen(entry.tag);
+            if (ass.compare(i, length, entry.tag) != 0)
+                continue;
+            found = true;
+            size_t at = i + length;
+            // A signed size multiplies the present one; in a row they grow beyond every bound.
+            const bool relative =
+                entry.is_size && at < ass.size() && (ass[at] == '+' || ass[at] == '-');
+            const std::string number =
+                bounded_number(ass, at, entry.is_size ? largest : entry.bound);
+            if (!relative)
+                result += entry.tag + number;
+            i = at;
+            break;
+        }
+        if (!found)
+            result += ass[i++];
+    }
+    return result;
+}
+
+void bound_style_sizes(ASS_Track &track, double largest)
+{
+    for (int i = 0; i < track.n_styles; ++i) {
+        ASS_Style &style = track.styles[i];
+        style.FontSize = std::clamp(style.FontSize, -largest, largest);
+        style.ScaleX = std::min(style.ScaleX, largest_scale_percent / 100);
+        style.ScaleY = std::min(style.ScaleY, largest_scale_percent / 100);
+        style.Outline = std::min(style.Outline, largest_border);
+    }
+}
+
+} // namespace platform
