@@ -1,0 +1,24 @@
+/**
+ * Where the sound goes: a PulseAudio (or PipeWire) server, an ALSA device, or nowhere. The choice
+ * is made once per process and made anew only after the chosen device was lost.
+ *
+ * The environment variable OSTREL_DEMO_AUDIO_SINK may name a GStreamer sink element to use instead,
+ * for tests and for troubleshooting ("fakesink" plays in silence). Any thread, GStreamer being
+ * ready.
+ */
+#pragma once
+
+#include "media_player/gst_ptr.h"
+
+namespace platform {
+
+/** Chooses, if no choice stands. May take as long as a server takes to answer. */
+void choose_audio_sink();
+
+/** A sink for one pipeline; one that is silent but keeps time, when there is no sound device. */
+ElementPtr make_audio_sink();
+
+/** The device is gone; the next make_audio_sink() looks for another one. */
+void forget_audio_sink();
+
+} // namespace platform

@@ -1,0 +1,137 @@
+#include "media_player/frame_output.h"
+
+namespace platform {
+namespace {
+
+int64_t milliseconds(GstClockTime time)
+{
+    return static_cast<int64_t>(time / GST_MSECOND);
+}
+
+} // namespace
+
+FrameOutput::FrameOutput(std::shared_ptr<DisplaySettings> display) : display_(std::move(display)) {}
+
+void FrameOutput::set_subtitle(std::unique_ptr<SubtitleTrack> subtitle,
+                               std::function<void(const SubtitleTrack::Cue &)> on_cue)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    subtitle_ = std::move(subtitle);
+    on_cue_ = std::move(on_cue);
+}
+
+void FrameOutput::set_visible(bool visible)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    visible_ = visible;
+}
+
+void FrameOutput::close()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    closed_ = true;
+    frame_.reset();
+    painted_.reset();
+    painted_view_ = {};
+}
+
+void FrameOutput::set_format(const GstVideoInfo &info)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    info_ = info;
+    frame_.reset();
+    painted_.reset();
+    width_ = GST_VIDEO_INFO_WIDTH(&info);
+    height_ = GST_VIDEO_INFO_HEIGHT(&info);
+}
+
+void FrameOutput::set_orientation(GstVideoOrientationMethod method)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    stored_ = orientation_of(method);
+}
+
+bool FrameOutput::paint(GstBuffer *frame, GstClockTime position, const DisplayView &view)
+{
+    painted_.reset();
+    if (!view.plane)
+        return false;
+    PlaneBufferPtr picture = view.plane->acquire();
+    if (!picture || !painter_.paint(info_, frame, stored_, view, *picture)) {
+        view.plane->count_dropped();
+        return false;
+    }
+    if (subtitle_ && GST_CLOCK_TIME_IS_VALID(position))
+        subtitle_->draw(milliseconds(position), picture->pixels(), picture->width(),
+                        picture->height(), picture->stride(), (360 - view.panel_angle) % 360);
+    painted_ = std::move(picture);
+    painted_view_ = view;
+    return true;
+}
+
+void FrameOutput::prepare(GstBuffer *frame, GstClockTime position)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (closed_)
+        return;
+    if (frame_.get() != frame)
+        frame_.reset(gst_buffer_ref(frame));
+    frame_position_ = position;
+    frame_shown_ = false;
+    paint(frame, position, display_->view());
+}
+
+bool FrameOutput::show(GstBuffer *frame, GstClockTime position)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (closed_ || !visible_)
+        return true;
+    if (GST_CLOCK_TIME_IS_VALID(position))
+        position_ = position;
+    // The frame that filled the pipeline comes a second time when the pipeline starts to run.
+    if (frame_shown_ && frame_.get() == frame)
+        return true;
+    const DisplayView view = display_->view();
+    if (!painted_ || !(painted_view_ == view)) {
+        if (!paint(frame, position, view))
+            return true;
+    }
+    const bool presented = view.plane->present(painted_);
+    painted_.reset();
+    frame_shown_ = true;
+    if (presented) {
+        shown_++;
+        report_cue(position);
+    }
+    return presented;
+}
+
+void FrameOutput::redraw()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (closed_ || !visible_ || !frame_ || !frame_shown_)
+        return;
+    const DisplayView view = display_->view();
+    if (paint(frame_.get(), frame_position_, view)) {
+        view.plane->present(painted_);
+        painted_.reset();
+    }
+}
+
+void FrameOutput::count_dropped()
+{
+    if (const std::shared_ptr<VideoPlane> plane = display_->view().plane)
+        plane->count_dropped();
+}
+
+void FrameOutput::report_cue(GstClockTime position)
+{
+    if (!subtitle_ || !GST_CLOCK_TIME_IS_VALID(position))
+        return;
+    const SubtitleTrack::Cue *cue = subtitle_->cue_at(milliseconds(position));
+    if (cue && cue != reported_cue_ && on_cue_)
+        on_cue_(*cue);
+    reported_cue_ = cue;
+}
+
+} // namespace platform

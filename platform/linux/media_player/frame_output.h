@@ -1,0 +1,99 @@
+/**
+ * The last stretch of a video's way: takes decoded frames in turn, paints them for the plane with
+ * their subtitle, and hands them over when their time has come. Belongs to one file. Frames come on
+ * a streaming thread, everything else on any.
+ */
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+#include "media_player/display_settings.h"
+#include "media_player/frame_painter.h"
+#include "subtitles/subtitle_track.h"
+
+namespace platform {
+
+class FrameOutput {
+  public:
+    explicit FrameOutput(std::shared_ptr<DisplaySettings> display);
+
+    /** The file's subtitle, before the first frame. `on_cue` hears each text as it appears. */
+    void set_subtitle(std::unique_ptr<SubtitleTrack> subtitle,
+                      std::function<void(const SubtitleTrack::Cue &)> on_cue);
+
+    /** Whether frames go to the plane. Not before the caller has started the file. */
+    void set_visible(bool visible);
+
+    /** Stops for good; when it returns no frame of this file reaches the plane any more. */
+    void close();
+
+    // Streaming thread.
+    void set_format(const GstVideoInfo &info);
+    void set_orientation(GstVideoOrientationMethod method);
+    void set_direction(double rate) { direction_ = rate; }
+    void set_at_end(bool at_end) { at_end_ = at_end; }
+
+    /** Paints a frame ahead of its time. */
+    void prepare(GstBuffer *frame, GstClockTime position);
+
+    /**
+     * The frame's time has come.
+     *
+     * @return false when there is no plane any more
+     */
+    bool show(GstBuffer *frame, GstClockTime position);
+
+    /** Paints the frame on screen anew, after a change of the display's settings. */
+    void redraw();
+
+    void count_dropped();
+
+    /** Frames that went to the plane. */
+    uint64_t shown() const { return shown_; }
+
+    /** Media time of the newest frame whose time has come; GST_CLOCK_TIME_NONE before the first. */
+    GstClockTime position() const { return position_; }
+
+    /** Speed of the stretch that is being shown, as the file's reader granted it. */
+    double direction() const { return direction_; }
+
+    /** Whether the stretch being played has come to its end. */
+    bool at_end() const { return at_end_; }
+
+    /** Size of the frames as they are stored; 0 before the first. */
+    int width() const { return width_; }
+    int height() const { return height_; }
+
+  private:
+    bool paint(GstBuffer *frame, GstClockTime position, const DisplayView &view);
+    void report_cue(GstClockTime position);
+
+    const std::shared_ptr<DisplaySettings> display_;
+    std::atomic<uint64_t> shown_{0};
+    std::atomic<GstClockTime> position_{GST_CLOCK_TIME_NONE};
+    std::atomic<double> direction_{1.0};
+    std::atomic<bool> at_end_{false};
+    std::atomic<int> width_{0};
+    std::atomic<int> height_{0};
+
+    std::mutex mutex_; ///< guards all below
+    bool visible_ = false;
+    bool closed_ = false;
+    GstVideoInfo info_ = {};
+    Orientation stored_;
+    FramePainter painter_;
+    std::unique_ptr<SubtitleTrack> subtitle_;
+    std::function<void(const SubtitleTrack::Cue &)> on_cue_;
+    const SubtitleTrack::Cue *reported_cue_ = nullptr;
+
+    BufferPtr frame_; ///< the newest frame, kept for redraw()
+    GstClockTime frame_position_ = GST_CLOCK_TIME_NONE;
+    DisplayView painted_view_;
+    PlaneBufferPtr painted_; ///< the newest frame's picture, until it is shown
+    bool frame_shown_ = false;
+};
+
+} // namespace platform

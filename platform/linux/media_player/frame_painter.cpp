@@ -1,0 +1,238 @@
+#include "media_player/frame_painter.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace platform {
+namespace {
+
+constexpr int pixel_bytes = 4;
+
+// A square of this many pixels of both pictures stays in the first-level cache.
+constexpr int tile = 32;
+
+bool on_its_side(const Orientation &orientation)
+{
+    return orientation.degrees % 180 != 0;
+}
+
+// The proportions a frame is shown with, as whole numbers that are good for products of 64 bits.
+struct Proportions {
+    int64_t width;
+    int64_t height;
+};
+
+Proportions proportions_of(const GstVideoInfo &info, const Orientation &orientation)
+{
+    const int64_t pixel_width = std::max(GST_VIDEO_INFO_PAR_N(&info), 1);
+    const int64_t pixel_height = std::max(GST_VIDEO_INFO_PAR_D(&info), 1);
+    Proportions shown = {GST_VIDEO_INFO_WIDTH(&info) * pixel_width,
+                         GST_VIDEO_INFO_HEIGHT(&info) * pixel_height};
+    if (on_its_side(orientation))
+        std::swap(shown.width, shown.height);
+    return shown;
+}
+
+void black_out(PlaneBuffer &picture, int x, int y, int width, int height)
+{
+    if (width <= 0)
+        return;
+    for (int row = y; row < y + height; row++)
+        std::memset(picture.pixels() + static_cast<size_t>(row) * picture.stride() +
+                        static_cast<size_t>(x) * pixel_bytes,
+                    0, static_cast<size_t>(width) * pixel_bytes);
+}
+
+void paint_bars(PlaneBuffer &picture, const Rect &inside)
+{
+    const int right = inside.x + inside.width;
+    const int bottom = inside.y + inside.height;
+    black_out(picture, 0, 0, picture.width(), inside.y);
+    black_out(picture, 0, bottom, picture.width(), picture.height() - bottom);
+    black_out(picture, 0, inside.y, inside.x, inside.height);
+    black_out(picture, right, inside.y, picture.width() - right, inside.height);
+}
+
+// The way through the upright picture while the turned one is filled row by row.
+struct Walk {
+    ptrdiff_t first; ///< pixel that goes to the top left corner
+    ptrdiff_t right; ///< from one to the pixel that goes to the right of it
+    ptrdiff_t down;  ///< from one to the pixel that goes below it
+};
+
+Walk walk_through(int width, int height, const Orientation &orientation)
+{
+    const ptrdiff_t row = width;
+    Walk walk = {0, 1, row};
+    switch (orientation.degrees) {
+    case 90:
+        walk = {(height - 1) * row, -row, 1};
+        break;
+    case 180:
+        walk = {(height - 1) * row + width - 1, -1, -row};
+        break;
+    case 270:
+        walk = {width - 1, row, -1};
+        break;
+    default:
+        break;
+    }
+    if (orientation.mirrored) {
+        const ptrdiff_t column = walk.first % row;
+        walk.first += (width - 1 - column) - column;
+        (on_its_side(orientation) ? walk.down : walk.right) *= -1;
+    }
+    return walk;
+}
+
+void copy_turned(const uint32_t *upright, const Walk &walk, PlaneBuffer &picture, const Rect &area)
+{
+    for (int top = 0; top < area.height; top += tile) {
+        const int bottom = std::min(top + tile, area.height);
+        for (int left = 0; left < area.width; left += tile) {
+            const int right = std::min(left + tile, area.width);
+            for (int y = top; y < bottom; y++) {
+                auto *to = reinterpret_cast<uint32_t *>(
+                    picture.pixels() + static_cast<size_t>(area.y + y) * picture.stride());
+                const uint32_t *from = upright + walk.first + y * walk.down + left * walk.right;
+                for (int x = left; x < right; x++, from += walk.right)
+                    to[area.x + x] = *from;
+            }
+        }
+    }
+}
+
+} // namespace
+
+Orientation orientation_of(GstVideoOrientationMethod method)
+{
+    switch (method) {
+    case GST_VIDEO_ORIENTATION_90R:
+        return {90, false};
+    case GST_VIDEO_ORIENTATION_180:
+        return {180, false};
+    case GST_VIDEO_ORIENTATION_90L:
+        return {270, false};
+    case GST_VIDEO_ORIENTATION_HORIZ:
+        return {0, true};
+    case GST_VIDEO_ORIENTATION_VERT:
+        return {180, true};
+    case GST_VIDEO_ORIENTATION_UL_LR:
+        return {270, true};
+    case GST_VIDEO_ORIENTATION_UR_LL:
+        return {90, true};
+    default:
+        return {};
+    }
+}
+
+Orientation viewer_orientation(const GstVideoInfo &info, const Orientation &stored,
+                               const DisplayView &view)
+{
+    const Proportions upright = proportions_of(info, stored);
+    int turn = view.rotation;
+    if (upright.height > upright.width && view.panel_angle != 0)
+        turn = 360 - view.panel_angle;
+    return {(stored.degrees + turn) % 360, stored.mirrored};
+}
+
+Rect fitted_area(const GstVideoInfo &info, const Orientation &orientation, const Rect &area)
+{
+    const Proportions shown = proportions_of(info, orientation);
+    if (area.width <= 0 || area.height <= 0 || shown.width <= 0 || shown.height <= 0)
+        return {area.x, area.y, 0, 0};
+    int64_t width = area.width;
+    int64_t height = area.height;
+    if (shown.width * area.height > shown.height * area.width)
+        height = (shown.height * area.width + shown.width / 2) / shown.width;
+    else
+        width = (shown.width * area.height + shown.height / 2) / shown.height;
+    width = std::clamp<int64_t>(width, 1, area.width);
+    height = std::clamp<int64_t>(height, 1, area.height);
+    return {area.x + static_cast<int>(area.width - width) / 2,
+            area.y + static_cast<int>(area.height - height) / 2, static_cast<int>(width),
+            static_cast<int>(height)};
+}
+
+bool FramePainter::paint(const GstVideoInfo &info, GstBuffer *frame, const Orientation &stored,
+                         const DisplayView &view, PlaneBuffer &picture)
+{
+    const Orientation orientation = viewer_orientation(info, stored, view);
+    const Rect area = fitted_area(info, orientation, view.area);
+    if (area.x < 0 || area.y < 0 || area.x + area.width > picture.width() ||
+        area.y + area.height > picture.height())
+        return false;
+    paint_bars(picture, area);
+    if (area.width == 0 || area.height == 0)
+        return true;
+    if (orientation.degrees == 0 && !orientation.mirrored)
+        return convert(info, frame,
+                       picture.pixels() + static_cast<size_t>(area.y) * picture.stride() +
+                           static_cast<size_t>(area.x) * pixel_bytes,
+                       area.width, area.height, picture.stride());
+
+    int width = area.width;
+    int height = area.height;
+    if (on_its_side(orientation))
+        std::swap(width, height);
+    scratch_.resize(static_cast<size_t>(width) * height);
+    if (!convert(info, frame, reinterpret_cast<uint8_t *>(scratch_.data()), width, height,
+                 width * pixel_bytes))
+        return false;
+    copy_turned(scratch_.data(), walk_through(width, height, orientation), picture, area);
+    return true;
+}
+
+bool FramePainter::prepare_converter(const GstVideoInfo &info, int width, int height, int stride)
+{
+    const bool fits = converter_ && gst_video_info_is_equal(&from_, &info) &&
+                      GST_VIDEO_INFO_WIDTH(&to_) == width && GST_VIDEO_INFO_HEIGHT(&to_) == height;
+    if (!fits) {
+        converter_.reset();
+        from_ = info;
+        if (!gst_video_info_set_format(&to_, GST_VIDEO_FORMAT_BGRx, static_cast<guint>(width),
+                                       static_cast<guint>(height)))
+            return false;
+        // The converter neither changes the frame rate nor weaves fields, and insists on it.
+        to_.fps_n = info.fps_n;
+        to_.fps_d = info.fps_d;
+        to_.interlace_mode = info.interlace_mode;
+        GstStructure *options = gst_structure_new(
+            "options", GST_VIDEO_CONVERTER_OPT_THREADS, G_TYPE_UINT, 2u,
+            GST_VIDEO_CONVERTER_OPT_RESAMPLER_METHOD, GST_TYPE_VIDEO_RESAMPLER_METHOD,
+            GST_VIDEO_RESAMPLER_METHOD_LINEAR, GST_VIDEO_CONVERTER_OPT_RESAMPLER_TAPS, G_TYPE_UINT,
+            2u, GST_VIDEO_CONVERTER_OPT_CHROMA_RESAMPLER_METHOD, GST_TYPE_VIDEO_RESAMPLER_METHOD,
+            GST_VIDEO_RESAMPLER_METHOD_LINEAR, nullptr);
+        converter_.reset(gst_video_converter_new(&from_, &to_, options));
+    }
+    to_.stride[0] = stride;
+    to_.size = static_cast<gsize>(stride) * (height - 1) + static_cast<gsize>(width) * pixel_bytes;
+    return converter_ != nullptr;
+}
+
+bool FramePainter::convert(const GstVideoInfo &info, GstBuffer *frame, uint8_t *pixels, int width,
+                           int height, int stride)
+{
+    if (!prepare_converter(info, width, height, stride))
+        return false;
+    GstVideoFrame from;
+    if (!gst_video_frame_map(&from, &from_, frame, GST_MAP_READ))
+        return false;
+    const BufferPtr target(gst_buffer_new_wrapped_full(static_cast<GstMemoryFlags>(0), pixels,
+                                                       to_.size, 0, to_.size, nullptr, nullptr));
+    gsize offset[GST_VIDEO_MAX_PLANES] = {};
+    gint strides[GST_VIDEO_MAX_PLANES] = {stride};
+    gst_buffer_add_video_meta_full(target.get(), GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_BGRx,
+                                   static_cast<guint>(width), static_cast<guint>(height), 1, offset,
+                                   strides);
+    GstVideoFrame to;
+    const bool mapped = gst_video_frame_map(&to, &to_, target.get(), GST_MAP_WRITE);
+    if (mapped) {
+        gst_video_converter_frame(converter_.get(), &from, &to);
+        gst_video_frame_unmap(&to);
+    }
+    gst_video_frame_unmap(&from);
+    return mapped;
+}
+
+} // namespace platform

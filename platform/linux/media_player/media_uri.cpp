@@ -1,0 +1,56 @@
+#include "media_player/media_uri.h"
+
+#include <cctype>
+#include <cerrno>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "media_player.h"
+#include "media_player/gst_ptr.h"
+
+namespace platform {
+namespace {
+
+bool has_scheme(const std::string &name)
+{
+    const size_t end = name.find("://");
+    if (end == std::string::npos || end == 0 || !std::isalpha(static_cast<unsigned char>(name[0])))
+        return false;
+    for (size_t i = 1; i < end; i++) {
+        const auto letter = static_cast<unsigned char>(name[i]);
+        if (!std::isalnum(letter) && letter != '+' && letter != '-' && letter != '.')
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+std::string media_uri(const std::string &name)
+{
+    if (has_scheme(name))
+        return name;
+    const CharsPtr uri(gst_filename_to_uri(name.c_str(), nullptr));
+    return uri ? uri.get() : "";
+}
+
+std::string local_path(const std::string &uri)
+{
+    const CharsPtr path(g_filename_from_uri(uri.c_str(), nullptr, nullptr));
+    return path ? path.get() : "";
+}
+
+int check_media_file(const std::string &path)
+{
+    struct stat facts = {};
+    if (stat(path.c_str(), &facts) != 0)
+        return errno == EACCES ? PLAYER_ERROR_PERMISSION_DENIED : PLAYER_ERROR_NO_SUCH_FILE;
+    if (!S_ISREG(facts.st_mode) || facts.st_size == 0)
+        return PLAYER_ERROR_NOT_SUPPORTED_FILE;
+    if (access(path.c_str(), R_OK) != 0)
+        return PLAYER_ERROR_PERMISSION_DENIED;
+    return PLAYER_ERROR_NONE;
+}
+
+} // namespace platform

@@ -1,0 +1,269 @@
+#include "media_player/pipeline.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "log/platform_log.h"
+#include "media_player/plane_sink.h"
+
+namespace platform {
+namespace {
+
+// The flags of playbin; their type is private to its plugin.
+constexpr guint flag_video = 1 << 0;
+constexpr guint flag_audio = 1 << 1;
+constexpr guint flag_native_video = 1 << 6;
+
+// Backwards play keeps the frames from one key frame to the next decoded.
+constexpr int64_t backwards_memory_limit = 192 * 1024 * 1024;
+
+ElementPtr make_video_end(const std::shared_ptr<FrameOutput> &output)
+{
+    ElementPtr bin(GST_ELEMENT(gst_object_ref_sink(gst_bin_new("picture"))));
+    const ElementPtr sink = make_plane_sink(output);
+    gst_bin_add(GST_BIN(bin.get()), sink.get());
+    GstElement *first = sink.get();
+    // In its automatic mode it passes progressive frames on untouched. One frame out of two fields
+    // keeps the work of a 50 or 60 fields source bearable without graphics hardware.
+    const ElementPtr deinterlace = make_element("deinterlace");
+    if (deinterlace) {
+        gst_util_set_object_arg(G_OBJECT(deinterlace.get()), "mode", "auto");
+        gst_util_set_object_arg(G_OBJECT(deinterlace.get()), "fields", "top");
+        gst_util_set_object_arg(G_OBJECT(deinterlace.get()), "method", "linear");
+        gst_bin_add(GST_BIN(bin.get()), deinterlace.get());
+        gst_element_link(deinterlace.get(), sink.get());
+        first = deinterlace.get();
+    }
+    const PadPtr pad(gst_element_get_static_pad(first, "sink"));
+    gst_element_add_pad(bin.get(), gst_ghost_pad_new("sink", pad.get()));
+    return bin;
+}
+
+} // namespace
+
+Pipeline::Pipeline(const std::string &uri, const std::shared_ptr<FrameOutput> &output,
+                   const AudioSinkMaker &make_audio_sink, PipelineEvents events)
+    : events_(std::move(events)), output_(output)
+{
+    playbin_ = make_element("playbin");
+    if (!playbin_)
+        return;
+    const ElementPtr video = make_video_end(output);
+    const ElementPtr audio = make_audio_sink();
+    // An element of our own: a sound server would remember its own mute switch past our end.
+    volume_ = make_element("volume");
+    g_object_set(playbin_.get(), "uri", uri.c_str(), "video-sink", video.get(), "flags",
+                 flag_video | flag_audio | flag_native_video, nullptr);
+    if (audio)
+        g_object_set(playbin_.get(), "audio-sink", audio.get(), nullptr);
+    if (volume_)
+        g_object_set(playbin_.get(), "audio-filter", volume_.get(), nullptr);
+    g_signal_connect(playbin_.get(), "deep-element-added", G_CALLBACK(on_element), this);
+    const BusPtr bus(gst_element_get_bus(playbin_.get()));
+    gst_bus_set_sync_handler(bus.get(), on_message, this, nullptr);
+}
+
+Pipeline::~Pipeline()
+{
+    if (!playbin_)
+        return;
+    gst_element_set_state(playbin_.get(), GST_STATE_NULL);
+    g_signal_handlers_disconnect_by_data(playbin_.get(), this);
+    const BusPtr bus(gst_element_get_bus(playbin_.get()));
+    gst_bus_set_sync_handler(bus.get(), nullptr, nullptr, nullptr);
+}
+
+bool Pipeline::open()
+{
+    return playbin_ &&
+           gst_element_set_state(playbin_.get(), GST_STATE_PAUSED) != GST_STATE_CHANGE_FAILURE;
+}
+
+bool Pipeline::reopen()
+{
+    if (!playbin_)
+        return false;
+    gst_element_set_state(playbin_.get(), GST_STATE_READY);
+    return open();
+}
+
+bool Pipeline::reopen_silent()
+{
+    if (!playbin_)
+        return false;
+    gst_element_set_state(playbin_.get(), GST_STATE_READY);
+    g_object_set(playbin_.get(), "flags", flag_video | flag_native_video, nullptr);
+    return open();
+}
+
+void Pipeline::play()
+{
+    gst_element_set_state(playbin_.get(), GST_STATE_PLAYING);
+}
+
+void Pipeline::hold()
+{
+    gst_element_set_state(playbin_.get(), GST_STATE_PAUSED);
+}
+
+bool Pipeline::seek(const Seek &seek)
+{
+    int flags = GST_SEEK_FLAG_FLUSH;
+    flags |= seek.key_frame ? GST_SEEK_FLAG_KEY_UNIT | GST_SEEK_FLAG_SNAP_BEFORE
+                            : GST_SEEK_FLAG_ACCURATE;
+    if (seek.in_rounds)
+        flags |= GST_SEEK_FLAG_SEGMENT;
+    const auto position = static_cast<gint64>(seek.position);
+    if (seek.rate > 0)
+        return gst_element_seek(playbin_.get(), seek.rate, GST_FORMAT_TIME,
+                                static_cast<GstSeekFlags>(flags), GST_SEEK_TYPE_SET, position,
+                                GST_SEEK_TYPE_NONE, -1);
+    return gst_element_seek(playbin_.get(), seek.rate, GST_FORMAT_TIME,
+                            static_cast<GstSeekFlags>(flags), GST_SEEK_TYPE_SET, 0,
+                            GST_SEEK_TYPE_SET, position);
+}
+
+bool Pipeline::next_round(double rate)
+{
+    return gst_element_seek(playbin_.get(), rate, GST_FORMAT_TIME, GST_SEEK_FLAG_SEGMENT,
+                            GST_SEEK_TYPE_SET, 0, GST_SEEK_TYPE_NONE, -1);
+}
+
+void Pipeline::mute(bool silent)
+{
+    if (volume_)
+        g_object_set(volume_.get(), "mute", silent ? TRUE : FALSE, nullptr);
+}
+
+bool Pipeline::has_picture() const
+{
+    int streams = 0;
+    g_object_get(playbin_.get(), "n-video", &streams, nullptr);
+    return streams > 0;
+}
+
+bool Pipeline::has_sound() const
+{
+    int streams = 0;
+    g_object_get(playbin_.get(), "n-audio", &streams, nullptr);
+    return streams > 0;
+}
+
+bool Pipeline::is_photo() const
+{
+    const std::lock_guard<std::mutex> lock(facts_mutex_);
+    return photo_decoder_ && demuxer_.empty();
+}
+
+GstClockTime Pipeline::duration() const
+{
+    gint64 duration = 0;
+    if (!gst_element_query_duration(playbin_.get(), GST_FORMAT_TIME, &duration) || duration < 0)
+        return GST_CLOCK_TIME_NONE;
+    return static_cast<GstClockTime>(duration);
+}
+
+GstClockTime Pipeline::position() const
+{
+    gint64 position = 0;
+    if (gst_element_query_position(playbin_.get(), GST_FORMAT_TIME, &position) && position >= 0)
+        return static_cast<GstClockTime>(position);
+    return output_->position();
+}
+
+bool Pipeline::plays_backwards() const
+{
+    const std::lock_guard<std::mutex> lock(facts_mutex_);
+    if (demuxer_ != "qtdemux" && demuxer_ != "matroskademux")
+        return false;
+    if (key_frames_ < 2)
+        return false;
+    const int64_t frame_bytes = static_cast<int64_t>(output_->width()) * output_->height() * 3 / 2;
+    return frame_bytes * std::max(longest_key_distance_, frames_since_key_) <
+           backwards_memory_limit;
+}
+
+void Pipeline::note_coded_frame(GstBuffer *frame)
+{
+    const std::lock_guard<std::mutex> lock(facts_mutex_);
+    if (!GST_BUFFER_FLAG_IS_SET(frame, GST_BUFFER_FLAG_DELTA_UNIT)) {
+        key_frames_++;
+        frames_since_key_ = 0;
+    }
+    if (frames_since_key_ >= 0)
+        longest_key_distance_ = std::max(longest_key_distance_, ++frames_since_key_);
+}
+
+GstPadProbeReturn Pipeline::on_coded_frame(GstPad *, GstPadProbeInfo *info, gpointer self)
+{
+    if (GstBuffer *frame = GST_PAD_PROBE_INFO_BUFFER(info))
+        static_cast<Pipeline *>(self)->note_coded_frame(frame);
+    return GST_PAD_PROBE_OK;
+}
+
+void Pipeline::on_element(GstBin *, GstBin *, GstElement *element, gpointer self)
+{
+    const char *klass = gst_element_get_metadata(element, GST_ELEMENT_METADATA_KLASS);
+    GstElementFactory *factory = gst_element_get_factory(element);
+    if (!klass || !factory)
+        return;
+    auto *pipeline = static_cast<Pipeline *>(self);
+    if (std::strstr(klass, "Demuxer")) {
+        const std::lock_guard<std::mutex> lock(pipeline->facts_mutex_);
+        pipeline->demuxer_ = GST_OBJECT_NAME(factory);
+    } else if (std::strstr(klass, "Decoder") &&
+               (std::strstr(klass, "Video") || std::strstr(klass, "Image"))) {
+        {
+            const std::lock_guard<std::mutex> lock(pipeline->facts_mutex_);
+            pipeline->photo_decoder_ = std::strstr(klass, "Image") != nullptr;
+        }
+        if (const PadPtr pad{gst_element_get_static_pad(element, "sink")})
+            gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, on_coded_frame, self, nullptr);
+    }
+}
+
+GstBusSyncReply Pipeline::on_message(GstBus *, GstMessage *message, gpointer self)
+{
+    const auto *pipeline = static_cast<Pipeline *>(self);
+    const PipelineEvents &events = pipeline->events_;
+    switch (GST_MESSAGE_TYPE(message)) {
+    case GST_MESSAGE_ASYNC_DONE:
+        if (GST_MESSAGE_SRC(message) == GST_OBJECT(pipeline->playbin_.get()))
+            events.ready();
+        break;
+    case GST_MESSAGE_EOS:
+    case GST_MESSAGE_SEGMENT_DONE:
+        if (GST_MESSAGE_SRC(message) == GST_OBJECT(pipeline->playbin_.get()))
+            events.ended();
+        break;
+    case GST_MESSAGE_ERROR:
+        events.failed(read_failure(message));
+        break;
+    case GST_MESSAGE_QOS:
+        events.frame_dropped();
+        break;
+    case GST_MESSAGE_CLOCK_LOST:
+        events.clock_lost();
+        break;
+    case GST_MESSAGE_ELEMENT: {
+        const GstStructure *text = gst_message_get_structure(message);
+        if (gst_structure_has_name(text, "missing-plugin")) {
+            const GValue *detail = gst_structure_get_value(text, "detail");
+            const GstCaps *caps =
+                detail && GST_VALUE_HOLDS_CAPS(detail) ? gst_value_get_caps(detail) : nullptr;
+            const char *media = caps && !gst_caps_is_empty(caps)
+                                    ? gst_structure_get_name(gst_caps_get_structure(caps, 0))
+                                    : "";
+            if (g_str_has_prefix(media, "audio/"))
+                events.sound_unknown();
+        }
+        break;
+    }
+    default:
+        break;
+    }
+    gst_message_unref(message);
+    return GST_BUS_DROP;
+}
+
+} // namespace platform

@@ -1,0 +1,109 @@
+/**
+ * One file in one GStreamer pipeline: the thin layer between the player's rules and `playbin`. It
+ * knows how to do things and what the file is like, and decides nothing. One thread at a time;
+ * the events come on GStreamer's threads.
+ */
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "media_player/frame_output.h"
+#include "media_player/gst_ptr.h"
+#include "media_player/player_errors.h"
+
+namespace platform {
+
+/** What a pipeline tells; any of GStreamer's threads, and not to be blocked. */
+struct PipelineEvents {
+    std::function<void()> ready; ///< first frame, or the one after a seek, is there
+    std::function<void()> ended; ///< the stretch has been played to its end
+    std::function<void(Failure)> failed;
+    std::function<void()> sound_unknown; ///< no decoder for a sound track
+    std::function<void()> frame_dropped; ///< a frame came too late
+    std::function<void()> clock_lost;
+};
+
+class Pipeline {
+  public:
+    using AudioSinkMaker = std::function<ElementPtr()>;
+
+    /** Nothing is opened yet. @param make_audio_sink called for the sound's end */
+    Pipeline(const std::string &uri, const std::shared_ptr<FrameOutput> &output,
+             const AudioSinkMaker &make_audio_sink, PipelineEvents events);
+
+    /** Stops and lets go of everything; may block as long as the file does. */
+    ~Pipeline();
+
+    Pipeline(const Pipeline &) = delete;
+    Pipeline &operator=(const Pipeline &) = delete;
+
+    /** Opens the file and decodes up to its first frame; `ready` or `failed` tells the end. */
+    bool open();
+
+    /** Opens the file anew, without its sound. */
+    bool reopen_silent();
+
+    /** Opens the file anew. */
+    bool reopen();
+
+    void play();
+    void hold();
+
+    /** How to seek; see seek(). */
+    struct Seek {
+        double rate = 1.0;
+        GstClockTime position = 0;
+        bool key_frame = false; ///< go to the key frame before, not to the position itself
+        bool in_rounds = false; ///< at the end wait for next_round() instead of ending
+    };
+
+    /** Goes to another place or speed; `ready` follows. @return false when the file cannot */
+    bool seek(const Seek &seek);
+
+    /** Goes on from the start without a seam, after a stretch that was sought in rounds ended. */
+    bool next_round(double rate);
+
+    /** Silences the sound, or lets it be heard again. */
+    void mute(bool silent);
+
+    bool has_picture() const;
+    bool has_sound() const;
+
+    /** Whether the file is a photo, which decodes like a video of one frame. */
+    bool is_photo() const;
+
+    /** Length; GST_CLOCK_TIME_NONE when the file does not tell. */
+    GstClockTime duration() const;
+
+    /** Media time being shown; GST_CLOCK_TIME_NONE when unknown. */
+    GstClockTime position() const;
+
+    /**
+     * Whether backwards play is smooth within reasonable memory: the demuxer has to be good at it,
+     * and every stretch between key frames seen so far has to be short, because it is held decoded.
+     */
+    bool plays_backwards() const;
+
+  private:
+    static GstBusSyncReply on_message(GstBus *bus, GstMessage *message, gpointer self);
+    static void on_element(GstBin *bin, GstBin *child, GstElement *element, gpointer self);
+    static GstPadProbeReturn on_coded_frame(GstPad *pad, GstPadProbeInfo *info, gpointer self);
+    void note_coded_frame(GstBuffer *frame);
+
+    const PipelineEvents events_;
+    ElementPtr playbin_;
+    ElementPtr volume_;
+
+    mutable std::mutex facts_mutex_; ///< guards what the streaming threads find out
+    std::string demuxer_;
+    bool photo_decoder_ = false;
+    int frames_since_key_ = -1;    ///< -1 before the first key frame
+    int longest_key_distance_ = 0; ///< frames
+    int key_frames_ = 0;
+    const std::shared_ptr<FrameOutput> output_;
+};
+
+} // namespace platform

@@ -1,0 +1,151 @@
+#include "media_player/plane_sink.h"
+
+#include <gst/video/gstvideometa.h>
+#include <gst/video/gstvideosink.h>
+
+using platform::FrameOutput;
+
+namespace {
+
+struct PlaneSink {
+    GstVideoSink base;
+    std::shared_ptr<FrameOutput> *output; ///< ours; GObject memory knows no constructors
+};
+
+struct PlaneSinkClass {
+    GstVideoSinkClass base;
+};
+
+GType plane_sink_get_type();
+
+G_DEFINE_TYPE(PlaneSink, plane_sink, GST_TYPE_VIDEO_SINK)
+
+GstStaticPadTemplate sink_template =
+    GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS,
+                            GST_STATIC_CAPS(GST_VIDEO_CAPS_MAKE(GST_VIDEO_FORMATS_ALL)));
+
+FrameOutput &output_of(gpointer sink)
+{
+    return **static_cast<PlaneSink *>(sink)->output;
+}
+
+GstClockTime media_time(GstBaseSink *sink, GstBuffer *frame)
+{
+    return gst_segment_to_stream_time(&sink->segment, GST_FORMAT_TIME, GST_BUFFER_PTS(frame));
+}
+
+// A frame that will be thrown away anyway is not worth painting.
+bool hopelessly_late(GstBaseSink *sink, GstBuffer *frame)
+{
+    const gint64 limit = gst_base_sink_get_max_lateness(sink);
+    if (limit < 0 || GST_STATE(sink) != GST_STATE_PLAYING || sink->need_preroll)
+        return false;
+    const GstClockTime due =
+        gst_segment_to_running_time(&sink->segment, GST_FORMAT_TIME, GST_BUFFER_PTS(frame));
+    const GstClockTime now = gst_element_get_current_running_time(GST_ELEMENT(sink));
+    return GST_CLOCK_TIME_IS_VALID(due) && GST_CLOCK_TIME_IS_VALID(now) &&
+           now > due + gst_base_sink_get_latency(sink) + static_cast<GstClockTime>(limit);
+}
+
+gboolean plane_sink_set_caps(GstBaseSink *sink, GstCaps *caps)
+{
+    GstVideoInfo info;
+    if (!gst_video_info_from_caps(&info, caps))
+        return FALSE;
+    output_of(sink).set_format(info);
+    return TRUE;
+}
+
+gboolean plane_sink_propose_allocation(GstBaseSink *, GstQuery *query)
+{
+    gst_query_add_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
+    return TRUE;
+}
+
+gboolean plane_sink_event(GstBaseSink *sink, GstEvent *event)
+{
+    FrameOutput &output = output_of(sink);
+    switch (GST_EVENT_TYPE(event)) {
+    case GST_EVENT_TAG: {
+        GstTagList *tags = nullptr;
+        GstVideoOrientationMethod method = GST_VIDEO_ORIENTATION_IDENTITY;
+        gst_event_parse_tag(event, &tags);
+        if (gst_video_orientation_from_tag(tags, &method))
+            output.set_orientation(method);
+        break;
+    }
+    case GST_EVENT_SEGMENT: {
+        const GstSegment *segment = nullptr;
+        gst_event_parse_segment(event, &segment);
+        output.set_direction(segment->rate);
+        output.set_at_end(false);
+        break;
+    }
+    case GST_EVENT_FLUSH_STOP:
+        output.set_at_end(false);
+        break;
+    case GST_EVENT_EOS:
+    case GST_EVENT_SEGMENT_DONE:
+        output.set_at_end(true);
+        break;
+    default:
+        break;
+    }
+    return GST_BASE_SINK_CLASS(plane_sink_parent_class)->event(sink, event);
+}
+
+GstFlowReturn plane_sink_prepare(GstBaseSink *sink, GstBuffer *frame)
+{
+    if (!hopelessly_late(sink, frame))
+        output_of(sink).prepare(frame, media_time(sink, frame));
+    return GST_FLOW_OK;
+}
+
+GstFlowReturn plane_sink_show_frame(GstVideoSink *sink, GstBuffer *frame)
+{
+    if (output_of(sink).show(frame, media_time(GST_BASE_SINK(sink), frame)))
+        return GST_FLOW_OK;
+    GST_ELEMENT_ERROR(sink, RESOURCE, BUSY, ("the video plane is gone"), (nullptr));
+    return GST_FLOW_ERROR;
+}
+
+void plane_sink_finalize(GObject *object)
+{
+    delete reinterpret_cast<PlaneSink *>(object)->output;
+    G_OBJECT_CLASS(plane_sink_parent_class)->finalize(object);
+}
+
+void plane_sink_class_init(PlaneSinkClass *type)
+{
+    auto *element = GST_ELEMENT_CLASS(type);
+    gst_element_class_add_static_pad_template(element, &sink_template);
+    gst_element_class_set_static_metadata(element, "Video plane sink", "Sink/Video",
+                                          "Shows frames on the video plane under a window",
+                                          "the media player");
+    auto *base = GST_BASE_SINK_CLASS(type);
+    base->set_caps = plane_sink_set_caps;
+    base->propose_allocation = plane_sink_propose_allocation;
+    base->event = plane_sink_event;
+    base->prepare = plane_sink_prepare;
+    GST_VIDEO_SINK_CLASS(type)->show_frame = plane_sink_show_frame;
+    G_OBJECT_CLASS(type)->finalize = plane_sink_finalize;
+}
+
+void plane_sink_init(PlaneSink *sink)
+{
+    sink->output = nullptr;
+}
+
+} // namespace
+
+namespace platform {
+
+ElementPtr make_plane_sink(std::shared_ptr<FrameOutput> output)
+{
+    auto *element = GST_ELEMENT(gst_object_ref_sink(g_object_new(plane_sink_get_type(), nullptr)));
+    reinterpret_cast<PlaneSink *>(element)->output =
+        new std::shared_ptr<FrameOutput>(std::move(output));
+    return ElementPtr(element);
+}
+
+} // namespace platform

@@ -1,0 +1,328 @@
+#include "media_player/playback.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "log/platform_log.h"
+#include "media_player.h"
+#include "media_player/media_system.h"
+#include "media_player/media_uri.h"
+
+namespace platform {
+namespace {
+
+// A file that goes away slowly, from a disk that was pulled out say, holds up the next no longer.
+constexpr auto longest_wait_for_predecessor = std::chrono::milliseconds(1000);
+
+constexpr auto longest_seek = std::chrono::milliseconds(5000);
+
+} // namespace
+
+std::shared_ptr<Playback> Playback::open(PlaybackRequest request,
+                                         std::shared_ptr<PlaybackListener> listener)
+{
+    auto playback = std::make_shared<Playback>(std::move(request), std::move(listener));
+    // The thread keeps its file alive, and may outlive everybody else who knows it.
+    std::thread([playback] { playback->run(); }).detach();
+    return playback;
+}
+
+Playback::Playback(PlaybackRequest request, std::shared_ptr<PlaybackListener> listener)
+    : request_(std::move(request)), listener_(std::move(listener)),
+      output_(std::make_shared<FrameOutput>(request_.display)), disposed_(disposal_.get_future()),
+      looping_(request_.looping)
+{
+    const std::string path = local_path(request_.uri);
+    name_ = path.empty() ? request_.uri : path;
+}
+
+Playback::~Playback() = default;
+
+void Playback::release_results()
+{
+    tasks_.post([this] {
+        results_released_ = true;
+        for (const auto &result : std::exchange(held_results_, {}))
+            result();
+    });
+}
+
+void Playback::start()
+{
+    tasks_.post([this] { do_start(); });
+}
+
+void Playback::pause()
+{
+    tasks_.post([this] {
+        if (phase_ != Phase::Running || paused_)
+            return;
+        paused_ = true;
+        trick_->set_running(false);
+        pipeline_->hold();
+    });
+}
+
+void Playback::stop()
+{
+    tasks_.post([this] { do_stop(); });
+}
+
+void Playback::set_rate(double rate, uint64_t request)
+{
+    tasks_.post([this, rate, request] {
+        rate_request_ = request;
+        wanted_rate_ = rate;
+        if (phase_ == Phase::Running)
+            take_speed(rate);
+    });
+}
+
+void Playback::set_looping(bool looping)
+{
+    tasks_.post([this, looping] { looping_ = looping; });
+}
+
+void Playback::redraw()
+{
+    tasks_.post([this] {
+        if (phase_ == Phase::Ended || (phase_ == Phase::Running && paused_))
+            output_->redraw();
+    });
+}
+
+void Playback::close()
+{
+    closing_ = true;
+    tasks_.close();
+    output_->close();
+}
+
+void Playback::run()
+{
+    disposal_.set_value_at_thread_exit();
+    arm_first_frame();
+    opener_ = std::thread([this] { open_file(); });
+    while (!tasks_.closed()) {
+        if (const TaskQueue::Task task = tasks_.take(next_deadline()))
+            task();
+        else if (!tasks_.closed())
+            on_deadline();
+    }
+    dispose();
+}
+
+void Playback::dispose()
+{
+    opener_.join();
+    trick_.reset();
+    pipeline_.reset();
+    listener_.reset();
+}
+
+std::optional<Playback::Clock::time_point> Playback::next_deadline() const
+{
+    std::optional<Clock::time_point> next;
+    const auto consider = [&next](const std::optional<Clock::time_point> &time) {
+        if (time && (!next || *time < *next))
+            next = time;
+    };
+    if (phase_ == Phase::Failed)
+        return next;
+    if (on_ready_)
+        consider(ready_limit_);
+    else if (phase_ == Phase::Running && !paused_)
+        consider(trick_->deadline());
+    consider(round_time_);
+    consider(broken_check_);
+    return next;
+}
+
+void Playback::on_deadline()
+{
+    const auto now = Clock::now();
+    if (on_ready_ && now >= ready_limit_) {
+        on_ready_ = nullptr;
+        std::exchange(on_too_late_, nullptr)();
+    } else if (round_time_ && now >= *round_time_) {
+        round_time_.reset();
+        next_round();
+    } else if (broken_check_ && now >= *broken_check_) {
+        check_broken();
+    } else if (!on_ready_ && phase_ == Phase::Running && !paused_ && trick_->stepping()) {
+        on_speed(trick_->step());
+    }
+}
+
+void Playback::await_ready(std::function<void()> next, std::chrono::milliseconds limit,
+                           std::function<void()> too_late)
+{
+    on_ready_ = std::move(next);
+    on_too_late_ = std::move(too_late);
+    ready_limit_ = Clock::now() + limit;
+}
+
+void Playback::arm_first_frame()
+{
+    await_ready([this] { on_first_frame(); }, request_.patience / 2, [this] { on_nothing_came(); });
+}
+
+void Playback::open_file()
+{
+    const int code = try_open();
+    tasks_.post([this, code] {
+        // Where the pipeline told a reason, that has been dealt with by now.
+        if (code != PLAYER_ERROR_NONE && phase_ == Phase::Opening && !silent_)
+            fail(code, "it cannot be opened");
+    });
+}
+
+int Playback::try_open()
+{
+    if (!wait_for_media_system())
+        return PLAYER_ERROR_INVALID_OPERATION;
+    if (request_.predecessor.valid())
+        request_.predecessor.wait_for(longest_wait_for_predecessor);
+    const std::string path = local_path(request_.uri);
+    if (!path.empty()) {
+        if (const int code = check_media_file(path))
+            return code;
+    }
+    load_subtitle();
+    if (closing_)
+        return PLAYER_ERROR_NONE;
+    pipeline_ = std::make_unique<Pipeline>(request_.uri, output_, request_.make_audio_sink,
+                                           pipeline_events());
+    trick_.emplace(*pipeline_, *output_);
+    return pipeline_->open() ? PLAYER_ERROR_NONE : PLAYER_ERROR_INVALID_OPERATION;
+}
+
+void Playback::load_subtitle()
+{
+    if (request_.subtitle.empty())
+        return;
+    std::string error;
+    std::unique_ptr<SubtitleTrack> track = SubtitleTrack::load(request_.subtitle, error);
+    if (!track) {
+        PLATFORM_LOGW("player", "%s plays without its subtitle %s: %s", name_.c_str(),
+                      request_.subtitle.c_str(), error.c_str());
+        return;
+    }
+    has_subtitle_ = true;
+    output_->set_subtitle(std::move(track), [this](const SubtitleTrack::Cue &cue) {
+        tasks_.post([this, cue] { listener_->on_subtitle(*this, cue); });
+    });
+}
+
+PipelineEvents Playback::pipeline_events()
+{
+    PipelineEvents events;
+    events.ready = [this] {
+        tasks_.post([this] {
+            if (on_ready_)
+                std::exchange(on_ready_, nullptr)();
+        });
+    };
+    events.ended = [this] { tasks_.post([this] { on_ended(); }); };
+    events.failed = [this](const Failure &failure) {
+        tasks_.post([this, failure] { on_failure(failure); });
+    };
+    events.sound_unknown = [this] { tasks_.post([this] { sound_unsupported_ = true; }); };
+    events.frame_dropped = [this] {
+        if (count_drops_)
+            output_->count_dropped();
+    };
+    events.clock_lost = [this] {
+        tasks_.post([this] {
+            if (phase_ == Phase::Running && !paused_ && !trick_->stepping()) {
+                pipeline_->hold();
+                pipeline_->play();
+            }
+        });
+    };
+    return events;
+}
+
+void Playback::on_first_frame()
+{
+    if (!pipeline_->has_picture()) {
+        fail(PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC, "it has no picture");
+        return;
+    }
+    if (pipeline_->is_photo()) {
+        fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "it is a photo");
+        return;
+    }
+    duration_ = pipeline_->duration();
+    tell_result([this] { finish_preparation(); });
+}
+
+void Playback::on_nothing_came()
+{
+    // Pictures but no sound arrived: a sound track without contents must not stop the show.
+    if (output_->width() > 0 && !silent_)
+        go_silent("no sound arrives");
+    else if (!silent_ && output_->width() == 0)
+        await_ready(
+            [this] { on_first_frame(); }, request_.patience / 2,
+            [this] { fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come"); });
+    else
+        fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
+}
+
+void Playback::tell_result(std::function<void()> result)
+{
+    if (results_released_)
+        result();
+    else
+        held_results_.push_back(std::move(result));
+}
+
+// Runs when the caller has said all it wants to say about this file, looping included.
+void Playback::finish_preparation()
+{
+    if (phase_ != Phase::Opening)
+        return;
+    if (sound_unsupported_ && !pipeline_->has_sound())
+        listener_->on_sound_unsupported(*this);
+    const auto prepared = [this] {
+        phase_ = Phase::Ready;
+        listener_->on_prepared(*this);
+    };
+    if (!looping_) {
+        prepared();
+        return;
+    }
+    // The stretch has to be one that ends in a round from the beginning; seeking later would show.
+    Pipeline::Seek seek;
+    seek.in_rounds = true;
+    in_rounds_ = pipeline_->seek(seek);
+    if (in_rounds_)
+        await_ready(prepared, longest_seek, prepared);
+    else
+        prepared();
+}
+
+void Playback::fail(int error_code, const std::string &why)
+{
+    if (phase_ == Phase::Failed)
+        return;
+    PLATFORM_LOGW("player", "%s cannot be played: %s", name_.c_str(), why.c_str());
+    phase_ = Phase::Failed;
+    on_ready_ = nullptr;
+    output_->close();
+    tell_result([this, error_code] { listener_->on_failed(*this, error_code); });
+}
+
+void Playback::interrupt(const std::string &why)
+{
+    if (phase_ == Phase::Failed)
+        return;
+    PLATFORM_LOGW("player", "%s was interrupted: %s", name_.c_str(), why.c_str());
+    phase_ = Phase::Failed;
+    on_ready_ = nullptr;
+    output_->close();
+    tell_result([this] { listener_->on_interrupted(*this); });
+}
+
+} // namespace platform

@@ -1,0 +1,170 @@
+/**
+ * One file's play from opening to the end, on a thread of its own that also makes the callbacks.
+ * Whatever blocks on a slow or pulled-out disk blocks here, never the main loop.
+ */
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <future>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "media_player/display_settings.h"
+#include "media_player/frame_output.h"
+#include "media_player/pipeline.h"
+#include "media_player/task_queue.h"
+#include "media_player/trick_play.h"
+
+namespace platform {
+
+class Playback;
+
+/** Hears what becomes of a file; on the file's thread. */
+class PlaybackListener {
+  public:
+    virtual ~PlaybackListener() = default;
+    virtual void on_prepared(Playback &from) = 0;
+    virtual void on_completed(Playback &from) = 0;
+    /** The file plays on in silence. */
+    virtual void on_sound_unsupported(Playback &from) = 0;
+    /** The file cannot be prepared; nothing more comes. */
+    virtual void on_failed(Playback &from, int error_code) = 0;
+    /** Something else took what is needed; nothing more comes. */
+    virtual void on_interrupted(Playback &from) = 0;
+    virtual void on_subtitle(Playback &from, const SubtitleTrack::Cue &cue) = 0;
+    /** The speed went back to 1.0 by itself. @param request the set_rate() it answers */
+    virtual void on_normal_speed(Playback &from, uint64_t request) = 0;
+};
+
+struct PlaybackRequest {
+    std::string uri;
+    std::string subtitle; ///< path; empty: none
+    std::shared_ptr<DisplaySettings> display;
+    bool looping = false;
+    Pipeline::AudioSinkMaker make_audio_sink;
+    std::chrono::milliseconds patience{15000}; ///< longest wait for the first frame
+    std::shared_future<void> predecessor;      ///< the file before, as far as it still goes away
+};
+
+class Playback : public std::enable_shared_from_this<Playback> {
+  public:
+    /** Begins to open a file. Nothing is told before release_results(). */
+    static std::shared_ptr<Playback> open(PlaybackRequest request,
+                                          std::shared_ptr<PlaybackListener> listener);
+
+    // Any thread; all return at once, but for close(), which waits for a frame being drawn.
+    void release_results();
+    void start();
+    void pause();
+    void stop();
+    void set_rate(double rate, uint64_t request);
+    void set_looping(bool looping);
+    void redraw();
+    void close();
+
+    /** Done when the file has been let go of. */
+    std::shared_future<void> disposed() const { return disposed_; }
+
+    /** Facts for a status report; any thread. */
+    GstClockTime position() const { return output_->position(); }
+    GstClockTime duration() const { return duration_; }
+    int width() const { return output_->width(); }
+    int height() const { return output_->height(); }
+    bool has_subtitle() const { return has_subtitle_; }
+
+    Playback(PlaybackRequest request, std::shared_ptr<PlaybackListener> listener);
+    ~Playback();
+
+  private:
+    using Clock = TaskQueue::Clock;
+    enum class Phase { Opening, Ready, Running, Ended, Failed };
+
+    // The thread.
+    void run();
+    void dispose();
+    std::optional<Clock::time_point> next_deadline() const;
+    void on_deadline();
+    void await_ready(std::function<void()> next, std::chrono::milliseconds limit,
+                     std::function<void()> too_late);
+
+    // Preparation.
+    void open_file();
+    int try_open();
+    void load_subtitle();
+    PipelineEvents pipeline_events();
+    void on_first_frame();
+    void on_nothing_came();
+    void arm_first_frame();
+    void tell_result(std::function<void()> result);
+    void finish_preparation();
+
+    // Playing.
+    void do_start();
+    void do_stop();
+    void run_from(GstClockTime position);
+    void take_speed(double rate);
+    void on_speed(TrickPlay::Next next);
+    void on_speed_taken();
+    void back_to_normal(GstClockTime position);
+    void announce_normal_speed();
+    void resume_pipeline();
+    void on_ended();
+    void next_round();
+    void complete();
+
+    // Trouble.
+    void on_failure(const Failure &failure);
+    void go_silent(const std::string &why);
+    void on_broken(const std::string &why);
+    void check_broken();
+    void restart_broken();
+    void fail(int error_code, const std::string &why);
+    void interrupt(const std::string &why);
+
+    PlaybackRequest request_;
+    std::shared_ptr<PlaybackListener> listener_;
+    const std::shared_ptr<FrameOutput> output_;
+    std::string name_; ///< for log lines
+    TaskQueue tasks_;
+    std::promise<void> disposal_;
+    std::shared_future<void> disposed_;
+    std::thread opener_;
+    std::atomic<GstClockTime> duration_{GST_CLOCK_TIME_NONE};
+    std::atomic<bool> has_subtitle_{false};
+    std::atomic<bool> closing_{false};
+    std::atomic<bool> count_drops_{true};
+
+    // Made by the opener, then used by the thread alone.
+    std::unique_ptr<Pipeline> pipeline_;
+    std::optional<TrickPlay> trick_;
+
+    Phase phase_ = Phase::Opening;
+    bool paused_ = false;
+    bool looping_ = false;
+    bool in_rounds_ = false; ///< the present stretch ends in a round, not in an end
+    bool needs_rewind_ = false;
+    bool sound_unsupported_ = false;
+    bool silent_ = false; ///< plays without sound, after trouble with it
+    bool results_released_ = false;
+    std::vector<std::function<void()>> held_results_;
+    double wanted_rate_ = 1.0;
+    uint64_t rate_request_ = 0;
+    bool rate_pending_ = false; ///< wanted_rate_ came while a seek was under way
+
+    std::function<void()> on_ready_;
+    std::function<void()> on_too_late_;
+    Clock::time_point ready_limit_;
+
+    std::optional<Clock::time_point> round_time_; ///< when the next round is to begin
+    Clock::time_point last_round_;
+    std::optional<Clock::time_point> broken_check_;
+    uint64_t shown_at_check_ = 0;
+    Clock::time_point last_restart_;
+};
+
+} // namespace platform

@@ -1,0 +1,179 @@
+#include <utility>
+
+#include "log/platform_log.h"
+#include "media_player/playback.h"
+
+namespace platform {
+namespace {
+
+constexpr auto longest_seek = std::chrono::milliseconds(5000);
+
+// Rounds of a file of next to no length must not keep a processor busy.
+constexpr auto shortest_round = std::chrono::milliseconds(100);
+
+} // namespace
+
+void Playback::do_start()
+{
+    if (phase_ == Phase::Running) {
+        if (!std::exchange(paused_, false))
+            return;
+        trick_->set_running(true);
+        resume_pipeline();
+        return;
+    }
+    if (phase_ != Phase::Ready && phase_ != Phase::Ended)
+        return;
+    PLATFORM_LOGI("player", "playing %s", name_.c_str());
+    phase_ = Phase::Running;
+    paused_ = false;
+    output_->set_visible(true);
+    last_round_ = Clock::now();
+    if (needs_rewind_ || wanted_rate_ != 1.0 || looping_ != in_rounds_)
+        run_from(0);
+    else
+        resume_pipeline();
+    if (broken_check_)
+        broken_check_ = Clock::now() + std::chrono::seconds(1);
+}
+
+// A file whose reader cannot seek still plays, once, from where it stands.
+void Playback::run_from(GstClockTime position)
+{
+    needs_rewind_ = false;
+    trick_->reset();
+    on_speed(trick_->begin(wanted_rate_, position, !paused_, looping_));
+}
+
+void Playback::do_stop()
+{
+    if (phase_ != Phase::Running && phase_ != Phase::Ready && phase_ != Phase::Ended)
+        return;
+    if (phase_ == Phase::Running)
+        PLATFORM_LOGI("player", "stopped %s", name_.c_str());
+    needs_rewind_ = needs_rewind_ || phase_ != Phase::Ready;
+    phase_ = Phase::Ready;
+    on_ready_ = nullptr;
+    round_time_.reset();
+    rate_pending_ = false;
+    wanted_rate_ = 1.0;
+    trick_->reset();
+    pipeline_->mute(false);
+    pipeline_->hold();
+}
+
+void Playback::resume_pipeline()
+{
+    if (!paused_ && !trick_->stepping())
+        pipeline_->play();
+}
+
+void Playback::take_speed(double rate)
+{
+    if (on_ready_) {
+        rate_pending_ = true;
+        return;
+    }
+    rate_pending_ = false;
+    if (rate == trick_->rate())
+        return;
+    const GstClockTime now = trick_->stepping() ? trick_->position() : pipeline_->position();
+    const GstClockTime position = GST_CLOCK_TIME_IS_VALID(now) ? now : 0;
+    PLATFORM_LOGI("player", "speed %.2f from %.1f s", rate,
+                  static_cast<double>(position) / static_cast<double>(GST_SECOND));
+    round_time_.reset();
+    on_speed(trick_->begin(rate, position, !paused_, looping_));
+}
+
+void Playback::on_speed(TrickPlay::Next next)
+{
+    count_drops_ = trick_->rate() == 1.0;
+    switch (next) {
+    case TrickPlay::Next::Nothing:
+        break;
+    case TrickPlay::Next::AwaitFrame:
+        if (!trick_->stepping())
+            in_rounds_ = looping_ && trick_->rate() > 0;
+        await_ready([this] { on_speed_taken(); }, longest_seek, [this] { on_speed_taken(); });
+        break;
+    case TrickPlay::Next::AtStart:
+        back_to_normal(0);
+        break;
+    case TrickPlay::Next::Refused:
+        PLATFORM_LOGW("player", "%s cannot be sought; it plays at normal speed", name_.c_str());
+        trick_->reset();
+        pipeline_->mute(false);
+        announce_normal_speed();
+        resume_pipeline();
+        break;
+    }
+}
+
+void Playback::on_speed_taken()
+{
+    if (phase_ != Phase::Running)
+        return;
+    trick_->frame_ready();
+    if (rate_pending_)
+        take_speed(wanted_rate_);
+    if (!on_ready_)
+        resume_pipeline();
+}
+
+void Playback::announce_normal_speed()
+{
+    count_drops_ = true;
+    wanted_rate_ = 1.0;
+    listener_->on_normal_speed(*this, rate_request_);
+}
+
+void Playback::back_to_normal(GstClockTime position)
+{
+    PLATFORM_LOGI("player", "backwards play came to the start; going on forward");
+    announce_normal_speed();
+    on_speed(trick_->begin(1.0, position, !paused_, looping_));
+}
+
+void Playback::on_ended()
+{
+    // An end that was told before a seek may be heard of after it.
+    if (phase_ != Phase::Running || !output_->at_end() || trick_->stepping())
+        return;
+    if (trick_->rate() < 0) {
+        back_to_normal(0);
+        return;
+    }
+    if (!looping_) {
+        complete();
+        return;
+    }
+    const auto due = last_round_ + shortest_round;
+    if (Clock::now() < due)
+        round_time_ = due;
+    else
+        next_round();
+}
+
+void Playback::next_round()
+{
+    last_round_ = Clock::now();
+    if (in_rounds_ && pipeline_->next_round(trick_->rate()))
+        return;
+    on_speed(trick_->begin(trick_->rate(), 0, !paused_, true));
+}
+
+void Playback::complete()
+{
+    PLATFORM_LOGI("player", "%s has come to its end", name_.c_str());
+    phase_ = Phase::Ended;
+    needs_rewind_ = true;
+    on_ready_ = nullptr;
+    broken_check_.reset();
+    wanted_rate_ = 1.0;
+    trick_->reset();
+    pipeline_->mute(false);
+    pipeline_->hold();
+    listener_->on_completed(*this);
+}
+
+} // namespace platform

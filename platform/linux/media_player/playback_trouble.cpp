@@ -1,0 +1,119 @@
+#include <utility>
+
+#include "log/platform_log.h"
+#include "media_player.h"
+#include "media_player/audio_sink.h"
+#include "media_player/playback.h"
+
+namespace platform {
+namespace {
+
+constexpr auto longest_seek = std::chrono::milliseconds(5000);
+
+// What was decoded before a file broke is still shown; this long without a frame is the end.
+constexpr auto broken_patience = std::chrono::milliseconds(700);
+
+// A looping file that breaks anew at once is given up.
+constexpr auto shortest_life_between_breaks = std::chrono::milliseconds(1000);
+
+} // namespace
+
+void Playback::on_failure(const Failure &failure)
+{
+    if (phase_ == Phase::Failed || phase_ == Phase::Ended)
+        return;
+    if (failure.busy && failure.part != Failure::Part::SoundDevice) {
+        interrupt(failure.text);
+        return;
+    }
+    switch (failure.part) {
+    case Failure::Part::Sound:
+        sound_unsupported_ = true;
+        go_silent(failure.text);
+        return;
+    case Failure::Part::SoundDevice:
+        forget_audio_sink();
+        go_silent(failure.text);
+        return;
+    default:
+        break;
+    }
+    if (phase_ == Phase::Opening)
+        fail(failure.code, failure.text);
+    else
+        on_broken(failure.text);
+}
+
+// The pipeline is opened anew without its sound. The last picture stays until it is where it was.
+void Playback::go_silent(const std::string &why)
+{
+    if (std::exchange(silent_, true))
+        return;
+    PLATFORM_LOGW("player", "%s plays in silence: %s", name_.c_str(), why.c_str());
+    if (phase_ == Phase::Opening) {
+        arm_first_frame();
+        if (!pipeline_->reopen_silent())
+            fail(PLAYER_ERROR_INVALID_OPERATION, "it cannot be opened without sound either");
+        return;
+    }
+    const GstClockTime position = output_->position();
+    output_->set_visible(false);
+    in_rounds_ = false;
+    needs_rewind_ = phase_ == Phase::Ready;
+    const auto give_up = [this] { on_broken("it does not come back without sound"); };
+    if (!pipeline_->reopen_silent()) {
+        give_up();
+        return;
+    }
+    if (phase_ == Phase::Ready)
+        return;
+    const auto go_on = [this, position] {
+        output_->set_visible(true);
+        run_from(GST_CLOCK_TIME_IS_VALID(position) ? position : 0);
+    };
+    await_ready(go_on, longest_seek, give_up);
+}
+
+void Playback::on_broken(const std::string &why)
+{
+    if (broken_check_)
+        return;
+    PLATFORM_LOGW("player", "%s is broken and ends here: %s", name_.c_str(), why.c_str());
+    on_ready_ = nullptr;
+    shown_at_check_ = output_->shown();
+    broken_check_ = Clock::now() + broken_patience;
+}
+
+void Playback::check_broken()
+{
+    const uint64_t shown = output_->shown();
+    if (phase_ != Phase::Running || paused_ || shown != shown_at_check_) {
+        shown_at_check_ = shown;
+        broken_check_ = Clock::now() + broken_patience;
+        return;
+    }
+    broken_check_.reset();
+    if (looping_ && Clock::now() - last_restart_ > shortest_life_between_breaks + broken_patience)
+        restart_broken();
+    else
+        complete();
+}
+
+void Playback::restart_broken()
+{
+    last_restart_ = Clock::now();
+    in_rounds_ = false;
+    output_->set_visible(false);
+    if (!pipeline_->reopen()) {
+        complete();
+        return;
+    }
+    const auto go_on = [this] {
+        output_->set_visible(true);
+        trick_->reset();
+        resume_pipeline();
+    };
+    await_ready(go_on, longest_seek, [this] { complete(); });
+}
+
+} // namespace platform

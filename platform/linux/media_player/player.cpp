@@ -1,0 +1,420 @@
+#include "media_player/player.h"
+
+#include <cmath>
+#include <functional>
+#include <utility>
+
+#include "log/platform_log.h"
+#include "media_player/media_system.h"
+#include "media_player/media_uri.h"
+
+namespace platform {
+namespace {
+
+constexpr double fastest = 5.0;
+constexpr auto longest_goodbye = std::chrono::milliseconds(2000);
+
+// The plane of a player that was given none: it plays, and nobody sees it.
+constexpr int unseen_width = 1920;
+constexpr int unseen_height = 1080;
+
+struct LatestPlayer {
+    std::mutex mutex;
+    std::weak_ptr<Player> player;
+};
+
+LatestPlayer &latest_player()
+{
+    static LatestPlayer latest;
+    return latest;
+}
+
+int64_t milliseconds(GstClockTime time)
+{
+    return GST_CLOCK_TIME_IS_VALID(time) ? static_cast<int64_t>(time / GST_MSECOND) : -1;
+}
+
+} // namespace
+
+std::shared_ptr<Player> Player::create(PlayerOptions options)
+{
+    start_media_system();
+    auto player = std::make_shared<Player>(std::move(options));
+    LatestPlayer &latest = latest_player();
+    const std::lock_guard<std::mutex> lock(latest.mutex);
+    latest.player = player;
+    return player;
+}
+
+std::shared_ptr<Player> Player::latest()
+{
+    LatestPlayer &latest = latest_player();
+    const std::lock_guard<std::mutex> lock(latest.mutex);
+    return latest.player.lock();
+}
+
+Player::Player(PlayerOptions options) : options_(std::move(options)) {}
+
+void Player::destroy()
+{
+    unprepare();
+    std::shared_future<void> previous;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        state_ = PLAYER_STATE_NONE;
+        previous = previous_;
+        // From inside a callback the file's own thread would wait for itself.
+        if (calling_ && calling_thread_ == std::this_thread::get_id())
+            return;
+    }
+    if (previous.valid() && previous.wait_for(longest_goodbye) == std::future_status::timeout)
+        PLATFORM_LOGW("player", "a file is slow to close; it is left to itself");
+}
+
+void Player::set_completed_cb(player_completed_cb callback, void *user_data)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    completed_ = {callback, user_data};
+}
+
+void Player::set_interrupted_cb(player_interrupted_cb callback, void *user_data)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    interrupted_ = {callback, user_data};
+}
+
+void Player::set_error_cb(player_error_cb callback, void *user_data)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    error_ = {callback, user_data};
+}
+
+void Player::set_subtitle_cb(player_subtitle_updated_cb_ex callback, void *user_data)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    subtitle_updated_ = {callback, user_data};
+}
+
+int Player::set_uri(const std::string &uri)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (state_ != PLAYER_STATE_IDLE || current_)
+        return PLAYER_ERROR_INVALID_STATE;
+    uri_ = uri;
+    return PLAYER_ERROR_NONE;
+}
+
+int Player::set_subtitle_path(const std::string &path)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (state_ != PLAYER_STATE_IDLE || current_)
+        return PLAYER_ERROR_INVALID_STATE;
+    subtitle_ = path;
+    return PLAYER_ERROR_NONE;
+}
+
+void Player::set_plane(std::shared_ptr<VideoPlane> plane)
+{
+    display_->set_plane(std::move(plane));
+}
+
+void Player::set_rotation(int degrees)
+{
+    display_->set_rotation(degrees);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (current_)
+        current_->redraw();
+}
+
+void Player::set_area(const Rect &area)
+{
+    display_->set_area(area);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (current_)
+        current_->redraw();
+}
+
+int Player::prepare_async(player_prepared_cb callback, void *user_data)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (state_ != PLAYER_STATE_IDLE)
+        return PLAYER_ERROR_INVALID_STATE;
+    if (uri_.empty() || current_)
+        return PLAYER_ERROR_INVALID_OPERATION;
+    PlaybackRequest request;
+    request.uri = media_uri(uri_);
+    if (request.uri.empty())
+        return PLAYER_ERROR_INVALID_PARAMETER;
+    if (!display_->has_plane())
+        display_->set_plane(VideoPlane::offscreen(unseen_width, unseen_height));
+    request.subtitle = subtitle_;
+    request.display = display_;
+    request.looping = looping_;
+    request.make_audio_sink = options_.make_audio_sink;
+    request.patience = options_.patience;
+    request.predecessor = previous_;
+    prepared_ = {callback, user_data};
+    rate_ = 1.0;
+    current_ = Playback::open(std::move(request), shared_from_this());
+    schedule_release(current_);
+    return PLAYER_ERROR_NONE;
+}
+
+// The caller goes on about this file after the call that prepares it. So nothing is told before
+// the main loop has come back to itself.
+void Player::schedule_release(const std::shared_ptr<Playback> &playback)
+{
+    cancel_release();
+    auto *release = new Release{weak_from_this(), playback};
+    if (eina_main_loop_is())
+        release_job_ = ecore_job_add(release_now, release);
+    else
+        ecore_main_loop_thread_safe_call_async(release_now, release);
+}
+
+void Player::cancel_release()
+{
+    // A job is the main loop's own; one that cannot be deleted from here finds its file gone.
+    if (release_job_ && eina_main_loop_is())
+        delete static_cast<Release *>(ecore_job_del(release_job_));
+    release_job_ = nullptr;
+}
+
+void Player::release_now(void *data)
+{
+    const std::unique_ptr<Release> release(static_cast<Release *>(data));
+    const std::shared_ptr<Playback> playback = release->playback.lock();
+    if (!playback)
+        return;
+    if (const std::shared_ptr<Player> player = release->player.lock()) {
+        const std::lock_guard<std::mutex> lock(player->mutex_);
+        if (player->current_ == playback)
+            player->release_job_ = nullptr;
+    }
+    playback->release_results();
+}
+
+void Player::unprepare()
+{
+    std::shared_ptr<Playback> former;
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        cancel_release();
+        former = std::exchange(current_, nullptr);
+        state_ = PLAYER_STATE_IDLE;
+        uri_.clear();
+        subtitle_.clear();
+        rate_ = 1.0;
+        if (former)
+            previous_ = former->disposed();
+        if (calling_thread_ != std::this_thread::get_id())
+            call_over_.wait(lock, [this] { return !calling_; });
+    }
+    if (former)
+        former->close();
+}
+
+int Player::start()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    switch (state_) {
+    case PLAYER_STATE_READY:
+    case PLAYER_STATE_PAUSED:
+        state_ = PLAYER_STATE_PLAYING;
+        current_->start();
+        return PLAYER_ERROR_NONE;
+    case PLAYER_STATE_PLAYING:
+        return PLAYER_ERROR_NONE;
+    default:
+        return PLAYER_ERROR_INVALID_STATE;
+    }
+}
+
+int Player::stop()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (state_ != PLAYER_STATE_READY && state_ != PLAYER_STATE_PLAYING &&
+        state_ != PLAYER_STATE_PAUSED)
+        return PLAYER_ERROR_INVALID_STATE;
+    state_ = PLAYER_STATE_READY;
+    rate_ = 1.0;
+    current_->stop();
+    return PLAYER_ERROR_NONE;
+}
+
+int Player::pause()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (state_ != PLAYER_STATE_PLAYING)
+        return PLAYER_ERROR_INVALID_STATE;
+    state_ = PLAYER_STATE_PAUSED;
+    current_->pause();
+    return PLAYER_ERROR_NONE;
+}
+
+player_state_e Player::state() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return state_;
+}
+
+void Player::set_looping(bool looping)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    looping_ = looping;
+    if (current_)
+        current_->set_looping(looping);
+}
+
+int Player::set_rate(double rate)
+{
+    if (!std::isfinite(rate) || rate == 0 || std::fabs(rate) > fastest)
+        return PLAYER_ERROR_INVALID_PARAMETER;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (state_ != PLAYER_STATE_READY && state_ != PLAYER_STATE_PLAYING &&
+        state_ != PLAYER_STATE_PAUSED)
+        return PLAYER_ERROR_INVALID_STATE;
+    rate_ = rate;
+    current_->set_rate(rate, ++rate_request_);
+    return PLAYER_ERROR_NONE;
+}
+
+double Player::rate() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return rate_;
+}
+
+PlayerStatus Player::status() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    PlayerStatus status;
+    status.state = state_;
+    status.rate = rate_;
+    status.looping = looping_;
+    if (!current_)
+        return status;
+    status.path = uri_;
+    status.position_ms = milliseconds(current_->position());
+    status.duration_ms = milliseconds(current_->duration());
+    status.width = current_->width();
+    status.height = current_->height();
+    status.has_subtitle = current_->has_subtitle();
+    return status;
+}
+
+// Makes one callback, unless its file is no longer the current one. `change` runs with the mutex
+// held, brings the state up to date and returns the call, which is made with the mutex released.
+template <typename Change> void Player::tell(const Playback &from, Change change)
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    call_over_.wait(lock, [this] { return !calling_; });
+    if (current_.get() != &from)
+        return;
+    const std::function<void()> call = change();
+    if (!call)
+        return;
+    calling_ = true;
+    calling_thread_ = std::this_thread::get_id();
+    lock.unlock();
+    call();
+    lock.lock();
+    calling_ = false;
+    calling_thread_ = {};
+    lock.unlock();
+    call_over_.notify_all();
+}
+
+void Player::on_prepared(Playback &from)
+{
+    tell(from, [this]() -> std::function<void()> {
+        state_ = PLAYER_STATE_READY;
+        if (!prepared_.function)
+            return {};
+        return [callback = prepared_] { callback.function(callback.user_data); };
+    });
+}
+
+void Player::on_completed(Playback &from)
+{
+    tell(from, [this]() -> std::function<void()> {
+        state_ = PLAYER_STATE_READY;
+        rate_ = 1.0;
+        if (!completed_.function)
+            return {};
+        return [callback = completed_] { callback.function(callback.user_data); };
+    });
+}
+
+void Player::on_sound_unsupported(Playback &from)
+{
+    tell(from, [this]() -> std::function<void()> {
+        if (!error_.function)
+            return {};
+        return [callback = error_] {
+            callback.function(PLAYER_ERROR_NOT_SUPPORTED_AUDIO_CODEC, callback.user_data);
+        };
+    });
+}
+
+// A file that has failed is let go of at once, so that its call can be answered by another try.
+void Player::retire()
+{
+    cancel_release();
+    state_ = PLAYER_STATE_IDLE;
+    rate_ = 1.0;
+    previous_ = current_->disposed();
+    current_.reset();
+}
+
+void Player::on_failed(Playback &from, int error_code)
+{
+    tell(from, [this, error_code]() -> std::function<void()> {
+        retire();
+        if (!error_.function)
+            return {};
+        return
+            [callback = error_, error_code] { callback.function(error_code, callback.user_data); };
+    });
+    from.close();
+}
+
+void Player::on_interrupted(Playback &from)
+{
+    tell(from, [this]() -> std::function<void()> {
+        retire();
+        if (!interrupted_.function)
+            return {};
+        return [callback = interrupted_] {
+            callback.function(PLAYER_INTERRUPTED_BY_RESOURCE_CONFLICT, callback.user_data);
+        };
+    });
+    from.close();
+}
+
+void Player::on_subtitle(Playback &from, const SubtitleTrack::Cue &cue)
+{
+    tell(from, [this, &cue]() -> std::function<void()> {
+        if (!subtitle_updated_.function)
+            return {};
+        const auto duration = static_cast<unsigned long>(cue.duration_ms);
+        return [callback = subtitle_updated_, duration, text = std::string(cue.text)]() mutable {
+            callback.function(duration, text.data(), 0, 0, nullptr, callback.user_data);
+        };
+    });
+}
+
+void Player::on_normal_speed(Playback &from, uint64_t request)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (current_.get() == &from && request == rate_request_)
+        rate_ = 1.0;
+}
+
+PlayerStatus current_player_status()
+{
+    const std::shared_ptr<Player> player = Player::latest();
+    return player ? player->status() : PlayerStatus{};
+}
+
+} // namespace platform

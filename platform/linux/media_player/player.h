@@ -1,0 +1,116 @@
+/**
+ * The state machine behind the C interface: says which call fits which state, owns the file being
+ * prepared or played, and lets its callbacks through one at a time as long as it is the current
+ * one.
+ */
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include <Ecore.h>
+
+#include "media_player.h"
+#include "media_player/audio_sink.h"
+#include "media_player/playback.h"
+#include "media_player/player_status.h"
+
+namespace platform {
+
+/** What tests set otherwise. */
+struct PlayerOptions {
+    Pipeline::AudioSinkMaker make_audio_sink = platform::make_audio_sink;
+    std::chrono::milliseconds patience{15000}; ///< longest wait for a first frame
+};
+
+class Player : public PlaybackListener, public std::enable_shared_from_this<Player> {
+  public:
+    static std::shared_ptr<Player> create(PlayerOptions options = {});
+
+    /** The player made last, or null. */
+    static std::shared_ptr<Player> latest();
+
+    /** Ends everything; waits a bounded time for the file to be let go of. */
+    void destroy();
+
+    void set_completed_cb(player_completed_cb callback, void *user_data);
+    void set_interrupted_cb(player_interrupted_cb callback, void *user_data);
+    void set_error_cb(player_error_cb callback, void *user_data);
+    void set_subtitle_cb(player_subtitle_updated_cb_ex callback, void *user_data);
+
+    // As in the C interface.
+    int set_uri(const std::string &uri);
+    int set_subtitle_path(const std::string &path);
+    void set_plane(std::shared_ptr<VideoPlane> plane);
+    void set_rotation(int degrees);
+    void set_area(const Rect &area);
+    int prepare_async(player_prepared_cb callback, void *user_data);
+    void unprepare();
+    int start();
+    int stop();
+    int pause();
+    player_state_e state() const;
+    void set_looping(bool looping);
+    int set_rate(double rate);
+    double rate() const;
+
+    PlayerStatus status() const;
+
+    explicit Player(PlayerOptions options);
+
+  private:
+    template <typename Function> struct Callback {
+        Function function = nullptr;
+        void *user_data = nullptr;
+    };
+
+    void on_prepared(Playback &from) override;
+    void on_completed(Playback &from) override;
+    void on_sound_unsupported(Playback &from) override;
+    void on_failed(Playback &from, int error_code) override;
+    void on_interrupted(Playback &from) override;
+    void on_subtitle(Playback &from, const SubtitleTrack::Cue &cue) override;
+    void on_normal_speed(Playback &from, uint64_t request) override;
+
+    template <typename Change> void tell(const Playback &from, Change change);
+    /** Lets the results of one file through, from the main loop. */
+    struct Release {
+        std::weak_ptr<Player> player;
+        std::weak_ptr<Playback> playback;
+    };
+    void schedule_release(const std::shared_ptr<Playback> &playback);
+    void cancel_release();
+    static void release_now(void *release);
+    void retire();
+
+    const PlayerOptions options_;
+    const std::shared_ptr<DisplaySettings> display_ = std::make_shared<DisplaySettings>();
+
+    mutable std::mutex mutex_; ///< guards all below
+    std::condition_variable call_over_;
+    bool calling_ = false; ///< a callback is being made, with the mutex released
+    std::thread::id calling_thread_;
+
+    player_state_e state_ = PLAYER_STATE_IDLE;
+    std::string uri_;
+    std::string subtitle_;
+    bool looping_ = false;
+    double rate_ = 1.0;
+    uint64_t rate_request_ = 0;
+    std::shared_ptr<Playback> current_;
+    std::shared_future<void> previous_;
+    Ecore_Job *release_job_ = nullptr;
+
+    Callback<player_prepared_cb> prepared_;
+    Callback<player_completed_cb> completed_;
+    Callback<player_interrupted_cb> interrupted_;
+    Callback<player_error_cb> error_;
+    Callback<player_subtitle_updated_cb_ex> subtitle_updated_;
+};
+
+} // namespace platform

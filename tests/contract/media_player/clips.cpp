@@ -1,0 +1,151 @@
+#include "clips.h"
+
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <sstream>
+#include <stdexcept>
+
+#include <gst/app/gstappsrc.h>
+#include <gst/gst.h>
+#include <gst/video/video.h>
+
+namespace player_test {
+namespace {
+
+struct Format {
+    std::string video; ///< encoder, with %d for the distance of key frames
+    std::string audio;
+    std::string mux;
+};
+
+const std::string x264 = "x264enc speed-preset=ultrafast bframes=0 key-int-max=%d ! h264parse";
+const std::string aac = "avenc_aac ! aacparse";
+const std::string mp2 = "avenc_mp2 ! mpegaudioparse";
+
+const std::map<std::string, Format> &formats()
+{
+    static const std::map<std::string, Format> all = {
+        {"mp4", {x264, aac, "mp4mux"}},
+        {"mkv", {x264, aac, "matroskamux"}},
+        {"ts", {x264, aac, "mpegtsmux"}},
+        {"tp", {x264, aac, "mpegtsmux"}},
+        {"avi", {"avenc_mpeg4 gop-size=%d", mp2, "avimux"}},
+        {"flv", {x264, aac, "flvmux"}},
+        {"ogg", {"theoraenc keyframe-force=%d", "vorbisenc", "oggmux"}},
+        {"asf", {"avenc_wmv2 gop-size=%d", "avenc_wmav2", "asfmux"}},
+        {"wmv", {"avenc_wmv2 gop-size=%d", "avenc_wmav2", "asfmux"}},
+        {"mpeg", {"avenc_mpeg2video gop-size=%d ! mpegvideoparse", mp2, "mpegpsmux"}},
+    };
+    return all;
+}
+
+std::string with_number(std::string text, int number)
+{
+    const size_t place = text.find("%d");
+    return place == std::string::npos ? text : text.replace(place, 2, std::to_string(number));
+}
+
+std::string extension_of(const std::string &path)
+{
+    return path.substr(path.rfind('.') + 1);
+}
+
+std::string raw_caps(const Clip &clip)
+{
+    std::ostringstream caps;
+    caps << "video/x-raw,format=BGRx,framerate=30/1,width=" << clip.width
+         << ",height=" << clip.height << ",pixel-aspect-ratio=" << clip.pixel_width << "/"
+         << clip.pixel_height;
+    return caps.str();
+}
+
+std::string description(const std::string &path, const Clip &clip)
+{
+    const Format &format = formats().at(extension_of(path));
+    std::ostringstream text;
+    text << "appsrc name=pictures format=time caps=\"" << raw_caps(clip) << "\" ! ";
+    if (!clip.orientation.empty())
+        text << "taginject name=tags scope=stream ! ";
+    text << "videoconvert ! video/x-raw,format=" << clip.format << " ! " << clip.filter << " ! "
+         << with_number(format.video, clip.key_distance) << " ! queue ! mux. ";
+    if (clip.sound)
+        text << "audiotestsrc wave=sine volume=0.5 samplesperbuffer=1600 num-buffers="
+             << clip.frames << " ! audio/x-raw,rate=48000,channels=2 ! audioconvert ! "
+             << format.audio << " ! queue ! mux. ";
+    text << format.mux << " name=mux ! filesink name=file";
+    return text.str();
+}
+
+GstBuffer *picture(const Clip &clip, int number)
+{
+    const uint32_t colours[] = {0xff0000, 0x00ff00, 0xffffff, 0x0000ff};
+    const size_t bytes = static_cast<size_t>(clip.width) * clip.height * 4;
+    GstBuffer *buffer = gst_buffer_new_allocate(nullptr, bytes, nullptr);
+    GstMapInfo map;
+    gst_buffer_map(buffer, &map, GST_MAP_WRITE);
+    auto *pixel = reinterpret_cast<uint32_t *>(map.data);
+    for (int y = 0; y < clip.height; y++)
+        for (int x = 0; x < clip.width; x++)
+            *pixel++ = colours[(y * 2 / clip.height) * 2 + x * 2 / clip.width];
+    gst_buffer_unmap(buffer, &map);
+    GST_BUFFER_PTS(buffer) = gst_util_uint64_scale(number, GST_SECOND, 30);
+    GST_BUFFER_DURATION(buffer) = GST_SECOND / 30;
+    return buffer;
+}
+
+} // namespace
+
+void make_clip(const std::string &path, const Clip &clip)
+{
+    GError *error = nullptr;
+    GstElement *pipeline = gst_parse_launch(description(path, clip).c_str(), &error);
+    if (error)
+        throw std::runtime_error(error->message);
+    GstElement *file = gst_bin_get_by_name(GST_BIN(pipeline), "file");
+    g_object_set(file, "location", path.c_str(), nullptr);
+    gst_object_unref(file);
+    if (GstElement *tags = gst_bin_get_by_name(GST_BIN(pipeline), "tags")) {
+        g_object_set(tags, "tags", ("image-orientation=" + clip.orientation).c_str(), nullptr);
+        gst_object_unref(tags);
+    }
+    GstElement *source = gst_bin_get_by_name(GST_BIN(pipeline), "pictures");
+    gst_element_set_state(pipeline, GST_STATE_PLAYING);
+    for (int i = 0; i < clip.frames; i++)
+        gst_app_src_push_buffer(GST_APP_SRC(source), picture(clip, i));
+    gst_app_src_end_of_stream(GST_APP_SRC(source));
+    gst_object_unref(source);
+
+    GstBus *bus = gst_element_get_bus(pipeline);
+    GstMessage *message = gst_bus_timed_pop_filtered(
+        bus, 30 * GST_SECOND, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
+    std::string trouble = message ? "" : "timed out";
+    if (message && GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
+        char *details = nullptr;
+        gst_message_parse_error(message, &error, &details);
+        trouble = std::string(error->message) + " " + (details ? details : "");
+        g_error_free(error);
+        g_free(details);
+    }
+    if (message)
+        gst_message_unref(message);
+    gst_object_unref(bus);
+    gst_element_set_state(pipeline, GST_STATE_NULL);
+    gst_object_unref(pipeline);
+    if (!trouble.empty())
+        throw std::runtime_error("cannot make " + path + ": " + trouble);
+}
+
+void write_file(const std::string &path, const std::string &contents)
+{
+    std::ofstream(path, std::ios::binary) << contents;
+}
+
+std::string read_file(const std::string &path)
+{
+    std::ostringstream contents;
+    contents << std::ifstream(path, std::ios::binary).rdbuf();
+    return contents.str();
+}
+
+} // namespace player_test

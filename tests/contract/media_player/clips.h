@@ -1,0 +1,37 @@
+/**
+ * Makes small videos for the tests, with GStreamer's own encoders.
+ */
+#pragma once
+
+#include <string>
+
+namespace player_test {
+
+struct Clip {
+    int width = 160;
+    int height = 90;
+    int frames = 60;       ///< at 30 a second
+    int key_distance = 15; ///< frames from one key frame to the next
+    bool sound = true;
+    int pixel_width = 1; ///< pixel aspect ratio
+    int pixel_height = 1;
+    std::string orientation;         ///< an image-orientation tag, such as "rotate-90"
+    std::string format = "I420";     ///< of the pictures that go to the encoder
+    std::string filter = "identity"; ///< between pictures and encoder
+};
+
+/**
+ * The picture of every clip: four quarters, from the top left clockwise red, green, blue, white.
+ */
+enum class Quarter { Red, Green, Blue, White };
+
+/** Makes a clip; its container and codecs follow from the file name's extension. */
+void make_clip(const std::string &path, const Clip &clip = {});
+
+/** Writes a file. */
+void write_file(const std::string &path, const std::string &contents);
+
+/** Reads a file. */
+std::string read_file(const std::string &path);
+
+} // namespace player_test
