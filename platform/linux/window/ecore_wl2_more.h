@@ -16,7 +16,6 @@ void ecore_wl2_display_flush(Ecore_Wl2_Display *display);
 void ecore_wl2_display_screen_size_get(Ecore_Wl2_Display *display, int *width, int *height);
 void ecore_wl2_input_pointer_set(Ecore_Wl2_Input *input, struct wl_surface *surface, int hot_x,
                                  int hot_y);
-void ecore_wl2_input_cursor_from_name_set(Ecore_Wl2_Input *input, const char *cursor);
 
 extern int ECORE_WL2_EVENT_DISCONNECT;
 extern int ECORE_WL2_EVENT_DEVICE_ADDED;

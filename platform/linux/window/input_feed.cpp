@@ -1,24 +1,38 @@
 #include "window/input_feed.h"
 
+#include <algorithm>
+
 #include <Ecore_Input.h>
 #include <Ecore_Input_Evas.h>
 
 namespace platform {
 
-InputFeed::InputFeed(Evas *from, Evas *to)
-    : to_(to), catcher_(evas_object_rectangle_add(from)),
+namespace {
+
+Evas_Object *transparent_rectangle(Evas *canvas)
+{
+    Evas_Object *rectangle = evas_object_rectangle_add(canvas);
+    evas_object_color_set(rectangle, 0, 0, 0, 0);
+    evas_object_layer_set(rectangle, EVAS_LAYER_MAX);
+    evas_object_show(rectangle);
+    return rectangle;
+}
+
+} // namespace
+
+InputFeed::InputFeed(Evas *from, Evas_Object *window)
+    : window_(window), to_(evas_object_evas_get(window)), catcher_(transparent_rectangle(from)),
+      observer_(transparent_rectangle(to_)),
       key_down_(ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key_down, this)),
       key_up_(ecore_event_handler_add(ECORE_EVENT_KEY_UP, on_key_up, this))
 {
-    evas_object_color_set(catcher_, 0, 0, 0, 0);
-    evas_object_layer_set(catcher_, EVAS_LAYER_MAX);
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_MOVE, on_move, this);
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_DOWN, on_down, this);
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_UP, on_up, this);
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_IN, on_in, this);
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_OUT, on_out, this);
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_WHEEL, on_wheel, this);
-    evas_object_show(catcher_);
+    evas_object_repeat_events_set(observer_, EINA_TRUE);
 }
 
 InputFeed::~InputFeed()
@@ -26,13 +40,46 @@ InputFeed::~InputFeed()
     ecore_event_handler_del(key_down_);
     ecore_event_handler_del(key_up_);
     evas_object_del(catcher_);
+    evas_object_del(observer_);
 }
 
 void InputFeed::turn(Size panel, int degrees)
 {
     panel_ = panel;
     degrees_ = degrees;
+    const Size content = turned_size(panel, degrees);
     evas_object_geometry_set(catcher_, 0, 0, panel.width, panel.height);
+    evas_object_geometry_set(observer_, 0, 0, content.width, content.height);
+}
+
+bool InputFeed::takes(Evas_Callback_Type type)
+{
+    return type >= EVAS_CALLBACK_MOUSE_IN && type <= EVAS_CALLBACK_MOUSE_WHEEL;
+}
+
+void InputFeed::observe(Evas_Callback_Type type, Evas_Object_Event_Cb callback, void *data)
+{
+    observers_.push_back(std::make_unique<Observer>(Observer{window_, type, callback, data}));
+    evas_object_event_callback_add(observer_, type, on_observed, observers_.back().get());
+}
+
+void *InputFeed::ignore(Evas_Callback_Type type, Evas_Object_Event_Cb callback)
+{
+    const auto found = std::find_if(observers_.begin(), observers_.end(), [&](const auto &o) {
+        return o->type == type && o->callback == callback;
+    });
+    if (found == observers_.end())
+        return nullptr;
+    void *data = (*found)->data;
+    evas_object_event_callback_del_full(observer_, type, on_observed, found->get());
+    observers_.erase(found);
+    return data;
+}
+
+void InputFeed::on_observed(void *data, Evas *canvas, Evas_Object *, void *info)
+{
+    const Observer observer = *static_cast<const Observer *>(data);
+    observer.callback(observer.data, canvas, observer.window, info);
 }
 
 void InputFeed::move_to(int x, int y, unsigned int timestamp)

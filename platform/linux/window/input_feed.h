@@ -3,6 +3,9 @@
  */
 #pragma once
 
+#include <memory>
+#include <vector>
+
 #include <Ecore.h>
 #include <Evas.h>
 
@@ -12,15 +15,19 @@ namespace platform {
 
 /**
  * A transparent rectangle over the whole real window takes the pointer and hands it on turned; keys
- * are handed on as they come. The rectangle belongs to the real window's canvas and goes with it.
+ * are handed on as they come.
+ *
+ * A real window sees all that the pointer does on its canvas, whichever object it is meant for. The
+ * toolkit does not give a window events that a program feeds, so the content's canvas has a
+ * rectangle above everything that sees them in the window's place and keeps them from nobody.
  */
 class InputFeed {
   public:
     /**
-     * @param from the canvas that gets the events
-     * @param to   the canvas of the content; must outlive the feed
+     * @param from   the canvas that gets the events
+     * @param window the window of the content, which must outlive the feed
      */
-    InputFeed(Evas *from, Evas *to);
+    InputFeed(Evas *from, Evas_Object *window);
     ~InputFeed();
     InputFeed(const InputFeed &) = delete;
     InputFeed &operator=(const InputFeed &) = delete;
@@ -28,7 +35,24 @@ class InputFeed {
     /** From now on the panel has this native size and angle. */
     void turn(Size panel, int degrees);
 
+    /** Whether it is on the feed to bring events of this type to the window. */
+    static bool takes(Evas_Callback_Type type);
+
+    /** Calls back as the toolkit would for the window. */
+    void observe(Evas_Callback_Type type, Evas_Object_Event_Cb callback, void *data);
+
+    /** Ends it. @return the data it was asked for with, or null */
+    void *ignore(Evas_Callback_Type type, Evas_Object_Event_Cb callback);
+
   private:
+    struct Observer {
+        Evas_Object *window;
+        Evas_Callback_Type type;
+        Evas_Object_Event_Cb callback;
+        void *data;
+    };
+
+    static void on_observed(void *data, Evas *, Evas_Object *, void *info);
     static void on_move(void *data, Evas *, Evas_Object *, void *info);
     static void on_down(void *data, Evas *, Evas_Object *, void *info);
     static void on_up(void *data, Evas *, Evas_Object *, void *info);
@@ -40,8 +64,11 @@ class InputFeed {
 
     void move_to(int x, int y, unsigned int timestamp);
 
+    Evas_Object *window_;
     Evas *to_;
+    std::vector<std::unique_ptr<Observer>> observers_;
     Evas_Object *catcher_;
+    Evas_Object *observer_;
     Ecore_Event_Handler *key_down_;
     Ecore_Event_Handler *key_up_;
     Size panel_;

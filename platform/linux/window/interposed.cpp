@@ -2,23 +2,17 @@
 // answer for content drawn into an image. The program's own definitions go before the libraries';
 // for every other window they pass the question on.
 
-#include <dlfcn.h>
-
 #include <Ecore_Evas.h>
 #include <Elementary.h>
 
 #include "efl_on_tv.h"
 #include "panel/panel_model.h"
+#include "window/toolkits_own.h"
 #include "window/tv_window.h"
 
 namespace platform {
 
 namespace {
-
-template <typename Function> Function toolkits_own(const char *name)
-{
-    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
-}
 
 /** The set's window when the question is about it, else null. */
 template <typename Handle> TvWindow *set_window(const Handle *handle)
@@ -31,6 +25,7 @@ template <typename Handle> TvWindow *set_window(const Handle *handle)
 
 } // namespace platform
 
+using platform::InputFeed;
 using platform::PanelModel;
 using platform::set_window;
 using platform::TvWindow;
@@ -73,6 +68,31 @@ Ecore_Wl2_Window *ecore_evas_wayland2_window_get(const Ecore_Evas *canvas)
         "ecore_evas_wayland2_window_get");
     const TvWindow *window = set_window(canvas);
     return own(window ? window->outer_canvas() : canvas);
+}
+
+void evas_object_event_callback_add(Evas_Object *object, Evas_Callback_Type type,
+                                    Evas_Object_Event_Cb callback, const void *data)
+{
+    static const auto own =
+        platform::toolkits_own<void (*)(Evas_Object *, Evas_Callback_Type, Evas_Object_Event_Cb,
+                                        const void *)>("evas_object_event_callback_add");
+    const TvWindow *window = set_window(object);
+    if (window && window->input() && InputFeed::takes(type))
+        window->input()->observe(type, callback, const_cast<void *>(data));
+    else
+        own(object, type, callback, data);
+}
+
+void *evas_object_event_callback_del(Evas_Object *object, Evas_Callback_Type type,
+                                     Evas_Object_Event_Cb callback)
+{
+    static const auto own =
+        platform::toolkits_own<void *(*)(Evas_Object *, Evas_Callback_Type, Evas_Object_Event_Cb)>(
+            "evas_object_event_callback_del");
+    const TvWindow *window = set_window(object);
+    return window && window->input() && InputFeed::takes(type)
+               ? window->input()->ignore(type, callback)
+               : own(object, type, callback);
 }
 
 void ecore_wl2_sync(void)

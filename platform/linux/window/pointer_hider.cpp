@@ -3,12 +3,29 @@
 #include <Ecore_Input.h>
 
 #include "window/ecore_wl2_more.h"
+#include "window/toolkits_own.h"
 
 namespace platform {
 
 namespace {
 
 constexpr double SECONDS_AT_REST = 3.0;
+
+/** What the toolkit last made of the pointer: its picture and where in it the tip is. */
+struct PointerShape {
+    wl_surface *surface = nullptr;
+    int hot_x = 0;
+    int hot_y = 0;
+};
+
+PointerShape shape;
+
+void set_pointer(Ecore_Wl2_Input *input, const PointerShape &wanted)
+{
+    static const auto own = toolkits_own<void (*)(Ecore_Wl2_Input *, wl_surface *, int, int)>(
+        "ecore_wl2_input_pointer_set");
+    own(input, wanted.surface, wanted.hot_x, wanted.hot_y);
+}
 
 Ecore_Wl2_Input *default_input()
 {
@@ -40,7 +57,7 @@ Eina_Bool PointerHider::on_move(void *data, int /*type*/, void * /*event*/)
 
 Eina_Bool PointerHider::on_enter(void *data, int /*type*/, void * /*event*/)
 {
-    // A pointer that enters is drawn by the compositor's or the toolkit's own rules.
+    // The toolkit draws a pointer that enters.
     auto *hider = static_cast<PointerHider *>(data);
     hider->hidden_ = false;
     hider->moved();
@@ -75,7 +92,7 @@ void PointerHider::show()
 {
     hidden_ = false;
     if (Ecore_Wl2_Input *input = default_input())
-        ecore_wl2_input_cursor_from_name_set(input, "left_ptr");
+        set_pointer(input, shape);
 }
 
 void PointerHider::hide()
@@ -84,7 +101,16 @@ void PointerHider::hide()
     if (!input)
         return;
     hidden_ = true;
-    ecore_wl2_input_pointer_set(input, nullptr, 0, 0);
+    set_pointer(input, PointerShape());
 }
 
 } // namespace platform
+
+// The toolkit draws the pointer itself and sets its picture through this function. Nothing else
+// tells what to put back when the pointer is to be seen again.
+extern "C" void ecore_wl2_input_pointer_set(Ecore_Wl2_Input *input, wl_surface *surface, int hot_x,
+                                            int hot_y)
+{
+    platform::shape = {surface, hot_x, hot_y};
+    platform::set_pointer(input, platform::shape);
+}

@@ -268,14 +268,8 @@ void TvWindow::hidden()
 {
     awaiting_frame_ = false;
     idle_inhibitor_.reset();
-    if (visible_job_)
-        ecore_job_del(visible_job_);
-    visible_job_ = nullptr;
     evas_object_hide(outer_);
-    if (!seen_)
-        return;
-    seen_ = false;
-    evas_object_smart_callback_call(inner_, "visibility,changed", nullptr);
+    announce_visibility(false);
 }
 
 void TvWindow::frame_drawn()
@@ -283,14 +277,26 @@ void TvWindow::frame_drawn()
     if (!awaiting_frame_)
         return;
     awaiting_frame_ = false;
-    // The canvas is still at work here, and the application may want to draw at once.
+    announce_visibility(true);
+}
+
+// Not at once: the canvas is still at work when a frame was drawn, and the application may want to
+// draw; and a window is hidden as part of its deletion, of which the application knows itself.
+void TvWindow::announce_visibility(bool visible)
+{
+    if (visible_job_)
+        ecore_job_del(visible_job_);
+    visible_job_ = nullptr;
+    visible_ = visible;
+    if (visible_ == announced_visible_)
+        return;
     visible_job_ = ecore_job_add(
         [](void *data) {
             auto *window = static_cast<TvWindow *>(data);
             window->visible_job_ = nullptr;
-            window->seen_ = true;
+            window->announced_visible_ = window->visible_;
             evas_object_smart_callback_call(window->inner_, "visibility,changed",
-                                            reinterpret_cast<void *>(intptr_t{1}));
+                                            reinterpret_cast<void *>(intptr_t{window->visible_}));
         },
         this);
 }

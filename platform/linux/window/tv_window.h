@@ -5,8 +5,10 @@
  *
  * Two Elementary windows make one. The outer window is the real one and never turns; the inner one,
  * which the application gets, has the turned size, is drawn into an image of the outer one, and is
- * shown, hidden and deleted by the application as if it were real. What an application asks of its
- * window through functions that only a real window can answer is answered by interposed.cpp.
+ * shown, hidden and deleted by the application as if it were real. A window that was hidden cannot
+ * be shown again: the toolkit never draws on its surface again once it has been unmapped. What an
+ * application asks of its window through functions that only a real window can answer is answered
+ * by interposed.cpp.
  */
 #pragma once
 
@@ -55,6 +57,9 @@ class TvWindow {
     Evas_Object *outer() const { return outer_; }
     Ecore_Evas *outer_canvas() const { return outer_canvas_; }
 
+    /** What brings pointer and keys to the content; null once the content has gone. */
+    InputFeed *input() const { return input_.get(); }
+
     /** The size of the content as it stands now, turned. */
     Size content_size() const;
 
@@ -79,6 +84,7 @@ class TvWindow {
     void hidden();
     void inner_deleted();
     void frame_drawn();
+    void announce_visibility(bool visible);
     void delete_outer();
 
     Ecore_Wl2_Display *display_;
@@ -99,7 +105,8 @@ class TvWindow {
     Ecore_Job *delete_job_ = nullptr;
     bool taken_ = false;
     bool awaiting_frame_ = false;
-    bool seen_ = false;
+    bool visible_ = false;
+    bool announced_visible_ = false;
 };
 
 /** Gives ECORE_EVENT_DEVICE_ADD its number; once, before the application starts. */
