@@ -1,0 +1,323 @@
+#include "player/util/EventManager.h"
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+struct Received {
+    void *data;
+    unsigned int size;
+    stPipeRecord record;
+};
+
+std::vector<Received> &received()
+{
+    static std::vector<Received> all;
+    return all;
+}
+
+void receive(void *data, void *buffer, unsigned int nbyte)
+{
+    Received entry = {data, nbyte, {}};
+    std::memcpy(&entry.record, buffer, sizeof entry.record);
+    received().push_back(entry);
+}
+
+class EventManagerTest : public testing::Test {
+  protected:
+    EventManagerTest() : fake_((CEventManager::ReleaseInstance(), fake::reset()))
+    {
+        received().clear();
+        fake_.registry.name(&data_, "data of the handler");
+    }
+    ~EventManagerTest() override { CEventManager::ReleaseInstance(); }
+
+    CEventManager &manager_with_pipe()
+    {
+        EXPECT_TRUE(CEventManager::GetInstance()->InitEventManager(receive, &data_));
+        fake_.forget();
+        return *CEventManager::GetInstance();
+    }
+
+    // The event points at the bytes, which stay the caller's.
+    static CEvent event_with(const char *bytes)
+    {
+        return {99, 1, 640, 480, static_cast<int32_t>(std::strlen(bytes)), bytes};
+    }
+
+    fake::Platform &fake_;
+    int data_ = 0;
+};
+
+TEST_F(EventManagerTest, GetInstanceGivesTheSameInstanceEachTime)
+{
+    CEventManager *first = CEventManager::GetInstance();
+
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(CEventManager::GetInstance(), first);
+    EXPECT_THAT(fake_.lines(), IsEmpty());
+}
+
+TEST_F(EventManagerTest, InitMakesOnePipeForTheHandler)
+{
+    EXPECT_TRUE(CEventManager::GetInstance()->InitEventManager(receive, &data_));
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("ecore_pipe_add(data of the handler)"));
+}
+
+TEST_F(EventManagerTest, InitWithoutAPipeLogsAtInfoLevelAndDropsLaterEvents)
+{
+    fake_.fail("ecore_pipe_add");
+
+    EXPECT_FALSE(CEventManager::GetInstance()->InitEventManager(receive, &data_));
+    CEventManager::GetInstance()->SendEvent(2, 0);
+
+    EXPECT_THAT(fake_.lines(),
+                ElementsAre("ecore_pipe_add(data of the handler)", "I \"Add Ecore Pipe Failed\"",
+                            "I \"iEventID = 2 iParam1 = 0\""));
+}
+
+TEST_F(EventManagerTest, ASecondInitLeavesTheFirstPipe)
+{
+    CEventManager &manager = manager_with_pipe();
+
+    EXPECT_TRUE(manager.InitEventManager(receive, &data_));
+
+    EXPECT_THAT(fake_.calls(), ElementsAre("ecore_pipe_add(data of the handler)"));
+    CEventManager::ReleaseInstance();
+    EXPECT_THAT(fake_.leftovers(), ElementsAre("pipe#1"));
+}
+
+TEST_F(EventManagerTest, ReleaseDeletesThePipe)
+{
+    manager_with_pipe();
+
+    CEventManager::ReleaseInstance();
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_pipe_del(pipe#1)"));
+    EXPECT_THAT(fake_.leftovers(), IsEmpty());
+}
+
+TEST_F(EventManagerTest, ReleaseWithoutAPipeDeletesNone)
+{
+    CEventManager::GetInstance();
+
+    CEventManager::ReleaseInstance();
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+}
+
+TEST_F(EventManagerTest, ASecondReleaseOnlyLogs)
+{
+    manager_with_pipe();
+    CEventManager::ReleaseInstance();
+    fake_.forget();
+
+    CEventManager::ReleaseInstance();
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+}
+
+TEST_F(EventManagerTest, AnInstanceMadeAfterReleaseHasNoPipe)
+{
+    manager_with_pipe();
+    CEventManager::ReleaseInstance();
+    fake_.forget();
+
+    CEventManager::GetInstance()->SendEvent(8, 1);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"iEventID = 8 iParam1 = 1\""));
+}
+
+TEST_F(EventManagerTest, SendBeforeInitWritesNothingAndLogsNoError)
+{
+    CEventManager::GetInstance()->SendEvent(3, 0);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"iEventID = 3 iParam1 = 0\""));
+}
+
+TEST_F(EventManagerTest, SendLogsAndWritesOneRecord)
+{
+    manager_with_pipe().SendEvent(8, 17);
+
+    EXPECT_THAT(fake_.lines(),
+                ElementsAre("I \"iEventID = 8 iParam1 = 17\"", "ecore_pipe_write(8, 17)"));
+}
+
+TEST_F(EventManagerTest, TheHandlerGetsSixWordsAndItsData)
+{
+    manager_with_pipe().SendEvent(8, -5);
+
+    fake_.loop.drain_pipe();
+
+    ASSERT_EQ(received().size(), 1U);
+    EXPECT_EQ(received()[0].data, &data_);
+    EXPECT_EQ(received()[0].size, 24U);
+    const stPipeRecord &record = received()[0].record;
+    EXPECT_EQ(record.iEventID, 8);
+    EXPECT_EQ(record.iParam1, -5);
+    EXPECT_EQ(record.iParam2, 0);
+    EXPECT_EQ(record.iParam3, 0);
+    EXPECT_EQ(record.uiBufferSize, 0U);
+    EXPECT_EQ(record.uiBuffer, 0U);
+}
+
+TEST_F(EventManagerTest, RecordsArriveInTheOrderOfSending)
+{
+    CEventManager &manager = manager_with_pipe();
+    for (int i = 0; i < 5; ++i)
+        manager.SendEvent(i, 10 * i);
+
+    fake_.loop.drain_pipe();
+
+    ASSERT_EQ(received().size(), 5U);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(received()[static_cast<size_t>(i)].record.iEventID, i);
+        EXPECT_EQ(received()[static_cast<size_t>(i)].record.iParam1, 10 * i);
+    }
+}
+
+TEST_F(EventManagerTest, RecordsStillQueuedAreNeverHandledAfterRelease)
+{
+    manager_with_pipe().SendEvent(2, 0);
+
+    CEventManager::ReleaseInstance();
+    fake_.loop.drain_pipe();
+
+    EXPECT_THAT(received(), IsEmpty());
+}
+
+TEST_F(EventManagerTest, AFailedWriteIsLoggedWithTheEvent)
+{
+    CEventManager &manager = manager_with_pipe();
+    fake_.fail("ecore_pipe_write");
+
+    manager.SendEvent(5, 3);
+
+    EXPECT_THAT(fake_.lines(),
+                ElementsAre("I \"iEventID = 5 iParam1 = 3\"", "ecore_pipe_write(5, 3)",
+                            "E \"ecore_pipe_write failed iEventID = 5\""));
+    fake_.loop.drain_pipe();
+    EXPECT_THAT(received(), IsEmpty());
+}
+
+TEST_F(EventManagerTest, AnEventWithABufferTravelsWithItsSizeAndACopy)
+{
+    char bytes[] = "hello";
+    CEvent event = event_with(bytes);
+    CEventManager &manager = manager_with_pipe();
+
+    manager.SendEvent(12, event);
+    std::memset(bytes, 'X', 5);
+    fake_.loop.drain_pipe();
+
+    EXPECT_THAT(fake_.logs(), ElementsAre("I \"Type:1 Width:640 Height:480 BufferSize:5\""));
+    ASSERT_EQ(received().size(), 1U);
+    const stPipeRecord &record = received()[0].record;
+    EXPECT_EQ(record.iEventID, 12);
+    EXPECT_EQ(record.iParam1, 1);
+    EXPECT_EQ(record.iParam2, 640);
+    EXPECT_EQ(record.iParam3, 480);
+    EXPECT_EQ(record.uiBufferSize, 5U);
+    EXPECT_NE(record.uiBuffer, 0U);
+    const std::unique_ptr<uint8_t[]> copy = manager.TakeBuffer(record);
+    ASSERT_NE(copy, nullptr);
+    EXPECT_EQ(std::memcmp(copy.get(), "hello", 5), 0);
+}
+
+TEST_F(EventManagerTest, ABufferCanBeTakenOnce)
+{
+    CEventManager &manager = manager_with_pipe();
+    CEvent event = event_with("once");
+    manager.SendEvent(12, event);
+    fake_.loop.drain_pipe();
+    ASSERT_EQ(received().size(), 1U);
+
+    EXPECT_NE(manager.TakeBuffer(received()[0].record), nullptr);
+    EXPECT_EQ(manager.TakeBuffer(received()[0].record), nullptr);
+}
+
+TEST_F(EventManagerTest, ARecordWithoutABufferHasNoneToTake)
+{
+    CEventManager &manager = manager_with_pipe();
+    manager.SendEvent(8, 1);
+    fake_.loop.drain_pipe();
+    ASSERT_EQ(received().size(), 1U);
+
+    EXPECT_EQ(manager.TakeBuffer(received()[0].record), nullptr);
+}
+
+TEST_F(EventManagerTest, EachBufferKeepsItsOwnBytes)
+{
+    CEventManager &manager = manager_with_pipe();
+    CEvent first = event_with("first");
+    CEvent second = event_with("second");
+    manager.SendEvent(12, first);
+    manager.SendEvent(13, second);
+    fake_.loop.drain_pipe();
+    ASSERT_EQ(received().size(), 2U);
+
+    const std::unique_ptr<uint8_t[]> second_copy = manager.TakeBuffer(received()[1].record);
+    const std::unique_ptr<uint8_t[]> first_copy = manager.TakeBuffer(received()[0].record);
+
+    ASSERT_NE(first_copy, nullptr);
+    ASSERT_NE(second_copy, nullptr);
+    EXPECT_EQ(std::memcmp(first_copy.get(), "first", 5), 0);
+    EXPECT_EQ(std::memcmp(second_copy.get(), "second", 6), 0);
+}
+
+class EventManagerEmptyBufferTest : public EventManagerTest,
+                                    public testing::WithParamInterface<int> {};
+
+TEST_P(EventManagerEmptyBufferTest, TheBufferIsNotRead)
+{
+    CEvent event = event_with("");
+    event.iBufferSize = GetParam();
+    event.pBuffer = reinterpret_cast<const void *>(static_cast<uintptr_t>(1));
+
+    manager_with_pipe().SendEvent(12, event);
+    fake_.loop.drain_pipe();
+
+    ASSERT_EQ(received().size(), 1U);
+    EXPECT_EQ(received()[0].record.iParam2, 640);
+    EXPECT_EQ(received()[0].record.uiBufferSize, 0U);
+    EXPECT_EQ(received()[0].record.uiBuffer, 0U);
+    EXPECT_THAT(fake_.logs(), ElementsAre("I \"Type:1 Width:640 Height:480 BufferSize:" +
+                                          std::to_string(GetParam()) + "\""));
+}
+
+INSTANTIATE_TEST_SUITE_P(SizesNotAboveZero, EventManagerEmptyBufferTest,
+                         testing::Values(0, -1, INT32_MIN));
+
+TEST_F(EventManagerTest, AnEventWithABufferIsDroppedWithoutAPipe)
+{
+    CEvent event = event_with("lost");
+
+    CEventManager::GetInstance()->SendEvent(12, event);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"Type:1 Width:640 Height:480 BufferSize:4\""));
+}
+
+TEST_F(EventManagerTest, AFailedWriteOfABufferIsLogged)
+{
+    CEventManager &manager = manager_with_pipe();
+    fake_.fail("ecore_pipe_write");
+    CEvent event = event_with("lost");
+
+    manager.SendEvent(12, event);
+
+    EXPECT_THAT(fake_.logs(), ElementsAre("I \"Type:1 Width:640 Height:480 BufferSize:4\"",
+                                          "E \"ecore_pipe_write failed iEventID = 12\""));
+}
+
+} // namespace

@@ -1,0 +1,451 @@
+#include "player_test.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class PhotoPlaybackTest : public PlayerTest {
+  protected:
+    PhotoPlaybackTest()
+    {
+        make_window();
+        fill_play_list({"a.jpg", "b.jpg"});
+    }
+};
+
+// ---- OnPlayPhoto ----
+
+TEST_F(PhotoPlaybackTest, TheFirstPhotoInitializesTheDisplay)
+{
+    EXPECT_TRUE(player_.OnPlayPhoto("/demo/a.jpg"));
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"/demo/a.jpg\"", "pictrel_init_display(window#1)",
+                                           "pictrel_create_from_url(\"/demo/a.jpg\")",
+                                           "pictrel_set_window(picture#1, 1)",
+                                           "pictrel_set_geometry_size(picture#1, 4)",
+                                           "pictrel_add_event_callback(picture#1, 4)",
+                                           "pictrel_add_event_callback(picture#1, 0)",
+                                           "pictrel_parse(picture#1)"));
+    EXPECT_EQ(player_.m_pPictureDisplay, 1);
+    EXPECT_EQ(player_.m_pPicture, fake_.pictures.last());
+}
+
+TEST_F(PhotoPlaybackTest, ThePictureKnowsTheControllerAndIsMarkedSetUp)
+{
+    player_.OnPlayPhoto("/demo/a.jpg");
+
+    EXPECT_EQ(player_.m_pPicture->user_data, controller_.get());
+    EXPECT_EQ(player_.m_pPicture->render_state, 0);
+}
+
+TEST_F(PhotoPlaybackTest, TheNextPhotoKeepsTheDisplayAndReplacesThePicture)
+{
+    player_.OnPlayPhoto("/demo/a.jpg");
+    fake_.forget();
+
+    EXPECT_TRUE(player_.OnPlayPhoto("/demo/b.jpg"));
+
+    EXPECT_THAT(
+        fake_.lines(),
+        ElementsAre("I \"/demo/b.jpg\"", "I \"Already init display,not init again\"",
+                    "pictrel_destroy(picture#1)", "pictrel_create_from_url(\"/demo/b.jpg\")",
+                    "pictrel_set_window(picture#2, 1)", "pictrel_set_geometry_size(picture#2, 4)",
+                    "pictrel_add_event_callback(picture#2, 4)",
+                    "pictrel_add_event_callback(picture#2, 0)", "pictrel_parse(picture#2)"));
+}
+
+TEST_F(PhotoPlaybackTest, AFailedDisplayIsNotInitializedAgain)
+{
+    fake_.fail("pictrel_init_display");
+
+    EXPECT_FALSE(player_.OnPlayPhoto("/demo/a.jpg"));
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"/demo/a.jpg\"", "pictrel_init_display(window#1)",
+                                           "E \"InitDisplayHandle false\""));
+    EXPECT_EQ(player_.m_pPictureDisplay, 1);
+
+    EXPECT_TRUE(player_.OnPlayPhoto("/demo/a.jpg"));
+    EXPECT_EQ(fake_.transcript.count("pictrel_init_display"), 1);
+}
+
+struct PhotoFailure {
+    const char *function;
+    const char *text;
+    bool picture_stays;
+};
+
+class PhotoFailureTest : public PhotoPlaybackTest,
+                         public testing::WithParamInterface<PhotoFailure> {};
+
+TEST_P(PhotoFailureTest, EndsTheAttempt)
+{
+    fake_.fail(GetParam().function);
+
+    EXPECT_FALSE(player_.OnPlayPhoto("/demo/a.jpg"));
+
+    EXPECT_EQ(fake_.calls().back().rfind(GetParam().function, 0), 0U) << fake_.calls().back();
+    EXPECT_EQ(fake_.logs().back(), std::string("E \"") + GetParam().text + "\"");
+    EXPECT_EQ(player_.m_pPicture != nullptr, GetParam().picture_stays);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Calls, PhotoFailureTest,
+    testing::Values(PhotoFailure{"pictrel_create_from_url", "PICTURE_ERROR_CREATE", false},
+                    PhotoFailure{"pictrel_set_window", "PICTURE_ERROR_INIT", true},
+                    PhotoFailure{"pictrel_set_geometry_size", "Set Picture size Error", true},
+                    PhotoFailure{"pictrel_parse", "PICTURE_ERROR_PARSE", true}));
+
+TEST_F(PhotoPlaybackTest, APictureThatFailedIsReleasedByTheNext)
+{
+    fake_.fail("pictrel_parse");
+    player_.OnPlayPhoto("/demo/a.jpg");
+    fake_.forget();
+
+    EXPECT_TRUE(player_.OnPlayPhoto("/demo/b.jpg"));
+
+    EXPECT_EQ(fake_.calls().front(), "pictrel_destroy(picture#1)");
+}
+
+// ---- DecodePicture ----
+
+TEST_F(PhotoPlaybackTest, DecodingFollowsTheResultAndStarts)
+{
+    make_picture();
+
+    player_.DecodePicture(player_.m_pPicture);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "pictrel_add_event_callback(picture#1, 1)",
+                                           "pictrel_decode(picture#1, 0)"));
+}
+
+TEST_F(PhotoPlaybackTest, ARefusedDecodingLeavesAnEmptyErrorLine)
+{
+    make_picture();
+    fake_.fail("pictrel_decode");
+
+    player_.DecodePicture(player_.m_pPicture);
+
+    EXPECT_THAT(fake_.logs(), ElementsAre("I \"\"", "E \"\""));
+}
+
+TEST_F(PhotoPlaybackTest, WithoutAPictureNothingIsDecoded)
+{
+    player_.DecodePicture(nullptr);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+}
+
+// ---- RenderPicture ----
+
+TEST_F(PhotoPlaybackTest, AnUprightPictureIsRenderedPlainly)
+{
+    make_picture();
+
+    player_.RenderPicture(player_.m_pPicture);
+
+    EXPECT_THAT(fake_.lines(),
+                ElementsAre("I \"Start Render Picture\"", "pictrel_render(picture#1)"));
+    EXPECT_EQ(player_.m_pPicture->render_state, 1);
+}
+
+class TurnedPictureTest : public PhotoPlaybackTest,
+                          public testing::WithParamInterface<std::pair<int, int>> {};
+
+TEST_P(TurnedPictureTest, IsRenderedThroughTheMixerAndTurned)
+{
+    make_picture();
+    set_panel(static_cast<ENDEMO_ROTATION_TYPE>(GetParam().first));
+
+    player_.RenderPicture(player_.m_pPicture);
+
+    EXPECT_THAT(
+        fake_.lines(),
+        ElementsAre("I \"Start Render Picture\"", "pictrel_set_mixer_render(picture#1, 1)",
+                    "pictrel_render(picture#1)", "pictrel_set_mixer_render(picture#1, 0)",
+                    "pictrel_rotate(picture#1, " + std::to_string(GetParam().second) + ")"));
+    EXPECT_EQ(player_.m_pPicture->render_state, 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Types, TurnedPictureTest,
+                         testing::Values(std::make_pair(1, 270), std::make_pair(2, 180),
+                                         std::make_pair(3, 90)));
+
+TEST_F(PhotoPlaybackTest, WithoutAPictureNothingIsRendered)
+{
+    player_.RenderPicture(nullptr);
+
+    EXPECT_THAT(fake_.calls(), IsEmpty());
+}
+
+// ---- m_DestroyPhoto ----
+
+TEST_F(PhotoPlaybackTest, DestroyingReleasesTimerPictureAndDisplay)
+{
+    make_picture();
+    player_.StartSlideShow();
+    fake_.forget();
+
+    player_.m_DestroyPhoto();
+
+    EXPECT_THAT(fake_.lines(),
+                ElementsAre("I \"\"", "ecore_timer_del(timer#1)", "pictrel_destroy(picture#1)",
+                            "pictrel_destroy_display(1)", "I \"Destroy end\""));
+    EXPECT_EQ(player_.m_pSlideShowTimer, nullptr);
+    EXPECT_EQ(player_.m_pPicture, nullptr);
+    EXPECT_EQ(player_.m_pPictureDisplay, 0);
+    EXPECT_TRUE(player_.m_bSlideShowStarted) << "the flag is left as it is";
+}
+
+TEST_F(PhotoPlaybackTest, DestroyingNothingOnlyLogs)
+{
+    player_.m_DestroyPhoto();
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"Destroy end\""));
+}
+
+TEST_F(PhotoPlaybackTest, DestroyingLeavesTheEndTimer)
+{
+    fake_.rotator.supported = true;
+    player_.m_uiCurPlayIndex = 1;
+    player_.StartSlideShow();
+    Ecore_Timer *timer = player_.m_pPhotoPlayEndTimer;
+    ASSERT_NE(timer, nullptr);
+
+    player_.m_DestroyPhoto();
+
+    EXPECT_EQ(player_.m_pPhotoPlayEndTimer, timer);
+    EXPECT_THAT(fake_.loop.timers(), ElementsAre(180.0));
+}
+
+TEST_F(PhotoPlaybackTest, AfterDestroyingTheDisplayIsInitializedAfresh)
+{
+    make_picture();
+    player_.m_DestroyPhoto();
+    fake_.forget();
+
+    EXPECT_TRUE(player_.OnPlayPhoto("/demo/a.jpg"));
+
+    EXPECT_EQ(fake_.transcript.count("pictrel_init_display"), 1);
+}
+
+// ---- StartSlideShow, StopSlideShow ----
+
+TEST_F(PhotoPlaybackTest, WithoutARotatorEveryPhotoStaysFiveSeconds)
+{
+    for (const unsigned int index : {0U, 1U}) {
+        player_.m_uiCurPlayIndex = index;
+        fake_.forget();
+
+        player_.StartSlideShow();
+
+        EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_add(5)")) << index;
+        EXPECT_NE(player_.m_pSlideShowTimer, nullptr);
+        EXPECT_EQ(player_.m_pPhotoPlayEndTimer, nullptr);
+        EXPECT_TRUE(player_.m_bSlideShowStarted);
+        player_.StopSlideShow();
+    }
+}
+
+TEST_F(PhotoPlaybackTest, WithARotatorAPhotoStaysThreeMinutes)
+{
+    fake_.rotator.supported = true;
+    player_.m_uiCurPlayIndex = 0;
+
+    player_.StartSlideShow();
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_add(180)"));
+    EXPECT_NE(player_.m_pSlideShowTimer, nullptr);
+    EXPECT_EQ(player_.m_pPhotoPlayEndTimer, nullptr);
+}
+
+TEST_F(PhotoPlaybackTest, WithARotatorTheLastPhotoRunsTheEndTimer)
+{
+    fake_.rotator.supported = true;
+    player_.m_uiCurPlayIndex = 1;
+
+    player_.StartSlideShow();
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_add(180)"));
+    EXPECT_EQ(player_.m_pSlideShowTimer, nullptr);
+    EXPECT_NE(player_.m_pPhotoPlayEndTimer, nullptr);
+}
+
+TEST_F(PhotoPlaybackTest, StartingTwiceArmsOneTimer)
+{
+    player_.StartSlideShow();
+    fake_.forget();
+
+    player_.StartSlideShow();
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"slideshow timer already started\""));
+    EXPECT_THAT(fake_.loop.timers(), ElementsAre(5.0));
+}
+
+TEST_F(PhotoPlaybackTest, StoppingDeletesTheTimer)
+{
+    player_.StartSlideShow();
+    fake_.forget();
+
+    player_.StopSlideShow();
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_del(timer#1)"));
+    EXPECT_FALSE(player_.m_bSlideShowStarted);
+    EXPECT_EQ(player_.m_pSlideShowTimer, nullptr);
+}
+
+TEST_F(PhotoPlaybackTest, StoppingWhatIsNotStartedOnlyLogs)
+{
+    player_.StopSlideShow();
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"slideshow not started\""));
+}
+
+TEST_F(PhotoPlaybackTest, StoppingLeavesTheEndTimer)
+{
+    fake_.rotator.supported = true;
+    player_.m_uiCurPlayIndex = 1;
+    player_.StartSlideShow();
+    fake_.forget();
+
+    player_.StopSlideShow();
+
+    EXPECT_THAT(fake_.calls(), IsEmpty());
+    EXPECT_FALSE(player_.m_bSlideShowStarted);
+    EXPECT_THAT(fake_.loop.timers(), ElementsAre(180.0));
+}
+
+// ---- Timers ----
+
+TEST_F(PhotoPlaybackTest, TheSlideShowTimerPlaysTheNextFileOnce)
+{
+    player_.m_iPlayingType = 1;
+    make_picture();
+    player_.StartSlideShow();
+    fake_.forget();
+
+    fake_.loop.advance(4.9);
+    EXPECT_THAT(fake_.lines(), IsEmpty());
+    fake_.loop.advance(0.1);
+
+    EXPECT_EQ(fake_.logs().front(), "I \"\"");
+    EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
+    EXPECT_EQ(player_.m_pSlideShowTimer, nullptr);
+    EXPECT_THAT(fake_.loop.timers(), IsEmpty());
+}
+
+TEST_F(PhotoPlaybackTest, TheTimerMayLeadToAVideoThatReleasesIt)
+{
+    fill_play_list({"a.jpg", "b.mp4"});
+    make_video_player();
+    player_.m_iPlayingType = 1;
+    make_picture();
+    player_.StartSlideShow();
+    fake_.forget();
+
+    fake_.loop.advance(5.0);
+
+    EXPECT_EQ(fake_.media.uri, "/opt/data/demo_movie/b.mp4");
+    EXPECT_EQ(player_.m_pSlideShowTimer, nullptr);
+    EXPECT_THAT(fake_.loop.timers(), IsEmpty());
+}
+
+TEST_F(PhotoPlaybackTest, TheSlideShowTimerWithoutAControllerOnlyWarns)
+{
+    EXPECT_EQ(CPlayerInspector::m_OnStartSlideShowCB(nullptr), ECORE_CALLBACK_CANCEL);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "W \"pThis is null\""));
+}
+
+TEST_F(PhotoPlaybackTest, TheEndTimerStartsOverAtTheFirstFile)
+{
+    fake_.rotator.supported = true;
+    player_.m_iPlayingType = 1;
+    player_.m_uiCurPlayIndex = 1;
+    make_picture();
+    player_.StartSlideShow();
+    fake_.forget();
+
+    fake_.loop.advance(180.0);
+
+    EXPECT_EQ(fake_.logs().front(), "I \"\"");
+    EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
+    EXPECT_EQ(player_.m_pPhotoPlayEndTimer, nullptr);
+    EXPECT_THAT(fake_.loop.timers(), IsEmpty());
+}
+
+TEST_F(PhotoPlaybackTest, WithTimedRotationTheEndTimerDoesNotAdvance)
+{
+    fake_.rotator.supported = true;
+    player_.m_bRotationAutoMode = true;
+    player_.m_iPlayingType = 1;
+    player_.m_uiCurPlayIndex = 1;
+    player_.StartSlideShow();
+    Ecore_Timer *stale = player_.m_pPhotoPlayEndTimer;
+    fake_.forget();
+
+    fake_.loop.advance(180.0);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
+    EXPECT_EQ(player_.m_pPhotoPlayEndTimer, stale);
+    EXPECT_THAT(fake_.loop.timers(), IsEmpty()) << "each timer fires once";
+}
+
+TEST_F(PhotoPlaybackTest, TheEndTimerWithoutAControllerDoesNothing)
+{
+    EXPECT_EQ(CPlayerInspector::m_OnPhotoPlayEndCB(nullptr), ECORE_CALLBACK_CANCEL);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+}
+
+// ---- Picture callbacks ----
+
+class PictureCallbackTest : public PhotoPlaybackTest {
+  protected:
+    PictureCallbackTest()
+    {
+        make_event_pipe();
+        make_picture();
+    }
+};
+
+TEST_F(PictureCallbackTest, AParseResultIsPosted)
+{
+    fake_.pictures.fire_parsed(PICTREL_RESULT_PARSED);
+    fake_.pictures.fire_parsed(PICTREL_RESULT_PARSE_FAILED);
+
+    EXPECT_THAT(fake_.lines(),
+                ElementsAre("I \"\"", "I \"iEventID = 4 iParam1 = 0\"", "ecore_pipe_write(4, 0)",
+                            "I \"\"", "I \"iEventID = 4 iParam1 = 1\"", "ecore_pipe_write(4, 1)"));
+}
+
+TEST_F(PictureCallbackTest, ADecodeResultIsPosted)
+{
+    player_.DecodePicture(player_.m_pPicture);
+    fake_.forget();
+
+    fake_.pictures.fire_decoded(PICTREL_RESULT_DECODED);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"result_code:3\"", "I \"iEventID = 5 iParam1 = 3\"",
+                                           "ecore_pipe_write(5, 3)"));
+}
+
+TEST_F(PictureCallbackTest, ALostPictureEndsTheProgramAtOnce)
+{
+    fake_.pictures.fire_conflict(10);
+
+    EXPECT_THAT(fake_.lines(),
+                ElementsAre("W \"OstrelDemo player is terminated by Resource Conflict "
+                            "result_code:10\"",
+                            "E \"\"", "ui_app_exit()"));
+}
+
+TEST_F(PictureCallbackTest, AnyOtherConflictIsOnlyLogged)
+{
+    fake_.pictures.fire_conflict(9);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("W \"OstrelDemo player is terminated by Resource "
+                                           "Conflict result_code:9\""));
+}
+
+} // namespace
