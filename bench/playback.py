@@ -88,7 +88,7 @@ class Bench:
         self.content.mkdir()
         maker = self.build / "tools/sample_content/make-sample-content"
         subprocess.run(
-            [maker, "--only", "sunrise", "--seconds", "20", self.content],
+            [maker, "--only", "sunrise.mp4", "--seconds", "20", self.content],
             check=True,
             stdout=subprocess.DEVNULL,
         )
