@@ -75,8 +75,8 @@ Evas_Object *OptionList::create(Evas_Object *parent)
     evas_object_smart_callback_add(genlist, "realized", on_realized, list);
     evas_object_smart_callback_add(genlist, "item,focused", on_item_focused, list);
     evas_object_smart_callback_add(genlist, "item,unfocused", on_item_unfocused, list);
-    evas_object_smart_callback_add(genlist, "focused", on_focus_moved, list);
-    evas_object_smart_callback_add(genlist, "unfocused", on_focus_moved, list);
+    evas_object_smart_callback_add(genlist, "focused", on_focused, list);
+    evas_object_smart_callback_add(genlist, "unfocused", on_unfocused, list);
     evas_object_event_callback_add(genlist, EVAS_CALLBACK_DEL, on_deleted, list);
     return genlist;
 }
@@ -150,8 +150,7 @@ void OptionList::show_state(Elm_Object_Item *item) const
     const auto *row = static_cast<Row *>(elm_object_item_data_get(item));
     if (!row)
         return;
-    const bool focused =
-        elm_object_focus_get(genlist_) && elm_object_focused_item_get(genlist_) == item;
+    const bool focused = has_focus_ && elm_object_focused_item_get(genlist_) == item;
     const bool mirrored = elm_object_mirrored_get(genlist_);
     const auto tell = [item](const char *signal) {
         elm_object_item_signal_emit(item, signal, signal_source);
@@ -159,6 +158,14 @@ void OptionList::show_state(Elm_Object_Item *item) const
     tell(row->right_to_left == mirrored ? "velt,text,along" : "velt,text,against");
     tell(marks_option_ ? "velt,option,on" : "velt,option,off");
     tell(focused ? "velt,state,focused" : "velt,state,unfocused");
+}
+
+void OptionList::set_focus(bool has_focus)
+{
+    // Elementary still calls the list focused while it tells that the focus has left it.
+    has_focus_ = has_focus;
+    if (Elm_Object_Item *item = elm_object_focused_item_get(genlist_))
+        show_state(item);
 }
 
 void OptionList::on_realized(void *data, Evas_Object *, void *item)
@@ -178,10 +185,14 @@ void OptionList::on_item_unfocused(void *, Evas_Object *, void *item)
                                 signal_source);
 }
 
-void OptionList::on_focus_moved(void *data, Evas_Object *object, void *)
+void OptionList::on_focused(void *data, Evas_Object *, void *)
 {
-    if (Elm_Object_Item *item = elm_object_focused_item_get(object))
-        static_cast<OptionList *>(data)->show_state(item);
+    static_cast<OptionList *>(data)->set_focus(true);
+}
+
+void OptionList::on_unfocused(void *data, Evas_Object *, void *)
+{
+    static_cast<OptionList *>(data)->set_focus(false);
 }
 
 void OptionList::on_deleted(void *data, Evas *, Evas_Object *object, void *)
@@ -190,8 +201,8 @@ void OptionList::on_deleted(void *data, Evas *, Evas_Object *object, void *)
     evas_object_smart_callback_del_full(object, "realized", on_realized, self);
     evas_object_smart_callback_del_full(object, "item,focused", on_item_focused, self);
     evas_object_smart_callback_del_full(object, "item,unfocused", on_item_unfocused, self);
-    evas_object_smart_callback_del_full(object, "focused", on_focus_moved, self);
-    evas_object_smart_callback_del_full(object, "unfocused", on_focus_moved, self);
+    evas_object_smart_callback_del_full(object, "focused", on_focused, self);
+    evas_object_smart_callback_del_full(object, "unfocused", on_unfocused, self);
     evas_object_data_del(object, list_key);
     delete self;
 }

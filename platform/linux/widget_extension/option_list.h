@@ -42,15 +42,18 @@ class OptionList {
 
     Elm_Genlist_Item_Class *wrap(const Elm_Genlist_Item_Class *theirs);
     void show_state(Elm_Object_Item *item) const;
+    void set_focus(bool has_focus);
 
     static void on_realized(void *data, Evas_Object *object, void *item);
     static void on_item_focused(void *data, Evas_Object *object, void *item);
     static void on_item_unfocused(void *data, Evas_Object *object, void *item);
-    static void on_focus_moved(void *data, Evas_Object *object, void *event);
+    static void on_focused(void *data, Evas_Object *object, void *event);
+    static void on_unfocused(void *data, Evas_Object *object, void *event);
     static void on_deleted(void *data, Evas *canvas, Evas_Object *object, void *event);
 
     Evas_Object *genlist_;
     bool marks_option_ = false;
+    bool has_focus_ = false;
     std::vector<ClassPair> classes_;
 };
 

@@ -36,18 +36,26 @@ void on_popup_hidden(void *, Evas *, Evas_Object *popup, void *)
     set_content_visible(popup, false);
 }
 
-/** Gives a toast's text the room it needs: its own width up to the longest line, at most 2 lines. */
-void fit_toast_text(Evas_Object *layout)
+struct Size {
+    int width = 0;
+    int height = 0;
+};
+
+/** The room of a toast's text: its own width up to the longest line, and one line or two. */
+Size room_of_text(Evas_Object *layout)
 {
+    Size room;
     const auto *text = edje_object_part_object_get(elm_layout_edje_get(layout), "elm.text");
     if (!text)
-        return;
-    int width = 0;
-    int line = 0;
+        return room;
     const int longest = WidgetManager::get().pixels(toast_line_units);
-    evas_object_textblock_size_native_get(text, &width, &line);
-    evas_object_size_hint_min_set(layout, std::min(width, longest),
-                                  width > longest ? 2 * line : line);
+    int line = 0;
+    evas_object_textblock_size_native_get(text, &room.width, &line);
+    const bool fits = room.width <= longest;
+    // One pixel more on each side: the text is cut already when it fills its room exactly.
+    room.width = std::min(room.width, longest) + 2;
+    room.height = fits ? line : 2 * line;
+    return room;
 }
 
 } // namespace
@@ -97,13 +105,16 @@ bool set_popup_button(Evas_Object *popup, Evas_Object *button, int slot)
 
 void set_toast_text(Evas_Object *popup, const char *text)
 {
-    Evas_Object *layout = elm_layout_add(popup);
-    if (!layout)
+    // A layout of Elementary goes by the size of its drawing alone, hence the box around it.
+    Evas_Object *box = FreeLayout::create(popup);
+    Evas_Object *line = box ? elm_layout_add(box) : nullptr;
+    if (!line)
         return;
-    elm_layout_theme_set(layout, "layout", "velt", "toast");
-    elm_layout_text_set(layout, "elm.text", markup_of(text).c_str());
-    fit_toast_text(layout);
-    elm_object_content_set(popup, layout);
+    elm_layout_theme_set(line, "layout", "velt", "toast");
+    elm_layout_text_set(line, "elm.text", markup_of(text).c_str());
+    const Size room = room_of_text(line);
+    FreeLayout::of(box)->append(line, room.width, room.height);
+    set_popup_content(popup, box, room.width, room.height);
 }
 
 } // namespace platform

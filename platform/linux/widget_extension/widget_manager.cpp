@@ -31,8 +31,6 @@ void WidgetManager::start(Evas_Object *window)
     window_ = window;
     evas_object_event_callback_add(window, EVAS_CALLBACK_RESIZE, on_window_resized, this);
     evas_object_event_callback_add(window, EVAS_CALLBACK_DEL, on_window_deleted, this);
-    // Our widgets show their focus themselves; Elementary's moving frame would be a second one.
-    elm_win_focus_highlight_enabled_set(window, EINA_FALSE);
     elm_config_scroll_bring_in_scroll_friction_set(bring_in_seconds);
     update_scale();
 
@@ -44,6 +42,9 @@ void WidgetManager::start(Evas_Object *window)
     }
     elm_theme_extension_add(nullptr, theme.c_str());
     theme_ = theme;
+    // Our widgets show their focus themselves. The first key would switch Elementary's moving frame
+    // on again, so it gets a style that draws nothing.
+    elm_win_focus_highlight_style_set(window, "velt");
 }
 
 void WidgetManager::stop()
