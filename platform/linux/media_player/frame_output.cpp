@@ -51,6 +51,13 @@ void FrameOutput::set_orientation(GstVideoOrientationMethod method)
     stored_ = orientation_of(method);
 }
 
+void FrameOutput::set_at_end(bool at_end)
+{
+    at_end_ = at_end;
+    if (at_end && on_end_)
+        on_end_();
+}
+
 bool FrameOutput::paint(GstBuffer *frame, GstClockTime position, const DisplayView &view)
 {
     painted_.reset();

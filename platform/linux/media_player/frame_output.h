@@ -24,6 +24,9 @@ class FrameOutput {
     void set_subtitle(std::unique_ptr<SubtitleTrack> subtitle,
                       std::function<void(const SubtitleTrack::Cue &)> on_cue);
 
+    /** `on_end` hears when the last frame of a stretch has been shown. */
+    void set_end_listener(std::function<void()> on_end) { on_end_ = std::move(on_end); }
+
     /** Whether frames go to the plane. Not before the caller has started the file. */
     void set_visible(bool visible);
 
@@ -34,7 +37,7 @@ class FrameOutput {
     void set_format(const GstVideoInfo &info);
     void set_orientation(GstVideoOrientationMethod method);
     void set_direction(double rate) { direction_ = rate; }
-    void set_at_end(bool at_end) { at_end_ = at_end; }
+    void set_at_end(bool at_end);
 
     /** Paints a frame ahead of its time. */
     void prepare(GstBuffer *frame, GstClockTime position);
@@ -76,6 +79,7 @@ class FrameOutput {
     std::atomic<GstClockTime> position_{GST_CLOCK_TIME_NONE};
     std::atomic<double> direction_{1.0};
     std::atomic<bool> at_end_{false};
+    std::function<void()> on_end_; ///< set before the first frame
     std::atomic<int> width_{0};
     std::atomic<int> height_{0};
 

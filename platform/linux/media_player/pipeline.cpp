@@ -17,6 +17,21 @@ constexpr guint flag_native_video = 1 << 6;
 // Backwards play keeps the frames from one key frame to the next decoded.
 constexpr int64_t backwards_memory_limit = 192 * 1024 * 1024;
 
+// Readers of MPEG streams flush everything, then refuse or skip the beginning, and say they agree.
+const char *const readers_with_rounds[] = {"qtdemux",  "matroskademux", "avidemux",
+                                           "flvdemux", "oggdemux",      "asfdemux"};
+
+// Other readers refuse backwards play, or go on forward and say nothing.
+const char *const readers_backwards[] = {"qtdemux", "matroskademux"};
+
+template <size_t count> bool is_one_of(const std::string &name, const char *const (&names)[count])
+{
+    return std::find(std::begin(names), std::end(names), name) != std::end(names);
+}
+
+// Messages of older seeks than this have long been handled.
+constexpr size_t remembered_seeks = 16;
+
 ElementPtr make_video_end(const std::shared_ptr<FrameOutput> &output)
 {
     ElementPtr bin(GST_ELEMENT(gst_object_ref_sink(gst_bin_new("picture"))));
@@ -115,18 +130,34 @@ bool Pipeline::seek(const Seek &seek)
         flags |= GST_SEEK_FLAG_SEGMENT;
     const auto position = static_cast<gint64>(seek.position);
     if (seek.rate > 0)
-        return gst_element_seek(playbin_.get(), seek.rate, GST_FORMAT_TIME,
-                                static_cast<GstSeekFlags>(flags), GST_SEEK_TYPE_SET, position,
-                                GST_SEEK_TYPE_NONE, -1);
-    return gst_element_seek(playbin_.get(), seek.rate, GST_FORMAT_TIME,
-                            static_cast<GstSeekFlags>(flags), GST_SEEK_TYPE_SET, 0,
-                            GST_SEEK_TYPE_SET, position);
+        return send_seek(seek.rate, flags, position, GST_SEEK_TYPE_NONE, -1);
+    return send_seek(seek.rate, flags, 0, GST_SEEK_TYPE_SET, position);
 }
 
 bool Pipeline::next_round(double rate)
 {
-    return gst_element_seek(playbin_.get(), rate, GST_FORMAT_TIME, GST_SEEK_FLAG_SEGMENT,
-                            GST_SEEK_TYPE_SET, 0, GST_SEEK_TYPE_NONE, -1);
+    return send_seek(rate, GST_SEEK_FLAG_SEGMENT, 0, GST_SEEK_TYPE_NONE, -1);
+}
+
+bool Pipeline::send_seek(double rate, int flags, gint64 start, GstSeekType stop_type, gint64 stop)
+{
+    GstEvent *event = gst_event_new_seek(rate, GST_FORMAT_TIME, static_cast<GstSeekFlags>(flags),
+                                         GST_SEEK_TYPE_SET, start, stop_type, stop);
+    {
+        const std::lock_guard<std::mutex> lock(facts_mutex_);
+        seeks_.push_front(gst_event_get_seqnum(event));
+        if (seeks_.size() > remembered_seeks)
+            seeks_.pop_back();
+    }
+    return gst_element_send_event(playbin_.get(), event);
+}
+
+// A message carries the number of the seek it follows from; some readers number by themselves.
+bool Pipeline::is_stale(GstMessage *message) const
+{
+    const std::lock_guard<std::mutex> lock(facts_mutex_);
+    const auto found = std::find(seeks_.begin(), seeks_.end(), gst_message_get_seqnum(message));
+    return found != seeks_.end() && found != seeks_.begin();
 }
 
 void Pipeline::mute(bool silent)
@@ -171,12 +202,16 @@ GstClockTime Pipeline::position() const
     return output_->position();
 }
 
+bool Pipeline::goes_in_rounds() const
+{
+    const std::lock_guard<std::mutex> lock(facts_mutex_);
+    return is_one_of(demuxer_, readers_with_rounds);
+}
+
 bool Pipeline::plays_backwards() const
 {
     const std::lock_guard<std::mutex> lock(facts_mutex_);
-    if (demuxer_ != "qtdemux" && demuxer_ != "matroskademux")
-        return false;
-    if (key_frames_ < 2)
+    if (!is_one_of(demuxer_, readers_backwards) || key_frames_ < 2)
         return false;
     const int64_t frame_bytes = static_cast<int64_t>(output_->width()) * output_->height() * 3 / 2;
     return frame_bytes * std::max(longest_key_distance_, frames_since_key_) <
@@ -232,9 +267,12 @@ GstBusSyncReply Pipeline::on_message(GstBus *, GstMessage *message, gpointer sel
             events.ready();
         break;
     case GST_MESSAGE_EOS:
-    case GST_MESSAGE_SEGMENT_DONE:
         if (GST_MESSAGE_SRC(message) == GST_OBJECT(pipeline->playbin_.get()))
             events.ended();
+        break;
+    case GST_MESSAGE_SEGMENT_DONE:
+        if (GST_MESSAGE_SRC(message) == GST_OBJECT(pipeline->playbin_.get()))
+            events.round_read(!pipeline->is_stale(message));
         break;
     case GST_MESSAGE_ERROR:
         events.failed(read_failure(message));

@@ -5,6 +5,7 @@
  */
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -19,7 +20,9 @@ namespace platform {
 /** What a pipeline tells; any of GStreamer's threads, and not to be blocked. */
 struct PipelineEvents {
     std::function<void()> ready; ///< first frame, or the one after a seek, is there
-    std::function<void()> ended; ///< the stretch has been played to its end
+    std::function<void()> ended; ///< everything has been shown
+    /** A stretch in rounds has been read, and is still being shown. `fresh`: since the last seek */
+    std::function<void(bool fresh)> round_read;
     std::function<void(Failure)> failed;
     std::function<void()> sound_unknown; ///< no decoder for a sound track
     std::function<void()> frame_dropped; ///< a frame came too late
@@ -72,6 +75,9 @@ class Pipeline {
     bool has_picture() const;
     bool has_sound() const;
 
+    /** Whether a stretch can be sought in rounds. */
+    bool goes_in_rounds() const;
+
     /** Whether the file is a photo, which decodes like a video of one frame. */
     bool is_photo() const;
 
@@ -92,6 +98,8 @@ class Pipeline {
     static void on_element(GstBin *bin, GstBin *child, GstElement *element, gpointer self);
     static GstPadProbeReturn on_coded_frame(GstPad *pad, GstPadProbeInfo *info, gpointer self);
     void note_coded_frame(GstBuffer *frame);
+    bool is_stale(GstMessage *message) const;
+    bool send_seek(double rate, int flags, gint64 start, GstSeekType stop_type, gint64 stop);
 
     const PipelineEvents events_;
     ElementPtr playbin_;
@@ -103,6 +111,7 @@ class Pipeline {
     int frames_since_key_ = -1;    ///< -1 before the first key frame
     int longest_key_distance_ = 0; ///< frames
     int key_frames_ = 0;
+    std::deque<guint32> seeks_; ///< numbers of the last seeks, the newest in front
     const std::shared_ptr<FrameOutput> output_;
 };
 

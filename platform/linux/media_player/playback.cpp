@@ -188,6 +188,7 @@ int Playback::try_open()
         if (const int code = check_media_file(path))
             return code;
     }
+    output_->set_end_listener([this] { tasks_.post([this] { on_round_shown(); }); });
     load_subtitle();
     if (closing_)
         return PLAYER_ERROR_NONE;
@@ -224,6 +225,9 @@ PipelineEvents Playback::pipeline_events()
         });
     };
     events.ended = [this] { tasks_.post([this] { on_ended(); }); };
+    events.round_read = [this](bool fresh) {
+        tasks_.post([this, fresh] { on_round_read(fresh); });
+    };
     events.failed = [this](const Failure &failure) {
         tasks_.post([this, failure] { on_failure(failure); });
     };
@@ -289,15 +293,12 @@ void Playback::finish_preparation()
         phase_ = Phase::Ready;
         listener_->on_prepared(*this);
     };
-    if (!looping_) {
+    if (!looping_ || !pipeline_->goes_in_rounds()) {
         prepared();
         return;
     }
-    // The stretch has to be one that ends in a round from the beginning; seeking later would show.
-    Pipeline::Seek seek;
-    seek.in_rounds = true;
-    in_rounds_ = pipeline_->seek(seek);
-    if (in_rounds_)
+    // A stretch that ends in a round has to be one from the beginning; seeking later would show.
+    if (trick_->begin(1.0, 0, false, true) == TrickPlay::Next::AwaitFrame)
         await_ready(prepared, longest_seek, prepared);
     else
         prepared();

@@ -114,6 +114,10 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void announce_normal_speed();
     void resume_pipeline();
     void on_ended();
+    void on_round_read(bool fresh);
+    void on_round_shown();
+    void follow_up_round();
+    void go_round();
     void next_round();
     void complete();
 
@@ -146,7 +150,9 @@ class Playback : public std::enable_shared_from_this<Playback> {
     Phase phase_ = Phase::Opening;
     bool paused_ = false;
     bool looping_ = false;
-    bool in_rounds_ = false; ///< the present stretch ends in a round, not in an end
+    bool round_read_ = false; ///< a round has been read and not been followed up
+    bool round_is_last_ = false;
+    int rounds_ahead_ = 0; ///< rounds begun by the reader and not yet by the picture
     bool needs_rewind_ = false;
     bool sound_unsupported_ = false;
     bool silent_ = false; ///< plays without sound, after trouble with it

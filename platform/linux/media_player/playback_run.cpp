@@ -9,6 +9,9 @@ namespace {
 constexpr auto longest_seek = std::chrono::milliseconds(5000);
 
 // Rounds of a file of next to no length must not keep a processor busy.
+// A reader that does not tell the end of a round is helped on.
+constexpr auto longest_wait_for_round = std::chrono::milliseconds(300);
+
 constexpr auto shortest_round = std::chrono::milliseconds(100);
 
 } // namespace
@@ -29,10 +32,13 @@ void Playback::do_start()
     paused_ = false;
     output_->set_visible(true);
     last_round_ = Clock::now();
-    if (needs_rewind_ || wanted_rate_ != 1.0 || looping_ != in_rounds_)
+    if (needs_rewind_ || wanted_rate_ != 1.0 ||
+        (looping_ && !trick_->in_rounds() && pipeline_->goes_in_rounds()))
         run_from(0);
     else
         resume_pipeline();
+    if (round_read_)
+        follow_up_round();
     if (broken_check_)
         broken_check_ = Clock::now() + std::chrono::seconds(1);
 }
@@ -81,7 +87,6 @@ void Playback::take_speed(double rate)
     const GstClockTime position = GST_CLOCK_TIME_IS_VALID(now) ? now : 0;
     PLATFORM_LOGI("player", "speed %.2f from %.1f s", rate,
                   static_cast<double>(position) / static_cast<double>(GST_SECOND));
-    round_time_.reset();
     on_speed(trick_->begin(rate, position, !paused_, looping_));
 }
 
@@ -92,8 +97,10 @@ void Playback::on_speed(TrickPlay::Next next)
     case TrickPlay::Next::Nothing:
         break;
     case TrickPlay::Next::AwaitFrame:
-        if (!trick_->stepping())
-            in_rounds_ = looping_ && trick_->rate() > 0;
+        round_time_.reset();
+        round_read_ = false;
+        round_is_last_ = false;
+        rounds_ahead_ = 0;
         await_ready([this] { on_speed_taken(); }, longest_seek, [this] { on_speed_taken(); });
         break;
     case TrickPlay::Next::AtStart:
@@ -143,10 +150,50 @@ void Playback::on_ended()
         back_to_normal(0);
         return;
     }
-    if (!looping_) {
+    if (looping_)
+        go_round();
+    else
+        complete();
+}
+
+// The reader is ahead of the picture: the next round is read while the end of this one is shown.
+void Playback::on_round_read(bool fresh)
+{
+    if (!fresh)
+        return;
+    round_read_ = true;
+    if (phase_ == Phase::Running)
+        follow_up_round();
+}
+
+void Playback::follow_up_round()
+{
+    round_read_ = false;
+    if (looping_)
+        go_round();
+    else
+        round_is_last_ = true;
+    if (round_is_last_ && output_->at_end())
+        on_round_shown();
+}
+
+void Playback::on_round_shown()
+{
+    if (phase_ != Phase::Running || !trick_->in_rounds())
+        return;
+    if (!looping_ && std::exchange(round_is_last_, false)) {
         complete();
         return;
     }
+    // Normally the next round is under way by now.
+    if (rounds_ahead_ > 0)
+        rounds_ahead_--;
+    else if (!round_time_)
+        round_time_ = Clock::now() + longest_wait_for_round;
+}
+
+void Playback::go_round()
+{
     const auto due = last_round_ + shortest_round;
     if (Clock::now() < due)
         round_time_ = due;
@@ -157,8 +204,11 @@ void Playback::on_ended()
 void Playback::next_round()
 {
     last_round_ = Clock::now();
-    if (in_rounds_ && pipeline_->next_round(trick_->rate()))
+    round_is_last_ = false;
+    if (trick_->next_round()) {
+        rounds_ahead_++;
         return;
+    }
     on_speed(trick_->begin(trick_->rate(), 0, !paused_, true));
 }
 

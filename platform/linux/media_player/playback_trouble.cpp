@@ -58,7 +58,6 @@ void Playback::go_silent(const std::string &why)
     }
     const GstClockTime position = output_->position();
     output_->set_visible(false);
-    in_rounds_ = false;
     needs_rewind_ = phase_ == Phase::Ready;
     const auto give_up = [this] { on_broken("it does not come back without sound"); };
     if (!pipeline_->reopen_silent()) {
@@ -102,7 +101,6 @@ void Playback::check_broken()
 void Playback::restart_broken()
 {
     last_restart_ = Clock::now();
-    in_rounds_ = false;
     output_->set_visible(false);
     if (!pipeline_->reopen()) {
         complete();

@@ -26,11 +26,7 @@ TrickPlay::Next TrickPlay::begin(double rate, GstClockTime position, bool runnin
         return Next::Nothing;
     }
     origin_ = position;
-    Pipeline::Seek seek;
-    seek.rate = rate;
-    seek.position = position;
-    seek.in_rounds = in_rounds && rate > 0;
-    if (pipeline_.seek(seek))
+    if (seek_to(rate, position, in_rounds && rate > 0))
         return Next::AwaitFrame;
     if (rate > 0)
         return Next::Refused;
@@ -38,10 +34,26 @@ TrickPlay::Next TrickPlay::begin(double rate, GstClockTime position, bool runnin
     return Next::Nothing;
 }
 
+bool TrickPlay::seek_to(double rate, GstClockTime position, bool in_rounds)
+{
+    Pipeline::Seek seek;
+    seek.rate = rate;
+    seek.position = position;
+    seek.in_rounds = in_rounds && pipeline_.goes_in_rounds();
+    in_rounds_ = seek.in_rounds;
+    return pipeline_.seek(seek);
+}
+
+bool TrickPlay::next_round()
+{
+    return in_rounds_ && pipeline_.next_round(rate_);
+}
+
 void TrickPlay::start_stepping(GstClockTime position, bool running)
 {
     pipeline_.hold();
     stepping_ = true;
+    in_rounds_ = false;
     running_ = running;
     origin_ = position;
     origin_time_ = Clock::now();

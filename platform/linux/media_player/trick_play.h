@@ -23,6 +23,12 @@ class TrickPlay {
     /** Whether the picture steps in a held pipeline instead of playing. */
     bool stepping() const { return stepping_; }
 
+    /** Whether the present stretch ends in a round that next_round() follows up without a seam. */
+    bool in_rounds() const { return in_rounds_; }
+
+    /** Goes on from the start without a seam. @return false when only begin() can */
+    bool next_round();
+
     /** What to do after a call. */
     enum class Next {
         Nothing,    ///< go on
@@ -59,12 +65,14 @@ class TrickPlay {
     void reset();
 
   private:
+    bool seek_to(double rate, GstClockTime position, bool in_rounds);
     void start_stepping(GstClockTime position, bool running);
 
     Pipeline &pipeline_;
     const FrameOutput &output_;
     double rate_ = 1.0;
     bool stepping_ = false;
+    bool in_rounds_ = false;
     bool running_ = false;
 
     // While stepping: the place and time from which the present place is reckoned.

@@ -33,17 +33,19 @@ const std::map<std::string, Format> &formats()
         {"avi", {"avenc_mpeg4 gop-size=%d", mp2, "avimux"}},
         {"flv", {x264, aac, "flvmux"}},
         {"ogg", {"theoraenc keyframe-force=%d", "vorbisenc", "oggmux"}},
-        {"asf", {"avenc_wmv2 gop-size=%d", "avenc_wmav2", "asfmux"}},
-        {"wmv", {"avenc_wmv2 gop-size=%d", "avenc_wmav2", "asfmux"}},
-        {"mpeg", {"avenc_mpeg2video gop-size=%d ! mpegvideoparse", mp2, "mpegpsmux"}},
+        {"asf", {"avenc_wmv2 gop-size=%d ! identity name=late", "avenc_wmav2", "asfmux"}},
+        {"wmv", {"avenc_wmv2 gop-size=%d ! identity name=late", "avenc_wmav2", "asfmux"}},
+        {"mpeg",
+         {"mpeg2enc format=3 max-gop-size=%d min-gop-size=%d ! mpegvideoparse", mp2, "mpegpsmux"}},
     };
     return all;
 }
 
 std::string with_number(std::string text, int number)
 {
-    const size_t place = text.find("%d");
-    return place == std::string::npos ? text : text.replace(place, 2, std::to_string(number));
+    for (size_t place; (place = text.find("%d")) != std::string::npos;)
+        text.replace(place, 2, std::to_string(number));
+    return text;
 }
 
 std::string extension_of(const std::string &path)
@@ -77,6 +79,18 @@ std::string description(const std::string &path, const Clip &clip)
     return text.str();
 }
 
+// Video encoders count from a thousand hours on, and the ASF muxer takes that for real.
+GstPadProbeReturn count_from_zero(GstPad *, GstPadProbeInfo *info, gpointer)
+{
+    constexpr GstClockTime beginning = 1000 * 60 * 60 * GST_SECOND;
+    GstBuffer *buffer = gst_buffer_make_writable(GST_PAD_PROBE_INFO_BUFFER(info));
+    if (GST_BUFFER_PTS(buffer) >= beginning)
+        GST_BUFFER_PTS(buffer) -= beginning;
+    GST_BUFFER_DTS(buffer) = GST_CLOCK_TIME_NONE;
+    GST_PAD_PROBE_INFO_DATA(info) = buffer;
+    return GST_PAD_PROBE_OK;
+}
+
 GstBuffer *picture(const Clip &clip, int number)
 {
     const uint32_t colours[] = {0xff0000, 0x00ff00, 0xffffff, 0x0000ff};
@@ -108,6 +122,12 @@ void make_clip(const std::string &path, const Clip &clip)
     if (GstElement *tags = gst_bin_get_by_name(GST_BIN(pipeline), "tags")) {
         g_object_set(tags, "tags", ("image-orientation=" + clip.orientation).c_str(), nullptr);
         gst_object_unref(tags);
+    }
+    if (GstElement *late = gst_bin_get_by_name(GST_BIN(pipeline), "late")) {
+        GstPad *pad = gst_element_get_static_pad(late, "src");
+        gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, count_from_zero, nullptr, nullptr);
+        gst_object_unref(pad);
+        gst_object_unref(late);
     }
     GstElement *source = gst_bin_get_by_name(GST_BIN(pipeline), "pictures");
     gst_element_set_state(pipeline, GST_STATE_PLAYING);
