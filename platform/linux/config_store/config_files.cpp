@@ -245,6 +245,8 @@ ConfigFiles::Outcome ConfigFiles::write_once(const std::string &key, int value)
         return Outcome::Failed;
     if (survives(key) && fsync(file.number()) != 0)
         return Outcome::Failed;
+    // Closed first: a file that is closed under its final name counts as written once more.
+    file = Descriptor();
     if (!guard.rename_to(path(key)))
         return errno == ENOENT ? Outcome::Again : Outcome::Failed;
     return !survives(key) || sync_folder(folder(key)) ? Outcome::Done : Outcome::Failed;
@@ -255,10 +257,11 @@ ConfigFiles::Outcome ConfigFiles::write_once(const std::string &key, int value)
 // has to see of it; the syncs find nothing to do unless the last writer left them out.
 bool ConfigFiles::confirm(const std::string &key, int value) const
 {
-    const Descriptor file = open_regular(path(key), O_RDWR | O_NOFOLLOW);
-    std::string text;
     int present = 0;
-    if (!file || !read_text(file.number(), text) || !parse(text, present) || present != value)
+    if (!read(key, present) || present != value)
+        return false;
+    const Descriptor file = open_regular(path(key), O_RDWR | O_NOFOLLOW);
+    if (!file)
         return false;
     return !survives(key) || (fdatasync(file.number()) == 0 && sync_folder(folder(key)));
 }

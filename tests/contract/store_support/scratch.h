@@ -91,16 +91,23 @@ inline std::string read_file(const std::string &path)
 /** Runs the main loop until a condition holds. @return whether it did before the deadline. */
 inline bool run_loop_until(const std::function<bool()> &condition, double deadline_s = 10.0)
 {
-    bool expired = false;
-    const auto expire = [](void *data) -> Eina_Bool {
-        *static_cast<bool *>(data) = true;
-        return ECORE_CALLBACK_CANCEL;
+    if (condition())
+        return true;
+    const auto check = [](void *data) -> Eina_Bool {
+        if ((*static_cast<const std::function<bool()> *>(data))())
+            ecore_main_loop_quit();
+        return ECORE_CALLBACK_RENEW;
     };
-    Ecore_Timer *deadline = ecore_timer_add(deadline_s, expire, &expired);
-    while (!condition() && !expired)
-        ecore_main_loop_iterate_may_block(1);
-    if (!expired)
-        ecore_timer_del(deadline);
+    const auto expire = [](void *) -> Eina_Bool {
+        ecore_main_loop_quit();
+        return ECORE_CALLBACK_RENEW;
+    };
+    // Before each sleep of the loop, that is, whenever something may have happened.
+    Ecore_Idle_Enterer *checker = ecore_idle_enterer_add(check, &condition);
+    Ecore_Timer *deadline = ecore_timer_add(deadline_s, expire, nullptr);
+    ecore_main_loop_begin();
+    ecore_timer_del(deadline);
+    ecore_idle_enterer_del(checker);
     return condition();
 }
 
