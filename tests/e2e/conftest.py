@@ -1,5 +1,7 @@
 """Fixtures of the end-to-end tests: a set to play on, content to play, and the audit afterwards."""
 
+import fcntl
+import json
 import os
 import shutil
 import subprocess
@@ -91,10 +93,17 @@ def sample(shared_folder, build_dir):
     """The small variant of the sample content, made once."""
     folder = shared_folder / "sample"
     tool = os.path.join(build_dir, "tools", "sample_content", "make-sample-content")
-    with open(shared_folder / "sample.lock", "w") as lock:
-        import fcntl
+    with open(shared_folder / "sample.lock", "w", encoding="ascii") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
         made = subprocess.run([tool, "--quick", folder], capture_output=True, text=True,
                               timeout=300, check=False)
     assert made.returncode == 0, made.stderr
     return folder
+
+
+@pytest.fixture(scope="session")
+def sample_colours(source_dir):
+    """The colour of each sample file's frame, by the file's name."""
+    table = os.path.join(source_dir, "tools", "sample_content", "colors.json")
+    with open(table, encoding="utf-8") as file:
+        return json.load(file)

@@ -16,10 +16,11 @@ def test_bad_command_line_is_refused(tv, arguments):
     assert any("Usage" in line or "usage" in line for line in player.log.lines), player.log.lines
 
 
-@pytest.mark.parametrize("argument", ["--help", "--version"])
-def test_questions_are_answered_without_a_display(tv, argument):
-    player = tv.start(argument, WAYLAND_DISPLAY="none")
+@pytest.mark.parametrize("argument, answer", [("--help", "--folder_path"), ("--version", "1.")])
+def test_questions_are_answered_without_a_display(tv, argument, answer):
+    player = tv.start(argument, WAYLAND_DISPLAY="none", OSTREL_DEMO_LOG_LEVEL="info")
     assert player.wait_end() == 0
+    assert answer in player.output()
     assert not player.log.lines
 
 

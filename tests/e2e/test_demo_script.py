@@ -68,7 +68,12 @@ def test_demo_without_a_display_leaves_pictures_of_both_orientations(demo, conte
 def test_interrupted_demo_leaves_nothing_behind(demo, content, moment):
     picture(content / "red.jpg", "red")
     process = demo("--seconds", "120", str(content))
-    wait_until(lambda: list(demo.out.glob("shot-*.png")) if moment == "shot"
-               else moment.lower() in demo.text().lower(), moment, deadline_s=300)
+
+    def reached():
+        assert process.poll() is None, demo.text()
+        return (list(demo.out.glob("shot-*.png")) if moment == "shot"
+                else moment.lower() in demo.text().lower())
+
+    wait_until(reached, moment, deadline_s=300)
     os.killpg(process.pid, signal.SIGINT)
     assert process.wait(60) == 130, demo.text()

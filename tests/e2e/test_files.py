@@ -4,8 +4,9 @@ import os
 
 import pytest
 
-from harness.content import COLOURS, half_picture, order_in, picture
+from harness.content import half_picture, order_in, picture
 from harness.player import PLAYBACK_STATUS
+from harness.screen import COLOURS
 from harness.waiting import wait_until
 
 
@@ -117,7 +118,7 @@ NAMES_FROM_HELL = [
     b"%n%s%d%x.mp4",
     b"what#is?this&that=.mp4",
     b"new\nline\ttab.mp4",
-    b"<b>bold</b> &amp; co.mp4",
+    b"<b>bold<i> &amp; co.mp4",
     b"invalid \xff\xfe utf-8.mp4",
     b"-rf --help ; $(reboot).mp4",
     "日本語 العربية.mp4".encode(),
@@ -162,7 +163,7 @@ def test_folder_with_a_name_from_hell(tv, screen, tmp_path, shelf):
 
 def test_options_list_shows_names_from_hell(tv, screen, content, shelf):
     """The popup opens and closes; that the rows read as the names do is the widgets' own test."""
-    shelf.video(os.fsencode(content) + b"/<b>x</b> & \xff%n.mp4", "red", seconds=8)
+    shelf.video(os.fsencode(content) + b"/<b>x<i> & \xff%n.mp4", "red", seconds=8)
     player = tv.start(folder=content)
     screen.wait_for("red")
     screen.key("Return")

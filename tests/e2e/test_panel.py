@@ -2,7 +2,6 @@
 
 import time
 
-import numpy
 import pytest
 
 from harness.content import picture, two_halves
@@ -88,18 +87,12 @@ def test_photo_stands_upright_however_the_panel_is_turned(tv, screen, content, s
                (360, 640) if portrait else (640, 360))
     tv.start(folder=content)
 
-    def colour_at(edge):
-        x, y = {"top": (320, 60), "bottom": (320, 300), "left": (100, 180),
-                "right": (540, 180)}[edge]
-        return screen.picture()[y, x].astype(float)
-
-    def is_near(edge, name):
-        return numpy.linalg.norm(colour_at(edge) - numpy.array(COLOURS[name])) < 45
-
+    places = {"top": (320, 60), "bottom": (320, 300), "left": (100, 180), "right": (540, 180)}
     opposite = {"top": "bottom", "bottom": "top", "left": "right", "right": "left"}
     upper = UPPER_EDGE[state]
-    wait_until(lambda: is_near(upper, "red") and is_near(opposite[upper], "blue"),
-               lambda: f"red at the {upper}: {colour_at(upper)}, {colour_at(opposite[upper])}")
+    wait_until(lambda: screen.near(*places[upper], COLOURS["red"])
+               and screen.near(*places[opposite[upper]], COLOURS["blue"]),
+               lambda: f"red at the {upper}, blue at the other side: {screen.points(3, 3)}")
 
 
 def test_timer_keys_step_the_intervals_and_switch_timed_rotation(tv, screen, content, shelf):

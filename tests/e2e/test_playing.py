@@ -2,32 +2,14 @@
 
 import os
 
-import pytest
-
-from harness.content import order_in, picture
+from harness.content import appears_in, listed, picture
 from harness.player import FILE_MODE, PLAYBACK_STATUS, RELAUNCH_TIMER
 from harness.waiting import wait_until
 
-VIDEOS = (".mp4", ".mkv", ".ts")
-PHOTOS = (".jpg", ".jpeg")
-
-# Corners of the sample content's files; each file has a colour of its own.
-PLAYED = r"(?:OnPlayVideo|OnPlayPhoto)\(\d+\) > .*/([^/ ]+\.(?:mp4|mkv|ogg|jpg))"
-
 
 def expected_order(folder):
-    """Names of the folder's landscape files as the player lists them: videos, then photos, each in
-    the order of the directory."""
-    return [os.path.splitext(name)[0]
-            for kinds in (VIDEOS, PHOTOS) for name in order_in(folder, kinds)
-            if not name.lower().startswith("portrait_")]
-
-
-def appears_in(sequence, names):
-    """Whether `sequence` stands in `names` without anything between."""
-    length = len(sequence)
-    return any(names[start:start + length] == sequence
-               for start in range(len(names) - length + 1))
+    """The colours of the landscape files, which are named after them, in the order of the list."""
+    return [os.path.splitext(name)[0] for name in listed(folder)]
 
 
 def test_all_files_are_shown_in_order_and_the_list_wraps(tv, screen, content, shelf):
@@ -172,15 +154,3 @@ def test_open_files_stay_few_over_many_items(tv, screen, content, shelf):
             screen.key("Right")
     # Two rounds to warm up: caches of fonts, plugins and buffers fill once.
     assert max(counts[-6:]) <= max(counts[3:9]) + 3, counts
-
-
-@pytest.mark.sanitizer_loop
-def test_the_sample_content_is_shown_and_wraps(tv, screen, sample, sample_colours):
-    """The files everybody sees first; also the one loop that runs with sanitizers."""
-    order = expected_order(sample)
-    assert len(order) == 4
-    with screen.record(sample_colours, corners=True) as recorder:
-        tv.start(folder=sample)
-        wait_until(lambda: appears_in(order + order[:1], recorder.names()),
-                   lambda: f"{order} and the first again; seen so far: {recorder.names()}",
-                   deadline_s=180)

@@ -97,3 +97,18 @@ def two_halves(path, upper, lower, size):
     image.paste(colour_of(upper), (0, 0, size[0], size[1] // 2))
     image.save(path, format="JPEG", quality=92)
     return path
+
+
+def listed(folder, portrait=False):
+    """Names of the folder's landscape (or portrait) files as the player lists them: videos, then
+    photos, each in the order of the directory."""
+    kinds = ((".mp4", ".mkv", ".ts"), (".jpg", ".jpeg"))
+    return [name for kind in kinds for name in order_in(folder, kind)
+            if name.lower().startswith("portrait_") == portrait]
+
+
+def appears_in(sequence, names):
+    """Whether `sequence` stands in `names` without anything between."""
+    length = len(sequence)
+    return any(names[start:start + length] == sequence
+               for start in range(len(names) - length + 1))

@@ -89,14 +89,20 @@ class Log:
 class Player:
     """One start of the program."""
 
-    def __init__(self, process, log):
+    def __init__(self, process, log, output_path):
         self.process = process
         self.log = log
+        self._output_path = output_path
         self.tolerated = []
 
     @property
     def pid(self):
         return self.process.pid
+
+    def output(self):
+        """What the program wrote to its standard output."""
+        with open(self._output_path, encoding="utf-8") as file:
+            return file.read()
 
     def running(self):
         return self.process.poll() is None
@@ -187,11 +193,12 @@ class Tv:
             command += ["--demo_player_mode", "folder_contents_player",
                         "--folder_path", os.fsencode(folder) + b"/"]
         command += arguments
-        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                   stderr=subprocess.PIPE, start_new_session=True,
-                                   env={**self.environment(), **environment})
-        copy = os.path.join(self.folder, f"player-{len(self.players)}.log")
-        player = Player(process, Log(process.stderr, copy))
+        stem = os.path.join(self.folder, f"player-{len(self.players)}")
+        with open(f"{stem}.out.log", "wb") as output:
+            process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output,
+                                       stderr=subprocess.PIPE, start_new_session=True,
+                                       env={**self.environment(), **environment})
+        player = Player(process, Log(process.stderr, f"{stem}.log"), f"{stem}.out.log")
         self.players.append(player)
         return player
 

@@ -44,9 +44,8 @@ def stop_process(process, deadline_s=10.0):
 class Recorder:
     """Reads the screen some hundred times a second and keeps each change of what it shows."""
 
-    def __init__(self, screen, colours):
-        self._screen = screen
-        self._colours = colours
+    def __init__(self, look):
+        self._look = look
         self._stop = threading.Event()
         self._thread = threading.Thread(target=self._run, daemon=True)
         self.samples = 0
@@ -63,7 +62,7 @@ class Recorder:
     def _run(self):
         last = object()
         while not self._stop.is_set():
-            seen = self._screen.shown(self._colours)
+            seen = self._look()
             self.samples += 1
             if seen != last:
                 self.changes.append((time.monotonic(), seen))
@@ -175,24 +174,46 @@ class Screen:
         xs = [self.width * (2 * column + 1) // (2 * columns) for column in range(columns)]
         return self._pixels[numpy.ix_(ys, xs)][:, :, 2::-1].reshape(-1, 3).astype(float)
 
-    def shown(self, colours=None):
-        """Name of the colour that covers the screen; "black" for none at all; None for a mixture."""
-        points = self.points()
+    def corners(self):
+        """The colours next to the four corners, a fortieth of the width away from the edges."""
+        away = self.width // 40
+        ys, xs = [away, self.height - 1 - away], [away, self.width - 1 - away]
+        return self._pixels[numpy.ix_(ys, xs)][:, :, 2::-1].reshape(-1, 3).astype(float)
+
+    def near(self, x, y, colour, distance=NEAR):
+        """Whether one pixel has about this colour."""
+        pixel = self._pixels[y, x, 2::-1].astype(float)
+        return float(numpy.linalg.norm(pixel - numpy.array(colour, dtype=float))) < distance
+
+    @staticmethod
+    def _name(points, colours):
         if (points.max(axis=1) < 30).all():
             return "black"
-        for name, colour in (colours or COLOURS).items():
+        for name, colour in colours.items():
             near = numpy.linalg.norm(points - numpy.array(colour, dtype=float), axis=1) < NEAR
-            if near.sum() >= 0.8 * len(points):
+            if near.sum() >= 0.75 * len(points):
                 return name
         return None
 
-    def wait_for(self, name, colours=None):
-        wait_until(lambda: self.shown(colours) == name,
-                   lambda: f"{name} on the screen, which shows {self.shown(colours)}: "
+    def shown(self):
+        """Name of the colour that covers the screen; "black" for none at all; None for a mixture."""
+        return self._name(self.points(), COLOURS)
+
+    def framed(self, colours):
+        """Name of the colour in the corners of the screen, among those given."""
+        return self._name(self.corners(), colours)
+
+    def wait_for(self, name):
+        wait_until(lambda: self.shown() == name,
+                   lambda: f"{name} on the screen, which shows {self.shown()}: "
                            f"{self.points(3, 1).astype(int).tolist()}")
 
-    def record(self, colours=None):
-        return Recorder(self, colours)
+    def record(self):
+        return Recorder(self.shown)
+
+    def record_frames(self, colours):
+        """Records the colour of the corners."""
+        return Recorder(lambda: self.framed(colours))
 
     def key(self, *names):
         """Presses keys by their X names."""
