@@ -6,7 +6,8 @@ namespace platform {
 
 namespace {
 
-constexpr uint32_t kBlack = 0;
+/** The unused byte is full, as the decoder leaves it: some readers take it for alpha. */
+constexpr uint32_t kBlack = 0xff000000;
 /** Turned copies go in squares of this edge, so that both sides stay in the cache. */
 constexpr int kBlock = 32;
 

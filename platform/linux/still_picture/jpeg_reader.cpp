@@ -48,7 +48,7 @@ void ink_to_pixels(uint8_t *row, size_t width, bool inverted)
         const uint32_t red = times(row[0] ^ flip, black);
         const uint32_t green = times(row[1] ^ flip, black);
         const uint32_t blue = times(row[2] ^ flip, black);
-        const uint32_t pixel = red << 16 | green << 8 | blue;
+        const uint32_t pixel = 0xff000000 | red << 16 | green << 8 | blue;
         memcpy(row, &pixel, sizeof pixel);
     }
 }

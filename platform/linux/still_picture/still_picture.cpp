@@ -1,8 +1,8 @@
 #include <new>
 
 #include "log/platform_log.h"
-#include "still_picture/picture_display.h"
 #include "still_picture/picture.h"
+#include "still_picture/picture_display.h"
 
 using platform::PictureDisplay;
 using platform::StillPicture;

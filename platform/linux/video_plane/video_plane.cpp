@@ -12,6 +12,12 @@ namespace {
 
 constexpr const char *kDataKey = "platform-video-plane";
 
+std::weak_ptr<VideoPlane> &latest()
+{
+    static std::weak_ptr<VideoPlane> plane;
+    return plane;
+}
+
 /** What a window keeps of its plane. */
 struct Attachment {
     std::shared_ptr<WaylandPlane> plane;
@@ -45,8 +51,14 @@ std::shared_ptr<VideoPlane> VideoPlane::for_window(Evas_Object *window)
     evas_object_data_set(window, kDataKey, attachment.get());
     evas_object_event_callback_add(window, EVAS_CALLBACK_DEL, on_window_deleted,
                                    attachment.release());
+    latest() = plane;
     PLATFORM_LOGI("video plane", "made, %d x %d", width, height);
     return plane;
+}
+
+std::shared_ptr<VideoPlane> VideoPlane::current()
+{
+    return latest().lock();
 }
 
 } // namespace platform

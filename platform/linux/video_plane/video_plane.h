@@ -4,7 +4,8 @@
  * the plane is never blanked.
  *
  * On a Wayland window it is a subsurface with wl_shm buffers; without a window (tests) it is
- * memory only. for_window() and offscreen() are for the main-loop thread, the rest for any thread.
+ * memory only. for_window(), current() and offscreen() are for the main-loop thread, the rest for
+ * any thread.
  */
 #pragma once
 
@@ -46,6 +47,9 @@ class VideoPlane {
      * @return null when the window has no surface yet or the compositor lacks subsurfaces
      */
     static std::shared_ptr<VideoPlane> for_window(Evas_Object *window);
+
+    /** The plane of the window that got one last, for a status report; null when it is gone. */
+    static std::shared_ptr<VideoPlane> current();
 
     /** A plane without a screen; `on_present` sees each picture, on the presenting thread. */
     static std::shared_ptr<VideoPlane>

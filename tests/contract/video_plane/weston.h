@@ -47,9 +47,9 @@ class Weston {
     Weston()
         : runtime_("XDG_RUNTIME_DIR", folder_.path()), home_("HOME", folder_.path()),
           name_("WAYLAND_DISPLAY", "test"),
-          server_({WESTON, "--no-config", "--backend=headless-backend.so", "--use-pixman",
-                   "--shell=kiosk-shell.so", "--idle-time=0", "--debug", "--socket=test",
-                   "--width=" + std::to_string(kScreenWidth),
+          server_({WESTON, "--config=" + configuration(), "--backend=headless-backend.so",
+                   "--use-pixman", "--shell=desktop-shell.so", "--idle-time=0", "--debug",
+                   "--socket=test", "--width=" + std::to_string(kScreenWidth),
                    "--height=" + std::to_string(kScreenHeight), "--log=" + (folder_ / "log")})
     {
         if (!wait_until([this] { return listening(); }))
@@ -58,23 +58,30 @@ class Weston {
 
     void kill() { server_.signal(SIGKILL); }
 
-    /** What is on the screen: the path of a picture file. */
+    /** What is on the screen: the path of a picture file, good until the next call. */
     std::string screenshot()
     {
-        const std::filesystem::path before = std::filesystem::current_path();
-        std::filesystem::current_path(folder_.path());
-        Child shooter({WESTON_SCREENSHOOTER});
-        std::filesystem::current_path(before);
-        EXPECT_EQ(shooter.finish(), 0);
-        std::string newest;
-        for (const auto &entry : std::filesystem::directory_iterator(folder_.path())) {
-            if (entry.path().extension() == ".png")
-                newest = std::max(newest, entry.path().string());
-        }
-        return newest;
+        // The tool puts a file with the time in its name into its working folder.
+        const ScratchDir shots;
+        Child shooter({WESTON_SCREENSHOOTER}, [&] {
+            if (chdir(shots.path().c_str()) != 0)
+                _exit(126);
+        });
+        EXPECT_EQ(shooter.finish(), 0) << shooter.err_text();
+        for (const auto &entry : std::filesystem::directory_iterator(shots.path()))
+            std::filesystem::rename(entry.path(), folder_ / "shot.png");
+        return folder_ / "shot.png";
     }
 
   private:
+    std::string configuration() const
+    {
+        store_test::write_file(folder_ / "weston.ini", "[shell]\nstartup-animation=none\n"
+                                                       "animation=none\nclose-animation=none\n"
+                                                       "locking=false\npanel-position=none\n");
+        return folder_ / "weston.ini";
+    }
+
     bool listening() const
     {
         sockaddr_un address = {};
@@ -110,6 +117,12 @@ class WestonTest : public testing::Test {
         elm_win_borderless_set(window_, EINA_TRUE);
         elm_win_fullscreen_set(window_, EINA_TRUE);
         evas_object_resize(window_, kScreenWidth, kScreenHeight);
+        Evas_Object *hole = evas_object_rectangle_add(evas_object_evas_get(window_));
+        evas_object_color_set(hole, 0, 0, 0, 0);
+        evas_object_render_op_set(hole, EVAS_RENDER_COPY);
+        evas_object_size_hint_weight_set(hole, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
+        elm_win_resize_object_add(window_, hole);
+        evas_object_show(hole);
         evas_object_show(window_);
         bool drawn = false;
         const auto on_drawn = [](void *data, Evas *, void *) { *static_cast<bool *>(data) = true; };
