@@ -1,0 +1,308 @@
+#include "player_test.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class PanelRotationTest : public PlayerTest {
+  protected:
+    void landscape_contents() { player_.m_vdcLandscapeVideos.emplace_back(); }
+    void portrait_contents() { player_.m_vdcPortraitPhotos.emplace_back(); }
+
+    void arm_zavo_timer()
+    {
+        player_.m_pZavoTimer =
+            ecore_timer_add(300.0, CPlayerInspector::m_OnZavoTimeOutCB, controller_.get());
+        fake_.forget();
+    }
+};
+
+// ---- m_OnWindowRotationCB ----
+
+class WindowRotationTest : public PanelRotationTest {
+  protected:
+    WindowRotationTest()
+    {
+        make_event_pipe();
+        make_window();
+    }
+
+    void report(int angle)
+    {
+        fake_.widgets.window_angle = angle;
+        fake_.forget();
+        CPlayerInspector::m_OnWindowRotationCB(controller_.get(), player_.m_pWindow, nullptr);
+    }
+
+    // Every look at the orientation leaves a line; how often it is looked at is free.
+    Lines report_lines() { return without(fake_.lines(), {"I \"current window rotation type"}); }
+};
+
+TEST_F(WindowRotationTest, ANewOrientationIsStoredAndPosted)
+{
+    report(90);
+
+    EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), ROTATION_TYPE_PORTRAIT);
+    EXPECT_THAT(report_lines(), ElementsAre("I \"\"", "I \"iEventID = 10 iParam1 = 0\"",
+                                            "ecore_pipe_write(10, 0)"));
+}
+
+TEST_F(WindowRotationTest, ThePresentOrientationPostsNothing)
+{
+    report(0);
+
+    EXPECT_THAT(report_lines(), ElementsAre("I \"\""));
+    EXPECT_EQ(fake_.of({"elm_win_rotation_get"}).size(), 1U);
+}
+
+TEST_F(WindowRotationTest, NinetyAfterTwoHundredSeventyPostsOnce)
+{
+    set_panel(ROTATION_TYPE_PORTRAIT_REVERSE);
+
+    report(90);
+
+    EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), ROTATION_TYPE_PORTRAIT);
+    EXPECT_THAT(fake_.of({"ecore_pipe_write"}), ElementsAre("ecore_pipe_write(10, 0)"));
+}
+
+TEST_F(WindowRotationTest, EachAngleHasItsType)
+{
+    const std::pair<int, int> angles[] = {{0, 0},   {90, 1}, {180, 2}, {270, 3},
+                                          {360, 0}, {45, 0}, {-90, 0}};
+    for (const auto &[angle, type] : angles) {
+        set_panel(static_cast<ENDEMO_ROTATION_TYPE>((type + 1) % 4));
+        report(angle);
+        EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), type) << angle;
+    }
+}
+
+TEST_F(WindowRotationTest, WithoutControllerOrWindowItOnlyWarns)
+{
+    fake_.widgets.window_angle = 90;
+
+    CPlayerInspector::m_OnWindowRotationCB(nullptr, player_.m_pWindow, nullptr);
+    CPlayerInspector::m_OnWindowRotationCB(controller_.get(), nullptr, nullptr);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "W \"pOstrelDemoPlayer is null\"", "I \"\"",
+                                           "W \"pOstrelDemoPlayer is null\""));
+    EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), ROTATION_TYPE_LANDSCAPE);
+}
+
+// ---- m_OnDisplayRotatorCB ----
+
+struct RotatorReport {
+    int status;
+    bool rotating;
+    const char *log;
+};
+
+class DisplayRotatorTest : public PanelRotationTest,
+                           public testing::WithParamInterface<RotatorReport> {};
+
+TEST_P(DisplayRotatorTest, TheStatusSetsTheFlagAndIsTold)
+{
+    for (const bool before : {false, true}) {
+        player_.m_bRotating = before;
+        fake_.forget();
+        display_rotator_status_t status = {GetParam().status, 0};
+
+        EXPECT_EQ(CPlayerInspector::m_OnDisplayRotatorCB(&status, controller_.get()), 1);
+
+        EXPECT_EQ(player_.m_bRotating, GetParam().rotating);
+        if (GetParam().log == nullptr)
+            EXPECT_THAT(fake_.lines(), IsEmpty());
+        else
+            EXPECT_THAT(fake_.lines(), ElementsAre(GetParam().log));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Statuses, DisplayRotatorTest,
+    testing::Values(RotatorReport{0, false, "E \"Rotation Done\""},
+                    RotatorReport{1, true, "E \"TV Is Rotating\""},
+                    RotatorReport{2, true, "E \"TV Is Rotating\""},
+                    RotatorReport{-1, false, "E \"TV Does Not Support Rotation\""},
+                    RotatorReport{-2, false, "E \"TV Does Not Support Rotation\""},
+                    RotatorReport{-3, false, "E \"TV Does Not Support Rotation\""},
+                    RotatorReport{5, false, nullptr}, RotatorReport{3, false, nullptr},
+                    RotatorReport{-4, false, nullptr}));
+
+TEST_F(PanelRotationTest, ARotatorReportWithoutAControllerDoesNothing)
+{
+    display_rotator_status_t status = {1, 0};
+
+    EXPECT_EQ(CPlayerInspector::m_OnDisplayRotatorCB(&status, nullptr), 1);
+    EXPECT_EQ(CPlayerInspector::m_OnDisplayRotatorCB(nullptr, controller_.get()), 1);
+
+    EXPECT_FALSE(player_.m_bRotating);
+}
+
+// ---- m_OnRotationDelayTimerCB ----
+
+class RotationDelayTest : public PanelRotationTest {
+  protected:
+    RotationDelayTest()
+    {
+        fake_.rotator.supported = true;
+        portrait_contents();
+        EXPECT_EQ(player_.m_InitPlayList(), 0);
+        fake_.forget();
+    }
+};
+
+TEST_F(RotationDelayTest, TheTimerTurnsThePanelOnceItStandsStill)
+{
+    fake_.loop.advance(0.8);
+
+    EXPECT_THAT(fake_.lines(),
+                ElementsAre("I \"\"", "I \"\"", "VirtualKey_Send_KeyCode(569, 2)", "I \"\""));
+    EXPECT_EQ(player_.m_hRotationDelayTimer, nullptr);
+    EXPECT_THAT(fake_.loop.timers(), IsEmpty());
+}
+
+TEST_F(RotationDelayTest, WhileThePanelTurnsTheTimerKeepsRenewing)
+{
+    Ecore_Timer *timer = player_.m_hRotationDelayTimer;
+    player_.m_bRotating = true;
+
+    fake_.loop.advance(4.0);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"\"", "I \"\"", "I \"\"", "I \"\""));
+    EXPECT_EQ(player_.m_hRotationDelayTimer, timer);
+
+    player_.m_bRotating = false;
+    fake_.forget();
+    fake_.loop.advance(0.8);
+    EXPECT_THAT(fake_.calls(), ElementsAre("VirtualKey_Send_KeyCode(569, 2)"));
+    EXPECT_THAT(fake_.loop.timers(), IsEmpty());
+}
+
+TEST_F(RotationDelayTest, TheTurnClosesAnOpenPopup)
+{
+    make_window();
+    open_popup();
+
+    fake_.loop.advance(0.8);
+
+    EXPECT_THAT(fake_.calls(),
+                ElementsAre("VirtualKey_Send_KeyCode(569, 2)", "evas_object_hide(popup#1)",
+                            "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5)"));
+    EXPECT_EQ(player_.m_hRotationDelayTimer, nullptr);
+}
+
+TEST_F(RotationDelayTest, WithoutAControllerTheTimerRenews)
+{
+    EXPECT_EQ(CPlayerInspector::m_OnRotationDelayTimerCB(nullptr), ECORE_CALLBACK_RENEW);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+}
+
+// ---- m_ChangeRotationType ----
+
+TEST_F(PanelRotationTest, ASetWithoutRotatorDoesNotTurn)
+{
+    landscape_contents();
+    portrait_contents();
+    arm_zavo_timer();
+
+    EXPECT_FALSE(player_.m_ChangeRotationType());
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_NE(player_.m_pZavoTimer, nullptr);
+}
+
+TEST_F(PanelRotationTest, FromLandscapeThePanelTurnsToPortrait)
+{
+    fake_.rotator.supported = true;
+    portrait_contents();
+
+    EXPECT_TRUE(player_.m_ChangeRotationType());
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", writes(ConfigKey::FILE_MODE, 2), "I \"\"",
+                                           "VirtualKey_Send_KeyCode(569, 2)"));
+}
+
+TEST_F(PanelRotationTest, FromPortraitThePanelTurnsToLandscape)
+{
+    fake_.rotator.supported = true;
+    set_panel(ROTATION_TYPE_PORTRAIT);
+    landscape_contents();
+    arm_zavo_timer();
+
+    EXPECT_TRUE(player_.m_ChangeRotationType());
+
+    EXPECT_THAT(fake_.lines(),
+                ElementsAre("I \"\"", "ecore_timer_del(timer#1)", writes(ConfigKey::FILE_MODE, 1),
+                            "I \"\"", "VirtualKey_Send_KeyCode(569, 2)"));
+    EXPECT_EQ(player_.m_pZavoTimer, nullptr);
+}
+
+TEST_F(PanelRotationTest, VideosAloneOrPhotosAloneAreContentEnough)
+{
+    fake_.rotator.supported = true;
+    player_.m_vdcPortraitVideos.emplace_back();
+    EXPECT_TRUE(player_.m_ChangeRotationType());
+
+    player_.m_vdcPortraitVideos.clear();
+    player_.m_vdcLandscapePhotos.emplace_back();
+    set_panel(ROTATION_TYPE_PORTRAIT_REVERSE);
+    EXPECT_TRUE(player_.m_ChangeRotationType());
+}
+
+TEST_F(PanelRotationTest, ARefusedRotationStillStopsTheTimedRotation)
+{
+    fake_.rotator.supported = true;
+    set_panel(ROTATION_TYPE_PORTRAIT);
+    portrait_contents();
+    arm_zavo_timer();
+
+    EXPECT_FALSE(player_.m_ChangeRotationType());
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_del(timer#1)"));
+    EXPECT_EQ(player_.m_pZavoTimer, nullptr);
+}
+
+TEST_F(PanelRotationTest, ARefusedRotationInLandscapeStopsTheTimedRotationToo)
+{
+    fake_.rotator.supported = true;
+    landscape_contents();
+    arm_zavo_timer();
+
+    EXPECT_FALSE(player_.m_ChangeRotationType());
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_del(timer#1)"));
+    EXPECT_EQ(player_.m_pZavoTimer, nullptr);
+}
+
+// ---- m_ResetVideoRotation ----
+
+TEST_F(PanelRotationTest, OnlyAPortraitPanelTurnsTheVideo)
+{
+    make_video_player();
+    const int rotations[] = {0, 2, 0, 0};
+    for (int type = 0; type < 4; ++type) {
+        set_panel(static_cast<ENDEMO_ROTATION_TYPE>(type));
+        const std::string rotation = std::to_string(rotations[type]);
+
+        player_.m_ResetVideoRotation();
+
+        EXPECT_THAT(fake_.lines(),
+                    ElementsAre("I \"\"", "player_set_display_rotation(" + rotation + ")",
+                                "I \"enNextRotation =" + rotation + "\""))
+            << "type " << type;
+    }
+}
+
+TEST_F(PanelRotationTest, ARefusedVideoRotationIsLogged)
+{
+    make_video_player();
+    fake_.fail("player_set_display_rotation");
+
+    player_.m_ResetVideoRotation();
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "player_set_display_rotation(0)",
+                                           "E \"set_display_rotation failed\""));
+}
+
+} // namespace
