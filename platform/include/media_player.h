@@ -132,7 +132,10 @@ int player_resize_video_render_rect(player_h player, int x, int y, int width, in
 
 /**
  * Opens the file and decodes up to its first frame, in state IDLE. Exactly one of `callback` (the
- * player is READY) and the error callback follows, unless player_unprepare() comes first.
+ * player is READY) and the error callback with the reason why it could not follows, unless
+ * player_unprepare() comes first. It comes no sooner than the main loop has returned from the
+ * callback that made this call, so the caller may still set its own fields after it. A sound track
+ * that cannot be played is told through the error callback besides.
  *
  * @return PLAYER_ERROR_NONE when it was started; INVALID_OPERATION without a uri or while one runs
  */

@@ -253,9 +253,9 @@ INSTANTIATE_TEST_SUITE_P(
         Combination{"<<>>", "x", "y", "<<>>"}, Combination{"<<AB>>", "x", "y", "<<AB>>"},
         // A token right behind another mark.
         Combination{"<<<A>>>", "x", "y", "<x>"},
-        // Slot texts are expanded in turn, but only further on.
-        Combination{"<<A>>", "<<B>>", "y", "<<B>>"}, Combination{"<<A>>", " <<B>>", "y", " y"},
-        Combination{"<<A>>", "<<A>>", "y", "<<A>>"}));
+        // Slot texts are expanded in turn, and one that names itself does not go on for ever.
+        Combination{"<<A>>", "<<B>>", "y", "y"}, Combination{"<<A>>", " <<B>>", "y", " y"},
+        Combination{"<<A>><<B>>", "", "y", "y"}, Combination{"<<A>>", "<<A>>", "y", "<<A>>"}));
 
 // ---- GetDefaultPath, CheckPathExist ----
 

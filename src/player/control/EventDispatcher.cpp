@@ -62,8 +62,14 @@ void COstrelDemoPlayer::m_HandlePlayerCompleted()
     m_SetFolderPaths();
     LOGI("m_uiCurPlayIndex: %d, iPlayIndex: %d, m_vdcPlayList.size: %zu",
          static_cast<int>(m_uiCurPlayIndex), m_iPlayIndex, m_vdcPlayList.size());
-    if (m_IsPlayListEmpty())
+    if (m_IsPlayListEmpty()) {
+        // The panel is on its way to the orientation that has content; repeat off ends all the
+        // same.
+        m_uiCurPlayIndex = 0;
+        if (!m_bRepeat)
+            m_EndWithoutRepeat();
         return;
+    }
 
     const size_t uiSize = m_vdcPlayList.size();
     size_t uiNext = m_uiCurPlayIndex;
@@ -88,8 +94,7 @@ void COstrelDemoPlayer::m_HandlePlayerCompleted()
 
     // Only now, with the kinds switched, does repeat off end the show.
     if (!m_bRepeat) {
-        LOGD("Repeat Mode is off");
-        COstrelDemoUtil::ExitApplication();
+        m_EndWithoutRepeat();
         return;
     }
     LOGD("Repeat Mode is on");
@@ -97,6 +102,12 @@ void COstrelDemoPlayer::m_HandlePlayerCompleted()
         OnPlayPhoto(m_strPlayPath);
     else
         OnPlayVideo(m_strPlayPath, m_strSubtitlePath);
+}
+
+void COstrelDemoPlayer::m_EndWithoutRepeat()
+{
+    LOGD("Repeat Mode is off");
+    COstrelDemoUtil::ExitApplication();
 }
 
 void COstrelDemoPlayer::m_HandlePlayerPrepared()

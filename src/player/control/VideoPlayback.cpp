@@ -94,6 +94,8 @@ void COstrelDemoPlayer::StopVideo()
     }
     if (player_unprepare(m_hPlayer) != 0)
         LOGE("player_unprepare error");
+    // Once more: a preparation may have been reported on the way here. No report comes from now on.
+    m_iVideoPlayerState = VIDEO_STATE_STOPPED;
 }
 
 void COstrelDemoPlayer::m_DestroyVideo()

@@ -22,7 +22,7 @@ constexpr char SHOW_DISCLAIMER_FEATURE[] =
     "com.norvane/featureconf/ostrel_demo_player.show_disclaimer";
 
 // A slot text may name its own slot, and would then be expanded for ever.
-constexpr size_t MAX_COMBINED_LENGTH = 64 * 1024;
+constexpr int MAX_REPLACEMENTS = 256;
 
 } // namespace
 
@@ -110,15 +110,21 @@ std::string COstrelDemoUtil::CombinateString(std::string strFormat, std::string 
     constexpr size_t TOKEN_LENGTH = 5;
 
     std::string strResult = strFormat;
+    int iReplacements = 0;
     size_t uiPos = strResult.find(strOpen);
-    while (uiPos != std::string::npos && strResult.size() <= MAX_COMBINED_LENGTH) {
+    while (uiPos != std::string::npos && iReplacements < MAX_REPLACEMENTS) {
+        size_t uiNext = uiPos + 1;
         if (uiPos + TOKEN_LENGTH <= strResult.size() &&
             strResult.compare(uiPos + 3, strClose.size(), strClose) == 0) {
             const auto uiSlot = static_cast<unsigned int>(strResult[uiPos + 2] - 'A');
-            if (uiSlot < arrSlots.size())
+            if (uiSlot < arrSlots.size()) {
                 strResult.replace(uiPos, TOKEN_LENGTH, arrSlots[uiSlot]);
+                ++iReplacements;
+                // A slot text that begins with a token is expanded in turn.
+                uiNext = uiPos;
+            }
         }
-        uiPos = strResult.find(strOpen, uiPos + 1);
+        uiPos = strResult.find(strOpen, uiNext);
     }
     LOGI("strResult: %s", strResult.c_str());
     return strResult;
