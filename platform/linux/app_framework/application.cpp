@@ -141,13 +141,27 @@ void Application::stop_services()
 
 void Application::follow_signals()
 {
-    const auto end = [](void *data, int, void *) -> Eina_Bool {
-        PLATFORM_LOGI(SERVICE, "asked to end by a signal");
-        static_cast<Application *>(data)->quit();
+    const auto exit_asked = [](void *data, int, void *event) -> Eina_Bool {
+        // The bus library asks for the end when the session bus goes away, as if by a signal. The
+        // demo plays on without a bus, so nobody else gets to see that.
+        const auto *asked = static_cast<const Ecore_Event_Signal_Exit *>(event);
+        if (asked->data.si_signo == 0)
+            return ECORE_CALLBACK_DONE;
+        static_cast<Application *>(data)->signalled();
         return ECORE_CALLBACK_PASS_ON;
     };
-    for (const int type : {ECORE_EVENT_SIGNAL_EXIT, ECORE_EVENT_SIGNAL_HUP})
-        signal_handlers_.push_back(ecore_event_handler_add(type, end, this));
+    const auto hung_up = [](void *data, int, void *) -> Eina_Bool {
+        static_cast<Application *>(data)->signalled();
+        return ECORE_CALLBACK_PASS_ON;
+    };
+    signal_handlers_ = {ecore_event_handler_prepend(ECORE_EVENT_SIGNAL_EXIT, exit_asked, this),
+                        ecore_event_handler_prepend(ECORE_EVENT_SIGNAL_HUP, hung_up, this)};
+}
+
+void Application::signalled()
+{
+    PLATFORM_LOGI(SERVICE, "asked to end by a signal");
+    quit();
 }
 
 void Application::quit()

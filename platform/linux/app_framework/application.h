@@ -58,6 +58,7 @@ class Application {
     bool take_launch_request(Extras extras);
     void deliver(Extras extras);
     void follow_signals();
+    void signalled();
     void compositor_gone();
     void update_visibility();
 

@@ -20,11 +20,8 @@ constexpr char INVALID_ARGUMENTS[] = "org.freedesktop.DBus.Error.InvalidArgs";
 // A player that is still scanning a slow stick answers late; one that hangs never does.
 constexpr double LONGEST_HANDOVER_S = 10.0;
 constexpr double BUS_CALL_S = 5.0;
-
-struct MessageDeleter {
-    void operator()(Eldbus_Message *message) const { eldbus_message_unref(message); }
-};
-using MessagePtr = std::unique_ptr<Eldbus_Message, MessageDeleter>;
+// How often a player that ends at that very moment is followed by the next one.
+constexpr int MOST_ATTEMPTS = 5;
 
 void append(Eldbus_Message *message, const Extras &extras)
 {
@@ -96,7 +93,7 @@ SingleInstance::Outcome SingleInstance::claim(const Extras &extras)
         return Outcome::Alone;
     }
     const double deadline = ecore_time_get() + LONGEST_HANDOVER_S;
-    do {
+    for (int attempt = 0; attempt < MOST_ATTEMPTS && ecore_time_get() < deadline; ++attempt) {
         switch (own_name()) {
         case Name::Owned:
             return Outcome::First;
@@ -106,17 +103,13 @@ SingleInstance::Outcome SingleInstance::claim(const Extras &extras)
         case Name::Taken:
             break;
         }
-        switch (hand_over(extras, deadline - ecore_time_get())) {
-        case Delivery::Taken:
+        if (hand_over(extras, deadline - ecore_time_get())) {
             PLATFORM_LOGI(SERVICE, "the running player took the launch request");
             return Outcome::HandedOver;
-        case Delivery::Failed:
-            return Outcome::Failed;
-        case Delivery::TryAgain:
-            break; // It ended meanwhile, and its place is free.
         }
-    } while (ecore_time_get() < deadline);
-    PLATFORM_LOGE(SERVICE, "a player of this session runs but does not answer");
+        // Either its time is up, or it has just ended and its place is free.
+    }
+    PLATFORM_LOGE(SERVICE, "a player of this session runs but does not take the launch request");
     return Outcome::Failed;
 }
 
@@ -144,10 +137,9 @@ SingleInstance::Name SingleInstance::own_name()
     Eldbus_Message *call = eldbus_proxy_method_call_new(bus.get(), "RequestName");
     eldbus_message_arguments_append(
         call, "su", BUS_NAME, static_cast<unsigned int>(ELDBUS_NAME_REQUEST_FLAG_DO_NOT_QUEUE));
-    const MessagePtr reply(eldbus_proxy_send_and_block(bus.get(), call, BUS_CALL_S));
+    const BusMessagePtr reply = call_and_wait(bus, call, BUS_CALL_S);
     unsigned int result = 0;
-    if (!reply || eldbus_message_error_get(reply.get(), nullptr, nullptr) ||
-        !eldbus_message_arguments_get(reply.get(), "u", &result))
+    if (!reply || !eldbus_message_arguments_get(reply.get(), "u", &result))
         return Name::Unavailable;
     return result == ELDBUS_NAME_REQUEST_REPLY_PRIMARY_OWNER ||
                    result == ELDBUS_NAME_REQUEST_REPLY_ALREADY_OWNER
@@ -155,31 +147,14 @@ SingleInstance::Name SingleInstance::own_name()
                : Name::Taken;
 }
 
-SingleInstance::Delivery SingleInstance::hand_over(const Extras &extras, double timeout_s)
+bool SingleInstance::hand_over(const Extras &extras, double timeout_s)
 {
     const BusProxy owner(connection_.get(), BUS_NAME, BUS_OBJECT, BUS_APPLICATION_INTERFACE);
     if (!owner)
-        return Delivery::Failed;
+        return false;
     Eldbus_Message *call = eldbus_proxy_method_call_new(owner.get(), "Launch");
     append(call, extras);
-    const double start = ecore_time_get();
-    const MessagePtr reply(eldbus_proxy_send_and_block(owner.get(), call, timeout_s));
-    const char *error = nullptr;
-    const char *text = nullptr;
-    if (reply && !eldbus_message_error_get(reply.get(), &error, &text))
-        return Delivery::Taken;
-    if (ecore_time_get() - start >= timeout_s)
-        return Delivery::TryAgain;
-    // The bus answers in the owner's place once the owner has ended without an answer.
-    for (const char *gone :
-         {"org.freedesktop.DBus.Error.NoReply", "org.freedesktop.DBus.Error.ServiceUnknown",
-          "org.freedesktop.DBus.Error.NameHasNoOwner"}) {
-        if (error && std::strcmp(error, gone) == 0)
-            return Delivery::TryAgain;
-    }
-    PLATFORM_LOGE(SERVICE, "the running player refused the launch request: %s",
-                  text ? text : "no reason given");
-    return Delivery::Failed;
+    return call_and_wait(owner, call, timeout_s) != nullptr;
 }
 
 Eldbus_Message *SingleInstance::on_launch_call(const Eldbus_Service_Interface *interface,

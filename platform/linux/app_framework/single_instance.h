@@ -38,14 +38,13 @@ class SingleInstance {
 
   private:
     enum class Name { Owned, Taken, Unavailable };
-    enum class Delivery { Taken, TryAgain, Failed };
 
     static Eldbus_Message *on_launch_call(const Eldbus_Service_Interface *interface,
                                           const Eldbus_Message *message);
 
     bool publish();
     Name own_name();
-    Delivery hand_over(const Extras &extras, double timeout_s);
+    bool hand_over(const Extras &extras, double timeout_s);
 
     std::function<bool(Extras)> on_launch_;
     BusConnectionPtr connection_;

@@ -95,4 +95,16 @@ BusProxy &BusProxy::operator=(BusProxy &&other) noexcept
     return *this;
 }
 
+BusMessagePtr call_and_wait(const BusProxy &proxy, Eldbus_Message *call, double timeout_s)
+{
+    constexpr double MILLISECONDS = 1000.0;
+    // The toolkit takes every error reply for a mistake of the program's.
+    const QuietDomain quiet_bus("eldbus");
+    const QuietDomain quiet_checks("eina_safety");
+    BusMessagePtr reply(eldbus_proxy_send_and_block(proxy.get(), call, timeout_s * MILLISECONDS));
+    if (reply && eldbus_message_error_get(reply.get(), nullptr, nullptr))
+        return nullptr;
+    return reply;
+}
+
 } // namespace platform

@@ -30,6 +30,12 @@ BusConnectionPtr connect_session_bus();
 /** The machine's bus; null as above. */
 BusConnectionPtr connect_system_bus();
 
+struct BusMessageDeleter {
+    void operator()(Eldbus_Message *message) const { eldbus_message_unref(message); }
+};
+
+using BusMessagePtr = std::unique_ptr<Eldbus_Message, BusMessageDeleter>;
+
 struct SignalHandlerDeleter {
     void operator()(Eldbus_Signal_Handler *handler) const { eldbus_signal_handler_del(handler); }
 };
@@ -53,5 +59,14 @@ class BusProxy {
     Eldbus_Object *object_ = nullptr;
     Eldbus_Proxy *proxy_ = nullptr;
 };
+
+/**
+ * Calls a method and waits for its reply. A failure is an ordinary outcome here and not logged.
+ *
+ * @param call      the call, which this function consumes
+ * @param timeout_s how long to wait at most
+ * @return the reply, or null when there was none, an error, or no time left
+ */
+BusMessagePtr call_and_wait(const BusProxy &proxy, Eldbus_Message *call, double timeout_s);
 
 } // namespace platform

@@ -17,7 +17,5 @@ void ecore_wl2_display_screen_size_get(Ecore_Wl2_Display *display, int *width, i
 void ecore_wl2_input_pointer_set(Ecore_Wl2_Input *input, struct wl_surface *surface, int hot_x,
                                  int hot_y);
 
-extern int ECORE_WL2_EVENT_DISCONNECT;
 extern int ECORE_WL2_EVENT_DEVICE_ADDED;
-extern int ECORE_WL2_EVENT_SEAT_CAPABILITIES_CHANGED;
 }

@@ -56,7 +56,8 @@ TvWindow::TvWindow(Ecore_Wl2_Display *display, const std::string &name, Listener
     wl_display *connection = ecore_wl2_display_get(display_);
     wayland_roundtrip(connection);
     wl_display_dispatch_pending(connection);
-    reader_watch_ = std::make_unique<ReaderWatch>();
+    connection_watch_ =
+        std::make_unique<ConnectionWatch>(connection, [this] { listener_.compositor_gone(); });
     make_outer(name);
     if (!outer_)
         return;
@@ -69,17 +70,15 @@ TvWindow::TvWindow(Ecore_Wl2_Display *display, const std::string &name, Listener
 
 TvWindow::~TvWindow()
 {
-    for (Ecore_Event_Handler *handler : {disconnect_, device_}) {
-        if (handler)
-            ecore_event_handler_del(handler);
-    }
+    if (device_)
+        ecore_event_handler_del(device_);
     if (visible_job_)
         ecore_job_del(visible_job_);
     if (inner_)
         evas_object_del(inner_);
     delete_outer();
     current_window = nullptr;
-    reader_watch_.reset();
+    connection_watch_.reset();
     ecore_wl2_display_disconnect(display_);
     ecore_wl2_shutdown();
 }
@@ -180,13 +179,6 @@ void TvWindow::follow_events()
         },
         this);
 
-    disconnect_ = ecore_event_handler_add(
-        ECORE_WL2_EVENT_DISCONNECT,
-        [](void *data, int, void *) -> Eina_Bool {
-            static_cast<TvWindow *>(data)->listener_.compositor_gone();
-            return ECORE_CALLBACK_PASS_ON;
-        },
-        this);
     device_ = ecore_event_handler_add(
         ECORE_WL2_EVENT_DEVICE_ADDED,
         [](void *, int, void *) -> Eina_Bool {
@@ -337,7 +329,7 @@ void TvWindow::delete_outer()
 
 void TvWindow::sync()
 {
-    if (reader_watch_->toolkit_reads()) {
+    if (connection_watch_->toolkit_reads()) {
         ecore_wl2_display_flush(display_);
         return;
     }

@@ -98,8 +98,7 @@ class TvWindow {
     std::unique_ptr<InputFeed> input_;
     std::unique_ptr<PointerHider> pointer_;
     std::unique_ptr<IdleInhibitor> idle_inhibitor_;
-    std::unique_ptr<ReaderWatch> reader_watch_;
-    Ecore_Event_Handler *disconnect_ = nullptr;
+    std::unique_ptr<ConnectionWatch> connection_watch_;
     Ecore_Event_Handler *device_ = nullptr;
     Ecore_Job *visible_job_ = nullptr;
     Ecore_Job *delete_job_ = nullptr;

@@ -5,6 +5,7 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
+#include <utility>
 
 #include <wayland-client.h>
 
@@ -53,14 +54,15 @@ bool read_once(wl_display *display, wl_event_queue *queue, Clock::time_point dea
 
 } // namespace
 
-ReaderWatch::ReaderWatch()
-    : never_readable_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
+ConnectionWatch::ConnectionWatch(wl_display *display, std::function<void()> on_broken)
+    : display_(display), on_broken_(std::move(on_broken)),
+      alarm_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
       // Handlers that are always called come after those whose descriptor is ready, in the order
       // they were added, so this one is called after the toolkit's.
       handler_(ecore_main_fd_handler_add(
-          never_readable_, static_cast<Ecore_Fd_Handler_Flags>(ECORE_FD_READ | ECORE_FD_ALWAYS),
+          alarm_, static_cast<Ecore_Fd_Handler_Flags>(ECORE_FD_READ | ECORE_FD_ALWAYS),
           [](void *data, Ecore_Fd_Handler *) -> Eina_Bool {
-              static_cast<ReaderWatch *>(data)->toolkit_reads_ = false;
+              static_cast<ConnectionWatch *>(data)->after_sleep();
               return ECORE_CALLBACK_RENEW;
           },
           this, nullptr, nullptr))
@@ -68,15 +70,33 @@ ReaderWatch::ReaderWatch()
     ecore_main_fd_handler_prepare_callback_set(
         handler_,
         [](void *data, Ecore_Fd_Handler *) {
-            static_cast<ReaderWatch *>(data)->toolkit_reads_ = true;
+            static_cast<ConnectionWatch *>(data)->before_sleep();
         },
         this);
 }
 
-ReaderWatch::~ReaderWatch()
+ConnectionWatch::~ConnectionWatch()
 {
     ecore_main_fd_handler_del(handler_);
-    close(never_readable_);
+    close(alarm_);
+}
+
+void ConnectionWatch::before_sleep()
+{
+    toolkit_reads_ = true;
+    // A broken connection never wakes the loop again, so the loop must not go to sleep on it.
+    if (!broken_ && wl_display_get_error(display_) != 0)
+        eventfd_write(alarm_, 1);
+}
+
+void ConnectionWatch::after_sleep()
+{
+    toolkit_reads_ = false;
+    eventfd_t alarms = 0;
+    if (broken_ || eventfd_read(alarm_, &alarms) != 0)
+        return;
+    broken_ = true;
+    on_broken_();
 }
 
 bool wayland_roundtrip(wl_display *display)

@@ -4,6 +4,8 @@
  */
 #pragma once
 
+#include <functional>
+
 #include <Ecore.h>
 
 struct wl_display;
@@ -11,24 +13,34 @@ struct wl_display;
 namespace platform {
 
 /**
- * The toolkit announces itself as a reader of the Wayland connection before the main loop goes to
- * sleep and takes the announcement back when it serves the connection's descriptor. Whoever reads
- * on the same thread in between waits for itself for ever. This watch tells when that is so.
+ * Keeps an eye on the toolkit's connection.
+ *
+ * The toolkit announces itself as a reader of the connection before the main loop goes to sleep and
+ * takes the announcement back when it serves the connection's descriptor. Whoever reads on the same
+ * thread in between waits for itself for ever; this watch tells when that is so. It also tells when
+ * the connection has broken, which the toolkit keeps to itself.
  */
-class ReaderWatch {
+class ConnectionWatch {
   public:
-    ReaderWatch();
-    ~ReaderWatch();
-    ReaderWatch(const ReaderWatch &) = delete;
-    ReaderWatch &operator=(const ReaderWatch &) = delete;
+    /** @param on_broken called once, on the main loop, when the compositor has gone for good */
+    ConnectionWatch(wl_display *display, std::function<void()> on_broken);
+    ~ConnectionWatch();
+    ConnectionWatch(const ConnectionWatch &) = delete;
+    ConnectionWatch &operator=(const ConnectionWatch &) = delete;
 
     /** Whether the toolkit may be announced as a reader just now. */
     bool toolkit_reads() const { return toolkit_reads_; }
 
   private:
-    int never_readable_;
+    void before_sleep();
+    void after_sleep();
+
+    wl_display *display_;
+    std::function<void()> on_broken_;
+    int alarm_;
     Ecore_Fd_Handler *handler_;
     bool toolkit_reads_ = false;
+    bool broken_ = false;
 };
 
 /**
