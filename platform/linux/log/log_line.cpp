@@ -30,34 +30,6 @@ size_t colour_escape_length(std::string_view text, size_t position)
     return end != std::string_view::npos && text[end] == 'm' ? end + 1 - position : 0;
 }
 
-// Length of the printable UTF-8 character at a position; 0 for anything else: control characters,
-// broken, overlong and surrogate sequences.
-size_t printable_length(std::string_view text, size_t position)
-{
-    const unsigned char first = byte_at(text, position);
-    if (first < 0x80)
-        return first >= 0x20 && first != 0x7F ? 1 : 0;
-    if (!is_continuation(text, position + 1))
-        return 0;
-    const unsigned char second = byte_at(text, position + 1);
-    if (first >= 0xC2 && first <= 0xDF) {
-        // U+0080..U+009F are control characters too; some terminals act on them.
-        return first == 0xC2 && second < 0xA0 ? 0 : 2;
-    }
-    if (!is_continuation(text, position + 2))
-        return 0;
-    if (first >= 0xE0 && first <= 0xEF) {
-        const bool overlong = first == 0xE0 && second < 0xA0;
-        const bool surrogate = first == 0xED && second >= 0xA0;
-        return overlong || surrogate ? 0 : 3;
-    }
-    if (!is_continuation(text, position + 3) || first < 0xF0 || first > 0xF4)
-        return 0;
-    const bool overlong = first == 0xF0 && second < 0x90;
-    const bool too_large = first == 0xF4 && second >= 0x90;
-    return overlong || too_large ? 0 : 4;
-}
-
 void append_escaped(std::string &line, unsigned char byte)
 {
     if (byte == '\n') {
@@ -105,6 +77,39 @@ int syslog_level(int priority)
 }
 
 } // namespace
+
+size_t printable_length(std::string_view text, size_t position)
+{
+    const unsigned char first = byte_at(text, position);
+    if (first < 0x80)
+        return first >= 0x20 && first != 0x7F ? 1 : 0;
+    if (!is_continuation(text, position + 1))
+        return 0;
+    const unsigned char second = byte_at(text, position + 1);
+    if (first >= 0xC2 && first <= 0xDF) {
+        // U+0080..U+009F are control characters too; some terminals act on them.
+        return first == 0xC2 && second < 0xA0 ? 0 : 2;
+    }
+    if (!is_continuation(text, position + 2))
+        return 0;
+    if (first >= 0xE0 && first <= 0xEF) {
+        const bool overlong = first == 0xE0 && second < 0xA0;
+        const bool surrogate = first == 0xED && second >= 0xA0;
+        return overlong || surrogate ? 0 : 3;
+    }
+    if (!is_continuation(text, position + 3) || first < 0xF0 || first > 0xF4)
+        return 0;
+    const bool overlong = first == 0xF0 && second < 0x90;
+    const bool too_large = first == 0xF4 && second >= 0x90;
+    return overlong || too_large ? 0 : 4;
+}
+
+std::string visible_text(std::string_view text)
+{
+    std::string visible;
+    append_visible(visible, text, false);
+    return visible;
+}
 
 char log_priority_letter(int priority)
 {

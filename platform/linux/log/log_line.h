@@ -15,6 +15,15 @@ struct LogStyle {
     bool journal = false; ///< begin with the syslog level in angle brackets, as journald reads it
 };
 
+/**
+ * Length in bytes of the printable UTF-8 character at a position of a text; 0 for anything else:
+ * control characters, broken, overlong and surrogate sequences.
+ */
+size_t printable_length(std::string_view text, size_t position);
+
+/** A text with everything that is no printable UTF-8 shown as \n, \t or \xNN. */
+std::string visible_text(std::string_view text);
+
 /** The letter of a priority, a log_priority value: D, I, W or E. */
 char log_priority_letter(int priority);
 

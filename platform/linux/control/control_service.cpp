@@ -1,0 +1,179 @@
+#include "control/control.h"
+
+#include <map>
+#include <string>
+
+#include "app_framework/bus_names.h"
+#include "app_framework/injection.h"
+#include "control/message_arguments.h"
+#include "control/status_report.h"
+#include "key_router/key_names.h"
+#include "log/log_line.h"
+#include "log/platform_log.h"
+#include "panel/panel_model.h"
+#include "system_facts/language.h"
+#include "usb_storage/usb_devices.h"
+
+namespace platform {
+
+namespace {
+
+constexpr char kInvalidArguments[] = "org.freedesktop.DBus.Error.InvalidArgs";
+constexpr char kRefused[] = "org.tizen.OstrelDemoPlayerTv.Error.Refused";
+
+Eldbus_Service_Interface *&registered()
+{
+    static Eldbus_Service_Interface *interface = nullptr;
+    return interface;
+}
+
+Eldbus_Message *invalid(const Eldbus_Message *call, const char *reason)
+{
+    return eldbus_message_error_new(call, kInvalidArguments, reason);
+}
+
+// The one way to say no: the reason goes to the caller and, because staff may ask later, the log.
+Eldbus_Message *refuse(const Eldbus_Message *call, const std::string &reason)
+{
+    PLATFORM_LOGW("control", "%s refused: %s", eldbus_message_member_get(call), reason.c_str());
+    return eldbus_message_error_new(call, kRefused, reason.c_str());
+}
+
+// What follows may end the program, so the caller gets its answer first.
+void answer_now(const Eldbus_Service_Interface *interface, const Eldbus_Message *call)
+{
+    eldbus_connection_send(eldbus_service_connection_get(interface),
+                           eldbus_message_method_return_new(call), nullptr, nullptr, -1);
+}
+
+Eldbus_Message *on_key(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+{
+    const auto name = text_argument(call);
+    if (!name)
+        return invalid(call, "Key takes the name of a key");
+    if (!is_tv_key_name(*name)) {
+        const std::string similar = similar_key_name(*name);
+        return refuse(call, "the set has no key \"" + visible_text(*name) + "\"" +
+                                (similar.empty() ? std::string() : "; is it " + similar + "?"));
+    }
+    inject_key(*name);
+    return eldbus_message_method_return_new(call);
+}
+
+Eldbus_Message *on_panel(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+{
+    const auto name = text_argument(call);
+    const auto angle = name ? panel_angle(*name) : std::nullopt;
+    if (!angle)
+        return invalid(call, "Panel takes landscape, portrait, landscape-reverse or "
+                             "portrait-reverse");
+    PanelModel &panel = PanelModel::get();
+    if (!panel.can_turn())
+        return refuse(call, "the set does not turn its panel; tv.conf says whether it has a "
+                            "rotator");
+    if (panel.turning() && panel.target() != *angle)
+        return refuse(call,
+                      "the panel is turning to " + std::to_string(panel.target()) + " degrees");
+    const bool there = panel.turning() || panel.angle() == *angle;
+    if (!there && !panel.turn_to(*angle))
+        return refuse(call, "the panel does not turn");
+    return eldbus_message_method_return_new(call);
+}
+
+Eldbus_Message *on_power(const Eldbus_Service_Interface *interface, const Eldbus_Message *call)
+{
+    static const std::map<std::string, PowerEvent> events = {
+        {"off", PowerEvent::Off}, {"standby", PowerEvent::Standby}, {"wakeup", PowerEvent::Wakeup}};
+    const auto name = text_argument(call);
+    const auto event = name ? events.find(*name) : events.end();
+    if (event == events.end())
+        return invalid(call, "Power takes off, standby or wakeup");
+    answer_now(interface, call);
+    inject_power(event->second);
+    return nullptr;
+}
+
+Eldbus_Message *on_language(const Eldbus_Service_Interface *interface, const Eldbus_Message *call)
+{
+    const auto name = text_argument(call);
+    if (!name || !set_language(*name))
+        return invalid(call, "Language takes a language and country like ko_KR");
+    answer_now(interface, call);
+    announce_language_change();
+    return nullptr;
+}
+
+Eldbus_Message *on_usb_add(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+{
+    const auto path = path_argument(call);
+    if (!path || path->front() != '/')
+        return invalid(call, "UsbAdd takes an absolute path");
+    if (!usb_add(*path))
+        return refuse(call, visible_text(*path) + " is no folder");
+    return eldbus_message_method_return_new(call);
+}
+
+Eldbus_Message *on_usb_remove(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+{
+    const auto path = path_argument(call);
+    if (!path || path->front() != '/')
+        return invalid(call, "UsbRemove takes an absolute path");
+    if (!usb_remove(*path))
+        return refuse(call, "no USB storage is mounted at " + visible_text(*path));
+    return eldbus_message_method_return_new(call);
+}
+
+Eldbus_Message *on_status(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+{
+    const auto format = text_argument(call);
+    if (!format || (*format != "json" && *format != "text"))
+        return invalid(call, "Status takes the format: json or text");
+    const std::vector<StatusNode> status = status_report();
+    const std::string text = *format == "json" ? status_as_json(status) : status_as_text(status);
+    Eldbus_Message *reply = eldbus_message_method_return_new(call);
+    eldbus_message_arguments_append(reply, "s", text.c_str());
+    return reply;
+}
+
+const Eldbus_Arg_Info kKeyArguments[] = {{"s", "name"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info kPanelArguments[] = {{"s", "orientation"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info kPowerArguments[] = {{"s", "event"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info kLanguageArguments[] = {{"s", "language"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info kPathArguments[] = {{"ay", "path"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info kFormatArguments[] = {{"s", "format"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info kStatusResults[] = {{"s", "status"}, {nullptr, nullptr}};
+
+const Eldbus_Method kMethods[] = {
+    {"Key", kKeyArguments, nullptr, on_key, 0},
+    {"Panel", kPanelArguments, nullptr, on_panel, 0},
+    {"Power", kPowerArguments, nullptr, on_power, 0},
+    {"Language", kLanguageArguments, nullptr, on_language, 0},
+    {"UsbAdd", kPathArguments, nullptr, on_usb_add, 0},
+    {"UsbRemove", kPathArguments, nullptr, on_usb_remove, 0},
+    {"Status", kFormatArguments, kStatusResults, on_status, 0},
+    {nullptr, nullptr, nullptr, nullptr, 0},
+};
+
+const Eldbus_Service_Interface_Desc kDescription = {
+    BUS_CONTROL_INTERFACE, kMethods, nullptr, nullptr, nullptr, nullptr};
+
+} // namespace
+
+bool control_start(Eldbus_Connection *connection)
+{
+    if (connection == nullptr || registered() != nullptr)
+        return false;
+    registered() = eldbus_service_interface_register(connection, BUS_OBJECT, &kDescription);
+    if (registered() == nullptr)
+        PLATFORM_LOGW("control", "the control interface could not be put on the session bus");
+    return registered() != nullptr;
+}
+
+void control_stop()
+{
+    if (registered() != nullptr)
+        eldbus_service_interface_unregister(registered());
+    registered() = nullptr;
+}
+
+} // namespace platform
