@@ -1,0 +1,130 @@
+#include <algorithm>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include <Eina.h>
+#include <unistd.h>
+
+#include "command.h"
+#include "player_connection.h"
+
+namespace tvctl {
+
+namespace {
+
+bool is_utf8(const std::string &text)
+{
+    int index = 0;
+    while (text.c_str()[index] != '\0') {
+        // Bytes that are no UTF-8 come back as characters of a range of their own.
+        const Eina_Unicode character = eina_unicode_utf8_next_get(text.c_str(), &index);
+        if (character == 0 || (character >= 0xDC80 && character <= 0xDCFF))
+            return false;
+    }
+    return true;
+}
+
+// A command with one argument that must be one of a few words, or any valid text when there are
+// none.
+int one_word(const char *command, const char *operation, const Arguments &arguments,
+             const std::vector<std::string> &words)
+{
+    if (arguments.size() != 1)
+        return usage_error(command, "needs one argument");
+    const std::string &word = arguments.front();
+    if (!words.empty() && std::find(words.begin(), words.end(), word) == words.end())
+        return usage_error(command, "does not know \"" + word + "\"");
+    // The bus closes the connection of whoever sends other text.
+    if (!is_utf8(word))
+        return refuse("the argument is no valid text");
+    return call_control(operation, word);
+}
+
+std::string absolute(const std::string &path)
+{
+    if (path.empty() || path.front() == '/')
+        return path;
+    const std::unique_ptr<char, void (*)(void *)> resolved(realpath(path.c_str(), nullptr),
+                                                           std::free);
+    if (resolved)
+        return resolved.get();
+    char folder[PATH_MAX];
+    return getcwd(folder, sizeof folder) != nullptr ? std::string(folder) + "/" + path : path;
+}
+
+} // namespace
+
+int launch(const Arguments &arguments)
+{
+    static const std::vector<std::string> options = {
+        "folder_path", "path_location", "demo_player_mode", "repeat_mode", "mode", "extra"};
+    std::map<std::string, std::string> extras;
+    for (size_t i = 0; i < arguments.size(); ++i) {
+        const std::string &argument = arguments[i];
+        const size_t equals = argument.find('=');
+        const bool dashes = argument.compare(0, 2, "--") == 0;
+        std::string name = dashes ? argument.substr(2, equals - 2) : std::string();
+        if (std::find(options.begin(), options.end(), name) == options.end())
+            return usage_error("launch", "does not know \"" + argument + "\"");
+        if (equals == std::string::npos && i + 1 == arguments.size())
+            return usage_error("launch", argument + " needs a value");
+        std::string value =
+            equals != std::string::npos ? argument.substr(equals + 1) : arguments[++i];
+        if (name == "extra") {
+            const size_t middle = value.find('=');
+            if (middle == std::string::npos || middle == 0 || !is_utf8(value.substr(0, middle)))
+                return usage_error("launch", "--extra needs NAME=VALUE");
+            name = value.substr(0, middle);
+            value.erase(0, middle + 1);
+        }
+        extras[name] = value;
+    }
+    return call_launch(extras);
+}
+
+int key(const Arguments &arguments)
+{
+    return one_word("key", "Key", arguments, {});
+}
+
+int panel(const Arguments &arguments)
+{
+    return one_word("panel", "Panel", arguments,
+                    {"landscape", "portrait", "landscape-reverse", "portrait-reverse"});
+}
+
+int power(const Arguments &arguments)
+{
+    return one_word("power", "Power", arguments, {"off", "standby", "wakeup"});
+}
+
+int language(const Arguments &arguments)
+{
+    return one_word("language", "Language", arguments, {});
+}
+
+int usb(const Arguments &arguments)
+{
+    if (arguments.size() != 2 || (arguments[0] != "add" && arguments[0] != "remove"))
+        return usage_error("usb", "needs add or remove, and a path");
+    if (arguments[1].empty())
+        return usage_error("usb", "needs a path");
+    return call_control(arguments[0] == "add" ? "UsbAdd" : "UsbRemove",
+                        Bytes{absolute(arguments[1])});
+}
+
+int status(const Arguments &arguments)
+{
+    const bool json = arguments.size() == 1 && arguments.front() == "--json";
+    if (!json && !arguments.empty())
+        return usage_error("status", "does not know \"" + arguments.front() + "\"");
+    std::string text;
+    const int result = ask_control("Status", json ? "json" : "text", text);
+    if (result == EXIT_DONE && std::fputs(text.c_str(), stdout) < 0)
+        return refuse("the status could not be written");
+    return result;
+}
+
+} // namespace tvctl

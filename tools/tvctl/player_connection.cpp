@@ -1,0 +1,136 @@
+#include "player_connection.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <memory>
+
+#include <Ecore.h>
+
+#include "app_framework/bus_names.h"
+#include "bus/bus_connection.h"
+#include "command.h"
+
+namespace tvctl {
+
+namespace {
+
+// A player that is reading a slow stick answers late; one that hangs never does.
+constexpr double kLongestCall_s = 10.0;
+
+struct MessageDeleter {
+    void operator()(Eldbus_Message *message) const { eldbus_message_unref(message); }
+};
+using MessagePtr = std::unique_ptr<Eldbus_Message, MessageDeleter>;
+
+using Append = std::function<void(Eldbus_Message *)>;
+using Take = std::function<void(const Eldbus_Message *)>;
+
+class EcoreLibrary {
+  public:
+    EcoreLibrary()
+    {
+        // Modules that follow the machine's batteries and name; they ask the system bus, loudly.
+        setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
+        ecore_init();
+    }
+    ~EcoreLibrary() { ecore_shutdown(); }
+    EcoreLibrary(const EcoreLibrary &) = delete;
+    EcoreLibrary &operator=(const EcoreLibrary &) = delete;
+};
+
+int no_player(const char *reason)
+{
+    std::fprintf(stderr, "tvctl: %s\n", reason);
+    return EXIT_NO_PLAYER;
+}
+
+int explain(const std::string &name, const std::string &text)
+{
+    const std::string prefix = "org.freedesktop.DBus.Error.";
+    if (name == prefix + "ServiceUnknown" || name == prefix + "NameHasNoOwner")
+        return no_player("no player is running in this session");
+    if (name == prefix + "NoReply" || name == prefix + "Timeout" || name.empty())
+        return refuse("the player does not answer");
+    return refuse(text.empty() ? name : text);
+}
+
+int call(const char *interface, const char *operation, const Append &append, const Take &take)
+{
+    const EcoreLibrary ecore;
+    const platform::BusConnectionPtr bus = platform::connect_session_bus();
+    if (!bus)
+        return no_player("there is no session bus to find a player on");
+    const platform::BusProxy player(bus.get(), platform::BUS_NAME, platform::BUS_OBJECT, interface);
+    if (!player)
+        return refuse("out of memory");
+    Eldbus_Message *message = eldbus_proxy_method_call_new(player.get(), operation);
+    append(message);
+    const MessagePtr reply(eldbus_proxy_send_and_block(player.get(), message, kLongestCall_s));
+    const char *name = nullptr;
+    const char *text = nullptr;
+    if (!reply)
+        return explain({}, {});
+    if (eldbus_message_error_get(reply.get(), &name, &text))
+        return explain(name != nullptr ? name : "", text != nullptr ? text : "");
+    take(reply.get());
+    return EXIT_DONE;
+}
+
+void append_bytes(Eldbus_Message_Iter *to, const std::string &value)
+{
+    Eldbus_Message_Iter *bytes = eldbus_message_iter_container_new(to, 'a', "y");
+    eldbus_message_iter_fixed_array_append(bytes, 'y', value.data(),
+                                           static_cast<unsigned int>(value.size()));
+    eldbus_message_iter_container_close(to, bytes);
+}
+
+void ignore(const Eldbus_Message *) {}
+
+} // namespace
+
+int call_control(const char *operation, const std::string &text)
+{
+    std::string ignored;
+    return ask_control(operation, text, ignored);
+}
+
+int ask_control(const char *operation, const std::string &text, std::string &result)
+{
+    const Append append = [&](Eldbus_Message *message) {
+        eldbus_message_arguments_append(message, "s", text.c_str());
+    };
+    const Take take = [&](const Eldbus_Message *reply) {
+        const char *answer = nullptr;
+        if (*eldbus_message_signature_get(reply) != '\0' &&
+            eldbus_message_arguments_get(reply, "s", &answer) && answer != nullptr)
+            result = answer;
+    };
+    return call(platform::BUS_CONTROL_INTERFACE, operation, append, take);
+}
+
+int call_control(const char *operation, const Bytes &bytes)
+{
+    const Append append = [&](Eldbus_Message *message) {
+        append_bytes(eldbus_message_iter_get(message), bytes.value);
+    };
+    return call(platform::BUS_CONTROL_INTERFACE, operation, append, ignore);
+}
+
+int call_launch(const std::map<std::string, std::string> &extras)
+{
+    const Append append = [&](Eldbus_Message *message) {
+        Eldbus_Message_Iter *arguments = eldbus_message_iter_get(message);
+        Eldbus_Message_Iter *all = eldbus_message_iter_container_new(arguments, 'a', "{say}");
+        for (const auto &[name, value] : extras) {
+            Eldbus_Message_Iter *entry = eldbus_message_iter_container_new(all, 'e', nullptr);
+            eldbus_message_iter_basic_append(entry, 's', name.c_str());
+            append_bytes(entry, value);
+            eldbus_message_iter_container_close(all, entry);
+        }
+        eldbus_message_iter_container_close(arguments, all);
+    };
+    return call(platform::BUS_APPLICATION_INTERFACE, "Launch", append, ignore);
+}
+
+} // namespace tvctl
