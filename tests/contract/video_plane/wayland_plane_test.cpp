@@ -47,14 +47,20 @@ class WaylandPlaneTest : public platform_test::WestonTest {
         return color & 0xffffff;
     }
 
-    /** Whether the plane's thread sleeps on a lock, as libwayland has it do. */
-    static bool plane_thread_waits_for_a_reader()
+    static std::filesystem::path plane_thread()
     {
         for (const auto &task : std::filesystem::directory_iterator("/proc/self/task")) {
             if (store_test::read_file(task.path() / "comm") == "video-plane\n")
-                return std::stoi("0" + store_test::read_file(task.path() / "syscall")) == SYS_futex;
+                return task.path();
         }
-        return false;
+        return {};
+    }
+
+    /** Whether the plane's thread sleeps on a lock, as libwayland has it do. */
+    static bool plane_thread_waits_for_a_reader()
+    {
+        const auto call = store_test::read_file(plane_thread() / "syscall");
+        return std::strtol(call.c_str(), nullptr, 10) == SYS_futex;
     }
 
     static size_t buffers(const std::shared_ptr<VideoPlane> &plane)
@@ -268,6 +274,7 @@ TEST_F(WaylandPlaneTest, RefusesPicturesQuietlyOnceTheCompositorIsGone)
         const PlaneBufferPtr buffer = plane->acquire();
         return buffer && !plane->present(buffer);
     }));
+    EXPECT_TRUE(wait_until([] { return plane_thread().empty(); })) << "its thread goes on";
 }
 
 } // namespace
