@@ -1,0 +1,710 @@
+// The application shell: main() runs with the fake framework inside it, and each test plays the
+// framework's part.
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <Elementary.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform.h"
+#include "player/util/EventManager.h"
+#include "player/util/OstrelDemoUtil.h"
+
+// main() of the player, under another name.
+int demo_player_main(int argc, char **argv);
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+namespace {
+
+constexpr char DEMO_MODE[] = "db/ostrel-demo-player-tv/demo_mode";
+constexpr char USE_MODE[] = "db/menu/support/use_mode";
+constexpr char RELAUNCH_TIMER[] = "memory/usb-launcher-service/start_relaunch_timer";
+
+using Lines = std::vector<std::string>;
+
+class MainTest : public testing::Test {
+  protected:
+    MainTest() : fake_(fake::reset())
+    {
+        COstrelDemoUtil::SetWindowRotationType(ROTATION_TYPE_LANDSCAPE);
+        fake_.forget();
+        fake_.store.values = {{DEMO_MODE, 0},
+                              {USE_MODE, 1},
+                              {"db/sysman/rotation_state", 1},
+                              {"db/ostrel-demo-player-tv/file_mode", 1},
+                              {"db/ostrel-demo-player-tv/rotation_auto_mode", 0}};
+        fake_.storage.add_folder("/opt/data/demo_movie", {"a.mp4", "b.mp4"});
+    }
+
+    ~MainTest() override
+    {
+        CEventManager::ReleaseInstance();
+        EXPECT_THAT(fake_.script.unused(), IsEmpty()) << "failures that never came about";
+        EXPECT_THAT(fake_.texts.held(), IsEmpty());
+    }
+
+    // Runs main(); `script` is the application's life between start and end of the main loop.
+    int run(std::function<void()> script)
+    {
+        fake_.app.script = std::move(script);
+        char name[] = "ostrel-demo-player-tv";
+        char *argv[] = {name, nullptr};
+        return demo_player_main(1, argv);
+    }
+
+    // As run(), with the application created before and terminated after.
+    void run_created(std::function<void()> script)
+    {
+        run([this, script = std::move(script)] {
+            EXPECT_TRUE(fake_.app.create());
+            fake_.forget();
+            script();
+            fake_.app.terminate();
+        });
+    }
+
+    // The window's first visibility starts playback once in a process, and all tests share theirs:
+    // a second request starts it at any time.
+    void launch_and_start(const fake::Application::Extras &extras = {})
+    {
+        fake_.app.launch(extras);
+        fake_.app.launch(extras);
+    }
+
+    int exits() const { return fake_.app.exit_requests; }
+    bool has_controller() const { return fake_.media.state != PLAYER_STATE_NONE; }
+
+    fake::Platform &fake_;
+};
+
+// ---- main, elm_main ----
+
+TEST_F(MainTest, MainStartsElementaryAndTheFramework)
+{
+    fake_.app.exit_status = 7;
+
+    EXPECT_EQ(run(nullptr), 7);
+
+    EXPECT_THAT(fake_.lines(), ElementsAre("elm_init(1)", StartsWith("D \""),
+                                           "ui_app_add_event_handler(LANGUAGE_CHANGED, null)",
+                                           "ui_app_main(1)", "elm_shutdown()"));
+    EXPECT_EQ(_elm_startup_time, 1000.0);
+}
+
+// ---- Create ----
+
+TEST_F(MainTest, CreateSetsUpTheSetInItsOrder)
+{
+    run([this] {
+        fake_.forget();
+        EXPECT_TRUE(fake_.app.create());
+
+        EXPECT_THAT(
+            fake_.calls(),
+            ElementsAre(
+                "VirtualKey_Initialize(0)", "ecore_event_handler_add(DEVICE_ADD, null)",
+                "ea_init()", "elm_app_base_scale_set(2)", "device_power_subscribe_poweroff()",
+                "device_power_subscribe_standby()", "device_power_subscribe_wakeup()",
+                "device_power_subscribe_state_changed_event()", "app_context_manager_init()",
+                "SettingsAPI::DisableItemsByList(\"broadcasting picturesize pip "
+                "game-mode delete-contents-list tools-demo-update "
+                "tools-picture-demo\", \"org.tizen.ostrel-demo-player-tv\")",
+                "elm_config_mirrored_set(false)"));
+        EXPECT_THAT(fake_.logs().front(), StartsWith("I \""));
+    });
+}
+
+TEST_F(MainTest, CreateReadsTheRotationStateBeforeTheRest)
+{
+    fake_.store.values["db/sysman/rotation_state"] = 2;
+
+    run([this] {
+        fake_.app.create();
+        EXPECT_THAT(fake_.of({"VirtualKey_Initialize", "vconf_get_int", "ea_init"}),
+                    ElementsAre("VirtualKey_Initialize(0)",
+                                "vconf_get_int(\"db/sysman/rotation_state\")", "ea_init()"));
+        EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), ROTATION_TYPE_PORTRAIT);
+    });
+}
+
+TEST_F(MainTest, CreateMirrorsARightToLeftSet)
+{
+    fake_.system.ui_orientation = 1;
+
+    run([this] {
+        fake_.app.create();
+        EXPECT_EQ(fake_.calls().back(), "elm_config_mirrored_set(true)");
+    });
+}
+
+// ---- Launch requests ----
+
+TEST_F(MainTest, ALaunchCreatesTheController)
+{
+    run_created([this] {
+        fake_.app.launch();
+
+        EXPECT_TRUE(has_controller());
+        EXPECT_EQ(exits(), 0);
+        EXPECT_EQ(fake_.store.get(RELAUNCH_TIMER), 3);
+        EXPECT_THAT(fake_.logs().front(), StartsWith("I \""));
+    });
+}
+
+TEST_F(MainTest, ALaunchReadsItsExtrasInOrder)
+{
+    run_created([this] {
+        fake_.app.launch({{"folder_path", "/demo/show/"}});
+
+        EXPECT_THAT(fake_.of({"app_control_get_extra_data"}),
+                    ElementsAre("app_control_get_extra_data(\"__K_RELOCATE_BELOW\")",
+                                "app_control_get_extra_data(\"mode\")",
+                                "app_control_get_extra_data(\"demo_player_mode\")",
+                                "app_control_get_extra_data(\"repeat_mode\")",
+                                "app_control_get_extra_data(\"folder_path\")",
+                                "app_control_get_extra_data(\"path_location\")"));
+        const Lines logs = fake_.logs();
+        EXPECT_THAT(logs, testing::Contains("I \"Get ExtraKey:mode,fail\""));
+        EXPECT_THAT(logs,
+                    testing::Contains("I \"ExtraKey:folder_path,pStrExtraValue:/demo/show/\""));
+    });
+}
+
+TEST_F(MainTest, ALaunchWatchesItsKeys)
+{
+    run_created([this] {
+        fake_.app.launch();
+
+        EXPECT_THAT(fake_.of({"vconf_notify"}),
+                    ElementsAre("vconf_notify_key_changed(\"db/ostrel-demo-player-tv/demo_mode\", "
+                                "null)",
+                                "vconf_notify_key_changed(\"db/menu/support/use_mode\", null)"));
+    });
+}
+
+TEST_F(MainTest, ALaunchWithoutDataOnlyWarns)
+{
+    run_created([this] {
+        fake_.app.launch_without_data({{"mode", "factory_stop"}});
+
+        EXPECT_THAT(fake_.lines(), ElementsAre(StartsWith("I \""), "W \"pAppData is null\""));
+    });
+}
+
+TEST_F(MainTest, ARelocationBelowTheAmbientScreenIsIgnored)
+{
+    run_created([this] {
+        fake_.app.launch({{"__K_RELOCATE_BELOW", "com.norvane.tv.aod"}, {"mode", "factory_stop"}});
+
+        EXPECT_THAT(fake_.calls(), IsEmpty());
+        EXPECT_FALSE(has_controller());
+        EXPECT_THAT(fake_.of({"app_control_get_extra_data"}),
+                    ElementsAre("app_control_get_extra_data(\"__K_RELOCATE_BELOW\")"));
+    });
+}
+
+TEST_F(MainTest, ARelocationBelowAnythingElseIsALaunch)
+{
+    run_created([this] {
+        fake_.app.launch({{"__K_RELOCATE_BELOW", "com.norvane.tv.other"}});
+
+        EXPECT_TRUE(has_controller());
+    });
+}
+
+TEST_F(MainTest, AFactoryStopEndsTheProgram)
+{
+    run_created([this] {
+        fake_.app.launch({{"mode", "factory_stop"}});
+
+        EXPECT_THAT(fake_.calls(), ElementsAre("ui_app_exit()"));
+        EXPECT_FALSE(has_controller());
+    });
+}
+
+TEST_F(MainTest, AFactoryStartNeitherStartsNorEnds)
+{
+    run_created([this] {
+        for (const char *mode : {"factory_start", "anything", ""}) {
+            fake_.app.launch({{"mode", mode}, {"demo_player_mode", "folder_contents_player"}});
+            EXPECT_THAT(fake_.calls(), IsEmpty()) << mode;
+            EXPECT_FALSE(has_controller());
+        }
+    });
+}
+
+TEST_F(MainTest, FolderContentsModeResetsTheSelectionAndWatchesOneKey)
+{
+    fake_.store.values[DEMO_MODE] = 0x0102;
+
+    run_created([this] {
+        fake_.app.launch({{"demo_player_mode", "folder_contents_player"}});
+
+        EXPECT_EQ(fake_.store.get(DEMO_MODE), 0);
+        EXPECT_THAT(fake_.of({"vconf_set_int", "vconf_notify"})[0],
+                    "vconf_set_int(\"db/ostrel-demo-player-tv/demo_mode\", 0)");
+        EXPECT_THAT(fake_.store.watched(), ElementsAre(DEMO_MODE));
+    });
+}
+
+TEST_F(MainTest, FolderContentsModeEnablesRewindAndForward)
+{
+    run_created([this] {
+        launch_and_start({{"demo_player_mode", "folder_contents_player"}});
+        fake_.media.fire_prepared();
+        fake_.loop.drain_pipe();
+        fake_.loop.press_key("XF86AudioNext");
+        fake_.loop.drain_pipe();
+
+        EXPECT_EQ(fake_.media.rate, 2.0F);
+    });
+}
+
+TEST_F(MainTest, AnyOtherPlayerModeIsTheOrdinaryOne)
+{
+    fake_.store.values[DEMO_MODE] = 0x0102;
+
+    run_created([this] {
+        fake_.app.launch({{"demo_player_mode", "Folder_Contents_Player"}});
+
+        EXPECT_EQ(fake_.store.get(DEMO_MODE), 0x0102);
+        EXPECT_THAT(fake_.store.watched(), ElementsAre(DEMO_MODE, USE_MODE));
+    });
+}
+
+TEST_F(MainTest, TheLaunchFolderIsPlayed)
+{
+    fake_.storage.add_folder("/demo/show", {"x.mp4"});
+
+    run_created([this] {
+        fake_.app.launch(
+            {{"demo_player_mode", "folder_contents_player"}, {"folder_path", "/demo/show/"}});
+
+        EXPECT_THAT(fake_.logs(), testing::Contains("I \"FileName:x.mp4\""));
+    });
+}
+
+TEST_F(MainTest, AUsbFolderIsLookedForOnTheSticks)
+{
+    fake_.storage.sticks = {"/media/a"};
+    fake_.storage.add_folder("/media/a/show", {"x.mp4"});
+
+    run_created([this] {
+        fake_.app.launch({{"folder_path", "show"}, {"path_location", "usb"}});
+
+        EXPECT_THAT(fake_.logs(), testing::Contains("I \"path existed:/media/a/show/\""));
+    });
+}
+
+TEST_F(MainTest, AnyOtherLocationIsNoUsb)
+{
+    fake_.storage.add_folder("/demo/show", {"x.mp4"});
+
+    run_created([this] {
+        fake_.app.launch({{"folder_path", "/demo/show/"}, {"path_location", "USB"}});
+
+        EXPECT_THAT(fake_.of({"usb_device"}), IsEmpty());
+    });
+}
+
+TEST_F(MainTest, WithoutAFolderTheBuiltInOneIsPlayed)
+{
+    run_created([this] {
+        fake_.app.launch();
+
+        EXPECT_THAT(fake_.logs(), testing::Contains("I \"FileName:a.mp4\""));
+    });
+}
+
+struct RepeatMode {
+    const char *value; /**< null for none */
+    bool repeats;
+};
+
+class RepeatModeTest : public MainTest, public testing::WithParamInterface<RepeatMode> {};
+
+TEST_P(RepeatModeTest, DecidesWhatFollowsTheFirstVideo)
+{
+    run_created([this] {
+        fake::Application::Extras extras;
+        if (GetParam().value != nullptr)
+            extras["repeat_mode"] = GetParam().value;
+        launch_and_start(extras);
+        fake_.media.fire_prepared();
+        fake_.loop.drain_pipe();
+
+        fake_.media.fire_completed();
+        fake_.loop.drain_pipe();
+
+        EXPECT_EQ(fake_.media.preparing(), GetParam().repeats);
+        EXPECT_EQ(exits(), GetParam().repeats ? 0 : 1);
+    });
+}
+
+// The comparison with "no" is exact.
+INSTANTIATE_TEST_SUITE_P(Values, RepeatModeTest,
+                         testing::Values(RepeatMode{nullptr, true}, RepeatMode{"no", false},
+                                         RepeatMode{"No", true}, RepeatMode{"NO", true},
+                                         RepeatMode{"yes", true}, RepeatMode{"", true},
+                                         RepeatMode{"none", true}));
+
+TEST_F(MainTest, ARelaunchStartsTheOldListAnew)
+{
+    fake_.storage.add_folder("/demo/show", {"x.mp4"});
+
+    run_created([this] {
+        fake_.app.launch();
+        fake_.forget();
+
+        fake_.app.launch({{"folder_path", "/demo/show/"}, {"repeat_mode", "no"}});
+
+        EXPECT_EQ(fake_.media.uri, "/opt/data/demo_movie/a.mp4");
+        EXPECT_THAT(fake_.of({"player_create", "app_get_preinitialized", "ecore_pipe_add"}),
+                    IsEmpty());
+
+        // The new repeat mode is not taken either.
+        fake_.media.fire_prepared();
+        fake_.loop.drain_pipe();
+        fake_.media.fire_completed();
+        fake_.loop.drain_pipe();
+        EXPECT_EQ(exits(), 0);
+    });
+}
+
+TEST_F(MainTest, ARelaunchWatchesTheKeysAgain)
+{
+    run_created([this] {
+        fake_.app.launch();
+        fake_.forget();
+
+        fake_.app.launch();
+
+        EXPECT_EQ(fake_.transcript.count("vconf_notify_key_changed"), 2);
+        EXPECT_THAT(fake_.store.watched(), ElementsAre(DEMO_MODE, USE_MODE));
+    });
+}
+
+TEST_F(MainTest, KeysThatCannotBeWatchedDoNotStopTheLaunch)
+{
+    fake_.script.fail_always("vconf_notify_key_changed");
+
+    run_created([this] {
+        fake_.app.launch();
+
+        EXPECT_TRUE(has_controller());
+        EXPECT_EQ(exits(), 0);
+    });
+}
+
+TEST_F(MainTest, AFailedCreationEndsTheProgram)
+{
+    fake_.storage.add_folder("/opt/data/demo_movie", {});
+
+    run_created([this] {
+        fake_.app.launch();
+
+        EXPECT_EQ(exits(), 1);
+        const Lines lines = fake_.lines();
+        ASSERT_GE(lines.size(), 3U);
+        EXPECT_EQ(Lines(lines.end() - 3, lines.end()),
+                  Lines({"E \"Create ostrel demo player failed\"", "E \"\"", "ui_app_exit()"}));
+    });
+}
+
+TEST_F(MainTest, AFailedVideoPlayerEndsTheProgram)
+{
+    fake_.fail("player_create");
+
+    run_created([this] {
+        fake_.app.launch();
+
+        EXPECT_EQ(exits(), 1);
+        EXPECT_THAT(fake_.logs(), testing::Contains("E \"Create ostrel demo player failed\""));
+    });
+}
+
+TEST_F(MainTest, UnreadableExtrasAreTakenForAbsent)
+{
+    fake_.script.fail_always("app_control_get_extra_data");
+
+    run_created([this] {
+        fake_.app.launch({{"mode", "factory_stop"}});
+
+        EXPECT_TRUE(has_controller());
+        EXPECT_EQ(exits(), 0);
+    });
+}
+
+// ---- Watched keys ----
+
+class WatchedKeyTest : public MainTest {
+  protected:
+    void run_launched(std::function<void()> script)
+    {
+        run_created([this, script = std::move(script)] {
+            launch_and_start();
+            fake_.forget();
+            script();
+        });
+    }
+};
+
+TEST_F(WatchedKeyTest, DemoModeMinusOneEndsTheProgram)
+{
+    run_launched([this] {
+        fake_.store.change(DEMO_MODE, -1);
+
+        EXPECT_THAT(fake_.lines(),
+                    ElementsAre(StartsWith("I \""), "E \"\"", "ui_app_exit()",
+                                "I \"pKeyName:db/ostrel-demo-player-tv/demo_mode iKeyValue:-1\""));
+    });
+}
+
+TEST_F(WatchedKeyTest, AnyOtherDemoModeIsOnlyLogged)
+{
+    run_launched([this] {
+        for (const int value : {0, 1, 0x0102, -2}) {
+            fake_.forget();
+            fake_.store.change(DEMO_MODE, value);
+            EXPECT_THAT(fake_.lines(),
+                        ElementsAre(StartsWith("I \""),
+                                    "I \"pKeyName:db/ostrel-demo-player-tv/demo_mode iKeyValue:" +
+                                        std::to_string(value) + "\""));
+        }
+    });
+}
+
+TEST_F(WatchedKeyTest, UseModeZeroEndsTheProgram)
+{
+    run_launched([this] {
+        fake_.store.change(USE_MODE, 0);
+
+        EXPECT_THAT(fake_.lines(), ElementsAre(StartsWith("I \""), "E \"\"", "ui_app_exit()",
+                                               "I \"pKeyName:db/menu/support/use_mode "
+                                               "iKeyValue:0\""));
+    });
+}
+
+TEST_F(WatchedKeyTest, AnyOtherUseModeIsOnlyLogged)
+{
+    run_launched([this] {
+        fake_.store.change(USE_MODE, 1);
+        fake_.store.change(USE_MODE, -1);
+
+        EXPECT_EQ(exits(), 0);
+    });
+}
+
+TEST_F(WatchedKeyTest, KeyNamesAreComparedWithoutCase)
+{
+    run_launched([this] {
+        fake_.store.values["DB/OSTREL-Demo-Player-TV/Demo_Mode"] = -1;
+        fake_.store.values[DEMO_MODE] = -1;
+        fake_.store.notify(DEMO_MODE, "DB/OSTREL-Demo-Player-TV/Demo_Mode");
+        EXPECT_EQ(exits(), 1);
+
+        fake_.store.values["DB/Menu/Support/USE_MODE"] = 0;
+        fake_.store.values[USE_MODE] = 0;
+        fake_.store.notify(USE_MODE, "DB/Menu/Support/USE_MODE");
+        EXPECT_EQ(exits(), 2);
+    });
+}
+
+TEST_F(WatchedKeyTest, OtherKeysEndNothing)
+{
+    run_launched([this] {
+        fake_.store.values[DEMO_MODE] = -1;
+        fake_.store.values[USE_MODE] = 0;
+
+        fake_.store.notify(DEMO_MODE, "db/ostrel-demo-player-tv/file_mode");
+
+        EXPECT_EQ(exits(), 0);
+    });
+}
+
+TEST_F(WatchedKeyTest, AKeyThatCannotBeReadEndsNothing)
+{
+    run_launched([this] {
+        fake_.store.values.erase(DEMO_MODE);
+        fake_.store.notify(DEMO_MODE, DEMO_MODE);
+        fake_.store.values.erase(USE_MODE);
+        fake_.store.notify(USE_MODE, USE_MODE);
+
+        EXPECT_EQ(exits(), 0);
+    });
+}
+
+TEST_F(WatchedKeyTest, AMissingNodeOnlyLogs)
+{
+    run_launched([this] {
+        fake_.store.follower(DEMO_MODE)(nullptr, nullptr);
+
+        EXPECT_THAT(fake_.lines(), ElementsAre(StartsWith("I \"")));
+    });
+}
+
+TEST_F(WatchedKeyTest, ChoosingOffEndsTheProgramByTheKeyToo)
+{
+    run_launched([this] {
+        fake_.widgets.press(fake_.widgets.window(), 1);
+        fake_.widgets.press_row(fake_.widgets.get("genlist"), 0);
+        EXPECT_EQ(fake_.store.get(DEMO_MODE), -1);
+        const int before = exits();
+
+        fake_.store.notify(DEMO_MODE, DEMO_MODE);
+
+        EXPECT_EQ(exits(), before + 1);
+    });
+}
+
+// ---- Power, pause, resume, language ----
+
+TEST_F(MainTest, EveryPowerEventEndsTheProgram)
+{
+    run_created([this] {
+        for (const char *event : {"poweroff", "standby", "wakeup"}) {
+            fake_.forget();
+            fake_.power.raise(event);
+            EXPECT_THAT(fake_.lines(), ElementsAre("E \"\"", "E \"\"", "ui_app_exit()")) << event;
+        }
+        fake_.forget();
+        fake_.power.change_state(DEVICE_POWER_STATE_NORMAL);
+        EXPECT_THAT(fake_.lines(), ElementsAre("E \"\"", "E \"\"", "ui_app_exit()"));
+    });
+}
+
+TEST_F(MainTest, APauseEndsTheProgram)
+{
+    run_created([this] {
+        fake_.app.pause();
+
+        EXPECT_THAT(fake_.lines(), ElementsAre(StartsWith("I \""), "E \"\"", "ui_app_exit()"));
+    });
+}
+
+TEST_F(MainTest, AResumeOnlyLogs)
+{
+    run_created([this] {
+        fake_.app.resume();
+
+        EXPECT_THAT(fake_.lines(), ElementsAre(StartsWith("I \"")));
+    });
+}
+
+TEST_F(MainTest, AChangedLanguageIsTaken)
+{
+    run_created([this] {
+        fake_.system.language = "ar_AE";
+        fake_.system.ui_orientation = 1;
+
+        fake_.app.change_language();
+
+        EXPECT_THAT(fake_.calls(),
+                    ElementsAre("elm_config_mirrored_set(true)", "elm_language_set(\"ar_AE\")"));
+        EXPECT_THAT(fake_.of({"runtime_info"}), ElementsAre("runtime_info_get_value_string(1)"));
+        const Lines logs = fake_.logs();
+        ASSERT_GE(logs.size(), 2U);
+        EXPECT_THAT(logs.front(), StartsWith("D \""));
+        EXPECT_THAT(logs.back(), testing::AllOf(StartsWith("D \""), testing::HasSubstr("ar_AE")));
+    });
+}
+
+TEST_F(MainTest, ALanguageThatCannotBeReadIsNotTaken)
+{
+    fake_.fail("runtime_info_get_value_string");
+
+    run_created([this] {
+        fake_.app.change_language();
+
+        EXPECT_THAT(fake_.lines(), ElementsAre(StartsWith("D \""), "elm_config_mirrored_set(false)",
+                                               "E \"Get System Language Failed\""));
+    });
+}
+
+TEST_F(MainTest, ANullLanguageIsNotTaken)
+{
+    fake_.system.language_missing = true;
+
+    run_created([this] {
+        fake_.app.change_language();
+
+        EXPECT_THAT(fake_.of({"elm_language_set"}), IsEmpty());
+    });
+}
+
+// ---- Terminate ----
+
+TEST_F(MainTest, TerminationReleasesTheSetInItsOrder)
+{
+    run([this] {
+        fake_.app.create();
+        fake_.app.launch();
+        fake_.forget();
+
+        fake_.app.terminate();
+
+        const Lines calls = fake_.calls();
+        ASSERT_GE(calls.size(), 8U);
+        EXPECT_EQ(
+            Lines(calls.begin(), calls.begin() + 7),
+            Lines({"SettingsAPI::RemoveDisabledItemsByAppname("
+                   "\"org.tizen.ostrel-demo-player-tv\")",
+                   "app_context_manager_fini()",
+                   "vconf_set_int(\"memory/usb-launcher-service/start_relaunch_timer\", 1)",
+                   "device_power_unsubscribe_standby()", "device_power_unsubscribe_poweroff()",
+                   "vconf_ignore_key_changed(\"db/menu/support/use_mode\")",
+                   "vconf_ignore_key_changed(\"db/ostrel-demo-player-tv/demo_mode\")"}));
+        EXPECT_EQ(calls.back(), "elm_velt_manager_fini()") << "the controller goes last";
+        EXPECT_THAT(fake_.logs().front(), StartsWith("I \""));
+        EXPECT_FALSE(has_controller());
+    });
+}
+
+TEST_F(MainTest, AfterTerminationOnlyTheIntendedIsLeft)
+{
+    fake_.rotator.supported = true;
+    run_created([this] {
+        launch_and_start();
+        fake_.media.fire_prepared();
+        fake_.loop.drain_pipe();
+    });
+
+    EXPECT_THAT(fake_.leftovers(), ElementsAre("device-add handler#1", "subscription to wakeup",
+                                               "subscription to the power state"));
+}
+
+TEST_F(MainTest, TerminationWithoutAControllerReleasesTheRest)
+{
+    run([this] {
+        fake_.app.create();
+        fake_.forget();
+
+        fake_.app.terminate();
+
+        EXPECT_EQ(fake_.store.get(RELAUNCH_TIMER), 1);
+        EXPECT_THAT(fake_.of({"player_", "ecore_pipe_del", "elm_velt_manager_fini"}), IsEmpty());
+    });
+}
+
+TEST_F(MainTest, TheControllersPointerIsClearedAtTermination)
+{
+    run([this] {
+        fake_.app.create();
+        fake_.app.launch();
+        fake_.app.terminate();
+        fake_.forget();
+
+        // A second end finds no controller.
+        fake_.app.terminate();
+
+        EXPECT_THAT(fake_.of({"player_", "elm_velt_manager_fini"}), IsEmpty());
+    });
+}
+
+} // namespace
