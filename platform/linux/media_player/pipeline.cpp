@@ -64,11 +64,13 @@ Pipeline::Pipeline(const std::string &uri, const std::shared_ptr<FrameOutput> &o
     if (!playbin_)
         return;
     const ElementPtr video = make_video_end(output);
-    const ElementPtr audio = make_audio_sink();
+    // Without a sink of ours playbin would open a device of its choice, sound or no sound.
+    const bool with_sound = static_cast<bool>(make_audio_sink);
+    const ElementPtr audio = with_sound ? make_audio_sink() : make_element("fakesink");
     // An element of our own: a sound server would remember its own mute switch past our end.
     volume_ = make_element("volume");
     g_object_set(playbin_.get(), "uri", uri.c_str(), "video-sink", video.get(), "flags",
-                 flag_video | flag_audio | flag_native_video, nullptr);
+                 flag_video | flag_native_video | (with_sound ? flag_audio : 0), nullptr);
     if (audio)
         g_object_set(playbin_.get(), "audio-sink", audio.get(), nullptr);
     if (volume_)
@@ -92,23 +94,6 @@ bool Pipeline::open()
 {
     return playbin_ &&
            gst_element_set_state(playbin_.get(), GST_STATE_PAUSED) != GST_STATE_CHANGE_FAILURE;
-}
-
-bool Pipeline::reopen()
-{
-    if (!playbin_)
-        return false;
-    gst_element_set_state(playbin_.get(), GST_STATE_READY);
-    return open();
-}
-
-bool Pipeline::reopen_silent()
-{
-    if (!playbin_)
-        return false;
-    gst_element_set_state(playbin_.get(), GST_STATE_READY);
-    g_object_set(playbin_.get(), "flags", flag_video | flag_native_video, nullptr);
-    return open();
 }
 
 void Pipeline::play()
@@ -164,6 +149,19 @@ void Pipeline::mute(bool silent)
 {
     if (volume_)
         g_object_set(volume_.get(), "mute", silent ? TRUE : FALSE, nullptr);
+}
+
+bool Pipeline::reader_gave_up() const
+{
+    const std::lock_guard<std::mutex> lock(facts_mutex_);
+    if (!reader_)
+        return false;
+    const PadPtr pad(gst_element_get_static_pad(reader_.get(), "sink"));
+    GST_OBJECT_LOCK(reader_.get());
+    const bool found_nothing = reader_->numsrcpads == 0;
+    GST_OBJECT_UNLOCK(reader_.get());
+    return found_nothing && pad && GST_PAD_MODE(pad.get()) == GST_PAD_MODE_PULL &&
+           gst_pad_get_task_state(pad.get()) == GST_TASK_PAUSED;
 }
 
 bool Pipeline::has_picture() const
@@ -246,6 +244,7 @@ void Pipeline::on_element(GstBin *, GstBin *, GstElement *element, gpointer self
     if (std::strstr(klass, "Demuxer")) {
         const std::lock_guard<std::mutex> lock(pipeline->facts_mutex_);
         pipeline->demuxer_ = GST_OBJECT_NAME(factory);
+        pipeline->reader_.reset(GST_ELEMENT(gst_object_ref(element)));
     } else if (std::strstr(klass, "Decoder") &&
                (std::strstr(klass, "Video") || std::strstr(klass, "Image"))) {
         {

@@ -33,7 +33,7 @@ class Pipeline {
   public:
     using AudioSinkMaker = std::function<ElementPtr()>;
 
-    /** Nothing is opened yet. @param make_audio_sink called for the sound's end */
+    /** Nothing is opened yet. @param make_audio_sink called for the sound's end; empty: silent */
     Pipeline(const std::string &uri, const std::shared_ptr<FrameOutput> &output,
              const AudioSinkMaker &make_audio_sink, PipelineEvents events);
 
@@ -45,12 +45,6 @@ class Pipeline {
 
     /** Opens the file and decodes up to its first frame; `ready` or `failed` tells the end. */
     bool open();
-
-    /** Opens the file anew, without its sound. */
-    bool reopen_silent();
-
-    /** Opens the file anew. */
-    bool reopen();
 
     void play();
     void hold();
@@ -71,6 +65,12 @@ class Pipeline {
 
     /** Silences the sound, or lets it be heard again. */
     void mute(bool silent);
+
+    /**
+     * Whether the file's reader has stopped without finding anything in it. Its error message gets
+     * lost when it comes while the pipeline is still being put together.
+     */
+    bool reader_gave_up() const;
 
     bool has_picture() const;
     bool has_sound() const;
@@ -107,6 +107,7 @@ class Pipeline {
 
     mutable std::mutex facts_mutex_; ///< guards what the streaming threads find out
     std::string demuxer_;
+    ElementPtr reader_; ///< the demuxer itself
     bool photo_decoder_ = false;
     int frames_since_key_ = -1;    ///< -1 before the first key frame
     int longest_key_distance_ = 0; ///< frames

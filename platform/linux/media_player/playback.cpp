@@ -14,6 +14,8 @@ namespace {
 // A file that goes away slowly, from a disk that was pulled out say, holds up the next no longer.
 constexpr auto longest_wait_for_predecessor = std::chrono::milliseconds(1000);
 
+constexpr auto look_after_opening = std::chrono::milliseconds(250);
+
 constexpr auto longest_seek = std::chrono::milliseconds(5000);
 
 } // namespace
@@ -114,7 +116,8 @@ void Playback::run()
 
 void Playback::dispose()
 {
-    opener_.join();
+    if (opener_.joinable())
+        opener_.join();
     trick_.reset();
     pipeline_.reset();
     listener_.reset();
@@ -135,6 +138,7 @@ std::optional<Playback::Clock::time_point> Playback::next_deadline() const
         consider(trick_->deadline());
     consider(round_time_);
     consider(broken_check_);
+    consider(progress_check_);
     return next;
 }
 
@@ -149,6 +153,8 @@ void Playback::on_deadline()
         next_round();
     } else if (broken_check_ && now >= *broken_check_) {
         check_broken();
+    } else if (progress_check_ && now >= *progress_check_) {
+        watch_progress();
     } else if (!on_ready_ && phase_ == Phase::Running && !paused_ && trick_->stepping()) {
         on_speed(trick_->step());
     }
@@ -164,13 +170,20 @@ void Playback::await_ready(std::function<void()> next, std::chrono::milliseconds
 
 void Playback::arm_first_frame()
 {
-    await_ready([this] { on_first_frame(); }, request_.patience / 2, [this] { on_nothing_came(); });
+    opening_since_ = Clock::now();
+    await_first_frame();
+}
+
+void Playback::await_first_frame()
+{
+    await_ready([this] { on_first_frame(); }, look_after_opening, [this] { on_nothing_came(); });
 }
 
 void Playback::open_file()
 {
     const int code = try_open();
     tasks_.post([this, code] {
+        opened_ = true;
         // Where the pipeline told a reason, that has been dealt with by now.
         if (code != PLAYER_ERROR_NONE && phase_ == Phase::Opening && !silent_)
             fail(code, "it cannot be opened");
@@ -192,10 +205,28 @@ int Playback::try_open()
     load_subtitle();
     if (closing_)
         return PLAYER_ERROR_NONE;
-    pipeline_ = std::make_unique<Pipeline>(request_.uri, output_, request_.make_audio_sink,
-                                           pipeline_events());
-    trick_.emplace(*pipeline_, *output_);
+    make_pipeline();
     return pipeline_->open() ? PLAYER_ERROR_NONE : PLAYER_ERROR_INVALID_OPERATION;
+}
+
+// A pipeline that has seen an error is not fit for anything more: each new try takes a new one.
+void Playback::make_pipeline()
+{
+    trick_.reset();
+    pipeline_.reset();
+    generation_++;
+    pipeline_ = std::make_unique<Pipeline>(
+        request_.uri, output_, silent_ ? Pipeline::AudioSinkMaker{} : request_.make_audio_sink,
+        pipeline_events());
+    trick_.emplace(*pipeline_, *output_);
+}
+
+bool Playback::open_again()
+{
+    if (opener_.joinable())
+        opener_.join();
+    make_pipeline();
+    return pipeline_->open();
 }
 
 void Playback::load_subtitle()
@@ -217,27 +248,32 @@ void Playback::load_subtitle()
 
 PipelineEvents Playback::pipeline_events()
 {
+    // What a pipeline told before it was replaced is of no interest any more.
+    const auto post = [this, generation = generation_](TaskQueue::Task task) {
+        tasks_.post([this, generation, task = std::move(task)] {
+            if (generation == generation_)
+                task();
+        });
+    };
     PipelineEvents events;
-    events.ready = [this] {
-        tasks_.post([this] {
+    events.ready = [this, post] {
+        post([this] {
             if (on_ready_)
                 std::exchange(on_ready_, nullptr)();
         });
     };
-    events.ended = [this] { tasks_.post([this] { on_ended(); }); };
-    events.round_read = [this](bool fresh) {
-        tasks_.post([this, fresh] { on_round_read(fresh); });
+    events.ended = [this, post] { post([this] { on_ended(); }); };
+    events.round_read = [this, post](bool fresh) { post([this, fresh] { on_round_read(fresh); }); };
+    events.failed = [this, post](const Failure &failure) {
+        post([this, failure] { on_failure(failure); });
     };
-    events.failed = [this](const Failure &failure) {
-        tasks_.post([this, failure] { on_failure(failure); });
-    };
-    events.sound_unknown = [this] { tasks_.post([this] { sound_unsupported_ = true; }); };
+    events.sound_unknown = [this, post] { post([this] { sound_unsupported_ = true; }); };
     events.frame_dropped = [this] {
         if (count_drops_)
             output_->count_dropped();
     };
-    events.clock_lost = [this] {
-        tasks_.post([this] {
+    events.clock_lost = [this, post] {
+        post([this] {
             if (phase_ == Phase::Running && !paused_ && !trick_->stepping()) {
                 pipeline_->hold();
                 pipeline_->play();
@@ -263,15 +299,16 @@ void Playback::on_first_frame()
 
 void Playback::on_nothing_came()
 {
-    // Pictures but no sound arrived: a sound track without contents must not stop the show.
-    if (output_->width() > 0 && !silent_)
-        go_silent("no sound arrives");
-    else if (!silent_ && output_->width() == 0)
-        await_ready(
-            [this] { on_first_frame(); }, request_.patience / 2,
-            [this] { fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come"); });
-    else
+    const auto waited = Clock::now() - opening_since_;
+    if (waited > request_.patience)
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
+    else if (opened_ && pipeline_ && pipeline_->reader_gave_up())
+        fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its reader found nothing in it");
+    else if (waited > request_.patience / 2 && output_->width() > 0 && !silent_)
+        // Pictures but no sound arrived: a sound track without contents must not stop the show.
+        go_silent("no sound arrives");
+    else
+        await_first_frame();
 }
 
 void Playback::tell_result(std::function<void()> result)

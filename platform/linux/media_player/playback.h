@@ -95,11 +95,14 @@ class Playback : public std::enable_shared_from_this<Playback> {
     // Preparation.
     void open_file();
     int try_open();
+    void make_pipeline();
+    bool open_again();
     void load_subtitle();
     PipelineEvents pipeline_events();
     void on_first_frame();
     void on_nothing_came();
     void arm_first_frame();
+    void await_first_frame();
     void tell_result(std::function<void()> result);
     void finish_preparation();
 
@@ -124,6 +127,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     // Trouble.
     void on_failure(const Failure &failure);
     void go_silent(const std::string &why);
+    void watch_progress();
     void on_broken(const std::string &why);
     void check_broken();
     void restart_broken();
@@ -144,6 +148,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     std::atomic<bool> count_drops_{true};
 
     // Made by the opener, then used by the thread alone.
+    int generation_ = 0; ///< of the pipeline
     std::unique_ptr<Pipeline> pipeline_;
     std::optional<TrickPlay> trick_;
 
@@ -154,6 +159,8 @@ class Playback : public std::enable_shared_from_this<Playback> {
     bool round_is_last_ = false;
     int rounds_ahead_ = 0; ///< rounds begun by the reader and not yet by the picture
     bool needs_rewind_ = false;
+    bool opened_ = false; ///< the opener has handed the pipeline over
+    Clock::time_point opening_since_;
     bool sound_unsupported_ = false;
     bool silent_ = false; ///< plays without sound, after trouble with it
     bool results_released_ = false;
@@ -168,6 +175,9 @@ class Playback : public std::enable_shared_from_this<Playback> {
 
     std::optional<Clock::time_point> round_time_; ///< when the next round is to begin
     Clock::time_point last_round_;
+    std::optional<Clock::time_point> progress_check_;
+    Clock::time_point last_progress_;
+    uint64_t shown_at_progress_ = 0;
     std::optional<Clock::time_point> broken_check_;
     uint64_t shown_at_check_ = 0;
     Clock::time_point last_restart_;

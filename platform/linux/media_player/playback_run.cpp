@@ -6,6 +6,8 @@
 namespace platform {
 namespace {
 
+constexpr auto progress_interval = std::chrono::milliseconds(1000);
+
 constexpr auto longest_seek = std::chrono::milliseconds(5000);
 
 // Rounds of a file of next to no length must not keep a processor busy.
@@ -32,6 +34,8 @@ void Playback::do_start()
     paused_ = false;
     output_->set_visible(true);
     last_round_ = Clock::now();
+    last_progress_ = Clock::now();
+    progress_check_ = Clock::now() + progress_interval;
     if (needs_rewind_ || wanted_rate_ != 1.0 ||
         (looping_ && !trick_->in_rounds() && pipeline_->goes_in_rounds()))
         run_from(0);
@@ -60,6 +64,7 @@ void Playback::do_stop()
     needs_rewind_ = needs_rewind_ || phase_ != Phase::Ready;
     phase_ = Phase::Ready;
     on_ready_ = nullptr;
+    progress_check_.reset();
     round_time_.reset();
     rate_pending_ = false;
     wanted_rate_ = 1.0;
@@ -219,6 +224,7 @@ void Playback::complete()
     needs_rewind_ = true;
     on_ready_ = nullptr;
     broken_check_.reset();
+    progress_check_.reset();
     wanted_rate_ = 1.0;
     trick_->reset();
     pipeline_->mute(false);

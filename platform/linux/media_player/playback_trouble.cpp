@@ -8,6 +8,10 @@
 namespace platform {
 namespace {
 
+constexpr auto progress_interval = std::chrono::milliseconds(1000);
+constexpr auto shortest_stall = std::chrono::milliseconds(4000);
+constexpr auto longest_stall = std::chrono::milliseconds(30000);
+
 constexpr auto longest_seek = std::chrono::milliseconds(5000);
 
 // What was decoded before a file broke is still shown; this long without a frame is the end.
@@ -51,8 +55,9 @@ void Playback::go_silent(const std::string &why)
         return;
     PLATFORM_LOGW("player", "%s plays in silence: %s", name_.c_str(), why.c_str());
     if (phase_ == Phase::Opening) {
+        held_results_.clear();
         arm_first_frame();
-        if (!pipeline_->reopen_silent())
+        if (!open_again())
             fail(PLAYER_ERROR_INVALID_OPERATION, "it cannot be opened without sound either");
         return;
     }
@@ -60,7 +65,7 @@ void Playback::go_silent(const std::string &why)
     output_->set_visible(false);
     needs_rewind_ = phase_ == Phase::Ready;
     const auto give_up = [this] { on_broken("it does not come back without sound"); };
-    if (!pipeline_->reopen_silent()) {
+    if (!open_again()) {
         give_up();
         return;
     }
@@ -71,6 +76,33 @@ void Playback::go_silent(const std::string &why)
         run_from(GST_CLOCK_TIME_IS_VALID(position) ? position : 0);
     };
     await_ready(go_on, longest_seek, give_up);
+}
+
+// Some readers lose their way in a broken file without a word. A file is given up when no frame has
+// come for long, though its end should have been reached; slow slides are not to be mistaken for
+// it.
+void Playback::watch_progress()
+{
+    const auto now = Clock::now();
+    progress_check_ = now + progress_interval;
+    const uint64_t shown = output_->shown();
+    if (paused_ || on_ready_ || trick_->stepping() || shown != shown_at_progress_) {
+        shown_at_progress_ = shown;
+        last_progress_ = now;
+        return;
+    }
+    const auto still = now - last_progress_;
+    const GstClockTime length = duration_;
+    const GstClockTime position = output_->position();
+    if (still < shortest_stall)
+        return;
+    if (!GST_CLOCK_TIME_IS_VALID(length) || !GST_CLOCK_TIME_IS_VALID(position)) {
+        if (still > longest_stall)
+            on_broken("no frame comes any more");
+        return;
+    }
+    if (position + static_cast<GstClockTime>(std::chrono::nanoseconds(still).count()) > length)
+        on_broken("it stands still near its end");
 }
 
 void Playback::on_broken(const std::string &why)
@@ -102,7 +134,7 @@ void Playback::restart_broken()
 {
     last_restart_ = Clock::now();
     output_->set_visible(false);
-    if (!pipeline_->reopen()) {
+    if (!open_again()) {
         complete();
         return;
     }

@@ -108,34 +108,9 @@ GstBuffer *picture(const Clip &clip, int number)
     return buffer;
 }
 
-} // namespace
-
-void make_clip(const std::string &path, const Clip &clip)
+void run_to_end(GstElement *pipeline, const std::string &path)
 {
     GError *error = nullptr;
-    GstElement *pipeline = gst_parse_launch(description(path, clip).c_str(), &error);
-    if (error)
-        throw std::runtime_error(error->message);
-    GstElement *file = gst_bin_get_by_name(GST_BIN(pipeline), "file");
-    g_object_set(file, "location", path.c_str(), nullptr);
-    gst_object_unref(file);
-    if (GstElement *tags = gst_bin_get_by_name(GST_BIN(pipeline), "tags")) {
-        g_object_set(tags, "tags", ("image-orientation=" + clip.orientation).c_str(), nullptr);
-        gst_object_unref(tags);
-    }
-    if (GstElement *late = gst_bin_get_by_name(GST_BIN(pipeline), "late")) {
-        GstPad *pad = gst_element_get_static_pad(late, "src");
-        gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, count_from_zero, nullptr, nullptr);
-        gst_object_unref(pad);
-        gst_object_unref(late);
-    }
-    GstElement *source = gst_bin_get_by_name(GST_BIN(pipeline), "pictures");
-    gst_element_set_state(pipeline, GST_STATE_PLAYING);
-    for (int i = 0; i < clip.frames; i++)
-        gst_app_src_push_buffer(GST_APP_SRC(source), picture(clip, i));
-    gst_app_src_end_of_stream(GST_APP_SRC(source));
-    gst_object_unref(source);
-
     GstBus *bus = gst_element_get_bus(pipeline);
     GstMessage *message = gst_bus_timed_pop_filtered(
         bus, 30 * GST_SECOND, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
@@ -154,6 +129,60 @@ void make_clip(const std::string &path, const Clip &clip)
     gst_object_unref(pipeline);
     if (!trouble.empty())
         throw std::runtime_error("cannot make " + path + ": " + trouble);
+}
+
+GstElement *launch(const std::string &text, const std::string &path)
+{
+    GError *error = nullptr;
+    GstElement *pipeline = gst_parse_launch(text.c_str(), &error);
+    if (error)
+        throw std::runtime_error(error->message);
+    GstElement *file = gst_bin_get_by_name(GST_BIN(pipeline), "file");
+    g_object_set(file, "location", path.c_str(), nullptr);
+    gst_object_unref(file);
+    return pipeline;
+}
+
+void make(const std::string &text, const std::string &path)
+{
+    GstElement *pipeline = launch(text, path);
+    gst_element_set_state(pipeline, GST_STATE_PLAYING);
+    run_to_end(pipeline, path);
+}
+
+} // namespace
+
+void make_clip(const std::string &path, const Clip &clip)
+{
+    GstElement *pipeline = launch(description(path, clip), path);
+    if (GstElement *tags = gst_bin_get_by_name(GST_BIN(pipeline), "tags")) {
+        g_object_set(tags, "tags", ("image-orientation=" + clip.orientation).c_str(), nullptr);
+        gst_object_unref(tags);
+    }
+    if (GstElement *late = gst_bin_get_by_name(GST_BIN(pipeline), "late")) {
+        GstPad *pad = gst_element_get_static_pad(late, "src");
+        gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, count_from_zero, nullptr, nullptr);
+        gst_object_unref(pad);
+        gst_object_unref(late);
+    }
+    GstElement *source = gst_bin_get_by_name(GST_BIN(pipeline), "pictures");
+    gst_element_set_state(pipeline, GST_STATE_PLAYING);
+    for (int i = 0; i < clip.frames; i++)
+        gst_app_src_push_buffer(GST_APP_SRC(source), picture(clip, i));
+    gst_app_src_end_of_stream(GST_APP_SRC(source));
+    gst_object_unref(source);
+
+    run_to_end(pipeline, path);
+}
+
+void make_sound(const std::string &path)
+{
+    make("audiotestsrc num-buffers=43 ! vorbisenc ! oggmux ! filesink name=file", path);
+}
+
+void make_photo(const std::string &path)
+{
+    make("videotestsrc num-buffers=1 ! jpegenc ! filesink name=file", path);
 }
 
 void write_file(const std::string &path, const std::string &contents)

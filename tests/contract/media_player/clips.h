@@ -28,6 +28,12 @@ enum class Quarter { Red, Green, Blue, White };
 /** Makes a clip; its container and codecs follow from the file name's extension. */
 void make_clip(const std::string &path, const Clip &clip = {});
 
+/** Makes a file with a second of sound and no picture. */
+void make_sound(const std::string &path);
+
+/** Makes a JPEG file. */
+void make_photo(const std::string &path);
+
 /** Writes a file. */
 void write_file(const std::string &path, const std::string &contents);
 

@@ -1,0 +1,240 @@
+// What becomes of files that cannot be played, or not to their end.
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+
+#include "player_fixture.h"
+
+using testing::ElementsAre;
+using testing::StartsWith;
+
+namespace player_test {
+namespace {
+
+class BadFile : public PlayerTest {
+  protected:
+    /** Prepares a file and tells what comes of it first. */
+    std::string outcome(const std::string &file)
+    {
+        player_->unprepare();
+        const size_t before = events().size();
+        if (const int result = prepare(file))
+            return "refused " + std::to_string(result);
+        if (!wait_for([&] { return events().size() > before; }))
+            return "nothing";
+        return events()[before];
+    }
+};
+
+TEST_F(BadFile, AMissingFileIsAnError)
+{
+    EXPECT_EQ(outcome(path("missing.mp4")), "error -2");
+}
+
+TEST_F(BadFile, WhatIsNoVideoIsAnError)
+{
+    write_file(path("empty.mp4"), "");
+    write_file(path("text.mp4"), "Shall I compare thee to a summer's day?\n");
+    write_file(path("noise.mp4"), std::string(100000, '\x55'));
+    mkdir(path("folder.mp4").c_str(), 0700);
+    for (const char *name : {"empty.mp4", "text.mp4", "noise.mp4", "folder.mp4"})
+        EXPECT_EQ(outcome(path(name)), "error -26476541") << name;
+}
+
+TEST_F(BadFile, APipeIsAnErrorAndNotAWait)
+{
+    ASSERT_EQ(mkfifo(path("pipe.mp4").c_str(), 0600), 0);
+
+    EXPECT_EQ(outcome(path("pipe.mp4")), "error -26476541");
+}
+
+TEST_F(BadFile, AFileWithoutItsIndexIsAnError)
+{
+    const std::string whole = read_file(clip("a.mp4"));
+    write_file(path("half.mp4"), whole.substr(0, whole.size() / 2));
+
+    EXPECT_THAT(outcome(path("half.mp4")), StartsWith("error"));
+}
+
+TEST_F(BadFile, SoundWithoutAPictureIsAnError)
+{
+    make_sound(path("song.ogg"));
+
+    EXPECT_THAT(outcome(path("song.ogg")), StartsWith("error"));
+}
+
+TEST_F(BadFile, APhotoIsAnError)
+{
+    make_photo(path("photo.mp4"));
+
+    EXPECT_EQ(outcome(path("photo.mp4")), "error -26476541");
+}
+
+TEST_F(BadFile, APictureWithoutADecoderIsAnError)
+{
+    std::string contents = read_file(clip("a.mkv"));
+    const size_t codec = contents.find("V_MPEG4/ISO/AVC");
+    ASSERT_NE(codec, std::string::npos);
+    write_file(path("odd.mkv"), contents.replace(codec, 15, "V_MPEG4/ISO/XYZ"));
+
+    EXPECT_THAT(outcome(path("odd.mkv")), StartsWith("error"));
+    EXPECT_EQ(count("prepared"), 0);
+}
+
+TEST_F(BadFile, SoundWithoutADecoderIsToldAndThePicturePlays)
+{
+    // Another four-letter code of the same length keeps the file whole.
+    std::string contents = read_file(clip("a.avi"));
+    size_t header = contents.find("auds");
+    ASSERT_NE(header, std::string::npos);
+    header = contents.find("strf", header);
+    ASSERT_NE(header, std::string::npos);
+    contents[header + 8] = '\x49';
+    contents[header + 9] = '\x5a';
+    write_file(path("odd.avi"), contents);
+
+    ASSERT_EQ(prepare(path("odd.avi")), PLAYER_ERROR_NONE);
+    ASSERT_TRUE(wait_for_event("prepared"));
+    player_->start();
+    ASSERT_TRUE(wait_for_event("completed"));
+
+    EXPECT_THAT(events(), ElementsAre("error -26476496", "prepared", "completed"));
+    EXPECT_GE(shown(), 50u);
+}
+
+TEST_F(BadFile, AFileThatBreaksAfterItsFirstFrameIsCompleted)
+{
+    const std::string whole = read_file(clip("a.mkv"));
+    write_file(path("cut.mkv"), whole.substr(0, whole.size() * 2 / 3));
+    ASSERT_TRUE(playing(path("cut.mkv")));
+
+    EXPECT_TRUE(wait_for_event("completed"));
+
+    EXPECT_THAT(events(), ElementsAre("prepared", "completed"));
+    EXPECT_GE(shown(), 20u);
+    EXPECT_LE(shown(), 50u);
+}
+
+TEST_F(BadFile, AFileThatIsRubbishFromTheMiddleOnIsCompleted)
+{
+    for (const char *name : {"a.mkv", "a.mp4", "a.avi", "a.ts", "a.flv", "a.ogg", "a.mpeg"}) {
+        SCOPED_TRACE(name);
+        std::string contents = read_file(clip(name));
+        // The index at the end of some containers stays, and points into the rubbish.
+        const size_t from = contents.size() / 2;
+        const size_t length = contents.size() / 3;
+        for (size_t i = from; i < from + length; i++)
+            contents[i] = static_cast<char>(i * 7919 >> 3);
+        write_file(path(std::string("rubbish-") + name), contents);
+        const int before = count("completed");
+        ASSERT_TRUE(playing(path(std::string("rubbish-") + name)));
+        EXPECT_TRUE(wait_for([&] { return count("completed") == before + 1; }));
+        EXPECT_EQ(player_->state(), PLAYER_STATE_READY);
+        player_->unprepare();
+    }
+}
+
+TEST_F(BadFile, AFirstFrameThatNeverComesIsAnErrorAfterAWhile)
+{
+    platform::PlayerOptions options;
+    options.patience = std::chrono::milliseconds(700);
+    make_player(options);
+    // A pipe that nobody writes to, behind a name that is no path.
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+
+    EXPECT_EQ(outcome("fd://" + std::to_string(ends[0])), "error -26476541");
+
+    player_->unprepare();
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST_F(BadFile, SoundThatNeverArrivesDoesNotStopThePicture)
+{
+    platform::PlayerOptions options;
+    options.patience = std::chrono::milliseconds(1500);
+    options.make_audio_sink = [] {
+        platform::ElementPtr sink = platform::make_element("fakesink");
+        const platform::PadPtr pad(gst_element_get_static_pad(sink.get(), "sink"));
+        gst_pad_add_probe(
+            pad.get(), GST_PAD_PROBE_TYPE_BUFFER,
+            [](GstPad *, GstPadProbeInfo *, gpointer) { return GST_PAD_PROBE_DROP; }, nullptr,
+            nullptr);
+        return sink;
+    };
+    make_player(options);
+    Clip endless;
+    endless.frames = 1800;
+
+    ASSERT_EQ(prepare(clip("a.mp4", endless)), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(wait_for_event("prepared"));
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+}
+
+TEST_F(BadFile, ALostSoundDeviceLeavesThePicturePlaying)
+{
+    static std::atomic<GstElement *> device{nullptr};
+    platform::PlayerOptions options;
+    options.make_audio_sink = [] {
+        platform::ElementPtr sink = platform::make_element("fakeaudiosink");
+        device = sink.get();
+        return sink;
+    };
+    make_player(options);
+    ASSERT_TRUE(playing(clip("a.mp4")));
+    ASSERT_TRUE(wait_for([this] { return position() > 300; }));
+    const uint64_t before = shown();
+
+    GST_ELEMENT_ERROR(device.load(), RESOURCE, WRITE, ("the device is gone"), (nullptr));
+
+    ASSERT_TRUE(wait_for_event("completed"));
+    EXPECT_THAT(events(), ElementsAre("prepared", "completed"));
+    EXPECT_GT(shown(), before + 20);
+}
+
+TEST_F(BadFile, ASoundDeviceThatDoesNotOpenLeavesThePicturePlaying)
+{
+    platform::PlayerOptions options;
+    options.make_audio_sink = [] {
+        platform::ElementPtr sink = platform::make_element("alsasink");
+        g_object_set(sink.get(), "device", "no such device", nullptr);
+        return sink;
+    };
+    make_player(options);
+
+    ASSERT_TRUE(playing(clip("a.mp4")));
+
+    EXPECT_TRUE(wait_for_event("completed"));
+    EXPECT_THAT(events(), ElementsAre("prepared", "completed"));
+}
+
+TEST_F(BadFile, AnythingInANameIsPlayed)
+{
+    const std::string original = clip("a.mp4");
+    const std::string names[] = {"two words.mp4",       "100%25 #1? & more.mp4",
+                                 "new\nline.mp4",       "\xff\xfe not utf-8.mp4",
+                                 "\xed\x95\x9c.mp4",    "'quote\".mp4",
+                                 std::string(255, 'n'), "file:name.mp4",
+                                 "back\\slash.mp4",     "http:.mp4"};
+    for (const std::string &name : names) {
+        SCOPED_TRACE(name);
+        write_file(path(name), read_file(original));
+        EXPECT_EQ(outcome(path(name)), "prepared");
+    }
+}
+
+TEST_F(BadFile, AUriIsTakenAsItIs)
+{
+    const std::string file = clip("a.mp4");
+
+    EXPECT_EQ(outcome("file://" + file), "prepared");
+    EXPECT_EQ(outcome("file://" + path("missing.mp4")), "error -2");
+}
+
+} // namespace
+} // namespace player_test
