@@ -1,0 +1,98 @@
+#include <gmock/gmock.h>
+
+#include "still_picture/compose.h"
+#include "still_picture/row_scaler.h"
+
+namespace platform {
+namespace {
+
+constexpr uint32_t kOpaque = 0xff000000;
+
+Image filled(const Size &size, uint32_t color)
+{
+    Image image(size);
+    std::fill_n(image.pixels.get(), size.area(), color);
+    return image;
+}
+
+TEST(Scaling, KeepsThePlainestAreasExact)
+{
+    for (const Size &from : {Size{7, 5}, Size{100, 3}, Size{1, 1}, Size{640, 480}}) {
+        for (const Size &to : {Size{1, 1}, Size{3, 4}, Size{99, 50}, Size{101, 7}}) {
+            const Image scaled = RowScaler::scale(filled(from, 0xff35c7ff), to);
+            for (int64_t i = 0; i < to.area(); ++i)
+                ASSERT_EQ(scaled.pixels[static_cast<size_t>(i)], 0xff35c7ffu)
+                    << from.width << "x" << from.height << " to " << to.width << "x" << to.height;
+        }
+    }
+}
+
+TEST(Scaling, AveragesWhatGoesIntoOnePixel)
+{
+    Image image(Size{4, 2});
+    for (int y = 0; y < 2; ++y) {
+        for (int x = 0; x < 4; ++x)
+            image.row(y)[x] = kOpaque | static_cast<uint32_t>(x < 2 ? 0 : y == 0 ? 200 : 100);
+    }
+    const Image scaled = RowScaler::scale(image, {2, 1});
+    EXPECT_EQ(scaled.row(0)[0], kOpaque);
+    EXPECT_EQ(scaled.row(0)[1], kOpaque | 150);
+}
+
+TEST(Scaling, GrowsWithoutSteps)
+{
+    Image image(Size{2, 1});
+    image.row(0)[0] = kOpaque;
+    image.row(0)[1] = kOpaque | 240;
+    const Image scaled = RowScaler::scale(image, {6, 1});
+    for (int x = 1; x < 6; ++x)
+        EXPECT_GE(scaled.row(0)[x], scaled.row(0)[x - 1]);
+    EXPECT_EQ(scaled.row(0)[0], kOpaque);
+    EXPECT_EQ(scaled.row(0)[5], kOpaque | 240);
+    EXPECT_NEAR(static_cast<double>(scaled.row(0)[2] & 0xff), 80, 2);
+}
+
+TEST(Scaling, IsDoneWithTheLastRow)
+{
+    Image into(Size{10, 4});
+    RowScaler scaler({10, 9}, into);
+    const Image row = filled({10, 1}, kOpaque);
+    for (int y = 0; y < 9; ++y) {
+        EXPECT_FALSE(scaler.done());
+        scaler.push(row.row(0));
+    }
+    EXPECT_TRUE(scaler.done());
+}
+
+TEST(Fitting, KeepsTheProportionsAndFillsOneSide)
+{
+    EXPECT_EQ(fit({4000, 3000}, {1920, 1080}), (Size{1440, 1080}));
+    EXPECT_EQ(fit({3000, 4000}, {1920, 1080}), (Size{810, 1080}));
+    EXPECT_EQ(fit({1920, 1080}, {1920, 1080}), (Size{1920, 1080}));
+    EXPECT_EQ(fit({65500, 1}, {1920, 1080}), (Size{1920, 1}));
+    EXPECT_EQ(fit({1, 65500}, {1920, 1080}), (Size{1, 1080}));
+}
+
+TEST(KeptSize, IsEnoughForThePanelAtEveryAngleAndNeverMoreThanTheFileHas)
+{
+    const Size panel{1920, 1080};
+    EXPECT_EQ(size_to_keep({4000, 3000}, panel), (Size{1440, 1080}));
+    EXPECT_EQ(size_to_keep({2160, 3840}, panel), (Size{1080, 1920})) << "fills a turned panel";
+    EXPECT_EQ(size_to_keep({3840, 2160}, panel), (Size{1920, 1080}));
+    EXPECT_EQ(size_to_keep({640, 480}, panel), (Size{640, 480}));
+}
+
+TEST(Turning, FourQuartersAreNoTurn)
+{
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        const Turn upright = Turn::upright(orientation);
+        const Turn round =
+            upright.then_clockwise(90).then_clockwise(90).then_clockwise(90).then_clockwise(90);
+        EXPECT_EQ(round.transpose, upright.transpose) << orientation;
+        EXPECT_EQ(round.mirror_x, upright.mirror_x) << orientation;
+        EXPECT_EQ(round.mirror_y, upright.mirror_y) << orientation;
+    }
+}
+
+} // namespace
+} // namespace platform
