@@ -87,8 +87,9 @@ int Application::launch(const Extras &extras)
         return COULD_NOT_RUN;
     }
     phase_ = Phase::Running;
-    deliver(extras);
-    // Ending before the loop has begun would be forgotten by it.
+    if (!quit_asked_)
+        deliver(extras);
+    // The loop would forget that its end was asked for before it began.
     if (!quit_asked_)
         elm_run();
     phase_ = Phase::Ending;

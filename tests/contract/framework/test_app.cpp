@@ -1,11 +1,11 @@
 // A small application on the framework. It writes what happens to it to its standard output, one
 // line each, and does what lines on its standard input say:
-//   quit | hide | show | delete | sync | turn DEGREES | press KEY | panel-key | language
-// Environment: TEST_CREATE_FAILS, TEST_QUIT_IN_CREATE, TEST_QUIT_IN_CONTROL, TEST_HANG_IN_CONTROL.
+//   quit | hide | delete | close | sync | turn DEGREES | press KEY | panel-key | language
+// Environment: TEST_CREATE_FAILS, TEST_QUIT_IN_CREATE, TEST_QUIT_IN_CONTROL; TEST_SLOW_CREATE and
+// TEST_SLOW_TERMINATE wait for a line on the standard input.
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <unistd.h>
 
@@ -16,14 +16,19 @@
 #include "app_framework.h"
 #include "app_framework/injection.h"
 #include "control/control.h"
+#include "device_power.h"
 #include "display_rotator.h"
 #include "efl_on_tv.h"
 #include "key_router.h"
 #include "panel/panel_model.h"
+#include "window/tv_window.h"
 
 // The control service has a contract of its own; this application goes without it.
 namespace platform {
-bool control_start(Eldbus_Connection *) { return true; }
+bool control_start(Eldbus_Connection *)
+{
+    return true;
+}
 void control_stop() {}
 } // namespace platform
 
@@ -33,8 +38,7 @@ Evas_Object *window = nullptr;
 
 template <typename... Arguments> void say(const char *format, Arguments... arguments)
 {
-    std::printf(format, arguments...);
-    std::putchar('\n');
+    std::printf((std::string(format) + "\n").c_str(), arguments...);
     std::fflush(stdout);
 }
 
@@ -154,12 +158,11 @@ void make_window()
     ecore_wl2_sync();
     say("shown");
 
-    KeyRouter_Initialize(
-        ecore_wl2_display_get(ecore_wl2_connected_display_get(nullptr)),
-        ecore_wl2_display_registry_get(ecore_wl2_connected_display_get(nullptr)),
-        ecore_wl2_input_seat_get(
-            ecore_wl2_input_default_input_get(ecore_wl2_connected_display_get(nullptr))),
-        0);
+    KeyRouter_Initialize(ecore_wl2_display_get(ecore_wl2_connected_display_get(nullptr)),
+                         ecore_wl2_display_registry_get(ecore_wl2_connected_display_get(nullptr)),
+                         ecore_wl2_input_seat_get(ecore_wl2_input_default_input_get(
+                             ecore_wl2_connected_display_get(nullptr))),
+                         0);
     KeyRouter_KeyList list;
     KeyRouter_Reset_KeyList(&list);
     KeyRouter_Add_All_Key(KEY_ROUTER_MODE_EXCLUSIVE, &list);
@@ -180,15 +183,16 @@ void obey(const std::string &command)
         ui_app_exit();
     } else if (command == "hide") {
         evas_object_hide(window);
-    } else if (command == "show") {
-        evas_object_show(window);
     } else if (command == "delete") {
         delete_window();
+    } else if (command == "close") {
+        evas_object_smart_callback_call(platform::TvWindow::current()->outer(), "delete,request",
+                                        nullptr);
     } else if (command == "sync") {
         ecore_wl2_sync();
     } else if (command == "panel-key") {
-        say("sent %d", VirtualKey_Send_KeyCode(VIRTUAL_KEY_CODE_ROTATE_PANEL,
-                                               VIRTUAL_KEY_ACTION_CLICK));
+        say("sent %d",
+            VirtualKey_Send_KeyCode(VIRTUAL_KEY_CODE_ROTATE_PANEL, VIRTUAL_KEY_ACTION_CLICK));
     } else if (command == "language") {
         platform::announce_language_change();
     } else if (command.compare(0, 5, "turn ") == 0) {
@@ -215,14 +219,33 @@ Eina_Bool on_input(void *, Ecore_Fd_Handler *)
     return ECORE_CALLBACK_RENEW;
 }
 
+void wait_for_a_line()
+{
+    char byte = 0;
+    while (byte != '\n' && read(STDIN_FILENO, &byte, 1) == 1) {
+    }
+}
+
+void follow_power()
+{
+    device_power_subscribe_poweroff([](void *) { say("power off"); }, nullptr);
+    device_power_subscribe_standby([](void *) { say("power standby"); }, nullptr);
+    device_power_subscribe_wakeup([](void *) { say("power wakeup"); }, nullptr);
+    device_power_subscribe_state_changed_event(
+        [](device_power_state_e state, void *) { say("power state %d", state); }, nullptr);
+}
+
 bool on_create(void *)
 {
     say("create");
+    if (getenv("TEST_SLOW_CREATE"))
+        wait_for_a_line();
     if (getenv("TEST_CREATE_FAILS"))
         return false;
     if (getenv("TEST_QUIT_IN_CREATE"))
         ui_app_exit();
     VirtualKey_Initialize(0);
+    follow_power();
     ecore_event_handler_add(ECORE_EVENT_DEVICE_ADD, on_device, nullptr);
     ecore_main_fd_handler_add(STDIN_FILENO, ECORE_FD_READ, on_input, nullptr, nullptr, nullptr);
     return true;
@@ -244,6 +267,8 @@ void on_control(app_control_h control, void *)
 void on_terminate(void *)
 {
     say("terminate");
+    if (getenv("TEST_SLOW_TERMINATE"))
+        wait_for_a_line();
     KeyRouter_Finalize();
     VirtualKey_Finalize();
     display_rotator_remove_cb(on_rotator);

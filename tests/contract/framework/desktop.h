@@ -1,0 +1,88 @@
+/**
+ * A desktop for the programs under test: an X server in memory with a kiosk compositor on it, a
+ * session bus, and folders of their own for state, settings and sockets.
+ */
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "program.h"
+#include "store_support/scratch.h"
+
+namespace framework_test {
+
+inline constexpr int SCREEN_WIDTH = 640;
+inline constexpr int SCREEN_HEIGHT = 400;
+
+struct Colour {
+    int red = 0;
+    int green = 0;
+    int blue = 0;
+    bool operator==(const Colour &other) const
+    {
+        return red == other.red && green == other.green && blue == other.blue;
+    }
+};
+
+/** The X server and the compositor, shared by all tests of the program: they keep no state. */
+class Screen {
+  public:
+    static Screen &get();
+    ~Screen();
+
+    /** The environment in which programs find the compositor. */
+    Program::Variables variables() const;
+
+    /** Moves the real pointer, presses real keys; xdotool's own arguments. */
+    void input(const std::vector<std::string> &arguments) const;
+
+    /** What is on the screen at a place. */
+    Colour colour(int x, int y) const;
+
+    const std::string &runtime_dir() const { return folder_.path(); }
+
+  private:
+    Screen();
+
+    store_test::ScratchDir folder_;
+    std::unique_ptr<Program> server_;
+    std::unique_ptr<Program> compositor_;
+    std::string display_;
+};
+
+/** A message bus. */
+class Bus {
+  public:
+    explicit Bus(const std::string &socket);
+    std::string address() const { return "unix:path=" + socket_; }
+    void kill() { daemon_.signal(SIGKILL); }
+
+  private:
+    std::string socket_;
+    Program daemon_;
+};
+
+class DesktopTest : public testing::Test {
+  protected:
+    DesktopTest();
+
+    /** Starts the test application. */
+    std::unique_ptr<Program> start(const std::vector<std::string> &arguments = {},
+                                   const Program::Variables &more = {});
+
+    /** Starts it and waits until its window has been seen. */
+    std::unique_ptr<Program> start_and_show(const Program::Variables &more = {});
+
+    void write_settings(const std::string &text) const;
+    std::string stored_rotation_state() const;
+
+    const store_test::ScratchDir folder_;
+    Bus session_bus_;
+    Program::Variables variables_;
+};
+
+} // namespace framework_test

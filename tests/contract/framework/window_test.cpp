@@ -1,0 +1,316 @@
+// The set's window in a real compositor: what is on the screen, and what pointer and keys do.
+
+#include <algorithm>
+#include <utility>
+
+#include <gmock/gmock.h>
+
+#include "desktop.h"
+
+namespace framework_test {
+namespace {
+
+using testing::Contains;
+using testing::Not;
+
+constexpr Colour RED = {255, 0, 0};
+constexpr Colour BLACK = {0, 0, 0};
+
+// The test application draws a red mark of 100 by 60 at 20,10 of its content, and has a button at
+// 200,100 of 80 by 40.
+struct Turn {
+    int state; // stored rotation state
+    int angle;
+    const char *size;   // of the content
+    int mark_x, mark_y; // the middle of the mark on the screen
+    int button_x, button_y;
+    int free_x, free_y; // a place with nothing but the hole, and where the content sees it
+    const char *free_in_content;
+};
+
+// On a panel turned clockwise by a quarter, the content's top is at the screen's left.
+constexpr Turn TURNS[] = {
+    {1, 0, "640x400", 70, 40, 240, 120, 500, 300, "500,300"},
+    {2, 90, "400x640", 40, 329, 120, 159, 500, 300, "99,500"},
+    {3, 180, "640x400", 569, 359, 399, 279, 100, 50, "539,349"},
+    {0, 270, "400x640", 599, 70, 519, 240, 100, 50, "50,539"},
+};
+
+std::string screen_line(const char *what, const Turn &turn)
+{
+    return std::string(what) + " angle " + std::to_string(turn.angle) + " screen 0,0 " + turn.size;
+}
+
+class TurnedWindowTest : public DesktopTest, public testing::WithParamInterface<Turn> {
+  protected:
+    /** An application that was turned to the angle while it ran. */
+    std::unique_ptr<Program> turned_app()
+    {
+        const Turn turn = GetParam();
+        auto app = start_and_show();
+        if (turn.angle == 0) {
+            app->say("turn 90");
+            EXPECT_TRUE(app->hears("rotator 0 at 90"));
+        }
+        app->say("turn " + std::to_string(turn.angle));
+        EXPECT_TRUE(app->hears("rotator 0 at " + std::to_string(turn.angle)));
+        return app;
+    }
+
+    void expect_upright()
+    {
+        const Turn turn = GetParam();
+        EXPECT_TRUE(wait_until([&] {
+            return Screen::get().colour(turn.mark_x, turn.mark_y) == RED;
+        })) << "the mark is not where it belongs";
+        for (const Turn &other : TURNS) {
+            if (other.angle != turn.angle) {
+                EXPECT_EQ(Screen::get().colour(other.mark_x, other.mark_y), BLACK)
+                    << "something is left of angle " << other.angle;
+            }
+        }
+    }
+};
+
+TEST_P(TurnedWindowTest, StartsAtTheStoredAngle)
+{
+    const Turn turn = GetParam();
+    store_test::write_file(folder_ / "state/db/sysman/rotation_state",
+                           std::to_string(turn.state) + "\n");
+    auto app = start();
+    EXPECT_TRUE(app->hears(screen_line("made", turn)));
+    EXPECT_TRUE(app->hears("visibility 1"));
+    expect_upright();
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+TEST_P(TurnedWindowTest, FollowsATurn)
+{
+    const Turn turn = GetParam();
+    auto app = turned_app();
+    EXPECT_THAT(app->lines(), Contains(screen_line("rotation", turn)));
+    expect_upright();
+    EXPECT_TRUE(wait_until([&] {
+        return stored_rotation_state() == std::to_string(turn.state) + "\n";
+    })) << stored_rotation_state();
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+TEST_P(TurnedWindowTest, ThePointerHitsWhatItShows)
+{
+    const Turn turn = GetParam();
+    auto app = turned_app();
+    expect_upright();
+    Screen::get().input(
+        {"mousemove", std::to_string(turn.free_x), std::to_string(turn.free_y), "click", "1"});
+    EXPECT_TRUE(app->hears(std::string("down 1 at ") + turn.free_in_content));
+    Screen::get().input(
+        {"mousemove", std::to_string(turn.button_x), std::to_string(turn.button_y), "click", "1"});
+    EXPECT_TRUE(app->hears("clicked"));
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+TEST_P(TurnedWindowTest, KeysReachTheFocusedWidgetAndThenTheApplication)
+{
+    auto app = turned_app();
+    Screen::get().input({"key", "Escape"});
+    EXPECT_TRUE(app->hears("widget key XF86Back"));
+    EXPECT_TRUE(app->hears("key XF86Back XF86Back"));
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Angles, TurnedWindowTest, testing::ValuesIn(TURNS), [](const auto &given) {
+    return std::to_string(given.param.angle) + "Degrees";
+});
+
+using WindowTest = DesktopTest;
+
+TEST_F(WindowTest, IsPreparedOnceAtThePanelsSizeBeforeItIsShown)
+{
+    auto app = start();
+    EXPECT_TRUE(app->hears("window yes, again no"));
+    EXPECT_TRUE(app->hears("hint 1"));
+    EXPECT_TRUE(app->hears("surface yes"));
+    EXPECT_TRUE(app->hears("made angle 0 screen 0,0 640x400"));
+    EXPECT_TRUE(app->hears("shown"));
+    EXPECT_TRUE(app->hears("grab 1"));
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+TEST_F(WindowTest, TellsItsVisibilityAfterTheFirstFrameAndOnceOnly)
+{
+    auto app = start();
+    EXPECT_TRUE(app->hears("ready"));
+    EXPECT_THAT(app->lines(), Not(Contains("visibility 1")));
+    EXPECT_TRUE(app->hears("visibility 1"));
+    EXPECT_TRUE(wait_until([] { return Screen::get().colour(70, 40) == RED; }));
+    app->say("turn 90");
+    EXPECT_TRUE(app->hears("rotator 0 at 90"));
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+    const auto &lines = app->lines();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "visibility 1"), 1);
+    EXPECT_THAT(lines, Not(Contains("visibility 0")));
+}
+
+TEST_F(WindowTest, LeavesTheScreenWhenItIsHidden)
+{
+    auto app = start_and_show();
+    EXPECT_TRUE(wait_until([] { return Screen::get().colour(70, 40) == RED; }));
+    app->say("hide");
+    app->say("sync");
+    EXPECT_TRUE(app->hears("visibility 0"));
+    EXPECT_TRUE(wait_until([] { return Screen::get().colour(70, 40) == BLACK; }));
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+TEST_F(WindowTest, DeletingItEndsTheApplicationAsItsPolicySays)
+{
+    auto app = start_and_show();
+    app->say("delete");
+    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_EQ(app->lines().back(), "terminate");
+}
+
+TEST_F(WindowTest, ClosingItEndsTheApplication)
+{
+    // Kiosk compositors offer no way to close a window; the application passes on what the toolkit
+    // makes of a compositor's request.
+    auto app = start_and_show();
+    app->say("close");
+    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_EQ(app->lines().back(), "terminate");
+    EXPECT_THAT(app->errors(), testing::HasSubstr("the window was closed"));
+}
+
+TEST_F(WindowTest, ResizesTheContentInFrontOfTheRotationEvent)
+{
+    auto app = start_and_show();
+    app->say("turn 90");
+    EXPECT_TRUE(app->hears("rotator 2 at 0"));
+    EXPECT_TRUE(app->hears("resize 400x640"));
+    EXPECT_TRUE(app->hears("resized angle 90 screen 0,0 400x640"));
+    EXPECT_TRUE(app->hears("rotation angle 90 screen 0,0 400x640"));
+    EXPECT_TRUE(app->hears("rotator 0 at 90"));
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+TEST_F(WindowTest, TurnsByThePanelKeyToTheOtherOrientation)
+{
+    auto app = start_and_show();
+    app->say("panel-key");
+    EXPECT_TRUE(app->hears("sent 0"));
+    EXPECT_TRUE(app->hears("rotation angle 90 screen 0,0 400x640"));
+    EXPECT_TRUE(app->hears("rotator 0 at 90"));
+    app->say("panel-key");
+    EXPECT_TRUE(app->hears("rotation angle 0 screen 0,0 640x400"));
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+TEST_F(WindowTest, DoesNotTurnOnASetWithoutRotator)
+{
+    write_settings("[panel]\nrotator = false\n");
+    auto app = start_and_show();
+    app->say("panel-key");
+    EXPECT_TRUE(app->hears("done panel-key"));
+    app->say("turn 90");
+    EXPECT_TRUE(app->hears("done turn 90"));
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+    EXPECT_THAT(app->lines(), Not(Contains(testing::HasSubstr("rotat"))));
+}
+
+TEST_F(WindowTest, HidesThePointerThatRestsAndShowsItWhenItMoves)
+{
+    auto app = start_and_show();
+    const auto seen_at = [](int x, int y) {
+        for (int dy = 0; dy < 14; ++dy) {
+            for (int dx = 0; dx < 10; ++dx) {
+                if (!(Screen::get().colour(x + dx, y + dy) == BLACK))
+                    return true;
+            }
+        }
+        return false;
+    };
+    Screen::get().input({"mousemove", "450", "300"});
+    EXPECT_TRUE(wait_until([&] { return seen_at(450, 300); }));
+    EXPECT_TRUE(wait_until([&] { return !seen_at(450, 300); }));
+    Screen::get().input({"mousemove", "480", "200"});
+    EXPECT_TRUE(wait_until([&] { return seen_at(480, 200); }));
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+TEST_F(WindowTest, InjectedKeysKeepTheirName)
+{
+    auto app = start_and_show();
+    for (const char *name : {"XF86RaiseChannel", "XF86PanelEnter", "space"}) {
+        app->say(std::string("press ") + name);
+        EXPECT_TRUE(app->hears(std::string("key ") + name + " " + name));
+    }
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+TEST_F(WindowTest, ConfiguredKeysGoBeforeTheTable)
+{
+    write_settings("[keys]\nF5 = XF86ChannelGuide\nEscape = XF86Exit\n");
+    auto app = start_and_show();
+    Screen::get().input({"key", "F5"});
+    EXPECT_TRUE(app->hears("key XF86ChannelGuide XF86ChannelGuide"));
+    Screen::get().input({"key", "Escape"});
+    EXPECT_TRUE(app->hears("key XF86Exit XF86Exit"));
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+TEST_F(WindowTest, EveryKeyOfThePlayerCanBeTyped)
+{
+    const std::pair<const char *, const char *> keys[] = {
+        {"Escape", "XF86Back"},
+        {"Return", "Return"},
+        {"p", "XF86AudioPlay"},
+        {"h", "XF86AudioPause"},
+        {"s", "XF86AudioStop"},
+        {"space", "XF86PlayBack"},
+        {"o", "XF86PlayBackGame"},
+        {"r", "XF86AudioRewind"},
+        {"f", "XF86AudioNext"},
+        {"b", "XF86PreviousChapter"},
+        {"n", "XF86NextChapter"},
+        {"Left", "Left"},
+        {"Right", "Right"},
+        {"a", "XF86Color"},
+        {"m", "XF86More"},
+        {"t", "XF86PanelEnter"},
+        {"Prior", "XF86RaiseChannel"},
+        {"Next", "XF86LowerChannel"},
+        {"g", "XF86ChannelGuide"},
+    };
+    auto app = start_and_show();
+    for (const auto &[typed, name] : keys) {
+        Screen::get().input({"key", typed});
+        EXPECT_TRUE(app->hears(std::string("key ") + name + " " + name)) << typed;
+    }
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+TEST_F(WindowTest, AnnouncesInputDevices)
+{
+    auto app = start();
+    EXPECT_TRUE(app->hears("device added"));
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+}
+
+} // namespace
+} // namespace framework_test
