@@ -130,8 +130,8 @@ Elm_Object_Item *OptionList::append(const Elm_Genlist_Item_Class *item_class, vo
     if (!ours)
         return nullptr;
     auto row = std::make_unique<Row>(const_cast<Elm_Genlist_Item_Class *>(item_class), data);
-    Elm_Object_Item *item = elm_genlist_item_append(genlist_, ours, row.get(), parent, type,
-                                                    function, function_data);
+    Elm_Object_Item *item =
+        elm_genlist_item_append(genlist_, ours, row.get(), parent, type, function, function_data);
     if (item)
         row.release();
     return item;

@@ -11,6 +11,7 @@ namespace platform {
 namespace {
 
 constexpr int button_slots = 3;
+constexpr short popup_layer = 100;
 /** Layout units of the longest line in a toast. */
 constexpr double toast_line_units = 108.0;
 
@@ -26,9 +27,12 @@ void set_content_visible(Evas_Object *popup, bool visible)
         layout->set_items_visible(visible);
 }
 
-void on_popup_shown(void *, Evas *, Evas_Object *popup, void *)
+void on_popup_shown(void *, Evas *canvas, Evas_Object *popup, void *)
 {
     set_content_visible(popup, true);
+    // A list can give the focus to a row beyond its view only after it was laid out. Its owner asks
+    // for that at the next idle moment, which may come before the next frame.
+    evas_smart_objects_calculate(canvas);
 }
 
 void on_popup_hidden(void *, Evas *, Evas_Object *popup, void *)
@@ -67,6 +71,8 @@ Evas_Object *create_popup(Evas_Object *window)
         return nullptr;
     WidgetManager::get().adopt(popup);
     elm_popup_allow_events_set(popup, EINA_TRUE);
+    // Above overlays, also those that the window gets while the popup is open.
+    evas_object_layer_set(popup, popup_layer);
     evas_object_event_callback_add(popup, EVAS_CALLBACK_SHOW, on_popup_shown, nullptr);
     evas_object_event_callback_add(popup, EVAS_CALLBACK_HIDE, on_popup_hidden, nullptr);
     set_popup_style(popup, PopupStyle::panel);

@@ -1,6 +1,6 @@
 /**
- * Popup and toast: stock Elementary popups in our styles. They block nothing outside themselves, and
- * the toast never takes the focus. Main-loop thread only.
+ * Popup and toast: stock Elementary popups in our styles. They block nothing outside themselves,
+ * and the toast never takes the focus. Main-loop thread only.
  */
 #pragma once
 

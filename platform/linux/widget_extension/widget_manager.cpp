@@ -14,7 +14,8 @@ namespace {
 constexpr double units_of_longer_side = 240.0;
 /** The longer side of the panel that the theme is drawn for. */
 constexpr double design_side = 1920.0;
-/** Seconds that the list takes to follow the focus; Elementary's own value lags behind a held key. */
+/** Seconds that the list takes to follow the focus; Elementary's own value lags behind a held key.
+ */
 constexpr double bring_in_seconds = 0.22;
 
 } // namespace

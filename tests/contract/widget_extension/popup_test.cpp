@@ -1,0 +1,409 @@
+// The options popup as the viewer meets it: place, focus, keys, pointer, time, end.
+
+#include "widget_test.h"
+
+using namespace testing;
+
+namespace {
+
+class PopupTest : public WidgetTest {};
+
+const std::vector<std::string> seven_rows = {"Off",         "Play all",     "City lights", "Ocean",
+                                             "Night drive", "Northern sky", "Waterfall"};
+
+void count_press(void *counter, Evas *, Evas_Object *, void *)
+{
+    ++*static_cast<int *>(counter);
+}
+
+} // namespace
+
+TEST_F(PopupTest, StandsInTheMiddleOfEveryPanelWithItsListAtFullSize)
+{
+    const struct {
+        int width, height;
+    } panels[] = {{1280, 720}, {1920, 1080}, {3840, 2160}, {720, 1280}, {1080, 1920}, {2160, 3840}};
+    for (const auto &panel : panels) {
+        SCOPED_TRACE(testing::Message() << panel.width << "x" << panel.height);
+        Stage stage(panel.width, panel.height);
+        PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+        scene.show();
+        stage.settle();
+
+        const Eina_Rectangle popup = panel_of(scene.popup);
+        const Eina_Rectangle list = Stage::geometry(scene.genlist);
+        EXPECT_NEAR(popup.x + popup.w / 2, panel.width / 2, 1);
+        EXPECT_NEAR(popup.y + popup.h / 2, panel.height / 2, 1);
+        EXPECT_TRUE(lies_in(popup, {0, 0, panel.width, panel.height}));
+        EXPECT_TRUE(lies_in(list, popup));
+        EXPECT_EQ(list.w, elm_velt_unit_to_pixel(120.0));
+        EXPECT_EQ(list.h, elm_velt_unit_to_pixel(55.0));
+        EXPECT_TRUE(lies_in(Stage::geometry(scene.button), popup));
+        EXPECT_GE(Stage::geometry(scene.button).y, list.y + list.h);
+    }
+}
+
+TEST_F(PopupTest, IsDrawnDarkAndTranslucentInItsFirstFrame)
+{
+    Stage stage(1920, 1080);
+    EXPECT_EQ(stage.pixel(960, 300), 0u);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.show();
+    // One turn of the main loop and one drawing: no fade may hold the popup back.
+    ecore_main_loop_iterate();
+    const std::uint32_t ground = stage.pixel(1500, 220);
+    const unsigned int alpha = ground >> 24;
+    EXPECT_GT(alpha, 200u);
+    EXPECT_LT(alpha, 255u);
+    EXPECT_LT((ground >> 8) & 0xff, 40u);
+}
+
+TEST_F(PopupTest, TheListLearnsThatItIsShownWhenThePopupIs)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    stage.settle();
+    EXPECT_EQ(scene.list_shown, 0);
+    scene.show();
+    stage.settle();
+    EXPECT_EQ(scene.list_shown, 1);
+    evas_object_hide(scene.popup);
+    stage.settle();
+    scene.show();
+    stage.settle();
+    EXPECT_EQ(scene.list_shown, 2);
+}
+
+TEST_F(PopupTest, TitleAndButtonShowTheirTextsAsTheyAre)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "<b>Demo</b> & co", seven_rows, 0, "<i>O&K</i>");
+    scene.show();
+    stage.settle();
+    const auto *button = elm_layout_edje_get(scene.button);
+    EXPECT_STREQ(edje_object_part_text_get(button, "elm.text"), "<i>O&K</i>");
+    const char *title = elm_object_part_text_get(scene.popup, "title,text");
+    ASSERT_NE(title, nullptr);
+    char *plain = elm_entry_markup_to_utf8(title);
+    EXPECT_STREQ(plain, "<b>Demo</b> & co");
+    free(plain);
+}
+
+TEST_F(PopupTest, OpensWithTheFocusOnTheRowInForce)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 3);
+    scene.show();
+    stage.settle();
+    EXPECT_EQ(scene.focused_row(), 3);
+    EXPECT_FALSE(elm_object_focus_get(scene.button));
+}
+
+TEST_F(PopupTest, ArrowKeysWalkThroughTheRowsToTheButtonAndBack)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 5);
+    scene.show();
+    stage.settle();
+
+    stage.press_key("Down");
+    EXPECT_EQ(scene.focused_row(), 6);
+    stage.press_key("Down");
+    EXPECT_EQ(scene.focused_row(), -1);
+    EXPECT_TRUE(elm_object_focus_get(scene.button));
+    stage.press_key("Down");
+    EXPECT_TRUE(elm_object_focus_get(scene.button));
+    stage.press_key("Up");
+    EXPECT_EQ(scene.focused_row(), 6);
+    stage.press_key("Up");
+    EXPECT_EQ(scene.focused_row(), 5);
+}
+
+TEST_F(PopupTest, UpOnTheFirstRowStaysThere)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.show();
+    stage.settle();
+    stage.press_key("Up");
+    EXPECT_EQ(scene.focused_row(), 0);
+}
+
+TEST_F(PopupTest, OnlyOneThingLooksFocused)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 5);
+    scene.show();
+    stage.settle();
+    double value = 0.0;
+    const auto button_state = [&scene, &value] {
+        return std::string(
+            edje_object_part_state_get(elm_layout_edje_get(scene.button), "pill", &value));
+    };
+    const auto focused_rows = [&scene] {
+        int rows = 0;
+        for (unsigned int i = 0; i < 7; ++i) {
+            const RowView view(scene.row(i));
+            rows += view && view.state("pill") == "focused" ? 1 : 0;
+        }
+        return rows;
+    };
+    EXPECT_EQ(focused_rows(), 1);
+    EXPECT_EQ(button_state(), "default");
+    stage.press_key("Down");
+    EXPECT_EQ(focused_rows(), 1);
+    stage.press_key("Down");
+    EXPECT_EQ(focused_rows(), 0);
+    EXPECT_EQ(button_state(), "focused");
+    stage.press_key("Up");
+    EXPECT_EQ(focused_rows(), 1);
+    EXPECT_EQ(button_state(), "default");
+}
+
+TEST_F(PopupTest, ReturnOnARowReachesTheListsOwnHandler)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 2);
+    scene.show();
+    stage.settle();
+    stage.press_key("Down");
+    stage.press_key("Return");
+    EXPECT_THAT(scene.keys, ElementsAre("Down", "Return"));
+    EXPECT_EQ(scene.focused_row(), 3);
+    EXPECT_EQ(scene.clicked, 0);
+}
+
+TEST_F(PopupTest, ReturnOnTheButtonClicksIt)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 6);
+    scene.show();
+    stage.settle();
+    stage.press_key("Down");
+    stage.press_key("Return");
+    EXPECT_EQ(scene.clicked, 1);
+}
+
+TEST_F(PopupTest, BackAndEscapeAreLeftToThePlayer)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 2);
+    scene.show();
+    stage.settle();
+    stage.press_key("XF86Back");
+    stage.press_key("Escape");
+    EXPECT_TRUE(evas_object_visible_get(scene.popup));
+    EXPECT_EQ(scene.focused_row(), 2);
+}
+
+TEST_F(PopupTest, TheFocusFollowsThePointer)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.show();
+    stage.settle();
+    const Eina_Rectangle list = Stage::geometry(scene.genlist);
+    const int row_height = list.h / 5;
+    stage.move_pointer(list.x + 200, list.y + row_height * 2 + 40);
+    EXPECT_EQ(scene.focused_row(), 2);
+    stage.move_pointer(list.x + 220, list.y + row_height * 3 + 40);
+    EXPECT_EQ(scene.focused_row(), 3);
+    const Eina_Rectangle button = Stage::geometry(scene.button);
+    stage.move_pointer(button.x + 20, button.y + 20);
+    EXPECT_TRUE(elm_object_focus_get(scene.button));
+    stage.move_pointer(list.x + 200, list.y + 40);
+    EXPECT_EQ(scene.focused_row(), 0);
+}
+
+TEST_F(PopupTest, AClickTellsTheRowUnderThePointer)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.show();
+    stage.settle();
+    const Eina_Rectangle list = Stage::geometry(scene.genlist);
+    stage.click(list.x + 300, list.y + list.h / 5 * 4 + 30);
+    EXPECT_EQ(scene.pressed_row, 4);
+    EXPECT_EQ(scene.clicked, 0);
+}
+
+TEST_F(PopupTest, AClickOnTheButtonPressesAndClicksIt)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.show();
+    stage.settle();
+    stage.click(scene.button);
+    EXPECT_EQ(scene.button_presses, 1);
+    EXPECT_EQ(scene.clicked, 1);
+}
+
+TEST_F(PopupTest, NothingBesideThePanelIsBlocked)
+{
+    Stage stage(1920, 1080);
+    Evas_Object *ground = evas_object_rectangle_add(stage.canvas());
+    evas_object_resize(ground, 1920, 1080);
+    evas_object_show(ground);
+    int presses = 0;
+    evas_object_event_callback_add(ground, EVAS_CALLBACK_MOUSE_DOWN, count_press, &presses);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.show();
+    stage.settle();
+    stage.click(100, 100);
+    EXPECT_EQ(presses, 1);
+    // The panel's own ground is not the window's.
+    const Eina_Rectangle popup = panel_of(scene.popup);
+    stage.click(popup.x + popup.w / 2, popup.y + 20);
+    EXPECT_EQ(presses, 1);
+}
+
+TEST_F(PopupTest, StaysAboveWhatTheWindowGetsLater)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.show();
+    stage.settle();
+    const std::uint32_t before = stage.pixel(1500, 220);
+    Evas_Object *layout = elm_velt_layout_add(stage.window());
+    elm_win_resize_object_add(stage.window(), layout);
+    Evas_Object *box = elm_bg_add(layout);
+    elm_bg_color_set(box, 255, 255, 255);
+    elm_velt_object_resize_policy_set(box, 1, 1);
+    elm_velt_layout_item_append(layout, box, 10, 10);
+    evas_object_show(layout);
+    stage.settle();
+    EXPECT_EQ(stage.pixel(100, 100), 0xffffffffu);
+    EXPECT_LT(stage.pixel(1500, 220) & 0xff, 60u);
+    EXPECT_NE(before, 0u);
+}
+
+TEST_F(PopupTest, HidesItselfAndTellsSoWhenItsTimeIsOver)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    EXPECT_DOUBLE_EQ(elm_popup_timeout_get(scene.popup), 30.0);
+    elm_popup_timeout_set(scene.popup, 0.1);
+    scene.show();
+    EXPECT_TRUE(Stage::until([&scene] { return scene.timed_out > 0; }));
+    EXPECT_TRUE(Stage::until([&scene] { return !evas_object_visible_get(scene.popup); }));
+    EXPECT_EQ(scene.timed_out, 1);
+}
+
+TEST_F(PopupTest, GoesAwayAtOnceWhenHidden)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.show();
+    stage.settle();
+    evas_object_hide(scene.popup);
+    ecore_main_loop_iterate();
+    EXPECT_EQ(stage.pixel(1500, 220), 0u);
+}
+
+TEST_F(PopupTest, CanBeTakenDownInThePlayersOrder)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.show();
+    stage.settle();
+    evas_object_hide(scene.popup);
+    stage.settle();
+    scene.delete_closed();
+    stage.settle();
+    EXPECT_EQ(scene.rows_deleted, 7);
+}
+
+TEST_F(PopupTest, CanBeDeletedBeforeWhatIsInIt)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.show();
+    stage.settle();
+    scene.delete_at_end();
+    stage.settle();
+    EXPECT_EQ(scene.rows_deleted, 7);
+}
+
+TEST_F(PopupTest, CanBeDeletedWithTheManagersEndRightBehind)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.show();
+    stage.settle();
+    scene.delete_at_end();
+    stage.delete_window();
+    elm_velt_manager_fini();
+    EXPECT_EQ(scene.rows_deleted, 7);
+}
+
+TEST_F(PopupTest, GoesWithItsWindow)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.show();
+    stage.settle();
+    stage.delete_window();
+    stage.settle();
+    EXPECT_EQ(scene.rows_deleted, 7);
+}
+
+TEST_F(PopupTest, CanBeDeletedBeforeItWasEverShown)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    scene.delete_closed();
+    stage.settle();
+    EXPECT_EQ(scene.rows_deleted, 7);
+}
+
+TEST_F(PopupTest, CanBeOpenedAgainAndAgain)
+{
+    Stage stage(1920, 1080);
+    for (int i = 0; i < 5; ++i) {
+        PopupScene scene(stage.window(), "Demo", seven_rows, i);
+        scene.show();
+        stage.settle();
+        EXPECT_EQ(scene.focused_row(), i);
+        evas_object_hide(scene.popup);
+        scene.delete_closed();
+        stage.settle();
+    }
+}
+
+TEST_F(PopupTest, OutlivesTheTheme)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 1);
+    scene.show();
+    stage.settle();
+    elm_velt_manager_fini();
+    stage.settle();
+    EXPECT_TRUE(evas_object_visible_get(scene.popup));
+    scene.delete_closed();
+    stage.settle();
+    EXPECT_EQ(scene.rows_deleted, 7);
+}
+
+TEST_F(PopupTest, WrongArgumentsAreRefusedWithoutHarm)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    elm_velt_popup_style_set(scene.popup, 3);
+    elm_velt_popup_style_set(nullptr, 0);
+    elm_velt_popup_title_set(nullptr, "x");
+    elm_velt_popup_content_set(scene.popup, nullptr, 1, 1);
+    elm_velt_popup_button_set(scene.popup, scene.button, 3);
+    elm_velt_popup_button_set(scene.popup, nullptr, 0);
+    elm_velt_popup_toast_text_set(nullptr, "x");
+    elm_velt_layout_item_append(nullptr, scene.button, 1, 1);
+    elm_velt_layout_align_set(scene.layout, 10);
+    elm_velt_button_text_set(nullptr, "x");
+    EXPECT_EQ(elm_velt_popup_add(nullptr), nullptr);
+    EXPECT_EQ(elm_velt_layout_add(nullptr), nullptr);
+    EXPECT_EQ(elm_velt_genlist_add(nullptr), nullptr);
+    EXPECT_EQ(elm_velt_button_add(nullptr), nullptr);
+    EXPECT_EQ(elm_velt_imagebox_add(nullptr), nullptr);
+    scene.show();
+    stage.settle();
+    EXPECT_EQ(scene.focused_row(), 0);
+}

@@ -1,0 +1,52 @@
+/** What the tests of the widgets share: no error line may come from the library underneath. */
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "player_scenes.h"
+#include "stage.h"
+#include "widget_extension.h"
+
+class WidgetTest : public testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    /** Lines of error level that Elementary and its libraries have logged. */
+    static std::vector<std::string> &library_errors();
+};
+
+/**
+ * Finds the drawing made from a group of the theme among an object's members.
+ *
+ * @param place the place it must have, or null for any
+ * @return the drawing, or null
+ */
+const Evas_Object *find_drawing(const Evas_Object *object, const std::string &group,
+                                const Eina_Rectangle *place = nullptr);
+
+/** Where the panel of a popup or a toast is; the popup's object itself covers the window. */
+Eina_Rectangle panel_of(const Evas_Object *popup);
+
+/** The drawing of a row. It is there only while the row is in or near the view. */
+class RowView {
+  public:
+    explicit RowView(Elm_Object_Item *item);
+
+    explicit operator bool() const { return drawing_ != nullptr; }
+    /** Place of a part on the canvas. */
+    Eina_Rectangle part(const char *name) const;
+    std::string state(const char *part) const;
+    std::string text() const;
+    Eina_Rectangle place() const { return Stage::geometry(drawing_); }
+
+  private:
+    const Evas_Object *drawing_ = nullptr;
+};
+
+/** Whether one rectangle lies in another. */
+bool lies_in(const Eina_Rectangle &inner, const Eina_Rectangle &outer);
