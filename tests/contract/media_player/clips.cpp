@@ -48,6 +48,13 @@ std::string with_number(std::string text, int number)
     return text;
 }
 
+// The encoder is the first element of the line.
+std::string with_options(const std::string &encoder, const std::string &options)
+{
+    const size_t end = encoder.find(' ');
+    return encoder.substr(0, end) + " " + options + encoder.substr(end);
+}
+
 std::string extension_of(const std::string &path)
 {
     return path.substr(path.rfind('.') + 1);
@@ -67,10 +74,9 @@ std::string description(const std::string &path, const Clip &clip)
     const Format &format = formats().at(extension_of(path));
     std::ostringstream text;
     text << "appsrc name=pictures format=time caps=\"" << raw_caps(clip) << "\" ! ";
-    if (!clip.orientation.empty())
-        text << "taginject name=tags scope=stream ! ";
     text << "videoconvert ! video/x-raw,format=" << clip.format << " ! " << clip.filter << " ! "
-         << with_number(format.video, clip.key_distance) << " ! queue ! mux. ";
+         << with_options(with_number(format.video, clip.key_distance), clip.encoder_options)
+         << " ! queue ! mux. ";
     if (clip.sound)
         text << "audiotestsrc wave=sine volume=0.5 samplesperbuffer=1600 num-buffers="
              << clip.frames << " ! audio/x-raw,rate=48000,channels=2 ! audioconvert ! "
@@ -150,15 +156,30 @@ void make(const std::string &text, const std::string &path)
     run_to_end(pipeline, path);
 }
 
+// The muxer writes no turn: it is put into the matrix of the track header.
+void write_turn(const std::string &path, int degrees)
+{
+    constexpr size_t matrix_behind_name = 44;
+    const uint32_t one = 0x00010000;
+    const uint32_t minus_one = 0xffff0000;
+    const uint32_t quarter[] = {0, one, 0, minus_one, 0};
+    const uint32_t half[] = {minus_one, 0, 0, 0, minus_one};
+    std::string contents = read_file(path);
+    size_t place = contents.find("tkhd");
+    if (place == std::string::npos || degrees % 90 != 0 || degrees > 180)
+        throw std::runtime_error("cannot turn " + path);
+    place += matrix_behind_name;
+    for (const uint32_t value : degrees == 90 ? quarter : half)
+        for (int shift = 24; shift >= 0; shift -= 8)
+            contents[place++] = static_cast<char>(value >> shift);
+    write_file(path, contents);
+}
+
 } // namespace
 
 void make_clip(const std::string &path, const Clip &clip)
 {
     GstElement *pipeline = launch(description(path, clip), path);
-    if (GstElement *tags = gst_bin_get_by_name(GST_BIN(pipeline), "tags")) {
-        g_object_set(tags, "tags", ("image-orientation=" + clip.orientation).c_str(), nullptr);
-        gst_object_unref(tags);
-    }
     if (GstElement *late = gst_bin_get_by_name(GST_BIN(pipeline), "late")) {
         GstPad *pad = gst_element_get_static_pad(late, "src");
         gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, count_from_zero, nullptr, nullptr);
@@ -173,6 +194,8 @@ void make_clip(const std::string &path, const Clip &clip)
     gst_object_unref(source);
 
     run_to_end(pipeline, path);
+    if (clip.turn != 0)
+        write_turn(path, clip.turn);
 }
 
 void make_sound(const std::string &path)

@@ -15,8 +15,9 @@ struct Clip {
     bool sound = true;
     int pixel_width = 1; ///< pixel aspect ratio
     int pixel_height = 1;
-    std::string orientation;         ///< an image-orientation tag, such as "rotate-90"
-    std::string format = "I420";     ///< of the pictures that go to the encoder
+    int turn = 0;                ///< how a player has to turn it clockwise; MP4 without sound only
+    std::string format = "I420"; ///< of the pictures that go to the encoder
+    std::string encoder_options; ///< beyond those of the container
     std::string filter = "identity"; ///< between pictures and encoder
 };
 

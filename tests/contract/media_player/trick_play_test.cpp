@@ -1,0 +1,244 @@
+// Fast forward and backwards, in every container a shop's content comes in.
+
+#include <cmath>
+
+#include <gmock/gmock.h>
+
+#include "player_fixture.h"
+
+using testing::Contains;
+using testing::Not;
+
+namespace player_test {
+namespace {
+
+class TrickPlay : public PlayerTest {
+  protected:
+    /** Plays five seconds with a key frame in each half. */
+    testing::AssertionResult play(const std::string &name, int key_distance = 15)
+    {
+        Clip facts;
+        facts.frames = 150;
+        facts.key_distance = key_distance;
+        return playing(clip(name, facts));
+    }
+
+    /** Waits until the clip has played to a place. */
+    bool reach(int64_t milliseconds)
+    {
+        return wait_for([=, this] { return position() >= milliseconds; });
+    }
+};
+
+class EveryContainer : public TrickPlay, public testing::WithParamInterface<const char *> {};
+
+TEST_P(EveryContainer, GoesForwardAtDoubleSpeed)
+{
+    ASSERT_TRUE(play(std::string("a.") + GetParam()));
+    ASSERT_TRUE(reach(600));
+    ASSERT_EQ(player_->set_rate(2.0), PLAYER_ERROR_NONE);
+    ASSERT_TRUE(reach(1400));
+    const auto start = std::chrono::steady_clock::now();
+    const int64_t from = position();
+
+    ASSERT_TRUE(reach(3400));
+
+    const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
+    const double speed = static_cast<double>(position() - from) / took.count();
+    EXPECT_GT(speed, 1.6);
+    EXPECT_LT(speed, 2.5);
+    EXPECT_EQ(player_->rate(), 2.0);
+    EXPECT_TRUE(wait_for_event("completed"));
+}
+
+TEST_P(EveryContainer, GoesBackwardsToTheStartAndThenForward)
+{
+    ASSERT_TRUE(play(std::string("a.") + GetParam()));
+    ASSERT_TRUE(reach(2800));
+    ASSERT_EQ(player_->set_rate(-2.0), PLAYER_ERROR_NONE);
+    EXPECT_EQ(player_->rate(), -2.0);
+
+    // Backwards, picture after picture.
+    int64_t last = position();
+    int steps = 0;
+    EXPECT_TRUE(wait_for([&] {
+        const int64_t now = position();
+        steps += now < last;
+        last = now;
+        return player_->rate() == 1.0;
+    }));
+
+    EXPECT_GE(steps, 2);
+    EXPECT_LT(last, 700);
+    EXPECT_EQ(player_->state(), PLAYER_STATE_PLAYING);
+    EXPECT_THAT(events(), Not(Contains("completed")));
+    EXPECT_TRUE(reach(last + 800));
+    EXPECT_EQ(count("completed"), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Containers, EveryContainer,
+                         testing::Values("ts", "avi", "mp4", "asf", "wmv", "ogg", "flv", "mpeg",
+                                         "mkv", "tp"),
+                         [](const auto &container) { return container.param; });
+
+TEST_F(TrickPlay, BackwardsWithFarApartKeyFramesTakesTheTimeItShould)
+{
+    ASSERT_TRUE(play("a.mp4", 60));
+    ASSERT_TRUE(reach(3000));
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_EQ(player_->set_rate(-2.0), PLAYER_ERROR_NONE);
+
+    ASSERT_TRUE(wait_for([this] { return player_->rate() == 1.0; }));
+
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    EXPECT_GT(took.count(), 1.2);
+    EXPECT_LT(took.count(), 2.5);
+}
+
+TEST_F(TrickPlay, NormalSpeedComesBackFromEither)
+{
+    for (const double rate : {2.0, -2.0}) {
+        for (const char *name : {"a.mp4", "a.ts"}) {
+            SCOPED_TRACE(testing::Message() << rate << " " << name);
+            player_->unprepare();
+            ASSERT_TRUE(play(name));
+            ASSERT_TRUE(reach(1500));
+            player_->set_rate(rate);
+            ASSERT_TRUE(wait_for([&] { return rate > 0 ? position() > 2200 : position() < 1000; }));
+
+            ASSERT_EQ(player_->set_rate(1.0), PLAYER_ERROR_NONE);
+
+            const int64_t from = position();
+            EXPECT_TRUE(wait_for([&] { return position() > from + 300; }));
+            EXPECT_EQ(player_->rate(), 1.0);
+        }
+    }
+}
+
+TEST_F(TrickPlay, TheSameSpeedAgainChangesNothing)
+{
+    ASSERT_TRUE(play("a.mp4"));
+    ASSERT_TRUE(reach(500));
+    int64_t last = position();
+    bool went_back = false;
+
+    player_->set_rate(1.0);
+
+    EXPECT_TRUE(wait_for([&] {
+        went_back |= position() < last;
+        last = position();
+        return last > 1200;
+    }));
+    EXPECT_FALSE(went_back);
+}
+
+TEST_F(TrickPlay, PauseHoldsAndStartGoesOnInBothDirections)
+{
+    for (const char *name : {"a.mp4", "a.ts"}) {
+        SCOPED_TRACE(name);
+        player_->unprepare();
+        ASSERT_TRUE(play(name));
+        ASSERT_TRUE(reach(2500));
+        player_->set_rate(-2.0);
+        ASSERT_TRUE(wait_for([this] { return position() < 2400; }));
+        ASSERT_EQ(player_->pause(), PLAYER_ERROR_NONE);
+        wait_for([] { return false; }, 0.3);
+        const int64_t held = position();
+        EXPECT_TRUE(stays([&] { return position() == held; }, 0.4));
+
+        ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
+
+        EXPECT_TRUE(wait_for([&] { return position() < held; }));
+    }
+}
+
+TEST_F(TrickPlay, ASpeedSetWhilePausedHoldsFromTheStartOn)
+{
+    ASSERT_TRUE(play("a.mp4"));
+    ASSERT_TRUE(reach(500));
+    player_->pause();
+    player_->set_rate(2.0);
+    player_->set_rate(1.0);
+    player_->set_rate(2.0);
+
+    player_->start();
+
+    EXPECT_TRUE(wait_for_event("completed", 4));
+}
+
+TEST_F(TrickPlay, ManyChangesInARowEndWithTheLast)
+{
+    ASSERT_TRUE(play("a.mkv"));
+    ASSERT_TRUE(reach(1500));
+    for (int i = 0; i < 20; i++)
+        ASSERT_EQ(player_->set_rate(i % 2 ? -2.0 : 2.0), PLAYER_ERROR_NONE);
+    ASSERT_EQ(player_->set_rate(1.0), PLAYER_ERROR_NONE);
+
+    EXPECT_EQ(player_->rate(), 1.0);
+    const int64_t from = position();
+    EXPECT_TRUE(wait_for([&] { return position() > from + 500; }));
+    EXPECT_TRUE(wait_for_event("completed"));
+}
+
+TEST_F(TrickPlay, FastForwardOfALoopingFileGoesRound)
+{
+    Clip facts;
+    ASSERT_EQ(prepare(clip("a.mp4", facts)), PLAYER_ERROR_NONE);
+    player_->set_looping(true);
+    ASSERT_TRUE(wait_for_event("prepared"));
+    player_->start();
+    ASSERT_TRUE(reach(300));
+    player_->set_rate(2.0);
+
+    EXPECT_TRUE(reach(1500));
+    EXPECT_TRUE(wait_for([this] { return position() < 500; }));
+    EXPECT_TRUE(reach(1500));
+    EXPECT_EQ(count("completed"), 0);
+    EXPECT_EQ(player_->rate(), 2.0);
+}
+
+// What reaches the sound device.
+
+std::atomic<int> loudest{0};
+
+platform::ElementPtr listening_sink()
+{
+    platform::ElementPtr bin(GST_ELEMENT(gst_object_ref_sink(gst_parse_bin_from_description(
+        "audioconvert ! audio/x-raw,format=S16LE ! fakesink sync=true name=ear "
+        "signal-handoffs=true",
+        TRUE, nullptr))));
+    GstElement *ear = gst_bin_get_by_name(GST_BIN(bin.get()), "ear");
+    const auto listen = +[](GstElement *, GstBuffer *sound, GstPad *, gpointer) {
+        GstMapInfo map;
+        if (!gst_buffer_map(sound, &map, GST_MAP_READ))
+            return;
+        const auto *samples = reinterpret_cast<const int16_t *>(map.data);
+        int peak = 0;
+        for (size_t i = 0; i < map.size / 2; i++)
+            peak = std::max(peak, std::abs(static_cast<int>(samples[i])));
+        loudest = peak;
+        gst_buffer_unmap(sound, &map);
+    };
+    g_signal_connect(ear, "handoff", G_CALLBACK(listen), nullptr);
+    gst_object_unref(ear);
+    return bin;
+}
+
+TEST_F(TrickPlay, SoundIsHeardAtNormalSpeedOnly)
+{
+    platform::PlayerOptions options;
+    options.make_audio_sink = listening_sink;
+    make_player(options);
+    ASSERT_TRUE(play("a.mp4"));
+    EXPECT_TRUE(wait_for([] { return loudest > 1000; }));
+
+    player_->set_rate(2.0);
+
+    EXPECT_TRUE(wait_for([] { return loudest == 0; }));
+    EXPECT_TRUE(stays([] { return loudest == 0; }, 0.3));
+    player_->set_rate(1.0);
+    EXPECT_TRUE(wait_for([] { return loudest > 1000; }));
+}
+
+} // namespace
+} // namespace player_test
