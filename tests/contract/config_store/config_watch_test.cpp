@@ -92,8 +92,8 @@ TEST_F(ConfigWatch, WriteOfAnotherProcessIsTold)
 {
     ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
     Child writer({CONFIG_STORE_PEER, "set", memory_key("a"), "5"});
-    EXPECT_TRUE(run_loop_until([&] { return !listener_.told.empty(); }));
     EXPECT_EQ(writer.finish(), 0);
+    EXPECT_TRUE(run_loop_until([&] { return !listener_.told.empty(); }));
     int value = 0;
     EXPECT_EQ(vconf_get_int(memory_key("a"), &value), 0);
     EXPECT_EQ(value, 5);

@@ -168,14 +168,21 @@ class Child {
         return out_open_ || err_open_;
     }
 
-    /** Reads to the end. @return the exit status, or minus the signal that ended it. */
+    /**
+     * Reads to the end. Not after the main loop has run while the child lived: Ecore collects every
+     * child that ends meanwhile.
+     *
+     * @return the exit status, or minus the signal that ended it; 1000 when somebody else took it
+     */
     int finish()
     {
         while (read_some(-1)) {
         }
         int status = 0;
-        waitpid(pid_, &status, 0);
+        const pid_t collected = waitpid(pid_, &status, 0);
         pid_ = -1;
+        if (collected < 0)
+            return 1000;
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     }
 

@@ -1,0 +1,138 @@
+// What tvctl does without a player: its usage, and the configuration store.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "config_store/known_keys.h"
+#include "control_fixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr char kTimer[] = "db/ostrel-demo-player-tv/portrait_timer";
+
+class Tvctl : public ControlFixture {};
+
+TEST_F(Tvctl, WrongUsageIsExplained)
+{
+    const std::vector<std::vector<std::string>> wrong = {
+        {},
+        {"nonsense"},
+        {"key"},
+        {"key", "a", "b"},
+        {"panel", "upside-down"},
+        {"power", "on"},
+        {"usb"},
+        {"usb", "add"},
+        {"usb", "eject", "/x"},
+        {"usb", "add", ""},
+        {"language"},
+        {"launch", "folder"},
+        {"launch", "--unknown", "x"},
+        {"launch", "--folder_path"},
+        {"launch", "--extra", "x"},
+        {"launch", "--extra", "=x"},
+        {"config"},
+        {"config", "erase"},
+        {"config", "get"},
+        {"config", "set", "demo_mode"},
+        {"config", "list", "x"},
+        {"status", "--xml"},
+    };
+    for (const auto &arguments : wrong) {
+        const Outcome outcome = tvctl(arguments);
+        EXPECT_EQ(outcome.status, 2) << testing::PrintToString(arguments);
+        EXPECT_THAT(outcome.err, HasSubstr("--help")) << testing::PrintToString(arguments);
+        EXPECT_EQ(outcome.out, "");
+    }
+}
+
+TEST_F(Tvctl, EveryCommandExplainsItselfAndIsInTheManualAndTheCompletion)
+{
+    const std::string manual = store_test::read_file(TVCTL_MANUAL);
+    const std::string completion = store_test::read_file(TVCTL_COMPLETION);
+    const std::string overview = tvctl({"--help"}).out;
+    for (const std::string command :
+         {"launch", "key", "panel", "power", "language", "usb", "config", "status"}) {
+        const Outcome outcome = tvctl({command, "--help"});
+        EXPECT_EQ(outcome.status, 0);
+        EXPECT_THAT(outcome.out, StartsWith("Usage: tvctl " + command));
+        EXPECT_THAT(overview, HasSubstr("  tvctl " + command));
+        EXPECT_THAT(manual, HasSubstr("\n.B tvctl " + command));
+        EXPECT_THAT(completion, HasSubstr(command));
+    }
+}
+
+TEST_F(Tvctl, ConfigValueIsSetAndRead)
+{
+    EXPECT_EQ(tvctl({"config", "set", kTimer, "3"}).status, 0);
+    EXPECT_EQ(store_test::read_file(in_store("state/") + kTimer), "3\n");
+    const Outcome outcome = tvctl({"config", "get", "portrait_timer"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.out, "3\n");
+}
+
+TEST_F(Tvctl, ConfigMayHoldOtherKeys)
+{
+    EXPECT_EQ(tvctl({"config", "set", "memory/other/key", "-2147483648"}).status, 0);
+    EXPECT_EQ(tvctl({"config", "get", "memory/other/key"}).out, "-2147483648\n");
+}
+
+TEST_F(Tvctl, TimerOutsideItsRangeIsRefusedNamingTheRange)
+{
+    for (const char *bad : {"10", "-1"}) {
+        const Outcome outcome = tvctl({"config", "set", "portrait_timer", bad});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.err, HasSubstr("takes 0 to 9"));
+    }
+    EXPECT_EQ(tvctl({"config", "get", "portrait_timer"}).status, 1);
+}
+
+TEST_F(Tvctl, BadKeysAndValuesAreRefused)
+{
+    EXPECT_EQ(tvctl({"config", "get", "demo_mode"}).err,
+              "tvctl: db/ostrel-demo-player-tv/demo_mode is not set\n");
+    for (const char *bad : {"elsewhere/x", "db/../x", "nonsense", ""}) {
+        EXPECT_EQ(tvctl({"config", "get", bad}).status, 1) << bad;
+        EXPECT_EQ(tvctl({"config", "set", bad, "1"}).status, 1) << bad;
+        EXPECT_EQ(tvctl({"config", "watch", bad}).status, 1) << bad;
+    }
+    for (const char *bad : {"", "x", "1x", "99999999999", "1.5"})
+        EXPECT_EQ(tvctl({"config", "set", "demo_mode", bad}).status, 1) << bad;
+}
+
+TEST_F(Tvctl, ListHoldsKnownKeysAndAllThatIsSet)
+{
+    ASSERT_EQ(tvctl({"config", "set", "db/a", "7"}).status, 0);
+    ASSERT_EQ(tvctl({"config", "set", "demo_mode", "258"}).status, 0);
+    const std::string list = tvctl({"config", "list"}).out;
+    EXPECT_THAT(list, HasSubstr("db/a 7\n"));
+    EXPECT_THAT(list, HasSubstr("db/ostrel-demo-player-tv/demo_mode 258\n"));
+    for (const platform::KnownKey &key : platform::known_keys())
+        EXPECT_THAT(list, HasSubstr(std::string(key.name) + " "));
+}
+
+TEST_F(Tvctl, WatchPrintsChangesUntilItIsInterrupted)
+{
+    for (const int signal : {SIGINT, SIGTERM}) {
+        store_test::Child watch({TVCTL, "config", "watch", "portrait_timer", "memory/a"});
+        // It says nothing when it is ready, so the first change is made until it is seen.
+        for (int value = 0; watch.out_text().empty(); value = (value + 1) % 10) {
+            ASSERT_EQ(tvctl({"config", "set", kTimer, std::to_string(value)}).status, 0);
+            watch.read_some(0);
+        }
+        EXPECT_THAT(watch.out_text(), StartsWith(std::string(kTimer) + " "));
+
+        ASSERT_EQ(tvctl({"config", "set", "memory/a", "77"}).status, 0);
+        EXPECT_TRUE(wait_for(watch, "memory/a 77\n"));
+        std::filesystem::remove(in_store("run/memory/a"));
+        EXPECT_TRUE(wait_for(watch, "memory/a -\n"));
+
+        watch.signal(signal);
+        EXPECT_EQ(watch.finish(), 0);
+    }
+}
+
+} // namespace
