@@ -104,6 +104,10 @@ def test_timer_keys_step_the_intervals_and_switch_timed_rotation(tv, screen, con
     tv.press("XF86Color")
     tv.wait_config(keys + "rotation_auto_mode", 1)
     player.log.wait("set timer 300 sec")
+    # A set that has just been unpacked has no intervals to step; the reset key makes them.
+    tv.press("XF86ChannelGuide")
+    tv.wait_config(keys + "landscape_timer", 0)
+    tv.wait_config(keys + "portrait_timer", 0)
     tv.press("XF86LowerChannel")
     tv.wait_config(keys + "landscape_timer", 1)
     player.log.wait("set timer 330 sec")

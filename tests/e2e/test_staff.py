@@ -168,8 +168,9 @@ def test_subtitle_is_drawn_over_the_lower_part(tv, screen, content, shelf):
     def bright_pixels(rows):
         return int((screen.picture()[rows].min(axis=2) > 190).sum())
 
-    wait_until(lambda: bright_pixels(slice(240, 360)) > 300, "letters in the lower part")
-    assert bright_pixels(slice(0, 180)) == 0
+    wait_until(lambda: bright_pixels(slice(240, 360)) > 100, "letters in the lower part")
+    # Not the uppermost rows, where the pointer may still be seen.
+    assert bright_pixels(slice(60, 200)) == 0
 
 
 def test_broken_subtitle_does_not_stop_the_video(tv, screen, content, shelf):

@@ -148,6 +148,7 @@ class Tv:
         self._short = tempfile.mkdtemp(prefix="bus-")
         self.bus_address = f"unix:path={self._short}/bus"
         self._bus = None
+        self.configure()
 
     def start_bus(self):
         with open(os.path.join(self.folder, "bus.log"), "wb") as log:

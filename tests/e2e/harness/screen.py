@@ -109,6 +109,9 @@ class Screen:
         self.display = f":{number}"
         self._open_frame_buffer()
         self.start_compositor()
+        # Out of the way: a pointer in the middle would hover over the options.
+        self.move_pointer(self.width - 2, self.height - 2)
+        self.move_pointer(self.width - 1, self.height - 1)
         return self
 
     def start_compositor(self):
