@@ -1,6 +1,8 @@
 #include "bus/bus_connection.h"
 
 #include <cstdlib>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <unistd.h>
 #include <utility>
 
@@ -24,10 +26,41 @@ class QuietDomain {
     int level_;
 };
 
-bool has_value(const char *variable)
+std::string value_of(const char *variable)
 {
     const char *value = std::getenv(variable);
-    return value && *value;
+    return value ? value : "";
+}
+
+/** Whether somebody listens at a socket. */
+bool is_served(const std::string &path)
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    if (path.size() >= sizeof address.sun_path)
+        return true; // The bus library shall say what it makes of that.
+    path.copy(address.sun_path, path.size());
+    const int client = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (client < 0)
+        return false;
+    const bool served =
+        ::connect(client, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
+    close(client);
+    return served;
+}
+
+/**
+ * Whether it is worth trying an address. The toolkit leaks memory and complains at length when a
+ * bus is not there, which is an ordinary case, so the ordinary kind of address is looked at first.
+ */
+bool is_promising(const std::string &address)
+{
+    const std::string prefix = "unix:path=";
+    if (address.compare(0, prefix.size(), prefix) != 0 || address.find(';') != std::string::npos)
+        return !address.empty();
+    const size_t end = address.find(',');
+    return is_served(address.substr(prefix.size(), end == std::string::npos ? std::string::npos
+                                                                            : end - prefix.size()));
 }
 
 BusConnectionPtr connect(Eldbus_Connection_Type type)
@@ -53,19 +86,18 @@ void BusConnectionDeleter::operator()(Eldbus_Connection *connection) const
 BusConnectionPtr connect_session_bus()
 {
     // Without an address the bus library would start a bus of its own through the X11 display.
-    if (!has_value("DBUS_SESSION_BUS_ADDRESS")) {
-        if (!has_value("XDG_RUNTIME_DIR"))
-            return nullptr;
-        const std::string socket = std::string(std::getenv("XDG_RUNTIME_DIR")) + "/bus";
-        if (access(socket.c_str(), F_OK) != 0)
-            return nullptr;
-    }
-    return connect(ELDBUS_CONNECTION_TYPE_SESSION);
+    std::string address = value_of("DBUS_SESSION_BUS_ADDRESS");
+    if (address.empty() && !value_of("XDG_RUNTIME_DIR").empty())
+        address = "unix:path=" + value_of("XDG_RUNTIME_DIR") + "/bus";
+    return is_promising(address) ? connect(ELDBUS_CONNECTION_TYPE_SESSION) : nullptr;
 }
 
 BusConnectionPtr connect_system_bus()
 {
-    return connect(ELDBUS_CONNECTION_TYPE_SYSTEM);
+    std::string address = value_of("DBUS_SYSTEM_BUS_ADDRESS");
+    if (address.empty())
+        address = "unix:path=/run/dbus/system_bus_socket";
+    return is_promising(address) ? connect(ELDBUS_CONNECTION_TYPE_SYSTEM) : nullptr;
 }
 
 BusProxy::BusProxy(Eldbus_Connection *connection, const char *name, const char *path,
