@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "still_picture/compose.h"
 #include "still_picture/jpeg_reader.h"
 #include "still_picture/picture_test.h"
 
@@ -184,7 +185,8 @@ std::string reason_of(const std::string &path)
     platform::Image image;
     if (!reader.open(path))
         return std::string("header: ") + reader.error();
-    return reader.decode({16, 16}, image) ? "none" : reader.error();
+    const platform::Size size = platform::size_to_keep(reader.size(), {16, 16});
+    return reader.decode(size, image) ? "none" : reader.error();
 }
 
 TEST_F(ABadFile, ProgressiveIsRefusedForItsMemoryOnlyAboveTheLimit)
@@ -207,6 +209,32 @@ TEST_F(ABadFile, OfCountlessScansFailsToDecode)
     write_jpeg(file("scans.jpg"), order);
 
     EXPECT_EQ(reason_of(file("scans.jpg")), "Too many scans");
+}
+
+TEST_F(ABadFile, DamagedAtAnyByteEitherFailsOrGivesTheWholePicture)
+{
+    JpegOrder order{96, 64, nullptr};
+    order.app1 = {exif_with_orientation(6)};
+    order.restart_rows = 2;
+    int failed = 0;
+    for (const bool progressive : {false, true}) {
+        order.progressive = progressive;
+        const std::string bytes = bytes_of(order);
+        uint32_t random = 1;
+        for (int round = 0; round < 500; ++round) {
+            std::string damaged = bytes;
+            for (int i = 0; i < 3; ++i) {
+                random = random * 1664525 + 1013904223;
+                damaged[(random >> 8) % damaged.size()] = static_cast<char>(random >> 3);
+            }
+            store_test::write_file(file("damaged.jpg"), damaged);
+            const std::string reason = reason_of(file("damaged.jpg"));
+            ASSERT_FALSE(reason.empty()) << "round " << round;
+            failed += reason != "none";
+        }
+    }
+    EXPECT_GT(failed, 100);
+    EXPECT_LT(failed, 1000);
 }
 
 } // namespace

@@ -32,7 +32,7 @@ class ADestroyedPicture : public PictureTest {
 TEST_F(ADestroyedPicture, StopsDecodingAtOnce)
 {
     const JpegOrder order{
-        6000, 6000, [](int x, int y) { return static_cast<uint32_t>(x * y * 40503) & 0xffffff; }};
+        6000, 6000, [](int x, int y) { return static_cast<uint32_t>(x * y) * 40503 & 0xffffff; }};
     open(order);
     auto begun = Clock::now();
     ASSERT_NO_FATAL_FAILURE(decode());

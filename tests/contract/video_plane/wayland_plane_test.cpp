@@ -144,17 +144,59 @@ TEST_F(WaylandPlaneTest, GetsEveryPictureBackButTheLast)
     EXPECT_EQ(plane->statistics().presented, 200u);
 }
 
-TEST_F(WaylandPlaneTest, GoesOnWhileTheMainLoopIsBusy)
+/** Shows a hundred pictures without a turn of the main loop. @return how many were shown */
+int show_a_hundred(VideoPlane &plane)
+{
+    for (int frame = 0; frame < 100; ++frame) {
+        PlaneBufferPtr buffer;
+        if (!wait_until([&] { return (buffer = plane.acquire()) != nullptr; }, 3.0) ||
+            !plane.present(buffer))
+            return frame;
+    }
+    return 100;
+}
+
+struct BusyCallback {
+    VideoPlane *plane;
+    int shown = -1;
+
+    void run() { shown = show_a_hundred(*plane); }
+};
+
+TEST_F(WaylandPlaneTest, GoesOnWhileTheMainLoopStandsStill)
 {
     const auto plane = VideoPlane::for_window(window_);
     ASSERT_TRUE(plane);
+    EXPECT_EQ(show_a_hundred(*plane), 100);
+}
 
-    for (uint32_t frame = 0; frame < 100; ++frame) {
-        PlaneBufferPtr buffer;
-        ASSERT_TRUE(wait_until([&] { return (buffer = picture(*plane, frame)) != nullptr; }))
-            << "no picture came back, at frame " << frame;
-        ASSERT_TRUE(plane->present(buffer));
-    }
+TEST_F(WaylandPlaneTest, GoesOnWhileATimerKeepsTheMainLoopBusy)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+    BusyCallback busy{plane.get()};
+    const auto on_timer = [](void *data) -> Eina_Bool {
+        static_cast<BusyCallback *>(data)->run();
+        return ECORE_CALLBACK_CANCEL;
+    };
+    ecore_timer_add(0.02, on_timer, &busy);
+    EXPECT_TRUE(run([&] { return busy.shown >= 0; }));
+    EXPECT_EQ(busy.shown, 100);
+}
+
+TEST_F(WaylandPlaneTest, GoesOnWhileAnEventKeepsTheMainLoopBusy)
+{
+    const auto plane = VideoPlane::for_window(window_);
+    ASSERT_TRUE(plane);
+    BusyCallback busy{plane.get()};
+    const auto on_event = [](void *data, void *, unsigned int) {
+        static_cast<BusyCallback *>(data)->run();
+    };
+    Ecore_Pipe *pipe = ecore_pipe_add(on_event, &busy);
+    ecore_pipe_write(pipe, "", 1);
+    EXPECT_TRUE(run([&] { return busy.shown >= 0; }));
+    EXPECT_EQ(busy.shown, 100);
+    ecore_pipe_del(pipe);
 }
 
 TEST_F(WaylandPlaneTest, LimitsItsBuffersWhenNoneComesBack)
