@@ -124,12 +124,18 @@ TEST_F(ADestroyedPicture, WaitsForACallbackUnderWay)
         ASSERT_TRUE(
             slow.changed.wait_for(lock, std::chrono::seconds(10), [&] { return slow.entered; }));
     }
+    bool destroying = false;
     std::thread releaser([&] {
-        poll(nullptr, 0, 50); // gives a destroy that does not wait the time to be caught
-        const std::lock_guard<std::mutex> lock(slow.mutex);
+        std::unique_lock<std::mutex> lock(slow.mutex);
+        slow.changed.wait(lock, [&] { return destroying; });
         slow.may_leave = true;
         slow.changed.notify_all();
     });
+    {
+        const std::lock_guard<std::mutex> lock(slow.mutex);
+        destroying = true;
+        slow.changed.notify_all();
+    }
     EXPECT_EQ(pictrel_destroy(&picture_), 0);
     {
         const std::lock_guard<std::mutex> lock(slow.mutex);
