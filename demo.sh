@@ -251,8 +251,8 @@ rm -f "$out"/shot-*.png "$out"/contact-sheet.png
 began=$SECONDS
 shots=0
 
-# watch LIMIT TURN [DEGREES]: screenshots every other second until LIMIT seconds have passed since the
-# beginning or the player is gone. DEGREES turns them as the panel is turned.
+# watch_until LIMIT LABEL DEGREES: screenshots every other second until LIMIT seconds have passed since
+# the beginning or the player is gone. DEGREES turns them as the panel is turned.
 watch_until() {
     local limit=$1 label=$2 degrees=$3
     while [ $((SECONDS - began)) -lt "$limit" ] && kill -0 "$playing" 2>/dev/null; do
@@ -282,7 +282,7 @@ shopt -u nullglob nocaseglob
 # A set without a rotator shows each photo for five seconds, one with a rotator for three minutes.
 # So the landscape files are shown on the one, and the portrait files on the other, turned meanwhile.
 first_part=$seconds
-[ $portrait = no ] || first_part=$((seconds * 65 / 100))
+[ $portrait = no ] || first_part=$((seconds * 58 / 100))
 status=0
 if [ $landscape = yes ] || [ $portrait = no ]; then
     begin landscape "[panel]
@@ -295,9 +295,9 @@ if [ $portrait = yes ] && [ $status -eq 0 ]; then
 rotator=true
 turning_time_s=1"
     if [ $landscape = yes ]; then
-        watch_until $((SECONDS - began + 2)) "before the turn" 0
+        watch_until $((SECONDS - began + 1)) "before the turn" 0
         "$tvctl" panel portrait || status=1
-        watch_until $((SECONDS - began + 2)) "the panel turns" 0
+        watch_until $((SECONDS - began + 1)) "the panel turns" 0
     fi
     watch_until "$seconds" "portrait" 90
     quit_player "$out/portrait.log" || status=1
@@ -305,7 +305,7 @@ fi
 
 if compgen -G "$out/shot-*.png" >/dev/null; then
     step montage -font /usr/share/fonts/truetype/dejavu/DejaVuSans.ttf "$out"/shot-*.png -tile 5x \
-        -geometry 320x320+6+6 -background '#202020' -fill white "$out/contact-sheet.png"
+        -geometry 360x280+6+6 -background '#202020' -fill white "$out/contact-sheet.png"
     echo "== $shots screenshots and $out/contact-sheet.png"
 fi
 exit $status

@@ -2,6 +2,7 @@
 
 import time
 
+import numpy
 import pytest
 
 from harness.content import picture, two_halves
@@ -29,6 +30,39 @@ def test_turned_panel_switches_to_the_portrait_files_and_back(tv, screen, conten
     tv.tvctl("panel", "landscape")
     screen.wait_for("red")
     tv.wait_config(FILE_MODE, 1)
+
+
+def assert_covered(screen, name):
+    """Every pixel has the colour, but for the corner in which the pointer may still be seen."""
+    def strangers():
+        far = numpy.abs(screen.picture().astype(int) - numpy.array(COLOURS[name])).max(axis=2) > 24
+        far[:40, :40] = False
+        return numpy.argwhere(far)
+
+    wait_until(lambda: len(strangers()) == 0,
+               lambda: f"{name} everywhere; it is not at {len(strangers())} pixels: "
+                       f"{strangers().min(axis=0)} to {strangers().max(axis=0)}", deadline_s=20)
+
+
+@pytest.mark.parametrize("state", [1, 2, 3, 0])
+def test_nothing_of_the_window_lies_over_the_photo(tv, screen, content, state):
+    tv.configure(panel={"first_rotation_state": state})
+    picture(content / "red.jpg", "red")
+    picture(content / "portrait_red.jpg", "red", size=(360, 640))
+    tv.start(folder=content)
+    screen.wait_for("red")
+    assert_covered(screen, "red")
+
+
+def test_nothing_of_the_window_lies_over_the_photo_after_a_turn(tv, screen, content):
+    tv.configure(panel=ROTATOR)
+    picture(content / "red.jpg", "red")
+    picture(content / "portrait_green.jpg", "green", size=(360, 640))
+    tv.start(folder=content)
+    screen.wait_for("red")
+    tv.tvctl("panel", "portrait")
+    screen.wait_for("green")
+    assert_covered(screen, "green")
 
 
 def test_panel_key_turns_the_panel(tv, screen, content, shelf):

@@ -179,3 +179,33 @@ def test_broken_subtitle_does_not_stop_the_video(tv, screen, content, shelf):
     (content / "film_EngUS.srt").write_bytes(b"")
     tv.start(folder=content)
     screen.wait_for("blue")
+
+
+def toast_text(tv, player):
+    """Switches timed rotation, and returns the words that the toast is made of."""
+    here = player.log.position()
+    tv.press("XF86Color")
+    return player.log.wait(r"m_UpdateNotificationLabel\(\d+\) > strContent = (.*)$",
+                           after=here).group(1)
+
+
+def test_texts_are_in_the_language_of_the_set_whatever_locales_the_machine_has(
+        tv, screen, content, shelf):
+    tv.configure(panel={"rotator": "yes"}, language={"language": "de_DE"})
+    shelf.video(content / "red.mp4", "red", seconds=8)
+    player = tv.start(folder=content, LANG="C")
+    screen.wait_for("red")
+    german = toast_text(tv, player)
+    tv.tvctl("language", "en_US")
+    english = toast_text(tv, player)
+    assert "SID" not in german + english and "QUENDIRA" not in german + english
+    assert german.split()[0] != english.split()[0]
+
+
+def test_language_of_the_set_chooses_the_subtitle(tv, screen, content, shelf):
+    tv.configure(language={"language": "ko_KR"})
+    shelf.video(content / "film.mp4", "blue")
+    for suffix in ("_EngUS", "_Kor", ""):
+        (content / f"film{suffix}.srt").write_text("1\n00:00:00,100 --> 00:00:02,000\nHello\n")
+    player = tv.start(folder=content)
+    player.log.wait(r"OnPlayVideo\(\d+\) > .*film\.mp4 .*film_Kor\.srt")
