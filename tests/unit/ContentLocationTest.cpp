@@ -1,6 +1,5 @@
 #include "player_test.h"
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
@@ -62,7 +61,7 @@ TEST_F(ContentLocationTest, TheFolderIsLookedForOnUsbStorage)
 
     EXPECT_EQ(player_.m_GetFolderPath(), "/media/a/demo/");
 
-    EXPECT_THAT(fake_.of({"usb_"}), ElementsAre("usb_device_get_device_list(8)"));
+    EXPECT_THAT(fake_.of({"usb_"}), LinesAre("usb_device_get_device_list(8)"));
     EXPECT_NE(player_.m_hUsbDeviceList, nullptr);
     EXPECT_EQ(fake_.logs().back(), "I \"path existed:/media/a/demo/\"");
 }
@@ -77,7 +76,7 @@ TEST_F(ContentLocationTest, TheFirstStickThatHoldsTheFolderIsUsed)
     EXPECT_EQ(player_.m_GetPlaybackFolderPath(), "/media/b/demo/");
 
     EXPECT_THAT(fake_.of({"stat"}),
-                ElementsAre("stat(\"/media/a/demo/\")", "stat(\"/media/b/demo/\")"));
+                LinesAre("stat(\"/media/a/demo/\")", "stat(\"/media/b/demo/\")"));
 }
 
 TEST_F(ContentLocationTest, AFileOfTheFoldersNameIsNotTheFolder)
@@ -98,7 +97,7 @@ TEST_F(ContentLocationTest, WhenNoStickHoldsTheFolderTheLastCandidateIsReturned)
     EXPECT_EQ(player_.m_GetPlaybackFolderPath(), "/media/b/demo/");
 
     // One line for each look at a path, and nothing about the outcome.
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"\"", "I \"\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"\"", "I \"\""));
 }
 
 TEST_F(ContentLocationTest, WithoutAnyStickThereIsNoFolder)
@@ -117,7 +116,7 @@ TEST_F(ContentLocationTest, AFailedDeviceListIsLogged)
 
     EXPECT_EQ(player_.m_GetPlaybackFolderPath(), "");
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("E \"failed\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("E \"failed\""));
 }
 
 TEST_F(ContentLocationTest, TheSticksAreListedAfreshEachTime)
@@ -140,9 +139,9 @@ TEST_F(ContentLocationTest, AResourceIsLookedUpAndReleased)
     EXPECT_EQ(player_.m_GetResourcePath("pictures/a.png"), "/usr/share/a.png");
 
     EXPECT_THAT(fake_.of({"getResourcePath", "freeResourcePath"}),
-                ElementsAre("getResourcePath(\"org.tizen.video-player-tv\", \"pictures/a.png\")",
-                            "freeResourcePath(\"/usr/share/a.png\")"));
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"pictures/a.png path[/usr/share/a.png]\""));
+                LinesAre("getResourcePath(\"org.tizen.video-player-tv\", \"pictures/a.png\")",
+                         "freeResourcePath(\"/usr/share/a.png\")"));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"pictures/a.png path[/usr/share/a.png]\""));
 }
 
 TEST_F(ContentLocationTest, AMissingResourceYieldsAnEmptyPath)
@@ -150,7 +149,7 @@ TEST_F(ContentLocationTest, AMissingResourceYieldsAnEmptyPath)
     EXPECT_EQ(player_.m_GetResourcePath("none.png"), "");
 
     EXPECT_THAT(fake_.of({"freeResourcePath"}), IsEmpty());
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"none.png path[]\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"none.png path[]\""));
 }
 
 // ---- m_SetFileMode ----
@@ -163,8 +162,8 @@ TEST_F(ContentLocationTest, ASelectionInPortraitGoesToTheUpperHalf)
     player_.m_SetFileMode(CURRENT, 3);
 
     EXPECT_EQ(stored_mode(), 0x0302);
-    EXPECT_THAT(fake_.lines(), ElementsAre("E \"eMode=2 iMenuType=" + std::to_string(0x0302) + "\"",
-                                           writes(ConfigKey::DEMO_MODE, 0x0302)));
+    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=2 iMenuType=" + std::to_string(0x0302) + "\"",
+                                        writes(ConfigKey::DEMO_MODE, 0x0302)));
 }
 
 TEST_F(ContentLocationTest, ASelectionInLandscapeGoesToTheLowerHalf)
@@ -174,8 +173,8 @@ TEST_F(ContentLocationTest, ASelectionInLandscapeGoesToTheLowerHalf)
     player_.m_SetFileMode(CURRENT, 3);
 
     EXPECT_EQ(stored_mode(), 0x0103);
-    EXPECT_THAT(fake_.lines(), ElementsAre("E \"eMode=1 iMenuType=" + std::to_string(0x0103) + "\"",
-                                           writes(ConfigKey::DEMO_MODE, 0x0103)));
+    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=1 iMenuType=" + std::to_string(0x0103) + "\"",
+                                        writes(ConfigKey::DEMO_MODE, 0x0103)));
 }
 
 TEST_F(ContentLocationTest, ANamedHalfIsWrittenWhateverThePanel)
@@ -196,8 +195,7 @@ TEST_F(ContentLocationTest, AnyOtherModeIsTakenForLandscape)
     player_.m_SetFileMode(static_cast<ENDEMO_FILE_MODE>(3), 3);
 
     EXPECT_EQ(stored_mode(), 0x0103);
-    EXPECT_THAT(fake_.logs(),
-                ElementsAre("E \"eMode=3 iMenuType=" + std::to_string(0x0103) + "\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("E \"eMode=3 iMenuType=" + std::to_string(0x0103) + "\""));
 }
 
 TEST_F(ContentLocationTest, PlayAllWipesBothHalves)
@@ -208,7 +206,7 @@ TEST_F(ContentLocationTest, PlayAllWipesBothHalves)
 
         player_.m_SetFileMode(mode, 0);
 
-        EXPECT_THAT(fake_.lines(), ElementsAre(writes(ConfigKey::DEMO_MODE, 0)));
+        EXPECT_THAT(fake_.lines(), LinesAre(writes(ConfigKey::DEMO_MODE, 0)));
         EXPECT_EQ(player_.m_GetFileMode(CURRENT), 0);
         set_panel(ROTATION_TYPE_PORTRAIT);
         EXPECT_EQ(player_.m_GetFileMode(CURRENT), 0);
@@ -222,7 +220,7 @@ TEST_F(ContentLocationTest, LeavingIsStoredAsTheWholeWord)
 
     player_.m_SetFileMode(PORTRAIT, -1);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre(writes(ConfigKey::DEMO_MODE, -1)));
+    EXPECT_THAT(fake_.lines(), LinesAre(writes(ConfigKey::DEMO_MODE, -1)));
 }
 
 TEST_F(ContentLocationTest, APortraitSelectionIsKeptToSixteenBits)
@@ -251,22 +249,22 @@ TEST_F(ContentLocationTest, EachHalfIsReadForItsOrientation)
     store_mode(0x0500);
 
     EXPECT_EQ(player_.m_GetFileMode(CURRENT), 0);
-    EXPECT_THAT(fake_.lines(), ElementsAre("E \"eMode=0 iMenuType=0\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=0 iMenuType=0\""));
 
     set_panel(ROTATION_TYPE_PORTRAIT);
     EXPECT_EQ(player_.m_GetFileMode(CURRENT), 5);
-    EXPECT_THAT(fake_.lines(), ElementsAre("E \"eMode=0 iMenuType=5\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=0 iMenuType=5\""));
 }
 
 TEST_F(ContentLocationTest, ANamedHalfIsReadWhateverThePanel)
 {
     store_mode(0x0503);
     EXPECT_EQ(player_.m_GetFileMode(PORTRAIT), 5);
-    EXPECT_THAT(fake_.lines(), ElementsAre("E \"eMode=2 iMenuType=5\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=2 iMenuType=5\""));
 
     set_panel(ROTATION_TYPE_PORTRAIT);
     EXPECT_EQ(player_.m_GetFileMode(LANDSCAPE), 3);
-    EXPECT_THAT(fake_.lines(), ElementsAre("E \"eMode=1 iMenuType=3\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=1 iMenuType=3\""));
 }
 
 TEST_F(ContentLocationTest, AnyOtherModeReadsTheLandscapeHalf)
@@ -276,7 +274,7 @@ TEST_F(ContentLocationTest, AnyOtherModeReadsTheLandscapeHalf)
 
     EXPECT_EQ(player_.m_GetFileMode(static_cast<ENDEMO_FILE_MODE>(3)), 3);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("E \"eMode=3 iMenuType=3\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=3 iMenuType=3\""));
 }
 
 TEST_F(ContentLocationTest, TheWholeWordsZeroAndMinusOneAreNeverSplit)

@@ -39,22 +39,22 @@ TEST_F(DisclaimerTest, TheOverlayIsBuiltHidden)
 
     EXPECT_THAT(
         fake_.lines(),
-        ElementsAre("elm_velt_layout_add(window#1)", "elm_velt_layout_type_set(layout#1, 1)",
-                    "evas_object_size_hint_weight_set(layout#1, 1, 1)",
-                    "elm_win_resize_object_add(window#1, layout#1)",
-                    "elm_velt_layout_align_set(layout#1, 8)", "elm_velt_imagebox_add(layout#1)",
-                    "I \"ostrel_demo/player_img_china_disclaimer.png path[/res/landscape.png]\"",
-                    "I \"add[/res/landscape.png]\"",
-                    "elm_velt_imagebox_file_set(imagebox#1, \"/res/landscape.png\")",
-                    "elm_velt_imagebox_responsive_rule_set(imagebox#1, 1)",
-                    "elm_object_focus_allow_set(image#1, false)",
-                    "elm_velt_layout_align_set(imagebox#1, 8)",
-                    "elm_velt_object_resize_policy_set(imagebox#1, 4, 4)",
-                    // 240 by 135 units; the minimum has its two values swapped.
-                    "elm_velt_object_size_max_set(imagebox#1, 1920, 1080)",
-                    "elm_velt_object_size_min_set(imagebox#1, 1080, 1920)",
-                    "elm_velt_layout_item_append(layout#1, imagebox#1, 1920, 1080)",
-                    "evas_object_hide(layout#1)", "evas_object_hide(imagebox#1)"));
+        LinesAre("elm_velt_layout_add(window#1)", "elm_velt_layout_type_set(layout#1, 1)",
+                 "evas_object_size_hint_weight_set(layout#1, 1, 1)",
+                 "elm_win_resize_object_add(window#1, layout#1)",
+                 "elm_velt_layout_align_set(layout#1, 8)", "elm_velt_imagebox_add(layout#1)",
+                 "I \"ostrel_demo/player_img_china_disclaimer.png path[/res/landscape.png]\"",
+                 "I \"add[/res/landscape.png]\"",
+                 "elm_velt_imagebox_file_set(imagebox#1, \"/res/landscape.png\")",
+                 "elm_velt_imagebox_responsive_rule_set(imagebox#1, 1)",
+                 "elm_object_focus_allow_set(image#1, false)",
+                 "elm_velt_layout_align_set(imagebox#1, 8)",
+                 "elm_velt_object_resize_policy_set(imagebox#1, 4, 4)",
+                 // 240 by 135 units; the minimum has its two values swapped.
+                 "elm_velt_object_size_max_set(imagebox#1, 1920, 1080)",
+                 "elm_velt_object_size_min_set(imagebox#1, 1080, 1920)",
+                 "elm_velt_layout_item_append(layout#1, imagebox#1, 1920, 1080)",
+                 "evas_object_hide(layout#1)", "evas_object_hide(imagebox#1)"));
     EXPECT_FALSE(shown());
 }
 
@@ -66,13 +66,13 @@ TEST_F(DisclaimerTest, InPortraitTheOtherPictureAndSizeAreTaken)
 
     EXPECT_THAT(fake_.of({"elm_velt_imagebox_file_set", "elm_velt_object_size",
                           "elm_velt_layout_item_append"}),
-                ElementsAre("elm_velt_imagebox_file_set(imagebox#1, \"/res/portrait.png\")",
-                            "elm_velt_object_size_max_set(imagebox#1, 1080, 1920)",
-                            "elm_velt_object_size_min_set(imagebox#1, 1920, 1080)",
-                            "elm_velt_layout_item_append(layout#1, imagebox#1, 1080, 1920)"));
+                LinesAre("elm_velt_imagebox_file_set(imagebox#1, \"/res/portrait.png\")",
+                         "elm_velt_object_size_max_set(imagebox#1, 1080, 1920)",
+                         "elm_velt_object_size_min_set(imagebox#1, 1920, 1080)",
+                         "elm_velt_layout_item_append(layout#1, imagebox#1, 1080, 1920)"));
     EXPECT_THAT(fake_.of({"getResourcePath"}),
-                ElementsAre("getResourcePath(\"org.tizen.video-player-tv\", "
-                            "\"ostrel_demo/player_img_china_disclaimer_portrait.png\")"));
+                LinesAre("getResourcePath(\"org.tizen.video-player-tv\", "
+                         "\"ostrel_demo/player_img_china_disclaimer_portrait.png\")"));
 }
 
 TEST_F(DisclaimerTest, AnEarlierOverlayIsRemovedFirst)
@@ -107,8 +107,8 @@ TEST_F(DisclaimerTest, WithoutARootLayoutThereIsNoOverlay)
 
     player_.m_CreateDisclaimer();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("elm_velt_layout_add(window#1)",
-                                           "E \"NULL == m_pDisclaimerRootLayout\""));
+    EXPECT_THAT(fake_.lines(),
+                LinesAre("elm_velt_layout_add(window#1)", "E \"NULL == m_pDisclaimerRootLayout\""));
     EXPECT_EQ(player_.m_pDisclaimerRootLayout, nullptr);
 }
 
@@ -131,7 +131,7 @@ TEST_F(DisclaimerTest, AMissingPictureLeavesTheBoxEmpty)
     player_.m_CreateDisclaimer();
 
     EXPECT_THAT(fake_.of({"elm_velt_imagebox_file_set"}),
-                ElementsAre("elm_velt_imagebox_file_set(imagebox#1, \"\")"));
+                LinesAre("elm_velt_imagebox_file_set(imagebox#1, \"\")"));
     EXPECT_THAT(fake_.logs(), testing::Contains("I \"add[]\""));
 }
 
@@ -144,13 +144,13 @@ TEST_F(DisclaimerTest, ShowingSetsThePictureSizeAndTimer)
     player_.m_ShowDisclaimer();
 
     EXPECT_THAT(fake_.calls(),
-                ElementsAre("elm_velt_imagebox_file_set(imagebox#1, \"/res/landscape.png\")",
-                            "evas_object_resize(imagebox#1, 240, 135)",
-                            "elm_velt_root_layout_render(layout#1)", "evas_object_show(layout#1)",
-                            "evas_object_show(imagebox#1)", "ecore_timer_add(5)"));
+                LinesAre("elm_velt_imagebox_file_set(imagebox#1, \"/res/landscape.png\")",
+                         "evas_object_resize(imagebox#1, 240, 135)",
+                         "elm_velt_root_layout_render(layout#1)", "evas_object_show(layout#1)",
+                         "evas_object_show(imagebox#1)", "ecore_timer_add(5)"));
     EXPECT_THAT(without(fake_.logs(), {"I \"bShowDisclaimer", "E \"In Landscape"}),
-                ElementsAre("I \"ostrel_demo/player_img_china_disclaimer.png "
-                            "path[/res/landscape.png]\""));
+                LinesAre("I \"ostrel_demo/player_img_china_disclaimer.png "
+                         "path[/res/landscape.png]\""));
     EXPECT_TRUE(shown());
     EXPECT_NE(player_.m_pDisclaimerTimer, nullptr);
 }
@@ -164,15 +164,15 @@ TEST_F(DisclaimerTest, APanelTurnedMeanwhileShowsThePortraitPicture)
 
     EXPECT_THAT(
         fake_.of({"elm_velt_imagebox_file_set", "evas_object_resize", "elm_velt_object_size"}),
-        ElementsAre("elm_velt_imagebox_file_set(imagebox#1, \"/res/portrait.png\")",
-                    "evas_object_resize(imagebox#1, 135, 240)"));
+        LinesAre("elm_velt_imagebox_file_set(imagebox#1, \"/res/portrait.png\")",
+                 "evas_object_resize(imagebox#1, 135, 240)"));
 }
 
 TEST_F(DisclaimerTest, ShowingWithoutAnOverlayIsAnError)
 {
     player_.m_ShowDisclaimer();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("E \"layout or imagebox is NULL\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("E \"layout or imagebox is NULL\""));
     EXPECT_THAT(fake_.loop.timers(), IsEmpty());
 }
 
@@ -183,7 +183,7 @@ TEST_F(DisclaimerTest, ShowingAHalfBuiltOverlayIsAnError)
 
     player_.m_ShowDisclaimer();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("E \"layout or imagebox is NULL\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("E \"layout or imagebox is NULL\""));
 }
 
 // ---- m_OnDisclaimerTimeOutCB ----
@@ -199,8 +199,8 @@ TEST_F(DisclaimerTest, AfterFiveSecondsTheOverlayIsHidden)
     fake_.loop.advance(0.1);
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("evas_object_hide(imagebox#1)", "evas_object_hide(layout#1)",
-                            "ecore_timer_del(timer#1)", "I \"time out, evas hide, delete timer\""));
+                LinesAre("evas_object_hide(imagebox#1)", "evas_object_hide(layout#1)",
+                         "ecore_timer_del(timer#1)", "I \"time out, evas hide, delete timer\""));
     EXPECT_EQ(player_.m_pDisclaimerTimer, nullptr);
     EXPECT_THAT(fake_.loop.timers(), IsEmpty());
 }
@@ -238,8 +238,8 @@ TEST_F(DisclaimerTest, HidingCancelsTheTimer)
     player_.m_HideDisclaimer();
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("evas_object_hide(layout#1)", "evas_object_hide(imagebox#1)",
-                            "ecore_timer_del(timer#1)"));
+                LinesAre("evas_object_hide(layout#1)", "evas_object_hide(imagebox#1)",
+                         "ecore_timer_del(timer#1)"));
     EXPECT_EQ(player_.m_pDisclaimerTimer, nullptr);
     EXPECT_FALSE(shown());
 }
@@ -251,7 +251,7 @@ TEST_F(DisclaimerTest, HidingWithoutATimerDeletesNone)
     player_.m_HideDisclaimer();
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("evas_object_hide(layout#1)", "evas_object_hide(imagebox#1)"));
+                LinesAre("evas_object_hide(layout#1)", "evas_object_hide(imagebox#1)"));
 }
 
 TEST_F(DisclaimerTest, DestroyingLeavesTheTimer)
@@ -263,7 +263,7 @@ TEST_F(DisclaimerTest, DestroyingLeavesTheTimer)
     player_.m_DestroyDisclaimer();
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("evas_object_del(layout#1)", "evas_object_del(imagebox#1)"));
+                LinesAre("evas_object_del(layout#1)", "evas_object_del(imagebox#1)"));
     EXPECT_EQ(player_.m_pDisclaimerRootLayout, nullptr);
     EXPECT_EQ(player_.m_pDisclaimerImageBox, nullptr);
     EXPECT_THAT(fake_.loop.timers(), ElementsAre(5.0));

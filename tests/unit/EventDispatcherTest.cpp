@@ -60,14 +60,14 @@ TEST_F(EventDispatcherTest, EveryRecordIsLogged)
 
     CPlayerInspector::m_OnHandleEcorePipeCB(controller_.get(), &record, sizeof record);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre(pointer, "I \"EventID = 4,iParam1 = 9\""));
+    EXPECT_THAT(fake_.lines(), LinesAre(pointer, "I \"EventID = 4,iParam1 = 9\""));
 }
 
 TEST_F(EventDispatcherTest, AMissingRecordIsDroppedAfterItsTrace)
 {
     CPlayerInspector::m_OnHandleEcorePipeCB(controller_.get(), nullptr, 0);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"pEvent = (nil)\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"pEvent = (nil)\""));
 }
 
 TEST_F(EventDispatcherTest, ARecordWithoutControllerIsDroppedAfterItsTrace)
@@ -114,9 +114,9 @@ TEST_F(EventDispatcherTest, APlayerErrorReleasesPopupAndPhoto)
     dispatch(ENDEMO_EVENT_PLAYER_ERROR);
 
     EXPECT_THAT(fake_.of({"evas_object_hide", "player_unprepare", "pictrel_destroy"}),
-                ElementsAre("evas_object_hide(popup#1)", "player_unprepare()",
-                            "pictrel_destroy(picture#1)", "pictrel_destroy_display(1)",
-                            "evas_object_hide(window#1)"));
+                LinesAre("evas_object_hide(popup#1)", "player_unprepare()",
+                         "pictrel_destroy(picture#1)", "pictrel_destroy_display(1)",
+                         "evas_object_hide(window#1)"));
 }
 
 // ---- 2: player completed ----
@@ -222,8 +222,8 @@ TEST_F(EventDispatcherTest, AVideoAfterAPhotoReleasesThePhoto)
 
     EXPECT_EQ(player_.m_iPlayingType, 0);
     EXPECT_THAT(fake_.of({"pictrel_", "player_prepare"}),
-                ElementsAre("pictrel_destroy(picture#1)", "pictrel_destroy_display(1)",
-                            "player_prepare_async(controller)"));
+                LinesAre("pictrel_destroy(picture#1)", "pictrel_destroy_display(1)",
+                         "player_prepare_async(controller)"));
 }
 
 TEST_F(EventDispatcherTest, WithRepeatOffTheProgramEndsAfterTheFirst)
@@ -287,9 +287,9 @@ TEST_F(EventDispatcherTest, InPortraitTheStoredOrientationFollows)
 
     dispatch(ENDEMO_EVENT_PLAYER_PREPARED);
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("player_set_display_rotation(2)", "player_start()",
-                                           writes(ConfigKey::FILE_MODE, 2),
-                                           writes(ConfigKey::PLAYBACK_STATUS, 1)));
+    EXPECT_THAT(fake_.calls(),
+                LinesAre("player_set_display_rotation(2)", "player_start()",
+                         writes(ConfigKey::FILE_MODE, 2), writes(ConfigKey::PLAYBACK_STATUS, 1)));
 }
 
 TEST_F(EventDispatcherTest, AStartedVideoShowsTheDisclaimer)
@@ -303,8 +303,8 @@ TEST_F(EventDispatcherTest, AStartedVideoShowsTheDisclaimer)
 
     EXPECT_TRUE(fake_.widgets.visible(player_.m_pDisclaimerImageBox));
     EXPECT_THAT(fake_.of({"player_start", "ecore_timer_add", "vconf_set_int"}),
-                ElementsAre("player_start()", "ecore_timer_add(5)", writes(ConfigKey::FILE_MODE, 1),
-                            writes(ConfigKey::PLAYBACK_STATUS, 1)));
+                LinesAre("player_start()", "ecore_timer_add(5)", writes(ConfigKey::FILE_MODE, 1),
+                         writes(ConfigKey::PLAYBACK_STATUS, 1)));
 }
 
 TEST_F(EventDispatcherTest, AFailedStartEndsTheProgram)
@@ -466,8 +466,8 @@ TEST_F(ItemSelectedTest, AChosenEntryIsStoredAndPlayed)
 
     EXPECT_EQ(player_.m_iPlayIndex, 2);
     EXPECT_THAT(fake_.of({"vconf_set_int", "player_set_uri", "evas_object_hide"}),
-                ElementsAre(writes(ConfigKey::DEMO_MODE, 2),
-                            "player_set_uri(\"/opt/data/demo_movie/b.mp4\")"));
+                LinesAre(writes(ConfigKey::DEMO_MODE, 2),
+                         "player_set_uri(\"/opt/data/demo_movie/b.mp4\")"));
 }
 
 TEST_F(ItemSelectedTest, TheEntryInForceChangesNothing)
@@ -573,10 +573,10 @@ TEST_F(WindowRotatedTest, TheListIsRebuiltForTheNewOrientationAndPlayed)
     ASSERT_EQ(player_.m_vdcItemList.size(), 4U);
     EXPECT_EQ(player_.m_vdcItemList[2].strText, "portrait_b");
     EXPECT_THAT(fake_.of({"vconf_set_int", "dgettext", "player_set_uri"}),
-                ElementsAre(writes(ConfigKey::FILE_MODE, 2),
-                            "dgettext(\"ostrel-demo-player-tv\", \"SID_OFF\")",
-                            "dgettext(\"ostrel-demo-player-tv\", \"COM_HTS_SID_PLAY_ALL\")",
-                            "player_set_uri(\"/opt/data/demo_movie/portrait_b.mp4\")"));
+                LinesAre(writes(ConfigKey::FILE_MODE, 2),
+                         "dgettext(\"ostrel-demo-player-tv\", \"SID_OFF\")",
+                         "dgettext(\"ostrel-demo-player-tv\", \"COM_HTS_SID_PLAY_ALL\")",
+                         "player_set_uri(\"/opt/data/demo_movie/portrait_b.mp4\")"));
     EXPECT_EQ(lines().front(), "I \"\"");
 }
 
@@ -584,7 +584,7 @@ TEST_F(WindowRotatedTest, BackInLandscapeTheStoredOrientationFollows)
 {
     dispatch(ENDEMO_EVENT_WINDOW_ROTATED);
 
-    EXPECT_THAT(fake_.of({"vconf_set_int"}), ElementsAre(writes(ConfigKey::FILE_MODE, 1)));
+    EXPECT_THAT(fake_.of({"vconf_set_int"}), LinesAre(writes(ConfigKey::FILE_MODE, 1)));
     EXPECT_EQ(player_.m_vdcPlayList.size(), 1U);
 }
 
@@ -606,8 +606,7 @@ TEST_F(WindowRotatedTest, WithoutContentForItThePanelIsTurnedBack)
 
     dispatch(ENDEMO_EVENT_WINDOW_ROTATED);
 
-    EXPECT_THAT(fake_.calls(),
-                ElementsAre(writes(ConfigKey::FILE_MODE, 1), "ecore_timer_add(0.8)"));
+    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::FILE_MODE, 1), "ecore_timer_add(0.8)"));
     EXPECT_THAT(player_.m_vdcPlayList, IsEmpty());
     EXPECT_THAT(player_.m_vdcItemList, IsEmpty());
 }
@@ -619,7 +618,7 @@ TEST_F(WindowRotatedTest, WithNothingToPlayTheProgramEnds)
 
     dispatch(ENDEMO_EVENT_WINDOW_ROTATED);
 
-    EXPECT_THAT(fake_.calls(), ElementsAre(writes(ConfigKey::PLAYBACK_STATUS, 2), "ui_app_exit()"));
+    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::PLAYBACK_STATUS, 2), "ui_app_exit()"));
 }
 
 } // namespace

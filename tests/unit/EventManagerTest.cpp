@@ -7,9 +7,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "lines.h"
 #include "platform.h"
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
@@ -72,7 +72,7 @@ TEST_F(EventManagerTest, InitMakesOnePipeForTheHandler)
 {
     EXPECT_TRUE(CEventManager::GetInstance()->InitEventManager(receive, &data_));
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("ecore_pipe_add(data of the handler)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("ecore_pipe_add(data of the handler)"));
 }
 
 TEST_F(EventManagerTest, InitWithoutAPipeLogsAtInfoLevelAndDropsLaterEvents)
@@ -83,8 +83,8 @@ TEST_F(EventManagerTest, InitWithoutAPipeLogsAtInfoLevelAndDropsLaterEvents)
     CEventManager::GetInstance()->SendEvent(2, 0);
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("ecore_pipe_add(data of the handler)", "I \"Add Ecore Pipe Failed\"",
-                            "I \"iEventID = 2 iParam1 = 0\""));
+                LinesAre("ecore_pipe_add(data of the handler)", "I \"Add Ecore Pipe Failed\"",
+                         "I \"iEventID = 2 iParam1 = 0\""));
 }
 
 TEST_F(EventManagerTest, ASecondInitLeavesTheFirstPipe)
@@ -93,9 +93,9 @@ TEST_F(EventManagerTest, ASecondInitLeavesTheFirstPipe)
 
     EXPECT_TRUE(manager.InitEventManager(receive, &data_));
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("ecore_pipe_add(data of the handler)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("ecore_pipe_add(data of the handler)"));
     CEventManager::ReleaseInstance();
-    EXPECT_THAT(fake_.leftovers(), ElementsAre("pipe#1"));
+    EXPECT_THAT(fake_.leftovers(), LinesAre("pipe#1"));
 }
 
 TEST_F(EventManagerTest, ReleaseDeletesThePipe)
@@ -104,7 +104,7 @@ TEST_F(EventManagerTest, ReleaseDeletesThePipe)
 
     CEventManager::ReleaseInstance();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_pipe_del(pipe#1)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_pipe_del(pipe#1)"));
     EXPECT_THAT(fake_.leftovers(), IsEmpty());
 }
 
@@ -114,7 +114,7 @@ TEST_F(EventManagerTest, ReleaseWithoutAPipeDeletesNone)
 
     CEventManager::ReleaseInstance();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 TEST_F(EventManagerTest, ASecondReleaseOnlyLogs)
@@ -125,7 +125,7 @@ TEST_F(EventManagerTest, ASecondReleaseOnlyLogs)
 
     CEventManager::ReleaseInstance();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 TEST_F(EventManagerTest, AnInstanceMadeAfterReleaseHasNoPipe)
@@ -136,14 +136,14 @@ TEST_F(EventManagerTest, AnInstanceMadeAfterReleaseHasNoPipe)
 
     CEventManager::GetInstance()->SendEvent(8, 1);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"iEventID = 8 iParam1 = 1\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"iEventID = 8 iParam1 = 1\""));
 }
 
 TEST_F(EventManagerTest, SendBeforeInitWritesNothingAndLogsNoError)
 {
     CEventManager::GetInstance()->SendEvent(3, 0);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"iEventID = 3 iParam1 = 0\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"iEventID = 3 iParam1 = 0\""));
 }
 
 TEST_F(EventManagerTest, SendLogsAndWritesOneRecord)
@@ -151,7 +151,7 @@ TEST_F(EventManagerTest, SendLogsAndWritesOneRecord)
     manager_with_pipe().SendEvent(8, 17);
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"iEventID = 8 iParam1 = 17\"", "ecore_pipe_write(8, 17)"));
+                LinesAre("I \"iEventID = 8 iParam1 = 17\"", "ecore_pipe_write(8, 17)"));
 }
 
 TEST_F(EventManagerTest, TheHandlerGetsSixWordsAndItsData)
@@ -204,9 +204,8 @@ TEST_F(EventManagerTest, AFailedWriteIsLoggedWithTheEvent)
 
     manager.SendEvent(5, 3);
 
-    EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"iEventID = 5 iParam1 = 3\"", "ecore_pipe_write(5, 3)",
-                            "E \"ecore_pipe_write failed iEventID = 5\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"iEventID = 5 iParam1 = 3\"", "ecore_pipe_write(5, 3)",
+                                        "E \"ecore_pipe_write failed iEventID = 5\""));
     fake_.loop.drain_pipe();
     EXPECT_THAT(received(), IsEmpty());
 }
@@ -221,7 +220,7 @@ TEST_F(EventManagerTest, AnEventWithABufferTravelsWithItsSizeAndACopy)
     std::memset(bytes, 'X', 5);
     fake_.loop.drain_pipe();
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"Type:1 Width:640 Height:480 BufferSize:5\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:5\""));
     ASSERT_EQ(received().size(), 1U);
     const stPipeRecord &record = received()[0].record;
     EXPECT_EQ(record.iEventID, 12);
@@ -292,8 +291,8 @@ TEST_P(EventManagerEmptyBufferTest, TheBufferIsNotRead)
     EXPECT_EQ(received()[0].record.iParam2, 640);
     EXPECT_EQ(received()[0].record.uiBufferSize, 0U);
     EXPECT_EQ(received()[0].record.uiBuffer, 0U);
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"Type:1 Width:640 Height:480 BufferSize:" +
-                                          std::to_string(GetParam()) + "\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:" +
+                                       std::to_string(GetParam()) + "\""));
 }
 
 INSTANTIATE_TEST_SUITE_P(SizesNotAboveZero, EventManagerEmptyBufferTest,
@@ -305,7 +304,7 @@ TEST_F(EventManagerTest, AnEventWithABufferIsDroppedWithoutAPipe)
 
     CEventManager::GetInstance()->SendEvent(12, event);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"Type:1 Width:640 Height:480 BufferSize:4\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:4\""));
 }
 
 TEST_F(EventManagerTest, AFailedWriteOfABufferIsLogged)
@@ -316,8 +315,8 @@ TEST_F(EventManagerTest, AFailedWriteOfABufferIsLogged)
 
     manager.SendEvent(12, event);
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"Type:1 Width:640 Height:480 BufferSize:4\"",
-                                          "E \"ecore_pipe_write failed iEventID = 12\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:4\"",
+                                       "E \"ecore_pipe_write failed iEventID = 12\""));
 }
 
 } // namespace

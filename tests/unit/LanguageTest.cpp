@@ -5,9 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "lines.h"
 #include "platform.h"
-
-using testing::ElementsAre;
 
 namespace {
 
@@ -61,8 +60,7 @@ TEST_P(LanguageTableTest, TheLocaleYieldsItsSuffix)
 {
     EXPECT_EQ(suffix_of(GetParam().locale), GetParam().suffix);
 
-    EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", std::string("I \"") + GetParam().locale + "\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", std::string("I \"") + GetParam().locale + "\""));
 }
 
 TEST_P(LanguageTableTest, AnEncodingBehindTheLocaleMakesNoDifference)
@@ -81,14 +79,14 @@ TEST_F(LanguageTest, TheLanguageIsAskedByItsNumber)
 {
     suffix_of("ko_KR");
 
-    EXPECT_THAT(fake_.of({"runtime_info"}), ElementsAre("runtime_info_get_value_string(1)"));
+    EXPECT_THAT(fake_.of({"runtime_info"}), LinesAre("runtime_info_get_value_string(1)"));
 }
 
 TEST_F(LanguageTest, ALocaleOutsideTheTableIsNotFound)
 {
     EXPECT_EQ(suffix_of("en_IE"), "");
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"en_IE\"", "W \"en_IE, not find\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"en_IE\"", "W \"en_IE, not find\""));
 }
 
 TEST_F(LanguageTest, TheLanguageAloneIsNoFallback)
@@ -125,7 +123,7 @@ TEST_F(LanguageTest, ALanguageThatCannotBeReadYieldsNothing)
 
     EXPECT_EQ(suffix_of("ko_KR"), "");
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "E \"Get System Language Failed\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "E \"Get System Language Failed\""));
 }
 
 TEST_F(LanguageTest, ANullTextCountsAsEmpty)
@@ -141,7 +139,7 @@ TEST_F(LanguageTest, AnEmptyLanguageIsNotFound)
 {
     EXPECT_EQ(suffix_of(""), "");
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"\"", "W \", not find\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\"", "W \", not find\""));
 }
 
 } // namespace

@@ -5,9 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "lines.h"
 #include "platform.h"
-
-using testing::ElementsAre;
 
 namespace {
 
@@ -69,7 +68,7 @@ TEST_F(LogTest, LinesKeepTheirOrder)
     LOGW("three");
     LOGE("four");
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("D \"one\"", "I \"two\"", "W \"three\"", "E \"four\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("D \"one\"", "I \"two\"", "W \"three\"", "E \"four\""));
 }
 
 TEST_F(LogTest, TheBaseNameIsWhatFollowsTheLastSlash)

@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "lines.h"
 #include "platform.h"
 #include "player/util/EventManager.h"
 #include "player/util/OstrelDemoUtil.h"
@@ -25,8 +26,6 @@ namespace {
 constexpr char DEMO_MODE[] = "db/ostrel-demo-player-tv/demo_mode";
 constexpr char USE_MODE[] = "db/menu/support/use_mode";
 constexpr char RELAUNCH_TIMER[] = "memory/usb-launcher-service/start_relaunch_timer";
-
-using Lines = std::vector<std::string>;
 
 class MainTest : public testing::Test {
   protected:
@@ -107,15 +106,14 @@ TEST_F(MainTest, CreateSetsUpTheSetInItsOrder)
 
         EXPECT_THAT(
             fake_.calls(),
-            ElementsAre(
-                "VirtualKey_Initialize(0)", "ecore_event_handler_add(DEVICE_ADD, null)",
-                "ea_init()", "elm_app_base_scale_set(2)", "device_power_subscribe_poweroff()",
-                "device_power_subscribe_standby()", "device_power_subscribe_wakeup()",
-                "device_power_subscribe_state_changed_event()", "app_context_manager_init()",
-                "SettingsAPI::DisableItemsByList(\"broadcasting picturesize pip "
-                "game-mode delete-contents-list tools-demo-update "
-                "tools-picture-demo\", \"org.tizen.ostrel-demo-player-tv\")",
-                "elm_config_mirrored_set(false)"));
+            LinesAre("VirtualKey_Initialize(0)", "ecore_event_handler_add(DEVICE_ADD, null)",
+                     "ea_init()", "elm_app_base_scale_set(2)", "device_power_subscribe_poweroff()",
+                     "device_power_subscribe_standby()", "device_power_subscribe_wakeup()",
+                     "device_power_subscribe_state_changed_event()", "app_context_manager_init()",
+                     "SettingsAPI::DisableItemsByList(\"broadcasting picturesize pip "
+                     "game-mode delete-contents-list tools-demo-update "
+                     "tools-picture-demo\", \"org.tizen.ostrel-demo-player-tv\")",
+                     "elm_config_mirrored_set(false)"));
         EXPECT_THAT(fake_.logs().front(), StartsWith("I \""));
     });
 }
@@ -127,8 +125,8 @@ TEST_F(MainTest, CreateReadsTheRotationStateBeforeTheRest)
     run([this] {
         fake_.app.create();
         EXPECT_THAT(fake_.of({"VirtualKey_Initialize", "vconf_get_int", "ea_init"}),
-                    ElementsAre("VirtualKey_Initialize(0)",
-                                "vconf_get_int(\"db/sysman/rotation_state\")", "ea_init()"));
+                    LinesAre("VirtualKey_Initialize(0)",
+                             "vconf_get_int(\"db/sysman/rotation_state\")", "ea_init()"));
         EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), ROTATION_TYPE_PORTRAIT);
     });
 }
@@ -163,12 +161,12 @@ TEST_F(MainTest, ALaunchReadsItsExtrasInOrder)
         fake_.app.launch({{"folder_path", "/demo/show/"}});
 
         EXPECT_THAT(fake_.of({"app_control_get_extra_data"}),
-                    ElementsAre("app_control_get_extra_data(\"__K_RELOCATE_BELOW\")",
-                                "app_control_get_extra_data(\"mode\")",
-                                "app_control_get_extra_data(\"demo_player_mode\")",
-                                "app_control_get_extra_data(\"repeat_mode\")",
-                                "app_control_get_extra_data(\"folder_path\")",
-                                "app_control_get_extra_data(\"path_location\")"));
+                    LinesAre("app_control_get_extra_data(\"__K_RELOCATE_BELOW\")",
+                             "app_control_get_extra_data(\"mode\")",
+                             "app_control_get_extra_data(\"demo_player_mode\")",
+                             "app_control_get_extra_data(\"repeat_mode\")",
+                             "app_control_get_extra_data(\"folder_path\")",
+                             "app_control_get_extra_data(\"path_location\")"));
         const Lines logs = fake_.logs();
         EXPECT_THAT(logs, testing::Contains("I \"Get ExtraKey:mode,fail\""));
         EXPECT_THAT(logs,
@@ -182,9 +180,9 @@ TEST_F(MainTest, ALaunchWatchesItsKeys)
         fake_.app.launch();
 
         EXPECT_THAT(fake_.of({"vconf_notify"}),
-                    ElementsAre("vconf_notify_key_changed(\"db/ostrel-demo-player-tv/demo_mode\", "
-                                "null)",
-                                "vconf_notify_key_changed(\"db/menu/support/use_mode\", null)"));
+                    LinesAre("vconf_notify_key_changed(\"db/ostrel-demo-player-tv/demo_mode\", "
+                             "null)",
+                             "vconf_notify_key_changed(\"db/menu/support/use_mode\", null)"));
     });
 }
 
@@ -205,7 +203,7 @@ TEST_F(MainTest, ARelocationBelowTheAmbientScreenIsIgnored)
         EXPECT_THAT(fake_.calls(), IsEmpty());
         EXPECT_FALSE(has_controller());
         EXPECT_THAT(fake_.of({"app_control_get_extra_data"}),
-                    ElementsAre("app_control_get_extra_data(\"__K_RELOCATE_BELOW\")"));
+                    LinesAre("app_control_get_extra_data(\"__K_RELOCATE_BELOW\")"));
     });
 }
 
@@ -223,7 +221,7 @@ TEST_F(MainTest, AFactoryStopEndsTheProgram)
     run_created([this] {
         fake_.app.launch({{"mode", "factory_stop"}});
 
-        EXPECT_THAT(fake_.calls(), ElementsAre("ui_app_exit()"));
+        EXPECT_THAT(fake_.calls(), LinesAre("ui_app_exit()"));
         EXPECT_FALSE(has_controller());
     });
 }
@@ -249,7 +247,7 @@ TEST_F(MainTest, FolderContentsModeResetsTheSelectionAndWatchesOneKey)
         EXPECT_EQ(fake_.store.get(DEMO_MODE), 0);
         EXPECT_THAT(fake_.of({"vconf_set_int", "vconf_notify"})[0],
                     "vconf_set_int(\"db/ostrel-demo-player-tv/demo_mode\", 0)");
-        EXPECT_THAT(fake_.store.watched(), ElementsAre(DEMO_MODE));
+        EXPECT_THAT(fake_.store.watched(), LinesAre(DEMO_MODE));
     });
 }
 
@@ -274,7 +272,7 @@ TEST_F(MainTest, AnyOtherPlayerModeIsTheOrdinaryOne)
         fake_.app.launch({{"demo_player_mode", "Folder_Contents_Player"}});
 
         EXPECT_EQ(fake_.store.get(DEMO_MODE), 0x0102);
-        EXPECT_THAT(fake_.store.watched(), ElementsAre(DEMO_MODE, USE_MODE));
+        EXPECT_THAT(fake_.store.watched(), LinesAre(DEMO_MODE, USE_MODE));
     });
 }
 
@@ -386,7 +384,7 @@ TEST_F(MainTest, ARelaunchWatchesTheKeysAgain)
         fake_.app.launch();
 
         EXPECT_EQ(fake_.transcript.count("vconf_notify_key_changed"), 2);
-        EXPECT_THAT(fake_.store.watched(), ElementsAre(DEMO_MODE, USE_MODE));
+        EXPECT_THAT(fake_.store.watched(), LinesAre(DEMO_MODE, USE_MODE));
     });
 }
 
@@ -571,11 +569,11 @@ TEST_F(MainTest, EveryPowerEventEndsTheProgram)
         for (const char *event : {"poweroff", "standby", "wakeup"}) {
             fake_.forget();
             fake_.power.raise(event);
-            EXPECT_THAT(fake_.lines(), ElementsAre("E \"\"", "E \"\"", "ui_app_exit()")) << event;
+            EXPECT_THAT(fake_.lines(), LinesAre("E \"\"", "E \"\"", "ui_app_exit()")) << event;
         }
         fake_.forget();
         fake_.power.change_state(DEVICE_POWER_STATE_NORMAL);
-        EXPECT_THAT(fake_.lines(), ElementsAre("E \"\"", "E \"\"", "ui_app_exit()"));
+        EXPECT_THAT(fake_.lines(), LinesAre("E \"\"", "E \"\"", "ui_app_exit()"));
     });
 }
 
@@ -606,8 +604,8 @@ TEST_F(MainTest, AChangedLanguageIsTaken)
         fake_.app.change_language();
 
         EXPECT_THAT(fake_.calls(),
-                    ElementsAre("elm_config_mirrored_set(true)", "elm_language_set(\"ar_AE\")"));
-        EXPECT_THAT(fake_.of({"runtime_info"}), ElementsAre("runtime_info_get_value_string(1)"));
+                    LinesAre("elm_config_mirrored_set(true)", "elm_language_set(\"ar_AE\")"));
+        EXPECT_THAT(fake_.of({"runtime_info"}), LinesAre("runtime_info_get_value_string(1)"));
         const Lines logs = fake_.logs();
         ASSERT_GE(logs.size(), 2U);
         EXPECT_THAT(logs.front(), StartsWith("D \""));
@@ -675,8 +673,8 @@ TEST_F(MainTest, AfterTerminationOnlyTheIntendedIsLeft)
         fake_.loop.drain_pipe();
     });
 
-    EXPECT_THAT(fake_.leftovers(), ElementsAre("device-add handler#1", "subscription to wakeup",
-                                               "subscription to the power state"));
+    EXPECT_THAT(fake_.leftovers(), LinesAre("device-add handler#1", "subscription to wakeup",
+                                            "subscription to the power state"));
 }
 
 TEST_F(MainTest, TerminationWithoutAControllerReleasesTheRest)

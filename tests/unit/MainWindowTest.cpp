@@ -1,6 +1,5 @@
 #include "player_test.h"
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
@@ -52,9 +51,9 @@ TEST_F(MainWindowTest, TheWaylandWindowAndSurfaceAreTakenFromTheWindow)
     EXPECT_TRUE(player_.m_CreateWindow());
 
     EXPECT_THAT(fake_.of({"ecore_evas_", "ecore_wl2_"}),
-                ElementsAre("ecore_evas_ecore_evas_get(canvas#1)",
-                            "ecore_evas_wayland2_window_get(ecore-evas#1)",
-                            "ecore_wl2_window_surface_get(wayland-window#1)"));
+                LinesAre("ecore_evas_ecore_evas_get(canvas#1)",
+                         "ecore_evas_wayland2_window_get(ecore-evas#1)",
+                         "ecore_wl2_window_surface_get(wayland-window#1)"));
     EXPECT_NE(player_.m_pWlWindow, nullptr);
     EXPECT_NE(player_.m_pWlSurface, nullptr);
 }
@@ -81,9 +80,9 @@ TEST_F(MainWindowTest, WithoutAnyWindowTheCreationFails)
     EXPECT_FALSE(player_.m_CreateWindow());
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("D \"\"", "app_get_preinitialized_window(\"ostrel-demo-player-tv\")",
-                            "elm_win_add(null, \"ostrel-demo-player-tv\", 1)",
-                            "W \"pWindow is null\""));
+                LinesAre("D \"\"", "app_get_preinitialized_window(\"ostrel-demo-player-tv\")",
+                         "elm_win_add(null, \"ostrel-demo-player-tv\", 1)",
+                         "W \"pWindow is null\""));
     EXPECT_EQ(player_.m_pWindow, nullptr);
     EXPECT_EQ(player_.m_pWlWindow, nullptr);
     EXPECT_EQ(player_.m_pWlSurface, nullptr);
@@ -111,18 +110,18 @@ TEST_F(MainWindowTest, ActivationShowsAndWiresTheWindow)
     player_.m_ActivateWindow();
 
     EXPECT_THAT(without(fake_.lines(), {"KeyRouter_Remove_Key"}),
-                ElementsAre("I \"\"", "evas_object_show(window#1)", "ecore_wl2_sync()",
-                            "elm_velt_manager_init(window#1)", "ui_config_manager_init()",
-                            "evas_object_event_callback_add(window#1, RESIZE, controller)",
-                            "evas_object_event_callback_add(window#1, MOUSE_DOWN, controller)",
-                            "evas_object_smart_callback_add(window#1, \"wm,rotation,changed\", "
-                            "controller)",
-                            "evas_object_smart_callback_add(window#1, \"visibility,changed\", "
-                            "controller)",
-                            "I \"\"", "I \"Found Keyrouter Object\"",
-                            "KeyRouter_Initialize(display#1, registry#1, seat#1, 7)",
-                            "KeyRouter_Reset_KeyList()", "KeyRouter_Add_All_Key(5)",
-                            "KeyRouter_Set_KeyList(surface#1)"));
+                LinesAre("I \"\"", "evas_object_show(window#1)", "ecore_wl2_sync()",
+                         "elm_velt_manager_init(window#1)", "ui_config_manager_init()",
+                         "evas_object_event_callback_add(window#1, RESIZE, controller)",
+                         "evas_object_event_callback_add(window#1, MOUSE_DOWN, controller)",
+                         "evas_object_smart_callback_add(window#1, \"wm,rotation,changed\", "
+                         "controller)",
+                         "evas_object_smart_callback_add(window#1, \"visibility,changed\", "
+                         "controller)",
+                         "I \"\"", "I \"Found Keyrouter Object\"",
+                         "KeyRouter_Initialize(display#1, registry#1, seat#1, 7)",
+                         "KeyRouter_Reset_KeyList()", "KeyRouter_Add_All_Key(5)",
+                         "KeyRouter_Set_KeyList(surface#1)"));
 }
 
 TEST_F(MainWindowTest, DeactivationHidesTheWindow)
@@ -132,7 +131,7 @@ TEST_F(MainWindowTest, DeactivationHidesTheWindow)
     player_.m_DeactiveWindow();
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "evas_object_hide(window#1)", "ecore_wl2_sync()"));
+                LinesAre("I \"\"", "evas_object_hide(window#1)", "ecore_wl2_sync()"));
     EXPECT_NE(player_.m_pWindow, nullptr);
 }
 
@@ -140,7 +139,7 @@ TEST_F(MainWindowTest, DeactivationWithoutAWindowDoesNothing)
 {
     player_.m_DeactiveWindow();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 // ---- m_OnWindowReSizeCB ----
@@ -155,10 +154,10 @@ TEST_F(MainWindowTest, AResizeHandsTheScreensRectangleToThePlayer)
     EXPECT_EQ(fake_.widgets.fire(player_.m_pWindow, EVAS_CALLBACK_RESIZE, nullptr), 1);
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "I \"window location:iX=1,iY=2,iWidth=1280,iHeight=720\"",
-                            "player_resize_video_render_rect(1, 2, 1280, 720)"));
+                LinesAre("I \"\"", "I \"window location:iX=1,iY=2,iWidth=1280,iHeight=720\"",
+                         "player_resize_video_render_rect(1, 2, 1280, 720)"));
     EXPECT_THAT(fake_.of({"elm_win_screen_size_get"}),
-                ElementsAre("elm_win_screen_size_get(window#1)"));
+                LinesAre("elm_win_screen_size_get(window#1)"));
 }
 
 TEST_F(MainWindowTest, AResizeBeforeTheVideoPlayerExistsOnlyLogs)
@@ -167,14 +166,14 @@ TEST_F(MainWindowTest, AResizeBeforeTheVideoPlayerExistsOnlyLogs)
 
     fake_.widgets.fire(player_.m_pWindow, EVAS_CALLBACK_RESIZE, nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 TEST_F(MainWindowTest, AResizeWithoutAControllerOnlyLogs)
 {
     CPlayerInspector::m_OnWindowReSizeCB(nullptr, nullptr, nullptr, nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 TEST_F(MainWindowTest, ARefusedRectangleIsLogged)
@@ -209,7 +208,7 @@ TEST_F(MainWindowTest, OtherButtonsOpenNothing)
         fake_.widgets.press(player_.m_pWindow, button);
 
     EXPECT_EQ(player_.m_pPopup, nullptr);
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"\"", "I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\"", "I \"\""));
 }
 
 TEST_F(MainWindowTest, APressWhileThePanelTurnsOpensNothing)
@@ -230,7 +229,7 @@ TEST_F(MainWindowTest, APressWhileThePopupIsOpenOpensNothing)
 
     fake_.widgets.press(player_.m_pWindow, 1);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 TEST_F(MainWindowTest, APressWhileThePopupIsTornDownOpensNothing)
@@ -242,7 +241,7 @@ TEST_F(MainWindowTest, APressWhileThePopupIsTornDownOpensNothing)
     fake_.forget();
 
     fake_.widgets.press(player_.m_pWindow, 1);
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 
     fake_.loop.advance(0.2);
     fake_.widgets.press(player_.m_pWindow, 1);
@@ -258,7 +257,7 @@ TEST_F(MainWindowTest, APressWithoutEventOrControllerOpensNothing)
     CPlayerInspector::m_OnWindowMouseDownCB(controller_.get(), nullptr, player_.m_pWindow, nullptr);
     CPlayerInspector::m_OnWindowMouseDownCB(nullptr, nullptr, player_.m_pWindow, &event);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\""));
 }
 
 // ---- m_OnWindowVisibilityChangeCB ----
@@ -276,7 +275,7 @@ TEST_F(MainWindowTest, TheFirstVisibilityStartsPlaybackOnce)
 
     fake_.forget();
     fake_.widgets.change_visibility(1);
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"visibility changed 1\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"visibility changed 1\""));
 }
 
 TEST_F(MainWindowTest, BeingHiddenStartsPlaybackToo)
@@ -304,7 +303,7 @@ TEST_F(MainWindowTest, AVisibilityWithoutAControllerDoesNotCount)
 {
     CPlayerInspector::m_OnWindowVisibilityChangeCB(nullptr, nullptr, nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"visibility changed 0\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"visibility changed 0\""));
     EXPECT_FALSE(CPlayerInspector::bStarted());
 }
 
@@ -318,7 +317,7 @@ TEST_F(MainWindowTest, ASecondControllerOfTheProcessDoesNotStartAgain)
 
     CPlayerInspector::m_OnWindowVisibilityChangeCB(second.get(), nullptr, nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"visibility changed 0\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"visibility changed 0\""));
 }
 
 } // namespace

@@ -4,7 +4,6 @@
 
 #include "widget_extension.h"
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
@@ -51,17 +50,17 @@ TEST_F(OptionsListTest, ShowingTheListSetsTheFocusWhenIdle)
     store_mode(2);
 
     EXPECT_EQ(fake_.widgets.fire(player_.m_pGenlist, EVAS_CALLBACK_SHOW, nullptr), 1);
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_idler_add()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_idler_add()"));
     fake_.forget();
 
     fake_.loop.run_idle();
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"callback enter\"", "I \"\"", "E \"eMode=0 iMenuType=2\"",
-                            "I \"2 -1\"", "elm_object_focus_set(genlist#1, true)",
-                            "elm_genlist_item_show(row#4, IN)",
-                            "elm_genlist_item_selected_set(row#4, true)",
-                            "elm_object_item_focus_set(row#4, true)"));
+                LinesAre("I \"callback enter\"", "I \"\"", "E \"eMode=0 iMenuType=2\"",
+                         "I \"2 -1\"", "elm_object_focus_set(genlist#1, true)",
+                         "elm_genlist_item_show(row#4, IN)",
+                         "elm_genlist_item_selected_set(row#4, true)",
+                         "elm_object_item_focus_set(row#4, true)"));
     EXPECT_EQ(fake_.widgets.focused_row(player_.m_pGenlist), SECOND);
     EXPECT_EQ(fake_.loop.idlers(), 0U) << "the idler runs once";
 }
@@ -88,7 +87,7 @@ TEST_F(OptionsListTest, TheStoredSelectionIsLookedForNotThePlayedOne)
 
     EXPECT_EQ(player_.m_GetRecentlySelectedItem(player_.m_pGenlist),
               fake_.widgets.row(player_.m_pGenlist, FIRST));
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "E \"eMode=0 iMenuType=1\"", "I \"1 -1\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "E \"eMode=0 iMenuType=1\"", "I \"1 -1\""));
 }
 
 TEST_F(OptionsListTest, TheSelectionOfTheOrientationIsLookedFor)
@@ -114,7 +113,7 @@ TEST_F(OptionsListTest, WithoutAListThereIsNoRow)
 {
     EXPECT_EQ(player_.m_GetRecentlySelectedItem(nullptr), nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "W \"pGenList is null\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "W \"pGenList is null\""));
 }
 
 TEST_F(OptionsListTest, AnEmptyListHasNoRow)
@@ -124,7 +123,7 @@ TEST_F(OptionsListTest, AnEmptyListHasNoRow)
 
     EXPECT_EQ(player_.m_GetRecentlySelectedItem(list), nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 TEST_F(OptionsListTest, AFirstRowWithoutRecordEndsTheSearch)
@@ -134,7 +133,7 @@ TEST_F(OptionsListTest, AFirstRowWithoutRecordEndsTheSearch)
 
     EXPECT_EQ(player_.m_GetRecentlySelectedItem(player_.m_pGenlist), nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"pItemData == NULL\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"pItemData == NULL\""));
 }
 
 TEST_F(OptionsListTest, ALaterRowWithoutRecordIsReturned)
@@ -154,7 +153,7 @@ TEST_F(OptionsListTest, TheFocusFollowsThePointer)
     fake_.widgets.move_to_row(player_.m_pGenlist, SECOND);
 
     EXPECT_EQ(fake_.widgets.focused_row(player_.m_pGenlist), SECOND);
-    EXPECT_THAT(fake_.calls(), ElementsAre("elm_object_item_focus_set(row#4, true)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("elm_object_item_focus_set(row#4, true)"));
 }
 
 TEST_F(OptionsListTest, APointerWithoutEventMovesNothing)
@@ -176,8 +175,8 @@ TEST_F(OptionsListTest, ChoosingAnEntryPlaysItAndCloses)
     EXPECT_TRUE(closing());
     EXPECT_THAT(
         fake_.of({"vconf_set_int", "player_prepare_async", "evas_object_hide", "ecore_timer_add"}),
-        ElementsAre(writes(ConfigKey::DEMO_MODE, 2), "player_prepare_async(controller)",
-                    "evas_object_hide(popup#1)", "ecore_timer_add(0.5)"));
+        LinesAre(writes(ConfigKey::DEMO_MODE, 2), "player_prepare_async(controller)",
+                 "evas_object_hide(popup#1)", "ecore_timer_add(0.5)"));
 }
 
 TEST_F(OptionsListTest, ChoosingTheRowInForceOnlyCloses)
@@ -187,8 +186,8 @@ TEST_F(OptionsListTest, ChoosingTheRowInForceOnlyCloses)
     fake_.widgets.press_row(player_.m_pGenlist, SECOND);
 
     EXPECT_THAT(fake_.calls(),
-                ElementsAre("evas_object_hide(popup#1)", "app_context_manager_unset_epop_block()",
-                            "ecore_timer_add(0.5)"));
+                LinesAre("evas_object_hide(popup#1)", "app_context_manager_unset_epop_block()",
+                         "ecore_timer_add(0.5)"));
     EXPECT_EQ(fake_.logs().front(), "I \"\"");
 }
 
@@ -200,8 +199,8 @@ TEST_F(OptionsListTest, ChoosingPlayAllWhileAVideoPlaysRestartsNothing)
 
     EXPECT_EQ(player_.m_iPlayIndex, 0);
     EXPECT_THAT(fake_.calls(),
-                ElementsAre(writes(ConfigKey::DEMO_MODE, 0), "evas_object_hide(popup#1)",
-                            "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5)"));
+                LinesAre(writes(ConfigKey::DEMO_MODE, 0), "evas_object_hide(popup#1)",
+                         "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5)"));
 }
 
 TEST_F(OptionsListTest, ChoosingPlayAllWhileAPhotoIsShownStartsTheSlideShow)
@@ -212,9 +211,9 @@ TEST_F(OptionsListTest, ChoosingPlayAllWhileAPhotoIsShownStartsTheSlideShow)
     fake_.widgets.press_row(player_.m_pGenlist, PLAY_ALL);
 
     EXPECT_THAT(fake_.calls(),
-                ElementsAre(writes(ConfigKey::DEMO_MODE, 0), "ecore_timer_add(5)",
-                            "evas_object_hide(popup#2)", "app_context_manager_unset_epop_block()",
-                            "ecore_timer_add(0.5)"));
+                LinesAre(writes(ConfigKey::DEMO_MODE, 0), "ecore_timer_add(5)",
+                         "evas_object_hide(popup#2)", "app_context_manager_unset_epop_block()",
+                         "ecore_timer_add(0.5)"));
     EXPECT_TRUE(player_.m_bSlideShowStarted);
 }
 
@@ -228,9 +227,9 @@ TEST_F(OptionsListTest, ChoosingOffStoresTheWholeWordAndEndsTheProgram)
     EXPECT_EQ(player_.m_iPlayIndex, -1);
     EXPECT_EQ(stored_mode(), -1);
     EXPECT_THAT(fake_.calls(),
-                ElementsAre(writes(ConfigKey::DEMO_MODE, -1), "ui_app_exit()",
-                            "evas_object_hide(popup#1)", "app_context_manager_unset_epop_block()",
-                            "ecore_timer_add(0.5)"));
+                LinesAre(writes(ConfigKey::DEMO_MODE, -1), "ui_app_exit()",
+                         "evas_object_hide(popup#1)", "app_context_manager_unset_epop_block()",
+                         "ecore_timer_add(0.5)"));
 }
 
 TEST_F(OptionsListTest, AChoiceIsStoredForThePresentOrientation)
@@ -282,14 +281,14 @@ TEST_F(OptionsListTest, OtherButtonsChooseNothing)
     fake_.widgets.press_row(player_.m_pGenlist, SECOND, 2);
     fake_.widgets.press_row(player_.m_pGenlist, SECOND, 3);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\""));
 }
 
 TEST_F(OptionsListTest, APressBesideTheRowsLeavesThePopupOpen)
 {
     fake_.widgets.press_row(player_.m_pGenlist, BELOW);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
     EXPECT_FALSE(closing());
 }
 
@@ -300,7 +299,7 @@ TEST_F(OptionsListTest, APressOnARowWithoutRecordLeavesThePopupOpen)
 
     fake_.widgets.press_row(player_.m_pGenlist, FIRST);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 TEST_F(OptionsListTest, APressWithoutEventOrControllerChoosesNothing)
@@ -313,7 +312,7 @@ TEST_F(OptionsListTest, APressWithoutEventOrControllerChoosesNothing)
                                              nullptr);
     CPlayerInspector::m_OnGenListMouseDownCB(nullptr, nullptr, player_.m_pGenlist, &event);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\""));
 }
 
 // ---- Row class ----
@@ -340,7 +339,7 @@ TEST_F(OptionsListTest, ATextWithoutRecordOrPartWarns)
     EXPECT_EQ(CPlayerInspector::m_GetTextCB(&record, nullptr, nullptr), nullptr);
 
     EXPECT_THAT(fake_.logs(),
-                ElementsAre("W \"pItemData or part is null\"", "W \"pItemData or part is null\""));
+                LinesAre("W \"pItemData or part is null\"", "W \"pItemData or part is null\""));
 }
 
 TEST_F(OptionsListTest, ADeletedRowDestroysItsRecord)
@@ -349,7 +348,34 @@ TEST_F(OptionsListTest, ADeletedRowDestroysItsRecord)
     CPlayerInspector::m_OnItemDeletedCB(new stItemData{1, "film"}, nullptr);
     CPlayerInspector::m_OnItemDeletedCB(nullptr, nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\"", "D \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\""));
+}
+
+// ---- m_OnItemSelectedCB, which nothing registers ----
+
+TEST_F(OptionsListTest, TheSelectionCallbackWritesTheNumberItselfAndDestroysTheRecord)
+{
+    store_mode(0x0102);
+    set_panel(ROTATION_TYPE_PORTRAIT);
+    fake_.system.has_disclaimer = true;
+    player_.m_CreateDisclaimer();
+    player_.m_ShowDisclaimer();
+    Evas_Object *list = player_.m_pGenlist;
+    fake_.forget();
+
+    CPlayerInspector::m_OnItemSelectedCB(controller_.get(), list, fake_.widgets.row(list, SECOND));
+    // The record is gone; the row must not destroy it again.
+    fake_.widgets.take_row_data(list, SECOND);
+
+    EXPECT_EQ(player_.m_iPlayIndex, 2);
+    EXPECT_EQ(stored_mode(), 2) << "the whole word, not the half of the orientation";
+    EXPECT_EQ(fake_.media.uri, "/opt/data/demo_movie/b.mp4");
+    EXPECT_NE(player_.m_pDisclaimerTimer, nullptr) << "the disclaimer stays";
+}
+
+TEST_F(OptionsListTest, NothingRegistersTheSelectionCallback)
+{
+    EXPECT_EQ(fake_.widgets.fire_smart(player_.m_pGenlist, "selected"), 0);
 }
 
 // ---- m_SelectSoundSpeaker ----
@@ -366,8 +392,8 @@ TEST_P(SoundRouteTest, TheRouteIsToggled)
     const std::string from = std::to_string(GetParam().first);
     const std::string to = std::to_string(GetParam().second);
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"enCurOutputRoute = " + from + ",enOutputRoute = " + to + "\"",
-                            "sound_manager_set_speaker_selection(" + to + ")"));
+                LinesAre("I \"enCurOutputRoute = " + from + ",enOutputRoute = " + to + "\"",
+                         "sound_manager_set_speaker_selection(" + to + ")"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Routes, SoundRouteTest,
@@ -389,9 +415,9 @@ TEST_F(OptionsListTest, ARefusedRouteIsLoggedAndNotRetried)
 
     player_.m_SelectSoundSpeaker();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"enCurOutputRoute = 0,enOutputRoute = 8\"",
-                                           "sound_manager_set_speaker_selection(8)",
-                                           "E \"select speaker failed\""));
+    EXPECT_THAT(fake_.lines(),
+                LinesAre("I \"enCurOutputRoute = 0,enOutputRoute = 8\"",
+                         "sound_manager_set_speaker_selection(8)", "E \"select speaker failed\""));
 }
 
 } // namespace

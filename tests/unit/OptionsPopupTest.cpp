@@ -7,7 +7,7 @@ using testing::IsEmpty;
 
 namespace {
 
-auto row(int index, const std::string &text)
+testing::Matcher<const stItemData &> row(int index, const std::string &text)
 {
     return AllOf(Field("iIndex", &stItemData::iIndex, index),
                  Field("strText", &stItemData::strText, text));
@@ -50,10 +50,10 @@ TEST_F(OptionsPopupTest, TheListBeginsWithOffAndPlayAll)
 
     EXPECT_THAT(player_.m_vdcItemList,
                 ElementsAre(row(-1, "Off"), row(0, "Play all"), row(1, "a"), row(2, "b")));
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\"", "I \"1 a\"", "I \"2 b\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "I \"1 a\"", "I \"2 b\""));
     EXPECT_THAT(fake_.of({"dgettext"}),
-                ElementsAre("dgettext(\"ostrel-demo-player-tv\", \"SID_OFF\")",
-                            "dgettext(\"ostrel-demo-player-tv\", \"COM_HTS_SID_PLAY_ALL\")"));
+                LinesAre("dgettext(\"ostrel-demo-player-tv\", \"SID_OFF\")",
+                         "dgettext(\"ostrel-demo-player-tv\", \"COM_HTS_SID_PLAY_ALL\")"));
 }
 
 TEST_F(OptionsPopupTest, AnEmptyPlayListLeavesOffAndPlayAll)
@@ -81,7 +81,7 @@ TEST_F(OptionsPopupTest, AnEntryWithoutADotHasNoRowAndTheNextKeepsItsNumber)
 
     EXPECT_THAT(player_.m_vdcItemList,
                 ElementsAre(row(-1, "Off"), row(0, "Play all"), row(1, "a"), row(3, "c")));
-    EXPECT_THAT(fake_.logs(), ElementsAre("D \"\"", "I \"1 a\"", "I \"2 a\"", "I \"3 c\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("D \"\"", "I \"1 a\"", "I \"2 a\"", "I \"3 c\""));
 }
 
 TEST_F(OptionsPopupTest, ARebuiltListReplacesTheOldOne)
@@ -152,8 +152,7 @@ TEST_F(OptionsPopupTest, TheListShowsTheRowsTexts)
     build_rows({"a.mp4", "b.mp4"});
     open_popup();
 
-    EXPECT_THAT(fake_.widgets.row_texts(player_.m_pGenlist),
-                ElementsAre("Off", "Play all", "a", "b"));
+    EXPECT_THAT(fake_.widgets.row_texts(player_.m_pGenlist), LinesAre("Off", "Play all", "a", "b"));
     EXPECT_TRUE(fake_.widgets.visible(player_.m_pPopup));
 }
 
@@ -164,7 +163,7 @@ TEST_F(OptionsPopupTest, TheRowsKeepTheirTextsWhenTheItemListChanges)
 
     player_.m_vdcItemList.clear();
 
-    EXPECT_THAT(fake_.widgets.row_texts(player_.m_pGenlist), ElementsAre("Off", "Play all", "a"));
+    EXPECT_THAT(fake_.widgets.row_texts(player_.m_pGenlist), LinesAre("Off", "Play all", "a"));
 }
 
 TEST_F(OptionsPopupTest, WithoutARowClassThePopupStaysUnshown)
@@ -193,9 +192,9 @@ TEST_F(OptionsPopupTest, WithoutAButtonThePopupOpensAllTheSame)
     EXPECT_TRUE(player_.m_CreatePopUp());
 
     EXPECT_THAT(fake_.of({"elm_velt_button_", "elm_velt_popup_button_"}),
-                ElementsAre("elm_velt_button_add(popup#1)"));
+                LinesAre("elm_velt_button_add(popup#1)"));
     EXPECT_EQ(fake_.calls().back(), "evas_object_show(popup#1)");
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"\"", "I \"Block E-POP = 1 \""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"\"", "I \"Block E-POP = 1 \""));
 }
 
 // ---- DestroyPopup ----
@@ -204,7 +203,7 @@ TEST_F(OptionsPopupTest, WithoutAPopupThereIsNothingToClose)
 {
     EXPECT_FALSE(player_.DestroyPopup());
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 TEST_F(OptionsPopupTest, ClosingHidesAndReleasesLater)
@@ -238,7 +237,7 @@ TEST_F(OptionsPopupTest, HalfASecondLaterTheObjectsGo)
     EXPECT_EQ(player_.m_pGenlist, nullptr);
     EXPECT_EQ(player_.m_pDestroyPopupTimer, nullptr);
     EXPECT_THAT(fake_.loop.timers(), IsEmpty());
-    EXPECT_THAT(fake_.leftovers(), ElementsAre("window#1", "rectangle#1"));
+    EXPECT_THAT(fake_.leftovers(), LinesAre("window#1", "rectangle#1"));
 }
 
 TEST_F(OptionsPopupTest, ClosingAgainRestartsTheHalfSecond)
@@ -251,9 +250,9 @@ TEST_F(OptionsPopupTest, ClosingAgainRestartsTheHalfSecond)
     EXPECT_TRUE(player_.DestroyPopup());
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "evas_object_hide(popup#1)", "I \"Block E-POP = 0 \"",
-                            "app_context_manager_unset_epop_block()", "ecore_timer_del(timer#1)",
-                            "ecore_timer_add(0.5)"));
+                LinesAre("I \"\"", "evas_object_hide(popup#1)", "I \"Block E-POP = 0 \"",
+                         "app_context_manager_unset_epop_block()", "ecore_timer_del(timer#1)",
+                         "ecore_timer_add(0.5)"));
     fake_.loop.advance(0.4);
     EXPECT_NE(player_.m_pPopup, nullptr);
     fake_.loop.advance(0.1);
@@ -264,7 +263,7 @@ TEST_F(OptionsPopupTest, TheTearDownWithoutAControllerDoesNothing)
 {
     EXPECT_EQ(CPlayerInspector::m_OnDestroyPopTimerCB(nullptr), ECORE_CALLBACK_CANCEL);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 TEST_F(OptionsPopupTest, APopupMayBeOpenedAgainAfterItsTearDown)
@@ -276,7 +275,7 @@ TEST_F(OptionsPopupTest, APopupMayBeOpenedAgainAfterItsTearDown)
         fake_.loop.advance(0.5);
     }
 
-    EXPECT_THAT(fake_.leftovers(), ElementsAre("window#1", "rectangle#1"));
+    EXPECT_THAT(fake_.leftovers(), LinesAre("window#1", "rectangle#1"));
 }
 
 // ---- Button and time-out ----
@@ -306,7 +305,7 @@ TEST_F(OptionsPopupTest, AResponseWithoutAControllerOnlyLogs)
 
     CPlayerInspector::m_OnButtonResponseCB(nullptr, player_.m_pPopup, nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\""));
 }
 
 TEST_F(OptionsPopupTest, APrimaryPressOnTheButtonCloses)
@@ -341,7 +340,7 @@ TEST_F(OptionsPopupTest, OtherPressesOnTheButtonDoNothing)
     CPlayerInspector::m_OnCommonButtonMouseDownCB(controller_.get(), nullptr, nullptr, nullptr);
     CPlayerInspector::m_OnCommonButtonMouseDownCB(nullptr, nullptr, nullptr, &event);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"\"", "I \"\"", "I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\"", "I \"\"", "I \"\""));
 }
 
 TEST_F(OptionsPopupTest, ThePointerGivesTheButtonTheFocus)
@@ -351,7 +350,7 @@ TEST_F(OptionsPopupTest, ThePointerGivesTheButtonTheFocus)
 
     EXPECT_EQ(fake_.widgets.fire(fake_.widgets.get("button"), EVAS_CALLBACK_MOUSE_IN, &event), 1);
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("elm_object_focus_set(button#1, true)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("elm_object_focus_set(button#1, true)"));
 }
 
 } // namespace

@@ -71,7 +71,7 @@ TEST_F(OstrelDemoPlayerTest, TheConstructorOnlyLogs)
 {
     COstrelDemoPlayer second;
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\""));
 }
 
 // ---- Create ----
@@ -249,7 +249,7 @@ TEST_F(OstrelDemoPlayerTest, AnEmptyPlayListOnlyLogs)
 {
     EXPECT_EQ(player_.StartDemoPlayer(), 0);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"play list is empty\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"play list is empty\""));
 }
 
 TEST_F(OstrelDemoPlayerTest, LeavingModeEndsTheProgram)
@@ -259,7 +259,7 @@ TEST_F(OstrelDemoPlayerTest, LeavingModeEndsTheProgram)
 
     EXPECT_EQ(player_.StartDemoPlayer(), 1);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "E \"\"", "ui_app_exit()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "E \"\"", "ui_app_exit()"));
 }
 
 TEST_F(OstrelDemoPlayerTest, StartPlaysTheWholeList)
@@ -270,7 +270,7 @@ TEST_F(OstrelDemoPlayerTest, StartPlaysTheWholeList)
 
     EXPECT_EQ(player_.m_iPlayIndex, 0);
     EXPECT_THAT(fake_.lines(),
-                ElementsAre(
+                LinesAre(
                     // The timed rotation, then the list.
                     "I \"\"", "D \"0\"", "D \"/opt/data/demo_movie/a.mp4\"", "D \"0 0\"",
                     "I \"/opt/data/demo_movie/a.mp4 \"", "I \"\"", "player_unprepare()",
@@ -288,7 +288,7 @@ TEST_F(OstrelDemoPlayerTest, StartBuildsTheDisclaimerBeforePlaying)
 
     const Lines steps = fake_.of({"elm_velt_imagebox_add", "player_prepare_async"});
     EXPECT_THAT(steps,
-                ElementsAre("elm_velt_imagebox_add(layout#1)", "player_prepare_async(controller)"));
+                LinesAre("elm_velt_imagebox_add(layout#1)", "player_prepare_async(controller)"));
 }
 
 TEST_F(OstrelDemoPlayerTest, StartArmsTheTimedRotation)
@@ -330,7 +330,7 @@ TEST_F(OstrelDemoPlayerTest, ALandscapeSelectionTurnsAPortraitPanelFirst)
     EXPECT_EQ(player_.StartDemoPlayer(), 0);
 
     EXPECT_THAT(fake_.calls(),
-                ElementsAre(writes(ConfigKey::FILE_MODE, 1), "VirtualKey_Send_KeyCode(569, 2)"));
+                LinesAre(writes(ConfigKey::FILE_MODE, 1), "VirtualKey_Send_KeyCode(569, 2)"));
 }
 
 TEST_F(OstrelDemoPlayerTest, APortraitSelectionTurnsALandscapePanelFirst)
@@ -343,7 +343,7 @@ TEST_F(OstrelDemoPlayerTest, APortraitSelectionTurnsALandscapePanelFirst)
     EXPECT_EQ(player_.StartDemoPlayer(), 0);
 
     EXPECT_THAT(fake_.calls(),
-                ElementsAre(writes(ConfigKey::FILE_MODE, 2), "VirtualKey_Send_KeyCode(569, 2)"));
+                LinesAre(writes(ConfigKey::FILE_MODE, 2), "VirtualKey_Send_KeyCode(569, 2)"));
 }
 
 TEST_F(OstrelDemoPlayerTest, PlayAllTurnsNoPanel)
@@ -410,9 +410,9 @@ TEST_F(OstrelDemoPlayerTest, ARelaunchStartsAnewOnTheSameObject)
     EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
     EXPECT_THAT(fake_.of({"evas_object_del", "elm_velt_layout_add", "player_stop",
                           "player_unprepare", "player_set_uri"}),
-                ElementsAre("evas_object_del(layout#1)", "evas_object_del(imagebox#1)",
-                            "elm_velt_layout_add(window#1)", "player_stop()", "player_unprepare()",
-                            "player_set_uri(\"/opt/data/demo_movie/a.mp4\")"));
+                LinesAre("evas_object_del(layout#1)", "evas_object_del(imagebox#1)",
+                         "elm_velt_layout_add(window#1)", "player_stop()", "player_unprepare()",
+                         "player_set_uri(\"/opt/data/demo_movie/a.mp4\")"));
 }
 
 // ---- ReleaseResource ----
@@ -427,18 +427,18 @@ TEST_F(OstrelDemoPlayerTest, ReleaseClosesPopupThenVideoThenPhoto)
     player_.ReleaseResource();
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "evas_object_hide(popup#1)", "I \"Block E-POP = 0 \"",
-                            "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5)",
-                            "I \"\"", "player_stop()", "player_unprepare()", "I \"\"",
-                            "pictrel_destroy(picture#1)", "pictrel_destroy_display(1)",
-                            "I \"Destroy end\""));
+                LinesAre("I \"\"", "evas_object_hide(popup#1)", "I \"Block E-POP = 0 \"",
+                         "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5)", "I \"\"",
+                         "player_stop()", "player_unprepare()", "I \"\"",
+                         "pictrel_destroy(picture#1)", "pictrel_destroy_display(1)",
+                         "I \"Destroy end\""));
 }
 
 TEST_F(OstrelDemoPlayerTest, ReleaseOfNothingOnlyLogs)
 {
     player_.ReleaseResource();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"\"", "I \"\"", "I \"Destroy end\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\"", "I \"\"", "I \"Destroy end\""));
 }
 
 // ---- Destructor ----
@@ -494,8 +494,7 @@ TEST_F(OstrelDemoPlayerTest, TheDestructorReleasesEverythingInItsOrder)
                      "evas_object_del(window#1)",
                      "ui_config_manager_fini()",
                      "elm_velt_manager_fini()"}));
-    EXPECT_THAT(fake_.leftovers(), ElementsAre("timer#4"))
-        << "the closing timer is left to the end";
+    EXPECT_THAT(fake_.leftovers(), LinesAre("timer#4")) << "the closing timer is left to the end";
 }
 
 TEST_F(OstrelDemoPlayerTest, TheDestructorLogsTheEntryOfEachStep)
@@ -505,28 +504,27 @@ TEST_F(OstrelDemoPlayerTest, TheDestructorLogsTheEntryOfEachStep)
     destroy_controller();
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"",                           // closing the popup
-                            "I \"\"", "player_unprepare()",     // stopping the video
-                            "I \"\"", "I \"Destroy end\"",      // releasing the photo
-                            "D \"\"", "player_destroy()",       // destroying the video
-                            "I \"\"", "ecore_pipe_del(pipe#1)", // the event manager
-                            "display_rotator_remove_cb()",      //
-                            "I \"\"", "VirtualKey_Finalize()",  // the keys
-                            "KeyRouter_Reset_KeyList()", "KeyRouter_Add_All_Key(0)",
-                            "KeyRouter_UnSet_KeyList(surface#1)", "KeyRouter_Finalize()",
-                            "I \"Block E-POP = 0 \"", "app_context_manager_unset_epop_block()",
-                            "ecore_event_handler_del(key-down handler#1)",
-                            "evas_object_del(window#1)", "ui_config_manager_fini()",
-                            "elm_velt_manager_fini()"));
+                LinesAre("I \"\"",                           // closing the popup
+                         "I \"\"", "player_unprepare()",     // stopping the video
+                         "I \"\"", "I \"Destroy end\"",      // releasing the photo
+                         "D \"\"", "player_destroy()",       // destroying the video
+                         "I \"\"", "ecore_pipe_del(pipe#1)", // the event manager
+                         "display_rotator_remove_cb()",      //
+                         "I \"\"", "VirtualKey_Finalize()",  // the keys
+                         "KeyRouter_Reset_KeyList()", "KeyRouter_Add_All_Key(0)",
+                         "KeyRouter_UnSet_KeyList(surface#1)", "KeyRouter_Finalize()",
+                         "I \"Block E-POP = 0 \"", "app_context_manager_unset_epop_block()",
+                         "ecore_event_handler_del(key-down handler#1)", "evas_object_del(window#1)",
+                         "ui_config_manager_fini()", "elm_velt_manager_fini()"));
 }
 
 TEST_F(OstrelDemoPlayerTest, AControllerThatWasNeverCreatedIsDestroyedQuietly)
 {
     destroy_controller();
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("display_rotator_remove_cb()", "VirtualKey_Finalize()",
-                                           "app_context_manager_unset_epop_block()",
-                                           "ui_config_manager_fini()", "elm_velt_manager_fini()"));
+    EXPECT_THAT(fake_.calls(), LinesAre("display_rotator_remove_cb()", "VirtualKey_Finalize()",
+                                        "app_context_manager_unset_epop_block()",
+                                        "ui_config_manager_fini()", "elm_velt_manager_fini()"));
     EXPECT_THAT(fake_.leftovers(), IsEmpty());
 }
 
@@ -607,7 +605,7 @@ TEST_F(OstrelDemoPlayerTest, ThePanelIsFollowedAndTurnedByTheTimer)
     fake_.forget();
 
     fake_.loop.advance(300.0);
-    ASSERT_THAT(fake_.of({"VirtualKey"}), ElementsAre("VirtualKey_Send_KeyCode(569, 2)"));
+    ASSERT_THAT(fake_.of({"VirtualKey"}), LinesAre("VirtualKey_Send_KeyCode(569, 2)"));
     fake_.rotator.report(2);
     EXPECT_TRUE(player_.m_bRotating);
     fake_.widgets.turn_window(90);

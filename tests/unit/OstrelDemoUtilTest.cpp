@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "lines.h"
 #include "platform.h"
 
 using testing::ElementsAre;
@@ -44,7 +45,7 @@ TEST_F(OstrelDemoUtilTest, GetConfigIntOfAMissingKeyLeavesThePresetValue)
     EXPECT_FALSE(COstrelDemoUtil::GetConfigInt("db/no/key", value));
 
     EXPECT_EQ(value, -7);
-    EXPECT_THAT(fake_.lines(), ElementsAre("E \"GetConfigInt key [db/no/key] faild\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("E \"GetConfigInt key [db/no/key] faild\""));
 }
 
 TEST_F(OstrelDemoUtilTest, SetConfigIntWritesTheKeySilently)
@@ -52,7 +53,7 @@ TEST_F(OstrelDemoUtilTest, SetConfigIntWritesTheKeySilently)
     EXPECT_TRUE(COstrelDemoUtil::SetConfigInt("memory/some/key", 3));
 
     EXPECT_EQ(fake_.store.get("memory/some/key"), 3);
-    EXPECT_THAT(fake_.lines(), ElementsAre("vconf_set_int(\"memory/some/key\", 3)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("vconf_set_int(\"memory/some/key\", 3)"));
 }
 
 TEST_F(OstrelDemoUtilTest, SetConfigIntTellsAFailure)
@@ -61,7 +62,7 @@ TEST_F(OstrelDemoUtilTest, SetConfigIntTellsAFailure)
 
     EXPECT_FALSE(COstrelDemoUtil::SetConfigInt("memory/some/key", 3));
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("E \"SetConfigInt key memory/some/key,fail\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("E \"SetConfigInt key memory/some/key,fail\""));
 }
 
 // ---- bShowDisclaimer ----
@@ -73,16 +74,16 @@ TEST_F(OstrelDemoUtilTest, TheDisclaimerFollowsTheProductFeature)
     EXPECT_TRUE(COstrelDemoUtil::bShowDisclaimer());
 
     EXPECT_THAT(fake_.of({"system_info"}),
-                ElementsAre("system_info_get_custom_bool(\"com.norvane/featureconf/"
-                            "ostrel_demo_player.show_disclaimer\")"));
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"bShowDisclaimer = 1\""));
+                LinesAre("system_info_get_custom_bool(\"com.norvane/featureconf/"
+                         "ostrel_demo_player.show_disclaimer\")"));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"bShowDisclaimer = 1\""));
 }
 
 TEST_F(OstrelDemoUtilTest, NoDisclaimerWithoutTheFeature)
 {
     EXPECT_FALSE(COstrelDemoUtil::bShowDisclaimer());
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"bShowDisclaimer = 0\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"bShowDisclaimer = 0\""));
 }
 
 TEST_F(OstrelDemoUtilTest, AnUnreadableFeatureMeansNoDisclaimer)
@@ -92,8 +93,8 @@ TEST_F(OstrelDemoUtilTest, AnUnreadableFeatureMeansNoDisclaimer)
 
     EXPECT_FALSE(COstrelDemoUtil::bShowDisclaimer());
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("E \"get video_player.controller_ui.auto_show fail\"",
-                                          "I \"bShowDisclaimer = 0\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("E \"get video_player.controller_ui.auto_show fail\"",
+                                       "I \"bShowDisclaimer = 0\""));
 }
 
 TEST_F(OstrelDemoUtilTest, TheDisclaimerFeatureIsAskedAfreshEachTime)
@@ -113,7 +114,7 @@ TEST_P(DirectBacklightTest, OnlyTheValueOneMeansDirectBacklight)
 
     EXPECT_EQ(COstrelDemoUtil::isDirectBacklightModel(), GetParam() == 1);
 
-    EXPECT_THAT(fake_.of({"system_info"}), ElementsAre("system_info_get_value_int(713)"));
+    EXPECT_THAT(fake_.of({"system_info"}), LinesAre("system_info_get_value_int(713)"));
     EXPECT_THAT(fake_.logs(),
                 ElementsAre(testing::AllOf(testing::StartsWith("W \""),
                                            HasSubstr("[" + std::to_string(GetParam()) + "]"))));
@@ -139,7 +140,7 @@ TEST_F(OstrelDemoUtilTest, OrientationOneIsRightToLeft)
 
     EXPECT_TRUE(COstrelDemoUtil::IsRTLOrientation());
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"RTL_UI_ORIENTATION\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"RTL_UI_ORIENTATION\""));
 }
 
 TEST_F(OstrelDemoUtilTest, EveryOtherOrientationIsLeftToRight)
@@ -158,7 +159,7 @@ TEST_F(OstrelDemoUtilTest, BlockingPopUps)
     EXPECT_TRUE(COstrelDemoUtil::SetBlockEPOP(true));
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"Block E-POP = 1 \"", "app_context_manager_set_epop_block()"));
+                LinesAre("I \"Block E-POP = 1 \"", "app_context_manager_set_epop_block()"));
 }
 
 TEST_F(OstrelDemoUtilTest, ReleasingPopUps)
@@ -166,7 +167,7 @@ TEST_F(OstrelDemoUtilTest, ReleasingPopUps)
     EXPECT_TRUE(COstrelDemoUtil::SetBlockEPOP(false));
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"Block E-POP = 0 \"", "app_context_manager_unset_epop_block()"));
+                LinesAre("I \"Block E-POP = 0 \"", "app_context_manager_unset_epop_block()"));
 }
 
 TEST_F(OstrelDemoUtilTest, ARefusedBlockIsTold)
@@ -176,8 +177,8 @@ TEST_F(OstrelDemoUtilTest, ARefusedBlockIsTold)
     EXPECT_FALSE(COstrelDemoUtil::SetBlockEPOP(true));
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"Block E-POP = 1 \"", "app_context_manager_set_epop_block()",
-                            "E \"app_context_manager_set_epop_block falied\""));
+                LinesAre("I \"Block E-POP = 1 \"", "app_context_manager_set_epop_block()",
+                         "E \"app_context_manager_set_epop_block falied\""));
 }
 
 TEST_F(OstrelDemoUtilTest, ARefusedReleaseIsToldAndTheNextMaySucceed)
@@ -187,9 +188,9 @@ TEST_F(OstrelDemoUtilTest, ARefusedReleaseIsToldAndTheNextMaySucceed)
     EXPECT_FALSE(COstrelDemoUtil::SetBlockEPOP(false));
     EXPECT_TRUE(COstrelDemoUtil::SetBlockEPOP(false));
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"Block E-POP = 0 \"",
-                                          "E \"app_context_manager_unset_epop_block falied\"",
-                                          "I \"Block E-POP = 0 \""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"Block E-POP = 0 \"",
+                                       "E \"app_context_manager_unset_epop_block falied\"",
+                                       "I \"Block E-POP = 0 \""));
 }
 
 // ---- DisableMenuItem ----
@@ -199,18 +200,18 @@ TEST_F(OstrelDemoUtilTest, SevenMenuItemsAreBlockedInTheirOrder)
     COstrelDemoUtil::DisableMenuItem(true);
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("D \"1\"",
-                            "SettingsAPI::DisableItemsByList(\"broadcasting picturesize pip "
-                            "game-mode delete-contents-list tools-demo-update "
-                            "tools-picture-demo\", \"org.tizen.ostrel-demo-player-tv\")"));
+                LinesAre("D \"1\"",
+                         "SettingsAPI::DisableItemsByList(\"broadcasting picturesize pip "
+                         "game-mode delete-contents-list tools-demo-update "
+                         "tools-picture-demo\", \"org.tizen.ostrel-demo-player-tv\")"));
 }
 
 TEST_F(OstrelDemoUtilTest, MenuItemsAreReleasedByApplicationOnly)
 {
     COstrelDemoUtil::DisableMenuItem(false);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"0\"", "SettingsAPI::RemoveDisabledItemsByAppname("
-                                                      "\"org.tizen.ostrel-demo-player-tv\")"));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"0\"", "SettingsAPI::RemoveDisabledItemsByAppname("
+                                                   "\"org.tizen.ostrel-demo-player-tv\")"));
 }
 
 // ---- CombinateString ----
@@ -232,7 +233,7 @@ TEST_P(CombinateStringTest, FillsTheSlots)
     EXPECT_EQ(COstrelDemoUtil::CombinateString(entry.format, entry.first, entry.second),
               entry.result);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre(std::string("I \"strResult: ") + entry.result + "\""));
+    EXPECT_THAT(fake_.lines(), LinesAre(std::string("I \"strResult: ") + entry.result + "\""));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -288,7 +289,7 @@ TEST_F(OstrelDemoUtilTest, AFolderExists)
 
     EXPECT_TRUE(COstrelDemoUtil::CheckPathExist("/media/usb/demo/"));
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"\""));
 }
 
 TEST_F(OstrelDemoUtilTest, ARegularFileIsNoExistingPath)
@@ -310,7 +311,7 @@ TEST_F(OstrelDemoUtilTest, ExitAsksTheFrameworkAndLeavesAnErrorLine)
 {
     COstrelDemoUtil::ExitApplication();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("E \"\"", "ui_app_exit()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("E \"\"", "ui_app_exit()"));
 }
 
 } // namespace

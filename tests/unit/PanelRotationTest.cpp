@@ -1,6 +1,5 @@
 #include "player_test.h"
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
@@ -44,15 +43,15 @@ TEST_F(WindowRotationTest, ANewOrientationIsStoredAndPosted)
     report(90);
 
     EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), ROTATION_TYPE_PORTRAIT);
-    EXPECT_THAT(report_lines(), ElementsAre("I \"\"", "I \"iEventID = 10 iParam1 = 0\"",
-                                            "ecore_pipe_write(10, 0)"));
+    EXPECT_THAT(report_lines(),
+                LinesAre("I \"\"", "I \"iEventID = 10 iParam1 = 0\"", "ecore_pipe_write(10, 0)"));
 }
 
 TEST_F(WindowRotationTest, ThePresentOrientationPostsNothing)
 {
     report(0);
 
-    EXPECT_THAT(report_lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(report_lines(), LinesAre("I \"\""));
     EXPECT_EQ(fake_.of({"elm_win_rotation_get"}).size(), 1U);
 }
 
@@ -63,7 +62,7 @@ TEST_F(WindowRotationTest, NinetyAfterTwoHundredSeventyPostsOnce)
     report(90);
 
     EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), ROTATION_TYPE_PORTRAIT);
-    EXPECT_THAT(fake_.of({"ecore_pipe_write"}), ElementsAre("ecore_pipe_write(10, 0)"));
+    EXPECT_THAT(fake_.of({"ecore_pipe_write"}), LinesAre("ecore_pipe_write(10, 0)"));
 }
 
 TEST_F(WindowRotationTest, EachAngleHasItsType)
@@ -84,8 +83,8 @@ TEST_F(WindowRotationTest, WithoutControllerOrWindowItOnlyWarns)
     CPlayerInspector::m_OnWindowRotationCB(nullptr, player_.m_pWindow, nullptr);
     CPlayerInspector::m_OnWindowRotationCB(controller_.get(), nullptr, nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "W \"pOstrelDemoPlayer is null\"", "I \"\"",
-                                           "W \"pOstrelDemoPlayer is null\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "W \"pOstrelDemoPlayer is null\"", "I \"\"",
+                                        "W \"pOstrelDemoPlayer is null\""));
     EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), ROTATION_TYPE_LANDSCAPE);
 }
 
@@ -113,7 +112,7 @@ TEST_P(DisplayRotatorTest, TheStatusSetsTheFlagAndIsTold)
         if (GetParam().log == nullptr)
             EXPECT_THAT(fake_.lines(), IsEmpty());
         else
-            EXPECT_THAT(fake_.lines(), ElementsAre(GetParam().log));
+            EXPECT_THAT(fake_.lines(), LinesAre(GetParam().log));
     }
 }
 
@@ -156,7 +155,7 @@ TEST_F(RotationDelayTest, TheTimerTurnsThePanelOnceItStandsStill)
     fake_.loop.advance(0.8);
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "I \"\"", "VirtualKey_Send_KeyCode(569, 2)", "I \"\""));
+                LinesAre("I \"\"", "I \"\"", "VirtualKey_Send_KeyCode(569, 2)", "I \"\""));
     EXPECT_EQ(player_.m_hRotationDelayTimer, nullptr);
     EXPECT_THAT(fake_.loop.timers(), IsEmpty());
 }
@@ -168,13 +167,13 @@ TEST_F(RotationDelayTest, WhileThePanelTurnsTheTimerKeepsRenewing)
 
     fake_.loop.advance(4.0);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"\"", "I \"\"", "I \"\"", "I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\"", "I \"\"", "I \"\"", "I \"\""));
     EXPECT_EQ(player_.m_hRotationDelayTimer, timer);
 
     player_.m_bRotating = false;
     fake_.forget();
     fake_.loop.advance(0.8);
-    EXPECT_THAT(fake_.calls(), ElementsAre("VirtualKey_Send_KeyCode(569, 2)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("VirtualKey_Send_KeyCode(569, 2)"));
     EXPECT_THAT(fake_.loop.timers(), IsEmpty());
 }
 
@@ -186,8 +185,8 @@ TEST_F(RotationDelayTest, TheTurnClosesAnOpenPopup)
     fake_.loop.advance(0.8);
 
     EXPECT_THAT(fake_.calls(),
-                ElementsAre("VirtualKey_Send_KeyCode(569, 2)", "evas_object_hide(popup#1)",
-                            "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5)"));
+                LinesAre("VirtualKey_Send_KeyCode(569, 2)", "evas_object_hide(popup#1)",
+                         "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5)"));
     EXPECT_EQ(player_.m_hRotationDelayTimer, nullptr);
 }
 
@@ -195,7 +194,7 @@ TEST_F(RotationDelayTest, WithoutAControllerTheTimerRenews)
 {
     EXPECT_EQ(CPlayerInspector::m_OnRotationDelayTimerCB(nullptr), ECORE_CALLBACK_RENEW);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 // ---- m_ChangeRotationType ----
@@ -208,7 +207,7 @@ TEST_F(PanelRotationTest, ASetWithoutRotatorDoesNotTurn)
 
     EXPECT_FALSE(player_.m_ChangeRotationType());
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
     EXPECT_NE(player_.m_pZavoTimer, nullptr);
 }
 
@@ -219,8 +218,8 @@ TEST_F(PanelRotationTest, FromLandscapeThePanelTurnsToPortrait)
 
     EXPECT_TRUE(player_.m_ChangeRotationType());
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", writes(ConfigKey::FILE_MODE, 2), "I \"\"",
-                                           "VirtualKey_Send_KeyCode(569, 2)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", writes(ConfigKey::FILE_MODE, 2), "I \"\"",
+                                        "VirtualKey_Send_KeyCode(569, 2)"));
 }
 
 TEST_F(PanelRotationTest, FromPortraitThePanelTurnsToLandscape)
@@ -233,8 +232,8 @@ TEST_F(PanelRotationTest, FromPortraitThePanelTurnsToLandscape)
     EXPECT_TRUE(player_.m_ChangeRotationType());
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "ecore_timer_del(timer#1)", writes(ConfigKey::FILE_MODE, 1),
-                            "I \"\"", "VirtualKey_Send_KeyCode(569, 2)"));
+                LinesAre("I \"\"", "ecore_timer_del(timer#1)", writes(ConfigKey::FILE_MODE, 1),
+                         "I \"\"", "VirtualKey_Send_KeyCode(569, 2)"));
     EXPECT_EQ(player_.m_pZavoTimer, nullptr);
 }
 
@@ -259,7 +258,7 @@ TEST_F(PanelRotationTest, ARefusedRotationStillStopsTheTimedRotation)
 
     EXPECT_FALSE(player_.m_ChangeRotationType());
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_del(timer#1)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_del(timer#1)"));
     EXPECT_EQ(player_.m_pZavoTimer, nullptr);
 }
 
@@ -271,7 +270,7 @@ TEST_F(PanelRotationTest, ARefusedRotationInLandscapeStopsTheTimedRotationToo)
 
     EXPECT_FALSE(player_.m_ChangeRotationType());
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_del(timer#1)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_del(timer#1)"));
     EXPECT_EQ(player_.m_pZavoTimer, nullptr);
 }
 
@@ -288,8 +287,8 @@ TEST_F(PanelRotationTest, OnlyAPortraitPanelTurnsTheVideo)
         player_.m_ResetVideoRotation();
 
         EXPECT_THAT(fake_.lines(),
-                    ElementsAre("I \"\"", "player_set_display_rotation(" + rotation + ")",
-                                "I \"enNextRotation =" + rotation + "\""))
+                    LinesAre("I \"\"", "player_set_display_rotation(" + rotation + ")",
+                             "I \"enNextRotation =" + rotation + "\""))
             << "type " << type;
     }
 }
@@ -301,8 +300,8 @@ TEST_F(PanelRotationTest, ARefusedVideoRotationIsLogged)
 
     player_.m_ResetVideoRotation();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "player_set_display_rotation(0)",
-                                           "E \"set_display_rotation failed\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "player_set_display_rotation(0)",
+                                        "E \"set_display_rotation failed\""));
 }
 
 } // namespace

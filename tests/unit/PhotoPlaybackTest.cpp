@@ -20,13 +20,13 @@ TEST_F(PhotoPlaybackTest, TheFirstPhotoInitializesTheDisplay)
 {
     EXPECT_TRUE(player_.OnPlayPhoto("/demo/a.jpg"));
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"/demo/a.jpg\"", "pictrel_init_display(window#1)",
-                                           "pictrel_create_from_url(\"/demo/a.jpg\")",
-                                           "pictrel_set_window(picture#1, 1)",
-                                           "pictrel_set_geometry_size(picture#1, 4)",
-                                           "pictrel_add_event_callback(picture#1, 4)",
-                                           "pictrel_add_event_callback(picture#1, 0)",
-                                           "pictrel_parse(picture#1)"));
+    EXPECT_THAT(fake_.lines(),
+                LinesAre("I \"/demo/a.jpg\"", "pictrel_init_display(window#1)",
+                         "pictrel_create_from_url(\"/demo/a.jpg\")",
+                         "pictrel_set_window(picture#1, 1)",
+                         "pictrel_set_geometry_size(picture#1, 4)",
+                         "pictrel_add_event_callback(picture#1, 4)",
+                         "pictrel_add_event_callback(picture#1, 0)", "pictrel_parse(picture#1)"));
     EXPECT_EQ(player_.m_pPictureDisplay, 1);
     EXPECT_EQ(player_.m_pPicture, fake_.pictures.last());
 }
@@ -46,13 +46,13 @@ TEST_F(PhotoPlaybackTest, TheNextPhotoKeepsTheDisplayAndReplacesThePicture)
 
     EXPECT_TRUE(player_.OnPlayPhoto("/demo/b.jpg"));
 
-    EXPECT_THAT(
-        fake_.lines(),
-        ElementsAre("I \"/demo/b.jpg\"", "I \"Already init display,not init again\"",
-                    "pictrel_destroy(picture#1)", "pictrel_create_from_url(\"/demo/b.jpg\")",
-                    "pictrel_set_window(picture#2, 1)", "pictrel_set_geometry_size(picture#2, 4)",
-                    "pictrel_add_event_callback(picture#2, 4)",
-                    "pictrel_add_event_callback(picture#2, 0)", "pictrel_parse(picture#2)"));
+    EXPECT_THAT(fake_.lines(),
+                LinesAre("I \"/demo/b.jpg\"", "I \"Already init display,not init again\"",
+                         "pictrel_destroy(picture#1)", "pictrel_create_from_url(\"/demo/b.jpg\")",
+                         "pictrel_set_window(picture#2, 1)",
+                         "pictrel_set_geometry_size(picture#2, 4)",
+                         "pictrel_add_event_callback(picture#2, 4)",
+                         "pictrel_add_event_callback(picture#2, 0)", "pictrel_parse(picture#2)"));
 }
 
 TEST_F(PhotoPlaybackTest, AFailedDisplayIsNotInitializedAgain)
@@ -60,8 +60,8 @@ TEST_F(PhotoPlaybackTest, AFailedDisplayIsNotInitializedAgain)
     fake_.fail("pictrel_init_display");
 
     EXPECT_FALSE(player_.OnPlayPhoto("/demo/a.jpg"));
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"/demo/a.jpg\"", "pictrel_init_display(window#1)",
-                                           "E \"InitDisplayHandle false\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"/demo/a.jpg\"", "pictrel_init_display(window#1)",
+                                        "E \"InitDisplayHandle false\""));
     EXPECT_EQ(player_.m_pPictureDisplay, 1);
 
     EXPECT_TRUE(player_.OnPlayPhoto("/demo/a.jpg"));
@@ -114,8 +114,8 @@ TEST_F(PhotoPlaybackTest, DecodingFollowsTheResultAndStarts)
 
     player_.DecodePicture(player_.m_pPicture);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "pictrel_add_event_callback(picture#1, 1)",
-                                           "pictrel_decode(picture#1, 0)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "pictrel_add_event_callback(picture#1, 1)",
+                                        "pictrel_decode(picture#1, 0)"));
 }
 
 TEST_F(PhotoPlaybackTest, ARefusedDecodingLeavesAnEmptyErrorLine)
@@ -125,14 +125,14 @@ TEST_F(PhotoPlaybackTest, ARefusedDecodingLeavesAnEmptyErrorLine)
 
     player_.DecodePicture(player_.m_pPicture);
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"\"", "E \"\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"\"", "E \"\""));
 }
 
 TEST_F(PhotoPlaybackTest, WithoutAPictureNothingIsDecoded)
 {
     player_.DecodePicture(nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 // ---- RenderPicture ----
@@ -143,8 +143,7 @@ TEST_F(PhotoPlaybackTest, AnUprightPictureIsRenderedPlainly)
 
     player_.RenderPicture(player_.m_pPicture);
 
-    EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"Start Render Picture\"", "pictrel_render(picture#1)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"Start Render Picture\"", "pictrel_render(picture#1)"));
     EXPECT_EQ(player_.m_pPicture->render_state, 1);
 }
 
@@ -158,11 +157,10 @@ TEST_P(TurnedPictureTest, IsRenderedThroughTheMixerAndTurned)
 
     player_.RenderPicture(player_.m_pPicture);
 
-    EXPECT_THAT(
-        fake_.lines(),
-        ElementsAre("I \"Start Render Picture\"", "pictrel_set_mixer_render(picture#1, 1)",
-                    "pictrel_render(picture#1)", "pictrel_set_mixer_render(picture#1, 0)",
-                    "pictrel_rotate(picture#1, " + std::to_string(GetParam().second) + ")"));
+    EXPECT_THAT(fake_.lines(),
+                LinesAre("I \"Start Render Picture\"", "pictrel_set_mixer_render(picture#1, 1)",
+                         "pictrel_render(picture#1)", "pictrel_set_mixer_render(picture#1, 0)",
+                         "pictrel_rotate(picture#1, " + std::to_string(GetParam().second) + ")"));
     EXPECT_EQ(player_.m_pPicture->render_state, 1);
 }
 
@@ -188,8 +186,8 @@ TEST_F(PhotoPlaybackTest, DestroyingReleasesTimerPictureAndDisplay)
     player_.m_DestroyPhoto();
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "ecore_timer_del(timer#1)", "pictrel_destroy(picture#1)",
-                            "pictrel_destroy_display(1)", "I \"Destroy end\""));
+                LinesAre("I \"\"", "ecore_timer_del(timer#1)", "pictrel_destroy(picture#1)",
+                         "pictrel_destroy_display(1)", "I \"Destroy end\""));
     EXPECT_EQ(player_.m_pSlideShowTimer, nullptr);
     EXPECT_EQ(player_.m_pPicture, nullptr);
     EXPECT_EQ(player_.m_pPictureDisplay, 0);
@@ -200,7 +198,7 @@ TEST_F(PhotoPlaybackTest, DestroyingNothingOnlyLogs)
 {
     player_.m_DestroyPhoto();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"Destroy end\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"Destroy end\""));
 }
 
 TEST_F(PhotoPlaybackTest, DestroyingLeavesTheEndTimer)
@@ -238,7 +236,7 @@ TEST_F(PhotoPlaybackTest, WithoutARotatorEveryPhotoStaysFiveSeconds)
 
         player_.StartSlideShow();
 
-        EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_add(5)")) << index;
+        EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_add(5)")) << index;
         EXPECT_NE(player_.m_pSlideShowTimer, nullptr);
         EXPECT_EQ(player_.m_pPhotoPlayEndTimer, nullptr);
         EXPECT_TRUE(player_.m_bSlideShowStarted);
@@ -253,7 +251,7 @@ TEST_F(PhotoPlaybackTest, WithARotatorAPhotoStaysThreeMinutes)
 
     player_.StartSlideShow();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_add(180)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_add(180)"));
     EXPECT_NE(player_.m_pSlideShowTimer, nullptr);
     EXPECT_EQ(player_.m_pPhotoPlayEndTimer, nullptr);
 }
@@ -265,7 +263,7 @@ TEST_F(PhotoPlaybackTest, WithARotatorTheLastPhotoRunsTheEndTimer)
 
     player_.StartSlideShow();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_add(180)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_add(180)"));
     EXPECT_EQ(player_.m_pSlideShowTimer, nullptr);
     EXPECT_NE(player_.m_pPhotoPlayEndTimer, nullptr);
 }
@@ -277,7 +275,7 @@ TEST_F(PhotoPlaybackTest, StartingTwiceArmsOneTimer)
 
     player_.StartSlideShow();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"slideshow timer already started\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"slideshow timer already started\""));
     EXPECT_THAT(fake_.loop.timers(), ElementsAre(5.0));
 }
 
@@ -288,7 +286,7 @@ TEST_F(PhotoPlaybackTest, StoppingDeletesTheTimer)
 
     player_.StopSlideShow();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_del(timer#1)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_del(timer#1)"));
     EXPECT_FALSE(player_.m_bSlideShowStarted);
     EXPECT_EQ(player_.m_pSlideShowTimer, nullptr);
 }
@@ -297,7 +295,7 @@ TEST_F(PhotoPlaybackTest, StoppingWhatIsNotStartedOnlyLogs)
 {
     player_.StopSlideShow();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"slideshow not started\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"slideshow not started\""));
 }
 
 TEST_F(PhotoPlaybackTest, StoppingLeavesTheEndTimer)
@@ -353,7 +351,7 @@ TEST_F(PhotoPlaybackTest, TheSlideShowTimerWithoutAControllerOnlyWarns)
 {
     EXPECT_EQ(CPlayerInspector::m_OnStartSlideShowCB(nullptr), ECORE_CALLBACK_CANCEL);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "W \"pThis is null\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "W \"pThis is null\""));
 }
 
 TEST_F(PhotoPlaybackTest, TheEndTimerStartsOverAtTheFirstFile)
@@ -385,7 +383,7 @@ TEST_F(PhotoPlaybackTest, WithTimedRotationTheEndTimerDoesNotAdvance)
 
     fake_.loop.advance(180.0);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
     EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
     EXPECT_EQ(player_.m_pPhotoPlayEndTimer, stale);
     EXPECT_THAT(fake_.loop.timers(), IsEmpty()) << "each timer fires once";
@@ -395,7 +393,7 @@ TEST_F(PhotoPlaybackTest, TheEndTimerWithoutAControllerDoesNothing)
 {
     EXPECT_EQ(CPlayerInspector::m_OnPhotoPlayEndCB(nullptr), ECORE_CALLBACK_CANCEL);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 // ---- Picture callbacks ----
@@ -415,8 +413,8 @@ TEST_F(PictureCallbackTest, AParseResultIsPosted)
     fake_.pictures.fire_parsed(PICTREL_RESULT_PARSE_FAILED);
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "I \"iEventID = 4 iParam1 = 0\"", "ecore_pipe_write(4, 0)",
-                            "I \"\"", "I \"iEventID = 4 iParam1 = 1\"", "ecore_pipe_write(4, 1)"));
+                LinesAre("I \"\"", "I \"iEventID = 4 iParam1 = 0\"", "ecore_pipe_write(4, 0)",
+                         "I \"\"", "I \"iEventID = 4 iParam1 = 1\"", "ecore_pipe_write(4, 1)"));
 }
 
 TEST_F(PictureCallbackTest, ADecodeResultIsPosted)
@@ -426,26 +424,25 @@ TEST_F(PictureCallbackTest, ADecodeResultIsPosted)
 
     fake_.pictures.fire_decoded(PICTREL_RESULT_DECODED);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"result_code:3\"", "I \"iEventID = 5 iParam1 = 3\"",
-                                           "ecore_pipe_write(5, 3)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"result_code:3\"", "I \"iEventID = 5 iParam1 = 3\"",
+                                        "ecore_pipe_write(5, 3)"));
 }
 
 TEST_F(PictureCallbackTest, ALostPictureEndsTheProgramAtOnce)
 {
     fake_.pictures.fire_conflict(10);
 
-    EXPECT_THAT(fake_.lines(),
-                ElementsAre("W \"OstrelDemo player is terminated by Resource Conflict "
-                            "result_code:10\"",
-                            "E \"\"", "ui_app_exit()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("W \"OstrelDemo player is terminated by Resource Conflict "
+                                        "result_code:10\"",
+                                        "E \"\"", "ui_app_exit()"));
 }
 
 TEST_F(PictureCallbackTest, AnyOtherConflictIsOnlyLogged)
 {
     fake_.pictures.fire_conflict(9);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("W \"OstrelDemo player is terminated by Resource "
-                                           "Conflict result_code:9\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("W \"OstrelDemo player is terminated by Resource "
+                                        "Conflict result_code:9\""));
 }
 
 } // namespace

@@ -8,19 +8,21 @@ using testing::IsEmpty;
 
 namespace {
 
-auto entry(int type, const std::string &name, const std::string &subtitle = "")
+testing::Matcher<const stPlayListItem &> entry(int type, const std::string &name,
+                                               const std::string &subtitle = "")
 {
     return AllOf(Field("iType", &stPlayListItem::iType, type),
                  Field("strFileName", &stPlayListItem::strFileName, name),
                  Field("strSubtitleName", &stPlayListItem::strSubtitleName, subtitle));
 }
 
-auto video(const std::string &name, const std::string &subtitle = "")
+testing::Matcher<const stPlayListItem &> video(const std::string &name,
+                                               const std::string &subtitle = "")
 {
     return entry(0, name, subtitle);
 }
 
-auto photo(const std::string &name)
+testing::Matcher<const stPlayListItem &> photo(const std::string &name)
 {
     return entry(1, name);
 }
@@ -152,8 +154,8 @@ TEST_F(PlayListTest, EveryNameButTheDotsIsLogged)
         if (line.find("FileName:") != std::string::npos)
             names.push_back(line);
     }
-    EXPECT_THAT(names, ElementsAre("I \"FileName:a.mp4\"", "I \"FileName:.hidden.mp4\"",
-                                   "I \"FileName:readme\"", "I \"FileName:a.srt\""));
+    EXPECT_THAT(names, LinesAre("I \"FileName:a.mp4\"", "I \"FileName:.hidden.mp4\"",
+                                "I \"FileName:readme\"", "I \"FileName:a.srt\""));
 }
 
 // ---- m_CreatePlayList: sorting ----
@@ -368,7 +370,7 @@ TEST_F(InitPlayListTest, LandscapePlaysLandscapeVideosThenPhotos)
     EXPECT_EQ(player_.m_InitPlayList(), 1);
 
     EXPECT_THAT(player_.m_vdcPlayList, ElementsAre(video("a.mp4"), video("b.mp4"), photo("c.jpg")));
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"add landscape files in play list\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"add landscape files in play list\""));
 }
 
 TEST_F(InitPlayListTest, PortraitPlaysPortraitVideosThenPhotos)
@@ -381,7 +383,7 @@ TEST_F(InitPlayListTest, PortraitPlaysPortraitVideosThenPhotos)
 
     EXPECT_THAT(player_.m_vdcPlayList,
                 ElementsAre(video("portrait_a.mp4"), photo("portrait_c.jpg")));
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"add portrait contents in play list\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"add portrait contents in play list\""));
 }
 
 TEST_F(InitPlayListTest, PhotosAloneAreContentEnough)
@@ -414,7 +416,7 @@ TEST_F(InitPlayListTest, WithoutARotatorTheOtherOrientationIsNothingToPlay)
 
     EXPECT_EQ(player_.m_InitPlayList(), -1);
 
-    EXPECT_THAT(fake_.calls(), ElementsAre(writes(ConfigKey::PLAYBACK_STATUS, 2)));
+    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::PLAYBACK_STATUS, 2)));
 }
 
 TEST_F(InitPlayListTest, WithoutARotatorLandscapeFilesAreNothingForAPortraitPanel)
@@ -424,18 +426,18 @@ TEST_F(InitPlayListTest, WithoutARotatorLandscapeFilesAreNothingForAPortraitPane
 
     EXPECT_EQ(player_.m_InitPlayList(), -1);
 
-    EXPECT_THAT(fake_.calls(), ElementsAre(writes(ConfigKey::PLAYBACK_STATUS, 2)));
+    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::PLAYBACK_STATUS, 2)));
 }
 
 TEST_F(InitPlayListTest, NothingAtAllIsNothingToPlayOnARotatingSet)
 {
     fake_.rotator.supported = true;
     EXPECT_EQ(player_.m_InitPlayList(), -1);
-    EXPECT_THAT(fake_.calls(), ElementsAre(writes(ConfigKey::PLAYBACK_STATUS, 2)));
+    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::PLAYBACK_STATUS, 2)));
 
     set_panel(ROTATION_TYPE_PORTRAIT);
     EXPECT_EQ(player_.m_InitPlayList(), -1);
-    EXPECT_THAT(fake_.calls(), ElementsAre(writes(ConfigKey::PLAYBACK_STATUS, 2)));
+    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::PLAYBACK_STATUS, 2)));
 }
 
 TEST_F(InitPlayListTest, ALandscapePanelAsksForPortraitWhenOnlyThatHasContent)
@@ -445,8 +447,7 @@ TEST_F(InitPlayListTest, ALandscapePanelAsksForPortraitWhenOnlyThatHasContent)
 
     EXPECT_EQ(player_.m_InitPlayList(), 0);
 
-    EXPECT_THAT(fake_.calls(),
-                ElementsAre(writes(ConfigKey::FILE_MODE, 2), "ecore_timer_add(0.8)"));
+    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::FILE_MODE, 2), "ecore_timer_add(0.8)"));
     EXPECT_NE(player_.m_hRotationDelayTimer, nullptr);
     EXPECT_THAT(player_.m_vdcPlayList, IsEmpty());
 }
@@ -459,8 +460,7 @@ TEST_F(InitPlayListTest, APortraitPanelAsksForLandscapeWhenOnlyThatHasContent)
 
     EXPECT_EQ(player_.m_InitPlayList(), 0);
 
-    EXPECT_THAT(fake_.calls(),
-                ElementsAre(writes(ConfigKey::FILE_MODE, 1), "ecore_timer_add(0.8)"));
+    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::FILE_MODE, 1), "ecore_timer_add(0.8)"));
 }
 
 TEST_F(InitPlayListTest, TheDelayTimerTurnsThePanel)
@@ -472,7 +472,7 @@ TEST_F(InitPlayListTest, TheDelayTimerTurnsThePanel)
 
     fake_.loop.advance(0.8);
 
-    EXPECT_THAT(fake_.of({"VirtualKey"}), ElementsAre("VirtualKey_Send_KeyCode(569, 2)"));
+    EXPECT_THAT(fake_.of({"VirtualKey"}), LinesAre("VirtualKey_Send_KeyCode(569, 2)"));
     EXPECT_EQ(player_.m_hRotationDelayTimer, nullptr);
 }
 

@@ -1,6 +1,5 @@
 #include "player_test.h"
 
-using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
@@ -57,7 +56,7 @@ TEST_F(PlaySequenceTest, AnIndexOutsideTheListHasNoType)
     EXPECT_EQ(player_.GetPlayingType(-1), -1);
     EXPECT_EQ(player_.GetPlayingType(2), -1);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("W \"-1 2\"", "W \"2 2\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("W \"-1 2\"", "W \"2 2\""));
 }
 
 TEST_F(PlaySequenceTest, TheRepeatOptionIsStoredAndLogged)
@@ -66,7 +65,7 @@ TEST_F(PlaySequenceTest, TheRepeatOptionIsStoredAndLogged)
     EXPECT_FALSE(player_.m_bRepeat);
     player_.SetRepeatOption(true);
     EXPECT_TRUE(player_.m_bRepeat);
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"0\"", "I \"1\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"0\"", "I \"1\""));
 }
 
 // ---- m_PlayContents ----
@@ -92,9 +91,9 @@ TEST_F(PlaySequenceTest, PlayContentsLogsItsSteps)
 
     player_.m_PlayContents();
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("D \"2\"", "D \"/opt/data/demo_movie/b.mp4\"",
-                                          "D \"0 0\"", "I \"/opt/data/demo_movie/b.mp4 \"",
-                                          "I \"\"", "I \"player_set_looping false finish\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("D \"2\"", "D \"/opt/data/demo_movie/b.mp4\"", "D \"0 0\"",
+                                       "I \"/opt/data/demo_movie/b.mp4 \"", "I \"\"",
+                                       "I \"player_set_looping false finish\""));
 }
 
 TEST_F(PlaySequenceTest, ASelectionPlaysThatEntryAlone)
@@ -118,7 +117,7 @@ TEST_F(PlaySequenceTest, AStaleSelectionFallsBackToTheWholeList)
     EXPECT_TRUE(player_.m_PlayContents());
 
     EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
-    EXPECT_THAT(fake_.of({"vconf_set_int"}), ElementsAre(writes(ConfigKey::DEMO_MODE, 0)));
+    EXPECT_THAT(fake_.of({"vconf_set_int"}), LinesAre(writes(ConfigKey::DEMO_MODE, 0)));
     EXPECT_EQ(player_.m_strPlayPath, "/opt/data/demo_movie/a.mp4");
 }
 
@@ -129,7 +128,7 @@ TEST_F(PlaySequenceTest, LeavingEndsTheProgramWithoutTouchingThePlayers)
 
     EXPECT_FALSE(player_.m_PlayContents());
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"-1\"", "E \"\"", "ui_app_exit()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"-1\"", "E \"\"", "ui_app_exit()"));
     EXPECT_EQ(player_.m_strPlayPath, FOLDER);
     EXPECT_EQ(player_.m_strSubtitlePath, FOLDER);
 }
@@ -244,9 +243,9 @@ TEST_F(PlaySequenceTest, NextGoesToTheFollowingEntry)
 
     EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
     EXPECT_THAT(media_calls(), ElementsAreArray(video_lines("/opt/data/demo_movie/b.mp4")));
-    EXPECT_THAT(fake_.logs(), ElementsAre("D \"/opt/data/demo_movie/b.mp4\"", "D \"0 0\"",
-                                          "I \"/opt/data/demo_movie/b.mp4 \"", "I \"\"",
-                                          "I \"player_set_looping false finish\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("D \"/opt/data/demo_movie/b.mp4\"", "D \"0 0\"",
+                                       "I \"/opt/data/demo_movie/b.mp4 \"", "I \"\"",
+                                       "I \"player_set_looping false finish\""));
 }
 
 TEST_F(PlaySequenceTest, NextAfterTheLastEntryIsTheFirst)

@@ -159,7 +159,7 @@ TEST_F(RemoteKeyActionsTest, PlayResumesAVideo)
 
     key(KEY_TYPE_PLAY);
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("player_set_playback_rate(1)", "player_start()"));
+    EXPECT_THAT(fake_.calls(), LinesAre("player_set_playback_rate(1)", "player_start()"));
 }
 
 TEST_F(RemoteKeyActionsTest, PlayOnAPhotoPlaysTheWholeListOn)
@@ -178,7 +178,7 @@ TEST_F(RemoteKeyActionsTest, PausePausesAVideo)
 {
     key(KEY_TYPE_PAUSE);
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("player_set_playback_rate(1)", "player_pause()"));
+    EXPECT_THAT(fake_.calls(), LinesAre("player_set_playback_rate(1)", "player_pause()"));
 }
 
 TEST_F(RemoteKeyActionsTest, PauseOnAPhotoStopsTheSlideShow)
@@ -256,9 +256,9 @@ TEST_F(RemoteKeyActionsTest, RewindAndForwardNeedFolderContentsMode)
 
     player_.m_bFolderContentsPlayer = true;
     key(KEY_TYPE_REWIND);
-    EXPECT_THAT(fake_.calls(), ElementsAre("player_set_playback_rate(-2)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("player_set_playback_rate(-2)"));
     key(KEY_TYPE_FORWARD);
-    EXPECT_THAT(fake_.calls(), ElementsAre("player_set_playback_rate(2)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("player_set_playback_rate(2)"));
 }
 
 // ---- 9, 10: previous, next ----
@@ -338,7 +338,7 @@ TEST_F(RemoteKeyActionsTest, ThePanelKeyTurnsThePanel)
     key(KEY_TYPE_ROTATE);
 
     EXPECT_THAT(fake_.calls(),
-                ElementsAre(writes(ConfigKey::FILE_MODE, 2), "VirtualKey_Send_KeyCode(569, 2)"));
+                LinesAre(writes(ConfigKey::FILE_MODE, 2), "VirtualKey_Send_KeyCode(569, 2)"));
 }
 
 // ---- 14, 15, 16: intervals ----
@@ -415,14 +415,14 @@ TEST_F(IntervalKeyTest, TheTimerFollowsTheIntervalOfThePresentOrientationOnly)
 
     key(KEY_TYPE_LANDSCAPE_TIMER);
     EXPECT_THAT(fake_.of({"ecore_timer"}),
-                ElementsAre("ecore_timer_del(timer#1)", "ecore_timer_add(330)"));
+                LinesAre("ecore_timer_del(timer#1)", "ecore_timer_add(330)"));
 
     set_panel(ROTATION_TYPE_PORTRAIT);
     key(KEY_TYPE_LANDSCAPE_TIMER);
     EXPECT_THAT(fake_.of({"ecore_timer"}), IsEmpty());
     key(KEY_TYPE_PORTRAIT_TIMER);
     EXPECT_THAT(fake_.of({"ecore_timer"}),
-                ElementsAre("ecore_timer_del(timer#2)", "ecore_timer_add(360)"));
+                LinesAre("ecore_timer_del(timer#2)", "ecore_timer_add(360)"));
 }
 
 TEST_F(IntervalKeyTest, TheTimerIsUpdatedBeforeTheToast)
@@ -432,8 +432,8 @@ TEST_F(IntervalKeyTest, TheTimerIsUpdatedBeforeTheToast)
     key(KEY_TYPE_LANDSCAPE_TIMER);
 
     EXPECT_THAT(fake_.of({"vconf_set_int", "ecore_timer_add", "elm_velt_popup_toast"}),
-                ElementsAre(writes(ConfigKey::LANDSCAPE_TIMER, 1), "ecore_timer_add(330)",
-                            "elm_velt_popup_toast_text_set(popup#1, \"L 5:30\")"));
+                LinesAre(writes(ConfigKey::LANDSCAPE_TIMER, 1), "ecore_timer_add(330)",
+                         "elm_velt_popup_toast_text_set(popup#1, \"L 5:30\")"));
 }
 
 TEST_F(IntervalKeyTest, AResetReturnsBothToTheStart)
@@ -446,9 +446,9 @@ TEST_F(IntervalKeyTest, AResetReturnsBothToTheStart)
 
     EXPECT_EQ(toast(), "Reset 5");
     EXPECT_THAT(fake_.of({"vconf_set_int", "ecore_timer_add", "elm_velt_popup_toast"}),
-                ElementsAre(writes(ConfigKey::LANDSCAPE_TIMER, 0),
-                            writes(ConfigKey::PORTRAIT_TIMER, 0), "ecore_timer_add(300)",
-                            "elm_velt_popup_toast_text_set(popup#1, \"Reset 5\")"));
+                LinesAre(writes(ConfigKey::LANDSCAPE_TIMER, 0),
+                         writes(ConfigKey::PORTRAIT_TIMER, 0), "ecore_timer_add(300)",
+                         "elm_velt_popup_toast_text_set(popup#1, \"Reset 5\")"));
 }
 
 TEST_F(RemoteKeyActionsTest, WithoutARotatorTheRotationKeysDoNothing)

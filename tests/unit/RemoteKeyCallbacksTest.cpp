@@ -22,17 +22,17 @@ TEST_F(RemoteKeyCallbacksTest, AKeyIsPostedByItsTypeAndPassedOn)
 {
     EXPECT_THAT(fake_.loop.press_key("XF86AudioPlay"), ElementsAre(true));
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"KeyName=XF86AudioPlay KeyEventType=" +
-                                               std::to_string(ECORE_EVENT_KEY_DOWN) + "\"",
-                                           "I \"XF86AudioPlay\"", "I \"iEventID = 8 iParam1 = 2\"",
-                                           "ecore_pipe_write(8, 2)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"KeyName=XF86AudioPlay KeyEventType=" +
+                                            std::to_string(ECORE_EVENT_KEY_DOWN) + "\"",
+                                        "I \"XF86AudioPlay\"", "I \"iEventID = 8 iParam1 = 2\"",
+                                        "ecore_pipe_write(8, 2)"));
 }
 
 TEST_F(RemoteKeyCallbacksTest, AnUnknownKeyIsPostedToo)
 {
     fake_.loop.press_key("XF86Unheard");
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("ecore_pipe_write(8, 17)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("ecore_pipe_write(8, 17)"));
 }
 
 TEST_F(RemoteKeyCallbacksTest, KeysArePostedInTheirOrder)
@@ -40,8 +40,8 @@ TEST_F(RemoteKeyCallbacksTest, KeysArePostedInTheirOrder)
     for (const char *name : {"Left", "Right", "Return", "XF86Back"})
         fake_.loop.press_key(name);
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("ecore_pipe_write(8, 9)", "ecore_pipe_write(8, 10)",
-                                           "ecore_pipe_write(8, 1)", "ecore_pipe_write(8, 0)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("ecore_pipe_write(8, 9)", "ecore_pipe_write(8, 10)",
+                                        "ecore_pipe_write(8, 1)", "ecore_pipe_write(8, 0)"));
 }
 
 TEST_F(RemoteKeyCallbacksTest, AKeyOnlyPosts)
@@ -61,7 +61,7 @@ TEST_F(RemoteKeyCallbacksTest, TheControllerIsNotNeeded)
     EXPECT_EQ(CPlayerInspector::m_OnECoreKeyDownCB(nullptr, ECORE_EVENT_KEY_DOWN, &event),
               ECORE_CALLBACK_PASS_ON);
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("ecore_pipe_write(8, 1)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("ecore_pipe_write(8, 1)"));
 }
 
 // ---- m_OnGenlistKeyDownCB ----
@@ -74,8 +74,8 @@ TEST_F(RemoteKeyCallbacksTest, ReturnOnTheListChoosesTheRow)
     fake_.widgets.press_key(player_.m_pGenlist, "Return");
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("D \"\"", "D \"Return\"", "I \"Return\"",
-                            "I \"iEventID = 7 iParam1 = 0\"", "ecore_pipe_write(7, 0)"));
+                LinesAre("D \"\"", "D \"Return\"", "I \"Return\"", "I \"iEventID = 7 iParam1 = 0\"",
+                         "ecore_pipe_write(7, 0)"));
 }
 
 TEST_F(RemoteKeyCallbacksTest, OtherKeysOnTheListAreLeftToIt)
@@ -93,7 +93,7 @@ TEST_F(RemoteKeyCallbacksTest, AMissingKeyRecordOnlyLogs)
 {
     CPlayerInspector::m_OnGenlistKeyDownCB(controller_.get(), nullptr, nullptr, nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\""));
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "lines.h"
 #include "platform.h"
 #include "player/util/OstrelDemoUtil.h"
 
@@ -98,8 +99,8 @@ TEST_F(RemoteKeysTest, InitStartsTheServiceAndListensForDevices)
 {
     COstrelDemoUtil::InitVirtualKey();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "VirtualKey_Initialize(0)",
-                                           "ecore_event_handler_add(DEVICE_ADD, null)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "VirtualKey_Initialize(0)",
+                                        "ecore_event_handler_add(DEVICE_ADD, null)"));
 }
 
 TEST_F(RemoteKeysTest, AnAddedDeviceIsLoggedAndPassedOn)
@@ -110,7 +111,7 @@ TEST_F(RemoteKeysTest, AnAddedDeviceIsLoggedAndPassedOn)
     EXPECT_THAT(fake_.loop.raise(fake::MainLoop::EVENT_DEVICE_ADD, nullptr), ElementsAre(true));
 
     EXPECT_EQ(ECORE_CALLBACK_PASS_ON, 1);
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 // ---- KeyRouterInitialize ----
@@ -121,12 +122,11 @@ TEST_F(RemoteKeysTest, TheRouterIsFoundAmongTheGlobals)
 
     COstrelDemoUtil::KeyRouterInitialize();
 
-    EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "I \"Found Keyrouter Object\"",
-                            "KeyRouter_Initialize(display#1, registry#1, seat#1, 23)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"Found Keyrouter Object\"",
+                                        "KeyRouter_Initialize(display#1, registry#1, seat#1, 23)"));
     EXPECT_THAT(fake_.of({"ecore_wl2_connected"}),
-                ElementsAre("ecore_wl2_connected_display_get(null)"));
-    EXPECT_THAT(fake_.leftovers(), ElementsAre("key router")) << "the iterator is to be freed";
+                LinesAre("ecore_wl2_connected_display_get(null)"));
+    EXPECT_THAT(fake_.leftovers(), LinesAre("key router")) << "the iterator is to be freed";
 }
 
 TEST_F(RemoteKeysTest, AMissingRouterIsInitializedWithZero)
@@ -136,8 +136,8 @@ TEST_F(RemoteKeysTest, AMissingRouterIsInitializedWithZero)
     COstrelDemoUtil::KeyRouterInitialize();
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "KeyRouter_Initialize(display#1, registry#1, seat#1, 0)"));
-    EXPECT_THAT(fake_.leftovers(), ElementsAre("key router"));
+                LinesAre("I \"\"", "KeyRouter_Initialize(display#1, registry#1, seat#1, 0)"));
+    EXPECT_THAT(fake_.leftovers(), LinesAre("key router"));
 }
 
 TEST_F(RemoteKeysTest, WithoutADisplayNothingIsInitialized)
@@ -146,7 +146,7 @@ TEST_F(RemoteKeysTest, WithoutADisplayNothingIsInitialized)
 
     COstrelDemoUtil::KeyRouterInitialize();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
     EXPECT_THAT(fake_.leftovers(), IsEmpty());
 }
 
@@ -156,7 +156,7 @@ TEST_F(RemoteKeysTest, ANullSurfaceRegistersNothing)
 {
     COstrelDemoUtil::RegisterKeys(nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("W \"pWlSurface is null\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("W \"pWlSurface is null\""));
 }
 
 TEST_F(RemoteKeysTest, RegistrationTakesAllKeysButThoseOfTheSet)
@@ -255,9 +255,9 @@ TEST_F(RemoteKeysTest, UnregisteringReleasesEveryKey)
     COstrelDemoUtil::UnregisterKeys(surface());
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "VirtualKey_Finalize()", "KeyRouter_Reset_KeyList()",
-                            "KeyRouter_Add_All_Key(0)", "KeyRouter_UnSet_KeyList(surface#1)",
-                            "KeyRouter_Finalize()"));
+                LinesAre("I \"\"", "VirtualKey_Finalize()", "KeyRouter_Reset_KeyList()",
+                         "KeyRouter_Add_All_Key(0)", "KeyRouter_UnSet_KeyList(surface#1)",
+                         "KeyRouter_Finalize()"));
     EXPECT_THAT(fake_.keys.grabbed, IsEmpty());
     EXPECT_THAT(fake_.leftovers(), IsEmpty());
 }
@@ -266,7 +266,7 @@ TEST_F(RemoteKeysTest, UnregisteringWithoutASurfaceOnlyEndsTheVirtualKeys)
 {
     COstrelDemoUtil::UnregisterKeys(nullptr);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "VirtualKey_Finalize()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "VirtualKey_Finalize()"));
 }
 
 TEST_F(RemoteKeysTest, ARefusedReleaseStillDisconnects)
@@ -275,7 +275,7 @@ TEST_F(RemoteKeysTest, ARefusedReleaseStillDisconnects)
 
     COstrelDemoUtil::UnregisterKeys(surface());
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"\""));
     EXPECT_EQ(fake_.calls().back(), "KeyRouter_Finalize()");
 }
 
@@ -287,7 +287,7 @@ TEST_P(KeyTypeTest, TheNameYieldsItsType)
 {
     EXPECT_EQ(COstrelDemoUtil::GetKeyType(GetParam().first), GetParam().second);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre(std::string("I \"") + GetParam().first + "\""));
+    EXPECT_THAT(fake_.lines(), LinesAre(std::string("I \"") + GetParam().first + "\""));
 }
 
 TEST_P(KeyTypeTest, TheComparisonIsExact)

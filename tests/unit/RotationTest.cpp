@@ -4,10 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "lines.h"
 #include "platform.h"
 #include "player/util/OstrelDemoUtil.h"
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
@@ -37,7 +37,7 @@ TEST_F(RotationTest, ASetWithoutRotatorSaysSo)
 {
     EXPECT_FALSE(COstrelDemoUtil::IsSupportRotator());
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("E \"TV does not support rotation\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("E \"TV does not support rotation\""));
 }
 
 TEST_F(RotationTest, AnIdleRotatorIsSupported)
@@ -47,7 +47,7 @@ TEST_F(RotationTest, AnIdleRotatorIsSupported)
     EXPECT_TRUE(COstrelDemoUtil::IsSupportRotator());
 
     EXPECT_THAT(fake_.logs(),
-                ElementsAre("I \"current rotator status is 0\"", "I \"TV support rotation\""));
+                LinesAre("I \"current rotator status is 0\"", "I \"TV support rotation\""));
 }
 
 TEST_F(RotationTest, ATurningRotatorIsSupported)
@@ -58,7 +58,7 @@ TEST_F(RotationTest, ATurningRotatorIsSupported)
     EXPECT_TRUE(COstrelDemoUtil::IsSupportRotator());
 
     EXPECT_THAT(fake_.logs(),
-                ElementsAre("I \"current rotator status is 2\"", "I \"TV support rotation\""));
+                LinesAre("I \"current rotator status is 2\"", "I \"TV support rotation\""));
 }
 
 TEST_F(RotationTest, ANegativeStatusIsNoRotator)
@@ -68,7 +68,7 @@ TEST_F(RotationTest, ANegativeStatusIsNoRotator)
 
     EXPECT_FALSE(COstrelDemoUtil::IsSupportRotator());
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"current rotator status is -2\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"current rotator status is -2\""));
 }
 
 TEST_F(RotationTest, TheRotatorIsAskedAfreshEachTime)
@@ -86,7 +86,7 @@ TEST_F(RotationTest, NinetyAndTwoHundredSeventyDegreesArePortrait)
     for (const int portrait : {1, 3}) {
         set_type(portrait);
         EXPECT_TRUE(COstrelDemoUtil::IsPortraitMode()) << portrait;
-        EXPECT_THAT(fake_.logs(), ElementsAre("I \"In Portrait Mode\""));
+        EXPECT_THAT(fake_.logs(), LinesAre("I \"In Portrait Mode\""));
     }
 }
 
@@ -95,7 +95,7 @@ TEST_F(RotationTest, LandscapeIsToldAtErrorLevel)
     for (const int landscape : {0, 2}) {
         set_type(landscape);
         EXPECT_FALSE(COstrelDemoUtil::IsPortraitMode()) << landscape;
-        EXPECT_THAT(fake_.logs(), ElementsAre("E \"In Landscape Mode\""));
+        EXPECT_THAT(fake_.logs(), LinesAre("E \"In Landscape Mode\""));
     }
 }
 
@@ -106,8 +106,8 @@ TEST_F(RotationTest, TheTypeIsStoredAndLogged)
     COstrelDemoUtil::SetWindowRotationType(ROTATION_TYPE_PORTRAIT_REVERSE);
 
     EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), ROTATION_TYPE_PORTRAIT_REVERSE);
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"current window rotation type = 3\"",
-                                          "I \"current window rotation type = 3\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"current window rotation type = 3\"",
+                                       "I \"current window rotation type = 3\""));
 }
 
 // ---- InitWindowRotationType ----
@@ -122,7 +122,7 @@ TEST_P(InitialRotationTest, TheStoredStateYieldsTheType)
 
     EXPECT_TRUE(COstrelDemoUtil::InitWindowRotationType());
 
-    EXPECT_THAT(fake_.of({"vconf"}), ElementsAre("vconf_get_int(\"db/sysman/rotation_state\")"));
+    EXPECT_THAT(fake_.of({"vconf"}), LinesAre("vconf_get_int(\"db/sysman/rotation_state\")"));
     EXPECT_EQ(fake_.logs().front(),
               "I \"Roation Value = " + std::to_string(GetParam().first) + " \"");
     EXPECT_EQ(type(), GetParam().second);
@@ -139,8 +139,7 @@ TEST_F(RotationTest, AnUnreadableStateLeavesTheType)
 
     EXPECT_FALSE(COstrelDemoUtil::InitWindowRotationType());
 
-    EXPECT_THAT(fake_.logs(),
-                ElementsAre("E \"GetConfigInt key [db/sysman/rotation_state] faild\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("E \"GetConfigInt key [db/sysman/rotation_state] faild\""));
     EXPECT_EQ(type(), 2);
 }
 
@@ -150,7 +149,7 @@ TEST_F(RotationTest, ThePanelIsTurnedByItsKey)
 {
     COstrelDemoUtil::ChangePanelRotation();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "VirtualKey_Send_KeyCode(569, 2)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "VirtualKey_Send_KeyCode(569, 2)"));
 }
 
 } // namespace

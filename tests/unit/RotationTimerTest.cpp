@@ -91,8 +91,8 @@ TEST_F(RotationTimerTest, WithoutAToastObjectTheMessageIsDropped)
     EXPECT_TRUE(player_.m_UpdateNotificationLabel("second"));
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"strContent = second\"", "I \"\"", "evas_object_del(popup#1)",
-                            "elm_velt_popup_add(window#1)"));
+                LinesAre("I \"strContent = second\"", "I \"\"", "evas_object_del(popup#1)",
+                         "elm_velt_popup_add(window#1)"));
     EXPECT_EQ(player_.m_pNotificationLabel, nullptr);
 }
 
@@ -135,8 +135,8 @@ TEST_F(RotationTimerTest, AStepIsLoggedAndToasted)
                                     "I \"strContent = Portrait: 5 min 30 s\"", "I \"\""},
                                    toast_lines("popup#1", "Portrait: 5 min 30 s")}));
     EXPECT_THAT(fake_.of({"dgettext"}),
-                ElementsAre("dgettext(\"ostrel-demo-player-tv\", "
-                            "\"TV_SID_ZAVO_MIX_CAAUG_PORTRAIT_TIMER_A_MINS_B_SEC\")"));
+                LinesAre("dgettext(\"ostrel-demo-player-tv\", "
+                         "\"TV_SID_ZAVO_MIX_CAAUG_PORTRAIT_TIMER_A_MINS_B_SEC\")"));
 }
 
 TEST_F(RotationTimerTest, AResetTellsTheMinutesOnly)
@@ -154,7 +154,7 @@ TEST_F(RotationTimerTest, AnyOtherStatusShowsNothingAndLeavesThePopupOpen)
 
     player_.m_ShowPopup(static_cast<ENDEMO_ROTATION_STATUS>(3), 0);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"enZavoMode = 3 iTimerIndex = 0\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"enZavoMode = 3 iTimerIndex = 0\""));
     EXPECT_TRUE(fake_.widgets.visible(player_.m_pPopup));
 }
 
@@ -215,8 +215,8 @@ TEST_P(ZavoIntervalTest, TheTimerTakesTheIntervalOfTheIndex)
 
     player_.m_UpdateZavoTimer();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"set timer " + seconds + " sec\"",
-                                           "ecore_timer_add(" + seconds + ")"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"set timer " + seconds + " sec\"",
+                                        "ecore_timer_add(" + seconds + ")"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, ZavoIntervalTest,
@@ -234,9 +234,9 @@ TEST_F(RotationTimerTest, InPortraitThePortraitIntervalIsTaken)
 
     player_.m_UpdateZavoTimer();
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("ecore_timer_add(900)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("ecore_timer_add(900)"));
     EXPECT_THAT(fake_.of({"vconf_get_int"}),
-                ElementsAre("vconf_get_int(\"db/ostrel-demo-player-tv/portrait_timer\")"));
+                LinesAre("vconf_get_int(\"db/ostrel-demo-player-tv/portrait_timer\")"));
 }
 
 TEST_F(RotationTimerTest, AnUnreadableIndexMeansFiveMinutes)
@@ -246,7 +246,7 @@ TEST_F(RotationTimerTest, AnUnreadableIndexMeansFiveMinutes)
 
     player_.m_UpdateZavoTimer();
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("ecore_timer_add(300)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("ecore_timer_add(300)"));
 }
 
 TEST_F(RotationTimerTest, SwitchedOffThePendingTimerGoes)
@@ -258,7 +258,7 @@ TEST_F(RotationTimerTest, SwitchedOffThePendingTimerGoes)
 
     player_.m_UpdateZavoTimer();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_del(timer#1)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_del(timer#1)"));
     EXPECT_EQ(player_.m_pZavoTimer, nullptr);
 }
 
@@ -271,7 +271,7 @@ TEST_F(RotationTimerTest, WithoutARotatorNoTimerIsArmedAndTheOldOneGoes)
 
     player_.m_UpdateZavoTimer();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "ecore_timer_del(timer#1)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_del(timer#1)"));
 }
 
 TEST_F(RotationTimerTest, AnUpdateReplacesTheTimer)
@@ -283,7 +283,7 @@ TEST_F(RotationTimerTest, AnUpdateReplacesTheTimer)
 
     player_.m_UpdateZavoTimer();
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("ecore_timer_del(timer#1)", "ecore_timer_add(360)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("ecore_timer_del(timer#1)", "ecore_timer_add(360)"));
     EXPECT_THAT(fake_.loop.timers(), ElementsAre(360.0));
 }
 
@@ -298,9 +298,9 @@ TEST_F(RotationTimerTest, TheTimerTurnsThePanelAndIsGoneWithTheTurn)
 
     fake_.loop.advance(300.0);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"\"", "ecore_timer_del(timer#1)",
-                                           writes(ConfigKey::FILE_MODE, 2), "I \"\"",
-                                           "VirtualKey_Send_KeyCode(569, 2)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\"", "ecore_timer_del(timer#1)",
+                                        writes(ConfigKey::FILE_MODE, 2), "I \"\"",
+                                        "VirtualKey_Send_KeyCode(569, 2)"));
     EXPECT_EQ(player_.m_pZavoTimer, nullptr);
 }
 
@@ -315,7 +315,7 @@ TEST_F(RotationTimerTest, TheTimerFiresAgainUntilSomethingDeletesIt)
 
     // Entry lines of the callback and of the refused rotation, three times.
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "I \"\"", "I \"\"", "I \"\"", "I \"\"", "I \"\""));
+                LinesAre("I \"\"", "I \"\"", "I \"\"", "I \"\"", "I \"\"", "I \"\""));
     EXPECT_THAT(fake_.loop.timers(), ElementsAre(300.0));
 }
 
@@ -323,7 +323,7 @@ TEST_F(RotationTimerTest, ATimeOutWithoutAControllerRenews)
 {
     EXPECT_EQ(CPlayerInspector::m_OnZavoTimeOutCB(nullptr), ECORE_CALLBACK_RENEW);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
 }
 
 } // namespace

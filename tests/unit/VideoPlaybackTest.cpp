@@ -1,6 +1,5 @@
 #include "player_test.h"
 
-using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
@@ -16,10 +15,9 @@ TEST_F(VideoPlaybackTest, CreatingThePlayerRegistersFourCallbacks)
 
     EXPECT_NE(player_.m_hPlayer, nullptr);
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"\"", "player_create()", "player_set_completed_cb(controller)",
-                            "player_set_interrupted_cb(controller)",
-                            "player_set_error_cb(controller)",
-                            "player_set_subtitle_updated_cb_ex(controller)"));
+                LinesAre("I \"\"", "player_create()", "player_set_completed_cb(controller)",
+                         "player_set_interrupted_cb(controller)", "player_set_error_cb(controller)",
+                         "player_set_subtitle_updated_cb_ex(controller)"));
 }
 
 struct CreationFailure {
@@ -56,7 +54,7 @@ TEST_F(VideoPlaybackTest, APlayerWithoutSubtitleCallbackIsGoodEnough)
 
     EXPECT_TRUE(player_.m_CreateVideoPlayer());
 
-    EXPECT_THAT(fake_.logs(), ElementsAre("I \"\"", "E \"player_set_subtitle_updated_cb failed\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"\"", "E \"player_set_subtitle_updated_cb failed\""));
 }
 
 // ---- OnPlayVideo ----
@@ -76,10 +74,10 @@ TEST_F(PlayVideoTest, AVideoIsSetUpAndPrepared)
     EXPECT_TRUE(player_.OnPlayVideo("/demo/a.mp4", ""));
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("I \"/demo/a.mp4 \"", "I \"\"", "player_unprepare()",
-                            "player_set_uri(\"/demo/a.mp4\")", "player_set_display(0, window#1)",
-                            "player_prepare_async(controller)", "player_set_looping(false)",
-                            "I \"player_set_looping false finish\""));
+                LinesAre("I \"/demo/a.mp4 \"", "I \"\"", "player_unprepare()",
+                         "player_set_uri(\"/demo/a.mp4\")", "player_set_display(0, window#1)",
+                         "player_prepare_async(controller)", "player_set_looping(false)",
+                         "I \"player_set_looping false finish\""));
     EXPECT_EQ(player_.m_iVideoPlayerState, 1);
     EXPECT_TRUE(fake_.media.preparing());
 }
@@ -89,9 +87,9 @@ TEST_F(PlayVideoTest, ASubtitleIsNamedBeforeTheVideo)
     EXPECT_TRUE(player_.OnPlayVideo("/demo/a.mp4", "/demo/a.srt"));
 
     EXPECT_THAT(fake_.calls(),
-                ElementsAre("player_unprepare()", "player_set_subtitle_path(\"/demo/a.srt\")",
-                            "player_set_uri(\"/demo/a.mp4\")", "player_set_display(0, window#1)",
-                            "player_prepare_async(controller)", "player_set_looping(false)"));
+                LinesAre("player_unprepare()", "player_set_subtitle_path(\"/demo/a.srt\")",
+                         "player_set_uri(\"/demo/a.mp4\")", "player_set_display(0, window#1)",
+                         "player_prepare_async(controller)", "player_set_looping(false)"));
     EXPECT_EQ(fake_.logs().front(), "I \"/demo/a.mp4 /demo/a.srt\"");
 }
 
@@ -103,9 +101,9 @@ TEST_F(PlayVideoTest, TheVideoBeforeIsStoppedAndLetGo)
     EXPECT_TRUE(player_.OnPlayVideo("/demo/a.mp4", ""));
 
     EXPECT_THAT(fake_.calls(),
-                ElementsAre("player_stop()", "player_unprepare()",
-                            "player_set_uri(\"/demo/a.mp4\")", "player_set_display(0, window#1)",
-                            "player_prepare_async(controller)", "player_set_looping(false)"));
+                LinesAre("player_stop()", "player_unprepare()", "player_set_uri(\"/demo/a.mp4\")",
+                         "player_set_display(0, window#1)", "player_prepare_async(controller)",
+                         "player_set_looping(false)"));
     EXPECT_EQ(player_.m_iVideoPlayerState, 1);
 }
 
@@ -188,7 +186,7 @@ TEST_F(VideoPlaybackTest, StoppingWithoutAPlayerOnlyClearsTheState)
     player_.StopVideo();
 
     EXPECT_EQ(player_.m_iVideoPlayerState, 0);
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
     EXPECT_THAT(fake_.of({"player_get_state"}), IsEmpty());
 }
 
@@ -198,7 +196,7 @@ TEST_F(VideoPlaybackTest, AnIdlePlayerIsOnlyUnprepared)
 
     player_.StopVideo();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "player_unprepare()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "player_unprepare()"));
 }
 
 TEST_F(VideoPlaybackTest, APlayerInAnyOtherStateIsStoppedFirst)
@@ -211,7 +209,7 @@ TEST_F(VideoPlaybackTest, APlayerInAnyOtherStateIsStoppedFirst)
 
         player_.StopVideo();
 
-        EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "player_stop()", "player_unprepare()"));
+        EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "player_stop()", "player_unprepare()"));
         EXPECT_EQ(player_.m_iVideoPlayerState, 0);
     }
 }
@@ -223,7 +221,7 @@ TEST_F(VideoPlaybackTest, AnUnknownStateIsNotStoppedButUnprepared)
 
     player_.StopVideo();
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("player_unprepare()"));
+    EXPECT_THAT(fake_.calls(), LinesAre("player_unprepare()"));
 }
 
 TEST_F(VideoPlaybackTest, FailuresOfStoppingAreLogged)
@@ -234,8 +232,8 @@ TEST_F(VideoPlaybackTest, FailuresOfStoppingAreLogged)
 
     player_.StopVideo();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "player_stop()", "E \"player_stop error\"",
-                                           "player_unprepare()", "E \"player_unprepare error\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "player_stop()", "E \"player_stop error\"",
+                                        "player_unprepare()", "E \"player_unprepare error\""));
 }
 
 TEST_F(VideoPlaybackTest, DestroyingReleasesThePlayer)
@@ -245,7 +243,7 @@ TEST_F(VideoPlaybackTest, DestroyingReleasesThePlayer)
     player_.m_DestroyVideo();
 
     EXPECT_EQ(player_.m_hPlayer, nullptr);
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\"", "player_destroy()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "player_destroy()"));
 }
 
 TEST_F(VideoPlaybackTest, AFailedDestructionIsLoggedAndTheHandleForgotten)
@@ -256,14 +254,14 @@ TEST_F(VideoPlaybackTest, AFailedDestructionIsLoggedAndTheHandleForgotten)
     player_.m_DestroyVideo();
 
     EXPECT_EQ(player_.m_hPlayer, nullptr);
-    EXPECT_THAT(fake_.logs(), ElementsAre("D \"\"", "E \"player_destroy error\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("D \"\"", "E \"player_destroy error\""));
 }
 
 TEST_F(VideoPlaybackTest, DestroyingWithoutAPlayerDoesNothing)
 {
     player_.m_DestroyVideo();
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\""));
 }
 
 // ---- m_GetPlayerState, m_GetPlayBackStatus ----
@@ -273,14 +271,14 @@ TEST_F(VideoPlaybackTest, ThePlayersStateIsReturned)
     make_video_player_in(PLAYER_STATE_PAUSED);
 
     EXPECT_EQ(player_.m_GetPlayerState(), 4);
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\""));
 }
 
 TEST_F(VideoPlaybackTest, WithoutAPlayerTheStateIsZero)
 {
     EXPECT_EQ(player_.m_GetPlayerState(), 0);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\"", "W \"hPlayer is null\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "W \"hPlayer is null\""));
     EXPECT_THAT(fake_.of({"player_get_state"}), IsEmpty());
 }
 
@@ -291,7 +289,7 @@ TEST_F(VideoPlaybackTest, AnUnreadableStateIsZero)
 
     EXPECT_EQ(player_.m_GetPlayerState(), 0);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\"", "E \"player_get_state error\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "E \"player_get_state error\""));
 }
 
 TEST_F(VideoPlaybackTest, ThePlayBackStatusIsTheStateAndLogged)
@@ -300,7 +298,7 @@ TEST_F(VideoPlaybackTest, ThePlayBackStatusIsTheStateAndLogged)
 
     EXPECT_EQ(player_.m_GetPlayBackStatus(), 3);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\"", "I \"3 \""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "I \"3 \""));
 }
 
 TEST_F(VideoPlaybackTest, AnUnreadablePlayBackStatusIsOne)
@@ -310,14 +308,14 @@ TEST_F(VideoPlaybackTest, AnUnreadablePlayBackStatusIsOne)
 
     EXPECT_EQ(player_.m_GetPlayBackStatus(), 1);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\"", "E \"player_get_state error\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "E \"player_get_state error\""));
 }
 
 TEST_F(VideoPlaybackTest, ThePlayBackStatusIsAskedEvenWithoutAPlayer)
 {
     EXPECT_EQ(player_.m_GetPlayBackStatus(), 1);
 
-    EXPECT_THAT(fake_.of({"player_get_state"}), ElementsAre("player_get_state(null)"));
+    EXPECT_THAT(fake_.of({"player_get_state"}), LinesAre("player_get_state(null)"));
 }
 
 // ---- m_SetTrickSpeed ----
@@ -328,7 +326,7 @@ TEST_F(VideoPlaybackTest, ASpeedIsSetAndLogged)
 
     EXPECT_TRUE(player_.m_SetTrickSpeed(-2.0));
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"-2.000000\"", "player_set_playback_rate(-2)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"-2.000000\"", "player_set_playback_rate(-2)"));
 }
 
 TEST_F(VideoPlaybackTest, ARefusedSpeedIsLogged)
@@ -338,8 +336,7 @@ TEST_F(VideoPlaybackTest, ARefusedSpeedIsLogged)
 
     EXPECT_FALSE(player_.m_SetTrickSpeed(2.0));
 
-    EXPECT_THAT(fake_.logs(),
-                ElementsAre("I \"2.000000\"", "E \"player_set_playback_rate error\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("I \"2.000000\"", "E \"player_set_playback_rate error\""));
 }
 
 // ---- OnPause ----
@@ -350,8 +347,8 @@ TEST_F(VideoPlaybackTest, APlayingVideoIsPausedAtNormalSpeed)
 
     EXPECT_TRUE(player_.OnPause());
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\"", "D \"\"", "I \"1.000000\"",
-                                           "player_set_playback_rate(1)", "player_pause()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\"", "I \"1.000000\"",
+                                        "player_set_playback_rate(1)", "player_pause()"));
 }
 
 TEST_F(VideoPlaybackTest, PausingWhilePausedIsRefused)
@@ -360,7 +357,7 @@ TEST_F(VideoPlaybackTest, PausingWhilePausedIsRefused)
 
     EXPECT_FALSE(player_.OnPause());
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\"", "D \"\"", "I \"playerState is not PLAYING\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\"", "I \"playerState is not PLAYING\""));
 }
 
 TEST_F(VideoPlaybackTest, AFailedPauseIsLogged)
@@ -381,9 +378,8 @@ TEST_F(VideoPlaybackTest, APausedVideoResumesAtNormalSpeed)
 
     EXPECT_TRUE(player_.OnResume());
 
-    EXPECT_THAT(fake_.lines(),
-                ElementsAre("D \"\"", "D \"\"", "D \"playerState:4\"", "I \"1.000000\"",
-                            "player_set_playback_rate(1)", "player_start()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\"", "D \"playerState:4\"", "I \"1.000000\"",
+                                        "player_set_playback_rate(1)", "player_start()"));
     EXPECT_THAT(fake_.of({"player_get_playback_rate"}), IsEmpty());
 }
 
@@ -395,8 +391,8 @@ TEST_F(VideoPlaybackTest, AFastVideoReturnsToNormalSpeedAndStartsAgain)
     EXPECT_TRUE(player_.OnResume());
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("D \"\"", "D \"\"", "D \"playerState:3\"", "D \"dSpeed:2.000000\"",
-                            "I \"1.000000\"", "player_set_playback_rate(1)", "player_start()"));
+                LinesAre("D \"\"", "D \"\"", "D \"playerState:3\"", "D \"dSpeed:2.000000\"",
+                         "I \"1.000000\"", "player_set_playback_rate(1)", "player_start()"));
 }
 
 TEST_F(VideoPlaybackTest, AVideoAtNormalSpeedHasNothingToResume)
@@ -406,8 +402,8 @@ TEST_F(VideoPlaybackTest, AVideoAtNormalSpeedHasNothingToResume)
     EXPECT_FALSE(player_.OnResume());
 
     EXPECT_THAT(fake_.lines(),
-                ElementsAre("D \"\"", "D \"\"", "D \"playerState:3\"", "D \"dSpeed:1.000000\"",
-                            "I \"playerState is not PAUSED\""));
+                LinesAre("D \"\"", "D \"\"", "D \"playerState:3\"", "D \"dSpeed:1.000000\"",
+                         "I \"playerState is not PAUSED\""));
 }
 
 TEST_F(VideoPlaybackTest, AStoppedVideoHasNothingToResumeWhateverItsSpeed)
@@ -454,8 +450,8 @@ TEST_F(VideoPlaybackTest, TheToggleResumesAPausedVideo)
 
     EXPECT_TRUE(player_.OnResumeOrPause());
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\"", "D \"\"", "I \"1.000000\"",
-                                           "player_set_playback_rate(1)", "player_start()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\"", "I \"1.000000\"",
+                                        "player_set_playback_rate(1)", "player_start()"));
 }
 
 TEST_F(VideoPlaybackTest, TheTogglePausesAPlayingVideo)
@@ -464,8 +460,8 @@ TEST_F(VideoPlaybackTest, TheTogglePausesAPlayingVideo)
 
     EXPECT_TRUE(player_.OnResumeOrPause());
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\"", "D \"\"", "I \"1.000000\"",
-                                           "player_set_playback_rate(1)", "player_pause()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\"", "I \"1.000000\"",
+                                        "player_set_playback_rate(1)", "player_pause()"));
 }
 
 TEST_F(VideoPlaybackTest, TheToggleLeavesAnyOtherStateAlone)
@@ -500,7 +496,7 @@ TEST_F(VideoPlaybackTest, ForwardAndRewindSetTheirSpeeds)
     EXPECT_TRUE(player_.m_Rewind());
 
     EXPECT_THAT(fake_.calls(),
-                ElementsAre("player_set_playback_rate(2)", "player_set_playback_rate(-2)"));
+                LinesAre("player_set_playback_rate(2)", "player_set_playback_rate(-2)"));
 }
 
 TEST_F(VideoPlaybackTest, ForwardWhilePausedResumesFirst)
@@ -509,8 +505,8 @@ TEST_F(VideoPlaybackTest, ForwardWhilePausedResumesFirst)
 
     EXPECT_TRUE(player_.m_Forward());
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("player_set_playback_rate(1)", "player_start()",
-                                           "player_set_playback_rate(2)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("player_set_playback_rate(1)", "player_start()",
+                                        "player_set_playback_rate(2)"));
 }
 
 TEST_F(VideoPlaybackTest, RewindWhilePausedResumesFirst)
@@ -519,8 +515,8 @@ TEST_F(VideoPlaybackTest, RewindWhilePausedResumesFirst)
 
     EXPECT_TRUE(player_.m_Rewind());
 
-    EXPECT_THAT(fake_.calls(), ElementsAre("player_set_playback_rate(1)", "player_start()",
-                                           "player_set_playback_rate(-2)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("player_set_playback_rate(1)", "player_start()",
+                                        "player_set_playback_rate(-2)"));
 }
 
 TEST_F(VideoPlaybackTest, ForwardAndRewindAlwaysSucceed)
@@ -590,7 +586,7 @@ TEST_F(PlayerCallbackTest, OtherInterruptionsAreOnlyLogged)
                             PLAYER_INTERRUPTED_BY_CALL, PLAYER_INTERRUPTED_BY_EARJACK_UNPLUG}) {
         fake_.forget();
         fake_.media.fire_interrupted(code);
-        EXPECT_THAT(fake_.lines(), ElementsAre("W \"\"")) << code;
+        EXPECT_THAT(fake_.lines(), LinesAre("W \"\"")) << code;
     }
 }
 
@@ -608,14 +604,14 @@ TEST_F(PlayerCallbackTest, SoundWithoutDecoderIsOnlyLogged)
 {
     fake_.media.fire_error(-26476496);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"-26476496\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"-26476496\""));
 }
 
 TEST_F(PlayerCallbackTest, SubtitlesAreOnlyLogged)
 {
     fake_.media.fire_subtitle(1000, "hello");
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("D \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\""));
 }
 
 } // namespace

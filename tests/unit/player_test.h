@@ -11,13 +11,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "lines.h"
 #include "platform.h"
 #include "player/control/OstrelDemoPlayer.h"
 #include "player_inspector.h"
 
 inline constexpr char FOLDER[] = "/opt/data/demo_movie/";
-
-using Lines = std::vector<std::string>;
 
 /** The line of a write to the configuration store. */
 std::string writes(const std::string &key, int value);
