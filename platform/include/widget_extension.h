@@ -3,6 +3,10 @@
  * layout that places them. Each is an Evas object: parent, show, hide, delete, focus and events are
  * the stock ones. Texts are plain text, whatever characters they hold. Main-loop thread only.
  *
+ * A widget that is handed to a container is deleted with it. Whoever still holds its pointer may
+ * delete it once more, without effect, until control has returned to the main loop. Wrong arguments
+ * are refused with a line in the log.
+ *
  * Sizes are in pixels of the window; elm_velt_unit_to_pixel() converts the layout unit that designs
  * are drawn in.
  */
@@ -33,11 +37,14 @@ enum { ELM_VELT_ALIGN_CENTER = 5, ELM_VELT_ALIGN_BOTTOM = 8 };
 
 /** How an object takes its size along one axis. */
 enum {
-    ELM_VELT_RESIZE_FILL = 1,  /**< all the room that the layout gives the item */
-    ELM_VELT_RESIZE_FIXED = 4, /**< the size the item was appended with */
+    ELM_VELT_RESIZE_FILL = 1,  /**< all the room of its layout, within its own limits */
+    ELM_VELT_RESIZE_FIXED = 4, /**< the size it was appended with, or was resized to since then;
+                                    limits do not apply */
 };
 
-/* Layout: a transparent container that places its items. */
+/* Layout: a transparent container that places its items. It shows and hides them with itself, and
+ * asks for no room on their behalf: an overlay never makes its window grow. In a right-to-left
+ * layout the columns of the alignment grid change sides. */
 Evas_Object *elm_velt_layout_add(Evas_Object *parent);
 /** @param type 1: free layout, each item placed by its own alignment. */
 void elm_velt_layout_type_set(Evas_Object *layout, int type);
@@ -48,12 +55,12 @@ void elm_velt_layout_item_append(Evas_Object *layout, Evas_Object *item, int wid
 /** Places the items of a window-wide layout now instead of at the next idle moment. */
 void elm_velt_root_layout_render(Evas_Object *layout);
 
-/* Any widget of the extension. */
+/* Any widget of the extension; limits are those of an item that fills its layout, 0 for none. */
 void elm_velt_object_resize_policy_set(Evas_Object *object, int horizontal, int vertical);
 void elm_velt_object_size_min_set(Evas_Object *object, int width, int height);
 void elm_velt_object_size_max_set(Evas_Object *object, int width, int height);
 
-/* Image box: a picture scaled into its box. */
+/* Image box: a picture scaled into its box. Clicks pass through it. */
 Evas_Object *elm_velt_imagebox_add(Evas_Object *parent);
 /** @param path a picture file; a missing one leaves the box empty. */
 void elm_velt_imagebox_file_set(Evas_Object *imagebox, const char *path);
@@ -62,12 +69,13 @@ void elm_velt_imagebox_responsive_rule_set(Evas_Object *imagebox, int rule);
 /** The object that can take the focus; owned by the box. */
 Evas_Object *elm_velt_imagebox_native_get(Evas_Object *imagebox);
 
-/* Popup and toast. */
+/* Popup and toast: an elm_popup each, in the middle of the window and above what is in it. What is
+ * beside the panel is not blocked; a toast neither takes clicks nor the focus. */
 Evas_Object *elm_velt_popup_add(Evas_Object *window);
-/** @param style 0: panel with title, content and buttons; 4: toast. */
+/** @param style 0: panel with title, content and buttons; 4: toast of one line or two. */
 void elm_velt_popup_style_set(Evas_Object *popup, int style);
 void elm_velt_popup_title_set(Evas_Object *popup, const char *title);
-/** Hands over the content, which the popup shows at this size. */
+/** Hands over the content, which the popup shows at this size, and shows and hides with itself. */
 void elm_velt_popup_content_set(Evas_Object *popup, Evas_Object *content, int width, int height);
 /** Which part of the popup may take the focus. @param focus 5: content first, buttons below. */
 void elm_velt_popup_button_focus_set(Evas_Object *popup, int focus);
@@ -75,9 +83,10 @@ void elm_velt_popup_button_focus_set(Evas_Object *popup, int focus);
 void elm_velt_popup_button_set(Evas_Object *popup, Evas_Object *button, int slot);
 void elm_velt_popup_toast_text_set(Evas_Object *toast, const char *text);
 
-/* List. */
+/* List: an elm_genlist. Its row style is "C_TextTile_SingleLine_02" with the text part "MainText":
+ * one line, cut with an ellipsis, which slides while the row has the focus. */
 Evas_Object *elm_velt_genlist_add(Evas_Object *parent);
-/** @param enable true: a list of options, one of which is in force. */
+/** @param enable true: a list of options; the selected row is ticked as the one in force. */
 void elm_velt_genlist_listoption_enable(Evas_Object *genlist, bool enable);
 /** As elm_genlist_item_append(); `data` goes to the row class's functions. @return the row. */
 Elm_Object_Item *elm_velt_genlist_item_append(Evas_Object *genlist,

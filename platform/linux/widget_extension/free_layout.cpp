@@ -71,7 +71,8 @@ void FreeLayout::append(Evas_Object *item, int width, int height)
     placement.width = std::max(width, 0);
     placement.height = std::max(height, 0);
     WidgetManager::get().outlive_container(item);
-    evas_object_event_callback_add(item, EVAS_CALLBACK_RESIZE, on_item_resized, this);
+    evas_object_event_callback_del(item, EVAS_CALLBACK_RESIZE, on_item_resized);
+    evas_object_event_callback_add(item, EVAS_CALLBACK_RESIZE, on_item_resized, nullptr);
     elm_box_pack_end(box_, item);
     if (evas_object_visible_get(box_) && !in_popup_)
         evas_object_show(item);
@@ -147,21 +148,14 @@ void FreeLayout::on_deleted(void *data, Evas *, Evas_Object *object, void *)
     auto *self = static_cast<FreeLayout *>(data);
     evas_object_data_del(object, layout_key);
     elm_box_layout_set(object, nullptr, nullptr, nullptr);
-    Eina_List *items = elm_box_children_get(object);
-    void *item = nullptr;
-    EINA_LIST_FREE(items, item)
-    {
-        evas_object_event_callback_del_full(static_cast<Evas_Object *>(item), EVAS_CALLBACK_RESIZE,
-                                            on_item_resized, self);
-    }
     delete self;
 }
 
-void FreeLayout::on_item_resized(void *data, Evas *, Evas_Object *item, void *)
+void FreeLayout::on_item_resized(void *, Evas *, Evas_Object *item, void *)
 {
     // A size that the layout did not give is the owner's wish and becomes the item's fixed size.
-    const auto *self = static_cast<FreeLayout *>(data);
-    if (self->placing_)
+    const FreeLayout *layout = of(elm_object_parent_widget_get(item));
+    if (!layout || layout->placing_)
         return;
     Placement &placement = placement_of(item);
     evas_object_geometry_get(item, nullptr, nullptr, &placement.width, &placement.height);

@@ -221,3 +221,21 @@ TEST_F(DisclaimerTest, AFillingItemTakesTheRoomWithinItsLimits)
     stage.settle();
     EXPECT_TRUE(equals(Stage::geometry(item), 0, 680, 600, 400));
 }
+
+TEST_F(DisclaimerTest, AnItemMayMoveToAnotherLayout)
+{
+    Stage stage(1920, 1080);
+    Evas_Object *first = elm_velt_layout_add(stage.window());
+    Evas_Object *second = elm_velt_layout_add(stage.window());
+    evas_object_resize(second, 1920, 1080);
+    Evas_Object *item = elm_velt_imagebox_add(stage.window());
+    elm_velt_layout_item_append(first, item, 50, 50);
+    elm_box_unpack(first, item);
+    elm_velt_layout_item_append(second, item, 60, 60);
+    evas_object_del(first);
+    stage.settle();
+    evas_object_resize(item, 300, 200);
+    elm_velt_layout_align_set(item, 9);
+    elm_velt_root_layout_render(second);
+    EXPECT_TRUE(equals(Stage::geometry(item), 1620, 880, 300, 200));
+}

@@ -154,6 +154,7 @@ TEST_F(ListTest, TheViewFollowsTheFocusThroughALongList)
     PopupScene scene(stage.window(), "Demo", many_rows(1000), 300);
     scene.show();
     EXPECT_TRUE(Stage::until([&] { return stage.draw() && scene.focused_row() == 300; }));
+    stage.settle();
     for (int i = 0; i < 12; ++i)
         stage.press_key("Down");
     EXPECT_EQ(scene.focused_row(), 312);
@@ -251,6 +252,8 @@ TEST_F(ListTest, ClearingTheListDeletesEveryRecordOnce)
     Stage stage(1920, 1080);
     PopupScene scene(stage.window(), "Demo", many_rows(100), 50);
     scene.show();
+    stage.settle();
+    evas_object_hide(scene.popup);
     stage.settle();
     elm_genlist_clear(scene.genlist);
     stage.settle();

@@ -51,7 +51,7 @@ TEST_F(PopupTest, IsDrawnDarkAndTranslucentInItsFirstFrame)
     scene.show();
     // One turn of the main loop and one drawing: no fade may hold the popup back.
     ecore_main_loop_iterate();
-    const std::uint32_t ground = stage.pixel(1500, 220);
+    const std::uint32_t ground = stage.pixel(1400, 220);
     const unsigned int alpha = ground >> 24;
     EXPECT_GT(alpha, 200u);
     EXPECT_LT(alpha, 255u);
@@ -263,7 +263,7 @@ TEST_F(PopupTest, StaysAboveWhatTheWindowGetsLater)
     PopupScene scene(stage.window(), "Demo", seven_rows, 0);
     scene.show();
     stage.settle();
-    const std::uint32_t before = stage.pixel(1500, 220);
+    const std::uint32_t before = stage.pixel(1400, 220);
     Evas_Object *layout = elm_velt_layout_add(stage.window());
     elm_win_resize_object_add(stage.window(), layout);
     Evas_Object *box = elm_bg_add(layout);
@@ -273,7 +273,7 @@ TEST_F(PopupTest, StaysAboveWhatTheWindowGetsLater)
     evas_object_show(layout);
     stage.settle();
     EXPECT_EQ(stage.pixel(100, 100), 0xffffffffu);
-    EXPECT_LT(stage.pixel(1500, 220) & 0xff, 60u);
+    EXPECT_LT(stage.pixel(1400, 220) & 0xff, 60u);
     EXPECT_NE(before, 0u);
 }
 
@@ -297,7 +297,7 @@ TEST_F(PopupTest, GoesAwayAtOnceWhenHidden)
     stage.settle();
     evas_object_hide(scene.popup);
     ecore_main_loop_iterate();
-    EXPECT_EQ(stage.pixel(1500, 220), 0u);
+    EXPECT_EQ(stage.pixel(1400, 220), 0u);
 }
 
 TEST_F(PopupTest, CanBeTakenDownInThePlayersOrder)

@@ -19,9 +19,13 @@ Eina_Bool raise_flag(void *flag)
     return ECORE_CALLBACK_RENEW;
 }
 
+void nothing(void *) {}
+
 Eina_Bool on_idle(void *flag)
 {
     *static_cast<bool *>(flag) = true;
+    // Something to do, or the main loop would now wait for the next tick.
+    ecore_job_add(nothing, nullptr);
     return ECORE_CALLBACK_CANCEL;
 }
 
