@@ -8,8 +8,10 @@
 #include "app_framework/command_line.h"
 #include "app_framework/early_start.h"
 #include "app_framework/injection.h"
+#include "app_framework/message_catalogue.h"
 #include "app_framework/session_watch.h"
 #include "app_framework/single_instance.h"
+#include "config_store/factory_defaults.h"
 #include "control/control.h"
 #include "device_power/power_service.h"
 #include "key_router/key_translator.h"
@@ -102,6 +104,7 @@ int Application::launch(const Extras &extras)
 bool Application::start_services()
 {
     bind_message_catalogue();
+    write_factory_defaults();
     announce_device_events();
     rotation_state_start();
     keys_ = std::make_unique<KeyTranslator>();
@@ -227,6 +230,7 @@ void Application::announce(app_event_type_e type)
 
 void announce_language_change()
 {
+    choose_catalogue_language();
     Application::get().announce(APP_EVENT_LANGUAGE_CHANGED);
 }
 

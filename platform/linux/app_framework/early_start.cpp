@@ -3,18 +3,14 @@
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
-#include <libintl.h>
-#include <string>
+#include <initializer_list>
 
 #include <Efreet.h>
-
-#include "settings/settings.h"
 
 namespace platform {
 
 namespace {
 
-constexpr char TEXT_DOMAIN[] = "ostrel-demo-player-tv";
 constexpr int KEEP_USERS_CHOICE = 0;
 
 sigset_t ending_signals()
@@ -54,13 +50,6 @@ void let_signals_through()
 {
     const sigset_t signals = ending_signals();
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
-}
-
-void bind_message_catalogue()
-{
-    const std::string folder = Settings::get().resource_dir + "/locale";
-    bindtextdomain(TEXT_DOMAIN, folder.c_str());
-    bind_textdomain_codeset(TEXT_DOMAIN, "UTF-8");
 }
 
 } // namespace platform

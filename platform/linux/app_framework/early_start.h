@@ -12,7 +12,4 @@ void prepare_process();
 /** Lets ending signals through, once the toolkit can turn them into an orderly end. */
 void let_signals_through();
 
-/** Binds the application's message catalogue; after prepare_process(). */
-void bind_message_catalogue();
-
 } // namespace platform

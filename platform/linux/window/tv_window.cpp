@@ -126,6 +126,8 @@ void TvWindow::make_inner(const std::string &name)
         return;
     }
     inner_canvas_ = canvas_of(inner_);
+    // A frame would cast its shadow into the picture.
+    elm_win_borderless_set(inner_, EINA_TRUE);
     elm_win_alpha_set(inner_, EINA_TRUE);
     image_ = elm_win_inlined_image_object_get(inner_);
     // The image would take the pointer unturned; the input feed does it instead.
