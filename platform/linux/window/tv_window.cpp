@@ -1,6 +1,7 @@
 #include "window/tv_window.h"
 
 #include <cstdint>
+#include <string_view>
 #include <utility>
 
 #include <wayland-client.h>
@@ -126,8 +127,6 @@ void TvWindow::make_inner(const std::string &name)
         return;
     }
     inner_canvas_ = canvas_of(inner_);
-    // A frame would cast its shadow into the picture.
-    elm_win_borderless_set(inner_, EINA_TRUE);
     elm_win_alpha_set(inner_, EINA_TRUE);
     image_ = elm_win_inlined_image_object_get(inner_);
     // The image would take the pointer unturned; the input feed does it instead.
@@ -242,6 +241,20 @@ void TvWindow::place_content()
     }
     input_->turn(panel, degrees);
     evas_object_resize(inner_, content.width, content.height);
+    fit_frame(content);
+}
+
+/**
+ * Elementary gives the inner window a frame, but leaves it at its first size: turned, the frame's
+ * shadow would lie across the picture.
+ */
+void TvWindow::fit_frame(Size content)
+{
+    Evas_Object *object = evas_object_bottom_get(evas_object_evas_get(inner_));
+    for (; object; object = evas_object_above_get(object)) {
+        if (std::string_view(evas_object_type_get(object)) == "edje")
+            evas_object_resize(object, content.width, content.height);
+    }
 }
 
 void TvWindow::shown()

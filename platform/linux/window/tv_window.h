@@ -79,6 +79,7 @@ class TvWindow {
 
     void turn();
     void place_content();
+    void fit_frame(Size content);
     void fit();
     void shown();
     void hidden();
