@@ -25,21 +25,41 @@ ORDINARY_ERRORS = [
     r"menu/support/use_mode)\] faild$",
 ]
 
-# Written by libraries below the player. Nothing of it is expected; this list is to stay short.
-ORDINARY_FOREIGN_LINES = []
+# Written by libraries below the player, each with the reason why it is no fault of the player's. EFL
+# puts a backtrace behind each; it belongs to the line before it. This list is to stay short.
+ORDINARY_FOREIGN_LINES = [
+    # The machine was so busy that one picture took the drawing thread more than a second.
+    r"evas_render_rendering_wait\(\) timeout waiting for async rendering",
+]
+BACKTRACE_BEGIN, BACKTRACE_END = "## Copy & Paste the below", "EOF"
 
 
 def is_ordinary_error(text, also=()):
     return any(re.search(pattern, text) for pattern in [*ORDINARY_ERRORS, *also])
 
 
+def without_ordinary_backtraces(lines):
+    """The lines without those backtraces that follow an ordinary foreign line."""
+    kept, ordinary, inside = [], False, False
+    for line in lines:
+        if inside:
+            inside = line != BACKTRACE_END
+        elif ordinary and line.startswith(BACKTRACE_BEGIN):
+            inside = True
+        elif line:
+            ordinary = any(re.search(pattern, line) for pattern in ORDINARY_FOREIGN_LINES)
+            if not ordinary:
+                kept.append(line)
+    return kept
+
+
 def unexpected_lines(lines, also=()):
     """Of a player's output: error lines without a reason, and lines that no log wrote."""
     unexpected = []
-    for line in lines:
+    for line in without_ordinary_backtraces(lines):
         match = LINE.match(line)
         if match is None:
-            if line and not any(re.search(p, line) for p in [*ORDINARY_FOREIGN_LINES, *also]):
+            if not any(re.search(pattern, line) for pattern in also):
                 unexpected.append(line)
         elif match.group(1) in "EF" and not is_ordinary_error(match.group(4), also):
             unexpected.append(line)
