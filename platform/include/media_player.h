@@ -99,8 +99,15 @@ int player_destroy(player_h player);
 
 /* Callbacks, in any state. `user_data` stays the caller's. */
 int player_set_completed_cb(player_h player, player_completed_cb callback, void *user_data);
+/**
+ * An interruption ends the file, and the player is in state IDLE. A lost sound device is none: the
+ * picture plays on in silence.
+ */
 int player_set_interrupted_cb(player_h player, player_interrupted_cb callback, void *user_data);
-/** The error callback tells a failed preparation, and an unplayable sound track. */
+/**
+ * The error callback tells a failed preparation, after which the player is in state IDLE. An
+ * unplayable sound track is told just before the prepared callback.
+ */
 int player_set_error_cb(player_h player, player_error_cb callback, void *user_data);
 int player_set_subtitle_updated_cb_ex(player_h player, player_subtitle_updated_cb_ex callback,
                                       void *user_data);
@@ -135,7 +142,8 @@ int player_resize_video_render_rect(player_h player, int x, int y, int width, in
  * player is READY) and the error callback with the reason why it could not follows, unless
  * player_unprepare() comes first. It comes no sooner than the main loop has returned from the
  * callback that made this call, so the caller may still set its own fields after it. A sound track
- * that cannot be played is told through the error callback besides.
+ * that cannot be played is told through the error callback besides. A file whose first frame does
+ * not come within 15 seconds has failed.
  *
  * @return PLAYER_ERROR_NONE when it was started; INVALID_OPERATION without a uri or while one runs
  */

@@ -79,6 +79,13 @@ ElementPtr make_audio_sink()
     return sink;
 }
 
+bool audio_sink_is_shared()
+{
+    AudioChoice &choice = audio_choice();
+    const std::lock_guard<std::mutex> lock(choice.mutex);
+    return choice.element == "pulsesink" || choice.element == silent_sink;
+}
+
 void forget_audio_sink()
 {
     AudioChoice &choice = audio_choice();

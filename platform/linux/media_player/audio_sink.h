@@ -18,6 +18,9 @@ void choose_audio_sink();
 /** A sink for one pipeline; one that is silent but keeps time, when there is no sound device. */
 ElementPtr make_audio_sink();
 
+/** Whether two pipelines can have the chosen device at a time. */
+bool audio_sink_is_shared();
+
 /** The device is gone; the next make_audio_sink() looks for another one. */
 void forget_audio_sink();
 

@@ -20,6 +20,9 @@ GType plane_sink_get_type();
 
 G_DEFINE_TYPE(PlaneSink, plane_sink, GST_TYPE_VIDEO_SINK)
 
+// A frame shown a little late is better than one left out.
+constexpr gint64 max_lateness = 30 * GST_MSECOND;
+
 GstStaticPadTemplate sink_template =
     GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS,
                             GST_STATIC_CAPS(GST_VIDEO_CAPS_MAKE(GST_VIDEO_FORMATS_ALL)));
@@ -134,6 +137,7 @@ void plane_sink_class_init(PlaneSinkClass *type)
 void plane_sink_init(PlaneSink *sink)
 {
     sink->output = nullptr;
+    gst_base_sink_set_max_lateness(GST_BASE_SINK(sink), max_lateness);
 }
 
 } // namespace

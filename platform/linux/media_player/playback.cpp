@@ -5,6 +5,7 @@
 
 #include "log/platform_log.h"
 #include "media_player.h"
+#include "media_player/audio_sink.h"
 #include "media_player/media_system.h"
 #include "media_player/media_uri.h"
 
@@ -194,8 +195,7 @@ int Playback::try_open()
 {
     if (!wait_for_media_system())
         return PLAYER_ERROR_INVALID_OPERATION;
-    if (request_.predecessor.valid())
-        request_.predecessor.wait_for(longest_wait_for_predecessor);
+    wait_for_others();
     const std::string path = local_path(request_.uri);
     if (!path.empty()) {
         if (const int code = check_media_file(path))
@@ -209,12 +209,23 @@ int Playback::try_open()
     return pipeline_->open() ? PLAYER_ERROR_NONE : PLAYER_ERROR_INVALID_OPERATION;
 }
 
+// Two files can be open at a time, so that a change between them is quick, but no more. Where they
+// cannot share the sound device the former one has to be gone.
+void Playback::wait_for_others() const
+{
+    const std::shared_future<void> &other =
+        audio_sink_is_shared() ? request_.before_predecessor : request_.predecessor;
+    if (other.valid())
+        other.wait_for(longest_wait_for_predecessor);
+}
+
 // A pipeline that has seen an error is not fit for anything more: each new try takes a new one.
 void Playback::make_pipeline()
 {
     trick_.reset();
     pipeline_.reset();
     generation_++;
+    broken_ = false;
     pipeline_ = std::make_unique<Pipeline>(
         request_.uri, output_, silent_ ? Pipeline::AudioSinkMaker{} : request_.make_audio_sink,
         pipeline_events());

@@ -47,8 +47,9 @@ struct PlaybackRequest {
     std::shared_ptr<DisplaySettings> display;
     bool looping = false;
     Pipeline::AudioSinkMaker make_audio_sink;
-    std::chrono::milliseconds patience{15000}; ///< longest wait for the first frame
-    std::shared_future<void> predecessor;      ///< the file before, as far as it still goes away
+    std::chrono::milliseconds patience{15000};   ///< longest wait for the first frame
+    std::shared_future<void> predecessor;        ///< the file before, as far as it still goes away
+    std::shared_future<void> before_predecessor; ///< and the one before that
 };
 
 class Playback : public std::enable_shared_from_this<Playback> {
@@ -95,6 +96,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     // Preparation.
     void open_file();
     int try_open();
+    void wait_for_others() const;
     void make_pipeline();
     bool open_again();
     void load_subtitle();
@@ -117,6 +119,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void announce_normal_speed();
     void resume_pipeline();
     void on_ended();
+    void warn_if_cut_short();
     void on_round_read(bool fresh);
     void on_round_shown();
     void follow_up_round();
@@ -130,7 +133,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void watch_progress();
     void on_broken(const std::string &why);
     void check_broken();
-    void restart_broken();
+    void start_anew();
     void fail(int error_code, const std::string &why);
     void interrupt(const std::string &why);
 
@@ -178,6 +181,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     std::optional<Clock::time_point> progress_check_;
     Clock::time_point last_progress_;
     uint64_t shown_at_progress_ = 0;
+    bool broken_ = false; ///< the pipeline has seen an error
     std::optional<Clock::time_point> broken_check_;
     uint64_t shown_at_check_ = 0;
     Clock::time_point last_restart_;

@@ -8,6 +8,9 @@ namespace {
 
 constexpr auto progress_interval = std::chrono::milliseconds(1000);
 
+// Tracks need not end together, and lengths are told roundly.
+constexpr GstClockTime longest_missing_end = 500 * GST_MSECOND;
+
 constexpr auto longest_seek = std::chrono::milliseconds(5000);
 
 // Rounds of a file of next to no length must not keep a processor busy.
@@ -15,6 +18,11 @@ constexpr auto longest_seek = std::chrono::milliseconds(5000);
 constexpr auto longest_wait_for_round = std::chrono::milliseconds(300);
 
 constexpr auto shortest_round = std::chrono::milliseconds(100);
+
+double seconds(GstClockTime time)
+{
+    return static_cast<double>(time) / static_cast<double>(GST_SECOND);
+}
 
 } // namespace
 
@@ -36,6 +44,10 @@ void Playback::do_start()
     last_round_ = Clock::now();
     last_progress_ = Clock::now();
     progress_check_ = Clock::now() + progress_interval;
+    if (broken_ && needs_rewind_) {
+        start_anew();
+        return;
+    }
     if (needs_rewind_ || wanted_rate_ != 1.0 ||
         (looping_ && !trick_->in_rounds() && pipeline_->goes_in_rounds()))
         run_from(0);
@@ -90,8 +102,7 @@ void Playback::take_speed(double rate)
         return;
     const GstClockTime now = trick_->stepping() ? trick_->position() : pipeline_->position();
     const GstClockTime position = GST_CLOCK_TIME_IS_VALID(now) ? now : 0;
-    PLATFORM_LOGI("player", "speed %.2f from %.1f s", rate,
-                  static_cast<double>(position) / static_cast<double>(GST_SECOND));
+    PLATFORM_LOGI("player", "speed %.2f from %.1f s", rate, seconds(position));
     on_speed(trick_->begin(rate, position, !paused_, looping_));
 }
 
@@ -155,10 +166,23 @@ void Playback::on_ended()
         back_to_normal(0);
         return;
     }
+    warn_if_cut_short();
     if (looping_)
         go_round();
     else
         complete();
+}
+
+// Readers take the end of a file that was cut off for the end of the film.
+void Playback::warn_if_cut_short()
+{
+    const GstClockTime length = duration_;
+    const GstClockTime position = pipeline_->position();
+    if (broken_ || !GST_CLOCK_TIME_IS_VALID(length) || !GST_CLOCK_TIME_IS_VALID(position) ||
+        position + longest_missing_end >= length)
+        return;
+    PLATFORM_LOGW("player", "%s is cut short: it ends after %.1f of %.1f s", name_.c_str(),
+                  seconds(position), seconds(length));
 }
 
 // The reader is ahead of the picture: the next round is read while the end of this one is shown.

@@ -96,12 +96,14 @@ void Playback::watch_progress()
     const GstClockTime position = output_->position();
     if (still < shortest_stall)
         return;
-    if (!GST_CLOCK_TIME_IS_VALID(length) || !GST_CLOCK_TIME_IS_VALID(position)) {
+    if (!GST_CLOCK_TIME_IS_VALID(length) || !GST_CLOCK_TIME_IS_VALID(position) ||
+        trick_->rate() < 0) {
         if (still > longest_stall)
             on_broken("no frame comes any more");
         return;
     }
-    if (position + static_cast<GstClockTime>(std::chrono::nanoseconds(still).count()) > length)
+    const double gone = static_cast<double>(std::chrono::nanoseconds(still).count());
+    if (static_cast<double>(position) + gone * trick_->rate() > static_cast<double>(length))
         on_broken("it stands still near its end");
 }
 
@@ -110,6 +112,7 @@ void Playback::on_broken(const std::string &why)
     if (broken_check_)
         return;
     PLATFORM_LOGW("player", "%s is broken and ends here: %s", name_.c_str(), why.c_str());
+    broken_ = true;
     on_ready_ = nullptr;
     shown_at_check_ = output_->shown();
     broken_check_ = Clock::now() + broken_patience;
@@ -124,15 +127,15 @@ void Playback::check_broken()
         return;
     }
     broken_check_.reset();
-    if (looping_ && Clock::now() - last_restart_ > shortest_life_between_breaks + broken_patience)
-        restart_broken();
-    else
+    if (looping_ && Clock::now() - last_restart_ > shortest_life_between_breaks + broken_patience) {
+        last_restart_ = Clock::now();
+        start_anew();
+    } else
         complete();
 }
 
-void Playback::restart_broken()
+void Playback::start_anew()
 {
-    last_restart_ = Clock::now();
     output_->set_visible(false);
     if (!open_again()) {
         complete();
@@ -140,7 +143,7 @@ void Playback::restart_broken()
     }
     const auto go_on = [this] {
         output_->set_visible(true);
-        trick_->reset();
+        needs_rewind_ = false;
         resume_pipeline();
     };
     await_ready(go_on, longest_seek, [this] { complete(); });

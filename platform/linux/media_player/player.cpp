@@ -58,17 +58,20 @@ Player::Player(PlayerOptions options) : options_(std::move(options)) {}
 void Player::destroy()
 {
     unprepare();
-    std::shared_future<void> previous;
+    std::shared_future<void> going[2];
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         state_ = PLAYER_STATE_NONE;
-        previous = previous_;
+        going[0] = before_previous_;
+        going[1] = previous_;
         // From inside a callback the file's own thread would wait for itself.
         if (calling_ && calling_thread_ == std::this_thread::get_id())
             return;
     }
-    if (previous.valid() && previous.wait_for(longest_goodbye) == std::future_status::timeout)
-        PLATFORM_LOGW("player", "a file is slow to close; it is left to itself");
+    const auto limit = std::chrono::steady_clock::now() + longest_goodbye;
+    for (const std::shared_future<void> &file : going)
+        if (file.valid() && file.wait_until(limit) == std::future_status::timeout)
+            PLATFORM_LOGW("player", "a file is slow to close; it is left to itself");
 }
 
 void Player::set_completed_cb(player_completed_cb callback, void *user_data)
@@ -153,6 +156,7 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
     request.make_audio_sink = options_.make_audio_sink;
     request.patience = options_.patience;
     request.predecessor = previous_;
+    request.before_predecessor = before_previous_;
     prepared_ = {callback, user_data};
     rate_ = 1.0;
     current_ = Playback::open(std::move(request), shared_from_this());
@@ -206,7 +210,7 @@ void Player::unprepare()
         subtitle_.clear();
         rate_ = 1.0;
         if (former)
-            previous_ = former->disposed();
+            remember(*former);
         if (calling_thread_ != std::this_thread::get_id())
             call_over_.wait(lock, [this] { return !calling_; });
     }
@@ -357,13 +361,18 @@ void Player::on_sound_unsupported(Playback &from)
     });
 }
 
+void Player::remember(const Playback &former)
+{
+    before_previous_ = std::exchange(previous_, former.disposed());
+}
+
 // A file that has failed is let go of at once, so that its call can be answered by another try.
 void Player::retire()
 {
     cancel_release();
     state_ = PLAYER_STATE_IDLE;
     rate_ = 1.0;
-    previous_ = current_->disposed();
+    remember(*current_);
     current_.reset();
 }
 

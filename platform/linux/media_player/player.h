@@ -87,6 +87,7 @@ class Player : public PlaybackListener, public std::enable_shared_from_this<Play
     void cancel_release();
     static void release_now(void *release);
     void retire();
+    void remember(const Playback &former);
 
     const PlayerOptions options_;
     const std::shared_ptr<DisplaySettings> display_ = std::make_shared<DisplaySettings>();
@@ -104,6 +105,7 @@ class Player : public PlaybackListener, public std::enable_shared_from_this<Play
     uint64_t rate_request_ = 0;
     std::shared_ptr<Playback> current_;
     std::shared_future<void> previous_;
+    std::shared_future<void> before_previous_;
     Ecore_Job *release_job_ = nullptr;
 
     Callback<player_prepared_cb> prepared_;

@@ -9,6 +9,7 @@
 #include "player_fixture.h"
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace player_test {
@@ -108,14 +109,48 @@ TEST_F(BadFile, SoundWithoutADecoderIsToldAndThePicturePlays)
 TEST_F(BadFile, AFileThatBreaksAfterItsFirstFrameIsCompleted)
 {
     const std::string whole = read_file(clip("a.mkv"));
-    write_file(path("cut.mkv"), whole.substr(0, whole.size() * 2 / 3));
+    write_file(path("cut.mkv"), whole.substr(0, whole.size() / 2));
+    testing::internal::CaptureStderr();
     ASSERT_TRUE(playing(path("cut.mkv")));
 
     EXPECT_TRUE(wait_for_event("completed"));
 
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("cut.mkv is cut short"));
     EXPECT_THAT(events(), ElementsAre("prepared", "completed"));
     EXPECT_GE(shown(), 20u);
     EXPECT_LE(shown(), 50u);
+}
+
+TEST_F(BadFile, ABrokenFileThatLoopsGoesRound)
+{
+    const std::string whole = read_file(clip("a.mkv"));
+    write_file(path("cut.mkv"), whole.substr(0, whole.size() * 2 / 3));
+    ASSERT_EQ(prepare(path("cut.mkv")), PLAYER_ERROR_NONE);
+    player_->set_looping(true);
+    ASSERT_TRUE(wait_for_event("prepared"));
+    player_->start();
+
+    for (int round = 0; round < 2; round++) {
+        EXPECT_TRUE(wait_for([this] { return position() > 900; }));
+        EXPECT_TRUE(wait_for([this] { return position() < 500; }));
+    }
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+}
+
+TEST_F(BadFile, ABrokenFileCanBeStartedAgain)
+{
+    std::string contents = read_file(clip("a.flv"));
+    for (size_t i = contents.size() / 2; i < contents.size(); i++)
+        contents[i] = static_cast<char>(i * 7919 >> 3);
+    write_file(path("rubbish.flv"), contents);
+    ASSERT_TRUE(playing(path("rubbish.flv")));
+    ASSERT_TRUE(wait_for_event("completed", 20));
+    const uint64_t before = shown();
+
+    ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(wait_for([&] { return shown() > before + 10; }));
+    EXPECT_TRUE(wait_for([this] { return count("completed") == 2; }, 20));
 }
 
 TEST_F(BadFile, AFileThatIsRubbishFromTheMiddleOnIsCompleted)

@@ -67,8 +67,8 @@ void PlayerTest::TearDownTestSuite()
 
 void PlayerTest::SetUp()
 {
-    char pattern[] = "/tmp/media-player-test-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
+    std::string pattern = (std::filesystem::temp_directory_path() / "player-XXXXXX").string();
+    ASSERT_NE(mkdtemp(pattern.data()), nullptr);
     folder_ = pattern;
     platform::PanelModel::get().set_first_angle(0);
     make_player();
