@@ -201,6 +201,8 @@ class Tv:
                                        env={**self.environment(), **environment})
         player = Player(process, Log(process.stderr, f"{stem}.log"), f"{stem}.out.log")
         self.players.append(player)
+        if self.screen.player is None or not self.screen.player.running():
+            self.screen.player = player
         return player
 
     def relaunch(self, *arguments, folder=None):

@@ -87,6 +87,7 @@ class Screen:
         self.runtime_dir = os.path.join(folder, "run")
         self.socket = "tv"
         self.display = None
+        self.player = None
         self._processes = []
         self._frame_buffer = None
 
@@ -207,7 +208,14 @@ class Screen:
         return self._name(self.corners(), colours)
 
     def wait_for(self, name):
-        wait_until(lambda: self.shown() == name,
+        """Waits until the colour covers the screen, as long as there is a player to show it."""
+        def covers():
+            shown = self.shown() == name
+            assert shown or self.player is None or self.player.running(), \
+                f"the player ended while {name} was waited for"
+            return shown
+
+        wait_until(covers,
                    lambda: f"{name} on the screen, which shows {self.shown()}: "
                            f"{self.points(3, 1).astype(int).tolist()}")
 
