@@ -11,6 +11,10 @@ namespace framework_test {
 
 namespace {
 
+/** How much larger the X server's screen is than the compositor's window, to its right and below.
+ */
+constexpr int MARGIN = 40;
+
 bool answers(const std::string &path)
 {
     sockaddr_un address = {};
@@ -48,8 +52,8 @@ Screen &Screen::get()
 
 Screen::Screen()
 {
-    const std::string size =
-        std::to_string(SCREEN_WIDTH) + "x" + std::to_string(SCREEN_HEIGHT) + "x24";
+    const std::string size = std::to_string(SCREEN_WIDTH + MARGIN) + "x" +
+                             std::to_string(SCREEN_HEIGHT + MARGIN) + "x24";
     server_ = std::make_unique<Program>(std::vector<std::string>{XVFB, "-displayfd", "1", "-screen",
                                                                  "0", size, "-nolisten", "tcp",
                                                                  "-fbdir", folder_.path()},
@@ -66,11 +70,24 @@ Screen::Screen()
                                  "--height=" + std::to_string(SCREEN_HEIGHT),
                                  "--config=" + (folder_ / "weston.ini"), "--socket=test"},
         Program::Variables{{"DISPLAY", display_}, {"XDG_RUNTIME_DIR", folder_.path()}});
-    if (!wait_until([this] { return answers(folder_ / "test"); }))
+    // The socket answers long before the compositor has its window, and a client that comes in
+    // between is never told where the pointer is. Loading the shell is the last thing that is
+    // logged.
+    if (!wait_until([this] {
+            return compositor_->errors().find("kiosk-shell.so") != std::string::npos &&
+                   answers(folder_ / "test");
+        }))
         give_up("the compositor", *compositor_);
 }
 
 Screen::~Screen() = default;
+
+void Screen::park_pointer() const
+{
+    const std::string outside_x = std::to_string(SCREEN_WIDTH + MARGIN / 2);
+    const std::string outside_y = std::to_string(SCREEN_HEIGHT + MARGIN / 2);
+    input({"mousemove", outside_x, outside_y});
+}
 
 Program::Variables Screen::variables() const
 {
@@ -108,6 +125,7 @@ Bus::Bus(const std::string &socket)
 
 DesktopTest::DesktopTest() : session_bus_(folder_ / "bus")
 {
+    Screen::get().park_pointer();
     variables_ = Screen::get().variables();
     variables_["DBUS_SESSION_BUS_ADDRESS"] = session_bus_.address();
     variables_["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=" + (folder_ / "nobody");

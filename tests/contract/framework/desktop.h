@@ -40,6 +40,12 @@ class Screen {
     /** Moves the real pointer, presses real keys; xdotool's own arguments. */
     void input(const std::vector<std::string> &arguments) const;
 
+    /**
+     * Takes the pointer off the compositor. The compositor knows where the pointer is only once it
+     * has come in from outside.
+     */
+    void park_pointer() const;
+
     /** What is on the screen at a place. */
     Colour colour(int x, int y) const;
 

@@ -241,7 +241,7 @@ TEST_F(WindowTest, HidesThePointerThatRestsAndShowsItWhenItMoves)
         return false;
     };
     Screen::get().input({"mousemove", "450", "300"});
-    EXPECT_TRUE(wait_until([&] { return seen_at(450, 300); }));
+    EXPECT_TRUE(wait_until([&] { return seen_at(450, 300); })) << app->errors();
     EXPECT_TRUE(wait_until([&] { return !seen_at(450, 300); }));
     Screen::get().input({"mousemove", "480", "200"});
     EXPECT_TRUE(wait_until([&] { return seen_at(480, 200); }));

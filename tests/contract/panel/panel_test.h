@@ -21,7 +21,8 @@ class PanelTest : public testing::Test {
         const std::string &settings = "[panel]\nrotator = true\nturning_time_s = 0.05\n")
         : state_dir_("OSTREL_DEMO_STATE_DIR", folder_ / "state"),
           runtime_dir_("OSTREL_DEMO_RUNTIME_DIR", folder_ / "run"),
-          file_("OSTREL_DEMO_TV_CONF", folder_ / "tv.conf")
+          file_("OSTREL_DEMO_TV_CONF", folder_ / "tv.conf"),
+          modules_("ECORE_NO_SYSTEM_MODULES", "1")
     {
         store_test::write_file(folder_ / "tv.conf", settings);
         ecore_init();
@@ -51,6 +52,7 @@ class PanelTest : public testing::Test {
     const store_test::Environment state_dir_;
     const store_test::Environment runtime_dir_;
     const store_test::Environment file_;
+    const store_test::Environment modules_;
     platform::PanelModel &panel_ = platform::PanelModel::get();
     std::vector<std::string> seen_;
 };
