@@ -105,7 +105,8 @@ def test_photos_stand_as_their_camera_was_held(tv, screen, content):
     screen.wait_for("red")
 
 
-def test_a_second_start_restarts_the_first_with_its_own_folder(tv, screen, content, tmp_path, shelf):
+def test_a_second_start_restarts_the_first_with_its_own_folder(
+        tv, screen, content, tmp_path, shelf):
     shelf.video(content / "red.mp4", "red")
     shelf.video(content / "green.mp4", "green")
     other = tmp_path / "other"

@@ -6,7 +6,7 @@ import sys
 
 import dbus
 
-from .screen import stop_process
+from .screen import UNTIL_WE_END, stop_process
 from .waiting import wait_until
 
 NAME = "org.freedesktop.login1"
@@ -23,12 +23,12 @@ class LoginManager:
         path = self.address.removeprefix("unix:path=")
         with open(os.path.join(tv.folder, "login-manager.log"), "ab") as log:
             self._processes = [
-                subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--nopidfile",
-                                  f"--address={self.address}"], stdout=log, stderr=log)]
+                subprocess.Popen([*UNTIL_WE_END, "dbus-daemon", "--session", "--nofork",
+                                  "--nopidfile", f"--address={self.address}"], stdout=log, stderr=log)]
             wait_until(lambda: os.path.exists(path), "the system bus")
             self._processes.append(
-                subprocess.Popen([sys.executable, "-m", "dbusmock", "--system", "--template",
-                                  "logind"], stdout=log, stderr=log,
+                subprocess.Popen([*UNTIL_WE_END, sys.executable, "-m", "dbusmock", "--system",
+                                  "--template", "logind"], stdout=log, stderr=log,
                                  env={**os.environ, "DBUS_SYSTEM_BUS_ADDRESS": self.address}))
         self._bus = dbus.bus.BusConnection(self.address)
         wait_until(lambda: self._bus.name_has_owner(NAME), "the login manager")

@@ -10,7 +10,7 @@ import threading
 import time
 
 from . import audit
-from .screen import stop_process
+from .screen import UNTIL_WE_END, stop_process
 from .waiting import DEADLINE_S, wait_until
 
 OWN_KEYS = "ostrel-demo-player-tv"
@@ -153,7 +153,7 @@ class Tv:
     def start_bus(self):
         with open(os.path.join(self.folder, "bus.log"), "wb") as log:
             self._bus = subprocess.Popen(
-                ["dbus-daemon", "--session", "--nofork", "--nopidfile",
+                [*UNTIL_WE_END, "dbus-daemon", "--session", "--nofork", "--nopidfile",
                  f"--address={self.bus_address}"], stdout=log, stderr=log, start_new_session=True)
         wait_until(lambda: os.path.exists(f"{self._short}/bus"), "the session bus")
         return self

@@ -30,6 +30,10 @@ COLOURS = {
 NEAR = 45.0
 
 
+# Put before a command: it ends with the test run, even if that is killed.
+UNTIL_WE_END = ("setpriv", "--pdeathsig", "TERM")
+
+
 def stop_process(process, deadline_s=10.0):
     """Ends a process of ours politely, then firmly; returns its status."""
     if process.poll() is None:
@@ -144,7 +148,8 @@ class Screen:
 
     def _spawn(self, name, command, pass_fds=(), **environment):
         with open(os.path.join(self.folder, f"{name}.log"), "ab") as log:
-            process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=log, stderr=log,
+            process = subprocess.Popen([*UNTIL_WE_END, *command], stdin=subprocess.DEVNULL,
+                                       stdout=log, stderr=log,
                                        env={**os.environ, **environment}, pass_fds=pass_fds,
                                        start_new_session=True)
         self._processes.append(process)
