@@ -1,6 +1,7 @@
 #include "media.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -104,6 +105,8 @@ int MediaPlayer::prepare(player_h player, player_prepared_cb callback, void *dat
 
 int MediaPlayer::unprepare(player_h player)
 {
+    if (before_unprepare)
+        std::exchange(before_unprepare, nullptr)();
     const int failed = result("player_unprepare", player, {});
     if (failed != PLAYER_ERROR_NONE)
         return failed;

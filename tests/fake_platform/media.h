@@ -5,6 +5,8 @@
 #pragma once
 
 #include <array>
+#include <functional>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,6 +35,9 @@ class MediaPlayer {
     void fire_subtitle(unsigned long duration, const char *text);
 
     bool preparing() const { return prepared_ != nullptr; }
+
+    /** Called inside player_unprepare(), before it takes effect: another thread's turn. */
+    std::function<void()> before_unprepare;
 
     // Behind the C functions.
     int create(player_h *player);

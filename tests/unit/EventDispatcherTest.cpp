@@ -263,6 +263,17 @@ TEST_F(EventDispatcherTest, ACompletionWithAnEmptyListDoesNotCrash)
     EXPECT_THAT(fake_.of({"player_set_uri"}), IsEmpty());
 }
 
+TEST_F(EventDispatcherTest, WithRepeatOffTheProgramEndsEvenWithAnEmptyList)
+{
+    player_.m_vdcPlayList.clear();
+    player_.m_bRepeat = false;
+
+    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
+
+    EXPECT_THAT(fake_.logs(), testing::Contains("D \"Repeat Mode is off\""));
+    EXPECT_EQ(fake_.app.exit_requests, 1);
+}
+
 // ---- 3: player prepared ----
 
 TEST_F(EventDispatcherTest, APreparedVideoIsStarted)

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <future>
 #include <thread>
 #include <vector>
 
@@ -75,6 +76,16 @@ class EventManagerThreadsTest : public testing::Test {
         EXPECT_EQ(records_.size(), expected);
     }
 
+    // Ends the senders. They may still be waiting for room in the pipe, if records were lost.
+    void join(std::thread &first, std::thread &second)
+    {
+        const double deadline = ecore_time_get() + DEADLINE_SECONDS;
+        while (senders_ > 0 && ecore_time_get() < deadline)
+            ecore_main_loop_iterate();
+        first.join();
+        second.join();
+    }
+
     static Eina_Bool give_up(void *)
     {
         ecore_main_loop_quit();
@@ -84,21 +95,27 @@ class EventManagerThreadsTest : public testing::Test {
     const std::thread::id main_thread_ = std::this_thread::get_id();
     std::vector<stPipeRecord> records_;
     size_t expected_ = 0;
+    std::atomic<int> senders_{0};
 };
 
 TEST_F(EventManagerThreadsTest, RecordsOfTwoThreadsArriveWholeAndEachThreadsInOrder)
 {
-    constexpr int PER_THREAD = 1000;
-    const auto post = [](int id) {
+    constexpr int PER_THREAD = 5000;
+    std::promise<void> start;
+    const std::shared_future<void> started = start.get_future().share();
+    const auto post = [this, started](int id) {
+        started.wait();
         for (int i = 0; i < PER_THREAD; ++i)
             CEventManager::GetInstance()->SendEvent(id, i);
+        --senders_;
     };
+    senders_ = 2;
     std::thread first(post, 1);
     std::thread second(post, 2);
+    start.set_value();
 
     run_until(2 * PER_THREAD);
-    first.join();
-    second.join();
+    join(first, second);
 
     int next[3] = {0, 0, 0};
     for (const stPipeRecord &record : records_) {
@@ -117,19 +134,20 @@ TEST_F(EventManagerThreadsTest, RecordsOfTwoThreadsArriveWholeAndEachThreadsInOr
 TEST_F(EventManagerThreadsTest, BuffersOfTwoThreadsKeepTheirBytes)
 {
     constexpr int PER_THREAD = 200;
-    const auto post = [](int id) {
+    const auto post = [this](int id) {
         for (int i = 0; i < PER_THREAD; ++i) {
             std::vector<uint8_t> bytes(static_cast<size_t>(i % 7 + 1), static_cast<uint8_t>(i));
             CEvent event = {0, i, id, -1, static_cast<int32_t>(bytes.size()), bytes.data()};
             CEventManager::GetInstance()->SendEvent(id, event);
         }
+        --senders_;
     };
+    senders_ = 2;
     std::thread first(post, 1);
     std::thread second(post, 2);
 
     run_until(2 * PER_THREAD);
-    first.join();
-    second.join();
+    join(first, second);
 
     for (const stPipeRecord &record : records_) {
         ASSERT_EQ(record.uiBufferSize, static_cast<uint32_t>(record.iParam1 % 7 + 1));

@@ -224,6 +224,23 @@ TEST_F(VideoPlaybackTest, AnUnknownStateIsNotStoppedButUnprepared)
     EXPECT_THAT(fake_.calls(), LinesAre("player_unprepare()"));
 }
 
+// The media player tells of a preparation on a thread of its own.
+TEST_F(VideoPlaybackTest, APreparationReportedWhileStoppingDoesNotCount)
+{
+    make_event_pipe();
+    make_window();
+    make_video_player();
+    ASSERT_TRUE(player_.OnPlayVideo("/demo/a.mp4", ""));
+    fake_.media.before_unprepare = [this] { fake_.media.fire_prepared(); };
+
+    player_.StopVideo();
+    fake_.forget();
+    fake_.loop.drain_pipe();
+
+    EXPECT_EQ(player_.m_iVideoPlayerState, 0);
+    EXPECT_EQ(fake_.transcript.count("player_start"), 0);
+}
+
 TEST_F(VideoPlaybackTest, FailuresOfStoppingAreLogged)
 {
     make_video_player_in(PLAYER_STATE_PLAYING);
