@@ -82,11 +82,11 @@ Screen::Screen()
 
 Screen::~Screen() = default;
 
-void Screen::park_pointer() const
+void Screen::bring_pointer_in() const
 {
-    const std::string outside_x = std::to_string(SCREEN_WIDTH + MARGIN / 2);
-    const std::string outside_y = std::to_string(SCREEN_HEIGHT + MARGIN / 2);
-    input({"mousemove", outside_x, outside_y});
+    input({"mousemove", std::to_string(SCREEN_WIDTH + MARGIN / 2),
+           std::to_string(SCREEN_HEIGHT + MARGIN / 2)});
+    input({"mousemove", std::to_string(SCREEN_WIDTH - 8), std::to_string(SCREEN_HEIGHT - 8)});
 }
 
 Program::Variables Screen::variables() const
@@ -125,7 +125,7 @@ Bus::Bus(const std::string &socket)
 
 DesktopTest::DesktopTest() : session_bus_(folder_ / "bus")
 {
-    Screen::get().park_pointer();
+    Screen::get().bring_pointer_in();
     variables_ = Screen::get().variables();
     variables_["DBUS_SESSION_BUS_ADDRESS"] = session_bus_.address();
     variables_["DBUS_SYSTEM_BUS_ADDRESS"] = "unix:path=" + (folder_ / "nobody");

@@ -41,10 +41,11 @@ class Screen {
     void input(const std::vector<std::string> &arguments) const;
 
     /**
-     * Takes the pointer off the compositor. The compositor knows where the pointer is only once it
-     * has come in from outside.
+     * Puts the pointer into a corner where it is in nobody's way. It comes from outside, because
+     * only then does the compositor know where it is; and it stays inside, because the keys go
+     * where the pointer is.
      */
-    void park_pointer() const;
+    void bring_pointer_in() const;
 
     /** What is on the screen at a place. */
     Colour colour(int x, int y) const;
