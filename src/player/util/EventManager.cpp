@@ -45,7 +45,7 @@ void CEventManager::SendEvent(int iEventID, int iParam1)
     const stPipeRecord stRecord{iEventID, iParam1, 0, 0, 0, 0};
     if (m_pPipe == nullptr)
         return;
-    if (ecore_pipe_write(m_pPipe, &stRecord, sizeof(stRecord)) != EINA_TRUE)
+    if (!m_WriteRecord(stRecord))
         LOGE("ecore_pipe_write failed iEventID = %d", iEventID);
 }
 
@@ -69,10 +69,16 @@ void CEventManager::SendEvent(int iEventID, CEvent &event)
         stRecord.uiBuffer = m_KeepBuffer(std::move(pCopy));
     }
 
-    if (ecore_pipe_write(m_pPipe, &stRecord, sizeof(stRecord)) != EINA_TRUE) {
+    if (!m_WriteRecord(stRecord)) {
         LOGE("ecore_pipe_write failed iEventID = %d", iEventID);
         TakeBuffer(stRecord);
     }
+}
+
+bool CEventManager::m_WriteRecord(const stPipeRecord &stRecord)
+{
+    std::lock_guard<std::mutex> lock(m_mutexPipe);
+    return ecore_pipe_write(m_pPipe, &stRecord, sizeof(stRecord)) == EINA_TRUE;
 }
 
 std::unique_ptr<uint8_t[]> CEventManager::TakeBuffer(const stPipeRecord &record)

@@ -74,11 +74,16 @@ class CEventManager {
     CEventManager() = default;
     ~CEventManager();
 
+    bool m_WriteRecord(const stPipeRecord &stRecord);
     uint32_t m_KeepBuffer(std::unique_ptr<uint8_t[]> pCopy);
 
     static CEventManager *m_pEventManager;
 
     Ecore_Pipe *m_pPipe = nullptr;
+
+    // Ecore writes a record's length and its bytes one after the other; two threads that post at
+    // once would mix theirs.
+    std::mutex m_mutexPipe;
 
     // A pointer does not fit the record's 32-bit word on a 64-bit set, so the word carries a token
     // and the copies wait here. On a 32-bit set the token is the address itself.
