@@ -3,7 +3,6 @@
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::Field;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 namespace {
@@ -141,6 +140,15 @@ TEST_F(PlayListTest, TheFolderIsClosedAgain)
     scan({"a.mp4"});
 
     EXPECT_THAT(fake_.leftovers(), IsEmpty());
+}
+
+TEST_F(PlayListTest, AScanLogsItsSteps)
+{
+    scan({"a.mp4"});
+
+    // Its own entry, the language, the model, the names.
+    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"\"", "I \"en_US\"",
+                                           testing::StartsWith("W \""), "I \"FileName:a.mp4\""));
 }
 
 TEST_F(PlayListTest, EveryNameButTheDotsIsLogged)

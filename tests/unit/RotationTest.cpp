@@ -8,8 +8,6 @@
 #include "platform.h"
 #include "player/util/OstrelDemoUtil.h"
 
-using testing::IsEmpty;
-
 namespace {
 
 class RotationTest : public testing::Test {

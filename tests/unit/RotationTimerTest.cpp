@@ -1,7 +1,6 @@
 #include "player_test.h"
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
