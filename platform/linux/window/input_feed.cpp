@@ -63,10 +63,10 @@ void InputFeed::observe(Evas_Callback_Type type, Evas_Object_Event_Cb callback, 
     evas_object_event_callback_add(observer_, type, on_observed, observers_.back().get());
 }
 
-void *InputFeed::ignore(Evas_Callback_Type type, Evas_Object_Event_Cb callback)
+void *InputFeed::ignore(Evas_Callback_Type type, Evas_Object_Event_Cb callback, const void *wanted)
 {
     const auto found = std::find_if(observers_.begin(), observers_.end(), [&](const auto &o) {
-        return o->type == type && o->callback == callback;
+        return o->type == type && o->callback == callback && (!wanted || o->data == wanted);
     });
     if (found == observers_.end())
         return nullptr;

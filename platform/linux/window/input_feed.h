@@ -41,8 +41,14 @@ class InputFeed {
     /** Calls back as the toolkit would for the window. */
     void observe(Evas_Callback_Type type, Evas_Object_Event_Cb callback, void *data);
 
-    /** Ends it. @return the data it was asked for with, or null */
-    void *ignore(Evas_Callback_Type type, Evas_Object_Event_Cb callback);
+    /**
+     * Ends it.
+     *
+     * @param data which of several requests with the same callback; null: any
+     * @return the data it was asked for with, or null when there was no such request
+     */
+    void *ignore(Evas_Callback_Type type, Evas_Object_Event_Cb callback,
+                 const void *data = nullptr);
 
   private:
     struct Observer {

@@ -95,6 +95,18 @@ void *evas_object_event_callback_del(Evas_Object *object, Evas_Callback_Type typ
                : own(object, type, callback);
 }
 
+void *evas_object_event_callback_del_full(Evas_Object *object, Evas_Callback_Type type,
+                                          Evas_Object_Event_Cb callback, const void *data)
+{
+    static const auto own =
+        platform::toolkits_own<void *(*)(Evas_Object *, Evas_Callback_Type, Evas_Object_Event_Cb,
+                                         const void *)>("evas_object_event_callback_del_full");
+    const TvWindow *window = set_window(object);
+    return window && window->input() && InputFeed::takes(type)
+               ? window->input()->ignore(type, callback, data)
+               : own(object, type, callback, data);
+}
+
 void ecore_wl2_sync(void)
 {
     if (TvWindow *window = TvWindow::current())

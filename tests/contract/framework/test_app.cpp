@@ -87,6 +87,11 @@ void on_mouse_down(void *, Evas *, Evas_Object *, void *info)
     say("down %d at %d,%d", event->button, event->canvas.x, event->canvas.y);
 }
 
+void on_unwanted_down(void *, Evas *, Evas_Object *, void *)
+{
+    say("unwanted");
+}
+
 void on_inner_key(void *, Evas *, Evas_Object *, void *info)
 {
     say("widget key %s", static_cast<const Evas_Event_Key_Down *>(info)->key);
@@ -142,6 +147,14 @@ void make_window()
     say("surface %s", surface() ? "yes" : "no");
     evas_object_event_callback_add(window, EVAS_CALLBACK_RESIZE, on_resize, nullptr);
     evas_object_event_callback_add(window, EVAS_CALLBACK_MOUSE_DOWN, on_mouse_down, nullptr);
+    // Two that are taken back at once must never be heard of.
+    evas_object_event_callback_add(window, EVAS_CALLBACK_MOUSE_DOWN, on_unwanted_down, window);
+    evas_object_event_callback_add(window, EVAS_CALLBACK_MOUSE_UP, on_unwanted_down, window);
+    say("taken back %d %d",
+        evas_object_event_callback_del(window, EVAS_CALLBACK_MOUSE_DOWN, on_unwanted_down) ==
+            window,
+        evas_object_event_callback_del_full(window, EVAS_CALLBACK_MOUSE_UP, on_unwanted_down,
+                                            window) == window);
     evas_object_smart_callback_add(
         window, "wm,rotation,changed",
         [](void *, Evas_Object *, void *) { say_screen("rotation"); }, nullptr);

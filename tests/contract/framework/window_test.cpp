@@ -111,6 +111,8 @@ TEST_P(TurnedWindowTest, ThePointerHitsWhatItShows)
     EXPECT_TRUE(app->hears("clicked"));
     app->say("quit");
     EXPECT_EQ(app->finish(), 0);
+    EXPECT_THAT(app->lines(), Contains("taken back 1 1"));
+    EXPECT_THAT(app->lines(), Not(Contains("unwanted")));
 }
 
 TEST_P(TurnedWindowTest, KeysReachTheFocusedWidgetAndThenTheApplication)
