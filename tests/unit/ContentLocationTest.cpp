@@ -296,11 +296,11 @@ TEST_F(ContentLocationTest, ASelectionIsReadBack)
     EXPECT_EQ(player_.m_GetFileMode(PORTRAIT), 100);
 }
 
-TEST_F(ContentLocationTest, AnUnreadableWordIsLogged)
+TEST_F(ContentLocationTest, AWordThatWasNeverStoredMeansPlayAll)
 {
     fake_.store.values.erase(ConfigKey::DEMO_MODE);
 
-    player_.m_GetFileMode(CURRENT);
+    EXPECT_EQ(player_.m_GetFileMode(CURRENT), 0);
 
     EXPECT_EQ(fake_.logs().front(),
               "E \"GetConfigInt key [db/ostrel-demo-player-tv/demo_mode] faild\"");

@@ -405,6 +405,23 @@ TEST_F(IntervalKeyTest, AnUnreadableIntervalIsNotStepped)
     EXPECT_EQ(player_.m_pNotificationLabel, nullptr);
 }
 
+// Other programs may write the keys as well.
+TEST_F(IntervalKeyTest, AStepLeadsBackIntoTheTable)
+{
+    for (const int before : {-1, -42, 10, 99, INT32_MAX, INT32_MIN}) {
+        fake_.store.values[ConfigKey::PORTRAIT_TIMER] = before;
+        fake_.store.values[ConfigKey::LANDSCAPE_TIMER] = before;
+
+        key(KEY_TYPE_PORTRAIT_TIMER);
+        key(KEY_TYPE_LANDSCAPE_TIMER);
+
+        for (const char *config_key : {ConfigKey::PORTRAIT_TIMER, ConfigKey::LANDSCAPE_TIMER}) {
+            EXPECT_GE(stored(config_key), 0) << before;
+            EXPECT_LE(stored(config_key), 9) << before;
+        }
+    }
+}
+
 TEST_F(IntervalKeyTest, TheTimerFollowsTheIntervalOfThePresentOrientationOnly)
 {
     player_.m_bRotationAutoMode = true;

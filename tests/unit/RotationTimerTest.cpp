@@ -248,6 +248,20 @@ TEST_F(RotationTimerTest, AnUnreadableIndexMeansFiveMinutes)
     EXPECT_THAT(fake_.calls(), LinesAre("ecore_timer_add(300)"));
 }
 
+// Other programs may write the keys as well.
+TEST_F(RotationTimerTest, AnIndexOutsideTheTableMeansFiveMinutes)
+{
+    player_.m_bRotationAutoMode = true;
+    for (const int index : {-1, 10, INT32_MAX, INT32_MIN}) {
+        fake_.store.values[ConfigKey::LANDSCAPE_TIMER] = index;
+        player_.m_UpdateZavoTimer();
+        EXPECT_THAT(fake_.loop.timers(), ElementsAre(300.0)) << index;
+
+        player_.m_ShowPopup(LANDSCAPE_TIMER, index);
+        EXPECT_EQ(toast_text(), "Landscape: 5 min") << index;
+    }
+}
+
 TEST_F(RotationTimerTest, SwitchedOffThePendingTimerGoes)
 {
     player_.m_bRotationAutoMode = true;
