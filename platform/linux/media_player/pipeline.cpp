@@ -114,8 +114,9 @@ bool Pipeline::seek(const Seek &seek)
     if (seek.in_rounds)
         flags |= GST_SEEK_FLAG_SEGMENT;
     const auto position = static_cast<gint64>(seek.position);
+    // The end is said anew: backwards play has left its own where it began.
     if (seek.rate > 0)
-        return send_seek(seek.rate, flags, position, GST_SEEK_TYPE_NONE, -1);
+        return send_seek(seek.rate, flags, position, GST_SEEK_TYPE_SET, -1);
     return send_seek(seek.rate, flags, 0, GST_SEEK_TYPE_SET, position);
 }
 
