@@ -45,8 +45,11 @@ class PlayerTest : public testing::Test {
     void SetUp() override;
     void TearDown() override;
 
+    /** A build with sanitizers is slow to load its decoders: that must not count as a failure. */
+    static platform::PlayerOptions usual_options();
+
     /** Makes the player anew. */
-    void make_player(platform::PlayerOptions options = {});
+    void make_player(platform::PlayerOptions options = usual_options());
 
     std::string path(const std::string &name) const { return folder_ + "/" + name; }
 
@@ -63,10 +66,10 @@ class PlayerTest : public testing::Test {
     testing::AssertionResult playing(const std::string &uri);
 
     /** Runs the main loop until something is so. @return false when it is not in time */
-    bool wait_for(const std::function<bool()> &condition, double seconds = 10) const;
+    bool wait_for(const std::function<bool()> &condition, double seconds = 40) const;
 
     /** Waits until something has been told. */
-    bool wait_for_event(const std::string &event, double seconds = 10) const;
+    bool wait_for_event(const std::string &event, double seconds = 40) const;
 
     /** Waits for anything to be told, while the main loop does not run. */
     bool told_without_main_loop(double seconds);

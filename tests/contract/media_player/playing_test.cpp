@@ -4,7 +4,6 @@
 
 #include "player_fixture.h"
 
-using platform::PlayerOptions;
 using testing::Contains;
 using testing::ElementsAre;
 

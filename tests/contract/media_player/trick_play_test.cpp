@@ -92,7 +92,7 @@ TEST_F(TrickPlay, BackwardsWithFarApartKeyFramesTakesTheTimeItShould)
 
     const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
     EXPECT_GT(took.count(), 1.2);
-    EXPECT_LT(took.count(), 2.5);
+    EXPECT_LT(took.count(), 6);
 }
 
 TEST_F(TrickPlay, NormalSpeedComesBackFromEither)
@@ -226,7 +226,7 @@ platform::ElementPtr listening_sink()
 
 TEST_F(TrickPlay, SoundIsHeardAtNormalSpeedOnly)
 {
-    platform::PlayerOptions options;
+    platform::PlayerOptions options = usual_options();
     options.make_audio_sink = listening_sink;
     make_player(options);
     ASSERT_TRUE(play("a.mp4"));
