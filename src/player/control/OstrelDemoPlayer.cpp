@@ -78,7 +78,7 @@ int COstrelDemoPlayer::StartDemoPlayer()
 
     int iFileMode = 0;
     COstrelDemoUtil::GetConfigInt(ConfigKey::FILE_MODE, iFileMode);
-    const int iMode = m_GetFileMode(ENDEMO_FILE_MODE_CURRENT);
+    const int iMode = m_GetFileMode(static_cast<ENDEMO_FILE_MODE>(iFileMode));
     if (iMode == -1) {
         LOGI("");
         COstrelDemoUtil::ExitApplication();

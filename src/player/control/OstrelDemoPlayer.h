@@ -41,7 +41,7 @@ struct stItemData {
 };
 
 /** Which half of the stored menu selection is meant. */
-enum ENDEMO_FILE_MODE {
+enum ENDEMO_FILE_MODE : int {
     ENDEMO_FILE_MODE_CURRENT = 0,   /**< the panel's present orientation */
     ENDEMO_FILE_MODE_LANDSCAPE = 1, /**< bits 0-7 */
     ENDEMO_FILE_MODE_PORTRAIT = 2,  /**< bits 8-15 */

@@ -12,7 +12,7 @@
 struct wl_surface;
 
 /** How the window stands, as the window manager reports it. Portrait is {1, 3}. */
-enum ENDEMO_ROTATION_TYPE {
+enum ENDEMO_ROTATION_TYPE : int {
     ROTATION_TYPE_LANDSCAPE = 0,         /**< 0 degrees */
     ROTATION_TYPE_PORTRAIT = 1,          /**< 90 degrees */
     ROTATION_TYPE_LANDSCAPE_REVERSE = 2, /**< 180 degrees */
@@ -20,7 +20,7 @@ enum ENDEMO_ROTATION_TYPE {
 };
 
 /** What a step of the rotation timers is announced as. */
-enum ENDEMO_ROTATION_STATUS {
+enum ENDEMO_ROTATION_STATUS : int {
     ROTATION_STATUS_LANDSCAPE_TIMER = 0,
     ROTATION_STATUS_PORTRAIT_TIMER = 1,
     ROTATION_STATUS_TIMER_RESET = 2,
