@@ -57,7 +57,10 @@ cd "$top"
 
 # ---- Everything started here ends with this script, whatever ends it ------------------------------
 
-work=$(mktemp -d "${TMPDIR:-/tmp}/ostrel-demo.XXXXXX")
+# Sockets lie in it, and their paths may have 107 bytes at most.
+temporary=${TMPDIR:-/tmp}
+[ ${#temporary} -le 60 ] || temporary=/tmp
+work=$(mktemp -d "$temporary/ostrel-demo.XXXXXX")
 groups=()
 
 # start COMMAND...: in the background, as a process group of its own; its id is in $started.

@@ -2,9 +2,12 @@
 whichever build the other tests look at."""
 
 import os
+import pathlib
+import shutil
 import signal
 import subprocess
 import sys
+import tempfile
 
 import numpy
 import pytest
@@ -21,6 +24,8 @@ def demo(source_dir, tmp_path, request):
     mark = f"demo-{os.getpid()}-{request.node.name}"
     kept = {name: os.environ[name] for name in ("PATH", "HOME") if name in os.environ}
     output = tmp_path / "demo.log"
+    # Sockets need short paths, which pytest's own temporary folders are not.
+    scratch = pathlib.Path(tempfile.mkdtemp(prefix="demo-"))
     started = []
 
     def start(*arguments):
@@ -29,7 +34,7 @@ def demo(source_dir, tmp_path, request):
                 [os.path.join(source_dir, "demo.sh"), "--no-install", "--out",
                  str(tmp_path / "out"), *arguments],
                 stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True,
-                env={**kept, "LANG": "C.UTF-8", "TMPDIR": str(tmp_path),
+                env={**kept, "LANG": "C.UTF-8", "TMPDIR": str(scratch),
                      "OSTREL_E2E_MARK": mark}))
         return started[-1]
 
@@ -41,7 +46,9 @@ def demo(source_dir, tmp_path, request):
     for process in left:
         os.kill(process, signal.SIGKILL)
     assert not left, "demo.sh left processes behind"
-    assert not list(tmp_path.glob("ostrel-demo.*")), "demo.sh left its temporary folder behind"
+    folders = list(scratch.glob("ostrel-demo.*"))
+    shutil.rmtree(scratch)
+    assert not folders, "demo.sh left its temporary folder behind"
 
 
 def has_colour(path, name):
