@@ -91,7 +91,7 @@ suite() {
 # run_ctest DIRECTORY: the unit and contract tests wanted. The contract tests are named after their
 # programs' suites, so they are told apart by the folder they were built in.
 run_ctest() {
-    local directory=$1 arguments=(--output-on-failure --timeout 180 -j "$jobs")
+    local directory=$1 arguments=(--output-on-failure --timeout 400 -j "$jobs")
     [ -z "$expression" ] || arguments+=(-R "$expression")
     if [ $unit = yes ] && [ $contract = yes ]; then
         ctest --test-dir "$directory" "${arguments[@]}"
