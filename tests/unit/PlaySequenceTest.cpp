@@ -221,14 +221,14 @@ TEST_F(PlaySequenceTest, TheResultIsThatOfThePhoto)
     EXPECT_FALSE(player_.m_PlayContents());
 }
 
-TEST_F(PlaySequenceTest, AnEmptyListDoesNotCrash)
+TEST_F(PlaySequenceTest, AnEmptyListPlaysNothing)
 {
     player_.m_iPlayIndex = 0;
-    player_.m_PlayContents();
+    EXPECT_FALSE(player_.m_PlayContents());
     player_.m_iPlayIndex = 4;
-    player_.m_PlayContents();
-    player_.m_PlayNextFile();
-    player_.m_PlayPreviousFile();
+    EXPECT_FALSE(player_.m_PlayContents());
+    EXPECT_FALSE(player_.m_PlayNextFile());
+    EXPECT_FALSE(player_.m_PlayPreviousFile());
 
     EXPECT_THAT(fake_.of({"player_set_uri"}), IsEmpty());
 }

@@ -462,6 +462,7 @@ TEST_F(IntervalKeyTest, AResetReturnsBothToTheStart)
     key(KEY_TYPE_TIMER_RESET);
 
     EXPECT_EQ(toast(), "Reset 5");
+    EXPECT_THAT(fake_.logs(), testing::Contains("I \"enZavoMode = 2 iTimerIndex = 0\""));
     EXPECT_THAT(fake_.of({"vconf_set_int", "ecore_timer_add", "elm_velt_popup_toast"}),
                 LinesAre(writes(ConfigKey::LANDSCAPE_TIMER, 0),
                          writes(ConfigKey::PORTRAIT_TIMER, 0), "ecore_timer_add(300)",
