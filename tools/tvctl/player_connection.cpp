@@ -48,7 +48,7 @@ int explain(const std::string &name, const std::string &text)
 {
     const std::string prefix = "org.freedesktop.DBus.Error.";
     if (name == prefix + "ServiceUnknown" || name == prefix + "NameHasNoOwner")
-        return no_player("no player is running in this session");
+        return no_player("no player is running in this login");
     if (name == prefix + "NoReply" || name == prefix + "Timeout" || name.empty())
         return refuse("the player does not answer");
     return refuse(text.empty() ? name : text);

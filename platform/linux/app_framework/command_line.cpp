@@ -34,7 +34,7 @@ std::string usage(const std::string &program)
     std::string text = "Usage: " + program +
                        " [OPTION]...\n"
                        "Plays a folder of demo videos and photos, over and over. Where a player\n"
-                       "runs in this session already, hands it the launch request and ends.\n\n";
+                       "runs in this login already, hands it the launch request and ends.\n\n";
     for (const Option &option : OPTIONS) {
         std::string line = "  --" + std::string(option.name) + " " + option.value;
         line.resize(line.size() < 44 ? 44 : line.size() + 1, ' ');

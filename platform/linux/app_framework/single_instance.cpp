@@ -109,7 +109,7 @@ SingleInstance::Outcome SingleInstance::claim(const Extras &extras)
         }
         // Either its time is up, or it has just ended and its place is free.
     }
-    PLATFORM_LOGE(SERVICE, "a player of this session runs but does not take the launch request");
+    PLATFORM_LOGE(SERVICE, "a player of this login runs but does not take the launch request");
     return Outcome::Failed;
 }
 

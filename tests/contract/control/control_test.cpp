@@ -53,7 +53,7 @@ TEST_F(Control, PowerEventIsRaisedAndTheCallerAnsweredThoughThePlayerEnds)
     EXPECT_EQ(player_->finish(), 0) << player_->err_text();
     const Outcome outcome = tvctl({"power", "off"});
     EXPECT_EQ(outcome.status, 3);
-    EXPECT_EQ(outcome.err, "tvctl: no player is running in this session\n");
+    EXPECT_EQ(outcome.err, "tvctl: no player is running in this login\n");
 }
 
 TEST_F(Control, LanguageIsChangedAndAnnounced)
@@ -188,7 +188,7 @@ TEST_F(ControlOfAFixedSet, BusWithoutAPlayerAndNoBusAtAllMeanNoPlayer)
     start_bus();
     const Outcome no_player = tvctl({"key", "Return"});
     EXPECT_EQ(no_player.status, 3);
-    EXPECT_EQ(no_player.err, "tvctl: no player is running in this session\n");
+    EXPECT_EQ(no_player.err, "tvctl: no player is running in this login\n");
 }
 
 } // namespace
