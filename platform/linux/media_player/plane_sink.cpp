@@ -1,5 +1,7 @@
 #include "media_player/plane_sink.h"
 
+#include <algorithm>
+
 #include <gst/video/gstvideometa.h>
 #include <gst/video/gstvideosink.h>
 
@@ -10,6 +12,7 @@ namespace {
 struct PlaneSink {
     GstVideoSink base;
     std::shared_ptr<FrameOutput> *output; ///< ours; GObject memory knows no constructors
+    GstClockTime newest; ///< latest time of a frame in this segment; streaming thread
 };
 
 struct PlaneSinkClass {
@@ -22,6 +25,10 @@ G_DEFINE_TYPE(PlaneSink, plane_sink, GST_TYPE_VIDEO_SINK)
 
 // A frame shown a little late is better than one left out.
 constexpr gint64 max_lateness = 30 * GST_MSECOND;
+
+// No video shows one picture for longer. Broken files carry times that are hours ahead, and the
+// wait for such a time would be the end of the show.
+constexpr GstClockTime longest_still = 10 * 60 * GST_SECOND;
 
 GstStaticPadTemplate sink_template =
     GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS,
@@ -48,6 +55,29 @@ bool hopelessly_late(GstBaseSink *sink, GstBuffer *frame)
     const GstClockTime now = gst_element_get_current_running_time(GST_ELEMENT(sink));
     return GST_CLOCK_TIME_IS_VALID(due) && GST_CLOCK_TIME_IS_VALID(now) &&
            now > due + gst_base_sink_get_latency(sink) + static_cast<GstClockTime>(limit);
+}
+
+// Whether a frame's time is one that no good file has. Times only ever run ahead within a segment.
+bool hopelessly_early(GstBaseSink *sink, GstBuffer *frame)
+{
+    const GstClockTime time = GST_BUFFER_PTS(frame);
+    if (!GST_CLOCK_TIME_IS_VALID(time) || sink->segment.rate < 0)
+        return false;
+    GstClockTime &newest = reinterpret_cast<PlaneSink *>(sink)->newest;
+    if (GST_CLOCK_TIME_IS_VALID(newest) && time > newest + longest_still)
+        return true;
+    newest = GST_CLOCK_TIME_IS_VALID(newest) ? std::max(newest, time) : time;
+    return false;
+}
+
+// The sink waits for the end of the last frame before it tells of the end of the stream.
+void plane_sink_get_times(GstBaseSink *sink, GstBuffer *frame, GstClockTime *start,
+                          GstClockTime *end)
+{
+    GST_BASE_SINK_CLASS(plane_sink_parent_class)->get_times(sink, frame, start, end);
+    if (GST_CLOCK_TIME_IS_VALID(*start) && GST_CLOCK_TIME_IS_VALID(*end) &&
+        *end > *start + longest_still)
+        *end = GST_CLOCK_TIME_NONE;
 }
 
 gboolean plane_sink_set_caps(GstBaseSink *sink, GstCaps *caps)
@@ -82,6 +112,17 @@ gboolean plane_sink_event(GstBaseSink *sink, GstEvent *event)
         gst_event_parse_segment(event, &segment);
         output.set_direction(segment->rate);
         output.set_at_end(false);
+        reinterpret_cast<PlaneSink *>(sink)->newest = GST_CLOCK_TIME_NONE;
+        break;
+    }
+    case GST_EVENT_GAP: {
+        // The reader skips rubbish; the time it skips to is as little to be trusted.
+        GstClockTime length = GST_CLOCK_TIME_NONE;
+        gst_event_parse_gap(event, nullptr, &length);
+        if (GST_CLOCK_TIME_IS_VALID(length) && length > longest_still) {
+            gst_event_unref(event);
+            return TRUE;
+        }
         break;
     }
     case GST_EVENT_FLUSH_STOP:
@@ -99,6 +140,10 @@ gboolean plane_sink_event(GstBaseSink *sink, GstEvent *event)
 
 GstFlowReturn plane_sink_prepare(GstBaseSink *sink, GstBuffer *frame)
 {
+    if (hopelessly_early(sink, frame)) {
+        GST_ELEMENT_ERROR(sink, STREAM, DECODE, ("its times jump far ahead"), (nullptr));
+        return GST_FLOW_ERROR;
+    }
     if (!hopelessly_late(sink, frame))
         output_of(sink).prepare(frame, media_time(sink, frame));
     return GST_FLOW_OK;
@@ -129,6 +174,7 @@ void plane_sink_class_init(PlaneSinkClass *type)
     base->set_caps = plane_sink_set_caps;
     base->propose_allocation = plane_sink_propose_allocation;
     base->event = plane_sink_event;
+    base->get_times = plane_sink_get_times;
     base->prepare = plane_sink_prepare;
     GST_VIDEO_SINK_CLASS(type)->show_frame = plane_sink_show_frame;
     G_OBJECT_CLASS(type)->finalize = plane_sink_finalize;
@@ -137,6 +183,7 @@ void plane_sink_class_init(PlaneSinkClass *type)
 void plane_sink_init(PlaneSink *sink)
 {
     sink->output = nullptr;
+    sink->newest = GST_CLOCK_TIME_NONE;
     gst_base_sink_set_max_lateness(GST_BASE_SINK(sink), max_lateness);
 }
 
