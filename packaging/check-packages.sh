@@ -57,7 +57,7 @@ mount -t proc proc "$system/proc"
 mount --bind /dev "$system/dev"
 mount --bind /dev/pts "$system/dev/pts"
 mount -t tmpfs tmpfs "$system/dev/shm"
-cp /etc/resolv.conf "$system/etc/resolv.conf"
+cp /etc/resolv.conf /etc/hosts "$system/etc/"
 # Whatever the host needs to reach the archive, the bare system needs as well.
 cp -n /etc/apt/apt.conf.d/*proxy* "$system/etc/apt/apt.conf.d/" 2>/dev/null || true
 
