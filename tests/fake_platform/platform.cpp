@@ -44,10 +44,14 @@ char *Texts::give(const std::string &source, const std::string &text)
     return copy;
 }
 
-void Texts::taken_back(const void *text)
+std::string Texts::taken_back(const void *text)
 {
-    if (!sources_.empty())
-        sources_.erase(text);
+    const auto found = sources_.find(text);
+    if (found == sources_.end())
+        return "";
+    const std::string source = found->second;
+    sources_.erase(found);
+    return source;
 }
 
 std::vector<std::string> Texts::held() const

@@ -23,8 +23,8 @@ namespace fake {
 class Texts {
   public:
     char *give(const std::string &source, const std::string &text);
-    /** free() was called. */
-    void taken_back(const void *text);
+    /** free() was called. @return where the text came from; empty when it is none of these. */
+    std::string taken_back(const void *text);
     /** Where the texts came from that were not released. */
     std::vector<std::string> held() const;
 
@@ -56,6 +56,7 @@ class Platform {
     Transcript::Lines calls() const { return transcript.calls(); }
     Transcript::Lines logs() const { return transcript.logs(); }
     Transcript::Lines lines() const { return transcript.lines(); }
+    Transcript::Lines all() const { return transcript.all(); }
     Transcript::Lines of(std::initializer_list<const char *> prefixes) const
     {
         return transcript.of(prefixes);

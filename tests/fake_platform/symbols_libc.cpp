@@ -107,6 +107,7 @@ int __wrap_closedir(DIR *stream)
 {
     if (find_directory(stream) == nullptr)
         return __real_closedir(stream);
+    fake::platform().query("closedir");
     fake::platform().registry.kill("closedir", stream);
     return 0;
 }
@@ -135,7 +136,9 @@ char *__wrap_dgettext(const char *domain, const char *id)
 
 void __wrap_free(void *pointer)
 {
-    fake::platform().texts.taken_back(pointer);
+    const std::string source = fake::platform().texts.taken_back(pointer);
+    if (!source.empty())
+        fake::platform().query("free", fake::Raw{"text from " + source});
     __real_free(pointer);
 }
 }

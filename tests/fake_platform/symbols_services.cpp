@@ -29,6 +29,18 @@ int called(const char *function)
     return the_fake().script.result(function);
 }
 
+int give_next(const char *function, usb_device_list_h list, usb_device_h *device)
+{
+    the_fake().query(function);
+    const int failed = the_fake().script.result(function);
+    if (failed != 0)
+        return failed;
+    if (list->next == list->devices.size())
+        return -1;
+    *device = &list->devices[list->next++];
+    return 0;
+}
+
 int subscribe(const char *function, const char *event, device_power_cb callback, void *data)
 {
     const int failed = called(function);
@@ -200,19 +212,17 @@ int usb_device_get_device_list(int type, usb_device_list_h *list)
 int usb_device_list_get_first(usb_device_list_h list, usb_device_h *device)
 {
     list->next = 0;
-    return usb_device_list_get_next(list, device);
+    return give_next("usb_device_list_get_first", list, device);
 }
 
 int usb_device_list_get_next(usb_device_list_h list, usb_device_h *device)
 {
-    if (list->next == list->devices.size())
-        return -1;
-    *device = &list->devices[list->next++];
-    return 0;
+    return give_next("usb_device_list_get_next", list, device);
 }
 
 const char *usb_device_get_mountpath(usb_device_h device)
 {
+    the_fake().query("usb_device_get_mountpath");
     return device->mount_path.c_str();
 }
 
@@ -328,6 +338,7 @@ int ea_init(void)
 
 SettingsAPI *SettingsAPI::Get()
 {
+    the_fake().query("SettingsAPI::Get");
     static SettingsAPI service;
     return &service;
 }

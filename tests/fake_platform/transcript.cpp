@@ -86,6 +86,14 @@ Transcript::Lines Transcript::lines() const
     return lines;
 }
 
+Transcript::Lines Transcript::all() const
+{
+    Lines lines;
+    for (const Entry &entry : entries_)
+        lines.push_back(entry.text);
+    return lines;
+}
+
 Transcript::Lines Transcript::of(std::initializer_list<const char *> prefixes) const
 {
     Lines lines;

@@ -50,6 +50,9 @@ class Transcript {
      */
     Lines lines() const;
 
+    /** Everything, in order: for operations whose every question and answer is to be held. */
+    Lines all() const;
+
     /** Calls of any kind whose function name starts with one of the prefixes, in order. */
     Lines of(std::initializer_list<const char *> prefixes) const;
 

@@ -1,6 +1,7 @@
 #include "player/util/EventManager.h"
 
 #include <cstring>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,18 @@
 #include "platform.h"
 
 using testing::IsEmpty;
+
+namespace {
+
+bool out_of_memory = false;
+
+} // namespace
+
+// The event manager asks for a copy's memory in this form, and nothing else here does.
+void *operator new[](std::size_t size, const std::nothrow_t &) noexcept
+{
+    return out_of_memory ? nullptr : ::operator new[](size);
+}
 
 namespace {
 
@@ -65,14 +78,14 @@ TEST_F(EventManagerTest, GetInstanceGivesTheSameInstanceEachTime)
 
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(CEventManager::GetInstance(), first);
-    EXPECT_THAT(fake_.lines(), IsEmpty());
+    EXPECT_THAT(fake_.all(), IsEmpty());
 }
 
 TEST_F(EventManagerTest, InitMakesOnePipeForTheHandler)
 {
     EXPECT_TRUE(CEventManager::GetInstance()->InitEventManager(receive, &data_));
 
-    EXPECT_THAT(fake_.lines(), LinesAre("ecore_pipe_add(data of the handler)"));
+    EXPECT_THAT(fake_.all(), LinesAre("ecore_pipe_add(data of the handler)"));
 }
 
 TEST_F(EventManagerTest, InitWithoutAPipeLogsAtInfoLevelAndDropsLaterEvents)
@@ -82,7 +95,7 @@ TEST_F(EventManagerTest, InitWithoutAPipeLogsAtInfoLevelAndDropsLaterEvents)
     EXPECT_FALSE(CEventManager::GetInstance()->InitEventManager(receive, &data_));
     CEventManager::GetInstance()->SendEvent(2, 0);
 
-    EXPECT_THAT(fake_.lines(),
+    EXPECT_THAT(fake_.all(),
                 LinesAre("ecore_pipe_add(data of the handler)", "I \"Add Ecore Pipe Failed\"",
                          "I \"iEventID = 2 iParam1 = 0\""));
 }
@@ -104,7 +117,7 @@ TEST_F(EventManagerTest, ReleaseDeletesThePipe)
 
     CEventManager::ReleaseInstance();
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_pipe_del(pipe#1)"));
+    EXPECT_THAT(fake_.all(), LinesAre("I \"\"", "ecore_pipe_del(pipe#1)"));
     EXPECT_THAT(fake_.leftovers(), IsEmpty());
 }
 
@@ -114,7 +127,7 @@ TEST_F(EventManagerTest, ReleaseWithoutAPipeDeletesNone)
 
     CEventManager::ReleaseInstance();
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
+    EXPECT_THAT(fake_.all(), LinesAre("I \"\""));
 }
 
 TEST_F(EventManagerTest, ASecondReleaseOnlyLogs)
@@ -125,7 +138,7 @@ TEST_F(EventManagerTest, ASecondReleaseOnlyLogs)
 
     CEventManager::ReleaseInstance();
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
+    EXPECT_THAT(fake_.all(), LinesAre("I \"\""));
 }
 
 TEST_F(EventManagerTest, AnInstanceMadeAfterReleaseHasNoPipe)
@@ -136,21 +149,21 @@ TEST_F(EventManagerTest, AnInstanceMadeAfterReleaseHasNoPipe)
 
     CEventManager::GetInstance()->SendEvent(8, 1);
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"iEventID = 8 iParam1 = 1\""));
+    EXPECT_THAT(fake_.all(), LinesAre("I \"iEventID = 8 iParam1 = 1\""));
 }
 
 TEST_F(EventManagerTest, SendBeforeInitWritesNothingAndLogsNoError)
 {
     CEventManager::GetInstance()->SendEvent(3, 0);
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"iEventID = 3 iParam1 = 0\""));
+    EXPECT_THAT(fake_.all(), LinesAre("I \"iEventID = 3 iParam1 = 0\""));
 }
 
 TEST_F(EventManagerTest, SendLogsAndWritesOneRecord)
 {
     manager_with_pipe().SendEvent(8, 17);
 
-    EXPECT_THAT(fake_.lines(),
+    EXPECT_THAT(fake_.all(),
                 LinesAre("I \"iEventID = 8 iParam1 = 17\"", "ecore_pipe_write(8, 17)"));
 }
 
@@ -204,8 +217,8 @@ TEST_F(EventManagerTest, AFailedWriteIsLoggedWithTheEvent)
 
     manager.SendEvent(5, 3);
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"iEventID = 5 iParam1 = 3\"", "ecore_pipe_write(5, 3)",
-                                        "E \"ecore_pipe_write failed iEventID = 5\""));
+    EXPECT_THAT(fake_.all(), LinesAre("I \"iEventID = 5 iParam1 = 3\"", "ecore_pipe_write(5, 3)",
+                                      "E \"ecore_pipe_write failed iEventID = 5\""));
     fake_.loop.drain_pipe();
     EXPECT_THAT(received(), IsEmpty());
 }
@@ -220,7 +233,8 @@ TEST_F(EventManagerTest, AnEventWithABufferTravelsWithItsSizeAndACopy)
     std::memset(bytes, 'X', 5);
     fake_.loop.drain_pipe();
 
-    EXPECT_THAT(fake_.logs(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:5\""));
+    EXPECT_THAT(fake_.all(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:5\"",
+                                      "ecore_pipe_write(12, 1, 640, 480, 5 bytes)"));
     ASSERT_EQ(received().size(), 1U);
     const stPipeRecord &record = received()[0].record;
     EXPECT_EQ(record.iEventID, 12);
@@ -291,8 +305,9 @@ TEST_P(EventManagerEmptyBufferTest, TheBufferIsNotRead)
     EXPECT_EQ(received()[0].record.iParam2, 640);
     EXPECT_EQ(received()[0].record.uiBufferSize, 0U);
     EXPECT_EQ(received()[0].record.uiBuffer, 0U);
-    EXPECT_THAT(fake_.logs(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:" +
-                                       std::to_string(GetParam()) + "\""));
+    EXPECT_THAT(fake_.all(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:" +
+                                          std::to_string(GetParam()) + "\"",
+                                      "ecore_pipe_write(12, 1, 640, 480)"));
 }
 
 INSTANTIATE_TEST_SUITE_P(SizesNotAboveZero, EventManagerEmptyBufferTest,
@@ -304,7 +319,7 @@ TEST_F(EventManagerTest, AnEventWithABufferIsDroppedWithoutAPipe)
 
     CEventManager::GetInstance()->SendEvent(12, event);
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:4\""));
+    EXPECT_THAT(fake_.all(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:4\""));
 }
 
 TEST_F(EventManagerTest, AFailedWriteOfABufferIsLogged)
@@ -315,8 +330,49 @@ TEST_F(EventManagerTest, AFailedWriteOfABufferIsLogged)
 
     manager.SendEvent(12, event);
 
-    EXPECT_THAT(fake_.logs(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:4\"",
-                                       "E \"ecore_pipe_write failed iEventID = 12\""));
+    EXPECT_THAT(fake_.all(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:4\"",
+                                      "ecore_pipe_write(12, 1, 640, 480, 4 bytes)",
+                                      "E \"ecore_pipe_write failed iEventID = 12\""));
+    fake_.loop.drain_pipe();
+    EXPECT_THAT(received(), IsEmpty());
+}
+
+TEST_F(EventManagerTest, TheCopyOfALostEventIsFreed)
+{
+    CEventManager &manager = manager_with_pipe();
+    fake_.fail("ecore_pipe_write");
+    CEvent event = event_with("lost");
+    manager.SendEvent(12, event);
+
+    // The number that the lost record carried names no copy any more.
+    stPipeRecord record = {12, 1, 640, 480, 4, 0};
+    for (record.uiBuffer = 0; record.uiBuffer < 1000; ++record.uiBuffer)
+        ASSERT_EQ(manager.TakeBuffer(record), nullptr);
+}
+
+TEST_F(EventManagerTest, WithoutMemoryForTheCopyTheEventIsLost)
+{
+    CEventManager &manager = manager_with_pipe();
+    CEvent event = event_with("lost");
+
+    out_of_memory = true;
+    manager.SendEvent(12, event);
+    out_of_memory = false;
+
+    EXPECT_THAT(fake_.all(), LinesAre("I \"Type:1 Width:640 Height:480 BufferSize:4\"",
+                                      "E \"ecore_pipe_write failed iEventID = 12\""));
+}
+
+TEST_F(EventManagerTest, ASizeWithoutABufferSendsNone)
+{
+    CEvent event = {99, 1, 640, 480, 5, nullptr};
+
+    manager_with_pipe().SendEvent(12, event);
+    fake_.loop.drain_pipe();
+
+    ASSERT_EQ(received().size(), 1U);
+    EXPECT_EQ(received()[0].record.uiBufferSize, 0U);
+    EXPECT_EQ(received()[0].record.uiBuffer, 0U);
 }
 
 } // namespace

@@ -9,6 +9,16 @@ std::string writes(const std::string &key, int value)
     return "vconf_set_int(\"" + key + "\", " + std::to_string(value) + ")";
 }
 
+std::string reads(const std::string &key)
+{
+    return "vconf_get_int(\"" + key + "\")";
+}
+
+std::string panel_line(bool portrait)
+{
+    return portrait ? "I \"In Portrait Mode\"" : "E \"In Landscape Mode\"";
+}
+
 Lines without(const Lines &lines, const std::vector<std::string> &prefixes)
 {
     Lines kept;
