@@ -1,5 +1,7 @@
 #include "player_test.h"
 
+#include <optional>
+
 using testing::IsEmpty;
 
 namespace {
@@ -13,13 +15,20 @@ class ContentLocationTest : public PlayerTest {
         player_.m_strFolderPath = folder;
     }
 
-    int stored_mode() { return fake_.store.get(ConfigKey::DEMO_MODE); }
-    void store_mode(int word) { fake_.store.values[ConfigKey::DEMO_MODE] = word; }
-};
+    // One look at a stick: its mount path is asked, then the folder is looked for.
+    static Lines look_at(const std::string &folder)
+    {
+        return {"usb_device_get_mountpath()", "I \"\"", "stat(\"" + folder + "\")"};
+    }
 
-constexpr auto CURRENT = ENDEMO_FILE_MODE_CURRENT;
-constexpr auto LANDSCAPE = ENDEMO_FILE_MODE_LANDSCAPE;
-constexpr auto PORTRAIT = ENDEMO_FILE_MODE_PORTRAIT;
+    // The sticks are listed and the first is taken.
+    static Lines listed()
+    {
+        return {"usb_device_get_device_list(8)", "usb_device_list_get_first()"};
+    }
+
+    static Lines next() { return {"usb_device_list_get_next()"}; }
+};
 
 // ---- m_GetFolderPath ----
 
@@ -32,23 +41,28 @@ TEST_F(ContentLocationTest, WithoutFolderContentsModeTheBuiltInFolderIsUsed)
 
     EXPECT_EQ(player_.m_GetFolderPath(), "/opt/data/demo_movie/");
 
-    EXPECT_THAT(fake_.of({"usb_"}), IsEmpty());
+    EXPECT_THAT(fake_.all(), LinesAre("opendir(\"/opt/data/demo_movie/\")", "closedir()"));
 }
 
-TEST_F(ContentLocationTest, WithFolderContentsModeTheLaunchFolderIsUsed)
+TEST_F(ContentLocationTest, WithoutABuiltInFolderThereIsNone)
 {
-    player_.m_bFolderContentsPlayer = true;
-    player_.m_strFolderPath = "/demo/elsewhere/";
+    fake_.fail("opendir");
 
-    EXPECT_EQ(player_.m_GetFolderPath(), "/demo/elsewhere/");
+    EXPECT_EQ(player_.m_GetFolderPath(), "");
+
+    EXPECT_THAT(fake_.all(), LinesAre("opendir(\"/opt/data/demo_movie/\")"));
 }
 
-TEST_F(ContentLocationTest, ALaunchFolderIsTakenAsItStands)
+// With a slash at its end or without one.
+TEST_F(ContentLocationTest, WithFolderContentsModeTheLaunchFolderIsTakenAsItStands)
 {
     player_.m_bFolderContentsPlayer = true;
-    player_.m_strFolderPath = "/demo/without-slash";
+    for (const char *folder : {"/demo/elsewhere/", "/demo/without-slash", ""}) {
+        player_.m_strFolderPath = folder;
+        EXPECT_EQ(player_.m_GetFolderPath(), folder);
+    }
 
-    EXPECT_EQ(player_.m_GetFolderPath(), "/demo/without-slash");
+    EXPECT_THAT(fake_.all(), IsEmpty());
 }
 
 // ---- m_GetPlaybackFolderPath ----
@@ -61,9 +75,9 @@ TEST_F(ContentLocationTest, TheFolderIsLookedForOnUsbStorage)
 
     EXPECT_EQ(player_.m_GetFolderPath(), "/media/a/demo/");
 
-    EXPECT_THAT(fake_.of({"usb_"}), LinesAre("usb_device_get_device_list(8)"));
+    EXPECT_EQ(fake_.all(), join({listed(), look_at("/media/a/demo/"),
+                                 Lines{"I \"path existed:/media/a/demo/\""}}));
     EXPECT_NE(player_.m_hUsbDeviceList, nullptr);
-    EXPECT_EQ(fake_.logs().back(), "I \"path existed:/media/a/demo/\"");
 }
 
 TEST_F(ContentLocationTest, TheFirstStickThatHoldsTheFolderIsUsed)
@@ -75,8 +89,9 @@ TEST_F(ContentLocationTest, TheFirstStickThatHoldsTheFolderIsUsed)
 
     EXPECT_EQ(player_.m_GetPlaybackFolderPath(), "/media/b/demo/");
 
-    EXPECT_THAT(fake_.of({"stat"}),
-                LinesAre("stat(\"/media/a/demo/\")", "stat(\"/media/b/demo/\")"));
+    EXPECT_EQ(fake_.all(),
+              join({listed(), look_at("/media/a/demo/"), next(), look_at("/media/b/demo/"),
+                    Lines{"I \"path existed:/media/b/demo/\""}}));
 }
 
 TEST_F(ContentLocationTest, AFileOfTheFoldersNameIsNotTheFolder)
@@ -96,8 +111,21 @@ TEST_F(ContentLocationTest, WhenNoStickHoldsTheFolderTheLastCandidateIsReturned)
 
     EXPECT_EQ(player_.m_GetPlaybackFolderPath(), "/media/b/demo/");
 
-    // One line for each look at a path, and nothing about the outcome.
-    EXPECT_THAT(fake_.logs(), LinesAre("I \"\"", "I \"\""));
+    // Nothing about the outcome: opening the folder will fail and tell.
+    EXPECT_EQ(fake_.all(), join({listed(), look_at("/media/a/demo/"), next(),
+                                 look_at("/media/b/demo/"), next()}));
+}
+
+TEST_F(ContentLocationTest, AListThatBreaksOffEndsTheSearch)
+{
+    use_usb("demo");
+    fake_.storage.sticks = {"/media/a", "/media/b"};
+    fake_.storage.add_folder("/media/b/demo");
+    fake_.fail("usb_device_list_get_next");
+
+    EXPECT_EQ(player_.m_GetPlaybackFolderPath(), "/media/a/demo/");
+
+    EXPECT_EQ(fake_.all(), join({listed(), look_at("/media/a/demo/"), next()}));
 }
 
 TEST_F(ContentLocationTest, WithoutAnyStickThereIsNoFolder)
@@ -105,7 +133,20 @@ TEST_F(ContentLocationTest, WithoutAnyStickThereIsNoFolder)
     use_usb("demo");
 
     EXPECT_EQ(player_.m_GetPlaybackFolderPath(), "");
-    EXPECT_THAT(fake_.logs(), IsEmpty());
+
+    EXPECT_EQ(fake_.all(), listed());
+}
+
+TEST_F(ContentLocationTest, AFirstStickThatCannotBeTakenIsNoFolder)
+{
+    use_usb("demo");
+    fake_.storage.sticks = {"/media/a"};
+    fake_.storage.add_folder("/media/a/demo");
+    fake_.fail("usb_device_list_get_first");
+
+    EXPECT_EQ(player_.m_GetPlaybackFolderPath(), "");
+
+    EXPECT_EQ(fake_.all(), listed());
 }
 
 TEST_F(ContentLocationTest, AFailedDeviceListIsLogged)
@@ -116,7 +157,7 @@ TEST_F(ContentLocationTest, AFailedDeviceListIsLogged)
 
     EXPECT_EQ(player_.m_GetPlaybackFolderPath(), "");
 
-    EXPECT_THAT(fake_.logs(), LinesAre("E \"failed\""));
+    EXPECT_THAT(fake_.all(), LinesAre("usb_device_get_device_list(8)", "E \"failed\""));
 }
 
 TEST_F(ContentLocationTest, TheSticksAreListedAfreshEachTime)
@@ -138,172 +179,161 @@ TEST_F(ContentLocationTest, AResourceIsLookedUpAndReleased)
 
     EXPECT_EQ(player_.m_GetResourcePath("pictures/a.png"), "/usr/share/a.png");
 
-    EXPECT_THAT(fake_.of({"getResourcePath", "freeResourcePath"}),
+    EXPECT_THAT(fake_.all(),
                 LinesAre("getResourcePath(\"org.tizen.video-player-tv\", \"pictures/a.png\")",
-                         "freeResourcePath(\"/usr/share/a.png\")"));
-    EXPECT_THAT(fake_.logs(), LinesAre("I \"pictures/a.png path[/usr/share/a.png]\""));
+                         "freeResourcePath(\"/usr/share/a.png\")",
+                         "I \"pictures/a.png path[/usr/share/a.png]\""));
 }
 
 TEST_F(ContentLocationTest, AMissingResourceYieldsAnEmptyPath)
 {
     EXPECT_EQ(player_.m_GetResourcePath("none.png"), "");
 
-    EXPECT_THAT(fake_.of({"freeResourcePath"}), IsEmpty());
-    EXPECT_THAT(fake_.logs(), LinesAre("I \"none.png path[]\""));
+    EXPECT_THAT(fake_.all(),
+                LinesAre("getResourcePath(\"org.tizen.video-player-tv\", \"none.png\")",
+                         "I \"none.png path[]\""));
 }
 
-// ---- m_SetFileMode ----
+// ---- m_SetFileMode, m_GetFileMode ----
 
-TEST_F(ContentLocationTest, ASelectionInPortraitGoesToTheUpperHalf)
-{
-    store_mode(0x0102);
-    set_panel(ROTATION_TYPE_PORTRAIT);
+// Each mode with each panel, each word in the store and each selection. No word means that the key
+// cannot be read, which leaves zero.
+class FileModeTest : public ContentLocationTest,
+                     public testing::WithParamInterface<std::tuple<int, int>> {
+  protected:
+    FileModeTest() { set_panel(panel()); }
 
-    player_.m_SetFileMode(CURRENT, 3);
+    static ENDEMO_FILE_MODE mode()
+    {
+        return static_cast<ENDEMO_FILE_MODE>(std::get<0>(GetParam()));
+    }
+    static ENDEMO_ROTATION_TYPE panel()
+    {
+        return static_cast<ENDEMO_ROTATION_TYPE>(std::get<1>(GetParam()));
+    }
+    static bool upright()
+    {
+        return panel() == ROTATION_TYPE_PORTRAIT || panel() == ROTATION_TYPE_PORTRAIT_REVERSE;
+    }
 
-    EXPECT_EQ(stored_mode(), 0x0302);
-    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=2 iMenuType=" + std::to_string(0x0302) + "\"",
-                                        writes(ConfigKey::DEMO_MODE, 0x0302)));
-}
-
-TEST_F(ContentLocationTest, ASelectionInLandscapeGoesToTheLowerHalf)
-{
-    store_mode(0x0102);
-
-    player_.m_SetFileMode(CURRENT, 3);
-
-    EXPECT_EQ(stored_mode(), 0x0103);
-    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=1 iMenuType=" + std::to_string(0x0103) + "\"",
-                                        writes(ConfigKey::DEMO_MODE, 0x0103)));
-}
-
-TEST_F(ContentLocationTest, ANamedHalfIsWrittenWhateverThePanel)
-{
-    store_mode(0x0102);
-    player_.m_SetFileMode(PORTRAIT, 5);
-    EXPECT_EQ(stored_mode(), 0x0502);
-
-    set_panel(ROTATION_TYPE_PORTRAIT_REVERSE);
-    player_.m_SetFileMode(LANDSCAPE, 7);
-    EXPECT_EQ(stored_mode(), 0x0507);
-}
-
-TEST_F(ContentLocationTest, AnyOtherModeIsTakenForLandscape)
-{
-    store_mode(0x0102);
-
-    player_.m_SetFileMode(static_cast<ENDEMO_FILE_MODE>(3), 3);
-
-    EXPECT_EQ(stored_mode(), 0x0103);
-    EXPECT_THAT(fake_.logs(), LinesAre("E \"eMode=3 iMenuType=" + std::to_string(0x0103) + "\""));
-}
-
-TEST_F(ContentLocationTest, PlayAllWipesBothHalves)
-{
-    for (const auto mode : {CURRENT, LANDSCAPE, PORTRAIT}) {
-        store_mode(0x0102);
+    void store(std::optional<int> word)
+    {
+        if (word)
+            fake_.store.values[ConfigKey::DEMO_MODE] = *word;
+        else
+            fake_.store.values.erase(ConfigKey::DEMO_MODE);
         fake_.forget();
+    }
 
-        player_.m_SetFileMode(mode, 0);
+    static Lines read_lines(std::optional<int> word)
+    {
+        Lines lines = {reads(ConfigKey::DEMO_MODE)};
+        if (!word)
+            lines.push_back("E \"GetConfigInt key [db/ostrel-demo-player-tv/demo_mode] faild\"");
+        return lines;
+    }
 
-        EXPECT_THAT(fake_.lines(), LinesAre(writes(ConfigKey::DEMO_MODE, 0)));
-        EXPECT_EQ(player_.m_GetFileMode(CURRENT), 0);
-        set_panel(ROTATION_TYPE_PORTRAIT);
-        EXPECT_EQ(player_.m_GetFileMode(CURRENT), 0);
-        set_panel(ROTATION_TYPE_LANDSCAPE);
+    // What the panel is asked when the mode follows it.
+    static Lines panel_lines() { return mode() == 0 ? Lines{panel_line(upright())} : Lines{}; }
+
+    static Lines told(int mode, int number)
+    {
+        return {"E \"eMode=" + std::to_string(mode) + " iMenuType=" + std::to_string(number) +
+                "\""};
+    }
+
+    const std::vector<std::optional<int>> words_ = {
+        std::nullopt, 0, -1, 1, 0x0102, 0x0500, 0x0005, 0x0F0F, 0xFFFF, 0x12345678, -2};
+};
+
+TEST_P(FileModeTest, ASelectionGoesToItsHalf)
+{
+    const int effective = mode() != 0 ? mode() : upright() ? 2 : 1;
+    for (const std::optional<int> word : words_) {
+        for (const int selection : {1, 2, 3, 0x10, 0xFF, 0x123, -2}) {
+            SCOPED_TRACE(testing::Message()
+                         << "word " << word.value_or(0) << " selection " << selection);
+            store(word);
+
+            player_.m_SetFileMode(mode(), selection);
+
+            const auto old = static_cast<unsigned int>(word.value_or(0));
+            const auto chosen = static_cast<unsigned int>(selection);
+            const auto stored = static_cast<int>(
+                effective == 2 ? chosen % 0x100 * 0x100 + old % 0x100 : chosen | (old & 0xFF00));
+            EXPECT_EQ(fake_.all(), join({read_lines(word),
+                                         panel_lines(),
+                                         told(effective, stored),
+                                         {writes(ConfigKey::DEMO_MODE, stored)}}));
+        }
     }
 }
 
-TEST_F(ContentLocationTest, LeavingIsStoredAsTheWholeWord)
+TEST_P(FileModeTest, PlayAllAndLeaveReplaceTheWholeWord)
 {
-    store_mode(0x0102);
+    for (const std::optional<int> word : words_) {
+        for (const int selection : {0, -1}) {
+            store(word);
 
-    player_.m_SetFileMode(PORTRAIT, -1);
+            player_.m_SetFileMode(mode(), selection);
 
-    EXPECT_THAT(fake_.lines(), LinesAre(writes(ConfigKey::DEMO_MODE, -1)));
+            EXPECT_THAT(fake_.all(), LinesAre(writes(ConfigKey::DEMO_MODE, selection)));
+        }
+    }
 }
 
-TEST_F(ContentLocationTest, APortraitSelectionIsKeptToSixteenBits)
+TEST_P(FileModeTest, ASelectionIsReadFromItsHalf)
 {
-    store_mode(0x0002);
+    const bool upper = mode() == 2 || (mode() == 0 && upright());
+    for (const std::optional<int> word : words_) {
+        SCOPED_TRACE(testing::Message() << "word " << word.value_or(0));
+        store(word);
 
-    player_.m_SetFileMode(PORTRAIT, 0x123);
+        const int read = player_.m_GetFileMode(mode());
 
-    EXPECT_EQ(stored_mode(), 0x2302);
+        if (word.value_or(0) == 0 || word.value_or(0) == -1) {
+            EXPECT_EQ(read, word.value_or(0));
+            EXPECT_EQ(fake_.all(), read_lines(word));
+            continue;
+        }
+        const auto number = static_cast<unsigned int>(*word);
+        const auto half = static_cast<int>((upper ? number / 0x100 : number) % 0x100);
+        EXPECT_EQ(read, half);
+        EXPECT_EQ(fake_.all(), join({read_lines(word), panel_lines(), told(mode(), half)}));
+    }
 }
+
+TEST_P(FileModeTest, ASelectionThatCannotBeStoredIsLost)
+{
+    store(0x0102);
+    fake_.fail("vconf_set_int");
+
+    player_.m_SetFileMode(mode(), 3);
+
+    EXPECT_EQ(fake_.all().back(), "E \"SetConfigInt key db/ostrel-demo-player-tv/demo_mode,fail\"");
+    EXPECT_EQ(fake_.store.get(ConfigKey::DEMO_MODE), 0x0102);
+}
+
+INSTANTIATE_TEST_SUITE_P(ModesAndPanels, FileModeTest,
+                         testing::Combine(testing::Values(0, 1, 2, 3, -1),
+                                          testing::Values(0, 1, 2, 3)));
 
 TEST_F(ContentLocationTest, ASelectionReplacesTheOldOneOfItsHalf)
 {
-    store_mode(0x0F0F);
+    fake_.store.values[ConfigKey::DEMO_MODE] = 0x0102;
 
-    player_.m_SetFileMode(LANDSCAPE, 0x10);
-    player_.m_SetFileMode(PORTRAIT, 0x20);
-
-    EXPECT_EQ(stored_mode(), 0x2010);
-}
-
-// ---- m_GetFileMode ----
-
-TEST_F(ContentLocationTest, EachHalfIsReadForItsOrientation)
-{
-    store_mode(0x0500);
-
-    EXPECT_EQ(player_.m_GetFileMode(CURRENT), 0);
-    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=0 iMenuType=0\""));
+    player_.m_SetFileMode(ENDEMO_FILE_MODE_CURRENT, 3);
+    EXPECT_EQ(fake_.store.get(ConfigKey::DEMO_MODE), 0x0103);
 
     set_panel(ROTATION_TYPE_PORTRAIT);
-    EXPECT_EQ(player_.m_GetFileMode(CURRENT), 5);
-    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=0 iMenuType=5\""));
-}
+    player_.m_SetFileMode(ENDEMO_FILE_MODE_CURRENT, 3);
+    EXPECT_EQ(fake_.store.get(ConfigKey::DEMO_MODE), 0x0303);
+    EXPECT_EQ(player_.m_GetFileMode(ENDEMO_FILE_MODE_CURRENT), 3);
 
-TEST_F(ContentLocationTest, ANamedHalfIsReadWhateverThePanel)
-{
-    store_mode(0x0503);
-    EXPECT_EQ(player_.m_GetFileMode(PORTRAIT), 5);
-    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=2 iMenuType=5\""));
-
-    set_panel(ROTATION_TYPE_PORTRAIT);
-    EXPECT_EQ(player_.m_GetFileMode(LANDSCAPE), 3);
-    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=1 iMenuType=3\""));
-}
-
-TEST_F(ContentLocationTest, AnyOtherModeReadsTheLandscapeHalf)
-{
-    store_mode(0x0503);
-    set_panel(ROTATION_TYPE_PORTRAIT);
-
-    EXPECT_EQ(player_.m_GetFileMode(static_cast<ENDEMO_FILE_MODE>(3)), 3);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=3 iMenuType=3\""));
-}
-
-TEST_F(ContentLocationTest, TheWholeWordsZeroAndMinusOneAreNeverSplit)
-{
-    for (const int word : {0, -1}) {
-        store_mode(word);
-        for (const auto mode : {CURRENT, LANDSCAPE, PORTRAIT})
-            EXPECT_EQ(player_.m_GetFileMode(mode), word);
-    }
-    EXPECT_THAT(fake_.lines(), IsEmpty());
-}
-
-TEST_F(ContentLocationTest, ASelectionIsReadBack)
-{
-    player_.m_SetFileMode(LANDSCAPE, 200);
-    player_.m_SetFileMode(PORTRAIT, 100);
-
-    EXPECT_EQ(player_.m_GetFileMode(LANDSCAPE), 200);
-    EXPECT_EQ(player_.m_GetFileMode(PORTRAIT), 100);
-}
-
-TEST_F(ContentLocationTest, AWordThatWasNeverStoredMeansPlayAll)
-{
-    fake_.store.values.erase(ConfigKey::DEMO_MODE);
-
-    EXPECT_EQ(player_.m_GetFileMode(CURRENT), 0);
-
-    EXPECT_EQ(fake_.logs().front(),
-              "E \"GetConfigInt key [db/ostrel-demo-player-tv/demo_mode] faild\"");
+    player_.m_SetFileMode(ENDEMO_FILE_MODE_CURRENT, 0);
+    for (const auto mode :
+         {ENDEMO_FILE_MODE_CURRENT, ENDEMO_FILE_MODE_LANDSCAPE, ENDEMO_FILE_MODE_PORTRAIT})
+        EXPECT_EQ(player_.m_GetFileMode(mode), 0) << mode;
 }
 
 } // namespace
