@@ -45,6 +45,50 @@ class PlayListTest : public PlayerTest {
                    : player_.m_vdcLandscapeVideos[0].strSubtitleName;
     }
 
+    // What a scan leaves before the folder is looked for.
+    static Lines scan_begins(int store_content_type = 0)
+    {
+        return {"I \"\"",
+                "I \"\"",
+                "runtime_info_get_value_string(1)",
+                "I \"en_US\"",
+                "free(text from runtime_info_get_value_string)",
+                "system_info_get_value_int(713)",
+                "W \"SYSTEM_INFO_KEY_STORE_CONTENT_TYPE [" + std::to_string(store_content_type) +
+                    "]\""};
+    }
+
+    static Lines names(const std::vector<std::string> &files)
+    {
+        Lines lines;
+        for (const std::string &file : files)
+            lines.push_back("I \"FileName:" + file + "\"");
+        return lines;
+    }
+
+    // Asking for the built-in folder opens it for a moment; the scan opens it again.
+    static Lines built_in_folder()
+    {
+        return {"opendir(\"/opt/data/demo_movie/\")", "closedir()",
+                "opendir(\"/opt/data/demo_movie/\")"};
+    }
+
+    void fill_four_lists()
+    {
+        player_.m_vdcLandscapeVideos = {item(0, "old.mp4")};
+        player_.m_vdcPortraitVideos = {item(0, "portrait_old.mp4")};
+        player_.m_vdcLandscapePhotos = {item(1, "old.jpg")};
+        player_.m_vdcPortraitPhotos = {item(1, "portrait_old.jpg")};
+    }
+
+    void expect_four_lists_as_filled()
+    {
+        EXPECT_THAT(player_.m_vdcLandscapeVideos, ElementsAre(video("old.mp4")));
+        EXPECT_THAT(player_.m_vdcPortraitVideos, ElementsAre(video("portrait_old.mp4")));
+        EXPECT_THAT(player_.m_vdcLandscapePhotos, ElementsAre(photo("old.jpg")));
+        EXPECT_THAT(player_.m_vdcPortraitPhotos, ElementsAre(photo("portrait_old.jpg")));
+    }
+
     static stPlayListItem item(int type, const std::string &name)
     {
         stPlayListItem made;
@@ -58,10 +102,14 @@ class PlayListTest : public PlayerTest {
 
 TEST_F(PlayListTest, WithoutALaunchFolderTheBuiltInFolderIsScanned)
 {
-    scan({"a.mp4"});
+    const std::vector<std::string> files = {"a.mp4", ".hidden.mp4", "readme", "a.srt", "b.jpg"};
+
+    scan(files);
 
     EXPECT_EQ(player_.m_strPlayPath, FOLDER);
-    EXPECT_THAT(player_.m_vdcLandscapeVideos, ElementsAre(video("a.mp4")));
+    EXPECT_EQ(fake_.all(),
+              join({scan_begins(), built_in_folder(), names(files), Lines{"closedir()"}}));
+    EXPECT_THAT(fake_.leftovers(), IsEmpty());
 }
 
 TEST_F(PlayListTest, ALaunchFolderIsScannedEvenWithoutFolderContentsMode)
@@ -74,6 +122,8 @@ TEST_F(PlayListTest, ALaunchFolderIsScannedEvenWithoutFolderContentsMode)
 
     EXPECT_EQ(player_.m_strPlayPath, "/demo/show/");
     EXPECT_THAT(player_.m_vdcLandscapeVideos, ElementsAre(video("b.mp4")));
+    EXPECT_EQ(fake_.all(), join({scan_begins(), Lines{"opendir(\"/demo/show/\")",
+                                                      "I \"FileName:b.mp4\"", "closedir()"}}));
 }
 
 TEST_F(PlayListTest, AUsbFolderIsScannedOnTheStick)
@@ -87,43 +137,57 @@ TEST_F(PlayListTest, AUsbFolderIsScannedOnTheStick)
 
     EXPECT_EQ(player_.m_strPlayPath, "/media/a/show/");
     EXPECT_THAT(player_.m_vdcLandscapeVideos, ElementsAre(video("c.mp4")));
+    EXPECT_EQ(fake_.all(),
+              join({scan_begins(),
+                    Lines{"usb_device_get_device_list(8)", "usb_device_list_get_first()",
+                          "usb_device_get_mountpath()", "I \"\"", "stat(\"/media/a/show/\")",
+                          "I \"path existed:/media/a/show/\"", "opendir(\"/media/a/show/\")",
+                          "I \"FileName:c.mp4\"", "closedir()"}}));
 }
 
 TEST_F(PlayListTest, AFolderThatCannotBeOpenedLeavesTheListsAsTheyWere)
 {
-    player_.m_vdcLandscapeVideos = {item(0, "old.mp4")};
-    player_.m_vdcPortraitVideos = {item(0, "portrait_old.mp4")};
-    player_.m_vdcLandscapePhotos = {item(1, "old.jpg")};
-    player_.m_vdcPortraitPhotos = {item(1, "portrait_old.jpg")};
+    fill_four_lists();
     player_.m_strFolderPath = "/demo/none/";
 
     player_.m_CreatePlayList();
 
-    EXPECT_EQ(fake_.logs().back(), "E \"open dir [/demo/none/] failed\"");
-    EXPECT_THAT(player_.m_vdcLandscapeVideos, ElementsAre(video("old.mp4")));
-    EXPECT_THAT(player_.m_vdcPortraitVideos, ElementsAre(video("portrait_old.mp4")));
-    EXPECT_THAT(player_.m_vdcLandscapePhotos, ElementsAre(photo("old.jpg")));
-    EXPECT_THAT(player_.m_vdcPortraitPhotos, ElementsAre(photo("portrait_old.jpg")));
+    EXPECT_EQ(fake_.all(), join({scan_begins(), Lines{"opendir(\"/demo/none/\")",
+                                                      "E \"open dir [/demo/none/] failed\""}}));
+    expect_four_lists_as_filled();
+    EXPECT_EQ(player_.m_strPlayPath, "/demo/none/");
 }
 
 TEST_F(PlayListTest, AnUnlistedUsbStorageIsAnEmptyFolderName)
 {
+    fill_four_lists();
     player_.m_strFolderPath = "show";
     player_.m_bUsbLocation = true;
     fake_.fail("usb_device_get_device_list");
 
     player_.m_CreatePlayList();
 
-    EXPECT_EQ(fake_.logs().back(), "E \"open dir [] failed\"");
+    EXPECT_EQ(without(fake_.all(), {"opendir"}),
+              join({scan_begins(), Lines{"usb_device_get_device_list(8)", "E \"failed\"",
+                                         "E \"open dir [] failed\""}}));
+    expect_four_lists_as_filled();
     EXPECT_EQ(player_.m_strPlayPath, "");
+}
+
+TEST_F(PlayListTest, WithoutABuiltInFolderTheFolderNameIsEmpty)
+{
+    fill_four_lists();
+    fake_.fail("opendir");
+
+    player_.m_CreatePlayList();
+
+    EXPECT_EQ(fake_.logs().back(), "E \"open dir [] failed\"");
+    expect_four_lists_as_filled();
 }
 
 TEST_F(PlayListTest, AScanReplacesAllFourListsAndLeavesThePlayList)
 {
-    player_.m_vdcLandscapeVideos = {item(0, "old.mp4")};
-    player_.m_vdcPortraitVideos = {item(0, "portrait_old.mp4")};
-    player_.m_vdcLandscapePhotos = {item(1, "old.jpg")};
-    player_.m_vdcPortraitPhotos = {item(1, "portrait_old.jpg")};
+    fill_four_lists();
     player_.m_vdcPlayList = {item(0, "playing.mp4")};
 
     scan({});
@@ -133,37 +197,6 @@ TEST_F(PlayListTest, AScanReplacesAllFourListsAndLeavesThePlayList)
     EXPECT_THAT(player_.m_vdcLandscapePhotos, IsEmpty());
     EXPECT_THAT(player_.m_vdcPortraitPhotos, IsEmpty());
     EXPECT_THAT(player_.m_vdcPlayList, ElementsAre(video("playing.mp4")));
-}
-
-TEST_F(PlayListTest, TheFolderIsClosedAgain)
-{
-    scan({"a.mp4"});
-
-    EXPECT_THAT(fake_.leftovers(), IsEmpty());
-}
-
-TEST_F(PlayListTest, AScanLogsItsSteps)
-{
-    scan({"a.mp4"});
-
-    // Its own entry, the language, the model, the names.
-    EXPECT_THAT(fake_.lines(), ElementsAre("I \"\"", "I \"\"", "I \"en_US\"",
-                                           testing::StartsWith("W \""), "I \"FileName:a.mp4\""));
-}
-
-TEST_F(PlayListTest, EveryNameButTheDotsIsLogged)
-{
-    scan({"a.mp4", ".hidden.mp4", "readme", "a.srt"});
-
-    const Lines logs = fake_.logs();
-    EXPECT_EQ(logs.front(), "I \"\"");
-    Lines names;
-    for (const std::string &line : logs) {
-        if (line.find("FileName:") != std::string::npos)
-            names.push_back(line);
-    }
-    EXPECT_THAT(names, LinesAre("I \"FileName:a.mp4\"", "I \"FileName:.hidden.mp4\"",
-                                "I \"FileName:readme\"", "I \"FileName:a.srt\""));
 }
 
 // ---- m_CreatePlayList: sorting ----
@@ -267,6 +300,8 @@ TEST_F(PlayListTest, DirectBacklightModelsPlayOneMoreExtension)
 
     scan({"a.smp4", "b.mp4", "c.s"});
 
+    EXPECT_EQ(fake_.all(), join({scan_begins(1), built_in_folder(),
+                                 names({"a.smp4", "b.mp4", "c.s"}), Lines{"closedir()"}}));
     EXPECT_THAT(player_.m_vdcLandscapeVideos,
                 ElementsAre(video("a.smp4"), video("b.mp4"), video("c.s")));
 }
@@ -355,164 +390,146 @@ INSTANTIATE_TEST_SUITE_P(Names, SubtitleExtensionTest,
 
 // ---- m_InitPlayList ----
 
-class InitPlayListTest : public PlayListTest {
+// Each way the panel can stand, with and without a rotator, with every selection that matters.
+class InitPlayListTest : public PlayListTest,
+                         public testing::WithParamInterface<std::tuple<int, bool, int>> {
   protected:
-    void landscape_contents()
+    InitPlayListTest() : upright_(std::get<0>(GetParam()) % 2 == 1), mode_(std::get<2>(GetParam()))
     {
-        player_.m_vdcLandscapeVideos = {item(0, "a.mp4"), item(0, "b.mp4")};
-        player_.m_vdcLandscapePhotos = {item(1, "c.jpg")};
+        fake_.rotator.supported = std::get<1>(GetParam());
+        fake_.store.values[ConfigKey::DEMO_MODE] = mode_;
+        set_panel(static_cast<ENDEMO_ROTATION_TYPE>(std::get<0>(GetParam())));
     }
 
-    void portrait_contents()
+    // Fills the lists that the bits of the number name.
+    void fill(int lists)
     {
-        player_.m_vdcPortraitVideos = {item(0, "portrait_a.mp4")};
-        player_.m_vdcPortraitPhotos = {item(1, "portrait_c.jpg")};
+        player_.m_vdcLandscapeVideos.clear();
+        player_.m_vdcPortraitVideos.clear();
+        player_.m_vdcLandscapePhotos.clear();
+        player_.m_vdcPortraitPhotos.clear();
+        if (lists & 1)
+            player_.m_vdcLandscapeVideos = {item(0, "a.mp4"), item(0, "b.mp4")};
+        if (lists & 2)
+            player_.m_vdcLandscapePhotos = {item(1, "c.jpg"), item(1, "d.jpg")};
+        if (lists & 4)
+            player_.m_vdcPortraitVideos = {item(0, "portrait_a.mp4"), item(0, "portrait_b.mp4")};
+        if (lists & 8)
+            player_.m_vdcPortraitPhotos = {item(1, "portrait_c.jpg"), item(1, "portrait_d.jpg")};
+        player_.m_vdcPlayList = {item(0, "old.mp4")};
+        player_.m_uiCurPlayIndex = 3;
+        player_.m_hRotationDelayTimer = nullptr;
+        fake_.forget();
     }
+
+    std::vector<std::string> play_list()
+    {
+        std::vector<std::string> names;
+        for (const stPlayListItem &entry : player_.m_vdcPlayList)
+            names.push_back(entry.strFileName);
+        return names;
+    }
+
+    std::vector<std::string> contents(bool portrait, int lists)
+    {
+        const int bits = portrait ? lists / 4 : lists % 4;
+        const std::string prefix = portrait ? "portrait_" : "";
+        std::vector<std::string> names;
+        if (bits & 1)
+            names.insert(names.end(), {prefix + "a.mp4", prefix + "b.mp4"});
+        if (bits & 2)
+            names.insert(names.end(), {prefix + "c.jpg", prefix + "d.jpg"});
+        return names;
+    }
+
+    // The selection of the present orientation, and which way the panel stands.
+    Lines questions()
+    {
+        Lines lines = {"I \"\"", reads(ConfigKey::DEMO_MODE)};
+        if (mode_ != 0 && mode_ != -1) {
+            const int half = upright_ ? mode_ >> 8 : mode_ & 0xFF;
+            lines.push_back(panel_line(upright_));
+            lines.push_back("E \"eMode=0 iMenuType=" + std::to_string(half) + "\"");
+        }
+        lines.push_back(panel_line(upright_));
+        return lines;
+    }
+
+    Lines rotator_questions()
+    {
+        if (!fake_.rotator.supported)
+            return {"display_rotator_get_status()", "E \"TV does not support rotation\""};
+        return {"display_rotator_get_status()", "I \"current rotator status is 0\"",
+                "I \"TV support rotation\""};
+    }
+
+    const bool upright_;
+    const int mode_;
 };
 
-TEST_F(InitPlayListTest, LandscapePlaysLandscapeVideosThenPhotos)
+TEST_P(InitPlayListTest, TheListSuitsThePanelOrThePanelIsTurned)
 {
-    landscape_contents();
-    portrait_contents();
+    for (int lists = 0; lists < 16; ++lists) {
+        SCOPED_TRACE(lists);
+        fill(lists);
 
-    EXPECT_EQ(player_.m_InitPlayList(), 1);
+        const int result = player_.m_InitPlayList();
 
-    EXPECT_THAT(player_.m_vdcPlayList, ElementsAre(video("a.mp4"), video("b.mp4"), photo("c.jpg")));
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"add landscape files in play list\""));
+        EXPECT_EQ(player_.m_uiCurPlayIndex, 3U);
+        if (!contents(upright_, lists).empty()) {
+            EXPECT_EQ(result, 1);
+            EXPECT_EQ(play_list(), contents(upright_, lists));
+            EXPECT_EQ(
+                fake_.all(),
+                join({questions(), Lines{upright_ ? "I \"add portrait contents in play list\""
+                                                  : "I \"add landscape files in play list\""}}));
+            continue;
+        }
+        EXPECT_THAT(play_list(), ElementsAre("old.mp4"));
+        Lines expected = join({questions(), rotator_questions()});
+        if (!fake_.rotator.supported || lists == 0) {
+            EXPECT_EQ(result, -1);
+            expected.push_back(writes(ConfigKey::PLAYBACK_STATUS, 2));
+        } else if (mode_ == -1) {
+            EXPECT_EQ(result, 1);
+        } else {
+            EXPECT_EQ(result, 0);
+            expected.push_back(writes(ConfigKey::FILE_MODE, upright_ ? 1 : 2));
+            expected.push_back("ecore_timer_add(0.8)");
+        }
+        EXPECT_EQ(fake_.all(), expected);
+        EXPECT_EQ(player_.m_hRotationDelayTimer != nullptr, result == 0);
+    }
 }
 
-TEST_F(InitPlayListTest, PortraitPlaysPortraitVideosThenPhotos)
+INSTANTIATE_TEST_SUITE_P(Panels, InitPlayListTest,
+                         testing::Combine(testing::Values(0, 1, 2, 3), testing::Bool(),
+                                          testing::Values(-1, 0, 0x0102, 0x0500)));
+
+TEST_F(PlayListTest, AnUnreadableSelectionCountsAsPlayAll)
 {
-    landscape_contents();
-    portrait_contents();
-    set_panel(ROTATION_TYPE_PORTRAIT);
-
-    EXPECT_EQ(player_.m_InitPlayList(), 1);
-
-    EXPECT_THAT(player_.m_vdcPlayList,
-                ElementsAre(video("portrait_a.mp4"), photo("portrait_c.jpg")));
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"add portrait contents in play list\""));
-}
-
-TEST_F(InitPlayListTest, PhotosAloneAreContentEnough)
-{
-    player_.m_vdcLandscapePhotos = {item(1, "c.jpg")};
-    EXPECT_EQ(player_.m_InitPlayList(), 1);
-    EXPECT_THAT(player_.m_vdcPlayList, ElementsAre(photo("c.jpg")));
-
+    fake_.store.values.erase(ConfigKey::DEMO_MODE);
+    fake_.rotator.supported = true;
     player_.m_vdcPortraitPhotos = {item(1, "portrait_c.jpg")};
-    set_panel(ROTATION_TYPE_PORTRAIT_REVERSE);
-    EXPECT_EQ(player_.m_InitPlayList(), 1);
-    EXPECT_THAT(player_.m_vdcPlayList, ElementsAre(photo("portrait_c.jpg")));
-}
-
-TEST_F(InitPlayListTest, ThePlayListIsReplacedWholeAndTheIndexLeftAlone)
-{
-    fill_play_list({"x.mp4", "y.mp4", "z.mp4"});
-    player_.m_uiCurPlayIndex = 2;
-    player_.m_vdcLandscapeVideos = {item(0, "a.mp4")};
-
-    EXPECT_EQ(player_.m_InitPlayList(), 1);
-
-    EXPECT_THAT(player_.m_vdcPlayList, ElementsAre(video("a.mp4")));
-    EXPECT_EQ(player_.m_uiCurPlayIndex, 2U);
-}
-
-TEST_F(InitPlayListTest, WithoutARotatorTheOtherOrientationIsNothingToPlay)
-{
-    portrait_contents();
-
-    EXPECT_EQ(player_.m_InitPlayList(), -1);
-
-    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::PLAYBACK_STATUS, 2)));
-}
-
-TEST_F(InitPlayListTest, WithoutARotatorLandscapeFilesAreNothingForAPortraitPanel)
-{
-    landscape_contents();
-    set_panel(ROTATION_TYPE_PORTRAIT);
-
-    EXPECT_EQ(player_.m_InitPlayList(), -1);
-
-    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::PLAYBACK_STATUS, 2)));
-}
-
-TEST_F(InitPlayListTest, NothingAtAllIsNothingToPlayOnARotatingSet)
-{
-    fake_.rotator.supported = true;
-    EXPECT_EQ(player_.m_InitPlayList(), -1);
-    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::PLAYBACK_STATUS, 2)));
-
-    set_panel(ROTATION_TYPE_PORTRAIT);
-    EXPECT_EQ(player_.m_InitPlayList(), -1);
-    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::PLAYBACK_STATUS, 2)));
-}
-
-TEST_F(InitPlayListTest, ALandscapePanelAsksForPortraitWhenOnlyThatHasContent)
-{
-    fake_.rotator.supported = true;
-    portrait_contents();
 
     EXPECT_EQ(player_.m_InitPlayList(), 0);
 
     EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::FILE_MODE, 2), "ecore_timer_add(0.8)"));
-    EXPECT_NE(player_.m_hRotationDelayTimer, nullptr);
-    EXPECT_THAT(player_.m_vdcPlayList, IsEmpty());
 }
 
-TEST_F(InitPlayListTest, APortraitPanelAsksForLandscapeWhenOnlyThatHasContent)
+TEST_F(PlayListTest, TheDelayTimerTurnsThePanel)
 {
     fake_.rotator.supported = true;
-    player_.m_vdcLandscapePhotos = {item(1, "c.jpg")};
-    set_panel(ROTATION_TYPE_PORTRAIT);
-
-    EXPECT_EQ(player_.m_InitPlayList(), 0);
-
-    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::FILE_MODE, 1), "ecore_timer_add(0.8)"));
-}
-
-TEST_F(InitPlayListTest, TheDelayTimerTurnsThePanel)
-{
-    fake_.rotator.supported = true;
-    portrait_contents();
+    player_.m_vdcPortraitVideos = {item(0, "portrait_a.mp4")};
     ASSERT_EQ(player_.m_InitPlayList(), 0);
     fake_.forget();
 
-    fake_.loop.advance(0.8);
+    fake_.loop.advance(0.7);
+    EXPECT_THAT(fake_.of({"VirtualKey"}), IsEmpty());
+    fake_.loop.advance(0.1);
 
     EXPECT_THAT(fake_.of({"VirtualKey"}), LinesAre("VirtualKey_Send_KeyCode(569, 2)"));
     EXPECT_EQ(player_.m_hRotationDelayTimer, nullptr);
-}
-
-TEST_F(InitPlayListTest, LeavingModeAsksForNoRotationAndKeepsTheList)
-{
-    fake_.rotator.supported = true;
-    fake_.store.values[ConfigKey::DEMO_MODE] = -1;
-    fill_play_list({"old.mp4"});
-    portrait_contents();
-
-    EXPECT_EQ(player_.m_InitPlayList(), 1);
-
-    EXPECT_THAT(player_.m_vdcPlayList, ElementsAre(video("old.mp4")));
-    EXPECT_THAT(fake_.calls(), IsEmpty());
-
-    player_.m_vdcPortraitVideos.clear();
-    player_.m_vdcPortraitPhotos.clear();
-    landscape_contents();
-    set_panel(ROTATION_TYPE_PORTRAIT);
-    EXPECT_EQ(player_.m_InitPlayList(), 1);
-    EXPECT_THAT(player_.m_vdcPlayList, ElementsAre(video("old.mp4")));
-    EXPECT_THAT(fake_.calls(), IsEmpty());
-}
-
-TEST_F(InitPlayListTest, LeavingModeStillFillsTheListOfTheRightOrientation)
-{
-    fake_.store.values[ConfigKey::DEMO_MODE] = -1;
-    landscape_contents();
-
-    EXPECT_EQ(player_.m_InitPlayList(), 1);
-
-    EXPECT_EQ(player_.m_vdcPlayList.size(), 3U);
 }
 
 } // namespace
