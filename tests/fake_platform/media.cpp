@@ -36,6 +36,8 @@ void MediaPlayer::fire_completed()
 void MediaPlayer::fire_error(int code)
 {
     ASSERT_NE(error, nullptr) << "nobody follows errors";
+    if (preparing() && code != PLAYER_ERROR_NOT_SUPPORTED_AUDIO_CODEC)
+        preparation_failed = true;
     error(code, error_data);
 }
 
@@ -73,6 +75,7 @@ int MediaPlayer::destroy(player_h player)
         return failed;
     state = PLAYER_STATE_NONE;
     prepared_ = nullptr;
+    preparation_failed = false;
     completed = nullptr;
     interrupted = nullptr;
     error = nullptr;
@@ -111,6 +114,7 @@ int MediaPlayer::unprepare(player_h player)
     if (failed != PLAYER_ERROR_NONE)
         return failed;
     prepared_ = nullptr;
+    preparation_failed = false;
     uri.clear();
     subtitle_path.clear();
     rate = 1.0F;
@@ -130,6 +134,7 @@ void Pictures::fire(pictrel_event_type_e type, pictrel_event_result_e result)
     ASSERT_TRUE(platform().registry.alive(&picture.record)) << "the picture was released";
     const Follower follower = picture.followers[type];
     ASSERT_NE(follower.callback, nullptr) << "nobody follows events of kind " << type;
+    owed_ = Owed::Nothing;
     void *data = follower.data == nullptr ? picture.record.user_data : follower.data;
     follower.callback(data, type, result);
 }
@@ -139,6 +144,7 @@ _pictrel_s *Pictures::make(const char *path)
     pictures_.push_back(std::make_unique<Picture>());
     Picture &picture = *pictures_.back();
     picture.record = {nullptr, 0, 0, FRESH};
+    owed_ = Owed::Nothing;
     picture.path = path;
     platform().registry.add(&picture.record, "picture");
     return &picture.record;

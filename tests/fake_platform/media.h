@@ -36,6 +36,9 @@ class MediaPlayer {
 
     bool preparing() const { return prepared_ != nullptr; }
 
+    /** The file could not be prepared; it stays so until it is let go. */
+    bool preparation_failed = false;
+
     /** Called inside player_unprepare(), before it takes effect: another thread's turn. */
     std::function<void()> before_unprepare;
 
@@ -67,8 +70,13 @@ class Pictures {
     /** Value of a picture's fourth field before anybody wrote it. */
     static constexpr int FRESH = 77;
 
+    /** What the library was asked for and has not told yet. */
+    enum class Owed { Nothing, Parse, Decode };
+
     /** The picture that was made last, also after it was released. */
     _pictrel_s *last() const;
+    std::string path() const { return pictures_.empty() ? "" : pictures_.back()->path; }
+    Owed owed() const { return owed_; }
 
     /** The library reports on the picture made last. */
     void fire(pictrel_event_type_e type, pictrel_event_result_e result);
@@ -83,6 +91,7 @@ class Pictures {
     _pictrel_s *make(const char *path);
     void follow(_pictrel_s *picture, pictrel_event_type_e type, pictrel_event_cb callback,
                 void *data);
+    void owe(Owed what) { owed_ = what; }
     bool display_ready = false;
 
   private:
@@ -97,6 +106,7 @@ class Pictures {
     };
 
     std::vector<std::unique_ptr<Picture>> pictures_;
+    Owed owed_ = Owed::Nothing;
 };
 
 } // namespace fake

@@ -16,7 +16,7 @@ struct _keynode_t {
 
 const char *vconf_keynode_get_name(keynode_t *node)
 {
-    return node->name.c_str();
+    return node == nullptr ? nullptr : node->name.c_str();
 }
 
 int app_control_get_extra_data(app_control_h app_control, const char *key, char **value)
@@ -118,6 +118,36 @@ void Store::notify(const std::string &key, const std::string &name)
         ++count;
     }
     EXPECT_EQ(count, 1) << "nobody follows " << key;
+}
+
+void Store::written(const std::string &key, int value)
+{
+    values[key] = value;
+    for (const Follower &entry : followers_) {
+        const auto same = [&](const auto &waiting) {
+            return waiting.first == key && waiting.second.callback == entry.callback;
+        };
+        // Writes that follow each other at once are told as one.
+        if (entry.key == key && std::none_of(untold_.begin(), untold_.end(), same))
+            untold_.emplace_back(key, entry);
+    }
+}
+
+bool Store::tell_next()
+{
+    while (!untold_.empty()) {
+        const auto [key, told] = untold_.front();
+        untold_.pop_front();
+        for (const Follower &entry : followers_) {
+            if (entry.key != key || entry.callback != told.callback)
+                continue;
+            _keynode_t node = {key};
+            const Follower follower = entry;
+            follower.callback(&node, follower.data);
+            return true;
+        }
+    }
+    return false;
 }
 
 std::vector<std::string> Store::watched() const

@@ -4,11 +4,13 @@
  */
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "app_framework.h"
@@ -70,6 +72,14 @@ class Store {
     /** Calls the key's followers for a key of this name, whatever its value. */
     void notify(const std::string &key, const std::string &name);
 
+    /**
+     * The real store tells a process of its own writes as well, later, from the main loop. The fake
+     * does so when it is asked, one write at a time.
+     *
+     * @return false when all are told
+     */
+    bool tell_next();
+
     /** Keys that the player follows. */
     std::vector<std::string> watched() const;
 
@@ -79,6 +89,7 @@ class Store {
     // Behind the C functions.
     void follow(const std::string &key, vconf_callback_fn callback, void *data);
     bool unfollow(const std::string &key, vconf_callback_fn callback);
+    void written(const std::string &key, int value);
 
   private:
     struct Follower {
@@ -88,6 +99,7 @@ class Store {
     };
 
     std::vector<Follower> followers_;
+    std::deque<std::pair<std::string, Follower>> untold_;
 };
 
 /** What this set is. By default an ordinary one: no rotator, no disclaimer, left to right. */

@@ -106,7 +106,9 @@ int player_set_subtitle_updated_cb_ex(player_h player, player_subtitle_updated_c
 int player_set_uri(player_h player, const char *uri)
 {
     call("player_set_uri", player, uri);
-    const int failed = result("player_set_uri", player, {PLAYER_STATE_IDLE});
+    int failed = result("player_set_uri", player, {PLAYER_STATE_IDLE});
+    if (failed == PLAYER_ERROR_NONE && media().preparing())
+        failed = PLAYER_ERROR_INVALID_STATE;
     if (failed == PLAYER_ERROR_NONE)
         media().uri = uri;
     return failed;
@@ -115,7 +117,9 @@ int player_set_uri(player_h player, const char *uri)
 int player_set_subtitle_path(player_h player, const char *path)
 {
     call("player_set_subtitle_path", player, path);
-    const int failed = result("player_set_subtitle_path", player, {PLAYER_STATE_IDLE});
+    int failed = result("player_set_subtitle_path", player, {PLAYER_STATE_IDLE});
+    if (failed == PLAYER_ERROR_NONE && media().preparing())
+        failed = PLAYER_ERROR_INVALID_STATE;
     if (failed == PLAYER_ERROR_NONE)
         media().subtitle_path = path;
     return failed;
@@ -169,8 +173,10 @@ int player_stop(player_h player)
     call("player_stop", player);
     const int failed = result("player_stop", player,
                               {PLAYER_STATE_READY, PLAYER_STATE_PLAYING, PLAYER_STATE_PAUSED});
-    if (failed == PLAYER_ERROR_NONE)
+    if (failed == PLAYER_ERROR_NONE) {
         media().state = PLAYER_STATE_READY;
+        media().rate = 1.0F;
+    }
     return failed;
 }
 
@@ -204,6 +210,8 @@ int player_set_looping(player_h player, bool looping)
 int player_set_playback_rate(player_h player, float rate)
 {
     call("player_set_playback_rate", player, rate);
+    if (rate == 0)
+        return PLAYER_ERROR_INVALID_PARAMETER;
     const int failed = result("player_set_playback_rate", player,
                               {PLAYER_STATE_READY, PLAYER_STATE_PLAYING, PLAYER_STATE_PAUSED});
     if (failed == PLAYER_ERROR_NONE)
@@ -257,6 +265,8 @@ int pictrel_destroy(_pictrel_s **picture)
     the_fake().call("pictrel_destroy", static_cast<const void *>(*picture));
     const int failed = the_fake().script.result("pictrel_destroy");
     the_fake().registry.kill("pictrel_destroy", *picture);
+    if (*picture == the_fake().pictures.last())
+        the_fake().pictures.owe(fake::Pictures::Owed::Nothing);
     *picture = nullptr;
     return failed;
 }
@@ -286,13 +296,19 @@ int pictrel_add_event_callback(_pictrel_s *picture, pictrel_event_type_e type,
 int pictrel_parse(_pictrel_s *picture)
 {
     the_fake().call("pictrel_parse", static_cast<const void *>(picture));
-    return picture_result("pictrel_parse", picture);
+    const int failed = picture_result("pictrel_parse", picture);
+    if (failed == 0)
+        the_fake().pictures.owe(fake::Pictures::Owed::Parse);
+    return failed;
 }
 
 int pictrel_decode(_pictrel_s *picture, int flags)
 {
     the_fake().call("pictrel_decode", static_cast<const void *>(picture), flags);
-    return picture_result("pictrel_decode", picture);
+    const int failed = picture_result("pictrel_decode", picture);
+    if (failed == 0)
+        the_fake().pictures.owe(fake::Pictures::Owed::Decode);
+    return failed;
 }
 
 int pictrel_render(_pictrel_s *picture)

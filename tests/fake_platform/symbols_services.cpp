@@ -119,7 +119,7 @@ int vconf_set_int(const char *key, int value)
     the_fake().call("vconf_set_int", key, value);
     const int failed = the_fake().script.result("vconf_set_int");
     if (failed == 0)
-        the_fake().store.values[key] = value;
+        the_fake().store.written(key, value);
     return failed;
 }
 
