@@ -43,15 +43,17 @@ int COstrelDemoPlayer::m_OnDisplayRotatorCB(display_rotator_status_t *pStatus, v
     if (pThis == nullptr || pStatus == nullptr)
         return 1;
 
+    // Written once, with what holds from now on: a turn that goes on is never seen as finished.
+    pThis->m_bRotating = pStatus->status == DISPLAY_ROTATOR_TURNING_TO_LANDSCAPE ||
+                         pStatus->status == DISPLAY_ROTATOR_TURNING_TO_PORTRAIT;
+
     // The texts are at error level on purpose, so that turns stand out in a set's log.
-    pThis->m_bRotating = false;
     switch (pStatus->status) {
     case DISPLAY_ROTATOR_IDLE:
         LOGE("Rotation Done");
         break;
     case DISPLAY_ROTATOR_TURNING_TO_LANDSCAPE:
     case DISPLAY_ROTATOR_TURNING_TO_PORTRAIT:
-        pThis->m_bRotating = true;
         LOGE("TV Is Rotating");
         break;
     case DISPLAY_ROTATOR_ERROR_NOT_SUPPORTED:
