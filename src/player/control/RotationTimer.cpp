@@ -96,9 +96,9 @@ void COstrelDemoPlayer::m_CreateRotationOnOffLabel()
     LOGI("");
     char szText[128] = {};
     const bool bSwitchOn = !m_bRotationAutoMode;
-    std::snprintf(szText, sizeof(szText), "%s %s",
-                  dgettext(TEXT_DOMAIN, "COM_ID_QUENDIRA_ROTATION"),
-                  dgettext(TEXT_DOMAIN, bSwitchOn ? "SID_ON" : "SID_OFF"));
+    const char *pTitle = dgettext(TEXT_DOMAIN, "COM_ID_QUENDIRA_ROTATION");
+    const char *pState = dgettext(TEXT_DOMAIN, bSwitchOn ? "SID_ON" : "SID_OFF");
+    std::snprintf(szText, sizeof(szText), "%s %s", pTitle, pState);
     m_bRotationAutoMode = bSwitchOn;
     COstrelDemoUtil::SetConfigInt(ConfigKey::ROTATION_AUTO_MODE, bSwitchOn ? 1 : 0);
     m_UpdateNotificationLabel(szText);
