@@ -1,3 +1,5 @@
+// The readable cases; VideoTranscriptTest.cpp goes through all combinations.
+
 #include "player_test.h"
 
 using testing::IsEmpty;
@@ -17,43 +19,6 @@ TEST_F(VideoPlaybackTest, CreatingThePlayerRegistersFourCallbacks)
                 LinesAre("I \"\"", "player_create()", "player_set_completed_cb(controller)",
                          "player_set_interrupted_cb(controller)", "player_set_error_cb(controller)",
                          "player_set_subtitle_updated_cb_ex(controller)"));
-}
-
-struct CreationFailure {
-    const char *function;
-    const char *text;
-    size_t calls_made;
-};
-
-class CreationFailureTest : public VideoPlaybackTest,
-                            public testing::WithParamInterface<CreationFailure> {};
-
-TEST_P(CreationFailureTest, EndsTheCreationAndLeavesWhatIsThere)
-{
-    fake_.fail(GetParam().function);
-
-    EXPECT_FALSE(player_.m_CreateVideoPlayer());
-
-    EXPECT_EQ(fake_.calls().size(), GetParam().calls_made);
-    EXPECT_EQ(fake_.logs().back(), std::string("E \"") + GetParam().text + "\"");
-    EXPECT_EQ(player_.m_hPlayer != nullptr, GetParam().calls_made > 1);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Calls, CreationFailureTest,
-    testing::Values(CreationFailure{"player_create", "player create error", 1},
-                    CreationFailure{"player_set_completed_cb", "player_set_completed_cb error", 2},
-                    CreationFailure{"player_set_interrupted_cb", "player_set_interrupted_cb error",
-                                    3},
-                    CreationFailure{"player_set_error_cb", "player_set_error_cb error", 4}));
-
-TEST_F(VideoPlaybackTest, APlayerWithoutSubtitleCallbackIsGoodEnough)
-{
-    fake_.fail("player_set_subtitle_updated_cb_ex");
-
-    EXPECT_TRUE(player_.m_CreateVideoPlayer());
-
-    EXPECT_THAT(fake_.logs(), LinesAre("I \"\"", "E \"player_set_subtitle_updated_cb failed\""));
 }
 
 // ---- OnPlayVideo ----
@@ -114,66 +79,6 @@ TEST_F(PlayVideoTest, AOneEntryListLoops)
 
     EXPECT_EQ(fake_.calls().back(), "player_set_looping(true)");
     EXPECT_EQ(fake_.logs().back(), "I \"player_set_looping true finish\"");
-}
-
-TEST_F(PlayVideoTest, AFailedLoopingIsLoggedAndPlaybackGoesOn)
-{
-    fake_.fail("player_set_looping");
-    EXPECT_TRUE(player_.OnPlayVideo("/demo/a.mp4", ""));
-    Lines logs = fake_.logs();
-    ASSERT_GE(logs.size(), 2U);
-    EXPECT_EQ(logs[logs.size() - 2], "E \"player_set_looping false failed\"");
-    EXPECT_EQ(logs.back(), "I \"player_set_looping false finish\"");
-    EXPECT_EQ(player_.m_iVideoPlayerState, 1);
-
-    fill_play_list({"a.mp4"});
-    fake_.fail("player_set_looping");
-    EXPECT_TRUE(player_.OnPlayVideo("/demo/a.mp4", ""));
-    logs = fake_.logs();
-    EXPECT_EQ(logs[logs.size() - 2], "E \"player_set_looping true failed\"");
-    EXPECT_EQ(logs.back(), "I \"player_set_looping true finish\"");
-}
-
-TEST_F(PlayVideoTest, ARefusedSubtitleDoesNotStopTheVideo)
-{
-    fake_.fail("player_set_subtitle_path");
-
-    EXPECT_TRUE(player_.OnPlayVideo("/demo/a.mp4", "/demo/a.srt"));
-
-    EXPECT_THAT(fake_.logs(), testing::Contains("E \"player_set_subtitle_path failed\""));
-    EXPECT_TRUE(fake_.media.preparing());
-}
-
-TEST_F(PlayVideoTest, ARefusedFileEndsTheAttempt)
-{
-    fake_.fail("player_set_uri");
-
-    EXPECT_FALSE(player_.OnPlayVideo("/demo/a.mp4", ""));
-
-    EXPECT_EQ(fake_.logs().back(), "E \"player_set_uri error\"");
-    EXPECT_EQ(fake_.calls().back(), "player_set_uri(\"/demo/a.mp4\")");
-    EXPECT_EQ(player_.m_iVideoPlayerState, 0);
-}
-
-TEST_F(PlayVideoTest, ARefusedDisplayDoesNotStopTheVideo)
-{
-    fake_.fail("player_set_display");
-
-    EXPECT_TRUE(player_.OnPlayVideo("/demo/a.mp4", ""));
-
-    EXPECT_THAT(fake_.logs(), testing::Contains("E \"player_set_display error\""));
-    EXPECT_TRUE(fake_.media.preparing());
-}
-
-TEST_F(PlayVideoTest, ARefusedPreparationEndsTheAttempt)
-{
-    fake_.fail("player_prepare_async");
-
-    EXPECT_FALSE(player_.OnPlayVideo("/demo/a.mp4", ""));
-
-    EXPECT_EQ(fake_.logs().back(), "E \"player_prepare_async failed\"");
-    EXPECT_EQ(fake_.calls().back(), "player_prepare_async(controller)");
-    EXPECT_EQ(player_.m_iVideoPlayerState, 0);
 }
 
 // ---- StopVideo, m_DestroyVideo ----
@@ -280,81 +185,6 @@ TEST_F(VideoPlaybackTest, DestroyingWithoutAPlayerDoesNothing)
     EXPECT_THAT(fake_.lines(), LinesAre("D \"\""));
 }
 
-// ---- m_GetPlayerState, m_GetPlayBackStatus ----
-
-TEST_F(VideoPlaybackTest, ThePlayersStateIsReturned)
-{
-    make_video_player_in(PLAYER_STATE_PAUSED);
-
-    EXPECT_EQ(player_.m_GetPlayerState(), 4);
-    EXPECT_THAT(fake_.lines(), LinesAre("D \"\""));
-}
-
-TEST_F(VideoPlaybackTest, WithoutAPlayerTheStateIsZero)
-{
-    EXPECT_EQ(player_.m_GetPlayerState(), 0);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "W \"hPlayer is null\""));
-    EXPECT_THAT(fake_.of({"player_get_state"}), IsEmpty());
-}
-
-TEST_F(VideoPlaybackTest, AnUnreadableStateIsZero)
-{
-    make_video_player_in(PLAYER_STATE_PLAYING);
-    fake_.fail("player_get_state");
-
-    EXPECT_EQ(player_.m_GetPlayerState(), 0);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "E \"player_get_state error\""));
-}
-
-TEST_F(VideoPlaybackTest, ThePlayBackStatusIsTheStateAndLogged)
-{
-    make_video_player_in(PLAYER_STATE_PLAYING);
-
-    EXPECT_EQ(player_.m_GetPlayBackStatus(), 3);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "I \"3 \""));
-}
-
-TEST_F(VideoPlaybackTest, AnUnreadablePlayBackStatusIsOne)
-{
-    make_video_player_in(PLAYER_STATE_PLAYING);
-    fake_.fail("player_get_state");
-
-    EXPECT_EQ(player_.m_GetPlayBackStatus(), 1);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "E \"player_get_state error\""));
-}
-
-TEST_F(VideoPlaybackTest, ThePlayBackStatusIsAskedEvenWithoutAPlayer)
-{
-    EXPECT_EQ(player_.m_GetPlayBackStatus(), 1);
-
-    EXPECT_THAT(fake_.of({"player_get_state"}), LinesAre("player_get_state(null)"));
-}
-
-// ---- m_SetTrickSpeed ----
-
-TEST_F(VideoPlaybackTest, ASpeedIsSetAndLogged)
-{
-    make_video_player_in(PLAYER_STATE_PLAYING);
-
-    EXPECT_TRUE(player_.m_SetTrickSpeed(-2.0));
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"-2.000000\"", "player_set_playback_rate(-2)"));
-}
-
-TEST_F(VideoPlaybackTest, ARefusedSpeedIsLogged)
-{
-    make_video_player_in(PLAYER_STATE_PLAYING);
-    fake_.fail("player_set_playback_rate");
-
-    EXPECT_FALSE(player_.m_SetTrickSpeed(2.0));
-
-    EXPECT_THAT(fake_.logs(), LinesAre("I \"2.000000\"", "E \"player_set_playback_rate error\""));
-}
-
 // ---- OnPause ----
 
 TEST_F(VideoPlaybackTest, APlayingVideoIsPausedAtNormalSpeed)
@@ -374,16 +204,6 @@ TEST_F(VideoPlaybackTest, PausingWhilePausedIsRefused)
     EXPECT_FALSE(player_.OnPause());
 
     EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\"", "I \"playerState is not PLAYING\""));
-}
-
-TEST_F(VideoPlaybackTest, AFailedPauseIsLogged)
-{
-    make_video_player_in(PLAYER_STATE_PLAYING);
-    fake_.fail("player_pause");
-
-    EXPECT_FALSE(player_.OnPause());
-
-    EXPECT_EQ(fake_.logs().back(), "E \"player_pause error\"");
 }
 
 // ---- OnResume ----
@@ -422,42 +242,6 @@ TEST_F(VideoPlaybackTest, AVideoAtNormalSpeedHasNothingToResume)
                          "I \"playerState is not PAUSED\""));
 }
 
-TEST_F(VideoPlaybackTest, AStoppedVideoHasNothingToResumeWhateverItsSpeed)
-{
-    make_video_player_in(PLAYER_STATE_READY);
-    fake_.media.rate = 2.0F;
-
-    EXPECT_FALSE(player_.OnResume());
-
-    EXPECT_THAT(fake_.calls(), IsEmpty());
-    EXPECT_EQ(fake_.logs().back(), "I \"playerState is not PAUSED\"");
-}
-
-TEST_F(VideoPlaybackTest, AnUnreadableSpeedRefusesToResume)
-{
-    make_video_player_in(PLAYER_STATE_PLAYING);
-    fake_.fail("player_get_playback_rate");
-
-    EXPECT_FALSE(player_.OnResume());
-
-    EXPECT_THAT(fake_.calls(), IsEmpty());
-    EXPECT_EQ(fake_.logs().back(), "E \"player_get_playback_rate error\"");
-}
-
-TEST_F(VideoPlaybackTest, AFailedStartRefusesToResume)
-{
-    make_video_player_in(PLAYER_STATE_PAUSED);
-    fake_.fail("player_start");
-    EXPECT_FALSE(player_.OnResume());
-    EXPECT_EQ(fake_.logs().back(), "E \"player_start error\"");
-
-    fake_.media.state = PLAYER_STATE_PLAYING;
-    fake_.media.rate = -2.0F;
-    fake_.fail("player_start");
-    EXPECT_FALSE(player_.OnResume());
-    EXPECT_EQ(fake_.logs().back(), "E \"player_start error\"");
-}
-
 // ---- OnResumeOrPause ----
 
 TEST_F(VideoPlaybackTest, TheToggleResumesAPausedVideo)
@@ -478,28 +262,6 @@ TEST_F(VideoPlaybackTest, TheTogglePausesAPlayingVideo)
 
     EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\"", "I \"1.000000\"",
                                         "player_set_playback_rate(1)", "player_pause()"));
-}
-
-TEST_F(VideoPlaybackTest, TheToggleLeavesAnyOtherStateAlone)
-{
-    make_video_player_in(PLAYER_STATE_READY);
-
-    EXPECT_TRUE(player_.OnResumeOrPause());
-
-    EXPECT_THAT(fake_.calls(), IsEmpty());
-}
-
-TEST_F(VideoPlaybackTest, TheToggleTellsFailures)
-{
-    make_video_player_in(PLAYER_STATE_PAUSED);
-    fake_.fail("player_start");
-    EXPECT_FALSE(player_.OnResumeOrPause());
-    EXPECT_EQ(fake_.logs().back(), "E \"player_start error\"");
-
-    fake_.media.state = PLAYER_STATE_PLAYING;
-    fake_.fail("player_pause");
-    EXPECT_FALSE(player_.OnResumeOrPause());
-    EXPECT_EQ(fake_.logs().back(), "E \"player_pause error\"");
 }
 
 // ---- m_Forward, m_Rewind ----
@@ -533,15 +295,6 @@ TEST_F(VideoPlaybackTest, RewindWhilePausedResumesFirst)
 
     EXPECT_THAT(fake_.calls(), LinesAre("player_set_playback_rate(1)", "player_start()",
                                         "player_set_playback_rate(-2)"));
-}
-
-TEST_F(VideoPlaybackTest, ForwardAndRewindAlwaysSucceed)
-{
-    make_video_player_in(PLAYER_STATE_PLAYING);
-    fake_.script.fail_always("player_set_playback_rate");
-
-    EXPECT_TRUE(player_.m_Forward());
-    EXPECT_TRUE(player_.m_Rewind());
 }
 
 } // namespace

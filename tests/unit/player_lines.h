@@ -1,0 +1,110 @@
+/**
+ * Pieces that recur in transcripts of everything (`fake_.all()`): what the questions leave that
+ * many operations ask, and the steps that many operations share.
+ */
+#pragma once
+
+#include <string>
+
+#include "player_test.h"
+
+/** Adds lines behind others. */
+inline Lines &operator+=(Lines &lines, const Lines &more)
+{
+    lines.insert(lines.end(), more.begin(), more.end());
+    return lines;
+}
+
+inline Lines &operator+=(Lines &lines, const std::string &line)
+{
+    lines.push_back(line);
+    return lines;
+}
+
+/** The question for the rotator, on a set that has one or none. */
+inline Lines rotator_lines(bool supported)
+{
+    if (!supported)
+        return {"display_rotator_get_status()", "E \"TV does not support rotation\""};
+    return {"display_rotator_get_status()", "I \"current rotator status is 0\"",
+            "I \"TV support rotation\""};
+}
+
+/** The question for the window's position. */
+inline std::string window_type_line(int type)
+{
+    return "I \"current window rotation type = " + std::to_string(type) + "\"";
+}
+
+/** The question whether the set shows a disclaimer. */
+inline Lines disclaimer_feature_lines(bool on)
+{
+    return {"system_info_get_custom_bool(\"com.norvane/featureconf/"
+            "ostrel_demo_player.show_disclaimer\")",
+            std::string("I \"bShowDisclaimer = ") + (on ? "1\"" : "0\"")};
+}
+
+/** The built-in folder asked for twice: once for the file, once for its subtitle. */
+inline Lines folder_lines()
+{
+    const std::string open = std::string("opendir(\"") + FOLDER + "\")";
+    return {open, "closedir()", open, "closedir()"};
+}
+
+/** Closing a popup. @param timer the tear-down timer that was pending, or an empty text. */
+inline Lines popup_closing_lines(const std::string &popup, const std::string &timer = "")
+{
+    Lines lines = {"I \"\"", "evas_object_hide(" + popup + ")", "I \"Block E-POP = 0 \"",
+                   "app_context_manager_unset_epop_block()"};
+    if (!timer.empty())
+        lines += "ecore_timer_del(" + timer + ")";
+    lines += "ecore_timer_add(0.5)";
+    return lines;
+}
+
+/** Letting go of the video. @param state what the media player was doing. */
+inline Lines video_stopping_lines(player_state_e state)
+{
+    Lines lines = {"I \"\"", "player_get_state()"};
+    if (state != PLAYER_STATE_IDLE)
+        lines += "player_stop()";
+    lines += "player_unprepare()";
+    return lines;
+}
+
+/** Setting up a video on a media player in a state. @param subtitle its path, or an empty text. */
+inline Lines video_lines(const std::string &path, const std::string &subtitle, player_state_e state,
+                         bool looping)
+{
+    Lines lines = {"I \"" + path + " " + subtitle + "\""};
+    lines += video_stopping_lines(state);
+    if (!subtitle.empty())
+        lines += "player_set_subtitle_path(\"" + subtitle + "\")";
+    const std::string loops = looping ? "true" : "false";
+    lines += {"player_set_uri(\"" + path + "\")", "player_set_display(0, window#1)",
+              "player_prepare_async(controller)", "player_set_looping(" + loops + ")",
+              "I \"player_set_looping " + loops + " finish\""};
+    return lines;
+}
+
+/**
+ * Setting up the n-th photo, counted from 1.
+ *
+ * @param display_ready whether the display was initialised for an earlier one
+ * @param replaces      whether an earlier picture is released
+ */
+inline Lines photo_lines(const std::string &path, int n, bool display_ready, bool replaces)
+{
+    Lines lines = {"I \"" + path + "\"", display_ready ? "I \"Already init display,not init again\""
+                                                       : "pictrel_init_display(window#1)"};
+    const std::string picture = "picture#" + std::to_string(n);
+    if (replaces)
+        lines += "pictrel_destroy(picture#" + std::to_string(n - 1) + ")";
+    lines += {"pictrel_create_from_url(\"" + path + "\")",
+              "pictrel_set_window(" + picture + ", 1)",
+              "pictrel_set_geometry_size(" + picture + ", 4)",
+              "pictrel_add_event_callback(" + picture + ", 4)",
+              "pictrel_add_event_callback(" + picture + ", 0)",
+              "pictrel_parse(" + picture + ")"};
+    return lines;
+}
