@@ -1,3 +1,5 @@
+// The readable cases; PhotoTranscriptTest.cpp goes through all of them.
+
 #include "player_test.h"
 
 using testing::ElementsAre;
@@ -68,33 +70,6 @@ TEST_F(PhotoPlaybackTest, AFailedDisplayIsNotInitializedAgain)
     EXPECT_EQ(fake_.transcript.count("pictrel_init_display"), 1);
 }
 
-struct PhotoFailure {
-    const char *function;
-    const char *text;
-    bool picture_stays;
-};
-
-class PhotoFailureTest : public PhotoPlaybackTest,
-                         public testing::WithParamInterface<PhotoFailure> {};
-
-TEST_P(PhotoFailureTest, EndsTheAttempt)
-{
-    fake_.fail(GetParam().function);
-
-    EXPECT_FALSE(player_.OnPlayPhoto("/demo/a.jpg"));
-
-    EXPECT_EQ(fake_.calls().back().rfind(GetParam().function, 0), 0U) << fake_.calls().back();
-    EXPECT_EQ(fake_.logs().back(), std::string("E \"") + GetParam().text + "\"");
-    EXPECT_EQ(player_.m_pPicture != nullptr, GetParam().picture_stays);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Calls, PhotoFailureTest,
-    testing::Values(PhotoFailure{"pictrel_create_from_url", "PICTURE_ERROR_CREATE", false},
-                    PhotoFailure{"pictrel_set_window", "PICTURE_ERROR_INIT", true},
-                    PhotoFailure{"pictrel_set_geometry_size", "Set Picture size Error", true},
-                    PhotoFailure{"pictrel_parse", "PICTURE_ERROR_PARSE", true}));
-
 TEST_F(PhotoPlaybackTest, APictureThatFailedIsReleasedByTheNext)
 {
     fake_.fail("pictrel_parse");
@@ -118,23 +93,6 @@ TEST_F(PhotoPlaybackTest, DecodingFollowsTheResultAndStarts)
                                         "pictrel_decode(picture#1, 0)"));
 }
 
-TEST_F(PhotoPlaybackTest, ARefusedDecodingLeavesAnEmptyErrorLine)
-{
-    make_picture();
-    fake_.fail("pictrel_decode");
-
-    player_.DecodePicture(player_.m_pPicture);
-
-    EXPECT_THAT(fake_.logs(), LinesAre("I \"\"", "E \"\""));
-}
-
-TEST_F(PhotoPlaybackTest, WithoutAPictureNothingIsDecoded)
-{
-    player_.DecodePicture(nullptr);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
-}
-
 // ---- RenderPicture ----
 
 TEST_F(PhotoPlaybackTest, AnUprightPictureIsRenderedPlainly)
@@ -145,34 +103,6 @@ TEST_F(PhotoPlaybackTest, AnUprightPictureIsRenderedPlainly)
 
     EXPECT_THAT(fake_.lines(), LinesAre("I \"Start Render Picture\"", "pictrel_render(picture#1)"));
     EXPECT_EQ(player_.m_pPicture->render_state, 1);
-}
-
-class TurnedPictureTest : public PhotoPlaybackTest,
-                          public testing::WithParamInterface<std::pair<int, int>> {};
-
-TEST_P(TurnedPictureTest, IsRenderedThroughTheMixerAndTurned)
-{
-    make_picture();
-    set_panel(static_cast<ENDEMO_ROTATION_TYPE>(GetParam().first));
-
-    player_.RenderPicture(player_.m_pPicture);
-
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("I \"Start Render Picture\"", "pictrel_set_mixer_render(picture#1, 1)",
-                         "pictrel_render(picture#1)", "pictrel_set_mixer_render(picture#1, 0)",
-                         "pictrel_rotate(picture#1, " + std::to_string(GetParam().second) + ")"));
-    EXPECT_EQ(player_.m_pPicture->render_state, 1);
-}
-
-INSTANTIATE_TEST_SUITE_P(Types, TurnedPictureTest,
-                         testing::Values(std::make_pair(1, 270), std::make_pair(2, 180),
-                                         std::make_pair(3, 90)));
-
-TEST_F(PhotoPlaybackTest, WithoutAPictureNothingIsRendered)
-{
-    player_.RenderPicture(nullptr);
-
-    EXPECT_THAT(fake_.calls(), IsEmpty());
 }
 
 // ---- m_DestroyPhoto ----
@@ -192,13 +122,6 @@ TEST_F(PhotoPlaybackTest, DestroyingReleasesTimerPictureAndDisplay)
     EXPECT_EQ(player_.m_pPicture, nullptr);
     EXPECT_EQ(player_.m_pPictureDisplay, 0);
     EXPECT_TRUE(player_.m_bSlideShowStarted) << "the flag is left as it is";
-}
-
-TEST_F(PhotoPlaybackTest, DestroyingNothingOnlyLogs)
-{
-    player_.m_DestroyPhoto();
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"Destroy end\""));
 }
 
 TEST_F(PhotoPlaybackTest, DestroyingLeavesTheEndTimer)
@@ -244,18 +167,6 @@ TEST_F(PhotoPlaybackTest, WithoutARotatorEveryPhotoStaysFiveSeconds)
     }
 }
 
-TEST_F(PhotoPlaybackTest, WithARotatorAPhotoStaysThreeMinutes)
-{
-    fake_.rotator.supported = true;
-    player_.m_uiCurPlayIndex = 0;
-
-    player_.StartSlideShow();
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_add(180)"));
-    EXPECT_NE(player_.m_pSlideShowTimer, nullptr);
-    EXPECT_EQ(player_.m_pPhotoPlayEndTimer, nullptr);
-}
-
 TEST_F(PhotoPlaybackTest, WithARotatorTheLastPhotoRunsTheEndTimer)
 {
     fake_.rotator.supported = true;
@@ -279,57 +190,7 @@ TEST_F(PhotoPlaybackTest, StartingTwiceArmsOneTimer)
     EXPECT_THAT(fake_.loop.timers(), ElementsAre(5.0));
 }
 
-TEST_F(PhotoPlaybackTest, StoppingDeletesTheTimer)
-{
-    player_.StartSlideShow();
-    fake_.forget();
-
-    player_.StopSlideShow();
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_del(timer#1)"));
-    EXPECT_FALSE(player_.m_bSlideShowStarted);
-    EXPECT_EQ(player_.m_pSlideShowTimer, nullptr);
-}
-
-TEST_F(PhotoPlaybackTest, StoppingWhatIsNotStartedOnlyLogs)
-{
-    player_.StopSlideShow();
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"slideshow not started\""));
-}
-
-TEST_F(PhotoPlaybackTest, StoppingLeavesTheEndTimer)
-{
-    fake_.rotator.supported = true;
-    player_.m_uiCurPlayIndex = 1;
-    player_.StartSlideShow();
-    fake_.forget();
-
-    player_.StopSlideShow();
-
-    EXPECT_THAT(fake_.calls(), IsEmpty());
-    EXPECT_FALSE(player_.m_bSlideShowStarted);
-    EXPECT_THAT(fake_.loop.timers(), ElementsAre(180.0));
-}
-
 // ---- Timers ----
-
-TEST_F(PhotoPlaybackTest, TheSlideShowTimerPlaysTheNextFileOnce)
-{
-    player_.m_iPlayingType = 1;
-    make_picture();
-    player_.StartSlideShow();
-    fake_.forget();
-
-    fake_.loop.advance(4.9);
-    EXPECT_THAT(fake_.lines(), IsEmpty());
-    fake_.loop.advance(0.1);
-
-    EXPECT_EQ(fake_.logs().front(), "I \"\"");
-    EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
-    EXPECT_EQ(player_.m_pSlideShowTimer, nullptr);
-    EXPECT_THAT(fake_.loop.timers(), IsEmpty());
-}
 
 TEST_F(PhotoPlaybackTest, TheTimerMayLeadToAVideoThatReleasesIt)
 {
@@ -352,23 +213,6 @@ TEST_F(PhotoPlaybackTest, TheSlideShowTimerWithoutAControllerOnlyWarns)
     EXPECT_EQ(CPlayerInspector::m_OnStartSlideShowCB(nullptr), ECORE_CALLBACK_CANCEL);
 
     EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "W \"pThis is null\""));
-}
-
-TEST_F(PhotoPlaybackTest, TheEndTimerStartsOverAtTheFirstFile)
-{
-    fake_.rotator.supported = true;
-    player_.m_iPlayingType = 1;
-    player_.m_uiCurPlayIndex = 1;
-    make_picture();
-    player_.StartSlideShow();
-    fake_.forget();
-
-    fake_.loop.advance(180.0);
-
-    EXPECT_EQ(fake_.logs().front(), "I \"\"");
-    EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
-    EXPECT_EQ(player_.m_pPhotoPlayEndTimer, nullptr);
-    EXPECT_THAT(fake_.loop.timers(), IsEmpty());
 }
 
 TEST_F(PhotoPlaybackTest, WithTimedRotationTheEndTimerDoesNotAdvance)
@@ -394,55 +238,6 @@ TEST_F(PhotoPlaybackTest, TheEndTimerWithoutAControllerDoesNothing)
     EXPECT_EQ(CPlayerInspector::m_OnPhotoPlayEndCB(nullptr), ECORE_CALLBACK_CANCEL);
 
     EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
-}
-
-// ---- Picture callbacks ----
-
-class PictureCallbackTest : public PhotoPlaybackTest {
-  protected:
-    PictureCallbackTest()
-    {
-        make_event_pipe();
-        make_picture();
-    }
-};
-
-TEST_F(PictureCallbackTest, AParseResultIsPosted)
-{
-    fake_.pictures.fire_parsed(PICTREL_RESULT_PARSED);
-    fake_.pictures.fire_parsed(PICTREL_RESULT_PARSE_FAILED);
-
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("I \"\"", "I \"iEventID = 4 iParam1 = 0\"", "ecore_pipe_write(4, 0)",
-                         "I \"\"", "I \"iEventID = 4 iParam1 = 1\"", "ecore_pipe_write(4, 1)"));
-}
-
-TEST_F(PictureCallbackTest, ADecodeResultIsPosted)
-{
-    player_.DecodePicture(player_.m_pPicture);
-    fake_.forget();
-
-    fake_.pictures.fire_decoded(PICTREL_RESULT_DECODED);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"result_code:3\"", "I \"iEventID = 5 iParam1 = 3\"",
-                                        "ecore_pipe_write(5, 3)"));
-}
-
-TEST_F(PictureCallbackTest, ALostPictureEndsTheProgramAtOnce)
-{
-    fake_.pictures.fire_conflict(10);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("W \"OstrelDemo player is terminated by Resource Conflict "
-                                        "result_code:10\"",
-                                        "E \"\"", "ui_app_exit()"));
-}
-
-TEST_F(PictureCallbackTest, AnyOtherConflictIsOnlyLogged)
-{
-    fake_.pictures.fire_conflict(9);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("W \"OstrelDemo player is terminated by Resource "
-                                        "Conflict result_code:9\""));
 }
 
 } // namespace

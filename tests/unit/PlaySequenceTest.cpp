@@ -1,4 +1,8 @@
-#include "player_test.h"
+// The readable cases; PlaySequenceTranscriptTest.cpp goes through all small lists.
+
+#include <tuple>
+
+#include "player_lines.h"
 
 using testing::ElementsAreArray;
 using testing::IsEmpty;
@@ -203,36 +207,6 @@ TEST_F(PlaySequenceTest, FromPhotoToPhotoTheDisplayStays)
                                        photo_lines("/opt/data/demo_movie/b.jpg", false)})));
 }
 
-TEST_F(PlaySequenceTest, TheResultIsThatOfTheVideo)
-{
-    fill_play_list({"a.mp4"});
-    player_.m_iPlayIndex = 0;
-    fake_.fail("player_set_uri");
-
-    EXPECT_FALSE(player_.m_PlayContents());
-}
-
-TEST_F(PlaySequenceTest, TheResultIsThatOfThePhoto)
-{
-    fill_play_list({"a.jpg"});
-    player_.m_iPlayIndex = 0;
-    fake_.fail("pictrel_parse");
-
-    EXPECT_FALSE(player_.m_PlayContents());
-}
-
-TEST_F(PlaySequenceTest, AnEmptyListPlaysNothing)
-{
-    player_.m_iPlayIndex = 0;
-    EXPECT_FALSE(player_.m_PlayContents());
-    player_.m_iPlayIndex = 4;
-    EXPECT_FALSE(player_.m_PlayContents());
-    EXPECT_FALSE(player_.m_PlayNextFile());
-    EXPECT_FALSE(player_.m_PlayPreviousFile());
-
-    EXPECT_THAT(fake_.of({"player_set_uri"}), IsEmpty());
-}
-
 // ---- m_PlayNextFile, m_PlayPreviousFile ----
 
 TEST_F(PlaySequenceTest, NextGoesToTheFollowingEntry)
@@ -317,12 +291,48 @@ TEST_F(PlaySequenceTest, SteppingFromVideoToPhotoStopsTheVideo)
                                                       photo_lines("/opt/data/demo_movie/b.jpg")})));
 }
 
-TEST_F(PlaySequenceTest, TheResultOfSteppingIsThatOfTheFile)
-{
-    fill_play_list({"a.mp4", "b.mp4"});
-    fake_.fail("player_prepare_async");
+// ---- Failures ----
 
+TEST_F(PlaySequenceTest, TheResultIsThatOfTheFileAndNothingElseIsTried)
+{
+    const std::tuple<const char *, const char *, const char *> failures[] = {
+        {"a.mp4", "player_set_uri", "player_set_uri error"},
+        {"a.mp4", "player_prepare_async", "player_prepare_async failed"},
+        {"a.jpg", "pictrel_create_from_url", "PICTURE_ERROR_CREATE"},
+        {"a.jpg", "pictrel_parse", "PICTURE_ERROR_PARSE"}};
+    for (const auto &[name, function, error] : failures) {
+        fill_play_list({name});
+        player_.m_iPlayIndex = 0;
+        for (const auto play :
+             {&CPlayerInspector::m_PlayContents, &CPlayerInspector::m_PlayNextFile,
+              &CPlayerInspector::m_PlayPreviousFile}) {
+            fake_.fail(function);
+            fake_.forget();
+
+            EXPECT_FALSE((player_.*play)()) << function;
+
+            EXPECT_EQ(fake_.all().back(), std::string("E \"") + error + "\"");
+            EXPECT_EQ(fake_.transcript.count(function), 1);
+            EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
+        }
+    }
+}
+
+TEST_F(PlaySequenceTest, AnEmptyListPlaysNothing)
+{
+    for (const int selection : {0, 4}) {
+        player_.m_iPlayIndex = selection;
+        fake_.forget();
+        EXPECT_FALSE(player_.m_PlayContents());
+        EXPECT_EQ(fake_.all(), join({{"D \"" + std::to_string(selection) + "\""},
+                                     folder_lines(),
+                                     {"W \"play list is empty\""}}));
+    }
+
+    fake_.forget();
+    EXPECT_FALSE(player_.m_PlayNextFile());
     EXPECT_FALSE(player_.m_PlayPreviousFile());
+    EXPECT_THAT(fake_.all(), LinesAre("W \"play list is empty\"", "W \"play list is empty\""));
 }
 
 } // namespace
