@@ -1,6 +1,7 @@
 // Events of the staff and the panel: a chosen row, a turned window.
 
 #include "event_dispatcher_test.h"
+#include "player_lines.h"
 
 using testing::IsEmpty;
 
@@ -14,10 +15,29 @@ class ItemSelectedTest : public EventDispatcherTest {
     void choose(size_t row)
     {
         player_.m_InitItemList();
-        if (player_.m_pPopup == nullptr)
-            open_popup();
+        open_popup();
         fake_.widgets.focus_row(player_.m_pGenlist, row);
         dispatch(ENDEMO_EVENT_ITEM_SELECTED);
+    }
+
+    // The focused row is asked for, and whether a disclaimer has to be hidden.
+    static Lines chosen(const std::string &row)
+    {
+        return join({focused(row), disclaimer_feature_lines(false)});
+    }
+
+    static Lines focused(const std::string &row)
+    {
+        return {"elm_object_focused_item_get(genlist#1)",
+                "elm_velt_genlist_item_data_get(" + row + ")"};
+    }
+
+    // The landscape half of the selection takes the number of an entry.
+    static Lines stored(int entry)
+    {
+        return {reads(ConfigKey::DEMO_MODE), panel_line(false),
+                "E \"eMode=1 iMenuType=" + std::to_string(entry) + "\"",
+                writes(ConfigKey::DEMO_MODE, entry)};
     }
 };
 
@@ -26,9 +46,13 @@ TEST_F(ItemSelectedTest, AChosenEntryIsStoredAndPlayed)
     choose(3);
 
     EXPECT_EQ(player_.m_iPlayIndex, 2);
-    EXPECT_THAT(fake_.of({"vconf_set_int", "player_set_uri", "evas_object_hide"}),
-                LinesAre(writes(ConfigKey::DEMO_MODE, 2),
-                         "player_set_uri(\"/opt/data/demo_movie/b.mp4\")"));
+    EXPECT_EQ(rest(),
+              join({chosen("row#4"),
+                    stored(2),
+                    {"D \"2\""},
+                    folder_lines(),
+                    {"D \"/opt/data/demo_movie/b.mp4\"", "D \"0 0\""},
+                    video_lines("/opt/data/demo_movie/b.mp4", "", PLAYER_STATE_IDLE, false)}));
 }
 
 TEST_F(ItemSelectedTest, TheEntryInForceChangesNothing)
@@ -37,7 +61,8 @@ TEST_F(ItemSelectedTest, TheEntryInForceChangesNothing)
 
     choose(3);
 
-    EXPECT_THAT(lines(), IsEmpty());
+    EXPECT_EQ(rest(), focused("row#4"));
+    EXPECT_EQ(player_.m_iPlayIndex, 2);
 }
 
 TEST_F(ItemSelectedTest, PlayAllDuringAVideoOnlyStoresTheChoice)
@@ -47,7 +72,7 @@ TEST_F(ItemSelectedTest, PlayAllDuringAVideoOnlyStoresTheChoice)
     choose(1);
 
     EXPECT_EQ(player_.m_iPlayIndex, 0);
-    EXPECT_EQ(lines(), Lines({writes(ConfigKey::DEMO_MODE, 0)}));
+    EXPECT_EQ(rest(), join({chosen("row#2"), {writes(ConfigKey::DEMO_MODE, 0)}}));
 }
 
 TEST_F(ItemSelectedTest, PlayAllDuringAPhotoStartsTheSlideShow)
@@ -57,7 +82,10 @@ TEST_F(ItemSelectedTest, PlayAllDuringAPhotoStartsTheSlideShow)
 
     choose(1);
 
-    EXPECT_EQ(lines(), Lines({writes(ConfigKey::DEMO_MODE, 0), "I \"\"", "ecore_timer_add(5)"}));
+    EXPECT_EQ(rest(), join({chosen("row#2"),
+                            {writes(ConfigKey::DEMO_MODE, 0), "I \"\""},
+                            rotator_lines(false),
+                            {"ecore_timer_add(5)"}}));
 }
 
 TEST_F(ItemSelectedTest, OffEndsTheProgram)
@@ -65,7 +93,10 @@ TEST_F(ItemSelectedTest, OffEndsTheProgram)
     choose(0);
 
     EXPECT_EQ(player_.m_iPlayIndex, -1);
-    EXPECT_EQ(lines(), join({{writes(ConfigKey::DEMO_MODE, -1), "D \"-1\""}, exit_lines()}));
+    EXPECT_EQ(rest(), join({chosen("row#1"),
+                            {writes(ConfigKey::DEMO_MODE, -1), "D \"-1\""},
+                            folder_lines(),
+                            exit_lines()}));
 }
 
 TEST_F(ItemSelectedTest, AChoiceHidesTheDisclaimer)
@@ -73,11 +104,27 @@ TEST_F(ItemSelectedTest, AChoiceHidesTheDisclaimer)
     fake_.system.has_disclaimer = true;
     player_.m_CreateDisclaimer();
     player_.m_ShowDisclaimer();
+    player_.m_iPlayIndex = 1;
 
-    choose(2);
+    choose(1);
 
+    EXPECT_EQ(rest(), join({focused("row#2"),
+                            disclaimer_feature_lines(true),
+                            {"evas_object_hide(layout#1)", "evas_object_hide(imagebox#1)",
+                             "ecore_timer_del(timer#1)", writes(ConfigKey::DEMO_MODE, 0)}}));
     EXPECT_EQ(player_.m_pDisclaimerTimer, nullptr);
-    EXPECT_FALSE(fake_.widgets.visible(player_.m_pDisclaimerRootLayout));
+}
+
+TEST_F(ItemSelectedTest, TheEntryInForceLeavesTheDisclaimer)
+{
+    fake_.system.has_disclaimer = true;
+    player_.m_CreateDisclaimer();
+    player_.m_ShowDisclaimer();
+
+    choose(1);
+
+    EXPECT_EQ(rest(), focused("row#2"));
+    EXPECT_NE(player_.m_pDisclaimerTimer, nullptr);
 }
 
 TEST_F(ItemSelectedTest, WithoutAFocusedRowNothingHappens)
@@ -87,7 +134,7 @@ TEST_F(ItemSelectedTest, WithoutAFocusedRowNothingHappens)
 
     dispatch(ENDEMO_EVENT_ITEM_SELECTED);
 
-    EXPECT_THAT(lines(), IsEmpty());
+    EXPECT_EQ(rest(), focused("null"));
 }
 
 TEST_F(ItemSelectedTest, ARowWithoutRecordChoosesNothing)
@@ -100,14 +147,14 @@ TEST_F(ItemSelectedTest, ARowWithoutRecordChoosesNothing)
 
     dispatch(ENDEMO_EVENT_ITEM_SELECTED);
 
-    EXPECT_THAT(lines(), IsEmpty());
+    EXPECT_EQ(rest(), focused("row#3"));
 }
 
 TEST_F(ItemSelectedTest, WithoutAnOpenPopupNothingHappens)
 {
     dispatch(ENDEMO_EVENT_ITEM_SELECTED);
 
-    EXPECT_THAT(lines(), IsEmpty());
+    EXPECT_THAT(rest(), IsEmpty());
 }
 
 // ---- 10: window rotated ----
@@ -122,6 +169,33 @@ class WindowRotatedTest : public EventDispatcherTest {
         player_.m_InitPlayList();
         player_.m_InitItemList();
     }
+
+    // No popup, and a new list for the panel as it stands.
+    static Lines list_asked(bool upright)
+    {
+        return {"I \"\"", "I \"\"", reads(ConfigKey::DEMO_MODE), panel_line(upright)};
+    }
+
+    static Lines rows(const std::vector<std::string> &names)
+    {
+        Lines lines = {"D \"\"", "dgettext(\"ostrel-demo-player-tv\", \"SID_OFF\")",
+                       "dgettext(\"ostrel-demo-player-tv\", \"COM_HTS_SID_PLAY_ALL\")"};
+        for (const std::string &name : names)
+            lines += "I \"" + name + "\"";
+        return lines;
+    }
+
+    // Starting with everything, on a set with a rotator and timed rotation off.
+    static Lines started()
+    {
+        return join({{reads(ConfigKey::FILE_MODE), reads(ConfigKey::DEMO_MODE)},
+                     rotator_lines(true),
+                     disclaimer_feature_lines(false),
+                     {"I \"\""},
+                     rotator_lines(true),
+                     {"D \"0\""},
+                     folder_lines()});
+    }
 };
 
 TEST_F(WindowRotatedTest, TheListIsRebuiltForTheNewOrientationAndPlayed)
@@ -130,34 +204,44 @@ TEST_F(WindowRotatedTest, TheListIsRebuiltForTheNewOrientationAndPlayed)
 
     dispatch(ENDEMO_EVENT_WINDOW_ROTATED);
 
+    EXPECT_EQ(rest(), join({list_asked(true),
+                            {"I \"add portrait contents in play list\"", panel_line(true),
+                             writes(ConfigKey::FILE_MODE, 2)},
+                            rows({"1 portrait_b", "2 portrait_c"}),
+                            started(),
+                            {"D \"/opt/data/demo_movie/portrait_b.mp4\"", "D \"0 0\""},
+                            video_lines("/opt/data/demo_movie/portrait_b.mp4", "",
+                                        PLAYER_STATE_IDLE, false)}));
     EXPECT_EQ(player_.m_vdcPlayList.size(), 2U);
-    ASSERT_EQ(player_.m_vdcItemList.size(), 4U);
-    EXPECT_EQ(player_.m_vdcItemList[2].strText, "portrait_b");
-    EXPECT_THAT(fake_.of({"vconf_set_int", "dgettext", "player_set_uri"}),
-                LinesAre(writes(ConfigKey::FILE_MODE, 2),
-                         "dgettext(\"ostrel-demo-player-tv\", \"SID_OFF\")",
-                         "dgettext(\"ostrel-demo-player-tv\", \"COM_HTS_SID_PLAY_ALL\")",
-                         "player_set_uri(\"/opt/data/demo_movie/portrait_b.mp4\")"));
-    EXPECT_EQ(lines().front(), "I \"\"");
+    EXPECT_EQ(player_.m_vdcItemList.size(), 4U);
 }
 
 TEST_F(WindowRotatedTest, BackInLandscapeTheStoredOrientationFollows)
 {
     dispatch(ENDEMO_EVENT_WINDOW_ROTATED);
 
-    EXPECT_THAT(fake_.of({"vconf_set_int"}), LinesAre(writes(ConfigKey::FILE_MODE, 1)));
-    EXPECT_EQ(player_.m_vdcPlayList.size(), 1U);
+    EXPECT_EQ(rest(),
+              join({list_asked(false),
+                    {"I \"add landscape files in play list\"", panel_line(false),
+                     writes(ConfigKey::FILE_MODE, 1)},
+                    rows({"1 a"}),
+                    started(),
+                    {"D \"/opt/data/demo_movie/a.mp4\"", "D \"0 0\""},
+                    video_lines("/opt/data/demo_movie/a.mp4", "", PLAYER_STATE_IDLE, true)}));
 }
 
-TEST_F(WindowRotatedTest, AnOpenPopupIsClosed)
+TEST_F(WindowRotatedTest, AnOpenPopupIsClosedFirst)
 {
     open_popup();
     set_panel(ROTATION_TYPE_PORTRAIT);
 
     dispatch(ENDEMO_EVENT_WINDOW_ROTATED);
 
-    EXPECT_EQ(fake_.calls().front(), "evas_object_hide(popup#1)");
-    EXPECT_NE(player_.m_pDestroyPopupTimer, nullptr);
+    const Lines closing = popup_closing_lines("popup#1");
+    const Lines lines = rest();
+    ASSERT_GT(lines.size(), closing.size());
+    EXPECT_EQ(Lines(lines.begin(), lines.begin() + static_cast<long>(closing.size())), closing);
+    EXPECT_EQ(fake_.media.uri, "/opt/data/demo_movie/portrait_b.mp4");
 }
 
 TEST_F(WindowRotatedTest, WithoutContentForItThePanelIsTurnedBack)
@@ -167,9 +251,27 @@ TEST_F(WindowRotatedTest, WithoutContentForItThePanelIsTurnedBack)
 
     dispatch(ENDEMO_EVENT_WINDOW_ROTATED);
 
-    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::FILE_MODE, 1), "ecore_timer_add(0.8)"));
+    EXPECT_EQ(rest(), join({list_asked(true),
+                            rotator_lines(true),
+                            {writes(ConfigKey::FILE_MODE, 1), "ecore_timer_add(0.8)"}}));
     EXPECT_THAT(player_.m_vdcPlayList, IsEmpty());
     EXPECT_THAT(player_.m_vdcItemList, IsEmpty());
+}
+
+TEST_F(WindowRotatedTest, WhenLeavingNothingIsTurnedBackAndNothingPlayed)
+{
+    player_.m_vdcPortraitVideos.clear();
+    fake_.store.values[ConfigKey::DEMO_MODE] = -1;
+    set_panel(ROTATION_TYPE_PORTRAIT);
+
+    dispatch(ENDEMO_EVENT_WINDOW_ROTATED);
+
+    EXPECT_EQ(rest(), join({list_asked(true),
+                            rotator_lines(true),
+                            {panel_line(true), writes(ConfigKey::FILE_MODE, 2)},
+                            rows({}),
+                            {"I \"play list is empty\""}}));
+    EXPECT_EQ(player_.m_vdcItemList.size(), 2U);
 }
 
 TEST_F(WindowRotatedTest, WithNothingToPlayTheProgramEnds)
@@ -179,7 +281,10 @@ TEST_F(WindowRotatedTest, WithNothingToPlayTheProgramEnds)
 
     dispatch(ENDEMO_EVENT_WINDOW_ROTATED);
 
-    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::PLAYBACK_STATUS, 2), "ui_app_exit()"));
+    EXPECT_EQ(rest(), join({list_asked(false),
+                            rotator_lines(true),
+                            {writes(ConfigKey::PLAYBACK_STATUS, 2)},
+                            exit_lines()}));
 }
 
 } // namespace

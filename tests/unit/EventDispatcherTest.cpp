@@ -4,6 +4,8 @@
 
 #include <cstdio>
 
+#include "player_lines.h"
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -11,46 +13,49 @@ namespace {
 
 // ---- Records ----
 
-TEST_F(EventDispatcherTest, EveryRecordIsLogged)
+class RecordTest : public EventDispatcherTest, public testing::WithParamInterface<int> {
+  protected:
+    static std::string trace_of(const stPipeRecord *record)
+    {
+        char text[64];
+        std::snprintf(text, sizeof text, "I \"pEvent = %p\"", static_cast<const void *>(record));
+        return text;
+    }
+
+    stPipeRecord record_ = {GetParam(), 9, 0, 0, 0, 0};
+};
+
+TEST_P(RecordTest, WithoutAControllerItIsDroppedAfterItsTrace)
 {
-    stPipeRecord record = {4, 9, 0, 0, 0, 0};
-    char pointer[64];
-    std::snprintf(pointer, sizeof pointer, "I \"pEvent = %p\"", static_cast<void *>(&record));
+    CPlayerInspector::m_OnHandleEcorePipeCB(nullptr, &record_, sizeof record_);
 
-    CPlayerInspector::m_OnHandleEcorePipeCB(controller_.get(), &record, sizeof record);
-
-    EXPECT_THAT(fake_.lines(), LinesAre(pointer, "I \"EventID = 4,iParam1 = 9\""));
+    EXPECT_THAT(fake_.all(), LinesAre(trace_of(&record_)));
 }
 
-TEST_F(EventDispatcherTest, AMissingRecordIsDroppedAfterItsTrace)
-{
-    CPlayerInspector::m_OnHandleEcorePipeCB(controller_.get(), nullptr, 0);
+INSTANTIATE_TEST_SUITE_P(Ids, RecordTest, testing::Range(-1, 13));
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"pEvent = (nil)\""));
-}
-
-TEST_F(EventDispatcherTest, ARecordWithoutControllerIsDroppedAfterItsTrace)
-{
-    stPipeRecord record = {1, 0, 0, 0, 0, 0};
-
-    CPlayerInspector::m_OnHandleEcorePipeCB(nullptr, &record, sizeof record);
-
-    ASSERT_EQ(fake_.lines().size(), 1U);
-    EXPECT_EQ(fake_.lines()[0].rfind("I \"pEvent = ", 0), 0U);
-}
-
+// The numbers between those that mean something, and those far out.
 class IgnoredEventTest : public EventDispatcherTest, public testing::WithParamInterface<int> {};
 
 TEST_P(IgnoredEventTest, DoesNothing)
 {
-    dispatch(GetParam());
+    for (const int parameter : {INT32_MIN, -1, 0, 1, 3, INT32_MAX}) {
+        dispatch(GetParam(), parameter);
 
-    EXPECT_EQ(fake_.lines().size(), 2U);
-    EXPECT_EQ(fake_.lines()[1], "I \"EventID = " + std::to_string(GetParam()) + ",iParam1 = 0\"");
+        EXPECT_THAT(rest(), IsEmpty()) << parameter;
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Ids, IgnoredEventTest,
                          testing::Values(INT32_MIN, -1, 0, 6, 9, 11, 12, 1000, INT32_MAX));
+
+TEST_F(EventDispatcherTest, AMissingRecordIsDroppedAfterItsTrace)
+{
+    CPlayerInspector::m_OnHandleEcorePipeCB(controller_.get(), nullptr, 0);
+    CPlayerInspector::m_OnHandleEcorePipeCB(nullptr, nullptr, 24);
+
+    EXPECT_THAT(fake_.all(), LinesAre("I \"pEvent = (nil)\"", "I \"pEvent = (nil)\""));
+}
 
 // ---- 1: player error ----
 
@@ -58,170 +63,65 @@ TEST_F(EventDispatcherTest, APlayerErrorEndsTheProgram)
 {
     dispatch(ENDEMO_EVENT_PLAYER_ERROR);
 
-    EXPECT_EQ(lines(),
-              join({{"I \"\"", "I \"\"", "player_unprepare()", "I \"\"", "I \"Destroy end\""},
-                    closed_down(),
-                    {writes(ConfigKey::PLAYBACK_STATUS, 3)},
-                    exit_lines()}));
+    EXPECT_EQ(rest(), join({{"I \"\""},
+                            video_stopping_lines(PLAYER_STATE_IDLE),
+                            {"I \"\"", "I \"Destroy end\""},
+                            closed_down(),
+                            {writes(ConfigKey::PLAYBACK_STATUS, 3)},
+                            exit_lines()}));
 }
 
 TEST_F(EventDispatcherTest, APlayerErrorReleasesPopupAndPhoto)
 {
     open_popup();
     make_picture();
+    fake_.media.state = PLAYER_STATE_PLAYING;
 
     dispatch(ENDEMO_EVENT_PLAYER_ERROR);
 
-    EXPECT_THAT(fake_.of({"evas_object_hide", "player_unprepare", "pictrel_destroy"}),
-                LinesAre("evas_object_hide(popup#1)", "player_unprepare()",
-                         "pictrel_destroy(picture#1)", "pictrel_destroy_display(1)",
-                         "evas_object_hide(window#1)"));
+    EXPECT_EQ(rest(), join({popup_closing_lines("popup#1"),
+                            video_stopping_lines(PLAYER_STATE_PLAYING),
+                            {"I \"\"", "pictrel_destroy(picture#1)", "pictrel_destroy_display(1)",
+                             "I \"Destroy end\""},
+                            closed_down(),
+                            {writes(ConfigKey::PLAYBACK_STATUS, 3)},
+                            exit_lines()}));
+}
+
+TEST_F(EventDispatcherTest, AnErrorThatCannotBeStoredEndsTheProgramAllTheSame)
+{
+    fake_.fail("vconf_set_int");
+
+    dispatch(ENDEMO_EVENT_PLAYER_ERROR);
+
+    const Lines lines = rest();
+    ASSERT_GE(lines.size(), 4U);
+    EXPECT_EQ(Lines(lines.end() - 4, lines.end()),
+              join({{writes(ConfigKey::PLAYBACK_STATUS, 3),
+                     "E \"SetConfigInt key memory/ostrel-demo-player-tv/playback_status,fail\""},
+                    exit_lines()}));
 }
 
 // ---- 2: player completed ----
 
-TEST_F(EventDispatcherTest, ACompletedVideoIsFollowedByTheNext)
+TEST_F(EventDispatcherTest, AVideoThatIsRefusedIsNotReplacedByAnother)
 {
     fake_.media.state = PLAYER_STATE_READY;
+    fake_.fail("player_set_uri");
 
     dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
 
+    EXPECT_EQ(rest(), join({folder_lines(),
+                            {"I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 3\"",
+                             "D \"Repeat Mode is on\"", "I \"/opt/data/demo_movie/b.mp4 \""},
+                            video_stopping_lines(PLAYER_STATE_READY),
+                            {"player_set_uri(\"/opt/data/demo_movie/b.mp4\")",
+                             "E \"player_set_uri error\""}}));
     EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
-    EXPECT_EQ(lines(),
-              Lines({"I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 3\"",
-                     "D \"Repeat Mode is on\"", "I \"/opt/data/demo_movie/b.mp4 \"", "I \"\"",
-                     "player_stop()", "player_unprepare()",
-                     "player_set_uri(\"/opt/data/demo_movie/b.mp4\")",
-                     "player_set_display(0, window#1)", "player_prepare_async(controller)",
-                     "player_set_looping(false)", "I \"player_set_looping false finish\""}));
-    EXPECT_EQ(player_.m_strPlayPath, "/opt/data/demo_movie/b.mp4");
-    EXPECT_EQ(player_.m_strSubtitlePath, "");
+    EXPECT_EQ(fake_.app.exit_requests, 0);
 }
 
-TEST_F(EventDispatcherTest, TheFirstFollowsTheLast)
-{
-    player_.m_uiCurPlayIndex = 2;
-
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-
-    EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
-    EXPECT_EQ(fake_.media.uri, "/opt/data/demo_movie/a.mp4");
-}
-
-TEST_F(EventDispatcherTest, AChosenEntryIsPlayedAgain)
-{
-    player_.m_iPlayIndex = 3;
-    player_.m_uiCurPlayIndex = 0;
-
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-
-    EXPECT_EQ(player_.m_uiCurPlayIndex, 2U);
-    EXPECT_EQ(fake_.media.uri, "/opt/data/demo_movie/c.mp4");
-}
-
-TEST_F(EventDispatcherTest, TheFirstEntryMayBeTheChosenOne)
-{
-    player_.m_iPlayIndex = 1;
-
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-
-    EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
-    EXPECT_EQ(fake_.media.uri, "/opt/data/demo_movie/a.mp4");
-}
-
-TEST_F(EventDispatcherTest, AChosenEntryBeyondTheListBecomesTheFirst)
-{
-    player_.m_iPlayIndex = 4;
-    player_.m_uiCurPlayIndex = 1;
-
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-
-    EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
-    EXPECT_THAT(fake_.of({"vconf_set_int"}), IsEmpty());
-}
-
-TEST_F(EventDispatcherTest, WithoutASelectionTheCurrentEntryStays)
-{
-    player_.m_iPlayIndex = -1;
-    player_.m_uiCurPlayIndex = 1;
-
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-    EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
-
-    player_.m_uiCurPlayIndex = 7;
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-    EXPECT_EQ(player_.m_uiCurPlayIndex, 0U) << "an index outside the list becomes the first";
-}
-
-TEST_F(EventDispatcherTest, TheNextVideosSubtitleIsTaken)
-{
-    player_.m_vdcPlayList[1].strSubtitleName = "b.srt";
-
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-
-    EXPECT_EQ(fake_.media.subtitle_path, "/opt/data/demo_movie/b.srt");
-    EXPECT_EQ(player_.m_strSubtitlePath, "/opt/data/demo_movie/b.srt");
-}
-
-TEST_F(EventDispatcherTest, APhotoAfterAVideoStopsTheVideo)
-{
-    fake_.media.state = PLAYER_STATE_READY;
-    fill_play_list({"a.mp4", "b.jpg"});
-
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-
-    EXPECT_EQ(player_.m_iPlayingType, 1);
-    EXPECT_EQ(lines(),
-              Lines({"I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 2\"", "I \"\"",
-                     "player_stop()", "player_unprepare()", "D \"Repeat Mode is on\"",
-                     "I \"/opt/data/demo_movie/b.jpg\"", "pictrel_init_display(window#1)",
-                     "pictrel_create_from_url(\"/opt/data/demo_movie/b.jpg\")",
-                     "pictrel_set_window(picture#1, 1)", "pictrel_set_geometry_size(picture#1, 4)",
-                     "pictrel_add_event_callback(picture#1, 4)",
-                     "pictrel_add_event_callback(picture#1, 0)", "pictrel_parse(picture#1)"}));
-}
-
-TEST_F(EventDispatcherTest, AVideoAfterAPhotoReleasesThePhoto)
-{
-    make_picture();
-    player_.m_iPlayingType = 1;
-    fill_play_list({"a.jpg", "b.mp4"});
-
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-
-    EXPECT_EQ(player_.m_iPlayingType, 0);
-    EXPECT_THAT(fake_.of({"pictrel_", "player_prepare"}),
-                LinesAre("pictrel_destroy(picture#1)", "pictrel_destroy_display(1)",
-                         "player_prepare_async(controller)"));
-}
-
-TEST_F(EventDispatcherTest, WithRepeatOffTheProgramEndsAfterTheFirst)
-{
-    player_.m_bRepeat = false;
-
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-
-    EXPECT_EQ(lines(), join({{"I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 3\"",
-                              "D \"Repeat Mode is off\""},
-                             exit_lines()}));
-    EXPECT_EQ(status(), -1) << "the status is left as it is";
-    EXPECT_EQ(player_.m_strPlayPath, "/opt/data/demo_movie/b.mp4");
-}
-
-TEST_F(EventDispatcherTest, WithRepeatOffTheKindIsSwitchedBeforeTheEnd)
-{
-    player_.m_bRepeat = false;
-    fill_play_list({"a.mp4", "b.jpg"});
-
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-
-    EXPECT_EQ(player_.m_iPlayingType, 1);
-    EXPECT_EQ(lines(), join({{"I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 2\"",
-                              "I \"\"", "player_unprepare()", "D \"Repeat Mode is off\""},
-                             exit_lines()}));
-}
-
-TEST_F(EventDispatcherTest, ACompletionWithAnEmptyListDoesNotCrash)
+TEST_F(EventDispatcherTest, ACompletionWithAnEmptyListPlaysNothing)
 {
     player_.m_vdcPlayList.clear();
     player_.m_uiCurPlayIndex = 5;
@@ -229,7 +129,9 @@ TEST_F(EventDispatcherTest, ACompletionWithAnEmptyListDoesNotCrash)
     dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
 
     EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
-    EXPECT_THAT(fake_.of({"player_set_uri"}), IsEmpty());
+    EXPECT_EQ(rest(), join({folder_lines(),
+                            {"I \"m_uiCurPlayIndex: 5, iPlayIndex: 0, m_vdcPlayList.size: 0\"",
+                             "W \"play list is empty\""}}));
 }
 
 TEST_F(EventDispatcherTest, WithRepeatOffTheProgramEndsEvenWithAnEmptyList)
@@ -239,77 +141,102 @@ TEST_F(EventDispatcherTest, WithRepeatOffTheProgramEndsEvenWithAnEmptyList)
 
     dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
 
-    EXPECT_THAT(fake_.logs(), testing::Contains("D \"Repeat Mode is off\""));
-    EXPECT_EQ(fake_.app.exit_requests, 1);
+    EXPECT_EQ(rest(), join({folder_lines(),
+                            {"I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 0\"",
+                             "W \"play list is empty\"", "D \"Repeat Mode is off\""},
+                            exit_lines()}));
 }
 
 // ---- 3: player prepared ----
 
-TEST_F(EventDispatcherTest, APreparedVideoIsStarted)
-{
-    fake_.media.state = PLAYER_STATE_READY;
-    player_.m_iVideoPlayerState = 2;
-    player_.m_uiCurPlayIndex = 1;
+// Which way the window stands; the picture is turned in one position only.
+class PreparedTest : public EventDispatcherTest, public testing::WithParamInterface<int> {
+  protected:
+    PreparedTest()
+    {
+        fake_.media.state = PLAYER_STATE_READY;
+        player_.m_iVideoPlayerState = 2;
+        player_.m_uiCurPlayIndex = 1;
+        set_panel(static_cast<ENDEMO_ROTATION_TYPE>(GetParam()));
+    }
 
+    static bool upright() { return GetParam() % 2 == 1; }
+
+    static Lines turned_and_started()
+    {
+        const std::string rotation = GetParam() == 1 ? "2" : "0";
+        return {"I \"1 b.mp4\"",
+                "I \"\"",
+                window_type_line(GetParam()),
+                "player_set_display_rotation(" + rotation + ")",
+                "I \"enNextRotation =" + rotation + "\"",
+                "player_start()"};
+    }
+
+    static Lines told()
+    {
+        return {panel_line(upright()), writes(ConfigKey::FILE_MODE, upright() ? 2 : 1),
+                "I \"player_start successful\"", writes(ConfigKey::PLAYBACK_STATUS, 1)};
+    }
+};
+
+TEST_P(PreparedTest, TheVideoIsStarted)
+{
     dispatch(ENDEMO_EVENT_PLAYER_PREPARED);
 
-    EXPECT_EQ(lines(),
-              Lines({"I \"1 b.mp4\"", "I \"\"", "player_set_display_rotation(0)",
-                     "I \"enNextRotation =0\"", "player_start()", writes(ConfigKey::FILE_MODE, 1),
-                     "I \"player_start successful\"", writes(ConfigKey::PLAYBACK_STATUS, 1)}));
+    EXPECT_EQ(rest(), join({turned_and_started(), disclaimer_feature_lines(false), told()}));
+    EXPECT_EQ(fake_.media.state, PLAYER_STATE_PLAYING);
 }
 
-TEST_F(EventDispatcherTest, InPortraitTheStoredOrientationFollows)
-{
-    fake_.media.state = PLAYER_STATE_READY;
-    player_.m_iVideoPlayerState = 2;
-    set_panel(ROTATION_TYPE_PORTRAIT);
-
-    dispatch(ENDEMO_EVENT_PLAYER_PREPARED);
-
-    EXPECT_THAT(fake_.calls(),
-                LinesAre("player_set_display_rotation(2)", "player_start()",
-                         writes(ConfigKey::FILE_MODE, 2), writes(ConfigKey::PLAYBACK_STATUS, 1)));
-}
-
-TEST_F(EventDispatcherTest, AStartedVideoShowsTheDisclaimer)
+TEST_P(PreparedTest, AStartedVideoShowsTheDisclaimer)
 {
     fake_.system.has_disclaimer = true;
     player_.m_CreateDisclaimer();
-    fake_.media.state = PLAYER_STATE_READY;
-    player_.m_iVideoPlayerState = 2;
+    fake_.forget();
+    player_.m_ShowDisclaimer();
+    const Lines shown = fake_.all();
 
     dispatch(ENDEMO_EVENT_PLAYER_PREPARED);
 
-    EXPECT_TRUE(fake_.widgets.visible(player_.m_pDisclaimerImageBox));
-    EXPECT_THAT(fake_.of({"player_start", "ecore_timer_add", "vconf_set_int"}),
-                LinesAre("player_start()", "ecore_timer_add(5)", writes(ConfigKey::FILE_MODE, 1),
-                         writes(ConfigKey::PLAYBACK_STATUS, 1)));
+    EXPECT_THAT(shown, testing::Contains("evas_object_show(imagebox#1)"));
+    EXPECT_EQ(rest(), join({turned_and_started(), shown, told()}));
 }
 
-TEST_F(EventDispatcherTest, AFailedStartEndsTheProgram)
+TEST_P(PreparedTest, AFailedStartEndsTheProgram)
 {
-    fake_.media.state = PLAYER_STATE_READY;
-    player_.m_iVideoPlayerState = 2;
+    fake_.system.has_disclaimer = true;
     fake_.fail("player_start");
 
     dispatch(ENDEMO_EVENT_PLAYER_PREPARED);
 
-    EXPECT_EQ(lines(),
-              join({{"I \"0 a.mp4\"", "I \"\"", "player_set_display_rotation(0)",
-                     "I \"enNextRotation =0\"", "player_start()", "E \"player_start error\"",
-                     "I \"\"", "player_stop()", "player_unprepare()"},
-                    closed_down(),
-                    {writes(ConfigKey::PLAYBACK_STATUS, 0)},
-                    exit_lines()}));
+    EXPECT_EQ(rest(), join({turned_and_started(),
+                            {"E \"player_start error\""},
+                            video_stopping_lines(PLAYER_STATE_READY),
+                            closed_down(),
+                            {writes(ConfigKey::PLAYBACK_STATUS, 0)},
+                            exit_lines()}));
 }
+
+TEST_P(PreparedTest, AVideoThatCannotBeTurnedIsStarted)
+{
+    fake_.fail("player_set_display_rotation");
+
+    dispatch(ENDEMO_EVENT_PLAYER_PREPARED);
+
+    Lines lines = turned_and_started();
+    lines[4] = "E \"set_display_rotation failed\"";
+    EXPECT_EQ(rest(), join({lines, disclaimer_feature_lines(false), told()}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Panels, PreparedTest, testing::Values(0, 1, 2, 3));
 
 TEST_F(EventDispatcherTest, AVideoThatWasStoppedMeanwhileIsNotStarted)
 {
-    for (const int state : {0, 1}) {
+    fake_.media.state = PLAYER_STATE_READY;
+    for (const int state : {-1, 0, 1, 3}) {
         player_.m_iVideoPlayerState = state;
         dispatch(ENDEMO_EVENT_PLAYER_PREPARED);
-        EXPECT_THAT(lines(), IsEmpty());
+        EXPECT_THAT(rest(), IsEmpty()) << state;
     }
 }
 
@@ -320,7 +247,19 @@ TEST_F(EventDispatcherTest, WithoutAPlayerNothingIsStarted)
 
     dispatch(ENDEMO_EVENT_PLAYER_PREPARED);
 
-    EXPECT_THAT(lines(), IsEmpty());
+    EXPECT_THAT(rest(), IsEmpty());
+}
+
+TEST_F(EventDispatcherTest, AVideoOutsideTheListIsStartedWithoutAName)
+{
+    fake_.media.state = PLAYER_STATE_READY;
+    player_.m_iVideoPlayerState = 2;
+    player_.m_uiCurPlayIndex = 3;
+
+    dispatch(ENDEMO_EVENT_PLAYER_PREPARED);
+
+    EXPECT_EQ(rest().front(), "I \"3 \"");
+    EXPECT_EQ(fake_.media.state, PLAYER_STATE_PLAYING);
 }
 
 // ---- 4: photo parsed ----
@@ -331,8 +270,18 @@ TEST_F(EventDispatcherTest, AParsedPhotoIsDecoded)
 
     dispatch(ENDEMO_EVENT_PHOTO_PARSED, 0);
 
-    EXPECT_EQ(lines(), Lines({"I \"\"", "pictrel_add_event_callback(picture#1, 1)",
-                              "pictrel_decode(picture#1, 0)"}));
+    EXPECT_EQ(rest(), Lines({"I \"\"", "pictrel_add_event_callback(picture#1, 1)",
+                             "pictrel_decode(picture#1, 0)"}));
+    EXPECT_EQ(status(), -1);
+}
+
+TEST_F(EventDispatcherTest, AParsedPhotoThatIsGoneIsNotDecoded)
+{
+    fill_play_list({"a.jpg", "b.jpg"});
+
+    dispatch(ENDEMO_EVENT_PHOTO_PARSED, 0);
+
+    EXPECT_EQ(rest(), Lines({"I \"\""}));
 }
 
 TEST_F(EventDispatcherTest, APhotoThatCannotBeParsedIsSkipped)
@@ -341,39 +290,62 @@ TEST_F(EventDispatcherTest, APhotoThatCannotBeParsedIsSkipped)
 
     dispatch(ENDEMO_EVENT_PHOTO_PARSED, 1);
 
-    EXPECT_EQ(status(), 3);
+    EXPECT_EQ(rest(), join({{writes(ConfigKey::PLAYBACK_STATUS, 3)},
+                            folder_lines(),
+                            {"D \"/opt/data/demo_movie/b.jpg\"", "D \"1 1\""},
+                            photo_lines("/opt/data/demo_movie/b.jpg", 2, true, true)}));
     EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
-    EXPECT_EQ(fake_.calls().front(), writes(ConfigKey::PLAYBACK_STATUS, 3));
-    EXPECT_THAT(fake_.calls(),
-                testing::Contains("pictrel_create_from_url(\"/opt/data/demo_movie/b.jpg\")"));
 }
 
 TEST_F(EventDispatcherTest, OtherParseResultsDoNothing)
 {
     show_photo();
 
-    for (const int result : {-1, 2, 3, 10}) {
+    for (const int result : {INT32_MIN, -1, 2, 3, 4, 10}) {
         dispatch(ENDEMO_EVENT_PHOTO_PARSED, result);
-        EXPECT_THAT(lines(), IsEmpty()) << result;
+        EXPECT_THAT(rest(), IsEmpty()) << result;
     }
 }
 
 // ---- 5: photo decoded ----
 
-TEST_F(EventDispatcherTest, ADecodedPhotoIsRenderedAndTheSlideShowStarts)
+class DecodedTest : public EventDispatcherTest {
+  protected:
+    static Lines told()
+    {
+        return {"I \"decode success\"", writes(ConfigKey::PLAYBACK_STATUS, 1),
+                reads(ConfigKey::DEMO_MODE)};
+    }
+
+    // The panel is asked for its half of the selection.
+    static Lines chosen(int entry)
+    {
+        return {panel_line(false), "E \"eMode=0 iMenuType=" + std::to_string(entry) + "\""};
+    }
+
+    static Lines rendered()
+    {
+        return {"I \"Start Render Picture\"", window_type_line(0), "pictrel_render(picture#1)"};
+    }
+
+    static Lines slide_show()
+    {
+        return join({{"I \"\""}, rotator_lines(false), {"ecore_timer_add(5)"}});
+    }
+};
+
+TEST_F(DecodedTest, ADecodedPhotoIsRenderedAndTheSlideShowStarts)
 {
     show_photo();
     player_.m_bSlideShowStarted = true;
 
     dispatch(ENDEMO_EVENT_PHOTO_DECODED, 3);
 
-    EXPECT_EQ(lines(), Lines({"I \"decode success\"", writes(ConfigKey::PLAYBACK_STATUS, 1),
-                              "I \"Start Render Picture\"", "pictrel_render(picture#1)", "I \"\"",
-                              "ecore_timer_add(5)"}));
+    EXPECT_EQ(rest(), join({told(), rendered(), slide_show()}));
     EXPECT_TRUE(player_.m_bSlideShowStarted);
 }
 
-TEST_F(EventDispatcherTest, AChosenPhotoStartsNoSlideShow)
+TEST_F(DecodedTest, AChosenPhotoStartsNoSlideShow)
 {
     show_photo();
     fake_.store.values[ConfigKey::DEMO_MODE] = 1;
@@ -381,45 +353,58 @@ TEST_F(EventDispatcherTest, AChosenPhotoStartsNoSlideShow)
 
     dispatch(ENDEMO_EVENT_PHOTO_DECODED, 3);
 
-    EXPECT_EQ(lines(), Lines({"I \"decode success\"", writes(ConfigKey::PLAYBACK_STATUS, 1),
-                              "E \"eMode=0 iMenuType=1\"", "I \"Start Render Picture\"",
-                              "pictrel_render(picture#1)"}));
+    EXPECT_EQ(rest(), join({told(), chosen(1), rendered()}));
     EXPECT_FALSE(player_.m_bSlideShowStarted);
     EXPECT_THAT(fake_.loop.timers(), IsEmpty());
 }
 
-TEST_F(EventDispatcherTest, AChoiceForTheOtherOrientationDoesNotCount)
+TEST_F(DecodedTest, LeavingStartsNoSlideShow)
+{
+    show_photo();
+    fake_.store.values[ConfigKey::DEMO_MODE] = -1;
+
+    dispatch(ENDEMO_EVENT_PHOTO_DECODED, 3);
+
+    EXPECT_EQ(rest(), join({told(), rendered()}));
+}
+
+TEST_F(DecodedTest, AChoiceForTheOtherOrientationDoesNotCount)
 {
     show_photo();
     fake_.store.values[ConfigKey::DEMO_MODE] = 0x0100;
 
     dispatch(ENDEMO_EVENT_PHOTO_DECODED, 3);
 
-    EXPECT_THAT(fake_.loop.timers(), ElementsAre(5.0));
+    EXPECT_EQ(rest(), join({told(), chosen(0), rendered(), slide_show()}));
 }
 
-TEST_F(EventDispatcherTest, APhotoThatIsGoneIsNotRendered)
+TEST_F(DecodedTest, APhotoThatIsGoneIsNotRendered)
 {
     fill_play_list({"a.jpg", "b.jpg"});
     player_.m_iPlayingType = 1;
 
     dispatch(ENDEMO_EVENT_PHOTO_DECODED, 3);
 
-    EXPECT_EQ(lines(), Lines({"I \"decode success\"", writes(ConfigKey::PLAYBACK_STATUS, 1),
-                              "I \"\"", "ecore_timer_add(5)"}));
+    EXPECT_EQ(rest(), join({told(), slide_show()}));
 }
 
-TEST_F(EventDispatcherTest, APhotoThatCannotBeDecodedIsSkipped)
+TEST_F(DecodedTest, APhotoThatCannotBeDecodedIsSkipped)
 {
-    for (const int result : {0, 1, 4, -1}) {
+    int n = 0;
+    for (const int result : {-1, 0, 1, 2, 4, 10}) {
+        player_.m_DestroyPhoto();
         show_photo();
         player_.m_uiCurPlayIndex = 0;
         player_.m_bSlideShowStarted = true;
 
         dispatch(ENDEMO_EVENT_PHOTO_DECODED, result);
 
-        EXPECT_EQ(lines()[0], "E \"decode failed\"") << result;
-        EXPECT_EQ(lines()[1], writes(ConfigKey::PLAYBACK_STATUS, 3));
+        n += 2;
+        EXPECT_EQ(rest(), join({{"E \"decode failed\"", writes(ConfigKey::PLAYBACK_STATUS, 3)},
+                                folder_lines(),
+                                {"D \"/opt/data/demo_movie/b.jpg\"", "D \"1 1\""},
+                                photo_lines("/opt/data/demo_movie/b.jpg", n, true, true)}))
+            << result;
         EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
         EXPECT_FALSE(player_.m_bSlideShowStarted);
     }

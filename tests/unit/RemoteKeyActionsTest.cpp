@@ -1,6 +1,5 @@
-#include "player_test.h"
-
-#include "player/util/EventManager.h"
+#include "event_dispatcher_test.h"
+#include "player_lines.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -8,47 +7,21 @@ using testing::IsEmpty;
 namespace {
 
 /** The key event of the dispatcher, one key type after the other. */
-class RemoteKeyActionsTest : public PlayerTest {
+class RemoteKeyActionsTest : public EventDispatcherTest {
   protected:
-    RemoteKeyActionsTest()
-    {
-        make_window();
-        make_video_player_in(PLAYER_STATE_PLAYING);
-        fill_play_list({"a.mp4", "b.mp4", "c.mp4"});
-        player_.m_iPlayIndex = 0;
-    }
+    RemoteKeyActionsTest() { fake_.media.state = PLAYER_STATE_PLAYING; }
 
-    void key(int type)
-    {
-        stPipeRecord record = {ENDEMO_EVENT_KEY, type, 0, 0, 0, 0};
-        fake_.forget();
-        CPlayerInspector::m_OnHandleEcorePipeCB(controller_.get(), &record, sizeof record);
-    }
-
-    // What follows the two lines that every record leaves.
-    Lines lines()
-    {
-        const Lines all = fake_.lines();
-        return all.size() < 2 ? all : Lines(all.begin() + 2, all.end());
-    }
+    void key(int type) { dispatch(ENDEMO_EVENT_KEY, type); }
 
     void show_photo()
     {
         player_.StopVideo();
-        fill_play_list({"a.jpg", "b.jpg"});
-        player_.m_iPlayingType = 1;
-        make_picture();
+        EventDispatcherTest::show_photo();
     }
 
     void show_nothing() { player_.m_vdcPlayList.clear(); }
 
     int stored(const char *config_key) { return fake_.store.get(config_key); }
-
-    static Lines popup_closed()
-    {
-        return {"I \"\"", "evas_object_hide(popup#1)", "I \"Block E-POP = 0 \"",
-                "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5)"};
-    }
 };
 
 TEST_F(RemoteKeyActionsTest, TypesWithoutActionDoNothing)
@@ -57,8 +30,7 @@ TEST_F(RemoteKeyActionsTest, TypesWithoutActionDoNothing)
     player_.m_bFolderContentsPlayer = true;
     for (const int type : {-1, 11, 17, 18, 100}) {
         key(type);
-        EXPECT_THAT(lines(), IsEmpty()) << type;
-        EXPECT_EQ(fake_.lines().size(), 2U);
+        EXPECT_THAT(rest(), IsEmpty()) << type;
     }
 }
 
@@ -70,7 +42,7 @@ TEST_F(RemoteKeyActionsTest, BackClosesAnOpenPopup)
 
     key(KEY_TYPE_BACK);
 
-    EXPECT_EQ(lines(), popup_closed());
+    EXPECT_EQ(rest(), popup_closing_lines("popup#1"));
     EXPECT_EQ(fake_.app.exit_requests, 0);
 }
 
@@ -78,11 +50,12 @@ TEST_F(RemoteKeyActionsTest, BackLeavesThePlayer)
 {
     key(KEY_TYPE_BACK);
 
-    EXPECT_EQ(lines(), join({{"I \"\"", "I \"exit ostrel demo player\"", "I \"\"", "I \"\"",
-                              "player_stop()", "player_unprepare()", "I \"\"", "I \"Destroy end\"",
-                              "I \"\"", "evas_object_hide(window#1)", "ecore_wl2_sync()",
-                              writes(ConfigKey::PLAYBACK_STATUS, 0)},
-                             exit_lines()}));
+    EXPECT_EQ(rest(), join({{"I \"\"", "I \"exit ostrel demo player\"", "I \"\""},
+                            video_stopping_lines(PLAYER_STATE_PLAYING),
+                            {"I \"\"", "I \"Destroy end\""},
+                            closed_down(),
+                            {writes(ConfigKey::PLAYBACK_STATUS, 0)},
+                            exit_lines()}));
 }
 
 TEST_F(RemoteKeyActionsTest, BackWhileThePopupIsTornDownDoesNotLeaveYet)
@@ -114,7 +87,7 @@ TEST_F(RemoteKeyActionsTest, ASecondEnterClosesThePopup)
 
     key(KEY_TYPE_ENTER);
 
-    EXPECT_EQ(lines(), popup_closed());
+    EXPECT_EQ(rest(), popup_closing_lines("popup#1"));
 }
 
 TEST_F(RemoteKeyActionsTest, EnterWhileThePanelTurnsOpensNothing)
@@ -124,7 +97,7 @@ TEST_F(RemoteKeyActionsTest, EnterWhileThePanelTurnsOpensNothing)
     key(KEY_TYPE_ENTER);
 
     EXPECT_EQ(player_.m_pPopup, nullptr);
-    EXPECT_EQ(lines(), Lines({"I \"\""}));
+    EXPECT_EQ(rest(), Lines({"I \"\""}));
 }
 
 TEST_F(RemoteKeyActionsTest, EnterOnAPhotoStopsTheSlideShow)
@@ -170,7 +143,9 @@ TEST_F(RemoteKeyActionsTest, PlayOnAPhotoPlaysTheWholeListOn)
 
     key(KEY_TYPE_PLAY);
 
-    EXPECT_EQ(lines(), Lines({writes(ConfigKey::DEMO_MODE, 0), "I \"\"", "ecore_timer_add(5)"}));
+    EXPECT_EQ(rest(), join({{writes(ConfigKey::DEMO_MODE, 0), "I \"\""},
+                            rotator_lines(false),
+                            {"ecore_timer_add(5)"}}));
     EXPECT_EQ(player_.m_iPlayIndex, 0);
 }
 
@@ -188,7 +163,7 @@ TEST_F(RemoteKeyActionsTest, PauseOnAPhotoStopsTheSlideShow)
 
     key(KEY_TYPE_PAUSE);
 
-    EXPECT_EQ(lines(), Lines({"I \"\"", "ecore_timer_del(timer#1)"}));
+    EXPECT_EQ(rest(), Lines({"I \"\"", "ecore_timer_del(timer#1)"}));
 }
 
 TEST_F(RemoteKeyActionsTest, TheToggleWorksOnVideosOnly)
@@ -200,7 +175,7 @@ TEST_F(RemoteKeyActionsTest, TheToggleWorksOnVideosOnly)
 
     show_photo();
     key(KEY_TYPE_PLAY_PAUSE);
-    EXPECT_THAT(lines(), IsEmpty());
+    EXPECT_THAT(rest(), IsEmpty());
 }
 
 // ---- 4: stop ----
@@ -209,9 +184,8 @@ TEST_F(RemoteKeyActionsTest, StopEndsTheProgramWithoutWritingAStatus)
 {
     key(KEY_TYPE_STOP);
 
-    EXPECT_EQ(lines(), join({{"I \"\"", "player_stop()", "player_unprepare()", "I \"\"",
-                              "evas_object_hide(window#1)", "ecore_wl2_sync()"},
-                             exit_lines()}));
+    EXPECT_EQ(rest(),
+              join({video_stopping_lines(PLAYER_STATE_PLAYING), closed_down(), exit_lines()}));
     EXPECT_EQ(stored(ConfigKey::PLAYBACK_STATUS), -1);
 }
 
@@ -221,7 +195,7 @@ TEST_F(RemoteKeyActionsTest, StopOnAPhotoDoesNothing)
 
     key(KEY_TYPE_STOP);
 
-    EXPECT_THAT(lines(), IsEmpty());
+    EXPECT_THAT(rest(), IsEmpty());
 }
 
 TEST_F(RemoteKeyActionsTest, WithNothingOnTheScreenMediaKeysDoNothing)
@@ -250,9 +224,9 @@ TEST_F(RemoteKeyActionsTest, TheSoundOutputIsToggled)
 TEST_F(RemoteKeyActionsTest, RewindAndForwardNeedFolderContentsMode)
 {
     key(KEY_TYPE_REWIND);
-    EXPECT_THAT(lines(), IsEmpty());
+    EXPECT_THAT(rest(), IsEmpty());
     key(KEY_TYPE_FORWARD);
-    EXPECT_THAT(lines(), IsEmpty());
+    EXPECT_THAT(rest(), IsEmpty());
 
     player_.m_bFolderContentsPlayer = true;
     key(KEY_TYPE_REWIND);
@@ -278,9 +252,9 @@ TEST_F(RemoteKeyActionsTest, AOneEntryListHasNoPreviousAndNext)
     fill_play_list({"a.mp4"});
 
     key(KEY_TYPE_PREVIOUS);
-    EXPECT_THAT(lines(), IsEmpty());
+    EXPECT_THAT(rest(), IsEmpty());
     key(KEY_TYPE_NEXT);
-    EXPECT_THAT(lines(), IsEmpty());
+    EXPECT_THAT(rest(), IsEmpty());
 }
 
 TEST_F(RemoteKeyActionsTest, SteppingOnAPhotoStopsTheSlideShowFirst)

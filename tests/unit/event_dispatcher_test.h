@@ -20,16 +20,23 @@ class EventDispatcherTest : public PlayerTest {
     void dispatch(int id, int parameter = 0)
     {
         stPipeRecord record = {id, parameter, 0, 0, 0, 0};
+        id_ = id;
+        parameter_ = parameter;
         fake_.forget();
         CPlayerInspector::m_OnHandleEcorePipeCB(controller_.get(), &record, sizeof record);
     }
 
-    // What follows the two lines that every record leaves.
-    Lines lines()
+    // Everything that follows the two lines that every record leaves.
+    Lines rest()
     {
-        const Lines all = fake_.lines();
+        const Lines all = fake_.all();
         EXPECT_GE(all.size(), 2U);
-        return all.size() < 2 ? all : Lines(all.begin() + 2, all.end());
+        if (all.size() < 2)
+            return all;
+        EXPECT_EQ(all[0].rfind("I \"pEvent = 0x", 0), 0U) << all[0];
+        EXPECT_EQ(all[1], "I \"EventID = " + std::to_string(id_) +
+                              ",iParam1 = " + std::to_string(parameter_) + "\"");
+        return Lines(all.begin() + 2, all.end());
     }
 
     static Lines closed_down()
@@ -46,4 +53,8 @@ class EventDispatcherTest : public PlayerTest {
     }
 
     int status() { return fake_.store.get(ConfigKey::PLAYBACK_STATUS); }
+
+  private:
+    int id_ = 0;
+    int parameter_ = 0;
 };
