@@ -11,6 +11,8 @@ Installs what is missing, builds the player, makes sample content once, and play
 plays the videos and photos of that folder instead.
 
   --seconds N    end after N seconds (default: when you quit; without a display 40)
+  --rotator      play as a set whose panel turns, photos for three minutes each; the virtual screen
+                 shows both kinds of set without being asked
   --out DIR      where logs and pictures go (default: out/demo)
   --no-install   do not install missing packages
   -h, --help     this text
@@ -21,7 +23,7 @@ sheet of them in DIR. Quit with Escape, or with Ctrl-C here.
 TEXT
 }
 
-seconds="" install=yes folder="" out=$top/out/demo
+seconds="" rotator=false install=yes folder="" out=$top/out/demo
 while [ $# -gt 0 ]; do
     case $1 in
         --seconds)
@@ -31,6 +33,7 @@ while [ $# -gt 0 ]; do
                 '' | *[!0-9]* | 0) echo "demo.sh: --seconds wants a whole number above 0." >&2; exit 2 ;;
             esac
             shift ;;
+        --rotator) rotator=true ;;
         --out)
             [ $# -ge 2 ] || { usage >&2; exit 2; }
             out=$2
@@ -193,10 +196,10 @@ case $display in
     wayland) echo "== Playing on your Wayland desktop" ;;
     x11)
         echo "== Playing in a window on your X11 desktop"
-        compositor --backend=x11-backend.so --width=1280 --height=720 ;;
+        compositor --backend=x11-backend.so --use-pixman --width=1280 --height=720 ;;
     console)
         echo "== Playing on this screen"
-        compositor --backend=drm-backend.so ;;
+        compositor --backend=drm-backend.so --use-pixman ;;
     none)
         echo "== No display: playing on a virtual one for $seconds seconds"
         start Xvfb -displayfd 3 -screen 0 1280x720x24 -nolisten tcp 3>"$work/display" >"$out/xvfb.log" 2>&1
@@ -237,8 +240,10 @@ end() {
 
 if [ $display != none ]; then
     begin player "[panel]
-rotator=false"
+rotator=$rotator
+turning_time_s=3"
     echo "   Return or a click opens the options, the arrow keys change the file, Escape quits."
+    [ $rotator = false ] || echo "   $tvctl panel portrait turns the panel."
     if [ -n "$seconds" ]; then
         for ((second = 0; second < seconds; second++)); do
             kill -0 "$playing" 2>/dev/null || break

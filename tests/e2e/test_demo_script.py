@@ -1,4 +1,4 @@
-"""demo.sh itself, on a machine without a display. It builds into build/, so it plays what is there,
+"""demo.sh itself, on a machine without a display and on desktops. It builds into build/, so it plays what is there,
 whichever build the other tests look at."""
 
 import os
@@ -28,13 +28,13 @@ def demo(source_dir, tmp_path, request):
     scratch = pathlib.Path(tempfile.mkdtemp(prefix="demo-"))
     started = []
 
-    def start(*arguments):
+    def start(*arguments, **desktop):
         with open(output, "wb") as log:
             started.append(subprocess.Popen(
                 [os.path.join(source_dir, "demo.sh"), "--no-install", "--out",
                  str(tmp_path / "out"), *arguments],
                 stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True,
-                env={**kept, "LANG": "C.UTF-8", "TMPDIR": str(scratch),
+                env={**kept, **desktop, "LANG": "C.UTF-8", "TMPDIR": str(scratch),
                      "OSTREL_E2E_MARK": mark}))
         return started[-1]
 
@@ -84,3 +84,23 @@ def test_interrupted_demo_leaves_nothing_behind(demo, content, moment):
     wait_until(reached, moment, deadline_s=300)
     os.killpg(process.pid, signal.SIGINT)
     assert process.wait(60) == 130, demo.text()
+
+
+@pytest.mark.parametrize("screen", [(1280, 720)], indirect=True)
+@pytest.mark.parametrize("desktop", ["Wayland", "X11"])
+def test_demo_on_a_desktop_plays_there_until_the_user_quits(demo, content, screen, desktop):
+    picture(content / "red.jpg", "red")
+    if desktop == "Wayland":
+        place = {"XDG_RUNTIME_DIR": screen.runtime_dir, "WAYLAND_DISPLAY": screen.socket}
+    else:
+        place = {"DISPLAY": screen.display}
+    process = demo(str(content), **place)
+
+    def shows_the_photo():
+        assert process.poll() is None, demo.text()
+        return screen.near(640, 360, COLOURS["red"])
+
+    wait_until(shows_the_photo, "the photo", deadline_s=300)
+    assert f"{desktop} desktop" in demo.text()
+    screen.key("Escape")
+    assert process.wait(60) == 0, demo.text()
