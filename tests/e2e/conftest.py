@@ -28,11 +28,11 @@ def pytest_runtest_makereport(item, call):
 
 
 @pytest.fixture
-def screen():
-    """A landscape panel with nothing on it."""
+def screen(request):
+    """A landscape panel with nothing on it; its size may be given as the fixture's parameter."""
     # Sockets need short paths, which pytest's own temporary folders are not.
     folder = tempfile.mkdtemp(prefix="tv-")
-    panel = Screen(folder)
+    panel = Screen(folder, *getattr(request, "param", ()))
     try:
         yield panel.start()
     finally:

@@ -5,7 +5,7 @@ import shutil
 
 import pytest
 
-from harness.content import order_in, picture
+from harness.content import order_in, picture, with_default_folder
 from harness.player import PLAYBACK_STATUS, USE_MODE
 from harness.waiting import wait_until
 
@@ -18,18 +18,6 @@ def obeying_permissions():
     if os.getuid() != 0:
         return ()
     return ("setpriv", "--bounding-set=-dac_override,-dac_read_search")
-
-
-def with_default_folder(content):
-    """A command prefix that shows `content` as the built-in demo folder, to this program only."""
-    script = ('mount -t tmpfs none /opt && mkdir -p /opt/data/demo_movie && '
-              'mount --bind "$0" /opt/data/demo_movie && exec "$@"')
-    if os.getuid() == 0:
-        return ("unshare", "--mount", "sh", "-c", script, str(content))
-    # The mounts need the powers of root in a namespace of their own; the program gets back its own
-    # user, or the session bus would not know it.
-    return ("unshare", "--map-root-user", "--mount", "sh", "-c", script, str(content), "unshare",
-            "--user", f"--map-user={os.getuid()}", f"--map-group={os.getgid()}")
 
 
 def assert_gave_up(tv, player):

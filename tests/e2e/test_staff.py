@@ -4,6 +4,7 @@ import numpy
 import pytest
 
 from harness.content import order_in, picture
+from harness.options import wait_options
 from harness.player import DEMO_MODE, PLAYBACK_STATUS
 from harness.waiting import wait_until
 
@@ -25,12 +26,6 @@ def centre(screen):
     return screen.picture()[screen.height // 2, screen.width // 2].astype(int)
 
 
-def wait_popup(screen, player, after):
-    """Until the options stand over the video."""
-    player.log.wait("Block E-POP = 1", after=after)
-    wait_until(lambda: screen.shown() is None, "the options on the screen")
-
-
 def test_next_and_previous_keys_wrap(screen, two_videos):
     first, second = two_videos.order
     screen.key("Right")
@@ -44,7 +39,7 @@ def test_next_and_previous_keys_wrap(screen, two_videos):
 def test_return_opens_the_options_and_back_closes_them(screen, two_videos):
     here = two_videos.log.position()
     screen.key("Return")
-    wait_popup(screen, two_videos, here)
+    wait_options(screen, two_videos, here)
     screen.key("Escape")
     two_videos.log.wait("Block E-POP = 0", after=here)
     wait_until(lambda: screen.shown() in two_videos.order, "the video alone")
@@ -55,7 +50,7 @@ def test_click_opens_the_options(screen, two_videos):
     here = two_videos.log.position()
     screen.click(40, 40, button=3)
     screen.click(40, 40, button=1)
-    wait_popup(screen, two_videos, here)
+    wait_options(screen, two_videos, here)
     assert len(two_videos.log.find_all("Block E-POP = 1", after=here)) == 1
 
 
@@ -63,7 +58,7 @@ def test_one_file_chosen_in_the_options_plays_alone(tv, screen, two_videos):
     first, second = two_videos.order
     here = two_videos.log.position()
     screen.key("Return")
-    wait_popup(screen, two_videos, here)
+    wait_options(screen, two_videos, here)
     # The row in force, play all, has the focus; the two files stand below it.
     screen.key("Down")
     screen.key("Down")
@@ -79,7 +74,7 @@ def test_one_file_chosen_in_the_options_plays_alone(tv, screen, two_videos):
 def test_off_chosen_in_the_options_ends_the_demo(tv, screen, two_videos):
     here = two_videos.log.position()
     screen.key("Return")
-    wait_popup(screen, two_videos, here)
+    wait_options(screen, two_videos, here)
     screen.key("Up")
     screen.key("Return")
     assert two_videos.wait_end() == 0

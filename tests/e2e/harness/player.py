@@ -205,6 +205,16 @@ class Tv:
             self.screen.player = player
         return player
 
+    def timers(self, speed, above=1.0):
+        """Environment for start(): the toolkit's timers of at least `above` seconds run `speed` times
+        as fast. The player itself knows nothing of it."""
+        library = os.path.join(self.build_dir, "tests", "preload", "libtimer_speed.so")
+        assert os.path.exists(library), f"not built: {library}"
+        # A sanitizer wants to be the first library, but can do without.
+        checks = os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"
+        return {"LD_PRELOAD": library, "TIMER_SPEED": str(speed), "TIMER_SPEED_ABOVE": str(above),
+                "ASAN_OPTIONS": checks.lstrip(":")}
+
     def relaunch(self, *arguments, folder=None):
         """A second start, which hands its request to the running player and ends."""
         second = self.start(*arguments, folder=folder)

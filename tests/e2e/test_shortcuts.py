@@ -1,0 +1,100 @@
+"""Compositors that let a window have all the keys, and keep the screen on: nothing that customers
+type reaches anything but the demo, and the picture never goes away by itself."""
+
+import shutil
+import tempfile
+
+import pytest
+
+from harness.sway import SwayScreen
+from harness.waiting import wait_until
+
+SHORTCUTS = {
+    "launcher": "Mod4+t",
+    "next-window": "Mod1+Tab",
+    "close-window": "Mod1+F4",
+    "log-out": "Ctrl+Mod1+Delete",
+}
+# What the player is told of each: the set's name of the key where it has one.
+TYPED = {
+    "launcher": ("t", ["logo"], "XF86PanelEnter"),
+    "next-window": ("Tab", ["alt"], "Tab"),
+    "close-window": ("F4", ["alt"], "F4"),
+    "log-out": ("Delete", ["ctrl", "alt"], "Delete"),
+}
+
+
+@pytest.fixture
+def screen():
+    folder = tempfile.mkdtemp(prefix="tv-")
+    panel = SwayScreen(folder, SHORTCUTS)
+    try:
+        yield panel.start()
+    finally:
+        panel.stop()
+        shutil.rmtree(folder, ignore_errors=True)
+
+
+@pytest.fixture
+def player(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red", seconds=8)
+    started = tv.start(folder=content)
+    screen.wait_for("red")
+    wait_until(lambda: screen.window()["focused"], "the keyboard at the player's window")
+    return started
+
+
+def test_compositors_shortcuts_reach_the_player_instead_of_the_compositor(screen, player):
+    player.log.wait("compositor shortcuts put aside")
+    for key, modifiers, name in TYPED.values():
+        here = player.log.position()
+        screen.key(key, modifiers)
+        player.log.wait(rf"KeyName={name} KeyEventType", after=here)
+    assert screen.fired() == set()
+    assert player.running()
+
+    # The same keys without the player's wish, so that the silence above means something.
+    screen.command("seat", "*", "shortcuts_inhibitor", "deactivate")
+    for shortcut, (key, modifiers, _) in TYPED.items():
+        screen.key(key, modifiers)
+        wait_until(lambda name=shortcut: name in screen.fired(), f"the shortcut {shortcut}")
+
+
+def test_compositor_gets_its_shortcuts_back_when_the_player_ends(screen, player):
+    key, modifiers, _ = TYPED["launcher"]
+    assert player.terminate() == 0
+    screen.key(key, modifiers)
+    wait_until(lambda: "launcher" in screen.fired(), "the compositor's own shortcut")
+
+
+def test_screen_is_kept_on_while_the_player_is_seen(screen, player):
+    window = screen.window()
+    assert window["inhibit_idle"] is True
+    assert window["fullscreen_mode"] == 1
+    assert player.terminate() == 0
+    wait_until(lambda: screen.window() is None, "the window's end")
+
+
+def test_picture_follows_a_screen_that_changes_its_resolution(screen, player):
+    for width, height in ((960, 540), (800, 600), (640, 360)):
+        here = player.log.position()
+        screen.resize(width, height)
+        player.log.wait(rf"the panel is {width}x{height}$", after=here)
+        player.log.wait(rf"video plane: now {width} x {height}$", after=here)
+        if (width, height) != (800, 600):
+            screen.wait_for("red")
+        else:
+            # A panel of other proportions: as large as fits, black above and below.
+            wait_until(lambda: (screen.picture()[300, [4, 400, 795], 0] > 180).all()
+                       and (screen.picture()[[40, 560], 400] < 30).all(), "bars")
+
+
+@pytest.mark.parametrize("scale", ["2", "1.5"])
+def test_video_has_every_pixel_of_a_screen_that_enlarges_windows(tv, screen, content, shelf, scale):
+    screen.resize(1280, 720)
+    screen.command("output", "HEADLESS-1", "scale", scale)
+    shelf.video(content / "red.mp4", "red", seconds=8)
+    player = tv.start(folder=content)
+    screen.wait_for("red")
+    player.log.wait(r"the panel is 1280x720, windows on it \d+x\d+$")
+    player.log.wait(r"video plane: (made|now),? 1280 x 720$")
