@@ -185,8 +185,10 @@ int display_rotator_add_cb(display_rotator_cb callback, void *user_data)
 int display_rotator_remove_cb(display_rotator_cb callback)
 {
     the_fake().call("display_rotator_remove_cb");
+    const int failed = the_fake().script.result("display_rotator_remove_cb");
     if (the_fake().rotator.callback != callback)
         return DISPLAY_ROTATOR_ERROR;
-    the_fake().rotator.callback = nullptr;
-    return 0;
+    if (failed == 0)
+        the_fake().rotator.callback = nullptr;
+    return failed;
 }

@@ -1,5 +1,6 @@
 // The end of the controller's life, and a day of it.
 
+#include "player_lines.h"
 #include "player_test.h"
 
 using testing::ElementsAre;
@@ -15,6 +16,73 @@ class OstrelDemoPlayerEndTest : public PlayerTest {
         ASSERT_TRUE(create(files));
         fake_.forget();
     }
+
+    // A controller in the middle of its work, with all that it can own.
+    void play_with_everything()
+    {
+        fake_.rotator.supported = true;
+        fake_.system.has_disclaimer = true;
+        fake_.store.values[ConfigKey::ROTATION_AUTO_MODE] = 1;
+        created({"a.mp4", "b.mp4"});
+        player_.StartDemoPlayer();
+        fake_.media.fire_prepared();
+        fake_.loop.drain_pipe();
+        player_.m_UpdateNotificationLabel("toast");
+        open_popup();
+        player_.m_hRotationDelayTimer =
+            ecore_timer_add(0.8, CPlayerInspector::m_OnRotationDelayTimerCB, controller_.get());
+        make_picture();
+    }
+
+    static Lines picture_gone()
+    {
+        return {"I \"\"", "pictrel_destroy(picture#1)", "pictrel_destroy_display(1)",
+                "I \"Destroy end\""};
+    }
+
+    static Lines player_and_pipe_gone()
+    {
+        return {"D \"\"", "player_destroy()", "I \"\"", "ecore_pipe_del(pipe#1)",
+                "display_rotator_remove_cb()"};
+    }
+
+    static Lines keys_gone()
+    {
+        return {"I \"\"",
+                "VirtualKey_Finalize()",
+                "KeyRouter_Reset_KeyList()",
+                "KeyRouter_Add_All_Key(0)",
+                "KeyRouter_UnSet_KeyList(surface#1)",
+                "KeyRouter_Finalize()"};
+    }
+
+    static Lines block_gone()
+    {
+        return {"I \"Block E-POP = 0 \"", "app_context_manager_unset_epop_block()"};
+    }
+
+    static Lines widgets_gone()
+    {
+        return {"evas_object_del(popup#2)",
+                "D \"\"",
+                "D \"\"",
+                "D \"\"",
+                "D \"\"",
+                "evas_object_del(genlist#1)",
+                "evas_object_del(layout#2)",
+                "evas_object_del(popup#1)",
+                "evas_object_del(layout#1)",
+                "evas_object_del(imagebox#1)",
+                "ecore_timer_del(timer#1)",
+                "ecore_timer_del(timer#2)",
+                "ecore_timer_del(timer#3)"};
+    }
+
+    static Lines window_gone()
+    {
+        return {"ecore_event_handler_del(key-down handler#1)", "evas_object_del(window#1)",
+                "ui_config_manager_fini()", "elm_velt_manager_fini()"};
+    }
 };
 
 // ---- ReleaseResource ----
@@ -28,105 +96,84 @@ TEST_F(OstrelDemoPlayerEndTest, ReleaseClosesPopupThenVideoThenPhoto)
 
     player_.ReleaseResource();
 
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("I \"\"", "evas_object_hide(popup#1)", "I \"Block E-POP = 0 \"",
-                         "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5)", "I \"\"",
-                         "player_stop()", "player_unprepare()", "I \"\"",
-                         "pictrel_destroy(picture#1)", "pictrel_destroy_display(1)",
-                         "I \"Destroy end\""));
+    EXPECT_EQ(fake_.all(), join({popup_closing_lines("popup#1"),
+                                 video_stopping_lines(PLAYER_STATE_PLAYING), picture_gone()}));
 }
 
 TEST_F(OstrelDemoPlayerEndTest, ReleaseOfNothingOnlyLogs)
 {
     player_.ReleaseResource();
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\"", "I \"\"", "I \"Destroy end\""));
+    EXPECT_THAT(fake_.all(), LinesAre("I \"\"", "I \"\"", "I \"\"", "I \"Destroy end\""));
 }
 
 // ---- Destructor ----
 
 TEST_F(OstrelDemoPlayerEndTest, TheDestructorReleasesEverythingInItsOrder)
 {
-    fake_.rotator.supported = true;
-    fake_.system.has_disclaimer = true;
-    fake_.store.values[ConfigKey::ROTATION_AUTO_MODE] = 1;
-    created({"a.mp4", "b.mp4"});
-    player_.StartDemoPlayer();
-    fake_.media.fire_prepared();
-    fake_.loop.drain_pipe();
-    player_.m_UpdateNotificationLabel("toast");
-    open_popup();
-    player_.m_hRotationDelayTimer =
-        ecore_timer_add(0.8, CPlayerInspector::m_OnRotationDelayTimerCB, controller_.get());
-    make_picture();
+    play_with_everything();
 
     destroy_controller();
 
     // Timers: 1 timed rotation, 2 disclaimer, 3 rotation delay, 4 closing of the popup.
-    EXPECT_EQ(without(fake_.lines(), {"D \"\"", "I \"\""}),
-              Lines({"evas_object_hide(popup#2)",
-                     "I \"Block E-POP = 0 \"",
-                     "app_context_manager_unset_epop_block()",
-                     "ecore_timer_add(0.5)",
-                     "player_stop()",
-                     "player_unprepare()",
-                     "pictrel_destroy(picture#1)",
-                     "pictrel_destroy_display(1)",
-                     "I \"Destroy end\"",
-                     "player_destroy()",
-                     "ecore_pipe_del(pipe#1)",
-                     "display_rotator_remove_cb()",
-                     "VirtualKey_Finalize()",
-                     "KeyRouter_Reset_KeyList()",
-                     "KeyRouter_Add_All_Key(0)",
-                     "KeyRouter_UnSet_KeyList(surface#1)",
-                     "KeyRouter_Finalize()",
-                     "I \"Block E-POP = 0 \"",
-                     "app_context_manager_unset_epop_block()",
-                     "evas_object_del(popup#2)",
-                     "evas_object_del(genlist#1)",
-                     "evas_object_del(layout#2)",
-                     "evas_object_del(popup#1)",
-                     "evas_object_del(layout#1)",
-                     "evas_object_del(imagebox#1)",
-                     "ecore_timer_del(timer#1)",
-                     "ecore_timer_del(timer#2)",
-                     "ecore_timer_del(timer#3)",
-                     "ecore_event_handler_del(key-down handler#1)",
-                     "evas_object_del(window#1)",
-                     "ui_config_manager_fini()",
-                     "elm_velt_manager_fini()"}));
+    EXPECT_EQ(fake_.all(),
+              join({popup_closing_lines("popup#2"), video_stopping_lines(PLAYER_STATE_PLAYING),
+                    picture_gone(), player_and_pipe_gone(), keys_gone(), block_gone(),
+                    widgets_gone(), window_gone()}));
     EXPECT_THAT(fake_.leftovers(), LinesAre("timer#4")) << "the closing timer is left to the end";
 }
 
-TEST_F(OstrelDemoPlayerEndTest, TheDestructorLogsTheEntryOfEachStep)
+TEST_F(OstrelDemoPlayerEndTest, WhatCannotBeReleasedHoldsNothingElseUp)
+{
+    play_with_everything();
+    for (const char *function :
+         {"player_stop", "player_unprepare", "player_destroy", "display_rotator_remove_cb"})
+        fake_.fail(function);
+    fake_.script.fail_always("app_context_manager_unset_epop_block");
+
+    destroy_controller();
+
+    const std::string refused = "E \"app_context_manager_unset_epop_block falied\"";
+    EXPECT_EQ(
+        fake_.all(),
+        join({{"I \"\"", "evas_object_hide(popup#2)"},
+              block_gone(),
+              {refused, "ecore_timer_add(0.5)", "I \"\"", "player_get_state()", "player_stop()",
+               "E \"player_stop error\"", "player_unprepare()", "E \"player_unprepare error\""},
+              picture_gone(),
+              {"D \"\"", "player_destroy()", "E \"player_destroy error\"", "I \"\"",
+               "ecore_pipe_del(pipe#1)", "display_rotator_remove_cb()"},
+              keys_gone(),
+              block_gone(),
+              {refused},
+              widgets_gone(),
+              window_gone()}));
+}
+
+TEST_F(OstrelDemoPlayerEndTest, AControllerThatWasNeverStartedOwnsLess)
 {
     created({"a.mp4"});
 
     destroy_controller();
 
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("I \"\"",                           // closing the popup
-                         "I \"\"", "player_unprepare()",     // stopping the video
-                         "I \"\"", "I \"Destroy end\"",      // releasing the photo
-                         "D \"\"", "player_destroy()",       // destroying the video
-                         "I \"\"", "ecore_pipe_del(pipe#1)", // the event manager
-                         "display_rotator_remove_cb()",      //
-                         "I \"\"", "VirtualKey_Finalize()",  // the keys
-                         "KeyRouter_Reset_KeyList()", "KeyRouter_Add_All_Key(0)",
-                         "KeyRouter_UnSet_KeyList(surface#1)", "KeyRouter_Finalize()",
-                         "I \"Block E-POP = 0 \"", "app_context_manager_unset_epop_block()",
-                         "ecore_event_handler_del(key-down handler#1)", "evas_object_del(window#1)",
-                         "ui_config_manager_fini()", "elm_velt_manager_fini()"));
+    EXPECT_EQ(fake_.all(), join({{"I \"\""},
+                                 video_stopping_lines(PLAYER_STATE_IDLE),
+                                 {"I \"\"", "I \"Destroy end\""},
+                                 player_and_pipe_gone(),
+                                 keys_gone(),
+                                 block_gone(),
+                                 window_gone()}));
 }
 
 TEST_F(OstrelDemoPlayerEndTest, AControllerThatWasNeverCreatedIsDestroyedQuietly)
 {
     destroy_controller();
 
-    EXPECT_THAT(fake_.calls(), LinesAre("display_rotator_remove_cb()", "VirtualKey_Finalize()",
-                                        "app_context_manager_unset_epop_block()",
-                                        "ui_config_manager_fini()", "elm_velt_manager_fini()"));
+    EXPECT_EQ(fake_.all(),
+              join({{"I \"\"", "I \"\"", "I \"\"", "I \"Destroy end\"", "D \"\"", "I \"\"",
+                     "display_rotator_remove_cb()", "I \"\"", "VirtualKey_Finalize()"},
+                    block_gone(),
+                    {"ui_config_manager_fini()", "elm_velt_manager_fini()"}}));
     EXPECT_THAT(fake_.leftovers(), IsEmpty());
 }
 

@@ -1,0 +1,417 @@
+// Setting the controller up: every step in its order, and what each failure changes.
+
+#include "player_lines.h"
+#include "player_test.h"
+
+using testing::IsEmpty;
+
+namespace {
+
+class CreateTest : public PlayerTest {
+  protected:
+    CreateTest() { fake_.rotator.supported = true; }
+
+    static Lines begun() { return {"D \"\"", reads(ConfigKey::ROTATION_AUTO_MODE)}; }
+
+    static Lines window()
+    {
+        return {"D \"\"",
+                "app_get_preinitialized_window(\"ostrel-demo-player-tv\")",
+                "evas_object_evas_get(window#1)",
+                "evas_object_rectangle_add(canvas#1)",
+                "evas_object_size_hint_weight_set(rectangle#1, 1, 1)",
+                "evas_object_color_set(rectangle#1, 0, 0, 0, 0)",
+                "evas_object_render_op_set(rectangle#1, COPY)",
+                "evas_object_show(rectangle#1)",
+                "elm_win_resize_object_add(window#1, rectangle#1)",
+                "elm_win_title_set(window#1, \"ostrel-demo-player-tv\")",
+                "elm_policy_set(QUIT, LAST_WINDOW_CLOSED)",
+                "elm_win_autodel_set(window#1, true)",
+                "elm_win_aux_hint_add(window#1, \"wm.screencontroller.exception\", \"3\")",
+                "evas_object_evas_get(window#1)",
+                "ecore_evas_ecore_evas_get(canvas#1)",
+                "ecore_evas_wayland2_window_get(ecore-evas#1)",
+                "ecore_wl2_window_surface_get(wayland-window#1)"};
+    }
+
+    static Lines pipe() { return {"ecore_pipe_add(controller)"}; }
+
+    static Lines handlers()
+    {
+        return {"ecore_event_handler_add(KEY_DOWN, controller)",
+                "display_rotator_add_cb(controller)"};
+    }
+
+    // The first of the video player's steps.
+    static Lines video_player(size_t steps = 6)
+    {
+        const Lines all = {"I \"\"",
+                           "player_create()",
+                           "player_set_completed_cb(controller)",
+                           "player_set_interrupted_cb(controller)",
+                           "player_set_error_cb(controller)",
+                           "player_set_subtitle_updated_cb_ex(controller)"};
+        return Lines(all.begin(), all.begin() + static_cast<long>(steps));
+    }
+
+    static Lines folder(const std::vector<std::string> &files)
+    {
+        Lines lines = {"I \"\"",
+                       "I \"\"",
+                       "runtime_info_get_value_string(1)",
+                       "I \"en_US\"",
+                       "free(text from runtime_info_get_value_string)",
+                       "system_info_get_value_int(713)",
+                       "W \"SYSTEM_INFO_KEY_STORE_CONTENT_TYPE [0]\"",
+                       "opendir(\"/opt/data/demo_movie/\")"};
+        for (const std::string &file : files)
+            lines += "I \"FileName:" + file + "\"";
+        lines += "closedir()";
+        return lines;
+    }
+
+    static Lines list_asked() { return {"I \"\"", reads(ConfigKey::DEMO_MODE), panel_line(false)}; }
+
+    static Lines list_filled()
+    {
+        return join({list_asked(), {"I \"add landscape files in play list\""}});
+    }
+
+    static Lines shown(const std::string &window)
+    {
+        return {
+            "I \"\"",
+            "evas_object_show(" + window + ")",
+            "ecore_wl2_sync()",
+            "elm_velt_manager_init(" + window + ")",
+            "ui_config_manager_init()",
+            "evas_object_event_callback_add(" + window + ", RESIZE, controller)",
+            "evas_object_event_callback_add(" + window + ", MOUSE_DOWN, controller)",
+            "evas_object_smart_callback_add(" + window + ", \"wm,rotation,changed\", controller)",
+            "evas_object_smart_callback_add(" + window + ", \"visibility,changed\", controller)"};
+    }
+
+    // Connecting to the key router and asking for all keys.
+    static Lines keys_asked()
+    {
+        return {"I \"\"",
+                "ecore_wl2_connected_display_get(null)",
+                "ecore_wl2_display_get(ecore-display#1)",
+                "ecore_wl2_display_globals_get(ecore-display#1)",
+                "ecore_wl2_display_registry_get(ecore-display#1)",
+                "ecore_wl2_input_default_input_get(ecore-display#1)",
+                "ecore_wl2_input_seat_get(input#1)",
+                "I \"Found Keyrouter Object\"",
+                "eina_iterator_free()",
+                "KeyRouter_Initialize(display#1, registry#1, seat#1, 7)",
+                "KeyRouter_Reset_KeyList()",
+                "KeyRouter_Add_All_Key(5)"};
+    }
+
+    static Lines keys_passed_on()
+    {
+        Lines lines;
+        for (const char *key : {"PowerOff",
+                                "AudioRaiseVolume",
+                                "AudioLowerVolume",
+                                "AudioMute",
+                                "Home",
+                                "Display",
+                                "SysMenu",
+                                "Exit",
+                                "Ambient",
+                                "PanelUp",
+                                "PanelDown",
+                                "PanelPlus",
+                                "PanelMinus",
+                                "Netflix",
+                                "Amazon",
+                                "WWW",
+                                "LaunchApp1",
+                                "LaunchApp2",
+                                "KeyTVPlus",
+                                "KeyRotatePanel",
+                                "KeyAod",
+                                "MultiView",
+                                "KeyGlobo",
+                                "KeyGraphicZoom",
+                                "Disney",
+                                "Tving",
+                                "VirtualOption",
+                                "AndroidMenu"})
+            lines += std::string("KeyRouter_Remove_Key(\"XF86") + key + "\", 5)";
+        return lines;
+    }
+
+    static Lines keys(bool rotator)
+    {
+        Lines lines = join({keys_asked(), keys_passed_on(), rotator_lines(rotator)});
+        if (!rotator)
+            lines += "KeyRouter_Remove_Key(\"XF86PanelEnter\", 5)";
+        lines += "KeyRouter_Set_KeyList(surface#1)";
+        return lines;
+    }
+
+    static Lines rows(const std::vector<std::string> &names)
+    {
+        Lines lines = {"D \"\"", "dgettext(\"ostrel-demo-player-tv\", \"SID_OFF\")",
+                       "dgettext(\"ostrel-demo-player-tv\", \"COM_HTS_SID_PLAY_ALL\")"};
+        for (const std::string &name : names)
+            lines += "I \"" + name + "\"";
+        return lines;
+    }
+
+    static Lines ended()
+    {
+        return {writes(ConfigKey::START_RELAUNCH_TIMER, 3),
+                "I \"change TV_VCONF_START_RELAUNCH_TIMER to 3\""};
+    }
+
+    // From the folder on, when all goes well.
+    static Lines from_folder()
+    {
+        return join({folder({"a.mp4", "b.jpg"}), list_filled(), shown("window#1"), keys(true),
+                     rows({"1 a", "2 b"}), ended()});
+    }
+
+    bool create_two() { return create({"a.mp4", "b.jpg"}); }
+};
+
+TEST_F(CreateTest, EverythingIsSetUpInItsOrder)
+{
+    EXPECT_TRUE(create_two());
+
+    EXPECT_EQ(fake_.all(),
+              join({begun(), window(), pipe(), handlers(), video_player(), from_folder()}));
+    EXPECT_NE(player_.m_pKeyDownHandler, nullptr);
+    EXPECT_EQ(player_.m_vdcPlayList.size(), 2U);
+    EXPECT_EQ(player_.m_vdcItemList.size(), 4U);
+    EXPECT_FALSE(fake_.media.preparing());
+    EXPECT_EQ(fake_.app.exit_requests, 0);
+}
+
+TEST_F(CreateTest, WithoutARotatorItGoesOnWithAWarning)
+{
+    fake_.rotator.supported = false;
+
+    EXPECT_TRUE(create_two());
+
+    EXPECT_EQ(fake_.all(), join({begun(),
+                                 window(),
+                                 pipe(),
+                                 handlers(),
+                                 {"W \"add rotation callback failed\""},
+                                 video_player(),
+                                 folder({"a.mp4", "b.jpg"}),
+                                 list_filled(),
+                                 shown("window#1"),
+                                 keys(false),
+                                 rows({"1 a", "2 b"}),
+                                 ended()}));
+}
+
+TEST_F(CreateTest, TheLaunchParametersAreTaken)
+{
+    stFolderInfo info;
+    info.bUsbLocation = true;
+    info.strFolderPath = "show";
+    fake_.storage.sticks = {"/media/a"};
+    fake_.storage.add_folder("/media/a/show", {"a.mp4"});
+
+    EXPECT_TRUE(controller_->Create(info, true, false));
+
+    EXPECT_TRUE(player_.m_bUsbLocation);
+    EXPECT_EQ(player_.m_strFolderPath, "show");
+    EXPECT_TRUE(player_.m_bFolderContentsPlayer);
+    EXPECT_FALSE(player_.m_bRepeat);
+}
+
+TEST_F(CreateTest, AnyNonZeroAutoModeSwitchesTimedRotationOn)
+{
+    for (const auto &[value, on] : {std::make_pair(0, false), std::make_pair(1, true),
+                                    std::make_pair(-1, true), std::make_pair(7, true)}) {
+        fake_.store.values[ConfigKey::ROTATION_AUTO_MODE] = value;
+        COstrelDemoPlayer other;
+        CPlayerInspector inspector(other);
+        fake_.storage.add_folder(FOLDER, {"a.mp4"});
+        stFolderInfo info;
+        info.strFolderPath = FOLDER;
+
+        EXPECT_TRUE(other.Create(info, false, true));
+
+        EXPECT_EQ(inspector.m_bRotationAutoMode, on) << value;
+    }
+}
+
+TEST_F(CreateTest, AnUnreadableAutoModeLeavesTimedRotationOff)
+{
+    fake_.store.values.erase(ConfigKey::ROTATION_AUTO_MODE);
+    player_.m_bRotationAutoMode = true;
+
+    EXPECT_TRUE(create_two());
+
+    EXPECT_EQ(fake_.all(),
+              join({begun(),
+                    {"E \"GetConfigInt key [db/ostrel-demo-player-tv/rotation_auto_mode] faild\""},
+                    window(),
+                    pipe(),
+                    handlers(),
+                    video_player(),
+                    from_folder()}));
+    EXPECT_FALSE(player_.m_bRotationAutoMode);
+}
+
+TEST_F(CreateTest, WithoutAWindowItGoesOnWithNone)
+{
+    fake_.widgets.window_prepared = false;
+    fake_.fail("elm_win_add");
+
+    EXPECT_TRUE(create_two());
+
+    EXPECT_EQ(fake_.all(),
+              join({begun(),
+                    {"D \"\"", "app_get_preinitialized_window(\"ostrel-demo-player-tv\")",
+                     "elm_win_add(null, \"ostrel-demo-player-tv\", 1)", "W \"pWindow is null\""},
+                    pipe(),
+                    handlers(),
+                    video_player(),
+                    folder({"a.mp4", "b.jpg"}),
+                    list_filled(),
+                    shown("null"),
+                    {"W \"pWlSurface is null\""},
+                    rows({"1 a", "2 b"}),
+                    ended()}));
+}
+
+TEST_F(CreateTest, WithoutAnEventPipeItGoesOn)
+{
+    fake_.fail("ecore_pipe_add");
+
+    EXPECT_TRUE(create_two());
+
+    EXPECT_EQ(fake_.all(), join({begun(),
+                                 window(),
+                                 pipe(),
+                                 {"I \"Add Ecore Pipe Failed\""},
+                                 handlers(),
+                                 video_player(),
+                                 from_folder()}));
+}
+
+struct PlayerFailure {
+    const char *function;
+    const char *text;
+    size_t steps; /**< that were made up to the failure */
+};
+
+class CreateVideoPlayerTest : public CreateTest,
+                              public testing::WithParamInterface<PlayerFailure> {};
+
+TEST_P(CreateVideoPlayerTest, AMissingPartOfTheVideoPlayerEndsIt)
+{
+    fake_.fail(GetParam().function);
+
+    EXPECT_FALSE(create_two());
+
+    EXPECT_EQ(fake_.all(), join({begun(),
+                                 window(),
+                                 pipe(),
+                                 handlers(),
+                                 video_player(GetParam().steps),
+                                 {std::string("E \"") + GetParam().text + "\"",
+                                  writes(ConfigKey::PLAYBACK_STATUS, 3)}}));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Steps, CreateVideoPlayerTest,
+    testing::Values(PlayerFailure{"player_create", "player create error", 2},
+                    PlayerFailure{"player_set_completed_cb", "player_set_completed_cb error", 3},
+                    PlayerFailure{"player_set_interrupted_cb", "player_set_interrupted_cb error",
+                                  4},
+                    PlayerFailure{"player_set_error_cb", "player_set_error_cb error", 5}));
+
+TEST_F(CreateTest, WithoutSubtitleUpdatesItGoesOn)
+{
+    fake_.fail("player_set_subtitle_updated_cb_ex");
+
+    EXPECT_TRUE(create_two());
+
+    EXPECT_EQ(fake_.all(), join({begun(),
+                                 window(),
+                                 pipe(),
+                                 handlers(),
+                                 video_player(),
+                                 {"E \"player_set_subtitle_updated_cb failed\""},
+                                 from_folder()}));
+}
+
+TEST_F(CreateTest, WithNothingToPlayItEnds)
+{
+    EXPECT_FALSE(create({"readme.txt"}));
+
+    EXPECT_EQ(fake_.all(), join({begun(),
+                                 window(),
+                                 pipe(),
+                                 handlers(),
+                                 video_player(),
+                                 folder({"readme.txt"}),
+                                 list_asked(),
+                                 rotator_lines(true),
+                                 {writes(ConfigKey::PLAYBACK_STATUS, 2)}}));
+}
+
+TEST_F(CreateTest, WithoutAFolderItEnds)
+{
+    fake_.fail("opendir");
+
+    EXPECT_FALSE(create_two());
+
+    Lines unopened = folder({});
+    unopened.back() = "E \"open dir [/opt/data/demo_movie/] failed\"";
+    EXPECT_EQ(fake_.all(), join({begun(),
+                                 window(),
+                                 pipe(),
+                                 handlers(),
+                                 video_player(),
+                                 unopened,
+                                 list_asked(),
+                                 rotator_lines(true),
+                                 {writes(ConfigKey::PLAYBACK_STATUS, 2)}}));
+}
+
+TEST_F(CreateTest, ARequestedRotationIsNoFailure)
+{
+    EXPECT_TRUE(create({"portrait_a.mp4"}));
+
+    EXPECT_EQ(fake_.all(), join({begun(),
+                                 window(),
+                                 pipe(),
+                                 handlers(),
+                                 video_player(),
+                                 folder({"portrait_a.mp4"}),
+                                 list_asked(),
+                                 rotator_lines(true),
+                                 {writes(ConfigKey::FILE_MODE, 2), "ecore_timer_add(0.8)"},
+                                 shown("window#1"),
+                                 keys(true),
+                                 rows({}),
+                                 ended()}));
+    EXPECT_THAT(player_.m_vdcPlayList, IsEmpty());
+    EXPECT_NE(player_.m_hRotationDelayTimer, nullptr);
+}
+
+TEST_F(CreateTest, ASignalThatCannotBeStoredIsNoFailure)
+{
+    fake_.fail("vconf_set_int");
+
+    EXPECT_TRUE(create_two());
+
+    const Lines lines = fake_.all();
+    ASSERT_GE(lines.size(), 3U);
+    EXPECT_EQ(Lines(lines.end() - 3, lines.end()),
+              Lines({ended()[0],
+                     "E \"SetConfigInt key memory/usb-launcher-service/start_relaunch_timer,fail\"",
+                     ended()[1]}));
+}
+
+} // namespace
