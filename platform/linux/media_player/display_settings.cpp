@@ -1,6 +1,7 @@
 #include "media_player/display_settings.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "panel/panel_model.h"
@@ -12,6 +13,12 @@ bool covers(const Rect &area, int width, int height)
 {
     return area.x <= 0 && area.y <= 0 && area.x + area.width >= width &&
            area.y + area.height >= height;
+}
+
+Rect in_pixels(const Rect &area, double scale)
+{
+    const auto pixels = [scale](int units) { return static_cast<int>(std::lround(units * scale)); };
+    return {pixels(area.x), pixels(area.y), pixels(area.width), pixels(area.height)};
 }
 
 Rect clipped(const Rect &area, int width, int height)
@@ -62,8 +69,9 @@ DisplayView DisplaySettings::view() const
         return view;
     const int width = plane_->width();
     const int height = plane_->height();
-    const bool whole = !confined_ || covers(area_, width, height) || covers(area_, height, width);
-    view.area = whole ? Rect{0, 0, width, height} : clipped(area_, width, height);
+    const Rect area = in_pixels(area_, PanelModel::get().scale());
+    const bool whole = !confined_ || covers(area, width, height) || covers(area, height, width);
+    view.area = whole ? Rect{0, 0, width, height} : clipped(area, width, height);
     return view;
 }
 

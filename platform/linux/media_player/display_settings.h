@@ -48,8 +48,9 @@ class DisplaySettings {
     void set_rotation(int degrees);
 
     /**
-     * Confines the picture. A rectangle that covers the panel, as it hangs or turned by a quarter,
-     * means the whole panel: a caller on a turned panel tells the size of its turned window.
+     * Confines the picture, in the units of the window. A rectangle that covers the panel, as it
+     * hangs or turned by a quarter, means the whole panel: a caller on a turned panel tells the
+     * size of its turned window.
      */
     void set_area(const Rect &area);
 

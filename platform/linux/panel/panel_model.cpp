@@ -1,5 +1,7 @@
 #include "panel/panel_model.h"
 
+#include <cmath>
+
 #include <Ecore.h>
 
 #include "display_rotator.h"
@@ -25,11 +27,12 @@ bool is_portrait(int degrees)
 }
 
 /** A listener may add further listeners, so the list is walked by index on a copy of each entry. */
-void tell(const std::vector<std::function<void(int)>> &listeners, int value)
+template <typename... Values>
+void tell(const std::vector<std::function<void(Values...)>> &listeners, Values... values)
 {
     for (size_t i = 0; i < listeners.size(); ++i) {
         const auto listener = listeners[i];
-        listener(value);
+        listener(values...);
     }
 }
 
@@ -41,13 +44,29 @@ PanelModel &PanelModel::get()
     return panel;
 }
 
-void PanelModel::set_size(int width, int height)
+int PanelModel::pixel_width() const
 {
-    if (width == width_ && height == height_)
+    return static_cast<int>(std::lround(width_ * scale_));
+}
+
+int PanelModel::pixel_height() const
+{
+    return static_cast<int>(std::lround(height_ * scale_));
+}
+
+void PanelModel::set_size(int width, int height, double scale)
+{
+    if (width == width_ && height == height_ && scale == scale_)
         return;
     width_ = width;
     height_ = height;
-    PLATFORM_LOGI(SERVICE, "the panel is %dx%d", width, height);
+    scale_ = scale;
+    if (scale == 1.0)
+        PLATFORM_LOGI(SERVICE, "the panel is %dx%d", width, height);
+    else
+        PLATFORM_LOGI(SERVICE, "the panel is %dx%d, windows on it %dx%d", pixel_width(),
+                      pixel_height(), width, height);
+    tell(size_listeners_);
 }
 
 bool PanelModel::can_turn() const
@@ -112,13 +131,18 @@ void PanelModel::on_angle(std::function<void(int)> listener)
     angle_listeners_.push_back(std::move(listener));
 }
 
+void PanelModel::on_size(std::function<void()> listener)
+{
+    size_listeners_.push_back(std::move(listener));
+}
+
 void PanelModel::finish_turn()
 {
     timer_ = nullptr;
     angle_ = target_;
     // The turn counts as under way until the content has followed: whoever is told that it is over
     // finds the window as it is going to stay.
-    tell(angle_listeners_, angle_);
+    tell(angle_listeners_, angle());
     target_ = -1;
     PLATFORM_LOGI(SERVICE, "turned to %d degrees", angle());
     report(DISPLAY_ROTATOR_IDLE);

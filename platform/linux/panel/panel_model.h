@@ -18,10 +18,22 @@ class PanelModel {
     /** The one panel. */
     static PanelModel &get();
 
-    /** Native size in pixels, never turned; 0 until the window knows its output. Any thread. */
+    /**
+     * Size in the units that windows are measured in, never turned; 0 until the window knows its
+     * output. Any thread.
+     */
     int width() const { return width_; }
     int height() const { return height_; }
-    void set_size(int width, int height);
+
+    /** Pixels per unit: above 1 where the compositor enlarges what windows draw. Any thread. */
+    double scale() const { return scale_; }
+
+    /** The same size in the panel's own pixels. Any thread. */
+    int pixel_width() const;
+    int pixel_height() const;
+
+    /** Tells size and scale; those who listen are told when one of them has changed. */
+    void set_size(int width, int height, double scale = 1.0);
 
     /** Degrees clockwise the panel has been turned: 0, 90, 180 or 270. Any thread. */
     int angle() const { return angle_; }
@@ -53,6 +65,9 @@ class PanelModel {
     /** Called on each change of status; the argument is a display_rotator_state_e value. */
     void on_status(std::function<void(int)> listener);
 
+    /** Called when size or scale have changed; read them from here. */
+    void on_size(std::function<void()> listener);
+
     /** Called when the angle has changed and the window's content has to follow. */
     void on_angle(std::function<void(int)> listener);
 
@@ -63,11 +78,13 @@ class PanelModel {
 
     std::atomic<int> width_{0};
     std::atomic<int> height_{0};
+    std::atomic<double> scale_{1.0};
     std::atomic<int> angle_{0};
     int target_ = -1;
     void *timer_ = nullptr;
     std::vector<std::function<void(int)>> status_listeners_;
     std::vector<std::function<void(int)>> angle_listeners_;
+    std::vector<std::function<void()>> size_listeners_;
 };
 
 } // namespace platform

@@ -23,6 +23,34 @@ struct Attachment {
     std::shared_ptr<WaylandPlane> plane;
 };
 
+/** The panel's size, or the screen's as the window knows it where there is no model of a panel. */
+PlaneSize size_for(const Evas_Object *window)
+{
+    const PanelModel &panel = PanelModel::get();
+    PlaneSize size = {panel.pixel_width(), panel.pixel_height(), panel.width(), panel.height()};
+    if (size.width <= 0 || size.height <= 0) {
+        elm_win_screen_size_get(window, nullptr, nullptr, &size.width, &size.height);
+        size.pixel_width = size.width;
+        size.pixel_height = size.height;
+    }
+    return size;
+}
+
+/** The panel outlives every plane, so its listener looks up the one that is there. */
+void follow_the_panel()
+{
+    static const bool following = [] {
+        PanelModel::get().on_size([] {
+            const PanelModel &panel = PanelModel::get();
+            if (const auto plane = std::dynamic_pointer_cast<WaylandPlane>(latest().lock()))
+                plane->resize(
+                    {panel.pixel_width(), panel.pixel_height(), panel.width(), panel.height()});
+        });
+        return true;
+    }();
+    (void)following;
+}
+
 void on_window_deleted(void *data, Evas *, Evas_Object *window, void *)
 {
     const std::unique_ptr<Attachment> attachment(static_cast<Attachment *>(data));
@@ -39,20 +67,17 @@ std::shared_ptr<VideoPlane> VideoPlane::for_window(Evas_Object *window)
     if (auto *known = static_cast<Attachment *>(evas_object_data_get(window, kDataKey)))
         return known->plane;
 
-    int width = PanelModel::get().width();
-    int height = PanelModel::get().height();
-    if (width <= 0 || height <= 0)
-        elm_win_screen_size_get(window, nullptr, nullptr, &width, &height);
-    auto plane = WaylandPlane::create(window, width, height);
+    auto plane = WaylandPlane::create(window, size_for(window));
     if (!plane)
         return nullptr;
+    follow_the_panel();
 
     auto attachment = std::make_unique<Attachment>(Attachment{plane});
     evas_object_data_set(window, kDataKey, attachment.get());
     evas_object_event_callback_add(window, EVAS_CALLBACK_DEL, on_window_deleted,
                                    attachment.release());
     latest() = plane;
-    PLATFORM_LOGI("video plane", "made, %d x %d", width, height);
+    PLATFORM_LOGI("video plane", "made, %d x %d", plane->width(), plane->height());
     return plane;
 }
 

@@ -8,6 +8,8 @@
 
 #include <wayland-client.h>
 
+#include "viewporter-client-protocol.h"
+
 namespace platform {
 
 struct WaylandDeleter {
@@ -20,6 +22,8 @@ struct WaylandDeleter {
     void operator()(wl_subsurface *subsurface) const { wl_subsurface_destroy(subsurface); }
     void operator()(wl_region *region) const { wl_region_destroy(region); }
     void operator()(wl_buffer *buffer) const { wl_buffer_destroy(buffer); }
+    void operator()(wp_viewporter *viewporter) const { wp_viewporter_destroy(viewporter); }
+    void operator()(wp_viewport *viewport) const { wp_viewport_destroy(viewport); }
 };
 
 template <typename Object> using WaylandPtr = std::unique_ptr<Object, WaylandDeleter>;

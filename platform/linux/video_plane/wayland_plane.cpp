@@ -65,17 +65,16 @@ void WaylandPlane::Waker::drain() const
     eventfd_read(fd_, &count);
 }
 
-WaylandPlane::WaylandPlane(wl_display *display, int width, int height)
-    : display_(display), width_(width), height_(height)
+WaylandPlane::WaylandPlane(wl_display *display) : display_(display)
 {
     // A frame on its way to the screen must not have to allocate.
     living_.reserve(kMostBuffers);
     spare_.reserve(kKeptBuffers);
 }
 
-std::shared_ptr<WaylandPlane> WaylandPlane::create(Evas_Object *window, int width, int height)
+std::shared_ptr<WaylandPlane> WaylandPlane::create(Evas_Object *window, const PlaneSize &size)
 {
-    if (width <= 0 || height <= 0)
+    if (size.pixel_width <= 0 || size.pixel_height <= 0 || size.width <= 0 || size.height <= 0)
         return refuse("the size of the panel is not known yet");
     Ecore_Evas *canvas = ecore_evas_ecore_evas_get(evas_object_evas_get(window));
     Ecore_Wl2_Window *native = canvas ? ecore_evas_wayland2_window_get(canvas) : nullptr;
@@ -87,10 +86,10 @@ std::shared_ptr<WaylandPlane> WaylandPlane::create(Evas_Object *window, int widt
     if (!display)
         return refuse("no Wayland display");
 
-    std::shared_ptr<WaylandPlane> plane(new WaylandPlane(display, width, height));
+    std::shared_ptr<WaylandPlane> plane(new WaylandPlane(display));
     if (!plane->bind_globals(connection))
         return refuse("the compositor lacks wl_compositor 4, wl_subcompositor or wl_shm");
-    if (!plane->make_surface(parent) || !plane->start_dispatching()) {
+    if (!plane->make_surface(parent, size) || !plane->start_dispatching()) {
         plane->close(); // the black picture holds the plane
         return refuse("no memory");
     }
@@ -111,10 +110,11 @@ bool WaylandPlane::bind_globals(Ecore_Wl2_Display *connection)
     compositor_ = bind<wl_compositor>(registry.get(), wl_compositor_interface, 4);
     subcompositor_ = bind<wl_subcompositor>(registry.get(), wl_subcompositor_interface, 1);
     shm_ = bind<wl_shm>(registry.get(), wl_shm_interface, 1);
+    viewporter_ = bind<wp_viewporter>(registry.get(), wp_viewporter_interface, 1);
     return compositor_ && subcompositor_ && shm_;
 }
 
-bool WaylandPlane::make_surface(wl_surface *parent)
+bool WaylandPlane::make_surface(wl_surface *parent, const PlaneSize &size)
 {
     surface_.reset(wl_compositor_create_surface(compositor_.get()));
     if (!surface_)
@@ -127,13 +127,14 @@ bool WaylandPlane::make_surface(wl_surface *parent)
     wl_subsurface_place_below(subsurface_.get(), parent);
     wl_subsurface_set_desync(subsurface_.get());
 
-    const WaylandPtr<wl_region> opaque(wl_compositor_create_region(compositor_.get()));
     const WaylandPtr<wl_region> nothing(wl_compositor_create_region(compositor_.get()));
-    if (!opaque || !nothing)
+    if (!nothing)
         return false;
-    wl_region_add(opaque.get(), 0, 0, width_, height_);
-    wl_surface_set_opaque_region(surface_.get(), opaque.get());
     wl_surface_set_input_region(surface_.get(), nothing.get());
+    if (viewporter_)
+        viewport_.reset(wp_viewporter_get_viewport(viewporter_.get(), surface_.get()));
+    if (!apply_size(size))
+        return false;
 
     // Some compositors never map a subsurface that has no buffer when its parent is committed, so
     // the plane starts with a black one.
@@ -144,6 +145,53 @@ bool WaylandPlane::make_surface(wl_surface *parent)
     wl_surface_commit(parent);
     wl_display_flush(display_);
     return true;
+}
+
+/** Becomes visible with the surface's next commit. */
+bool WaylandPlane::apply_size(const PlaneSize &size)
+{
+    const WaylandPtr<wl_region> opaque(wl_compositor_create_region(compositor_.get()));
+    if (!opaque)
+        return false;
+    wl_region_add(opaque.get(), 0, 0, size.width, size.height);
+    wl_surface_set_opaque_region(surface_.get(), opaque.get());
+    const bool resized = width_ != 0;
+    // Without a viewport a picture covers as many units of the window as it has pixels.
+    width_ = viewport_ ? size.pixel_width : size.width;
+    height_ = viewport_ ? size.pixel_height : size.height;
+    // A plane that has been pixel for pixel from the start spares the compositor the question.
+    stretched_ =
+        stretched_ || resized || size.pixel_width != size.width || size.pixel_height != size.height;
+    if (viewport_ && stretched_)
+        wp_viewport_set_destination(viewport_.get(), size.width, size.height);
+    return true;
+}
+
+void WaylandPlane::resize(const PlaneSize &size)
+{
+    if (size.pixel_width <= 0 || size.pixel_height <= 0 || size.width <= 0 || size.height <= 0)
+        return;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (closed_ || broken_ || !apply_size(size))
+        return;
+    wl_surface_commit(surface_.get());
+    wl_display_flush(display_);
+    for (const auto &buffer : spare_)
+        forget(buffer.get());
+    spare_.clear();
+    PLATFORM_LOGI("video plane", "now %d x %d", width(), height());
+}
+
+bool WaylandPlane::has_size(const ShmBuffer &buffer) const
+{
+    return buffer.width() == width_ && buffer.height() == height_;
+}
+
+void WaylandPlane::forget(const ShmBuffer *buffer)
+{
+    living_.erase(std::remove(living_.begin(), living_.end(), buffer), living_.end());
+    if (last_attached_ == buffer)
+        last_attached_ = nullptr;
 }
 
 bool WaylandPlane::start_dispatching()
@@ -236,13 +284,15 @@ void WaylandPlane::attach(ShmBuffer *buffer, const PlaneBufferPtr &reference)
     buffer->held = reference;
     last_attached_ = buffer;
     wl_surface_attach(surface_.get(), buffer->handle.get(), 0, 0);
-    wl_surface_damage_buffer(surface_.get(), 0, 0, width_, height_);
+    wl_surface_damage_buffer(surface_.get(), 0, 0, buffer->width(), buffer->height());
     wl_surface_commit(surface_.get());
 }
 
 PlaneBufferPtr WaylandPlane::copy_of(ShmBuffer *buffer)
 {
     PlaneBufferPtr copy = acquire();
+    if (copy && copy->size() != buffer->size())
+        return nullptr; // the plane has taken another size
     if (copy)
         memcpy(copy->pixels(), buffer->pixels(), buffer->size());
     return copy;
@@ -251,13 +301,11 @@ PlaneBufferPtr WaylandPlane::copy_of(ShmBuffer *buffer)
 void WaylandPlane::give_back(std::unique_ptr<ShmBuffer> buffer)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (!closed_ && spare_.size() < kKeptBuffers) {
+    if (!closed_ && spare_.size() < kKeptBuffers && has_size(*buffer)) {
         spare_.push_back(std::move(buffer));
         return;
     }
-    living_.erase(std::remove(living_.begin(), living_.end(), buffer.get()), living_.end());
-    if (last_attached_ == buffer.get())
-        last_attached_ = nullptr;
+    forget(buffer.get());
     buffer.reset(); // under the lock: close() must not take the display away meanwhile
 }
 
@@ -331,6 +379,7 @@ void WaylandPlane::close()
             if (buffer->held)
                 held.push_back(std::move(buffer->held));
         }
+        viewport_.reset();
         subsurface_.reset();
         surface_.reset();
         wl_display_flush(display_);
@@ -377,8 +426,9 @@ void WaylandPlane::release_objects()
     for (ShmBuffer *buffer : living_)
         buffer->handle.reset();
     for (const auto &buffer : spare_)
-        living_.erase(std::remove(living_.begin(), living_.end(), buffer.get()), living_.end());
+        forget(buffer.get());
     spare_.clear();
+    viewporter_.reset();
     shm_.reset();
     subcompositor_.reset();
     compositor_.reset();

@@ -23,10 +23,18 @@
 
 namespace platform {
 
+/** How large a plane is. */
+struct PlaneSize {
+    int pixel_width = 0; ///< of its pictures
+    int pixel_height = 0;
+    int width = 0; ///< on the window, in the window's units
+    int height = 0;
+};
+
 class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<WaylandPlane> {
   public:
     /** Makes the plane and shows it black. @return null, with a log line, when it cannot be. */
-    static std::shared_ptr<WaylandPlane> create(Evas_Object *window, int width, int height);
+    static std::shared_ptr<WaylandPlane> create(Evas_Object *window, const PlaneSize &size);
 
     ~WaylandPlane() override;
     WaylandPlane(const WaylandPlane &) = delete;
@@ -37,6 +45,12 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
      * returns false from now on. Does nothing the second time.
      */
     void close();
+
+    /**
+     * Takes another size. Pictures that were drawn for the former one can still be presented; what
+     * is on the screen is stretched until the next picture comes.
+     */
+    void resize(const PlaneSize &size);
 
     int width() const override { return width_; }
     int height() const override { return height_; }
@@ -62,10 +76,13 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
         int fd_;
     };
 
-    WaylandPlane(wl_display *display, int width, int height);
+    explicit WaylandPlane(wl_display *display);
     bool bind_globals(Ecore_Wl2_Display *connection);
-    bool make_surface(wl_surface *parent);
+    bool make_surface(wl_surface *parent, const PlaneSize &size);
     bool start_dispatching();
+    bool apply_size(const PlaneSize &size);
+    bool has_size(const ShmBuffer &buffer) const;
+    void forget(const ShmBuffer *buffer);
     void dispatch();
     bool dispatch_once();
     bool fail(const char *step);
@@ -77,20 +94,23 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     static void on_release(void *data, wl_buffer *handle);
 
     wl_display *const display_; // Ecore's
-    const int width_;
-    const int height_;
+    std::atomic<int> width_{0};
+    std::atomic<int> height_{0};
 
     // Owners go in the reverse order of these lines, the queue last.
     WaylandPtr<wl_event_queue> queue_;
     WaylandPtr<wl_compositor> compositor_;
     WaylandPtr<wl_subcompositor> subcompositor_;
     WaylandPtr<wl_shm> shm_;
+    WaylandPtr<wp_viewporter> viewporter_; // null where the compositor has none
     WaylandPtr<wl_surface> surface_;
     WaylandPtr<wl_subsurface> subsurface_;
+    WaylandPtr<wp_viewport> viewport_;
 
     mutable std::mutex mutex_; // guards what follows, and the surface against close()
     bool closed_ = false;
-    std::vector<ShmBuffer *> living_;               // every buffer there is
+    bool stretched_ = false;          // a picture's pixels need not be the window's units
+    std::vector<ShmBuffer *> living_; // every buffer there is
     std::vector<std::unique_ptr<ShmBuffer>> spare_; // those that nobody uses
     const ShmBuffer *last_attached_ = nullptr;      // for comparison only
     bool thread_ended_ = false;

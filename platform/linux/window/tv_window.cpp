@@ -1,5 +1,6 @@
 #include "window/tv_window.h"
 
+#include <cmath>
 #include <cstdint>
 #include <string_view>
 #include <utility>
@@ -15,6 +16,23 @@ namespace platform {
 namespace {
 
 constexpr char SERVICE[] = "window";
+
+// Compositors enlarge by whole numbers or halves and quarters; the window's size is rounded.
+constexpr double SCALE_TOLERANCE = 0.01;
+constexpr double LARGEST_SCALE = 4.0;
+
+/**
+ * How many pixels of the output make one unit of a window that covers it. Several outputs beside
+ * each other, or an output that is mounted upright, do not tell: the window is taken as it is.
+ */
+double pixels_per_unit(Size output, Size window)
+{
+    const double across = static_cast<double>(output.width) / window.width;
+    const double down = static_cast<double>(output.height) / window.height;
+    const bool enlarged = across > 1.0 + SCALE_TOLERANCE && across <= LARGEST_SCALE &&
+                          std::abs(across - down) < SCALE_TOLERANCE;
+    return enlarged ? across : 1.0;
+}
 
 // What a set's panel has when the compositor names no output.
 constexpr Size COMMON_PANEL = {1920, 1080};
@@ -205,7 +223,9 @@ void TvWindow::fit()
     evas_object_geometry_get(outer_, nullptr, nullptr, &size.width, &size.height);
     if (size.width <= 0 || size.height <= 0 || !inner_)
         return;
-    PanelModel::get().set_size(size.width, size.height);
+    Size output;
+    ecore_wl2_display_screen_size_get(display_, &output.width, &output.height);
+    PanelModel::get().set_size(size.width, size.height, pixels_per_unit(output, size));
     place_content();
 }
 

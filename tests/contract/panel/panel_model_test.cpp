@@ -112,6 +112,22 @@ TEST_F(PanelModelTest, KnowsTheSizeItWasTold)
     EXPECT_EQ(panel_.height(), 1080);
 }
 
+TEST_F(PanelModelTest, TellsASizeOnlyWhenItHasChanged)
+{
+    panel_.on_size([this] {
+        log(std::to_string(panel_.width()) + "x" + std::to_string(panel_.height()) + " of " +
+            std::to_string(panel_.pixel_width()) + "x" + std::to_string(panel_.pixel_height()));
+    });
+    panel_.set_size(1280, 720);
+    panel_.set_size(1280, 720);
+    panel_.set_size(1280, 720, 1.5);
+    panel_.set_size(1280, 720, 1.5);
+    panel_.set_size(1024, 600, 1.5);
+    panel_.set_size(1024, 600);
+    EXPECT_THAT(seen_, ElementsAre("1280x720 of 1280x720", "1280x720 of 1920x1080",
+                                   "1024x600 of 1536x900", "1024x600 of 1024x600"));
+}
+
 class FixedPanelTest : public PanelTest {
   protected:
     FixedPanelTest() : PanelTest("[panel]\nrotator = false\n") {}

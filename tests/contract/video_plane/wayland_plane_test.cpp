@@ -32,20 +32,7 @@ class WaylandPlaneTest : public platform_test::WestonTest {
     }
 
     /** The colour in the middle of the compositor's output. */
-    uint32_t color_on_screen()
-    {
-        Ecore_Evas *canvas = ecore_evas_buffer_new(1, 1);
-        Evas_Object *image = evas_object_image_add(ecore_evas_get(canvas));
-        evas_object_image_file_set(image, weston_.screenshot().c_str(), nullptr);
-        int width = 0;
-        int height = 0;
-        evas_object_image_size_get(image, &width, &height);
-        const auto *pixels =
-            static_cast<const uint32_t *>(evas_object_image_data_get(image, EINA_FALSE));
-        const uint32_t color = pixels ? pixels[(height / 2) * width + width / 2] : 0;
-        ecore_evas_free(canvas);
-        return color & 0xffffff;
-    }
+    uint32_t color_on_screen() { return colour_at(kScreenWidth / 2, kScreenHeight / 2); }
 
     static std::filesystem::path plane_thread()
     {
@@ -98,7 +85,7 @@ TEST_F(WaylandPlaneTest, IsNotMadeWithoutAWindowOrItsSurface)
 
     Ecore_Evas *memory = ecore_evas_buffer_new(16, 16);
     Evas_Object *no_window = evas_object_rectangle_add(ecore_evas_get(memory));
-    EXPECT_FALSE(WaylandPlane::create(no_window, 16, 16));
+    EXPECT_FALSE(WaylandPlane::create(no_window, {16, 16, 16, 16}));
     ecore_evas_free(memory);
 }
 

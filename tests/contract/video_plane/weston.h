@@ -146,6 +146,22 @@ class WestonTest : public testing::Test {
         window_ = nullptr;
     }
 
+    /** A colour of the compositor's output, red in the highest of the three bytes. */
+    uint32_t colour_at(int x, int y)
+    {
+        Ecore_Evas *canvas = ecore_evas_buffer_new(1, 1);
+        Evas_Object *image = evas_object_image_add(ecore_evas_get(canvas));
+        evas_object_image_file_set(image, weston_.screenshot().c_str(), nullptr);
+        int width = 0;
+        int height = 0;
+        evas_object_image_size_get(image, &width, &height);
+        const auto *pixels =
+            static_cast<const uint32_t *>(evas_object_image_data_get(image, EINA_FALSE));
+        const uint32_t colour = pixels && x < width && y < height ? pixels[y * width + x] : 0;
+        ecore_evas_free(canvas);
+        return colour & 0xffffff;
+    }
+
     /** Runs the main loop. */
     static bool run(const std::function<bool()> &condition)
     {
