@@ -14,6 +14,7 @@ Ecore_Wl2_Display *ecore_wl2_display_connect(const char *name);
 void ecore_wl2_display_disconnect(Ecore_Wl2_Display *display);
 void ecore_wl2_display_flush(Ecore_Wl2_Display *display);
 void ecore_wl2_display_screen_size_get(Ecore_Wl2_Display *display, int *width, int *height);
+Eina_Iterator *ecore_wl2_display_inputs_get(Ecore_Wl2_Display *display); // the caller frees it
 void ecore_wl2_input_pointer_set(Ecore_Wl2_Input *input, struct wl_surface *surface, int hot_x,
                                  int hot_y);
 

@@ -7,6 +7,7 @@
 
 #include "efl_on_tv.h"
 #include "panel/panel_model.h"
+#include "window/ecore_wl2_more.h"
 #include "window/toolkits_own.h"
 #include "window/tv_window.h"
 
@@ -68,6 +69,28 @@ Ecore_Wl2_Window *ecore_evas_wayland2_window_get(const Ecore_Evas *canvas)
         "ecore_evas_wayland2_window_get");
     const TvWindow *window = set_window(canvas);
     return own(window ? window->outer_canvas() : canvas);
+}
+
+// The toolkit takes a compositor without a seat for a mistake of the caller's and says so at
+// length. A set whose only input is the control service is nothing to complain about.
+Ecore_Wl2_Input *ecore_wl2_input_default_input_get(const Ecore_Wl2_Display *display)
+{
+    static const auto own = platform::toolkits_own<Ecore_Wl2_Input *(*)(const Ecore_Wl2_Display *)>(
+        "ecore_wl2_input_default_input_get");
+    if (!display)
+        return nullptr;
+    Eina_Iterator *inputs = ecore_wl2_display_inputs_get(const_cast<Ecore_Wl2_Display *>(display));
+    void *first = nullptr;
+    const bool any = inputs && eina_iterator_next(inputs, &first);
+    eina_iterator_free(inputs);
+    return any ? own(display) : nullptr;
+}
+
+wl_seat *ecore_wl2_input_seat_get(Ecore_Wl2_Input *input)
+{
+    static const auto own =
+        platform::toolkits_own<wl_seat *(*)(Ecore_Wl2_Input *)>("ecore_wl2_input_seat_get");
+    return input ? own(input) : nullptr;
 }
 
 void evas_object_event_callback_add(Evas_Object *object, Evas_Callback_Type type,
