@@ -1,6 +1,12 @@
-#include "player_test.h"
+#include <algorithm>
+#include <iterator>
 
-using testing::IsEmpty;
+#include "player_lines.h"
+
+using testing::Bool;
+using testing::Combine;
+using testing::Range;
+using testing::Values;
 
 namespace {
 
@@ -9,7 +15,8 @@ class MainWindowTest : public PlayerTest {
     // What is done to the window, wherever it comes from.
     static Lines furnishing()
     {
-        return {"evas_object_rectangle_add(canvas#1)",
+        return {"evas_object_evas_get(window#1)",
+                "evas_object_rectangle_add(canvas#1)",
                 "evas_object_size_hint_weight_set(rectangle#1, 1, 1)",
                 "evas_object_color_set(rectangle#1, 0, 0, 0, 0)",
                 "evas_object_render_op_set(rectangle#1, COPY)",
@@ -20,8 +27,13 @@ class MainWindowTest : public PlayerTest {
     static Lines settings()
     {
         return {"elm_win_title_set(window#1, \"ostrel-demo-player-tv\")",
-                "elm_policy_set(QUIT, LAST_WINDOW_CLOSED)", "elm_win_autodel_set(window#1, true)",
-                "elm_win_aux_hint_add(window#1, \"wm.screencontroller.exception\", \"3\")"};
+                "elm_policy_set(QUIT, LAST_WINDOW_CLOSED)",
+                "elm_win_autodel_set(window#1, true)",
+                "elm_win_aux_hint_add(window#1, \"wm.screencontroller.exception\", \"3\")",
+                "evas_object_evas_get(window#1)",
+                "ecore_evas_ecore_evas_get(canvas#1)",
+                "ecore_evas_wayland2_window_get(ecore-evas#1)",
+                "ecore_wl2_window_surface_get(wayland-window#1)"};
     }
 
     void activate()
@@ -38,24 +50,14 @@ TEST_F(MainWindowTest, APreparedWindowIsUsedAndFurnished)
 {
     EXPECT_TRUE(player_.m_CreateWindow());
 
-    EXPECT_EQ(fake_.lines(),
+    EXPECT_EQ(fake_.all(),
               join({{"D \"\"", "app_get_preinitialized_window(\"ostrel-demo-player-tv\")"},
                     furnishing(),
                     settings()}));
     EXPECT_EQ(player_.m_pWindow, fake_.widgets.window());
+    EXPECT_EQ(fake_.registry.describe(player_.m_pWlWindow), "wayland-window#1");
+    EXPECT_EQ(fake_.registry.describe(player_.m_pWlSurface), "surface#1");
     EXPECT_FALSE(fake_.widgets.visible(player_.m_pWindow));
-}
-
-TEST_F(MainWindowTest, TheWaylandWindowAndSurfaceAreTakenFromTheWindow)
-{
-    EXPECT_TRUE(player_.m_CreateWindow());
-
-    EXPECT_THAT(fake_.of({"ecore_evas_", "ecore_wl2_"}),
-                LinesAre("ecore_evas_ecore_evas_get(canvas#1)",
-                         "ecore_evas_wayland2_window_get(ecore-evas#1)",
-                         "ecore_wl2_window_surface_get(wayland-window#1)"));
-    EXPECT_NE(player_.m_pWlWindow, nullptr);
-    EXPECT_NE(player_.m_pWlSurface, nullptr);
 }
 
 TEST_F(MainWindowTest, WithoutAPreparedWindowOneIsMade)
@@ -65,7 +67,7 @@ TEST_F(MainWindowTest, WithoutAPreparedWindowOneIsMade)
     EXPECT_TRUE(player_.m_CreateWindow());
 
     EXPECT_EQ(ELM_WIN_DIALOG_BASIC, 1);
-    EXPECT_EQ(fake_.lines(),
+    EXPECT_EQ(fake_.all(),
               join({{"D \"\"", "app_get_preinitialized_window(\"ostrel-demo-player-tv\")",
                      "elm_win_add(null, \"ostrel-demo-player-tv\", 1)"},
                     furnishing(),
@@ -79,7 +81,7 @@ TEST_F(MainWindowTest, WithoutAnyWindowTheCreationFails)
 
     EXPECT_FALSE(player_.m_CreateWindow());
 
-    EXPECT_THAT(fake_.lines(),
+    EXPECT_THAT(fake_.all(),
                 LinesAre("D \"\"", "app_get_preinitialized_window(\"ostrel-demo-player-tv\")",
                          "elm_win_add(null, \"ostrel-demo-player-tv\", 1)",
                          "W \"pWindow is null\""));
@@ -94,9 +96,9 @@ TEST_F(MainWindowTest, WithoutABackgroundTheWindowIsUsedAllTheSame)
 
     EXPECT_TRUE(player_.m_CreateWindow());
 
-    EXPECT_EQ(fake_.lines(),
+    EXPECT_EQ(fake_.all(),
               join({{"D \"\"", "app_get_preinitialized_window(\"ostrel-demo-player-tv\")",
-                     "evas_object_rectangle_add(canvas#1)"},
+                     "evas_object_evas_get(window#1)", "evas_object_rectangle_add(canvas#1)"},
                     settings()}));
     EXPECT_NE(player_.m_pWlSurface, nullptr);
 }
@@ -124,6 +126,28 @@ TEST_F(MainWindowTest, ActivationShowsAndWiresTheWindow)
                          "KeyRouter_Set_KeyList(surface#1)"));
 }
 
+TEST_F(MainWindowTest, EachCallbackIsRegisteredForItsOwnEvent)
+{
+    activate();
+    make_video_player();
+
+    EXPECT_EQ(fake_.widgets.fire(player_.m_pWindow, EVAS_CALLBACK_RESIZE, nullptr), 1);
+    EXPECT_EQ(fake_.calls(), Lines({"player_resize_video_render_rect(0, 0, 1920, 1080)"}));
+
+    fake_.forget();
+    fake_.widgets.press(player_.m_pWindow, 1);
+    EXPECT_EQ(fake_.calls().front(), "elm_velt_popup_add(window#1)");
+    EXPECT_TRUE(fake_.widgets.visible(player_.m_pPopup));
+
+    fake_.forget();
+    EXPECT_EQ(fake_.widgets.fire_smart(player_.m_pWindow, "wm,rotation,changed"), 1);
+    EXPECT_EQ(fake_.of({"elm_win_rotation_get"}), Lines({"elm_win_rotation_get(window#1)"}));
+
+    fake_.forget();
+    fake_.widgets.change_visibility(0);
+    EXPECT_THAT(fake_.all(), LinesAre("I \"visibility changed 0\"", "I \"play list is empty\""));
+}
+
 TEST_F(MainWindowTest, DeactivationHidesTheWindow)
 {
     activate();
@@ -144,93 +168,74 @@ TEST_F(MainWindowTest, DeactivationWithoutAWindowDoesNothing)
 
 // ---- m_OnWindowReSizeCB ----
 
-TEST_F(MainWindowTest, AResizeHandsTheScreensRectangleToThePlayer)
+class ResizeTest : public MainWindowTest,
+                   public testing::WithParamInterface<std::tuple<bool, bool, bool>> {};
+
+TEST_P(ResizeTest, TheScreensRectangleGoesToAnExistingPlayer)
 {
-    activate();
-    make_video_player();
-    const int screen[] = {1, 2, 1280, 720};
+    const auto [with_controller, with_player, fails] = GetParam();
+    make_window();
+    if (with_player)
+        make_video_player();
+    const int screen[] = {3, 4, 1080, 1920};
     std::copy(std::begin(screen), std::end(screen), fake_.widgets.screen);
+    Lines expected = {"I \"\""};
+    if (with_controller && with_player) {
+        expected += {"elm_win_screen_size_get(window#1)",
+                     "I \"window location:iX=3,iY=4,iWidth=1080,iHeight=1920\"",
+                     "player_resize_video_render_rect(3, 4, 1080, 1920)"};
+        if (fails) {
+            fake_.fail("player_resize_video_render_rect");
+            expected += "E \"player_set_display error\"";
+        }
+    }
 
-    EXPECT_EQ(fake_.widgets.fire(player_.m_pWindow, EVAS_CALLBACK_RESIZE, nullptr), 1);
+    CPlayerInspector::m_OnWindowReSizeCB(with_controller ? controller_.get() : nullptr, nullptr,
+                                         player_.m_pWindow, nullptr);
 
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("I \"\"", "I \"window location:iX=1,iY=2,iWidth=1280,iHeight=720\"",
-                         "player_resize_video_render_rect(1, 2, 1280, 720)"));
-    EXPECT_THAT(fake_.of({"elm_win_screen_size_get"}),
-                LinesAre("elm_win_screen_size_get(window#1)"));
+    EXPECT_EQ(fake_.all(), expected);
 }
 
-TEST_F(MainWindowTest, AResizeBeforeTheVideoPlayerExistsOnlyLogs)
-{
-    activate();
-
-    fake_.widgets.fire(player_.m_pWindow, EVAS_CALLBACK_RESIZE, nullptr);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
-}
-
-TEST_F(MainWindowTest, AResizeWithoutAControllerOnlyLogs)
-{
-    CPlayerInspector::m_OnWindowReSizeCB(nullptr, nullptr, nullptr, nullptr);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
-}
-
-TEST_F(MainWindowTest, ARefusedRectangleIsLogged)
-{
-    activate();
-    make_video_player();
-    fake_.fail("player_resize_video_render_rect");
-
-    fake_.widgets.fire(player_.m_pWindow, EVAS_CALLBACK_RESIZE, nullptr);
-
-    EXPECT_EQ(fake_.logs().back(), "E \"player_set_display error\"");
-}
+INSTANTIATE_TEST_SUITE_P(Cases, ResizeTest, Combine(Bool(), Bool(), Bool()));
 
 // ---- m_OnWindowMouseDownCB ----
 
-TEST_F(MainWindowTest, APrimaryPressOpensThePopup)
+enum class Popup { None, Open, Closing };
+
+class MouseDownTest : public MainWindowTest,
+                      public testing::WithParamInterface<std::tuple<int, Popup, bool, bool, bool>> {
+};
+
+TEST_P(MouseDownTest, OnlyAPrimaryPressOnAStillPanelWithoutAPopupOpensOne)
 {
-    activate();
+    const auto [button, popup, rotating, with_controller, with_event] = GetParam();
+    make_window();
+    if (popup != Popup::None)
+        open_popup();
+    if (popup == Popup::Closing)
+        player_.DestroyPopup();
+    player_.m_bRotating = rotating;
+    Evas_Object *before = player_.m_pPopup;
+    Evas_Event_Mouse_Down event = {};
+    event.button = button;
+    fake_.forget();
 
-    fake_.widgets.press(player_.m_pWindow, 1);
+    CPlayerInspector::m_OnWindowMouseDownCB(with_controller ? controller_.get() : nullptr, nullptr,
+                                            player_.m_pWindow, with_event ? &event : nullptr);
 
-    EXPECT_EQ(fake_.logs().front(), "I \"\"");
-    ASSERT_NE(player_.m_pPopup, nullptr);
-    EXPECT_TRUE(fake_.widgets.visible(player_.m_pPopup));
+    if (button == 1 && popup == Popup::None && !rotating && with_controller && with_event) {
+        EXPECT_EQ(fake_.logs(), Lines({"I \"\"", "I \"\"", "I \"Block E-POP = 1 \""}));
+        EXPECT_EQ(fake_.calls().front(), "elm_velt_popup_add(window#1)");
+        EXPECT_EQ(fake_.calls().back(), "evas_object_show(popup#1)");
+    } else {
+        EXPECT_THAT(fake_.all(), LinesAre("I \"\""));
+        EXPECT_EQ(player_.m_pPopup, before);
+    }
 }
 
-TEST_F(MainWindowTest, OtherButtonsOpenNothing)
-{
-    activate();
-
-    for (const int button : {0, 2, 3})
-        fake_.widgets.press(player_.m_pWindow, button);
-
-    EXPECT_EQ(player_.m_pPopup, nullptr);
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\"", "I \"\""));
-}
-
-TEST_F(MainWindowTest, APressWhileThePanelTurnsOpensNothing)
-{
-    activate();
-    player_.m_bRotating = true;
-
-    fake_.widgets.press(player_.m_pWindow, 1);
-
-    EXPECT_EQ(player_.m_pPopup, nullptr);
-    EXPECT_THAT(fake_.calls(), IsEmpty());
-}
-
-TEST_F(MainWindowTest, APressWhileThePopupIsOpenOpensNothing)
-{
-    activate();
-    open_popup();
-
-    fake_.widgets.press(player_.m_pWindow, 1);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
-}
+INSTANTIATE_TEST_SUITE_P(Presses, MouseDownTest,
+                         Combine(Range(0, 5), Values(Popup::None, Popup::Open, Popup::Closing),
+                                 Bool(), Bool(), Bool()));
 
 TEST_F(MainWindowTest, APressWhileThePopupIsTornDownOpensNothing)
 {
@@ -248,19 +253,30 @@ TEST_F(MainWindowTest, APressWhileThePopupIsTornDownOpensNothing)
     EXPECT_NE(player_.m_pPopup, nullptr) << "half a second later it opens again";
 }
 
-TEST_F(MainWindowTest, APressWithoutEventOrControllerOpensNothing)
+// ---- m_OnWindowVisibilityChangeCB ----
+
+class VisibilityTest : public MainWindowTest,
+                       public testing::WithParamInterface<std::tuple<int, bool, bool>> {};
+
+TEST_P(VisibilityTest, TheFirstOneThatKnowsItsControllerStartsPlaybackWhateverItSays)
 {
-    activate();
-    Evas_Event_Mouse_Down event = {};
-    event.button = 1;
+    const auto [visibility, with_controller, started] = GetParam();
+    CPlayerInspector::bStarted() = started;
+    Lines expected = {"I \"visibility changed " + std::to_string(visibility) + "\""};
+    if (with_controller && !started)
+        expected += "I \"play list is empty\"";
+    auto *info = reinterpret_cast<void *>(static_cast<intptr_t>(visibility));
 
-    CPlayerInspector::m_OnWindowMouseDownCB(controller_.get(), nullptr, player_.m_pWindow, nullptr);
-    CPlayerInspector::m_OnWindowMouseDownCB(nullptr, nullptr, player_.m_pWindow, &event);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\""));
+    for (int time = 0; time < 2; ++time) {
+        fake_.forget();
+        CPlayerInspector::m_OnWindowVisibilityChangeCB(
+            with_controller ? controller_.get() : nullptr, nullptr, info);
+        EXPECT_EQ(fake_.all(), time == 0 ? expected : Lines({expected.front()}));
+        EXPECT_EQ(CPlayerInspector::bStarted(), started || with_controller);
+    }
 }
 
-// ---- m_OnWindowVisibilityChangeCB ----
+INSTANTIATE_TEST_SUITE_P(Cases, VisibilityTest, Combine(Values(0, 1, 2, -1), Bool(), Bool()));
 
 TEST_F(MainWindowTest, TheFirstVisibilityStartsPlaybackOnce)
 {
@@ -276,35 +292,6 @@ TEST_F(MainWindowTest, TheFirstVisibilityStartsPlaybackOnce)
     fake_.forget();
     fake_.widgets.change_visibility(1);
     EXPECT_THAT(fake_.lines(), LinesAre("I \"visibility changed 1\""));
-}
-
-TEST_F(MainWindowTest, BeingHiddenStartsPlaybackToo)
-{
-    activate();
-    make_video_player();
-    fill_play_list({"a.mp4"});
-
-    fake_.widgets.change_visibility(0);
-
-    EXPECT_EQ(fake_.logs().front(), "I \"visibility changed 0\"");
-    EXPECT_TRUE(fake_.media.preparing());
-}
-
-TEST_F(MainWindowTest, TheVisibilityIsLoggedAsASignedNumber)
-{
-    activate();
-
-    fake_.widgets.change_visibility(-1);
-
-    EXPECT_EQ(fake_.logs().front(), "I \"visibility changed -1\"");
-}
-
-TEST_F(MainWindowTest, AVisibilityWithoutAControllerDoesNotCount)
-{
-    CPlayerInspector::m_OnWindowVisibilityChangeCB(nullptr, nullptr, nullptr);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"visibility changed 0\""));
-    EXPECT_FALSE(CPlayerInspector::bStarted());
 }
 
 TEST_F(MainWindowTest, ASecondControllerOfTheProcessDoesNotStartAgain)

@@ -1,3 +1,5 @@
+// The readable cases; PanelTranscriptTest.cpp goes through all positions and contents.
+
 #include "player_test.h"
 
 using testing::IsEmpty;
@@ -65,17 +67,6 @@ TEST_F(WindowRotationTest, NinetyAfterTwoHundredSeventyPostsOnce)
     EXPECT_THAT(fake_.of({"ecore_pipe_write"}), LinesAre("ecore_pipe_write(10, 0)"));
 }
 
-TEST_F(WindowRotationTest, EachAngleHasItsType)
-{
-    const std::pair<int, int> angles[] = {{0, 0},   {90, 1}, {180, 2}, {270, 3},
-                                          {360, 0}, {45, 0}, {-90, 0}};
-    for (const auto &[angle, type] : angles) {
-        set_panel(static_cast<ENDEMO_ROTATION_TYPE>((type + 1) % 4));
-        report(angle);
-        EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), type) << angle;
-    }
-}
-
 TEST_F(WindowRotationTest, WithoutControllerOrWindowItOnlyWarns)
 {
     fake_.widgets.window_angle = 90;
@@ -90,43 +81,6 @@ TEST_F(WindowRotationTest, WithoutControllerOrWindowItOnlyWarns)
 
 // ---- m_OnDisplayRotatorCB ----
 
-struct RotatorReport {
-    int status;
-    bool rotating;
-    const char *log;
-};
-
-class DisplayRotatorTest : public PanelRotationTest,
-                           public testing::WithParamInterface<RotatorReport> {};
-
-TEST_P(DisplayRotatorTest, TheStatusSetsTheFlagAndIsTold)
-{
-    for (const bool before : {false, true}) {
-        player_.m_bRotating = before;
-        fake_.forget();
-        display_rotator_status_t status = {GetParam().status, 0};
-
-        EXPECT_EQ(CPlayerInspector::m_OnDisplayRotatorCB(&status, controller_.get()), 1);
-
-        EXPECT_EQ(player_.m_bRotating, GetParam().rotating);
-        if (GetParam().log == nullptr)
-            EXPECT_THAT(fake_.lines(), IsEmpty());
-        else
-            EXPECT_THAT(fake_.lines(), LinesAre(GetParam().log));
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Statuses, DisplayRotatorTest,
-    testing::Values(RotatorReport{0, false, "E \"Rotation Done\""},
-                    RotatorReport{1, true, "E \"TV Is Rotating\""},
-                    RotatorReport{2, true, "E \"TV Is Rotating\""},
-                    RotatorReport{-1, false, "E \"TV Does Not Support Rotation\""},
-                    RotatorReport{-2, false, "E \"TV Does Not Support Rotation\""},
-                    RotatorReport{-3, false, "E \"TV Does Not Support Rotation\""},
-                    RotatorReport{5, false, nullptr}, RotatorReport{3, false, nullptr},
-                    RotatorReport{-4, false, nullptr}));
-
 TEST_F(PanelRotationTest, ARotatorReportWithoutAControllerDoesNothing)
 {
     display_rotator_status_t status = {1, 0};
@@ -135,6 +89,7 @@ TEST_F(PanelRotationTest, ARotatorReportWithoutAControllerDoesNothing)
     EXPECT_EQ(CPlayerInspector::m_OnDisplayRotatorCB(nullptr, controller_.get()), 1);
 
     EXPECT_FALSE(player_.m_bRotating);
+    EXPECT_THAT(fake_.all(), IsEmpty());
 }
 
 // ---- m_OnRotationDelayTimerCB ----
@@ -175,19 +130,6 @@ TEST_F(RotationDelayTest, WhileThePanelTurnsTheTimerKeepsRenewing)
     fake_.loop.advance(0.8);
     EXPECT_THAT(fake_.calls(), LinesAre("VirtualKey_Send_KeyCode(569, 2)"));
     EXPECT_THAT(fake_.loop.timers(), IsEmpty());
-}
-
-TEST_F(RotationDelayTest, TheTurnClosesAnOpenPopup)
-{
-    make_window();
-    open_popup();
-
-    fake_.loop.advance(0.8);
-
-    EXPECT_THAT(fake_.calls(),
-                LinesAre("VirtualKey_Send_KeyCode(569, 2)", "evas_object_hide(popup#1)",
-                         "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5)"));
-    EXPECT_EQ(player_.m_hRotationDelayTimer, nullptr);
 }
 
 TEST_F(RotationDelayTest, WithoutAControllerTheTimerRenews)
@@ -237,18 +179,6 @@ TEST_F(PanelRotationTest, FromPortraitThePanelTurnsToLandscape)
     EXPECT_EQ(player_.m_pZavoTimer, nullptr);
 }
 
-TEST_F(PanelRotationTest, VideosAloneOrPhotosAloneAreContentEnough)
-{
-    fake_.rotator.supported = true;
-    player_.m_vdcPortraitVideos.emplace_back();
-    EXPECT_TRUE(player_.m_ChangeRotationType());
-
-    player_.m_vdcPortraitVideos.clear();
-    player_.m_vdcLandscapePhotos.emplace_back();
-    set_panel(ROTATION_TYPE_PORTRAIT_REVERSE);
-    EXPECT_TRUE(player_.m_ChangeRotationType());
-}
-
 TEST_F(PanelRotationTest, ARefusedRotationStillStopsTheTimedRotation)
 {
     fake_.rotator.supported = true;
@@ -260,48 +190,6 @@ TEST_F(PanelRotationTest, ARefusedRotationStillStopsTheTimedRotation)
 
     EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_del(timer#1)"));
     EXPECT_EQ(player_.m_pZavoTimer, nullptr);
-}
-
-TEST_F(PanelRotationTest, ARefusedRotationInLandscapeStopsTheTimedRotationToo)
-{
-    fake_.rotator.supported = true;
-    landscape_contents();
-    arm_zavo_timer();
-
-    EXPECT_FALSE(player_.m_ChangeRotationType());
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_del(timer#1)"));
-    EXPECT_EQ(player_.m_pZavoTimer, nullptr);
-}
-
-// ---- m_ResetVideoRotation ----
-
-TEST_F(PanelRotationTest, OnlyAPortraitPanelTurnsTheVideo)
-{
-    make_video_player();
-    const int rotations[] = {0, 2, 0, 0};
-    for (int type = 0; type < 4; ++type) {
-        set_panel(static_cast<ENDEMO_ROTATION_TYPE>(type));
-        const std::string rotation = std::to_string(rotations[type]);
-
-        player_.m_ResetVideoRotation();
-
-        EXPECT_THAT(fake_.lines(),
-                    LinesAre("I \"\"", "player_set_display_rotation(" + rotation + ")",
-                             "I \"enNextRotation =" + rotation + "\""))
-            << "type " << type;
-    }
-}
-
-TEST_F(PanelRotationTest, ARefusedVideoRotationIsLogged)
-{
-    make_video_player();
-    fake_.fail("player_set_display_rotation");
-
-    player_.m_ResetVideoRotation();
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "player_set_display_rotation(0)",
-                                        "E \"set_display_rotation failed\""));
 }
 
 } // namespace

@@ -1,7 +1,6 @@
 #include "player_test.h"
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -16,23 +15,80 @@ class RemoteKeyCallbacksTest : public PlayerTest {
     }
 };
 
+struct NamedKey {
+    const char *name;
+    int type;
+};
+
+// Every name of the table, and some beside it; null for a key without a name.
+constexpr NamedKey KEYS[] = {
+    {"XF86Back", 0},
+    {"Return", 1},
+    {"XF86AudioPlay", 2},
+    {"XF86AudioPause", 3},
+    {"XF86AudioStop", 4},
+    {"XF86PlayBack", 5},
+    {"XF86PlayBackGame", 6},
+    {"XF86AudioRewind", 7},
+    {"XF86AudioNext", 8},
+    {"XF86PreviousChapter", 9},
+    {"Left", 9},
+    {"XF86NextChapter", 10},
+    {"Right", 10},
+    {"XF86Color", 12},
+    {"XF86More", 12},
+    {"XF86PanelEnter", 13},
+    {"XF86RaiseChannel", 14},
+    {"XF86LowerChannel", 15},
+    {"XF86ChannelGuide", 16},
+    {"XF86Unheard", 17},
+    {"return", 17},
+    {"KP_Enter", 17},
+    {"Up", 17},
+    {"", 17},
+    {nullptr, 17},
+};
+
+class NamedKeyTest : public RemoteKeyCallbacksTest, public testing::WithParamInterface<NamedKey> {
+  protected:
+    static std::string name() { return GetParam().name == nullptr ? "(null)" : GetParam().name; }
+};
+
 // ---- m_OnECoreKeyDownCB ----
 
-TEST_F(RemoteKeyCallbacksTest, AKeyIsPostedByItsTypeAndPassedOn)
+TEST_P(NamedKeyTest, IsPostedByItsTypeAndPassedOnWhoeverListens)
+{
+    Ecore_Event_Key event = {};
+    event.keyname = GetParam().name;
+    const std::string type = std::to_string(GetParam().type);
+    for (COstrelDemoPlayer *listener :
+         {controller_.get(), static_cast<COstrelDemoPlayer *>(nullptr)}) {
+        for (const int event_type : {ECORE_EVENT_KEY_DOWN, 7}) {
+            for (const bool pipe_full : {false, true}) {
+                Lines expected = {
+                    "I \"KeyName=" + name() + " KeyEventType=" + std::to_string(event_type) + "\"",
+                    "I \"" + name() + "\"", "I \"iEventID = 8 iParam1 = " + type + "\"",
+                    "ecore_pipe_write(8, " + type + ")"};
+                if (pipe_full) {
+                    fake_.fail("ecore_pipe_write");
+                    expected.emplace_back("E \"ecore_pipe_write failed iEventID = 8\"");
+                }
+                fake_.forget();
+
+                EXPECT_EQ(CPlayerInspector::m_OnECoreKeyDownCB(listener, event_type, &event),
+                          ECORE_CALLBACK_PASS_ON);
+
+                EXPECT_EQ(fake_.all(), expected);
+            }
+        }
+    }
+}
+
+TEST_F(RemoteKeyCallbacksTest, AKeyReachesTheCallbackThroughTheMainLoop)
 {
     EXPECT_THAT(fake_.loop.press_key("XF86AudioPlay"), ElementsAre(true));
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"KeyName=XF86AudioPlay KeyEventType=" +
-                                            std::to_string(ECORE_EVENT_KEY_DOWN) + "\"",
-                                        "I \"XF86AudioPlay\"", "I \"iEventID = 8 iParam1 = 2\"",
-                                        "ecore_pipe_write(8, 2)"));
-}
-
-TEST_F(RemoteKeyCallbacksTest, AnUnknownKeyIsPostedToo)
-{
-    fake_.loop.press_key("XF86Unheard");
-
-    EXPECT_THAT(fake_.calls(), LinesAre("ecore_pipe_write(8, 17)"));
+    EXPECT_THAT(fake_.calls(), LinesAre("ecore_pipe_write(8, 2)"));
 }
 
 TEST_F(RemoteKeyCallbacksTest, KeysArePostedInTheirOrder)
@@ -52,48 +108,34 @@ TEST_F(RemoteKeyCallbacksTest, AKeyOnlyPosts)
     EXPECT_EQ(player_.m_pPopup, nullptr) << "it is for the dispatcher to act";
 }
 
-TEST_F(RemoteKeyCallbacksTest, TheControllerIsNotNeeded)
-{
-    Ecore_Event_Key event = {};
-    event.keyname = "Return";
-    event.key = "Return";
-
-    EXPECT_EQ(CPlayerInspector::m_OnECoreKeyDownCB(nullptr, ECORE_EVENT_KEY_DOWN, &event),
-              ECORE_CALLBACK_PASS_ON);
-
-    EXPECT_THAT(fake_.calls(), LinesAre("ecore_pipe_write(8, 1)"));
-}
-
 // ---- m_OnGenlistKeyDownCB ----
 
-TEST_F(RemoteKeyCallbacksTest, ReturnOnTheListChoosesTheRow)
+TEST_P(NamedKeyTest, OnTheListOnlyReturnChoosesTheRow)
 {
     make_window();
     open_popup();
+    Lines expected = {"D \"\"", "D \"" + name() + "\"", "I \"" + name() + "\""};
+    if (GetParam().type == KEY_TYPE_ENTER) {
+        expected.emplace_back("I \"iEventID = 7 iParam1 = 0\"");
+        expected.emplace_back("ecore_pipe_write(7, 0)");
+    }
 
-    fake_.widgets.press_key(player_.m_pGenlist, "Return");
+    std::string text = name();
+    Evas_Event_Key_Down event = {};
+    event.keyname = GetParam().name == nullptr ? nullptr : text.data();
 
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("D \"\"", "D \"Return\"", "I \"Return\"", "I \"iEventID = 7 iParam1 = 0\"",
-                         "ecore_pipe_write(7, 0)"));
+    EXPECT_EQ(fake_.widgets.fire(player_.m_pGenlist, EVAS_CALLBACK_KEY_DOWN, &event), 1);
+
+    EXPECT_EQ(fake_.all(), expected);
 }
 
-TEST_F(RemoteKeyCallbacksTest, OtherKeysOnTheListAreLeftToIt)
-{
-    make_window();
-    open_popup();
-
-    for (const char *name : {"Left", "XF86Back", "XF86AudioPlay", "Up", "KP_Enter"})
-        fake_.widgets.press_key(player_.m_pGenlist, name);
-
-    EXPECT_THAT(fake_.calls(), IsEmpty());
-}
+INSTANTIATE_TEST_SUITE_P(Keys, NamedKeyTest, testing::ValuesIn(KEYS));
 
 TEST_F(RemoteKeyCallbacksTest, AMissingKeyRecordOnlyLogs)
 {
     CPlayerInspector::m_OnGenlistKeyDownCB(controller_.get(), nullptr, nullptr, nullptr);
 
-    EXPECT_THAT(fake_.lines(), LinesAre("D \"\""));
+    EXPECT_THAT(fake_.all(), LinesAre("D \"\""));
 }
 
 } // namespace
