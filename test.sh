@@ -74,7 +74,7 @@ build_into() {
     # The end-to-end tests alone need only what they start.
     local targets=()
     if [ $unit$contract = nono ]; then
-        targets=(ostrel-demo-player-tv tvctl make-sample-content resources)
+        targets=(ostrel-demo-player-tv tvctl make-sample-content resources timer_speed)
     fi
     ninja -C "$directory" "${targets[@]}"
 }
