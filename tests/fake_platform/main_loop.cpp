@@ -68,14 +68,22 @@ void MainLoop::run_idle()
 
 void MainLoop::drain_pipe()
 {
-    for (size_t i = 0; i < pipes_.size(); ++i) {
-        Pipe &pipe = *pipes_[i];
-        while (alive(&pipe) && !pipe.records.empty()) {
-            std::vector<unsigned char> record = std::move(pipe.records.front());
-            pipe.records.pop_front();
-            pipe.handler(pipe.data, record.data(), static_cast<unsigned int>(record.size()));
-        }
+    while (deliver_next()) {
     }
+}
+
+bool MainLoop::deliver_next()
+{
+    for (const auto &entry : pipes_) {
+        Pipe &pipe = *entry;
+        if (!alive(&pipe) || pipe.records.empty())
+            continue;
+        std::vector<unsigned char> record = std::move(pipe.records.front());
+        pipe.records.pop_front();
+        pipe.handler(pipe.data, record.data(), static_cast<unsigned int>(record.size()));
+        return true;
+    }
+    return false;
 }
 
 void MainLoop::deliver(std::vector<unsigned char> record)

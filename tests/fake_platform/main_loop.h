@@ -52,6 +52,9 @@ class MainLoop {
     /** Hands every record to its pipe's handler, also those that the handler posts meanwhile. */
     void drain_pipe();
 
+    /** Hands the record that waits longest to its pipe's handler. @return whether there was one. */
+    bool deliver_next();
+
     /** Hands one record to the pipe's handler as it is. */
     void deliver(std::vector<unsigned char> record);
 

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,8 @@ class Platform {
     Store store;
     System system;
     Storage storage;
+    /** Closed ones as well, so that they are recognised. */
+    std::vector<std::unique_ptr<OpenFolder>> open_folders;
     Rotator rotator;
     Power power;
     Keys keys;

@@ -7,7 +7,8 @@ namespace fake {
 std::string Registry::add(const void *handle, const std::string &kind, Owner owner)
 {
     const std::string name = kind + "#" + std::to_string(++counters_[kind]);
-    handles_[handle] = {name, State::Alive, owner};
+    handles_[handle] = {name, kind, State::Alive, owner};
+    ++living_[kind];
     order_.push_back(handle);
     return name;
 }
@@ -49,14 +50,17 @@ bool Registry::kill(const char *function, const void *handle)
     if (!check(function, handle))
         return false;
     found->second.state = State::Dead;
+    --living_[found->second.kind];
     return true;
 }
 
 void Registry::kill_with_parent(const void *handle)
 {
     const auto found = handles_.find(handle);
-    if (found != handles_.end() && found->second.state == State::Alive)
+    if (found != handles_.end() && found->second.state == State::Alive) {
         found->second.state = State::GoneWithParent;
+        --living_[found->second.kind];
+    }
 }
 
 bool Registry::alive(const void *handle) const
@@ -85,6 +89,12 @@ std::vector<std::string> Registry::living() const
             names.push_back(entry.name);
     }
     return names;
+}
+
+int Registry::living(const std::string &kind) const
+{
+    const auto found = living_.find(kind);
+    return found == living_.end() ? 0 : found->second;
 }
 
 } // namespace fake

@@ -49,11 +49,15 @@ class Registry {
     /** Names of the player's handles that live, in the order they were made. */
     std::vector<std::string> living() const;
 
+    /** How many handles of a kind live, whoever has to release them. */
+    int living(const std::string &kind) const;
+
   private:
     enum class State { Alive, GoneWithParent, Dead };
 
     struct Handle {
         std::string name;
+        std::string kind;
         State state;
         Owner owner;
     };
@@ -61,6 +65,7 @@ class Registry {
     std::map<const void *, Handle> handles_;
     std::map<const void *, std::string> names_;
     std::map<std::string, int> counters_;
+    std::map<std::string, int> living_;
     std::vector<const void *> order_;
 };
 

@@ -86,6 +86,7 @@ int Application::run(ui_app_lifecycle_callback_s *callbacks, void *data)
     EXPECT_NE(data, nullptr) << "ui_app_main() without the application's data";
     if (script)
         script();
+    data_ = nullptr;
     return exit_status;
 }
 

@@ -13,6 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include <dirent.h>
+
 #include "app_framework.h"
 #include "config_store.h"
 #include "device_power.h"
@@ -41,6 +43,9 @@ class Application {
     void resume();
     void terminate();
     void change_language();
+
+    /** What main() hands to its callbacks; null outside ui_app_main(). */
+    void *data() const { return data_; }
 
     // Behind the C functions.
     int run(ui_app_lifecycle_callback_s *callbacks, void *data);
@@ -141,6 +146,13 @@ class Storage {
 
     std::map<std::string, std::vector<std::string>> folders_;
     std::set<std::string> files_;
+};
+
+/** A folder that is being read. */
+struct OpenFolder {
+    std::vector<std::string> entries;
+    size_t next = 0;
+    struct dirent64 entry = {};
 };
 
 /** The panel's motor. */

@@ -16,24 +16,15 @@
 
 namespace {
 
-struct Directory {
-    std::vector<std::string> entries;
-    size_t next = 0;
-    struct dirent64 entry = {};
-};
+using fake::OpenFolder;
 
-// The handles live on, so that a closed one is recognised.
-std::vector<std::unique_ptr<Directory>> &directories()
+// The newest first: it is nearly always the one.
+OpenFolder *find_directory(DIR *stream)
 {
-    static std::vector<std::unique_ptr<Directory>> all;
-    return all;
-}
-
-Directory *find_directory(DIR *stream)
-{
-    for (const auto &directory : directories()) {
-        if (reinterpret_cast<DIR *>(directory.get()) == stream)
-            return directory.get();
+    const auto &folders = fake::platform().open_folders;
+    for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder) {
+        if (reinterpret_cast<DIR *>(folder->get()) == stream)
+            return folder->get();
     }
     return nullptr;
 }
@@ -75,15 +66,16 @@ DIR *__wrap_opendir(const char *path)
         errno = fake.storage.is_file(path) ? ENOTDIR : ENOENT;
         return nullptr;
     }
-    directories().push_back(std::make_unique<Directory>());
-    directories().back()->entries = *entries;
-    fake.registry.add(directories().back().get(), "open folder");
-    return reinterpret_cast<DIR *>(directories().back().get());
+    fake.open_folders.push_back(std::make_unique<OpenFolder>());
+    OpenFolder *folder = fake.open_folders.back().get();
+    folder->entries = *entries;
+    fake.registry.add(folder, "open folder");
+    return reinterpret_cast<DIR *>(folder);
 }
 
 struct dirent64 *__wrap_readdir64(DIR *stream)
 {
-    Directory *directory = find_directory(stream);
+    OpenFolder *directory = find_directory(stream);
     if (directory == nullptr)
         return __real_readdir64(stream);
     if (!fake::platform().registry.check("readdir64", stream) ||

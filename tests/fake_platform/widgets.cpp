@@ -210,6 +210,14 @@ void Widgets::remove(Evas_Object *object)
         take_along(*widget);
 }
 
+void Widgets::remove_all()
+{
+    for (const auto &widget : widgets_) {
+        if (platform().registry.alive(widget.get()))
+            remove(handle(widget.get()));
+    }
+}
+
 void Widgets::take_along(Widget &widget)
 {
     for (Widget *child : widget.children) {

@@ -98,6 +98,8 @@ class Widgets {
     // Behind the C functions.
     Evas_Object *add(const char *kind, Evas_Object *parent);
     void remove(Evas_Object *object);
+    /** The toolkit's end: what is left goes, rows with their records. */
+    void remove_all();
     Elm_Object_Item *append_row(Evas_Object *list, const Elm_Genlist_Item_Class *item_class,
                                 void *data);
     Widget *find(const char *function, const Evas_Object *object) const;
