@@ -4,12 +4,14 @@
 //   velt-gallery SCENE SIZE FILE [option…]
 //   SCENE   popup, toast or disclaimer
 //   SIZE    for example 1920x1080; a size that is higher than wide is a portrait panel
-//   options rtl, long, many, ar, ko, 2lines, force=N (row in force), key=NAME (pressed,
-//   repeatable),
-//           after=SECONDS (time to pass before the picture), time (print how long the popup took)
+//   options rtl, long, many, rows=N (only the first N), ar, ko, 2lines, force=N (row in force),
+//           key=NAME (pressed, repeatable), after=SECONDS (time to pass before the picture),
+//           time (print how long the popup took)
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -33,6 +35,7 @@ struct Wish {
     bool print_time = false;
     std::string language = "en";
     int row_in_force = 2;
+    std::size_t rows = SIZE_MAX;
     double seconds = 0.0;
     std::vector<std::string> keys;
 };
@@ -58,6 +61,8 @@ void read_option(const std::string &option, Wish &wish)
         wish.language = option;
     else if (starts_with(option, "force="))
         wish.row_in_force = std::atoi(option.c_str() + strlen("force="));
+    else if (starts_with(option, "rows="))
+        wish.rows = std::strtoul(option.c_str() + strlen("rows="), nullptr, 10);
     else if (starts_with(option, "after="))
         wish.seconds = std::atof(option.c_str() + strlen("after="));
     else if (starts_with(option, "key="))
@@ -100,7 +105,7 @@ std::vector<std::string> row_texts(const Wish &wish)
     if (wish.language == "ar")
         rows = {"إيقاف", "تشغيل الكل"};
     if (wish.language == "ko")
-        rows = {"끄기", "모두 재생"};
+        rows = {"꺼짐", "모두 재생"};
     const std::vector<std::string> names = {"City lights", "<b>Bold</b> & co", "Ocean life",
                                             "Northern sky", "portrait_Waterfall"};
     rows.insert(rows.end(), names.begin(), names.end());
@@ -117,6 +122,7 @@ std::vector<std::string> row_texts(const Wish &wish)
     }
     for (int i = 1; wish.many && i <= 1000; ++i)
         rows.push_back("Clip number " + std::to_string(i));
+    rows.resize(std::min(rows.size(), wish.rows));
     return rows;
 }
 
