@@ -88,6 +88,7 @@ std::vector<StatusNode> configuration_nodes()
     for (const auto &[key, value] : set)
         all[key] = int64_t{value};
     std::vector<StatusNode> nodes;
+    nodes.reserve(all.size());
     for (const auto &[key, value] : all)
         nodes.push_back({key, value});
     return nodes;

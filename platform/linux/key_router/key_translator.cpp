@@ -54,7 +54,7 @@ void add_event(int type, const std::string &name)
     injected->event.timestamp = static_cast<unsigned int>(ecore_time_get() * 1000.0);
     Ecore_Event_Key *event = &injected->event;
     if (ecore_event_add(type, event, free_injected, injected.get()))
-        injected.release();
+        static_cast<void>(injected.release()); // the event's own from now on
     else
         PLATFORM_LOGW(SERVICE, "the key %s could not be sent", name.c_str());
 }

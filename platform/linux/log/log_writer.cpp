@@ -133,9 +133,7 @@ int LogWriter::write_whole(const std::string &line)
         } else if (written < 0 && errno == EPIPE) {
             guard.note_raised();
             return -1;
-        } else if (written < 0 && errno == EINTR) {
-            continue;
-        } else if (written < 0 && errno == EAGAIN && wait_for_room()) {
+        } else if (written < 0 && (errno == EINTR || (errno == EAGAIN && wait_for_room()))) {
             continue;
         } else {
             return -1;

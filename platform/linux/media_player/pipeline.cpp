@@ -15,7 +15,7 @@ constexpr guint flag_audio = 1 << 1;
 constexpr guint flag_native_video = 1 << 6;
 
 // Backwards play keeps the frames from one key frame to the next decoded.
-constexpr int64_t backwards_memory_limit = 192 * 1024 * 1024;
+constexpr int64_t backwards_memory_limit = int64_t{192} * 1024 * 1024;
 
 // Readers of MPEG streams flush everything, then refuse or skip the beginning, and say they agree.
 const char *const readers_with_rounds[] = {"qtdemux",  "matroskademux", "avidemux",
@@ -58,9 +58,8 @@ ElementPtr make_video_end(const std::shared_ptr<FrameOutput> &output)
 
 Pipeline::Pipeline(const std::string &uri, const std::shared_ptr<FrameOutput> &output,
                    const AudioSinkMaker &make_audio_sink, PipelineEvents events)
-    : events_(std::move(events)), output_(output)
+    : events_(std::move(events)), playbin_(make_element("playbin")), output_(output)
 {
-    playbin_ = make_element("playbin");
     if (!playbin_)
         return;
     const ElementPtr video = make_video_end(output);

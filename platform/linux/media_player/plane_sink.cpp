@@ -24,11 +24,11 @@ GType plane_sink_get_type();
 G_DEFINE_TYPE(PlaneSink, plane_sink, GST_TYPE_VIDEO_SINK)
 
 // A frame shown a little late is better than one left out.
-constexpr gint64 max_lateness = 30 * GST_MSECOND;
+constexpr gint64 max_lateness = gint64{30} * GST_MSECOND;
 
 // No video shows one picture for longer. Broken files carry times that are hours ahead, and the
 // wait for such a time would be the end of the show.
-constexpr GstClockTime longest_still = 10 * 60 * GST_SECOND;
+constexpr GstClockTime longest_still = GstClockTime{10} * 60 * GST_SECOND;
 
 GstStaticPadTemplate sink_template =
     GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS,

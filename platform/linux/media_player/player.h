@@ -85,7 +85,7 @@ class Player : public PlaybackListener, public std::enable_shared_from_this<Play
     };
     void schedule_release(const std::shared_ptr<Playback> &playback);
     void cancel_release();
-    static void release_now(void *release);
+    static void release_now(void *data);
     void retire();
     void remember(const Playback &former);
 

@@ -100,7 +100,7 @@ std::string find_tv_conf()
     if (config_home.empty() && !home_dir().empty())
         config_home = home_dir() + "/.config";
     for (const std::string &base : {config_home, std::string("/etc")}) {
-        const std::string path = base + "/" + kName + "/tv.conf";
+        std::string path = base + "/" + kName + "/tv.conf";
         if (!base.empty() && exists(path))
             return path;
     }
@@ -124,7 +124,7 @@ std::string find_runtime_dir()
     if (const std::string base = xdg_override("XDG_RUNTIME_DIR"); !base.empty())
         return base + "/" + kName;
 
-    const std::string path = std::string("/tmp/") + kName + "-" + std::to_string(getuid());
+    std::string path = std::string("/tmp/") + kName + "-" + std::to_string(getuid());
     if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
         PLATFORM_LOGW("settings", "%s cannot be made: %s", path.c_str(), std::strerror(errno));
     } else if (is_private_dir(path)) {

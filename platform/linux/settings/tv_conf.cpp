@@ -21,7 +21,7 @@ namespace platform {
 
 namespace {
 
-constexpr size_t kLargestFile = 1024 * 1024;
+constexpr size_t kLargestFile = size_t{1024} * 1024;
 constexpr double kLongestTurn_s = 600.0;
 
 bool parse_bool(std::string_view text, bool &value)
