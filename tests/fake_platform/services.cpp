@@ -67,6 +67,11 @@ void Application::terminate()
     callbacks_.terminate(data_);
 }
 
+void Application::terminate_without_data()
+{
+    callbacks_.terminate(nullptr);
+}
+
 void Application::change_language()
 {
     int count = 0;

@@ -42,6 +42,8 @@ class Application {
     void pause();
     void resume();
     void terminate();
+    /** A termination with null in the place of the application's own data. */
+    void terminate_without_data();
     void change_language();
 
     /** What main() hands to its callbacks; null outside ui_app_main(). */

@@ -1,9 +1,5 @@
 #include "main_test.h"
 
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::StartsWith;
-
 namespace {
 
 // ---- Watched keys ----
@@ -20,88 +16,69 @@ class WatchedKeyTest : public MainTest {
     }
 };
 
-TEST_F(WatchedKeyTest, DemoModeMinusOneEndsTheProgram)
+/** A name as the store tells it, and the key that is read for it; null for none. */
+struct KeyName {
+    const char *name;
+    const char *key;
+};
+
+// All of the first key's name has to fit; of the second key's name only the beginning. Capitals and
+// small letters are the same.
+constexpr KeyName KEY_NAMES[] = {
+    {"db/ostrel-demo-player-tv/demo_mode", DEMO_MODE},
+    {"DB/OSTREL-Demo-Player-TV/Demo_Mode", DEMO_MODE},
+    {"db/ostrel-demo-player-tv/demo_mode2", nullptr},
+    {"db/ostrel-demo-player-tv/demo_mode/more", nullptr},
+    {"db/ostrel-demo-player-tv/demo_mod", nullptr},
+    {"db/ostrel-demo-player-tv/file_mode", nullptr},
+    {"db/menu/support/use_mode", USE_MODE},
+    {"DB/Menu/Support/USE_MODE", USE_MODE},
+    {"db/menu/support/use_mode2", USE_MODE},
+    {"db/menu/support/use_mode/more", USE_MODE},
+    {"db/menu/support/use_mod", nullptr},
+    {"", nullptr},
+};
+
+TEST_F(WatchedKeyTest, OnlyItsQuitValueEndsTheProgram)
 {
     run_launched([this] {
-        fake_.store.change(DEMO_MODE, -1);
+        for (const KeyName &told : KEY_NAMES) {
+            for (const int value : {INT32_MIN, -2, -1, 0, 1, 0x0102, INT32_MAX}) {
+                SCOPED_TRACE(testing::Message() << told.name << " " << value);
+                fake_.store.values[DEMO_MODE] = value;
+                fake_.store.values[USE_MODE] = value;
+                fake_.forget();
 
-        EXPECT_THAT(fake_.lines(),
-                    ElementsAre(StartsWith("I \""), "E \"\"", "ui_app_exit()",
-                                "I \"pKeyName:db/ostrel-demo-player-tv/demo_mode iKeyValue:-1\""));
-    });
-}
+                fake_.store.notify(DEMO_MODE, told.name);
 
-TEST_F(WatchedKeyTest, AnyOtherDemoModeIsOnlyLogged)
-{
-    run_launched([this] {
-        for (const int value : {0, 1, 0x0102, -2}) {
-            fake_.forget();
-            fake_.store.change(DEMO_MODE, value);
-            EXPECT_THAT(fake_.lines(),
-                        ElementsAre(StartsWith("I \""),
-                                    "I \"pKeyName:db/ostrel-demo-player-tv/demo_mode iKeyValue:" +
-                                        std::to_string(value) + "\""));
+                Lines expected = {"I \"\""};
+                if (told.key != nullptr) {
+                    expected.push_back(reads(told.key));
+                    if (value == (told.key == DEMO_MODE ? -1 : 0))
+                        expected = join({expected, exit_lines()});
+                }
+                expected.push_back(std::string("I \"pKeyName:") + told.name + " iKeyValue:" +
+                                   std::to_string(told.key != nullptr ? value : 0) + "\"");
+                EXPECT_EQ(fake_.all(), expected);
+            }
         }
-    });
-}
-
-TEST_F(WatchedKeyTest, UseModeZeroEndsTheProgram)
-{
-    run_launched([this] {
-        fake_.store.change(USE_MODE, 0);
-
-        EXPECT_THAT(fake_.lines(), ElementsAre(StartsWith("I \""), "E \"\"", "ui_app_exit()",
-                                               "I \"pKeyName:db/menu/support/use_mode "
-                                               "iKeyValue:0\""));
-    });
-}
-
-TEST_F(WatchedKeyTest, AnyOtherUseModeIsOnlyLogged)
-{
-    run_launched([this] {
-        fake_.store.change(USE_MODE, 1);
-        fake_.store.change(USE_MODE, -1);
-
-        EXPECT_EQ(exits(), 0);
-    });
-}
-
-TEST_F(WatchedKeyTest, KeyNamesAreComparedWithoutCase)
-{
-    run_launched([this] {
-        fake_.store.values["DB/OSTREL-Demo-Player-TV/Demo_Mode"] = -1;
-        fake_.store.values[DEMO_MODE] = -1;
-        fake_.store.notify(DEMO_MODE, "DB/OSTREL-Demo-Player-TV/Demo_Mode");
-        EXPECT_EQ(exits(), 1);
-
-        fake_.store.values["DB/Menu/Support/USE_MODE"] = 0;
-        fake_.store.values[USE_MODE] = 0;
-        fake_.store.notify(USE_MODE, "DB/Menu/Support/USE_MODE");
-        EXPECT_EQ(exits(), 2);
-    });
-}
-
-TEST_F(WatchedKeyTest, OtherKeysEndNothing)
-{
-    run_launched([this] {
-        fake_.store.values[DEMO_MODE] = -1;
-        fake_.store.values[USE_MODE] = 0;
-
-        fake_.store.notify(DEMO_MODE, "db/ostrel-demo-player-tv/file_mode");
-
-        EXPECT_EQ(exits(), 0);
     });
 }
 
 TEST_F(WatchedKeyTest, AKeyThatCannotBeReadEndsNothing)
 {
     run_launched([this] {
-        fake_.store.values.erase(DEMO_MODE);
-        fake_.store.notify(DEMO_MODE, DEMO_MODE);
-        fake_.store.values.erase(USE_MODE);
-        fake_.store.notify(USE_MODE, USE_MODE);
+        for (const char *key : {DEMO_MODE, USE_MODE}) {
+            fake_.store.values.erase(key);
+            fake_.forget();
 
-        EXPECT_EQ(exits(), 0);
+            fake_.store.notify(key, key);
+
+            EXPECT_THAT(fake_.all(),
+                        LinesAre("I \"\"", reads(key),
+                                 std::string("E \"GetConfigInt key [") + key + "] faild\"",
+                                 std::string("I \"pKeyName:") + key + " iKeyValue:0\""));
+        }
     });
 }
 
@@ -110,7 +87,7 @@ TEST_F(WatchedKeyTest, AMissingNodeOnlyLogs)
     run_launched([this] {
         fake_.store.follower(DEMO_MODE)(nullptr, nullptr);
 
-        EXPECT_THAT(fake_.lines(), ElementsAre(StartsWith("I \"")));
+        EXPECT_THAT(fake_.all(), LinesAre("I \"\""));
     });
 }
 
@@ -136,11 +113,11 @@ TEST_F(MainTest, EveryPowerEventEndsTheProgram)
         for (const char *event : {"poweroff", "standby", "wakeup"}) {
             fake_.forget();
             fake_.power.raise(event);
-            EXPECT_THAT(fake_.lines(), LinesAre("E \"\"", "E \"\"", "ui_app_exit()")) << event;
+            EXPECT_THAT(fake_.all(), LinesAre("E \"\"", "E \"\"", "ui_app_exit()")) << event;
         }
         fake_.forget();
         fake_.power.change_state(DEVICE_POWER_STATE_NORMAL);
-        EXPECT_THAT(fake_.lines(), LinesAre("E \"\"", "E \"\"", "ui_app_exit()"));
+        EXPECT_THAT(fake_.all(), LinesAre("E \"\"", "E \"\"", "ui_app_exit()"));
     });
 }
 
@@ -149,7 +126,7 @@ TEST_F(MainTest, APauseEndsTheProgram)
     run_created([this] {
         fake_.app.pause();
 
-        EXPECT_THAT(fake_.lines(), ElementsAre(StartsWith("I \""), "E \"\"", "ui_app_exit()"));
+        EXPECT_THAT(fake_.all(), LinesAre("I \"\"", "E \"\"", "ui_app_exit()"));
     });
 }
 
@@ -158,54 +135,72 @@ TEST_F(MainTest, AResumeOnlyLogs)
     run_created([this] {
         fake_.app.resume();
 
-        EXPECT_THAT(fake_.lines(), ElementsAre(StartsWith("I \"")));
+        EXPECT_THAT(fake_.all(), LinesAre("I \"\""));
     });
 }
 
 TEST_F(MainTest, AChangedLanguageIsTaken)
 {
     run_created([this] {
-        fake_.system.language = "ar_AE";
-        fake_.system.ui_orientation = 1;
+        for (const bool right_to_left : {true, false}) {
+            fake_.system.language = "ar_AE";
+            fake_.system.ui_orientation = right_to_left ? 1 : 0;
+            fake_.forget();
 
-        fake_.app.change_language();
+            fake_.app.change_language();
 
-        EXPECT_THAT(fake_.calls(),
-                    LinesAre("elm_config_mirrored_set(true)", "elm_language_set(\"ar_AE\")"));
-        EXPECT_THAT(fake_.of({"runtime_info"}), LinesAre("runtime_info_get_value_string(1)"));
-        const Lines logs = fake_.logs();
-        ASSERT_GE(logs.size(), 2U);
-        EXPECT_THAT(logs.front(), StartsWith("D \""));
-        EXPECT_THAT(logs.back(), testing::AllOf(StartsWith("D \""), testing::HasSubstr("ar_AE")));
+            Lines expected = {"D \"\"", "ua_UI_orientation_get()"};
+            if (right_to_left)
+                expected.push_back("I \"RTL_UI_ORIENTATION\"");
+            expected = join({expected,
+                             {right_to_left ? "elm_config_mirrored_set(true)"
+                                            : "elm_config_mirrored_set(false)",
+                              "runtime_info_get_value_string(1)", "elm_language_set(\"ar_AE\")",
+                              "D \"ar_AE\"", "free(text from runtime_info_get_value_string)"}});
+            EXPECT_EQ(fake_.all(), expected);
+        }
     });
 }
 
 TEST_F(MainTest, ALanguageThatCannotBeReadIsNotTaken)
 {
-    fake_.fail("runtime_info_get_value_string");
-
     run_created([this] {
-        fake_.app.change_language();
+        for (const bool missing : {false, true}) {
+            fake_.system.language_missing = missing;
+            if (!missing)
+                fake_.fail("runtime_info_get_value_string");
+            fake_.forget();
 
-        EXPECT_THAT(fake_.lines(), ElementsAre(StartsWith("D \""), "elm_config_mirrored_set(false)",
-                                               "E \"Get System Language Failed\""));
-    });
-}
+            fake_.app.change_language();
 
-TEST_F(MainTest, ANullLanguageIsNotTaken)
-{
-    fake_.system.language_missing = true;
-
-    run_created([this] {
-        fake_.app.change_language();
-
-        EXPECT_THAT(fake_.of({"elm_language_set"}), IsEmpty());
+            EXPECT_THAT(fake_.all(), LinesAre("D \"\"", "ua_UI_orientation_get()",
+                                              "elm_config_mirrored_set(false)",
+                                              "runtime_info_get_value_string(1)",
+                                              "E \"Get System Language Failed\""));
+        }
     });
 }
 
 // ---- Terminate ----
 
-TEST_F(MainTest, TerminationReleasesTheSetInItsOrder)
+class TerminateTest : public MainTest {
+  protected:
+    static Lines set_released()
+    {
+        return {"I \"\"",
+                "D \"0\"",
+                "SettingsAPI::Get()",
+                "SettingsAPI::RemoveDisabledItemsByAppname(\"org.tizen.ostrel-demo-player-tv\")",
+                "app_context_manager_fini()",
+                writes(RELAUNCH_TIMER, 1),
+                "device_power_unsubscribe_standby()",
+                "device_power_unsubscribe_poweroff()",
+                "vconf_ignore_key_changed(\"db/menu/support/use_mode\")",
+                "vconf_ignore_key_changed(\"db/ostrel-demo-player-tv/demo_mode\")"};
+    }
+};
+
+TEST_F(TerminateTest, TheSetIsReleasedInItsOrderAndTheControllerLast)
 {
     run([this] {
         fake_.app.create();
@@ -214,20 +209,81 @@ TEST_F(MainTest, TerminationReleasesTheSetInItsOrder)
 
         fake_.app.terminate();
 
-        const Lines calls = fake_.calls();
-        ASSERT_GE(calls.size(), 8U);
-        EXPECT_EQ(
-            Lines(calls.begin(), calls.begin() + 7),
-            Lines({"SettingsAPI::RemoveDisabledItemsByAppname("
-                   "\"org.tizen.ostrel-demo-player-tv\")",
-                   "app_context_manager_fini()",
-                   "vconf_set_int(\"memory/usb-launcher-service/start_relaunch_timer\", 1)",
-                   "device_power_unsubscribe_standby()", "device_power_unsubscribe_poweroff()",
-                   "vconf_ignore_key_changed(\"db/menu/support/use_mode\")",
-                   "vconf_ignore_key_changed(\"db/ostrel-demo-player-tv/demo_mode\")"}));
-        EXPECT_EQ(calls.back(), "elm_velt_manager_fini()") << "the controller goes last";
-        EXPECT_THAT(fake_.logs().front(), StartsWith("I \""));
+        EXPECT_EQ(fake_.all(), join({set_released(),
+                                     {"I \"\"",
+                                      "I \"\"",
+                                      "player_get_state()",
+                                      "player_unprepare()",
+                                      "I \"\"",
+                                      "I \"Destroy end\"",
+                                      "D \"\"",
+                                      "player_destroy()",
+                                      "I \"\"",
+                                      "ecore_pipe_del(pipe#1)",
+                                      "display_rotator_remove_cb()",
+                                      "I \"\"",
+                                      "VirtualKey_Finalize()",
+                                      "KeyRouter_Reset_KeyList()",
+                                      "KeyRouter_Add_All_Key(0)",
+                                      "KeyRouter_UnSet_KeyList(surface#1)",
+                                      "KeyRouter_Finalize()",
+                                      "I \"Block E-POP = 0 \"",
+                                      "app_context_manager_unset_epop_block()",
+                                      "ecore_event_handler_del(key-down handler#1)",
+                                      "evas_object_del(window#1)",
+                                      "ui_config_manager_fini()",
+                                      "elm_velt_manager_fini()"}}));
         EXPECT_FALSE(has_controller());
+
+        // A second end finds no controller.
+        fake_.forget();
+        fake_.app.terminate();
+        EXPECT_EQ(fake_.all(), set_released());
+    });
+}
+
+// The results of these are not looked at.
+TEST_F(TerminateTest, WhatCannotBeReleasedHoldsNothingElseUp)
+{
+    run([this] {
+        for (const char *function :
+             {"device_power_unsubscribe_standby", "device_power_unsubscribe_poweroff"})
+            fake_.fail(function);
+        fake_.forget();
+
+        // Nothing was created before, either.
+        fake_.app.terminate();
+
+        EXPECT_EQ(fake_.all(), set_released());
+    });
+}
+
+TEST_F(TerminateTest, ASignalThatCannotBeStoredIsLogged)
+{
+    run([this] {
+        fake_.app.create();
+        fake_.fail("vconf_set_int");
+        fake_.forget();
+
+        fake_.app.terminate();
+
+        Lines expected = set_released();
+        expected.insert(
+            expected.begin() + 6,
+            "E \"SetConfigInt key memory/usb-launcher-service/start_relaunch_timer,fail\"");
+        EXPECT_EQ(fake_.all(), expected);
+    });
+}
+
+TEST_F(TerminateTest, WithoutTheApplicationsDataTheSetIsReleased)
+{
+    run([this] {
+        fake_.app.create();
+        fake_.forget();
+
+        fake_.app.terminate_without_data();
+
+        EXPECT_EQ(fake_.all(), set_released());
     });
 }
 
@@ -242,34 +298,6 @@ TEST_F(MainTest, AfterTerminationOnlyTheIntendedIsLeft)
 
     EXPECT_THAT(fake_.leftovers(), LinesAre("device-add handler#1", "subscription to wakeup",
                                             "subscription to the power state"));
-}
-
-TEST_F(MainTest, TerminationWithoutAControllerReleasesTheRest)
-{
-    run([this] {
-        fake_.app.create();
-        fake_.forget();
-
-        fake_.app.terminate();
-
-        EXPECT_EQ(fake_.store.get(RELAUNCH_TIMER), 1);
-        EXPECT_THAT(fake_.of({"player_", "ecore_pipe_del", "elm_velt_manager_fini"}), IsEmpty());
-    });
-}
-
-TEST_F(MainTest, TheControllersPointerIsClearedAtTermination)
-{
-    run([this] {
-        fake_.app.create();
-        fake_.app.launch();
-        fake_.app.terminate();
-        fake_.forget();
-
-        // A second end finds no controller.
-        fake_.app.terminate();
-
-        EXPECT_THAT(fake_.of({"player_", "elm_velt_manager_fini"}), IsEmpty());
-    });
 }
 
 } // namespace

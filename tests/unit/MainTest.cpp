@@ -1,8 +1,6 @@
 #include "main_test.h"
 
-using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::StartsWith;
 
 namespace {
 
@@ -14,100 +12,265 @@ TEST_F(MainTest, MainStartsElementaryAndTheFramework)
 
     EXPECT_EQ(run(nullptr), 7);
 
-    EXPECT_THAT(fake_.lines(), ElementsAre("elm_init(1)", StartsWith("D \""),
-                                           "ui_app_add_event_handler(LANGUAGE_CHANGED, null)",
-                                           "ui_app_main(1)", "elm_shutdown()"));
+    EXPECT_THAT(fake_.all(), LinesAre("ecore_time_unix_get()", "elm_init(1)", "D \"\"",
+                                      "ui_app_add_event_handler(LANGUAGE_CHANGED, null)",
+                                      "ui_app_main(1)", "elm_shutdown()"));
     EXPECT_EQ(_elm_startup_time, 1000.0);
+}
+
+TEST_F(MainTest, WithoutNewsOfTheLanguageTheProgramRuns)
+{
+    fake_.fail("ui_app_add_event_handler");
+    bool ran = false;
+
+    EXPECT_EQ(run([&ran] { ran = true; }), 0);
+
+    EXPECT_TRUE(ran);
 }
 
 // ---- Create ----
 
-TEST_F(MainTest, CreateSetsUpTheSetInItsOrder)
-{
-    run([this] {
-        fake_.forget();
-        EXPECT_TRUE(fake_.app.create());
+class MainCreateTest : public MainTest {
+  protected:
+    static Lines keys_and_panel(int state)
+    {
+        return {"I \"\"",
+                "I \"\"",
+                "VirtualKey_Initialize(0)",
+                "ecore_event_handler_add(DEVICE_ADD, null)",
+                reads("db/sysman/rotation_state"),
+                "I \"Roation Value = " + std::to_string(state) + " \""};
+    }
 
-        EXPECT_THAT(
-            fake_.calls(),
-            LinesAre("VirtualKey_Initialize(0)", "ecore_event_handler_add(DEVICE_ADD, null)",
-                     "ea_init()", "elm_app_base_scale_set(2)", "device_power_subscribe_poweroff()",
-                     "device_power_subscribe_standby()", "device_power_subscribe_wakeup()",
-                     "device_power_subscribe_state_changed_event()", "app_context_manager_init()",
-                     "SettingsAPI::DisableItemsByList(\"broadcasting picturesize pip "
-                     "game-mode delete-contents-list tools-demo-update "
-                     "tools-picture-demo\", \"org.tizen.ostrel-demo-player-tv\")",
-                     "elm_config_mirrored_set(false)"));
-        EXPECT_THAT(fake_.logs().front(), StartsWith("I \""));
-    });
+    static Lines set_up()
+    {
+        return {"ea_init()",
+                "elm_app_base_scale_set(2)",
+                "device_power_subscribe_poweroff()",
+                "device_power_subscribe_standby()",
+                "device_power_subscribe_wakeup()",
+                "device_power_subscribe_state_changed_event()",
+                "app_context_manager_init()",
+                "D \"1\"",
+                "SettingsAPI::Get()",
+                "SettingsAPI::DisableItemsByList(\"broadcasting picturesize pip game-mode "
+                "delete-contents-list tools-demo-update tools-picture-demo\", "
+                "\"org.tizen.ostrel-demo-player-tv\")",
+                "ua_UI_orientation_get()"};
+    }
+
+    void expect_creation(const Lines &expected)
+    {
+        run([&] {
+            fake_.forget();
+            EXPECT_TRUE(fake_.app.create());
+            EXPECT_EQ(fake_.all(), expected);
+        });
+    }
+};
+
+TEST_F(MainCreateTest, TheSetIsSetUpInItsOrder)
+{
+    expect_creation(join({keys_and_panel(1), set_up(), {"elm_config_mirrored_set(false)"}}));
+
+    EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), ROTATION_TYPE_LANDSCAPE);
 }
 
-TEST_F(MainTest, CreateReadsTheRotationStateBeforeTheRest)
-{
-    fake_.store.values["db/sysman/rotation_state"] = 2;
-
-    run([this] {
-        fake_.app.create();
-        EXPECT_THAT(fake_.of({"VirtualKey_Initialize", "vconf_get_int", "ea_init"}),
-                    LinesAre("VirtualKey_Initialize(0)",
-                             "vconf_get_int(\"db/sysman/rotation_state\")", "ea_init()"));
-        EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), ROTATION_TYPE_PORTRAIT);
-    });
-}
-
-TEST_F(MainTest, CreateMirrorsARightToLeftSet)
+TEST_F(MainCreateTest, ARightToLeftSetIsMirrored)
 {
     fake_.system.ui_orientation = 1;
 
-    run([this] {
-        fake_.app.create();
-        EXPECT_EQ(fake_.calls().back(), "elm_config_mirrored_set(true)");
-    });
+    expect_creation(join({keys_and_panel(1),
+                          set_up(),
+                          {"I \"RTL_UI_ORIENTATION\"", "elm_config_mirrored_set(true)"}}));
+}
+
+TEST_F(MainCreateTest, TheStoredRotationIsTaken)
+{
+    fake_.store.values["db/sysman/rotation_state"] = 2;
+
+    expect_creation(join({keys_and_panel(2), set_up(), {"elm_config_mirrored_set(false)"}}));
+
+    EXPECT_EQ(COstrelDemoUtil::GetWindowRotationType(), ROTATION_TYPE_PORTRAIT);
+}
+
+TEST_F(MainCreateTest, AnUnreadableRotationHoldsNothingUp)
+{
+    fake_.store.values.erase("db/sysman/rotation_state");
+
+    Lines keys = keys_and_panel(0);
+    keys.back() = "E \"GetConfigInt key [db/sysman/rotation_state] faild\"";
+    expect_creation(join({keys, set_up(), {"elm_config_mirrored_set(false)"}}));
+}
+
+// The results of these are not looked at.
+TEST_F(MainCreateTest, AServiceThatFailsHoldsNothingUp)
+{
+    for (const char *function :
+         {"ea_init", "device_power_subscribe_poweroff", "device_power_subscribe_standby",
+          "device_power_subscribe_wakeup", "device_power_subscribe_state_changed_event",
+          "app_context_manager_init"})
+        fake_.script.fail_always(function);
+
+    expect_creation(join({keys_and_panel(1), set_up(), {"elm_config_mirrored_set(false)"}}));
 }
 
 // ---- Launch requests ----
 
-TEST_F(MainTest, ALaunchCreatesTheController)
+class LaunchTest : public MainTest {
+  protected:
+    using Extras = fake::Application::Extras;
+
+    // Reading one extra.
+    static Lines extra(const Extras &extras, const std::string &key)
+    {
+        const std::string question = "app_control_get_extra_data(\"" + key + "\")";
+        const auto found = extras.find(key);
+        if (found == extras.end())
+            return {question, "I \"Get ExtraKey:" + key + ",fail\""};
+        return {question, "I \"ExtraKey:" + key + ",pStrExtraValue:" + found->second + "\"",
+                "free(text from app_control_get_extra_data)"};
+    }
+
+    static bool is(const Extras &extras, const std::string &key, const std::string &value)
+    {
+        const auto found = extras.find(key);
+        return found != extras.end() && found->second == value;
+    }
+
+    static bool is_ignored(const Extras &extras)
+    {
+        return is(extras, "__K_RELOCATE_BELOW", "com.norvane.tv.aod");
+    }
+
+    static bool is_stop(const Extras &extras)
+    {
+        return !is_ignored(extras) && is(extras, "mode", "factory_stop");
+    }
+
+    static bool is_refused(const Extras &extras)
+    {
+        return is_ignored(extras) || extras.count("mode") != 0;
+    }
+
+    // All that happens before the controller has its turn.
+    static Lines head(const Extras &extras)
+    {
+        Lines lines = join({{"I \"\""}, extra(extras, "__K_RELOCATE_BELOW")});
+        if (is_ignored(extras))
+            return lines;
+        lines = join({lines, extra(extras, "mode")});
+        if (extras.count("mode") != 0)
+            return is_stop(extras) ? join({lines, exit_lines()}) : lines;
+
+        const bool contents = is(extras, "demo_player_mode", "folder_contents_player");
+        lines = join({lines, extra(extras, "demo_player_mode")});
+        if (contents)
+            lines.push_back(writes(DEMO_MODE, 0));
+        lines = join({lines, extra(extras, "repeat_mode"), extra(extras, "folder_path")});
+        if (extras.count("folder_path") == 0)
+            lines = join({lines, {"opendir(\"/opt/data/demo_movie/\")", "closedir()"}});
+        lines = join({lines,
+                      extra(extras, "path_location"),
+                      {"vconf_notify_key_changed(\"db/ostrel-demo-player-tv/demo_mode\", null)"}});
+        if (!contents)
+            lines.push_back("vconf_notify_key_changed(\"db/menu/support/use_mode\", null)");
+        return lines;
+    }
+
+    // The folder that is scanned, and whether it is looked for on the sticks.
+    static Lines folder(const Extras &extras)
+    {
+        const auto path = extras.find("folder_path");
+        const std::string built_in = "opendir(\"/opt/data/demo_movie/\")";
+        if (path == extras.end())
+            return is(extras, "path_location", "usb")
+                       ? Lines{built_in, "usb_device_get_device_list(8)",
+                               "opendir(\"/media/a//opt/data/demo_movie//\")"}
+                       : Lines{built_in, built_in};
+        if (path->second.empty())
+            return {built_in, built_in};
+        if (!is(extras, "path_location", "usb"))
+            return {"opendir(\"" + path->second + "\")"};
+        return {"usb_device_get_device_list(8)", "opendir(\"/media/a/" + path->second + "/\")"};
+    }
+
+    void add_folders()
+    {
+        fake_.storage.sticks = {"/media/a"};
+        for (const char *folder :
+             {"/demo/show", "/media/a/demo/show", "/media/a/opt/data/demo_movie"})
+            fake_.storage.add_folder(folder, {"x.mp4"});
+    }
+
+    void expect_launch(const Extras &extras)
+    {
+        run_created([&] {
+            fake_.app.launch(extras);
+
+            const Lines expected = head(extras);
+            const Lines all = fake_.all();
+            EXPECT_EQ(has_controller(), !is_refused(extras));
+            EXPECT_EQ(exits(), is_stop(extras) ? 1 : 0);
+            if (is_refused(extras)) {
+                EXPECT_EQ(all, expected);
+                return;
+            }
+            ASSERT_GE(all.size(), expected.size() + 2);
+            const auto rest = all.begin() + static_cast<long>(expected.size());
+            EXPECT_EQ(Lines(all.begin(), rest), expected);
+            EXPECT_EQ(Lines(rest, rest + 2), Lines({"D \"\"", "D \"\""})) << "the controller";
+            EXPECT_EQ(fake_.of({"usb_device_get_device_list", "opendir"}), folder(extras));
+            EXPECT_EQ(all.back(), "I \"change TV_VCONF_START_RELAUNCH_TIMER to 3\"");
+        });
+    }
+};
+
+class LaunchScene : public LaunchTest {
+  public:
+    void TestBody() override {}
+
+    void expect(const Extras &extras)
+    {
+        add_folders();
+        expect_launch(extras);
+    }
+};
+
+// Null for an extra that is not there.
+struct LaunchExtra {
+    const char *key;
+    std::vector<const char *> values;
+};
+
+TEST(LaunchTableTest, EveryCombinationOfExtrasIsReadInOrder)
 {
-    run_created([this] {
-        fake_.app.launch();
+    const LaunchExtra extras[] = {
+        {"__K_RELOCATE_BELOW", {nullptr, "com.norvane.tv.aod", "com.norvane.tv.other", ""}},
+        {"mode", {nullptr, "factory_stop", "factory_start", "Factory_Stop", ""}},
+        {"demo_player_mode", {nullptr, "folder_contents_player", "Folder_Contents_Player"}},
+        {"repeat_mode", {nullptr, "no"}},
+        {"folder_path", {nullptr, "/demo/show/", ""}},
+        {"path_location", {nullptr, "usb", "USB"}}};
+    size_t combinations = 1;
+    for (const LaunchExtra &entry : extras)
+        combinations *= entry.values.size();
 
-        EXPECT_TRUE(has_controller());
-        EXPECT_EQ(exits(), 0);
-        EXPECT_EQ(fake_.store.get(RELAUNCH_TIMER), 3);
-        EXPECT_THAT(fake_.logs().front(), StartsWith("I \""));
-    });
-}
-
-TEST_F(MainTest, ALaunchReadsItsExtrasInOrder)
-{
-    run_created([this] {
-        fake_.app.launch({{"folder_path", "/demo/show/"}});
-
-        EXPECT_THAT(fake_.of({"app_control_get_extra_data"}),
-                    LinesAre("app_control_get_extra_data(\"__K_RELOCATE_BELOW\")",
-                             "app_control_get_extra_data(\"mode\")",
-                             "app_control_get_extra_data(\"demo_player_mode\")",
-                             "app_control_get_extra_data(\"repeat_mode\")",
-                             "app_control_get_extra_data(\"folder_path\")",
-                             "app_control_get_extra_data(\"path_location\")"));
-        const Lines logs = fake_.logs();
-        EXPECT_THAT(logs, testing::Contains("I \"Get ExtraKey:mode,fail\""));
-        EXPECT_THAT(logs,
-                    testing::Contains("I \"ExtraKey:folder_path,pStrExtraValue:/demo/show/\""));
-    });
-}
-
-TEST_F(MainTest, ALaunchWatchesItsKeys)
-{
-    run_created([this] {
-        fake_.app.launch();
-
-        EXPECT_THAT(fake_.of({"vconf_notify"}),
-                    LinesAre("vconf_notify_key_changed(\"db/ostrel-demo-player-tv/demo_mode\", "
-                             "null)",
-                             "vconf_notify_key_changed(\"db/menu/support/use_mode\", null)"));
-    });
+    for (size_t n = 0; n < combinations && !testing::Test::HasFailure(); ++n) {
+        fake::Application::Extras chosen;
+        std::string trace;
+        size_t rest = n;
+        for (const LaunchExtra &entry : extras) {
+            const char *value = entry.values[rest % entry.values.size()];
+            rest /= entry.values.size();
+            if (value == nullptr)
+                continue;
+            chosen[entry.key] = value;
+            trace += std::string(entry.key) + "=" + value + " ";
+        }
+        SCOPED_TRACE(trace);
+        LaunchScene().expect(chosen);
+    }
 }
 
 TEST_F(MainTest, ALaunchWithoutDataOnlyWarns)
@@ -115,63 +278,7 @@ TEST_F(MainTest, ALaunchWithoutDataOnlyWarns)
     run_created([this] {
         fake_.app.launch_without_data({{"mode", "factory_stop"}});
 
-        EXPECT_THAT(fake_.lines(), ElementsAre(StartsWith("I \""), "W \"pAppData is null\""));
-    });
-}
-
-TEST_F(MainTest, ARelocationBelowTheAmbientScreenIsIgnored)
-{
-    run_created([this] {
-        fake_.app.launch({{"__K_RELOCATE_BELOW", "com.norvane.tv.aod"}, {"mode", "factory_stop"}});
-
-        EXPECT_THAT(fake_.calls(), IsEmpty());
-        EXPECT_FALSE(has_controller());
-        EXPECT_THAT(fake_.of({"app_control_get_extra_data"}),
-                    LinesAre("app_control_get_extra_data(\"__K_RELOCATE_BELOW\")"));
-    });
-}
-
-TEST_F(MainTest, ARelocationBelowAnythingElseIsALaunch)
-{
-    run_created([this] {
-        fake_.app.launch({{"__K_RELOCATE_BELOW", "com.norvane.tv.other"}});
-
-        EXPECT_TRUE(has_controller());
-    });
-}
-
-TEST_F(MainTest, AFactoryStopEndsTheProgram)
-{
-    run_created([this] {
-        fake_.app.launch({{"mode", "factory_stop"}});
-
-        EXPECT_THAT(fake_.calls(), LinesAre("ui_app_exit()"));
-        EXPECT_FALSE(has_controller());
-    });
-}
-
-TEST_F(MainTest, AFactoryStartNeitherStartsNorEnds)
-{
-    run_created([this] {
-        for (const char *mode : {"factory_start", "anything", ""}) {
-            fake_.app.launch({{"mode", mode}, {"demo_player_mode", "folder_contents_player"}});
-            EXPECT_THAT(fake_.calls(), IsEmpty()) << mode;
-            EXPECT_FALSE(has_controller());
-        }
-    });
-}
-
-TEST_F(MainTest, FolderContentsModeResetsTheSelectionAndWatchesOneKey)
-{
-    fake_.store.values[DEMO_MODE] = 0x0102;
-
-    run_created([this] {
-        fake_.app.launch({{"demo_player_mode", "folder_contents_player"}});
-
-        EXPECT_EQ(fake_.store.get(DEMO_MODE), 0);
-        EXPECT_THAT(fake_.of({"vconf_set_int", "vconf_notify"})[0],
-                    "vconf_set_int(\"db/ostrel-demo-player-tv/demo_mode\", 0)");
-        EXPECT_THAT(fake_.store.watched(), LinesAre(DEMO_MODE));
+        EXPECT_THAT(fake_.all(), LinesAre("I \"\"", "W \"pAppData is null\""));
     });
 }
 
@@ -185,62 +292,6 @@ TEST_F(MainTest, FolderContentsModeEnablesRewindAndForward)
         fake_.loop.drain_pipe();
 
         EXPECT_EQ(fake_.media.rate, 2.0F);
-    });
-}
-
-TEST_F(MainTest, AnyOtherPlayerModeIsTheOrdinaryOne)
-{
-    fake_.store.values[DEMO_MODE] = 0x0102;
-
-    run_created([this] {
-        fake_.app.launch({{"demo_player_mode", "Folder_Contents_Player"}});
-
-        EXPECT_EQ(fake_.store.get(DEMO_MODE), 0x0102);
-        EXPECT_THAT(fake_.store.watched(), LinesAre(DEMO_MODE, USE_MODE));
-    });
-}
-
-TEST_F(MainTest, TheLaunchFolderIsPlayed)
-{
-    fake_.storage.add_folder("/demo/show", {"x.mp4"});
-
-    run_created([this] {
-        fake_.app.launch(
-            {{"demo_player_mode", "folder_contents_player"}, {"folder_path", "/demo/show/"}});
-
-        EXPECT_THAT(fake_.logs(), testing::Contains("I \"FileName:x.mp4\""));
-    });
-}
-
-TEST_F(MainTest, AUsbFolderIsLookedForOnTheSticks)
-{
-    fake_.storage.sticks = {"/media/a"};
-    fake_.storage.add_folder("/media/a/show", {"x.mp4"});
-
-    run_created([this] {
-        fake_.app.launch({{"folder_path", "show"}, {"path_location", "usb"}});
-
-        EXPECT_THAT(fake_.logs(), testing::Contains("I \"path existed:/media/a/show/\""));
-    });
-}
-
-TEST_F(MainTest, AnyOtherLocationIsNoUsb)
-{
-    fake_.storage.add_folder("/demo/show", {"x.mp4"});
-
-    run_created([this] {
-        fake_.app.launch({{"folder_path", "/demo/show/"}, {"path_location", "USB"}});
-
-        EXPECT_THAT(fake_.of({"usb_device"}), IsEmpty());
-    });
-}
-
-TEST_F(MainTest, WithoutAFolderTheBuiltInOneIsPlayed)
-{
-    run_created([this] {
-        fake_.app.launch();
-
-        EXPECT_THAT(fake_.logs(), testing::Contains("I \"FileName:a.mp4\""));
     });
 }
 
@@ -276,23 +327,34 @@ INSTANTIATE_TEST_SUITE_P(Values, RepeatModeTest,
                                          RepeatMode{"yes", true}, RepeatMode{"", true},
                                          RepeatMode{"none", true}));
 
-TEST_F(MainTest, ARelaunchStartsTheOldListAnew)
+TEST_F(LaunchTest, ARelaunchStartsTheOldListAnew)
 {
     fake_.storage.add_folder("/demo/show", {"x.mp4"});
+    const Extras other = {{"folder_path", "/demo/show/"},
+                          {"repeat_mode", "no"},
+                          {"demo_player_mode", "folder_contents_player"}};
 
-    run_created([this] {
+    run_created([&] {
         fake_.app.launch();
         fake_.forget();
 
-        fake_.app.launch({{"folder_path", "/demo/show/"}, {"repeat_mode", "no"}});
+        fake_.app.launch(other);
 
+        const Lines expected = head(other);
+        const Lines all = fake_.all();
+        ASSERT_GT(all.size(), expected.size());
+        EXPECT_EQ(Lines(all.begin(), all.begin() + static_cast<long>(expected.size())), expected);
+        EXPECT_EQ(all[expected.size()], reads("db/ostrel-demo-player-tv/file_mode"));
         EXPECT_EQ(fake_.media.uri, "/opt/data/demo_movie/a.mp4");
         EXPECT_THAT(fake_.of({"player_create", "app_get_preinitialized", "ecore_pipe_add"}),
                     IsEmpty());
 
-        // The new repeat mode is not taken either.
+        // The new repeat mode is not taken either, nor the keys of the new player mode.
         fake_.media.fire_prepared();
         fake_.loop.drain_pipe();
+        fake_.loop.press_key("XF86AudioNext");
+        fake_.loop.drain_pipe();
+        EXPECT_EQ(fake_.media.rate, 1.0F);
         fake_.media.fire_completed();
         fake_.loop.drain_pipe();
         EXPECT_EQ(exits(), 0);
@@ -332,10 +394,11 @@ TEST_F(MainTest, AFailedCreationEndsTheProgram)
         fake_.app.launch();
 
         EXPECT_EQ(exits(), 1);
-        const Lines lines = fake_.lines();
-        ASSERT_GE(lines.size(), 3U);
-        EXPECT_EQ(Lines(lines.end() - 3, lines.end()),
-                  Lines({"E \"Create ostrel demo player failed\"", "E \"\"", "ui_app_exit()"}));
+        const Lines lines = fake_.all();
+        ASSERT_GE(lines.size(), 4U);
+        EXPECT_EQ(Lines(lines.end() - 4, lines.end()),
+                  Lines({writes("memory/ostrel-demo-player-tv/playback_status", 2),
+                         "E \"Create ostrel demo player failed\"", "E \"\"", "ui_app_exit()"}));
     });
 }
 
@@ -347,7 +410,11 @@ TEST_F(MainTest, AFailedVideoPlayerEndsTheProgram)
         fake_.app.launch();
 
         EXPECT_EQ(exits(), 1);
-        EXPECT_THAT(fake_.logs(), testing::Contains("E \"Create ostrel demo player failed\""));
+        const Lines lines = fake_.all();
+        ASSERT_GE(lines.size(), 4U);
+        EXPECT_EQ(Lines(lines.end() - 4, lines.end()),
+                  Lines({writes("memory/ostrel-demo-player-tv/playback_status", 3),
+                         "E \"Create ostrel demo player failed\"", "E \"\"", "ui_app_exit()"}));
     });
 }
 

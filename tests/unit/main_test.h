@@ -13,10 +13,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "lines.h"
 #include "platform.h"
 #include "player/util/EventManager.h"
 #include "player/util/OstrelDemoUtil.h"
+#include "player_test.h"
 
 // main() of the player, under another name.
 int demo_player_main(int argc, char **argv);
