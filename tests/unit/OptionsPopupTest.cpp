@@ -184,6 +184,20 @@ TEST_F(OptionsPopupTest, WithoutARowClassThePopupStaysUnshown)
     EXPECT_EQ(player_.m_pPopup, nullptr);
 }
 
+TEST_F(OptionsPopupTest, WithoutAListThePopupOpensAllTheSameAndKeepsNoRecords)
+{
+    build_rows({"a.mp4"});
+    fake_.fail("elm_velt_genlist_add");
+
+    // The sanitizers see to the records.
+    EXPECT_TRUE(player_.m_CreatePopUp());
+
+    EXPECT_EQ(player_.m_pGenlist, nullptr);
+    EXPECT_EQ(fake_.registry.living("row"), 0);
+    EXPECT_EQ(fake_.transcript.count("elm_velt_genlist_item_append"), 3);
+    EXPECT_TRUE(fake_.widgets.visible(player_.m_pPopup));
+}
+
 TEST_F(OptionsPopupTest, WithoutAButtonThePopupOpensAllTheSame)
 {
     build_rows({"a.mp4"});

@@ -4,6 +4,8 @@
 
 #include <libintl.h>
 
+#include <memory>
+
 #include "player/util/Log.h"
 #include "widget_extension.h"
 
@@ -92,9 +94,11 @@ void COstrelDemoPlayer::m_AppendPopupRows(Elm_Genlist_Item_Class *pItemClass)
     pItemClass->func.state_get = nullptr;
     pItemClass->func.del = m_OnItemDeletedCB;
     for (const stItemData &stItem : m_vdcItemList) {
-        // The row owns its copy; m_OnItemDeletedCB() destroys it.
-        elm_velt_genlist_item_append(m_pGenlist, pItemClass, new stItemData(stItem), nullptr,
-                                     ELM_GENLIST_ITEM_NONE, nullptr, this);
+        // The row owns its copy, and m_OnItemDeletedCB() destroys it; without a row nobody would.
+        auto pCopy = std::make_unique<stItemData>(stItem);
+        if (elm_velt_genlist_item_append(m_pGenlist, pItemClass, pCopy.get(), nullptr,
+                                         ELM_GENLIST_ITEM_NONE, nullptr, this) != nullptr)
+            pCopy.release();
     }
 }
 
