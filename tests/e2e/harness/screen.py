@@ -115,7 +115,6 @@ class Screen:
         self._open_frame_buffer()
         self.start_compositor()
         # Out of the way: a pointer in the middle would hover over the options.
-        self.move_pointer(self.width - 2, self.height - 2)
         self.move_pointer(self.width - 1, self.height - 1)
         return self
 
@@ -236,10 +235,16 @@ class Screen:
         self._xdotool("key", "--delay", "40", *names)
 
     def click(self, x, y, button=1):
-        self._xdotool("mousemove", str(x), str(y), "click", str(button))
+        self._xdotool(*self._way_to(x, y), "click", str(button))
 
     def move_pointer(self, x, y):
-        self._xdotool("mousemove", str(x), str(y))
+        self._xdotool(*self._way_to(x, y))
+
+    def _way_to(self, x, y):
+        # The compositor moves its pointer by differences, and may have begun with a wrong place.
+        # Pushed into two opposite corners it agrees with X about where the pointer is.
+        steps = (0, 0), (self.width - 1, self.height - 1), (x, y)
+        return [word for step in steps for word in ("mousemove", *map(str, step))]
 
     def _xdotool(self, *arguments):
         subprocess.run(["xdotool", *arguments], check=True, timeout=30,

@@ -1,0 +1,63 @@
+"""The sound output key, with a real sound server behind it."""
+
+import pytest
+
+from harness.sound_server import SoundServer
+from harness.waiting import wait_until
+
+KEY_HANDLED = r"enCurOutputRoute = (\d+),enOutputRoute = (\d+)"
+
+
+@pytest.fixture
+def server(tv):
+    sound = SoundServer(tv, "speakers", "headphones", "bystander")
+    yield sound
+    sound.stop()
+
+
+def test_sound_output_key_moves_the_sound_between_the_two_outputs(
+        tv, screen, content, shelf, server):
+    tv.configure(sound={"external_sink": "headphones"})
+    shelf.video(content / "red.mp4", "red", seconds=20)
+    player = tv.start(folder=content, OSTREL_DEMO_AUDIO_SINK="pulsesink")
+    screen.wait_for("red")
+    wait_until(lambda: server.playing_on() == ["speakers"], "the video's sound in the speakers")
+
+    screen.key("o")
+    assert player.log.wait(KEY_HANDLED).groups() == ("0", "8")
+    wait_until(lambda: server.playing_on() == ["headphones"], "the sound in the headphones")
+    assert server.default_sink() == "headphones"
+
+    screen.key("o")
+    assert player.log.wait(KEY_HANDLED, count=2).groups() == ("8", "0")
+    wait_until(lambda: server.playing_on() == ["speakers"], "the sound back in the speakers")
+    assert server.default_sink() == "speakers"
+    assert screen.shown() == "red"
+
+
+def test_sound_stays_where_it_is_when_the_other_output_is_missing(
+        tv, screen, content, shelf, server):
+    tv.configure(sound={"external_sink": "unplugged"})
+    shelf.video(content / "red.mp4", "red", seconds=20)
+    player = tv.start(folder=content, OSTREL_DEMO_AUDIO_SINK="pulsesink")
+    player.tolerate("select speaker failed")
+    wait_until(lambda: server.playing_on() == ["speakers"], "the video's sound in the speakers")
+    screen.key("o")
+    player.log.wait("select speaker failed")
+    assert server.playing_on() == ["speakers"] and server.default_sink() == "speakers"
+
+
+def test_sound_server_that_goes_away_does_not_stop_the_show(tv, screen, content, shelf, server):
+    tv.configure(sound={"external_sink": "headphones"})
+    shelf.video(content / "red.mp4", "red", seconds=4)
+    shelf.video(content / "green.mp4", "green", seconds=4)
+    player = tv.start(folder=content, OSTREL_DEMO_AUDIO_SINK="pulsesink")
+    wait_until(lambda: server.playing_on() == ["speakers"], "the video's sound in the speakers")
+    shown = screen.shown()
+    server.stop()
+    here = player.log.position()
+    screen.key("o")
+    player.log.wait(r"EventID = 8,iParam1 = 6", after=here)
+    screen.key("Right")
+    screen.wait_for("green" if shown == "red" else "red")
+    assert player.running()
