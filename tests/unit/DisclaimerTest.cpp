@@ -1,3 +1,5 @@
+// The readable cases; DisclaimerTranscriptTest.cpp goes through all situations.
+
 #include "player_test.h"
 
 using testing::ElementsAre;
@@ -58,37 +60,6 @@ TEST_F(DisclaimerTest, TheOverlayIsBuiltHidden)
     EXPECT_FALSE(shown());
 }
 
-TEST_F(DisclaimerTest, InPortraitTheOtherPictureAndSizeAreTaken)
-{
-    set_panel(ROTATION_TYPE_PORTRAIT);
-
-    player_.m_CreateDisclaimer();
-
-    EXPECT_THAT(fake_.of({"elm_velt_imagebox_file_set", "elm_velt_object_size",
-                          "elm_velt_layout_item_append"}),
-                LinesAre("elm_velt_imagebox_file_set(imagebox#1, \"/res/portrait.png\")",
-                         "elm_velt_object_size_max_set(imagebox#1, 1080, 1920)",
-                         "elm_velt_object_size_min_set(imagebox#1, 1920, 1080)",
-                         "elm_velt_layout_item_append(layout#1, imagebox#1, 1080, 1920)"));
-    EXPECT_THAT(fake_.of({"getResourcePath"}),
-                LinesAre("getResourcePath(\"org.tizen.video-player-tv\", "
-                         "\"ostrel_demo/player_img_china_disclaimer_portrait.png\")"));
-}
-
-TEST_F(DisclaimerTest, AnEarlierOverlayIsRemovedFirst)
-{
-    build();
-
-    player_.m_CreateDisclaimer();
-
-    const Lines calls = fake_.calls();
-    ASSERT_GE(calls.size(), 3U);
-    EXPECT_EQ(calls[0], "evas_object_del(layout#1)");
-    EXPECT_EQ(calls[1], "evas_object_del(imagebox#1)");
-    EXPECT_EQ(calls[2], "elm_velt_layout_add(window#1)");
-    EXPECT_EQ(player_.m_pDisclaimerImageBox, fake_.widgets.get("imagebox", 2));
-}
-
 TEST_F(DisclaimerTest, APendingHideTimerIsLeftAlone)
 {
     build();
@@ -99,40 +70,6 @@ TEST_F(DisclaimerTest, APendingHideTimerIsLeftAlone)
 
     EXPECT_EQ(player_.m_pDisclaimerTimer, timer);
     EXPECT_THAT(fake_.loop.timers(), ElementsAre(5.0));
-}
-
-TEST_F(DisclaimerTest, WithoutARootLayoutThereIsNoOverlay)
-{
-    fake_.fail("elm_velt_layout_add");
-
-    player_.m_CreateDisclaimer();
-
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("elm_velt_layout_add(window#1)", "E \"NULL == m_pDisclaimerRootLayout\""));
-    EXPECT_EQ(player_.m_pDisclaimerRootLayout, nullptr);
-}
-
-TEST_F(DisclaimerTest, WithoutAnImageBoxTheRootLayoutStays)
-{
-    fake_.fail("elm_velt_imagebox_add");
-
-    player_.m_CreateDisclaimer();
-
-    EXPECT_EQ(fake_.lines().back(), "E \"NULL == m_pDisclaimerImageBox\"");
-    EXPECT_EQ(fake_.calls().back(), "elm_velt_imagebox_add(layout#1)");
-    EXPECT_NE(player_.m_pDisclaimerRootLayout, nullptr);
-    EXPECT_EQ(player_.m_pDisclaimerImageBox, nullptr);
-}
-
-TEST_F(DisclaimerTest, AMissingPictureLeavesTheBoxEmpty)
-{
-    fake_.system.resources.clear();
-
-    player_.m_CreateDisclaimer();
-
-    EXPECT_THAT(fake_.of({"elm_velt_imagebox_file_set"}),
-                LinesAre("elm_velt_imagebox_file_set(imagebox#1, \"\")"));
-    EXPECT_THAT(fake_.logs(), testing::Contains("I \"add[]\""));
 }
 
 // ---- m_ShowDisclaimer ----
@@ -166,24 +103,6 @@ TEST_F(DisclaimerTest, APanelTurnedMeanwhileShowsThePortraitPicture)
         fake_.of({"elm_velt_imagebox_file_set", "evas_object_resize", "elm_velt_object_size"}),
         LinesAre("elm_velt_imagebox_file_set(imagebox#1, \"/res/portrait.png\")",
                  "evas_object_resize(imagebox#1, 135, 240)"));
-}
-
-TEST_F(DisclaimerTest, ShowingWithoutAnOverlayIsAnError)
-{
-    player_.m_ShowDisclaimer();
-
-    EXPECT_THAT(fake_.lines(), LinesAre("E \"layout or imagebox is NULL\""));
-    EXPECT_THAT(fake_.loop.timers(), IsEmpty());
-}
-
-TEST_F(DisclaimerTest, ShowingAHalfBuiltOverlayIsAnError)
-{
-    fake_.fail("elm_velt_imagebox_add");
-    build();
-
-    player_.m_ShowDisclaimer();
-
-    EXPECT_THAT(fake_.lines(), LinesAre("E \"layout or imagebox is NULL\""));
 }
 
 // ---- m_OnDisclaimerTimeOutCB ----
@@ -227,7 +146,7 @@ TEST_F(DisclaimerTest, ATimeOutWithoutAControllerDoesNothing)
     EXPECT_THAT(fake_.lines(), IsEmpty());
 }
 
-// ---- m_HideDisclaimer, m_DestroyDisclaimer ----
+// ---- m_HideDisclaimer ----
 
 TEST_F(DisclaimerTest, HidingCancelsTheTimer)
 {
@@ -242,38 +161,6 @@ TEST_F(DisclaimerTest, HidingCancelsTheTimer)
                          "ecore_timer_del(timer#1)"));
     EXPECT_EQ(player_.m_pDisclaimerTimer, nullptr);
     EXPECT_FALSE(shown());
-}
-
-TEST_F(DisclaimerTest, HidingWithoutATimerDeletesNone)
-{
-    build();
-
-    player_.m_HideDisclaimer();
-
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("evas_object_hide(layout#1)", "evas_object_hide(imagebox#1)"));
-}
-
-TEST_F(DisclaimerTest, DestroyingLeavesTheTimer)
-{
-    build();
-    player_.m_ShowDisclaimer();
-    fake_.forget();
-
-    player_.m_DestroyDisclaimer();
-
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("evas_object_del(layout#1)", "evas_object_del(imagebox#1)"));
-    EXPECT_EQ(player_.m_pDisclaimerRootLayout, nullptr);
-    EXPECT_EQ(player_.m_pDisclaimerImageBox, nullptr);
-    EXPECT_THAT(fake_.loop.timers(), ElementsAre(5.0));
-}
-
-TEST_F(DisclaimerTest, DestroyingWhatIsNotThereDoesNothing)
-{
-    player_.m_DestroyDisclaimer();
-
-    EXPECT_THAT(fake_.lines(), IsEmpty());
 }
 
 // ---- Feature off ----

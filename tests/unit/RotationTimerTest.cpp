@@ -1,3 +1,5 @@
+// The readable cases; RotationTimerTranscriptTest.cpp goes through the whole table.
+
 #include "player_test.h"
 
 using testing::ElementsAre;
@@ -69,61 +71,7 @@ TEST_F(RotationTimerTest, AToastReplacesTheOneBefore)
               join({{"evas_object_del(popup#1)"}, toast_lines("popup#2", "second")}));
 }
 
-TEST_F(RotationTimerTest, AToastClosesTheOptionsPopupFirst)
-{
-    open_popup();
-
-    player_.m_UpdateNotificationLabel("hello");
-
-    EXPECT_EQ(fake_.calls(),
-              join({{"evas_object_hide(popup#1)", "app_context_manager_unset_epop_block()",
-                     "ecore_timer_add(0.5)"},
-                    toast_lines("popup#2", "hello")}));
-}
-
-TEST_F(RotationTimerTest, WithoutAToastObjectTheMessageIsDropped)
-{
-    player_.m_UpdateNotificationLabel("first");
-    fake_.fail("elm_velt_popup_add");
-    fake_.forget();
-
-    EXPECT_TRUE(player_.m_UpdateNotificationLabel("second"));
-
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("I \"strContent = second\"", "I \"\"", "evas_object_del(popup#1)",
-                         "elm_velt_popup_add(window#1)"));
-    EXPECT_EQ(player_.m_pNotificationLabel, nullptr);
-}
-
 // ---- m_ShowPopup ----
-
-struct Interval {
-    int index;
-    const char *text;
-};
-
-class IntervalTextTest : public RotationTimerTest, public testing::WithParamInterface<Interval> {};
-
-TEST_P(IntervalTextTest, TheLandscapeIntervalIsTold)
-{
-    player_.m_ShowPopup(LANDSCAPE_TIMER, GetParam().index);
-
-    EXPECT_EQ(toast_text(), std::string("Landscape: ") + GetParam().text);
-}
-
-TEST_P(IntervalTextTest, ThePortraitIntervalIsTold)
-{
-    player_.m_ShowPopup(PORTRAIT_TIMER, GetParam().index);
-
-    EXPECT_EQ(toast_text(), std::string("Portrait: ") + GetParam().text);
-}
-
-INSTANTIATE_TEST_SUITE_P(Indices, IntervalTextTest,
-                         testing::Values(Interval{0, "5 min"}, Interval{1, "5 min 30 s"},
-                                         Interval{2, "6 min"}, Interval{3, "6 min 30 s"},
-                                         Interval{4, "7 min"}, Interval{5, "7 min 30 s"},
-                                         Interval{6, "8 min"}, Interval{7, "9 min"},
-                                         Interval{8, "10 min"}, Interval{9, "15 min"}));
 
 TEST_F(RotationTimerTest, AStepIsLoggedAndToasted)
 {
@@ -181,16 +129,6 @@ TEST_F(RotationTimerTest, TimedRotationIsSwitchedOff)
                                    toast_lines("popup#1", "Rotation Off")}));
 }
 
-TEST_F(RotationTimerTest, TheFlagChangesEvenIfTheKeyCannotBeWritten)
-{
-    fake_.fail("vconf_set_int");
-
-    player_.m_CreateRotationOnOffLabel();
-
-    EXPECT_TRUE(player_.m_bRotationAutoMode);
-    EXPECT_EQ(toast_text(), "Rotation On");
-}
-
 TEST_F(RotationTimerTest, ALongTranslationIsCutAt127Characters)
 {
     fake_.system.texts["COM_ID_QUENDIRA_ROTATION"] = std::string(200, 'x');
@@ -201,52 +139,6 @@ TEST_F(RotationTimerTest, ALongTranslationIsCutAt127Characters)
 }
 
 // ---- m_UpdateZavoTimer ----
-
-class ZavoIntervalTest : public RotationTimerTest,
-                         public testing::WithParamInterface<std::pair<int, int>> {};
-
-TEST_P(ZavoIntervalTest, TheTimerTakesTheIntervalOfTheIndex)
-{
-    player_.m_bRotationAutoMode = true;
-    fake_.store.values[ConfigKey::LANDSCAPE_TIMER] = GetParam().first;
-    fake_.store.values[ConfigKey::PORTRAIT_TIMER] = (GetParam().first + 1) % 10;
-    const std::string seconds = std::to_string(GetParam().second);
-
-    player_.m_UpdateZavoTimer();
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"set timer " + seconds + " sec\"",
-                                        "ecore_timer_add(" + seconds + ")"));
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, ZavoIntervalTest,
-                         testing::Values(std::make_pair(0, 300), std::make_pair(1, 330),
-                                         std::make_pair(2, 360), std::make_pair(3, 390),
-                                         std::make_pair(4, 420), std::make_pair(5, 450),
-                                         std::make_pair(6, 480), std::make_pair(7, 540),
-                                         std::make_pair(8, 600), std::make_pair(9, 900)));
-
-TEST_F(RotationTimerTest, InPortraitThePortraitIntervalIsTaken)
-{
-    player_.m_bRotationAutoMode = true;
-    fake_.store.values[ConfigKey::PORTRAIT_TIMER] = 9;
-    set_panel(ROTATION_TYPE_PORTRAIT_REVERSE);
-
-    player_.m_UpdateZavoTimer();
-
-    EXPECT_THAT(fake_.calls(), LinesAre("ecore_timer_add(900)"));
-    EXPECT_THAT(fake_.of({"vconf_get_int"}),
-                LinesAre("vconf_get_int(\"db/ostrel-demo-player-tv/portrait_timer\")"));
-}
-
-TEST_F(RotationTimerTest, AnUnreadableIndexMeansFiveMinutes)
-{
-    player_.m_bRotationAutoMode = true;
-    fake_.store.values.erase(ConfigKey::LANDSCAPE_TIMER);
-
-    player_.m_UpdateZavoTimer();
-
-    EXPECT_THAT(fake_.calls(), LinesAre("ecore_timer_add(300)"));
-}
 
 // Other programs may write the keys as well.
 TEST_F(RotationTimerTest, AnIndexOutsideTheTableMeansFiveMinutes)
@@ -273,31 +165,6 @@ TEST_F(RotationTimerTest, SwitchedOffThePendingTimerGoes)
 
     EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_del(timer#1)"));
     EXPECT_EQ(player_.m_pZavoTimer, nullptr);
-}
-
-TEST_F(RotationTimerTest, WithoutARotatorNoTimerIsArmedAndTheOldOneGoes)
-{
-    player_.m_bRotationAutoMode = true;
-    player_.m_UpdateZavoTimer();
-    fake_.rotator.supported = false;
-    fake_.forget();
-
-    player_.m_UpdateZavoTimer();
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_del(timer#1)"));
-}
-
-TEST_F(RotationTimerTest, AnUpdateReplacesTheTimer)
-{
-    player_.m_bRotationAutoMode = true;
-    player_.m_UpdateZavoTimer();
-    fake_.store.values[ConfigKey::LANDSCAPE_TIMER] = 2;
-    fake_.forget();
-
-    player_.m_UpdateZavoTimer();
-
-    EXPECT_THAT(fake_.calls(), LinesAre("ecore_timer_del(timer#1)", "ecore_timer_add(360)"));
-    EXPECT_THAT(fake_.loop.timers(), ElementsAre(360.0));
 }
 
 // ---- m_OnZavoTimeOutCB ----
