@@ -1,3 +1,5 @@
+// The readable cases; OptionsTranscriptTest.cpp goes through every row and selection.
+
 #include "player_test.h"
 
 #include <cstdlib>
@@ -9,7 +11,7 @@ using testing::IsEmpty;
 namespace {
 
 // Rows of the open popup.
-enum { OFF = 0, PLAY_ALL = 1, FIRST = 2, SECOND = 3, BELOW = 9 };
+enum { OFF = 0, PLAY_ALL = 1, FIRST = 2, SECOND = 3 };
 
 class OptionsListTest : public PlayerTest {
   protected:
@@ -39,8 +41,6 @@ class OptionsListTest : public PlayerTest {
 
     void store_mode(int word) { fake_.store.values[ConfigKey::DEMO_MODE] = word; }
     int stored_mode() { return fake_.store.get(ConfigKey::DEMO_MODE); }
-
-    bool closing() { return player_.m_pDestroyPopupTimer != nullptr; }
 };
 
 // ---- Initial focus ----
@@ -79,35 +79,6 @@ TEST_F(OptionsListTest, AStaleSelectionOpensWithoutAFocusedRow)
 }
 
 // ---- m_GetRecentlySelectedItem ----
-
-TEST_F(OptionsListTest, TheStoredSelectionIsLookedForNotThePlayedOne)
-{
-    store_mode(1);
-    player_.m_iPlayIndex = 2;
-
-    EXPECT_EQ(player_.m_GetRecentlySelectedItem(player_.m_pGenlist),
-              fake_.widgets.row(player_.m_pGenlist, FIRST));
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "E \"eMode=0 iMenuType=1\"", "I \"1 -1\""));
-}
-
-TEST_F(OptionsListTest, TheSelectionOfTheOrientationIsLookedFor)
-{
-    store_mode(0x0201);
-    set_panel(ROTATION_TYPE_PORTRAIT);
-
-    EXPECT_EQ(player_.m_GetRecentlySelectedItem(player_.m_pGenlist),
-              fake_.widgets.row(player_.m_pGenlist, SECOND));
-}
-
-TEST_F(OptionsListTest, OffAndPlayAllHaveTheirRows)
-{
-    store_mode(0);
-    EXPECT_EQ(player_.m_GetRecentlySelectedItem(player_.m_pGenlist),
-              fake_.widgets.row(player_.m_pGenlist, PLAY_ALL));
-    store_mode(-1);
-    EXPECT_EQ(player_.m_GetRecentlySelectedItem(player_.m_pGenlist),
-              fake_.widgets.row(player_.m_pGenlist, OFF));
-}
 
 TEST_F(OptionsListTest, WithoutAListThereIsNoRow)
 {
@@ -148,35 +119,11 @@ TEST_F(OptionsListTest, ALaterRowWithoutRecordIsReturned)
 
 // ---- Pointer ----
 
-TEST_F(OptionsListTest, TheFocusFollowsThePointer)
-{
-    fake_.widgets.move_to_row(player_.m_pGenlist, SECOND);
-
-    EXPECT_EQ(fake_.widgets.focused_row(player_.m_pGenlist), SECOND);
-    EXPECT_THAT(fake_.calls(), LinesAre("elm_object_item_focus_set(row#4, true)"));
-}
-
 TEST_F(OptionsListTest, APointerWithoutEventMovesNothing)
 {
     CPlayerInspector::m_OnGenListMouseInCB(controller_.get(), nullptr, player_.m_pGenlist, nullptr);
 
     EXPECT_THAT(fake_.calls(), IsEmpty());
-}
-
-TEST_F(OptionsListTest, ChoosingAnEntryPlaysItAndCloses)
-{
-    player_.m_iPlayIndex = 0;
-
-    fake_.widgets.press_row(player_.m_pGenlist, SECOND);
-
-    EXPECT_EQ(player_.m_iPlayIndex, 2);
-    EXPECT_EQ(stored_mode(), 2);
-    EXPECT_EQ(fake_.media.uri, "/opt/data/demo_movie/b.mp4");
-    EXPECT_TRUE(closing());
-    EXPECT_THAT(
-        fake_.of({"vconf_set_int", "player_prepare_async", "evas_object_hide", "ecore_timer_add"}),
-        LinesAre(writes(ConfigKey::DEMO_MODE, 2), "player_prepare_async(controller)",
-                 "evas_object_hide(popup#1)", "ecore_timer_add(0.5)"));
 }
 
 TEST_F(OptionsListTest, ChoosingTheRowInForceOnlyCloses)
@@ -230,66 +177,6 @@ TEST_F(OptionsListTest, ChoosingOffStoresTheWholeWordAndEndsTheProgram)
                 LinesAre(writes(ConfigKey::DEMO_MODE, -1), "ui_app_exit()",
                          "evas_object_hide(popup#1)", "app_context_manager_unset_epop_block()",
                          "ecore_timer_add(0.5)"));
-}
-
-TEST_F(OptionsListTest, AChoiceIsStoredForThePresentOrientation)
-{
-    store_mode(0x0102);
-    set_panel(ROTATION_TYPE_PORTRAIT);
-    player_.m_iPlayIndex = 1;
-
-    fake_.widgets.press_row(player_.m_pGenlist, SECOND);
-
-    EXPECT_EQ(stored_mode(), 0x0202);
-}
-
-TEST_F(OptionsListTest, AChoiceHidesTheDisclaimer)
-{
-    fake_.system.has_disclaimer = true;
-    player_.m_CreateDisclaimer();
-    player_.m_ShowDisclaimer();
-    fake_.forget();
-
-    fake_.widgets.press_row(player_.m_pGenlist, FIRST);
-
-    EXPECT_EQ(player_.m_pDisclaimerTimer, nullptr);
-    EXPECT_FALSE(fake_.widgets.visible(player_.m_pDisclaimerRootLayout));
-    EXPECT_FALSE(fake_.widgets.visible(player_.m_pDisclaimerImageBox));
-    const Lines calls = fake_.calls();
-    ASSERT_GE(calls.size(), 4U);
-    EXPECT_EQ(calls[0].rfind("evas_object_hide(layout#", 0), 0U) << calls[0];
-    EXPECT_EQ(calls[1], "evas_object_hide(imagebox#1)");
-    EXPECT_EQ(calls[2].rfind("ecore_timer_del(", 0), 0U) << calls[2];
-    EXPECT_EQ(calls[3], writes(ConfigKey::DEMO_MODE, 1));
-}
-
-TEST_F(OptionsListTest, TheRowInForceLeavesTheDisclaimerShown)
-{
-    fake_.system.has_disclaimer = true;
-    player_.m_CreateDisclaimer();
-    player_.m_ShowDisclaimer();
-    player_.m_iPlayIndex = 1;
-
-    fake_.widgets.press_row(player_.m_pGenlist, FIRST);
-
-    EXPECT_TRUE(fake_.widgets.visible(player_.m_pDisclaimerRootLayout));
-    EXPECT_NE(player_.m_pDisclaimerTimer, nullptr);
-}
-
-TEST_F(OptionsListTest, OtherButtonsChooseNothing)
-{
-    fake_.widgets.press_row(player_.m_pGenlist, SECOND, 2);
-    fake_.widgets.press_row(player_.m_pGenlist, SECOND, 3);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\""));
-}
-
-TEST_F(OptionsListTest, APressBesideTheRowsLeavesThePopupOpen)
-{
-    fake_.widgets.press_row(player_.m_pGenlist, BELOW);
-
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
-    EXPECT_FALSE(closing());
 }
 
 TEST_F(OptionsListTest, APressOnARowWithoutRecordLeavesThePopupOpen)
@@ -353,71 +240,9 @@ TEST_F(OptionsListTest, ADeletedRowDestroysItsRecord)
 
 // ---- m_OnItemSelectedCB, which nothing registers ----
 
-TEST_F(OptionsListTest, TheSelectionCallbackWritesTheNumberItselfAndDestroysTheRecord)
-{
-    store_mode(0x0102);
-    set_panel(ROTATION_TYPE_PORTRAIT);
-    fake_.system.has_disclaimer = true;
-    player_.m_CreateDisclaimer();
-    player_.m_ShowDisclaimer();
-    Evas_Object *list = player_.m_pGenlist;
-    fake_.forget();
-
-    CPlayerInspector::m_OnItemSelectedCB(controller_.get(), list, fake_.widgets.row(list, SECOND));
-    // The record is gone; the row must not destroy it again.
-    fake_.widgets.take_row_data(list, SECOND);
-
-    EXPECT_EQ(player_.m_iPlayIndex, 2);
-    EXPECT_EQ(stored_mode(), 2) << "the whole word, not the half of the orientation";
-    EXPECT_EQ(fake_.media.uri, "/opt/data/demo_movie/b.mp4");
-    EXPECT_NE(player_.m_pDisclaimerTimer, nullptr) << "the disclaimer stays";
-}
-
 TEST_F(OptionsListTest, NothingRegistersTheSelectionCallback)
 {
     EXPECT_EQ(fake_.widgets.fire_smart(player_.m_pGenlist, "selected"), 0);
-}
-
-// ---- m_SelectSoundSpeaker ----
-
-class SoundRouteTest : public PlayerTest,
-                       public testing::WithParamInterface<std::pair<int, int>> {};
-
-TEST_P(SoundRouteTest, TheRouteIsToggled)
-{
-    fake_.system.sound_route = GetParam().first;
-
-    player_.m_SelectSoundSpeaker();
-
-    const std::string from = std::to_string(GetParam().first);
-    const std::string to = std::to_string(GetParam().second);
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("I \"enCurOutputRoute = " + from + ",enOutputRoute = " + to + "\"",
-                         "sound_manager_set_speaker_selection(" + to + ")"));
-}
-
-INSTANTIATE_TEST_SUITE_P(Routes, SoundRouteTest,
-                         testing::Values(std::make_pair(0, 8), std::make_pair(8, 0),
-                                         std::make_pair(3, 0), std::make_pair(-1, 0)));
-
-TEST_F(OptionsListTest, AnUnreadableRouteChangesNothing)
-{
-    fake_.fail("sound_manager_get_speaker_selection");
-
-    player_.m_SelectSoundSpeaker();
-
-    EXPECT_THAT(fake_.lines(), IsEmpty());
-}
-
-TEST_F(OptionsListTest, ARefusedRouteIsLoggedAndNotRetried)
-{
-    fake_.fail("sound_manager_set_speaker_selection");
-
-    player_.m_SelectSoundSpeaker();
-
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("I \"enCurOutputRoute = 0,enOutputRoute = 8\"",
-                         "sound_manager_set_speaker_selection(8)", "E \"select speaker failed\""));
 }
 
 } // namespace

@@ -198,19 +198,6 @@ TEST_F(OptionsPopupTest, WithoutAListThePopupOpensAllTheSameAndKeepsNoRecords)
     EXPECT_TRUE(fake_.widgets.visible(player_.m_pPopup));
 }
 
-TEST_F(OptionsPopupTest, WithoutAButtonThePopupOpensAllTheSame)
-{
-    build_rows({"a.mp4"});
-    fake_.fail("elm_velt_button_add");
-
-    EXPECT_TRUE(player_.m_CreatePopUp());
-
-    EXPECT_THAT(fake_.of({"elm_velt_button_", "elm_velt_popup_button_"}),
-                LinesAre("elm_velt_button_add(popup#1)"));
-    EXPECT_EQ(fake_.calls().back(), "evas_object_show(popup#1)");
-    EXPECT_THAT(fake_.logs(), LinesAre("I \"\"", "I \"Block E-POP = 1 \""));
-}
-
 // ---- DestroyPopup ----
 
 TEST_F(OptionsPopupTest, WithoutAPopupThereIsNothingToClose)
@@ -218,17 +205,6 @@ TEST_F(OptionsPopupTest, WithoutAPopupThereIsNothingToClose)
     EXPECT_FALSE(player_.DestroyPopup());
 
     EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
-}
-
-TEST_F(OptionsPopupTest, ClosingHidesAndReleasesLater)
-{
-    open_popup();
-
-    EXPECT_TRUE(player_.DestroyPopup());
-
-    EXPECT_EQ(fake_.lines(), join({{"I \"\""}, closing()}));
-    EXPECT_NE(player_.m_pPopup, nullptr);
-    EXPECT_FALSE(fake_.widgets.visible(player_.m_pPopup));
 }
 
 TEST_F(OptionsPopupTest, HalfASecondLaterTheObjectsGo)
