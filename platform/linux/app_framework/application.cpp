@@ -18,6 +18,7 @@
 #include "log/platform_log.h"
 #include "panel/panel_model.h"
 #include "panel/rotation_state.h"
+#include "panel/timed_rotation.h"
 #include "window/tv_window.h"
 
 namespace platform {
@@ -26,6 +27,14 @@ namespace {
 
 constexpr char SERVICE[] = "app_framework";
 constexpr char WINDOW_NAME[] = "ostrel-demo-player-tv";
+
+/** Requests of the factory and of the ambient mode leave what plays as it is. */
+bool starts_playback(const Extras &extras)
+{
+    const auto below = extras.find("__K_RELOCATE_BELOW");
+    return extras.count("mode") == 0 &&
+           (below == extras.end() || below->second != "com.norvane.tv.aod");
+}
 
 enum ExitStatus { DONE = 0, COULD_NOT_RUN = 1, BAD_COMMAND_LINE = 2 };
 
@@ -107,6 +116,7 @@ bool Application::start_services()
     write_factory_defaults();
     announce_device_events();
     rotation_state_start();
+    TimedRotation::get().start();
     keys_ = std::make_unique<KeyTranslator>();
     TvWindow::Listener listener;
     listener.closed = [this] {
@@ -136,6 +146,7 @@ void Application::stop_services()
     session_.reset();
     PowerService::get().stop();
     PanelModel::get().stop();
+    TimedRotation::get().stop();
     window_.reset();
     keys_.reset();
     instance_.reset();
@@ -186,9 +197,13 @@ bool Application::take_launch_request(Extras extras)
 
 void Application::deliver(Extras extras)
 {
+    if (first_launch_.tv_sec == 0)
+        clock_gettime(CLOCK_REALTIME, &first_launch_);
     app_control_s request = {std::move(extras)};
     if (callbacks_.app_control)
         callbacks_.app_control(&request, user_data_);
+    if (starts_playback(request.extras))
+        TimedRotation::get().launched();
 }
 
 void Application::compositor_gone()
@@ -226,6 +241,11 @@ void Application::announce(app_event_type_e type)
         if (handler.type == type)
             handler.callback(&info, handler.user_data);
     }
+}
+
+timespec first_launch_time()
+{
+    return Application::get().first_launch();
 }
 
 void announce_language_change()

@@ -4,6 +4,7 @@
  */
 #pragma once
 
+#include <ctime>
 #include <memory>
 #include <string>
 #include <vector>
@@ -43,6 +44,9 @@ class Application {
     app_event_handler_h add_event_handler(app_event_type_e type, app_event_cb callback,
                                           void *user_data);
 
+    /** When the first launch request was handed over; 0 before. */
+    timespec first_launch() const { return first_launch_; }
+
     /** Tells a system event to its handlers. */
     void announce(app_event_type_e type);
 
@@ -65,6 +69,7 @@ class Application {
     ui_app_lifecycle_callback_s callbacks_ = {};
     void *user_data_ = nullptr;
     Phase phase_ = Phase::Idle;
+    timespec first_launch_ = {};
     bool quit_asked_ = false;
     int exit_status_ = 0;
     bool window_seen_ = true;

@@ -5,6 +5,7 @@
  */
 #pragma once
 
+#include <ctime>
 #include <string>
 
 namespace platform {
@@ -26,6 +27,9 @@ void inject_key(const std::string &tv_key_name);
 
 /** Raises a power event on every subscriber, and the state change that belongs to it. */
 void inject_power(PowerEvent event);
+
+/** When the application got its first launch request, by the real-time clock; 0 before. */
+timespec first_launch_time();
 
 /** Tells the application that the system language is another one now. */
 void announce_language_change();

@@ -1,9 +1,12 @@
 #include "config_store.h"
 
+#include <functional>
 #include <string>
+#include <utility>
 
 #include "config_store/config_files.h"
 #include "config_store/config_watcher.h"
+#include "config_store/own_writes.h"
 #include "settings/settings.h"
 
 struct _keynode_t {
@@ -23,6 +26,7 @@ class ConfigStore {
 
     platform::ConfigFiles &files() { return files_; }
     platform::ConfigWatcher &watcher() { return watcher_; }
+    std::function<void(const std::string &, int)> own_write;
 
   private:
     ConfigStore()
@@ -42,6 +46,11 @@ platform::ConfigWatcher::Owner owner_of(vconf_callback_fn callback)
 
 } // namespace
 
+void platform::on_own_write(std::function<void(const std::string &, int)> listener)
+{
+    ConfigStore::get().own_write = std::move(listener);
+}
+
 int vconf_get_int(const char *key, int *value)
 {
     if (key == nullptr || value == nullptr)
@@ -53,7 +62,12 @@ int vconf_set_int(const char *key, int value)
 {
     if (key == nullptr)
         return -1;
-    return ConfigStore::get().files().write(key, value) ? 0 : -1;
+    ConfigStore &store = ConfigStore::get();
+    if (!store.files().write(key, value))
+        return -1;
+    if (const auto listener = store.own_write)
+        listener(key, value);
+    return 0;
 }
 
 int vconf_notify_key_changed(const char *key, vconf_callback_fn callback, void *user_data)

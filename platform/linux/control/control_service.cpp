@@ -128,8 +128,9 @@ Eldbus_Message *on_status(const Eldbus_Service_Interface *, const Eldbus_Message
     const auto format = text_argument(call);
     if (!format || (*format != "json" && *format != "text"))
         return invalid(call, "Status takes the format: json or text");
-    const std::vector<StatusNode> status = status_report();
-    const std::string text = *format == "json" ? status_as_json(status) : status_as_text(status);
+    const Status status = collect_status();
+    const std::string text =
+        *format == "json" ? status_as_json(status_nodes(status)) : status_summary(status);
     Eldbus_Message *reply = eldbus_message_method_return_new(call);
     eldbus_message_arguments_append(reply, "s", text.c_str());
     return reply;

@@ -1,123 +1,78 @@
 #include "control/status_report.h"
 
 #include "app_context/app_context_state.h"
+#include "app_framework/injection.h"
 #include "config_store/config_files.h"
 #include "config_store/known_keys.h"
-#include "media_player/player_status.h"
 #include "panel/panel_model.h"
+#include "panel/timed_rotation.h"
 #include "settings/settings.h"
 #include "system_facts.h"
 #include "system_facts/language.h"
 #include "usb_storage/usb_devices.h"
-#include "video_plane/video_plane.h"
 
 namespace platform {
 
 namespace {
 
-const char *state_name(player_state_e state)
-{
-    switch (state) {
-    case PLAYER_STATE_NONE:
-        return "none";
-    case PLAYER_STATE_IDLE:
-        return "idle";
-    case PLAYER_STATE_READY:
-        return "ready";
-    case PLAYER_STATE_PLAYING:
-        return "playing";
-    case PLAYER_STATE_PAUSED:
-        return "paused";
-    }
-    return "unknown";
-}
+constexpr char SELECTION_KEY[] = "db/ostrel-demo-player-tv/demo_mode";
+constexpr int DIRECT_BACKLIGHT = 1;
 
-StatusValue known_time(int64_t milliseconds)
-{
-    return milliseconds >= 0 ? StatusValue(milliseconds) : StatusValue();
-}
-
-std::vector<StatusNode> player_nodes()
-{
-    const PlayerStatus status = current_player_status();
-    return {
-        {"state", std::string(state_name(status.state))},
-        {"file", status.path.empty() ? StatusValue() : StatusValue(status.path)},
-        {"position_ms", known_time(status.position_ms)},
-        {"duration_ms", known_time(status.duration_ms)},
-        {"rate", status.rate},
-        {"width", int64_t{status.width}},
-        {"height", int64_t{status.height}},
-        {"subtitle", status.has_subtitle},
-        {"looping", status.looping},
-    };
-}
-
-std::vector<StatusNode> frame_nodes()
-{
-    const std::shared_ptr<VideoPlane> plane = VideoPlane::current();
-    const VideoPlane::Statistics statistics =
-        plane ? plane->statistics() : VideoPlane::Statistics();
-    return {
-        {"shown", static_cast<int64_t>(statistics.presented)},
-        {"dropped", static_cast<int64_t>(statistics.dropped)},
-    };
-}
-
-std::vector<StatusNode> panel_nodes()
+PanelStatus panel_status()
 {
     const PanelModel &panel = PanelModel::get();
-    return {
-        {"angle", int64_t{panel.angle()}},
-        {"rotator", panel.can_turn()},
-        {"turning_to", panel.turning() ? StatusValue(int64_t{panel.target()}) : StatusValue()},
-        {"width", int64_t{panel.width()}},
-        {"height", int64_t{panel.height()}},
-    };
+    PanelStatus status;
+    status.angle = panel.angle();
+    status.rotator = panel.can_turn();
+    if (panel.turning())
+        status.turning_to = panel.target();
+    status.width = panel.pixel_width();
+    status.height = panel.pixel_height();
+    return status;
+}
+
+RotationTimes rotation_times()
+{
+    const TimedRotation &rotation = TimedRotation::get();
+    return {rotation.on(), rotation.left_s(), TimedRotation::interval_s(false),
+            TimedRotation::interval_s(true)};
 }
 
 // The player's own keys are named also while they are not set, every other one when it is.
-std::vector<StatusNode> configuration_nodes()
+std::map<std::string, std::optional<int>> configuration()
 {
     const Settings &settings = Settings::get();
-    const std::map<std::string, int> set =
-        ConfigFiles(settings.state_dir, settings.runtime_dir).list();
-    std::map<std::string, StatusValue> all;
+    std::map<std::string, std::optional<int>> all;
     for (const KnownKey &key : known_keys())
-        all[key.name] = StatusValue();
-    for (const auto &[key, value] : set)
-        all[key] = int64_t{value};
-    std::vector<StatusNode> nodes;
-    nodes.reserve(all.size());
-    for (const auto &[key, value] : all)
-        nodes.push_back({key, value});
-    return nodes;
-}
-
-std::vector<StatusNode> blocked_item_nodes()
-{
-    std::vector<StatusNode> nodes;
-    for (const auto &[application, items] : AppContextState::get().disabled_items)
-        nodes.push_back({application, items});
-    return nodes;
+        all[key.name] = std::nullopt;
+    for (const auto &[key, value] : ConfigFiles(settings.state_dir, settings.runtime_dir).list())
+        all[key] = value;
+    return all;
 }
 
 } // namespace
 
-std::vector<StatusNode> status_report()
+Status collect_status()
 {
-    const bool right_to_left = ua_UI_orientation_get() == UI_ORIENTATION_RIGHT_TO_LEFT;
-    return {
-        {"player", player_nodes()},
-        {"frames", frame_nodes()},
-        {"panel", panel_nodes()},
-        {"language", language()},
-        {"menu_direction", std::string(right_to_left ? "rtl" : "ltr")},
-        {"usb", usb_mount_paths().value_or(std::vector<std::string>())},
-        {"popups_blocked", AppContextState::get().epop_blocked},
-        {"blocked_items", blocked_item_nodes()},
-        {"config", configuration_nodes()},
-    };
+    Status status;
+    status.player = current_player_status();
+    status.picture = current_picture_status();
+    const timespec launched = first_launch_time();
+    if (status.playing() != Status::Playing::Nothing)
+        status.list = content_list_of(
+            status.file(), Settings::get().store_content_type == DIRECT_BACKLIGHT, launched);
+    status.panel = panel_status();
+    status.rotation = rotation_times();
+    if (const std::shared_ptr<VideoPlane> plane = VideoPlane::current())
+        status.frames = plane->statistics();
+    status.language = language();
+    status.right_to_left = ua_UI_orientation_get() == UI_ORIENTATION_RIGHT_TO_LEFT;
+    status.usb = usb_mount_paths().value_or(std::vector<std::string>());
+    status.popups_blocked = AppContextState::get().epop_blocked;
+    status.blocked_items = AppContextState::get().disabled_items;
+    status.configuration = configuration();
+    status.selection_word = status.configuration[SELECTION_KEY];
+    return status;
 }
 
 } // namespace platform

@@ -1,15 +1,71 @@
 /**
- * Everything the platform knows about the running player. Main-loop thread only.
+ * Everything the platform knows about the running player. Main-loop thread only, but for the
+ * functions that only write down what they are given.
  */
 #pragma once
 
+#include <map>
+#include <optional>
+#include <string>
 #include <vector>
 
+#include "control/content_list.h"
 #include "control/status_text.h"
+#include "media_player/player_status.h"
+#include "still_picture/picture_status.h"
+#include "video_plane/video_plane.h"
 
 namespace platform {
 
+struct PanelStatus {
+    int angle = 0;
+    bool rotator = false;
+    std::optional<int> turning_to;
+    int width = 0; ///< pixels, never turned
+    int height = 0;
+};
+
+struct RotationTimes {
+    bool on = false;
+    std::optional<double> left_s; ///< nothing where no turn is to be expected, or none is known of
+    int landscape_s = 0;
+    int portrait_s = 0;
+};
+
+struct Status {
+    enum class Playing { Nothing, Video, Photo };
+
+    PlayerStatus player;
+    PictureStatus picture;
+    std::optional<ContentList> list;   ///< that of the file that plays
+    std::optional<int> selection_word; ///< as stored: halves for landscape and portrait
+    PanelStatus panel;
+    RotationTimes rotation;
+    VideoPlane::Statistics frames;
+    std::string language;
+    bool right_to_left = false;
+    std::vector<std::string> usb;
+    bool popups_blocked = false;
+    std::map<std::string, std::vector<std::string>> blocked_items; ///< by application
+    std::map<std::string, std::optional<int>> configuration;
+
+    Playing playing() const;
+
+    /** Path of the file that plays; empty when none does. */
+    const std::string &file() const;
+
+    /** The stored selection for the panel as it stands: -1 off, 0 play all, else a file's number.
+     */
+    int selection() const;
+};
+
 /** The status at this moment. */
-std::vector<StatusNode> status_report();
+Status collect_status();
+
+/** All of it as named values, for programs. */
+std::vector<StatusNode> status_nodes(const Status &status);
+
+/** What shop staff want to know, a few lines of text. Any bytes of file names come out readable. */
+std::string status_summary(const Status &status);
 
 } // namespace platform

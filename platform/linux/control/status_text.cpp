@@ -87,50 +87,11 @@ std::string json_value(const StatusValue &value)
                       value);
 }
 
-std::string plain_value(const StatusValue &value)
-{
-    return std::visit(
-        Overloaded{
-            [](std::monostate) { return std::string("-"); },
-            [](bool truth) { return std::string(truth ? "yes" : "no"); },
-            [](int64_t whole) { return std::to_string(whole); },
-            [](double real) { return number(real); },
-            [](const std::string &text) { return text.empty() ? "-" : visible_text(text); },
-            [](const std::vector<std::string> &texts) {
-                return texts.empty() ? "-" : joined(texts, ", ", visible_text);
-            },
-            [](const std::vector<StatusNode> &) { return std::string(); },
-        },
-        value);
-}
-
-void append_lines(std::string &lines, const std::vector<StatusNode> &nodes, size_t depth)
-{
-    for (const StatusNode &node : nodes) {
-        lines.append(depth * 2, ' ');
-        const auto *group = std::get_if<std::vector<StatusNode>>(&node.value);
-        if (group == nullptr || group->empty()) {
-            lines += visible_text(node.name) + ": " +
-                     (group != nullptr ? "-" : plain_value(node.value)) + "\n";
-            continue;
-        }
-        lines += visible_text(node.name) + ":\n";
-        append_lines(lines, *group, depth + 1);
-    }
-}
-
 } // namespace
 
 std::string status_as_json(const std::vector<StatusNode> &status)
 {
     return json_object(status) + "\n";
-}
-
-std::string status_as_text(const std::vector<StatusNode> &status)
-{
-    std::string lines;
-    append_lines(lines, status, 0);
-    return lines;
 }
 
 } // namespace platform

@@ -1,6 +1,6 @@
 /**
- * A status as a tree of named values, and its two texts: JSON for programs, indented lines for
- * people. Both are valid UTF-8 whatever bytes the values hold. Any thread.
+ * A status as a tree of named values, and its text for programs, JSON: valid UTF-8 whatever bytes
+ * the values hold. Any thread.
  */
 #pragma once
 
@@ -28,8 +28,5 @@ struct StatusNode {
  * surrogate (0xFF is \\udcff), which programs that handle file names as Python does turn back.
  */
 std::string status_as_json(const std::vector<StatusNode> &status);
-
-/** One line for each value, "name: value"; those of a group below its name, indented. */
-std::string status_as_text(const std::vector<StatusNode> &status);
 
 } // namespace platform

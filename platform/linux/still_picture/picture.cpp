@@ -4,6 +4,7 @@
 
 #include "log/platform_log.h"
 #include "still_picture/compose.h"
+#include "still_picture/picture_status.h"
 
 namespace platform {
 
@@ -11,6 +12,8 @@ namespace {
 
 /** A folder of broken pictures must not keep the set busy. */
 constexpr std::chrono::milliseconds kFailureDelay{200};
+
+StillPicture *made_last = nullptr;
 
 } // namespace
 
@@ -20,12 +23,31 @@ StillPicture *StillPicture::create(std::string path)
 {
     auto picture = std::make_shared<StillPicture>(std::move(path));
     picture->self_ = picture;
-    return picture.get();
+    made_last = picture.get();
+    return made_last;
+}
+
+StillPicture *StillPicture::latest()
+{
+    return made_last;
+}
+
+PictureStatus current_picture_status()
+{
+    const StillPicture *picture = StillPicture::latest();
+    if (!picture)
+        return {};
+    // The size is the worker's until it has told of the header.
+    if (!picture->rendered())
+        return {picture->path()};
+    return {picture->path(), true, picture->width, picture->height};
 }
 
 void StillPicture::destroy()
 {
     const std::shared_ptr<StillPicture> last = std::move(self_);
+    if (made_last == this)
+        made_last = nullptr;
     {
         std::unique_lock<std::mutex> lock(mutex_);
         destroyed_ = true;

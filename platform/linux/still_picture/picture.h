@@ -26,6 +26,12 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     /** Makes a picture that lives until destroy(). @param path any bytes but null */
     static StillPicture *create(std::string path);
 
+    /** The picture that was made last, or null once it has been destroyed. */
+    static StillPicture *latest();
+
+    const std::string &path() const { return path_; }
+    bool rendered() const { return rendered_; }
+
     /** Ends it in whatever state; no event comes afterwards. */
     void destroy();
 

@@ -14,6 +14,7 @@
 #include "control/control.h"
 #include "media_player/player_status.h"
 #include "panel/panel_model.h"
+#include "still_picture/picture_status.h"
 #include "usb_storage/usb_devices.h"
 #include "video_plane/video_plane.h"
 
@@ -107,6 +108,16 @@ PlayerStatus current_player_status()
     status.height = 720;
     status.has_subtitle = true;
     return status;
+}
+
+PictureStatus current_picture_status()
+{
+    return {};
+}
+
+timespec first_launch_time()
+{
+    return {};
 }
 
 std::shared_ptr<VideoPlane> VideoPlane::current()

@@ -61,8 +61,7 @@ TEST_F(Control, LanguageIsChangedAndAnnounced)
     EXPECT_EQ(tvctl({"language", "ar_AE"}).status, 0);
     EXPECT_TRUE(player_says("language changed"));
     const std::string status = tvctl({"status"}).out;
-    EXPECT_THAT(status, HasSubstr("language: ar_AE\n"));
-    EXPECT_THAT(status, HasSubstr("menu_direction: rtl\n"));
+    EXPECT_THAT(status, HasSubstr("Language:       ar_AE, right to left\n"));
 }
 
 TEST_F(Control, SomethingElseThanALanguageIsRefused)
@@ -75,9 +74,9 @@ TEST_F(Control, SomethingElseThanALanguageIsRefused)
 TEST_F(Control, UsbFolderIsAddedAndRemoved)
 {
     EXPECT_EQ(tvctl({"usb", "add", scratch_ / "stick"}).status, 0);
-    EXPECT_THAT(tvctl({"status"}).out, HasSubstr("usb: " + (scratch_ / "stick") + "\n"));
+    EXPECT_THAT(tvctl({"status"}).out, HasSubstr("USB storage:    " + (scratch_ / "stick") + "\n"));
     EXPECT_EQ(tvctl({"usb", "remove", scratch_ / "stick"}).status, 0);
-    EXPECT_THAT(tvctl({"status"}).out, HasSubstr("usb: -\n"));
+    EXPECT_THAT(tvctl({"status"}).out, HasSubstr("USB storage:    none\n"));
 }
 
 TEST_F(Control, UsbFolderMayHaveAnyName)
@@ -117,22 +116,39 @@ TEST_F(Control, StatusTellsWhatThePlatformKnows)
     ASSERT_EQ(tvctl({"config", "set", "landscape_timer", "4"}).status, 0);
     const Outcome outcome = tvctl({"status", "--json"});
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_THAT(outcome.out, StartsWith("{\"player\": {\"state\": \"playing\", "));
+    EXPECT_THAT(outcome.out, StartsWith("{\"playing\": {\"kind\": \"video\", "));
     for (const char *part :
-         {"\"file\": \"/demo/a \\\"b\\\"\\u000a\\udcff.mp4\"", "\"position_ms\": 1500",
-          "\"duration_ms\": 60000", "\"rate\": 2", "\"subtitle\": true",
-          "\"frames\": {\"shown\": 1234, \"dropped\": 5}", "\"angle\": 0", "\"rotator\": true",
-          "\"turning_to\": null", "\"language\": \"en_US\"", "\"menu_direction\": \"ltr\"",
-          "\"usb\": []", "\"popups_blocked\": false",
+         {"\"name\": \"a \\\"b\\\"\\u000a\\udcff.mp4\"",
+          "\"list\": null",
+          "\"selection\": 0",
+          "\"state\": \"playing\"",
+          "\"timed_rotation\": {\"on\": false",
+          "\"landscape_s\": 420",
+          "\"file\": \"/demo/a \\\"b\\\"\\u000a\\udcff.mp4\"",
+          "\"position_ms\": 1500",
+          "\"duration_ms\": 60000",
+          "\"rate\": 2",
+          "\"subtitle\": true",
+          "\"frames\": {\"shown\": 1234, \"dropped\": 5}",
+          "\"angle\": 0",
+          "\"rotator\": true",
+          "\"turning_to\": null",
+          "\"language\": \"en_US\"",
+          "\"menu_direction\": \"ltr\"",
+          "\"usb\": []",
+          "\"popups_blocked\": false",
           "\"blocked_items\": {\"org.example.app\": [\"broadcasting\", \"pip\"]}",
           "\"db/ostrel-demo-player-tv/landscape_timer\": 4",
           "\"memory/ostrel-demo-player-tv/playback_status\": null"})
         EXPECT_THAT(outcome.out, HasSubstr(part));
 
     const std::string text = tvctl({"status"}).out;
-    EXPECT_THAT(text, StartsWith("player:\n  state: playing\n"));
-    EXPECT_THAT(text, HasSubstr("  file: /demo/a \"b\"\\n\\xff.mp4\n"));
-    EXPECT_THAT(text, HasSubstr("  db/ostrel-demo-player-tv/landscape_timer: 4\n"));
+    EXPECT_THAT(text, StartsWith("Playing:        video \"a \"b\"\\n\\xff.mp4\", at 0:01 of 1:00, "
+                                 "forwards at 2 times the speed, with subtitles\n"
+                                 "File:           /demo/a \"b\"\\n\\xff.mp4\n"
+                                 "List:           unknown"));
+    EXPECT_THAT(text, HasSubstr("Blocked:        broadcasting, pip\n"));
+    EXPECT_THAT(text, HasSubstr("(landscape 7 min, portrait 5 min)\n"));
 }
 
 TEST_F(Control, PlayerThatWasKilledIsNoPlayer)

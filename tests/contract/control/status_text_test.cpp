@@ -7,7 +7,6 @@
 namespace {
 
 using platform::status_as_json;
-using platform::status_as_text;
 using platform::StatusNode;
 
 TEST(StatusText, EveryKindOfValueHasItsJson)
@@ -25,28 +24,10 @@ TEST(StatusText, EveryKindOfValueHasItsJson)
               "\"empty\": {}}\n");
 }
 
-TEST(StatusText, EveryKindOfValueHasItsLine)
-{
-    EXPECT_EQ(status_as_text({{"nothing", {}},
-                              {"truth", true},
-                              {"whole", int64_t{-5}},
-                              {"text", std::string()},
-                              {"texts", std::vector<std::string>{"a", "b"}},
-                              {"group", std::vector<StatusNode>{{"in", false}}},
-                              {"empty", std::vector<StatusNode>{}}}),
-              "nothing: -\ntruth: yes\nwhole: -5\ntext: -\ntexts: a, b\ngroup:\n  in: no\n"
-              "empty: -\n");
-}
-
 TEST(StatusText, AnyBytesMakeValidJson)
 {
     EXPECT_EQ(status_as_json({{"k", std::string("\"\\\n\x01\xFF\xC3\xA4\x7F\xED\xA0\x80")}}),
               "{\"k\": \"\\\"\\\\\\u000a\\u0001\\udcff\xC3\xA4\\u007f\\udced\\udca0\\udc80\"}\n");
-}
-
-TEST(StatusText, AnyBytesMakeOneReadableLine)
-{
-    EXPECT_EQ(status_as_text({{"k", std::string("a\nb\xFF")}}), "k: a\\nb\\xff\n");
 }
 
 } // namespace

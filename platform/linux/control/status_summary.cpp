@@ -1,0 +1,207 @@
+// The status as a person reads it.
+
+#include <cmath>
+#include <cstdio>
+
+#include "control/status_report.h"
+#include "log/log_line.h"
+
+namespace platform {
+
+namespace {
+
+constexpr size_t VALUES_BEGIN = 16;
+
+std::string quoted(const std::string &name)
+{
+    return "\"" + visible_text(name) + "\"";
+}
+
+std::string last_part(const std::string &path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
+/** "0:07", "12:30" or "1:02:03". */
+std::string clock_time(int64_t milliseconds)
+{
+    const auto seconds = static_cast<long>(milliseconds / 1000);
+    char text[64];
+    if (seconds >= 3600)
+        std::snprintf(text, sizeof text, "%ld:%02ld:%02ld", seconds / 3600, seconds / 60 % 60,
+                      seconds % 60);
+    else
+        std::snprintf(text, sizeof text, "%ld:%02ld", seconds / 60, seconds % 60);
+    return text;
+}
+
+/** "5 min", "5 min 30 s" or "12 s". */
+std::string duration(int seconds)
+{
+    std::string text = seconds >= 60 ? std::to_string(seconds / 60) + " min" : "";
+    if (seconds % 60 != 0 || seconds < 60)
+        text += (text.empty() ? "" : " ") + std::to_string(seconds % 60) + " s";
+    return text;
+}
+
+std::string count(size_t number, const char *what)
+{
+    return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
+}
+
+std::string speed(double rate)
+{
+    char text[64];
+    std::snprintf(text, sizeof text, "%s at %g times the speed",
+                  rate < 0 ? "backwards" : "forwards", std::fabs(rate));
+    for (char &c : text) {
+        if (c == ',')
+            c = '.'; // the decimal sign of some locales
+    }
+    return text;
+}
+
+const char *orientation(int angle)
+{
+    switch (angle) {
+    case 90:
+        return "portrait";
+    case 180:
+        return "landscape-reverse";
+    case 270:
+        return "portrait-reverse";
+    default:
+        return "landscape";
+    }
+}
+
+std::string playing(const Status &status)
+{
+    const PlayerStatus &player = status.player;
+    std::string text;
+    switch (status.playing()) {
+    case Status::Playing::Nothing:
+        return "nothing";
+    case Status::Playing::Photo:
+        return "photo " + quoted(last_part(status.picture.path));
+    case Status::Playing::Video:
+        text = "video " + quoted(last_part(player.path));
+        break;
+    }
+    if (player.position_ms >= 0)
+        text += ", at " + clock_time(player.position_ms);
+    if (player.position_ms >= 0 && player.duration_ms >= 0)
+        text += " of " + clock_time(player.duration_ms);
+    if (player.state == PLAYER_STATE_PAUSED)
+        text += ", paused";
+    else if (player.state == PLAYER_STATE_READY)
+        text += ", about to start";
+    else if (player.rate != 1.0)
+        text += ", " + speed(player.rate);
+    return text + (player.has_subtitle ? ", with subtitles" : "");
+}
+
+std::string list(const Status &status)
+{
+    if (status.playing() == Status::Playing::Nothing)
+        return "-";
+    if (!status.list)
+        return "unknown, because the folder has changed or cannot be read";
+    const ContentList &list = *status.list;
+    return std::string(list.portrait ? "portrait" : "landscape") + ", number " +
+           std::to_string(list.position + 1) + " of " + std::to_string(list.names.size()) + " (" +
+           count(list.videos, "video") + ", " + count(list.names.size() - list.videos, "photo") +
+           ")";
+}
+
+std::string selection(const Status &status)
+{
+    const int entry = status.selection();
+    if (entry == -1)
+        return "off";
+    if (entry == 0)
+        return "play all";
+    const std::string number = "only number " + std::to_string(entry);
+    const auto index = static_cast<size_t>(entry - 1);
+    if (!status.list || status.list->portrait != (status.panel.angle % 180 != 0))
+        return number;
+    return index < status.list->names.size() ? number + ", " + quoted(status.list->names[index])
+                                             : number + ", which the list does not have";
+}
+
+std::string panel(const PanelStatus &panel)
+{
+    std::string text = orientation(panel.angle);
+    if (panel.width > 0)
+        text += ", " + std::to_string(panel.width) + "x" + std::to_string(panel.height);
+    if (panel.turning_to)
+        return text + ", turning to " + orientation(*panel.turning_to);
+    return text + (panel.rotator ? "" : ", does not turn");
+}
+
+std::string timed_rotation(const Status &status)
+{
+    const RotationTimes &rotation = status.rotation;
+    std::string text = rotation.on ? "on" : "off";
+    if (rotation.on && !status.panel.rotator)
+        text += ", but the panel does not turn";
+    else if (rotation.on && status.panel.turning_to)
+        text += ", turning now";
+    else if (rotation.left_s)
+        text += ", turns in " + duration(static_cast<int>(std::ceil(*rotation.left_s)));
+    else if (rotation.on)
+        text += ", but nothing is to be shown on the other side";
+    return text + " (landscape " + duration(rotation.landscape_s) + ", portrait " +
+           duration(rotation.portrait_s) + ")";
+}
+
+std::string joined(const std::vector<std::string> &texts)
+{
+    std::string all;
+    for (const std::string &text : texts)
+        all += (all.empty() ? "" : ", ") + visible_text(text);
+    return all.empty() ? "none" : all;
+}
+
+std::string blocked(const Status &status)
+{
+    std::vector<std::string> everything;
+    if (status.popups_blocked)
+        everything.emplace_back("pop-ups of the set");
+    for (const auto &[application, items] : status.blocked_items) {
+        for (const std::string &item : items)
+            everything.push_back(item);
+    }
+    return joined(everything);
+}
+
+void add(std::string &lines, const std::string &name, const std::string &value)
+{
+    std::string line = name + ":";
+    line.resize(VALUES_BEGIN, ' ');
+    lines += line + value + "\n";
+}
+
+} // namespace
+
+std::string status_summary(const Status &status)
+{
+    std::string lines;
+    add(lines, "Playing", playing(status));
+    if (!status.file().empty())
+        add(lines, "File", visible_text(status.file()));
+    add(lines, "List", list(status));
+    add(lines, "Selection", selection(status));
+    add(lines, "Panel", panel(status.panel));
+    add(lines, "Timed rotation", timed_rotation(status));
+    add(lines, "Blocked", blocked(status));
+    add(lines, "Frames",
+        std::to_string(status.frames.presented) + " shown, " +
+            std::to_string(status.frames.dropped) + " dropped");
+    add(lines, "Language",
+        status.language + ", " + (status.right_to_left ? "right to left" : "left to right"));
+    add(lines, "USB storage", joined(status.usb));
+    return lines;
+}
+
+} // namespace platform

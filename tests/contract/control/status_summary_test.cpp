@@ -1,0 +1,188 @@
+// The lines that shop staff read.
+#include <functional>
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include "control/status_report.h"
+
+namespace {
+
+using platform::ContentList;
+using platform::Status;
+using platform::status_as_json;
+using platform::status_nodes;
+using platform::status_summary;
+using testing::HasSubstr;
+
+/** A set in the middle of its demo. */
+Status a_status()
+{
+    Status status;
+    status.player.state = PLAYER_STATE_PLAYING;
+    status.player.path = "/demo/b.mp4";
+    status.player.position_ms = 12345;
+    status.player.duration_ms = 3723000;
+    status.list = ContentList{false, {"a.mp4", "b.mp4", "c.jpg"}, 2, 1};
+    status.panel = {0, true, std::nullopt, 1920, 1080};
+    status.rotation = {true, 211.2, 300, 330};
+    status.frames = {1234, 5};
+    status.language = "en_US";
+    status.popups_blocked = true;
+    status.blocked_items["org.example"] = {"broadcasting", "pip"};
+    status.usb = {"/media/one", "/media/t\nwo"};
+    return status;
+}
+
+Status with(const std::function<void(Status &)> &change)
+{
+    Status status = a_status();
+    change(status);
+    return status;
+}
+
+TEST(StatusSummary, TellsEverythingAtAGlance)
+{
+    EXPECT_EQ(status_summary(a_status()),
+              "Playing:        video \"b.mp4\", at 0:12 of 1:02:03\n"
+              "File:           /demo/b.mp4\n"
+              "List:           landscape, number 2 of 3 (2 videos, 1 photo)\n"
+              "Selection:      play all\n"
+              "Panel:          landscape, 1920x1080\n"
+              "Timed rotation: on, turns in 3 min 32 s (landscape 5 min, portrait 5 min 30 s)\n"
+              "Blocked:        pop-ups of the set, broadcasting, pip\n"
+              "Frames:         1234 shown, 5 dropped\n"
+              "Language:       en_US, left to right\n"
+              "USB storage:    /media/one, /media/t\\nwo\n");
+}
+
+TEST(StatusSummary, NamesThePhotoThatIsShown)
+{
+    const Status status = with([](Status &s) {
+        s.player = {};
+        s.picture = {"/demo/c.jpg", true, 640, 360};
+        s.list->position = 2;
+    });
+    EXPECT_THAT(status_summary(status), HasSubstr("Playing:        photo \"c.jpg\"\n"
+                                                  "File:           /demo/c.jpg\n"
+                                                  "List:           landscape, number 3 of 3 "));
+    EXPECT_THAT(status_as_json(status_nodes(status)),
+                HasSubstr("{\"kind\": \"photo\", \"name\": \"c.jpg\", \"file\": \"/demo/c.jpg\"}"));
+}
+
+TEST(StatusSummary, PhotoThatIsNotShownYetIsNotWhatPlays)
+{
+    const Status status = with([](Status &s) {
+        s.player = {};
+        s.picture = {"/demo/c.jpg", false, 0, 0};
+        s.list.reset();
+    });
+    EXPECT_THAT(status_summary(status), HasSubstr("Playing:        nothing\n"
+                                                  "List:           -\n"));
+    EXPECT_THAT(status_as_json(status_nodes(status)),
+                HasSubstr("\"playing\": {\"kind\": null, \"name\": null, \"file\": null}, "
+                          "\"list\": null"));
+}
+
+TEST(StatusSummary, TellsHowAVideoPlays)
+{
+    const auto line = [](const std::function<void(Status &)> &change) {
+        const std::string text = status_summary(with(change));
+        return text.substr(0, text.find('\n'));
+    };
+    const std::string begin = "Playing:        video \"b.mp4\"";
+    EXPECT_EQ(line([](Status &s) { s.player.state = PLAYER_STATE_PAUSED; }),
+              begin + ", at 0:12 of 1:02:03, paused");
+    EXPECT_EQ(line([](Status &s) {
+                  s.player.rate = -2.0;
+                  s.player.duration_ms = -1;
+              }),
+              begin + ", at 0:12, backwards at 2 times the speed");
+    EXPECT_EQ(line([](Status &s) {
+                  s.player.rate = 2.5;
+                  s.player.has_subtitle = true;
+              }),
+              begin + ", at 0:12 of 1:02:03, forwards at 2.5 times the speed, with subtitles");
+    EXPECT_EQ(line([](Status &s) {
+                  s.player.state = PLAYER_STATE_READY;
+                  s.player.position_ms = -1;
+              }),
+              begin + ", about to start");
+}
+
+TEST(StatusSummary, ListThatCannotBeToldIsUnknown)
+{
+    EXPECT_THAT(status_summary(with([](Status &s) { s.list.reset(); })),
+                HasSubstr("List:           unknown"));
+}
+
+TEST(StatusSummary, SelectionIsThatOfTheOrientationInForce)
+{
+    const auto selection = [](int word, int angle, bool portrait) {
+        const Status status = with([&](Status &s) {
+            s.selection_word = word;
+            s.panel.angle = angle;
+            s.list->portrait = portrait;
+        });
+        const std::string text = status_summary(status);
+        const size_t begin = text.find("Selection:      ") + 16;
+        return text.substr(begin, text.find('\n', begin) - begin);
+    };
+    EXPECT_EQ(selection(0, 0, false), "play all");
+    EXPECT_EQ(selection(-1, 90, true), "off");
+    EXPECT_EQ(selection(0x0102, 0, false), "only number 2, \"b.mp4\"");
+    EXPECT_EQ(selection(0x0102, 90, true), "only number 1, \"a.mp4\"");
+    EXPECT_EQ(selection(0x0300, 0, false), "play all");
+    EXPECT_EQ(selection(0x0300, 270, true), "only number 3, \"c.jpg\"");
+    EXPECT_EQ(selection(9, 180, false), "only number 9, which the list does not have");
+    EXPECT_EQ(selection(2, 0, true), "only number 2") << "the other list is still playing";
+}
+
+TEST(StatusSummary, TellsOfThePanelAndItsTurns)
+{
+    EXPECT_THAT(status_summary(with([](Status &s) {
+                    s.panel = {90, false, std::nullopt, 1920, 1080};
+                    s.rotation.left_s.reset();
+                })),
+                HasSubstr("Panel:          portrait, 1920x1080, does not turn\n"
+                          "Timed rotation: on, but the panel does not turn ("));
+    EXPECT_THAT(status_summary(with([](Status &s) {
+                    s.panel.turning_to = 270;
+                    s.rotation.left_s.reset();
+                })),
+                HasSubstr("Panel:          landscape, 1920x1080, turning to portrait-reverse\n"
+                          "Timed rotation: on, turning now ("));
+    EXPECT_THAT(status_summary(with([](Status &s) {
+                    s.rotation = {false, {}, 300, 900};
+                })),
+                HasSubstr("Timed rotation: off (landscape 5 min, portrait 15 min)\n"));
+    EXPECT_THAT(status_summary(with([](Status &s) { s.rotation.left_s.reset(); })),
+                HasSubstr("Timed rotation: on, but nothing is to be shown on the other side ("));
+    EXPECT_THAT(status_summary(with([](Status &s) { s.rotation.left_s = 0.4; })),
+                HasSubstr("turns in 1 s ("));
+}
+
+TEST(StatusSummary, NothingBlockedAndNoStickAreSaidInSoManyWords)
+{
+    const Status status = with([](Status &s) {
+        s.popups_blocked = false;
+        s.blocked_items.clear();
+        s.usb.clear();
+    });
+    EXPECT_THAT(status_summary(status), HasSubstr("Blocked:        none\n"));
+    EXPECT_THAT(status_summary(status), HasSubstr("USB storage:    none\n"));
+}
+
+TEST(StatusNodes, HoldTheListAndTheTimesForPrograms)
+{
+    const std::string json = status_as_json(status_nodes(a_status()));
+    EXPECT_THAT(json, HasSubstr("\"list\": {\"orientation\": \"landscape\", \"number\": 2, "
+                                "\"length\": 3, \"videos\": 2, \"photos\": 1, "
+                                "\"names\": [\"a.mp4\", \"b.mp4\", \"c.jpg\"]}"));
+    EXPECT_THAT(json, HasSubstr("\"timed_rotation\": {\"on\": true, \"left_s\": 211.2, "
+                                "\"landscape_s\": 300, \"portrait_s\": 330}"));
+    EXPECT_THAT(status_as_json(status_nodes(with([](Status &s) { s.rotation.left_s.reset(); }))),
+                HasSubstr("\"left_s\": null"));
+}
+
+} // namespace
