@@ -304,10 +304,10 @@ struct PlayerFailure {
     size_t steps; /**< that were made up to the failure */
 };
 
-class CreateVideoPlayerTest : public CreateTest,
-                              public testing::WithParamInterface<PlayerFailure> {};
+class CreateWithoutVideoPlayerTest : public CreateTest,
+                                     public testing::WithParamInterface<PlayerFailure> {};
 
-TEST_P(CreateVideoPlayerTest, AMissingPartOfTheVideoPlayerEndsIt)
+TEST_P(CreateWithoutVideoPlayerTest, AMissingPartOfTheVideoPlayerEndsIt)
 {
     fake_.fail(GetParam().function);
 
@@ -323,7 +323,7 @@ TEST_P(CreateVideoPlayerTest, AMissingPartOfTheVideoPlayerEndsIt)
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Steps, CreateVideoPlayerTest,
+    Steps, CreateWithoutVideoPlayerTest,
     testing::Values(PlayerFailure{"player_create", "player create error", 2},
                     PlayerFailure{"player_set_completed_cb", "player_set_completed_cb error", 3},
                     PlayerFailure{"player_set_interrupted_cb", "player_set_interrupted_cb error",
