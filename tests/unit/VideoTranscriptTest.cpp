@@ -66,10 +66,10 @@ constexpr Registration REGISTRATIONS[] = {
     {"player_set_subtitle_updated_cb_ex", "player_set_subtitle_updated_cb failed", false},
 };
 
-class CreateVideoPlayerTest : public VideoTranscriptTest,
+class VideoRegistrationTest : public VideoTranscriptTest,
                               public testing::WithParamInterface<size_t> {};
 
-TEST_P(CreateVideoPlayerTest, AFailureEndsTheCreationAndLeavesWhatIsThere)
+TEST_P(VideoRegistrationTest, AFailureEndsTheCreationAndLeavesWhatIsThere)
 {
     const Registration &failing = REGISTRATIONS[GetParam()];
     Lines expected = {"I \"\""};
@@ -85,7 +85,7 @@ TEST_P(CreateVideoPlayerTest, AFailureEndsTheCreationAndLeavesWhatIsThere)
     EXPECT_EQ(fake_.transcript.count("player_destroy"), 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Calls, CreateVideoPlayerTest, testing::Range(size_t{0}, size_t{5}));
+INSTANTIATE_TEST_SUITE_P(Calls, VideoRegistrationTest, testing::Range(size_t{0}, size_t{5}));
 
 // ---- OnPlayVideo ----
 
