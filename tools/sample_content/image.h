@@ -1,6 +1,7 @@
 /** A picture in memory, 32-bit XRGB in host byte order, rows without gaps. */
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -35,7 +36,7 @@ inline uint32_t mixed(uint32_t first, uint32_t second, double weight)
     for (int shift = 0; shift < 24; shift += 8) {
         const double a = first >> shift & 0xFF;
         const double b = second >> shift & 0xFF;
-        result |= static_cast<uint32_t>(a + (b - a) * weight + 0.5) << shift;
+        result |= static_cast<uint32_t>(std::lround(a + (b - a) * weight)) << shift;
     }
     return result;
 }

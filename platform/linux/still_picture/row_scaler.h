@@ -36,7 +36,7 @@ class RowScaler {
         Axis(int from, int to);
         void shrink(int from, int to);
         void grow(int from, int to);
-        void add(int first, const std::vector<double> &weights);
+        void add(int first, const std::vector<double> &amounts);
 
         std::vector<Taps> taps;
         std::vector<uint32_t> weights;

@@ -219,7 +219,7 @@ std::vector<PlainCue> read_ttxt(const std::string &text)
                 content = xml_text(rest.substr(0, rest.find("</TextSample>")));
             }
             if (const auto line = attribute(tag, "text"))
-                content = unquote_lines(xml_text(*line)) + content;
+                content.insert(0, unquote_lines(xml_text(*line)));
             cues.push_back({*start, -1, std::move(content)});
         }
         at = next;

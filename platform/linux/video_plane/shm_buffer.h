@@ -11,7 +11,7 @@
 
 namespace platform {
 
-class ShmBuffer : public PlaneBuffer {
+class ShmBuffer final : public PlaneBuffer {
   public:
     /**
      * Memory only, all black, not known to the compositor yet.

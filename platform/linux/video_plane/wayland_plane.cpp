@@ -326,6 +326,7 @@ void WaylandPlane::dispatch()
 {
     {
         std::vector<PlaneBufferPtr> first;
+        first.reserve(kFirstBuffers);
         for (int i = 0; i < kFirstBuffers; ++i)
             first.push_back(acquire());
     }

@@ -55,7 +55,7 @@ class FreeLayout {
     static void on_show(void *data, Evas *canvas, Evas_Object *object, void *event);
     static void on_hide(void *data, Evas *canvas, Evas_Object *object, void *event);
     static void on_deleted(void *data, Evas *canvas, Evas_Object *object, void *event);
-    static void on_item_resized(void *data, Evas *canvas, Evas_Object *object, void *event);
+    static void on_item_resized(void *data, Evas *canvas, Evas_Object *item, void *event);
 
     Evas_Object *box_;
     bool placing_ = false;

@@ -133,7 +133,7 @@ Elm_Object_Item *OptionList::append(const Elm_Genlist_Item_Class *item_class, vo
     Elm_Object_Item *item =
         elm_genlist_item_append(genlist_, ours, row.get(), parent, type, function, function_data);
     if (item)
-        row.release();
+        static_cast<void>(row.release()); // the item's own from now on
     return item;
 }
 

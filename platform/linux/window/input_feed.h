@@ -48,7 +48,7 @@ class InputFeed {
      * @return the data it was asked for with, or null when there was no such request
      */
     void *ignore(Evas_Callback_Type type, Evas_Object_Event_Cb callback,
-                 const void *data = nullptr);
+                 const void *wanted = nullptr);
 
   private:
     struct Observer {
