@@ -123,6 +123,9 @@ const std::map<std::string, std::string> &default_key_translations()
         {"Prior", "XF86RaiseChannel"},
         {"Next", "XF86LowerChannel"},
         {"g", "XF86ChannelGuide"},
+        // The toolkit's own idea of this key leads out of the options.
+        {"Tab", "Down"},
+        {"ISO_Left_Tab", "Up"},
         {"KP_Up", "Up"},
         {"KP_Down", "Down"},
         {"KP_Left", "Left"},
