@@ -5,10 +5,9 @@ import pytest
 
 from harness.content import order_in, picture
 from harness.options import wait_options
+from harness.pictures import wait_moving, wait_still
 from harness.player import DEMO_MODE, PLAYBACK_STATUS
 from harness.waiting import wait_until
-
-STEADY_LOOKS = 40
 
 
 @pytest.fixture
@@ -81,31 +80,23 @@ def test_off_chosen_in_the_options_ends_the_demo(tv, screen, two_videos):
     assert tv.config(DEMO_MODE) == -1
 
 
-def wait_still(screen):
-    """Until the picture has not changed for many looks in a row."""
-    state = {"last": None, "looks": 0}
-
-    def still():
-        now = screen.picture()
-        same = state["last"] is not None and numpy.array_equal(now, state["last"])
-        state["looks"] = state["looks"] + 1 if same else 0
-        state["last"] = now
-        return state["looks"] >= STEADY_LOOKS
-
-    wait_until(still, "a picture that stands still")
-    return state["last"]
-
-
 def test_pause_freezes_the_picture_and_play_goes_on(tv, screen, content, shelf):
     shelf.video(content / "ball.mp4", "red", seconds=20, pattern="ball")
     player = tv.start(folder=content)
     tv.wait_config(PLAYBACK_STATUS, 1)
     tv.press("XF86AudioPause")
-    frozen = wait_still(screen)
+    wait_still(screen)
     screen.key("XF86AudioPlay")
-    wait_until(lambda: not numpy.array_equal(screen.picture(), frozen), "a moving picture")
+    wait_moving(screen)
     tv.press("XF86PlayBack")
     wait_still(screen)
+    screen.key("space")
+    wait_moving(screen)
+    screen.key("h")
+    wait_still(screen)
+    # Forward and rewind set a held video going.
+    screen.key("f")
+    wait_moving(screen)
     assert player.running()
 
 

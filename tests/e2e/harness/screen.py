@@ -1,5 +1,6 @@
 """The virtual screen: a compositor inside Xvfb, whose picture is read straight from memory."""
 
+import contextlib
 import mmap
 import os
 import shutil
@@ -230,9 +231,18 @@ class Screen:
         """Records the colour of the corners."""
         return Recorder(lambda: self.framed(colours))
 
-    def key(self, *names):
+    def key(self, *names, delay_ms=40):
         """Presses keys by their X names."""
-        self._xdotool("key", "--delay", "40", *names)
+        self._xdotool("key", "--delay", str(delay_ms), *names)
+
+    @contextlib.contextmanager
+    def held(self, name):
+        """Holds a key down as long as the context lasts."""
+        self._xdotool("keydown", name)
+        try:
+            yield
+        finally:
+            self._xdotool("keyup", name)
 
     def click(self, x, y, button=1):
         self._xdotool(*self._way_to(x, y), "click", str(button))
