@@ -14,6 +14,9 @@ namespace tvctl {
 
 namespace {
 
+const std::vector<std::string> OPTIONS = {"folder_path", "path_location", "demo_player_mode",
+                                          "repeat_mode", "mode"};
+
 bool is_utf8(const std::string &text)
 {
     int index = 0;
@@ -42,6 +45,30 @@ int one_word(const char *command, const char *operation, const Arguments &argume
     return call_control(operation, word);
 }
 
+/** An argument as a shell takes it. */
+std::string quoted(const std::string &argument)
+{
+    const std::string plain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/_-.=";
+    if (!argument.empty() && argument.find_first_not_of(plain) == std::string::npos)
+        return argument;
+    std::string text = "'";
+    for (const char c : argument)
+        text += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return text + "'";
+}
+
+/** What starts a player with the same launch request. */
+std::string start_command(const std::map<std::string, std::string> &extras)
+{
+    std::string command = "ostrel-demo-player-tv";
+    for (const auto &[name, value] : extras) {
+        const bool option = std::find(OPTIONS.begin(), OPTIONS.end(), name) != OPTIONS.end();
+        command +=
+            option ? " --" + name + " " + quoted(value) : " --extra " + quoted(name + "=" + value);
+    }
+    return command;
+}
+
 std::string absolute(const std::string &path)
 {
     if (path.empty() || path.front() == '/')
@@ -58,15 +85,13 @@ std::string absolute(const std::string &path)
 
 int launch(const Arguments &arguments)
 {
-    static const std::vector<std::string> options = {
-        "folder_path", "path_location", "demo_player_mode", "repeat_mode", "mode", "extra"};
     std::map<std::string, std::string> extras;
     for (size_t i = 0; i < arguments.size(); ++i) {
         const std::string &argument = arguments[i];
         const size_t equals = argument.find('=');
         const bool dashes = argument.compare(0, 2, "--") == 0;
         std::string name = dashes ? argument.substr(2, equals - 2) : std::string();
-        if (std::find(options.begin(), options.end(), name) == options.end())
+        if (name != "extra" && std::find(OPTIONS.begin(), OPTIONS.end(), name) == OPTIONS.end())
             return usage_error("launch", "does not know \"" + argument + "\"");
         if (equals == std::string::npos && i + 1 == arguments.size())
             return usage_error("launch", argument + " needs a value");
@@ -81,7 +106,10 @@ int launch(const Arguments &arguments)
         }
         extras[name] = value;
     }
-    return call_launch(extras);
+    const int result = call_launch(extras);
+    if (result == EXIT_NO_PLAYER)
+        std::fprintf(stderr, "tvctl: to start one, run: %s\n", start_command(extras).c_str());
+    return result;
 }
 
 int key(const Arguments &arguments)

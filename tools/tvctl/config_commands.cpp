@@ -1,5 +1,7 @@
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 #include <Ecore.h>
 
@@ -8,6 +10,7 @@
 #include "config_store/config_files.h"
 #include "config_store/known_keys.h"
 #include "settings/settings.h"
+#include "store_watch.h"
 
 namespace tvctl {
 
@@ -78,16 +81,20 @@ int list(const Arguments &arguments)
     return EXIT_DONE;
 }
 
-void print_change(keynode_t *node, void *)
+void print_key(const std::string &key)
 {
-    const char *key = vconf_keynode_get_name(node);
     int value = 0;
-    if (vconf_get_int(key, &value) == 0)
-        std::printf("%s %d\n", key, value);
+    if (vconf_get_int(key.c_str(), &value) == 0)
+        std::printf("%s %d\n", key.c_str(), value);
     else
-        std::printf("%s -\n", key);
+        std::printf("%s -\n", key.c_str());
     // Whoever reads this waits for the line, not for a full buffer.
     std::fflush(stdout);
+}
+
+void print_change(keynode_t *node, void *)
+{
+    print_key(vconf_keynode_get_name(node));
 }
 
 Eina_Bool quit(void *, int, void *)
@@ -96,32 +103,63 @@ Eina_Bool quit(void *, int, void *)
     return ECORE_CALLBACK_PASS_ON;
 }
 
+/** Runs the main loop until a signal ends the program. */
+class WatchLoop {
+  public:
+    WatchLoop()
+    {
+        setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
+        ecore_init();
+        handler_ = ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, quit, nullptr);
+    }
+    ~WatchLoop()
+    {
+        ecore_event_handler_del(handler_);
+        ecore_shutdown();
+    }
+    WatchLoop(const WatchLoop &) = delete;
+    WatchLoop &operator=(const WatchLoop &) = delete;
+
+    int run() const
+    {
+        ecore_main_loop_begin();
+        return EXIT_DONE;
+    }
+
+  private:
+    Ecore_Event_Handler *handler_;
+};
+
+int watch_everything()
+{
+    const WatchLoop loop;
+    const platform::Settings &settings = platform::Settings::get();
+    StoreWatch store(settings.state_dir, settings.runtime_dir, print_key);
+    if (!store.start())
+        return refuse(std::string("the store cannot be watched: ") + std::strerror(errno));
+    return loop.run();
+}
+
 int watch(const Arguments &arguments)
 {
+    if (arguments.empty())
+        return watch_everything();
     std::vector<std::string> names;
     for (const std::string &argument : arguments) {
         names.push_back(full_name(argument));
         if (!platform::ConfigFiles::is_valid_key(names.back()))
             return refuse_name(names.back());
     }
-    if (names.empty()) {
-        for (const platform::KnownKey &key : platform::known_keys())
-            names.emplace_back(key.name);
-    }
-    setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
-    ecore_init();
-    Ecore_Event_Handler *handler = ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, quit, nullptr);
+    const WatchLoop loop;
     int result = EXIT_DONE;
     for (const std::string &name : names) {
         if (vconf_notify_key_changed(name.c_str(), print_change, nullptr) != 0)
             result = refuse(name + " cannot be watched");
     }
     if (result == EXIT_DONE)
-        ecore_main_loop_begin();
+        result = loop.run();
     for (const std::string &name : names)
         vconf_ignore_key_changed(name.c_str(), print_change);
-    ecore_event_handler_del(handler);
-    ecore_shutdown();
     return result;
 }
 

@@ -22,7 +22,8 @@ const std::vector<Command> &commands()
 {
     static const std::vector<Command> all = {
         {"launch", launch, "launch [--EXTRA VALUE]...",
-         "Hands the running player a launch request.\n\n"
+         "Hands the running player a launch request. Where none is running, says how to start\n"
+         "one with the same request.\n\n"
          "  --folder_path DIR/     the folder to play\n"
          "  --path_location usb    the folder lies on a USB stick\n"
          "  --demo_player_mode M   folder_contents_player: play a chosen folder's contents\n"
@@ -47,9 +48,12 @@ const std::vector<Command> &commands()
          "that \"list\" shows, by its last part (demo_mode).\n\n"
          "  get KEY          prints the value\n"
          "  set KEY VALUE    writes it\n"
-         "  watch [KEY]...   prints each change until interrupted; all known keys by default\n"
+         "  watch [KEY]...   prints each change until interrupted; of every key by default\n"
          "  list             prints every key; \"-\" stands for one that is not set\n"},
-        {"status", status, "status [--json]", "Tells what the running player is doing.\n"},
+        {"status", status, "status [--json]",
+         "Tells what the running player is doing: the file and its place in the list, the\n"
+         "selection, the panel and its next turn by timer, what is blocked, frames shown and\n"
+         "dropped. With --json as one JSON object, the whole configuration included.\n"},
     };
     return all;
 }

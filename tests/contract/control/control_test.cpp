@@ -207,4 +207,18 @@ TEST_F(ControlOfAFixedSet, BusWithoutAPlayerAndNoBusAtAllMeanNoPlayer)
     EXPECT_EQ(no_player.err, "tvctl: no player is running in this login\n");
 }
 
+TEST_F(ControlOfAFixedSet, LaunchWithoutAPlayerSaysHowToStartOne)
+{
+    start_bus();
+    const Outcome plain = tvctl({"launch"});
+    EXPECT_EQ(plain.status, 3);
+    EXPECT_EQ(plain.err, "tvctl: no player is running in this login\n"
+                         "tvctl: to start one, run: ostrel-demo-player-tv\n");
+    const Outcome outcome =
+        tvctl({"launch", "--folder_path", "/it's here/", "--repeat_mode=no", "--extra", "a b=c"});
+    EXPECT_EQ(outcome.status, 3);
+    EXPECT_THAT(outcome.err, EndsWith("run: ostrel-demo-player-tv --extra 'a b=c' --folder_path "
+                                      "'/it'\\''s here/' --repeat_mode no\n"));
+}
+
 } // namespace

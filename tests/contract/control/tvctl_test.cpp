@@ -135,4 +135,40 @@ TEST_F(Tvctl, WatchPrintsChangesUntilItIsInterrupted)
     }
 }
 
+TEST_F(Tvctl, WatchWithoutAKeyPrintsChangesOfKeysThatNobodyKnewBefore)
+{
+    ASSERT_EQ(tvctl({"config", "set", "memory/old", "1"}).status, 0);
+    store_test::Child watch({TVCTL, "config", "watch"});
+    for (int value = 0; watch.out_text().empty(); value = (value + 1) % 10) {
+        ASSERT_EQ(tvctl({"config", "set", kTimer, std::to_string(value)}).status, 0);
+        watch.read_some(0);
+    }
+    EXPECT_THAT(watch.out_text(), StartsWith(std::string(kTimer) + " "));
+    ASSERT_EQ(tvctl({"config", "set", "memory/old", "2"}).status, 0);
+    EXPECT_TRUE(wait_for(watch, "memory/old 2\n"));
+    ASSERT_EQ(tvctl({"config", "set", "db/new/folder/key", "7"}).status, 0);
+    EXPECT_TRUE(wait_for(watch, "db/new/folder/key 7\n"));
+    ASSERT_EQ(tvctl({"config", "set", "db/new/folder/key", "8"}).status, 0);
+    EXPECT_TRUE(wait_for(watch, "db/new/folder/key 8\n"));
+    std::filesystem::remove_all(in_store("state/db/new"));
+    EXPECT_TRUE(wait_for(watch, "db/new/folder/key -\n"));
+    std::filesystem::remove_all(in_store("run/memory"));
+    EXPECT_TRUE(wait_for(watch, "memory/old -\n"));
+    for (int value = 0; watch.out_text().find("memory/again") == std::string::npos; ++value) {
+        ASSERT_EQ(tvctl({"config", "set", "memory/again", std::to_string(value)}).status, 0);
+        watch.read_some(0);
+    }
+    EXPECT_EQ(watch.out_text().find("/."), std::string::npos) << "half-written files are no keys";
+    watch.signal(SIGTERM);
+    EXPECT_EQ(watch.finish(), 0);
+}
+
+TEST_F(Tvctl, StoreThatCannotBeWatchedIsRefused)
+{
+    store_test::write_file(in_store("state"), "a file in the folder's place");
+    const Outcome outcome = tvctl({"config", "watch"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("cannot be watched"));
+}
+
 } // namespace
