@@ -1,10 +1,12 @@
 // The store as the player calls it: values, and another process that uses the same store.
 #include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "config_store.h"
+#include "config_store/own_writes.h"
 #include "config_store_fixture.h"
 
 namespace {
@@ -37,6 +39,26 @@ TEST_F(ConfigStore, NullAndBadArgumentsAreRefused)
     EXPECT_EQ(vconf_set_int("elsewhere/a", 1), -1);
     EXPECT_EQ(vconf_get_int("db/../a", &value), -1);
     EXPECT_EQ(vconf_keynode_get_name(nullptr), nullptr);
+}
+
+TEST_F(ConfigStore, OwnWritesAreToldApartFromThoseOfOthers)
+{
+    std::vector<std::string> told;
+    platform::on_own_write([&](const std::string &name, int value) {
+        told.push_back(name + " " + std::to_string(value));
+        int present = 0;
+        EXPECT_EQ(vconf_get_int(name.c_str(), &present), 0);
+        EXPECT_EQ(present, value) << "it is told when it is done";
+    });
+    EXPECT_EQ(vconf_set_int(key("a"), 5), 0);
+    EXPECT_EQ(vconf_set_int(key("a"), 5), 0);
+    EXPECT_EQ(vconf_set_int("elsewhere/a", 1), -1);
+    Child writer({CONFIG_STORE_PEER, "set", key("a"), "6"});
+    EXPECT_EQ(writer.finish(), 0);
+    platform::on_own_write({});
+    EXPECT_EQ(vconf_set_int(key("a"), 7), 0);
+    const std::string line = std::string(key("a")) + " 5";
+    EXPECT_THAT(told, testing::ElementsAre(line, line));
 }
 
 TEST_F(ConfigStore, OtherProcessReadsAndWritesTheSameKeys)

@@ -4,6 +4,7 @@
 
 #include <poll.h>
 
+#include "still_picture/picture_status.h"
 #include "still_picture/picture_test.h"
 
 namespace platform_test {
@@ -48,6 +49,25 @@ TEST_F(ADestroyedPicture, StopsDecodingAtOnce)
 
     EXPECT_TRUE(threads_gone());
     EXPECT_THAT(application_.events(1), ElementsAre(kParsed));
+}
+
+TEST_F(ADestroyedPicture, IsNoLongerWhatTheLibraryShows)
+{
+    using platform::current_picture_status;
+    EXPECT_EQ(current_picture_status().path, "");
+    open(JpegOrder{60, 40, [](int, int) { return 0x204060u; }});
+    const std::string path = file("picture.jpg");
+    EXPECT_EQ(current_picture_status().path, path);
+    EXPECT_FALSE(current_picture_status().shown);
+    ASSERT_NO_FATAL_FAILURE(decode());
+    EXPECT_FALSE(current_picture_status().shown);
+    ASSERT_EQ(pictrel_render(picture_), 0);
+    EXPECT_TRUE(current_picture_status().shown);
+    EXPECT_EQ(current_picture_status().width, 60);
+    EXPECT_EQ(current_picture_status().height, 40);
+    EXPECT_EQ(pictrel_destroy(&picture_), 0);
+    EXPECT_EQ(current_picture_status().path, "");
+    EXPECT_FALSE(current_picture_status().shown);
 }
 
 TEST_F(ADestroyedPicture, ReportsNoFailureThatWasStillToCome)
