@@ -16,6 +16,8 @@ With one or more of these, only the named suites run:
   --asan         the suites above (or, alone: all of them) in the build with sanitizers only
   --coverage     unit and contract tests in build-coverage/, and a report of the lines they reach
 
+  --nightly      a million events against the model of the player instead of 50,000, and new ones
+                 each day; alone: with all suites
   -k EXPR        only tests whose name matches (a regular expression; for --e2e a pytest expression)
   -j N           run N tests side by side (default: the number of processors)
   --no-install   do not install missing packages
@@ -35,6 +37,9 @@ while [ $# -gt 0 ]; do
         --e2e) e2e=yes ;;
         --asan) asan_only=yes ;;
         --coverage) coverage=yes ;;
+        --nightly)
+            export MODEL_EVENTS=${MODEL_EVENTS:-1000000} MODEL_SEED=${MODEL_SEED:-$(date +%Y%m%d)0000}
+            echo "== The model's first sequence is MODEL_SEED=$MODEL_SEED" ;;
         --no-install) install=no ;;
         -k | -j)
             [ $# -ge 2 ] || { usage >&2; exit 2; }
