@@ -26,6 +26,10 @@ int app_control_get_extra_data(app_control_h app_control, const char *key, char 
     const int failed = fake.script.result("app_control_get_extra_data");
     if (failed != 0)
         return failed;
+    if (fake.app.extras_are_null) {
+        *value = nullptr;
+        return 0;
+    }
     const auto found = app_control->extras.find(key);
     if (found == app_control->extras.end())
         return -1;

@@ -31,6 +31,8 @@ class Application {
     /** Run by ui_app_main() in the place of the main loop. */
     std::function<void()> script;
     int exit_status = 0;
+    /** Every extra that is asked for is there, and null. */
+    bool extras_are_null = false;
     /** How often the player asked to end. */
     int exit_requests = 0;
 

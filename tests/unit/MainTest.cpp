@@ -203,6 +203,9 @@ class LaunchTest : public MainTest {
             fake_.storage.add_folder(folder, {"x.mp4"});
     }
 
+    // A request whose extras cannot be had is as one without any.
+    void expect_launched_without_extras();
+
     void expect_launch(const Extras &extras)
     {
         run_created([&] {
@@ -225,6 +228,20 @@ class LaunchTest : public MainTest {
         });
     }
 };
+
+void LaunchTest::expect_launched_without_extras()
+{
+    run_created([this] {
+        fake_.app.launch({{"mode", "factory_stop"}, {"folder_path", "/demo/show/"}});
+
+        const Lines expected = head({});
+        const Lines all = fake_.all();
+        ASSERT_GE(all.size(), expected.size());
+        EXPECT_EQ(Lines(all.begin(), all.begin() + static_cast<long>(expected.size())), expected);
+        EXPECT_TRUE(has_controller());
+        EXPECT_EQ(exits(), 0);
+    });
+}
 
 class LaunchScene : public LaunchTest {
   public:
@@ -418,16 +435,18 @@ TEST_F(MainTest, AFailedVideoPlayerEndsTheProgram)
     });
 }
 
-TEST_F(MainTest, UnreadableExtrasAreTakenForAbsent)
+TEST_F(LaunchTest, UnreadableExtrasAreTakenForAbsent)
 {
     fake_.script.fail_always("app_control_get_extra_data");
 
-    run_created([this] {
-        fake_.app.launch({{"mode", "factory_stop"}});
+    expect_launched_without_extras();
+}
 
-        EXPECT_TRUE(has_controller());
-        EXPECT_EQ(exits(), 0);
-    });
+TEST_F(LaunchTest, NullExtrasAreTakenForAbsent)
+{
+    fake_.app.extras_are_null = true;
+
+    expect_launched_without_extras();
 }
 
 } // namespace
