@@ -17,6 +17,8 @@ os.environ.setdefault("UBSAN_OPTIONS", "print_stacktrace=1:halt_on_error=1")
 def pytest_addoption(parser):
     parser.addoption("--build-dir", default=os.path.join(SOURCE_DIR, "build"),
                      help="where the program under test was built (default: build/)")
+    parser.addoption("--update-references", action="store_true",
+                     help="keep how it looks now as the pictures in tests/e2e/reference")
 
 
 @pytest.fixture(scope="session")

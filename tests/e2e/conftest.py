@@ -14,6 +14,7 @@ sys.path.insert(0, os.path.dirname(__file__))
 
 from harness.content import VideoShelf  # noqa: E402
 from harness.player import Tv  # noqa: E402
+from harness.references import References  # noqa: E402
 from harness.screen import Screen  # noqa: E402
 
 SOURCE_DIR = os.path.realpath(os.path.join(os.path.dirname(__file__), "..", ".."))
@@ -63,6 +64,13 @@ def tv(screen, tmp_path, build_dir, request):
         assert not problems, "\n".join(problems)
     for problem in problems:
         print(problem, file=sys.stderr)
+
+
+@pytest.fixture
+def references(screen, request):
+    """Compares the screen with the kept pictures."""
+    out = os.path.join(SOURCE_DIR, "out", "e2e", f"{request.node.name}.pictures")
+    return References(screen, out, request.config.getoption("--update-references"))
 
 
 @pytest.fixture(scope="session")

@@ -1,7 +1,5 @@
 """A panel that turns: the demo follows it, and turns it where only the other side has content."""
 
-import time
-
 import numpy
 import pytest
 
@@ -152,16 +150,3 @@ def test_timer_keys_step_the_intervals_and_switch_timed_rotation(tv, screen, con
     tv.wait_config(keys + "portrait_timer", 0)
     tv.press("XF86More")
     tv.wait_config(keys + "rotation_auto_mode", 0)
-
-
-def test_photo_on_a_set_with_rotator_does_not_move_on_after_five_seconds(tv, screen, content):
-    """It stays for three minutes; here: longer than a second photo stays on the other sets."""
-    tv.configure(panel=ROTATOR)
-    picture(content / "red.jpg", "red")
-    picture(content / "green.jpg", "green")
-    player = tv.start(folder=content)
-    player.log.wait("decode success")
-    here = player.log.position()
-    began = player.log.times[-1]
-    wait_until(lambda: time.monotonic() - began > 6.0, "six seconds")
-    assert not player.log.find_all(r"OnPlayPhoto\(\d+\) > .", after=here)

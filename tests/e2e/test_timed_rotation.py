@@ -112,16 +112,18 @@ def test_timer_keys_do_nothing_on_a_set_that_cannot_turn(tv, screen, content, sh
 
 
 def test_photo_stays_for_three_minutes_on_a_set_that_turns(tv, screen, content):
-    """The clock runs sixty times as fast: three minutes pass in three seconds."""
+    """The clock runs a hundred times as fast: three minutes pass in less than two seconds."""
     tv.configure(panel={"rotator": "yes"})
     for colour in ("red", "green"):
         picture(content / f"{colour}.jpg", colour)
     first, second = [name.removesuffix(".jpg") for name in order_in(content, [".jpg"])]
-    player = tv.start(folder=content, **tv.timers(60, above=LONG))
+    player = tv.start(folder=content, **tv.timers(SPEED, above=LONG))
     # The last photo has a timer of its own, so both are waited for.
     for colour, count in ((first, 1), (second, 2), (first, 3)):
         player.log.wait(rf"OnPlayPhoto\(\d+\) > .*/{colour}\.jpg", count=(count + 1) // 2)
         screen.wait_for(colour)
     shown = [when for when, _ in player.log.find_all("decode success")]
     asked = [when for when, _ in player.log.find_all(r"OnPlayPhoto\(\d+\) > .*\.jpg")]
-    assert all(after - before > 2.9 for before, after in zip(shown, asked[1:])), (shown, asked)
+    stayed = [after - before for before, after in zip(shown, asked[1:])]
+    # Five seconds, as on other sets, would not have been shortened.
+    assert all(1.7 < lasted < 4.5 for lasted in stayed), stayed

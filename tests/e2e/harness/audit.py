@@ -30,6 +30,8 @@ ORDINARY_ERRORS = [
 ORDINARY_FOREIGN_LINES = [
     # The machine was so busy that one picture took the drawing thread more than a second.
     r"evas_render_rendering_wait\(\) timeout waiting for async rendering",
+    # The machine was so busy that the thread that counts frames slept longer than it wanted to.
+    r"ecore_animator thread - epoll_wait\(.*\) at .* should have slept",
 ]
 BACKTRACE_BEGIN, BACKTRACE_END = "## Copy & Paste the below", "EOF"
 
