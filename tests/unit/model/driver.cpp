@@ -48,11 +48,10 @@ class Driver {
 
     void run(const Steps &steps)
     {
-        for (outcome_.step = 0; outcome_.step < steps.size(); ++outcome_.step) {
-            if (!take(steps[outcome_.step]))
-                return;
-        }
-        if (model_.running())
+        outcome_.step = 0;
+        while (outcome_.step < steps.size() && take(steps[outcome_.step]))
+            ++outcome_.step;
+        if (outcome_.passed() && model_.running())
             take({"terminate", {}, {}});
         // What nobody owned goes with the toolkit.
         fake_.widgets.remove_all();
