@@ -20,7 +20,10 @@
 extern "C" {
 #endif
 
-/** Starts the extension for a window: loads the theme and learns the window's size. @return 0. */
+/**
+ * Starts the extension for a window: loads the theme, learns the size of the window, and, a second
+ * after its first frame, loads at idle moments what the first popup needs. @return 0.
+ */
 int elm_velt_manager_init(Evas_Object *window);
 
 /** Ends it; widgets that still exist keep working without the theme. */

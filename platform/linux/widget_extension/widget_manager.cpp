@@ -7,6 +7,7 @@
 
 #include "log/platform_log.h"
 #include "settings/settings.h"
+#include "widget_extension/rehearsal.h"
 
 namespace platform {
 namespace {
@@ -17,8 +18,14 @@ constexpr double design_side = 1920.0;
 /** Seconds that the list takes to follow the focus; Elementary's own value lags behind a held key.
  */
 constexpr double bring_in_seconds = 0.22;
+/** Room for the letters of a popup on the largest panel; Elementary's own value forgets them. */
+constexpr int font_cache_kilobytes = 8192;
 
 } // namespace
+
+WidgetManager::WidgetManager() = default;
+
+WidgetManager::~WidgetManager() = default;
 
 WidgetManager &WidgetManager::get()
 {
@@ -33,6 +40,9 @@ void WidgetManager::start(Evas_Object *window)
     evas_object_event_callback_add(window, EVAS_CALLBACK_RESIZE, on_window_resized, this);
     evas_object_event_callback_add(window, EVAS_CALLBACK_DEL, on_window_deleted, this);
     elm_config_scroll_bring_in_scroll_friction_set(bring_in_seconds);
+    // Elementary empties its caches every minute, after which the next popup would load all anew.
+    elm_config_cache_flush_enabled_set(EINA_FALSE);
+    elm_config_cache_font_cache_size_set(font_cache_kilobytes);
     update_scale();
 
     const std::string theme = Settings::get().resource_dir + "/theme/ostrel.edj";
@@ -46,10 +56,12 @@ void WidgetManager::start(Evas_Object *window)
     // Our widgets show their focus themselves. The first key would switch Elementary's moving frame
     // on again, so it gets a style that draws nothing.
     elm_win_focus_highlight_style_set(window, "velt");
+    rehearsal_ = std::make_unique<Rehearsal>(window);
 }
 
 void WidgetManager::stop()
 {
+    rehearsal_.reset();
     if (window_) {
         evas_object_event_callback_del_full(window_, EVAS_CALLBACK_RESIZE, on_window_resized, this);
         evas_object_event_callback_del_full(window_, EVAS_CALLBACK_DEL, on_window_deleted, this);
@@ -60,6 +72,11 @@ void WidgetManager::stop()
         theme_.clear();
     }
     release_shells();
+}
+
+bool WidgetManager::is_prepared() const
+{
+    return rehearsal_ && rehearsal_->done();
 }
 
 int WidgetManager::longer_side() const
@@ -113,6 +130,9 @@ void WidgetManager::set_style(Evas_Object *widget, const char *style) const
 
 void WidgetManager::outlive_container(Evas_Object *widget)
 {
+    // Nobody holds pointers to what is rehearsed on another canvas, which ends before its shells.
+    if (window_ && evas_object_evas_get(widget) != evas_object_evas_get(window_))
+        return;
     evas_object_event_callback_del_full(widget, EVAS_CALLBACK_DEL, on_content_deleted, this);
     evas_object_event_callback_add(widget, EVAS_CALLBACK_DEL, on_content_deleted, this);
 }
@@ -135,7 +155,10 @@ void WidgetManager::on_window_resized(void *data, Evas *, Evas_Object *, void *)
 
 void WidgetManager::on_window_deleted(void *data, Evas *, Evas_Object *, void *)
 {
-    static_cast<WidgetManager *>(data)->window_ = nullptr;
+    auto *self = static_cast<WidgetManager *>(data);
+    if (self->rehearsal_)
+        self->rehearsal_->window_gone();
+    self->window_ = nullptr;
 }
 
 void WidgetManager::on_widget_deleted(void *data, Evas *, Evas_Object *object, void *)

@@ -4,6 +4,7 @@
  */
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -11,16 +12,24 @@
 
 namespace platform {
 
+class Rehearsal;
+
 class WidgetManager {
   public:
     /** The one manager. */
     static WidgetManager &get();
 
-    /** Loads the theme and follows the window's size from now on. */
+    /**
+     * Loads the theme, follows the window's size from now on, and prepares the first popup at an
+     * idle moment after the window has come up.
+     */
     void start(Evas_Object *window);
 
     /** Unloads the theme and forgets the window. */
     void stop();
+
+    /** Whether all is loaded that a popup and a toast need. */
+    bool is_prepared() const;
 
     /** Pixels of so many layout units, rounded. */
     int pixels(double units) const;
@@ -39,7 +48,8 @@ class WidgetManager {
     void outlive_container(Evas_Object *widget);
 
   private:
-    WidgetManager() = default;
+    WidgetManager();
+    ~WidgetManager();
     int longer_side() const;
     void update_scale();
     void release_shells();
@@ -51,6 +61,7 @@ class WidgetManager {
     static void on_control_returned(void *data);
 
     Evas_Object *window_ = nullptr;
+    std::unique_ptr<Rehearsal> rehearsal_;
     std::string theme_; ///< the file that is loaded, or empty
     double scale_ = 1.0;
     std::vector<Evas_Object *> widgets_; ///< those that live

@@ -1,0 +1,218 @@
+#include "widget_extension/rehearsal.h"
+
+#include <cstring>
+#include <string>
+
+#include <langinfo.h>
+
+#include "log/platform_log.h"
+#include "widget_extension.h"
+#include "widget_extension/popup_panel.h"
+#include "widget_extension/widget_manager.h"
+
+namespace platform {
+namespace {
+
+/** The window's first frame is followed by the start of the film, which nothing shall hold up. */
+constexpr double busy_seconds = 1.0;
+/** Room for a popup with its shadow, in layout units. */
+constexpr double stage_width_units = 140.0;
+constexpr double stage_height_units = 110.0;
+constexpr double list_width_units = 120.0;
+constexpr double list_height_units = 55.0;
+
+/** The letters of the language in force, as far as the names of days and months hold them. */
+std::string local_letters(nl_item first, int count)
+{
+    std::string letters;
+    for (int i = 0; i < count; ++i)
+        letters += nl_langinfo(first + i);
+    return letters;
+}
+
+char *text_of_row(void *data, Evas_Object *, const char *)
+{
+    return strdup(static_cast<std::string *>(data)->c_str());
+}
+
+void delete_row(void *data, Evas_Object *)
+{
+    delete static_cast<std::string *>(data);
+}
+
+Evas_Object *make_list(Evas_Object *parent)
+{
+    Evas_Object *list = elm_velt_genlist_add(parent);
+    Elm_Genlist_Item_Class *row_class = elm_genlist_item_class_new();
+    if (!list || !row_class)
+        return list;
+    row_class->item_style = "C_TextTile_SingleLine_02";
+    row_class->func.text_get = text_of_row;
+    row_class->func.del = delete_row;
+    elm_velt_genlist_listoption_enable(list, true);
+    // One row more than there is room for, which brings up the bar.
+    for (const std::string &text :
+         {std::string("abcdefghijklmnopqrstuvwxyz"), std::string("ABCDEFGHIJKLMNOPQRSTUVWXYZ"),
+          std::string("0123456789 _-.()&…"), local_letters(DAY_1, 7), local_letters(MON_1, 12),
+          std::string("abc")}) {
+        elm_velt_genlist_item_append(list, row_class, new std::string(text), nullptr,
+                                     ELM_GENLIST_ITEM_NONE, nullptr, nullptr);
+    }
+    elm_genlist_item_class_free(row_class);
+    return list;
+}
+
+} // namespace
+
+Rehearsal::Rehearsal(Evas_Object *window) : window_(window)
+{
+    evas_object_smart_callback_add(window_, "language,changed", on_language, this);
+    evas_event_callback_add(evas_object_evas_get(window_), EVAS_CALLBACK_RENDER_FLUSH_POST,
+                            on_frame, this);
+}
+
+Rehearsal::~Rehearsal()
+{
+    window_gone();
+}
+
+void Rehearsal::window_gone()
+{
+    stop();
+    if (!window_)
+        return;
+    evas_event_callback_del_full(evas_object_evas_get(window_), EVAS_CALLBACK_RENDER_FLUSH_POST,
+                                 on_frame, this);
+    evas_object_smart_callback_del_full(window_, "language,changed", on_language, this);
+    window_ = nullptr;
+}
+
+void Rehearsal::stop()
+{
+    timer_.reset();
+    idler_.reset();
+    popup_ = nullptr;
+    list_ = nullptr;
+    stage_.reset();
+    canvas_.reset();
+    step_ = 0;
+}
+
+void Rehearsal::wait()
+{
+    stop();
+    done_ = false;
+    timer_.reset(ecore_timer_add(busy_seconds, on_time, this));
+}
+
+bool Rehearsal::step()
+{
+    // One after the other, so that a key in between is answered before the next.
+    switch (step_++) {
+    case 0:
+        return open_stage();
+    case 1:
+        put_on_popup();
+        return true;
+    case 2:
+        elm_object_focus_set(list_, EINA_TRUE);
+        elm_genlist_item_selected_set(elm_genlist_first_item_get(list_), EINA_TRUE);
+        return true;
+    case 3:
+        draw();
+        return true;
+    case 4:
+        put_on_toast();
+        return true;
+    default:
+        draw();
+        done_ = true;
+        PLATFORM_LOGD("widget_extension", "popup and toast are ready");
+        return false;
+    }
+}
+
+bool Rehearsal::open_stage()
+{
+    WidgetManager &manager = WidgetManager::get();
+    // Not a window inside the player's: drawing that one from outside its parent's turn leaves the
+    // parent waiting for a frame that never comes.
+    canvas_.reset(ecore_evas_buffer_new(manager.pixels(stage_width_units),
+                                        manager.pixels(stage_height_units)));
+    stage_.reset(canvas_ ? elm_win_fake_add(canvas_.get()) : nullptr);
+    if (!stage_)
+        return false;
+    ecore_evas_alpha_set(canvas_.get(), EINA_TRUE);
+    ecore_evas_manual_render_set(canvas_.get(), EINA_TRUE);
+    ecore_evas_show(canvas_.get());
+    elm_win_focus_highlight_style_set(stage_.get(), "velt");
+    evas_object_show(stage_.get());
+    return true;
+}
+
+void Rehearsal::put_on_popup()
+{
+    WidgetManager &manager = WidgetManager::get();
+    const int width = manager.pixels(list_width_units);
+    const int height = manager.pixels(list_height_units);
+    popup_ = create_popup(stage_.get());
+    Evas_Object *layout = elm_velt_layout_add(popup_);
+    list_ = make_list(layout);
+    elm_velt_popup_title_set(popup_, ("Demo" + local_letters(DAY_1, 2)).c_str());
+    elm_velt_layout_item_append(layout, list_, width, height);
+    elm_velt_popup_content_set(popup_, layout, width, height);
+    Evas_Object *button = elm_velt_button_add(popup_);
+    elm_velt_button_text_set(button, ("OK" + local_letters(DAY_1, 1)).c_str());
+    elm_velt_popup_button_set(popup_, button, 0);
+    evas_object_show(popup_);
+}
+
+void Rehearsal::put_on_toast()
+{
+    evas_object_del(popup_);
+    list_ = nullptr;
+    popup_ = create_popup(stage_.get());
+    set_popup_style(popup_, PopupStyle::toast);
+    set_toast_text(popup_, "abcdefghijklmnopqrstuvwxyz: 0123456789");
+    evas_object_show(popup_);
+}
+
+void Rehearsal::draw()
+{
+    evas_smart_objects_calculate(ecore_evas_get(canvas_.get()));
+    ecore_evas_manual_render(canvas_.get());
+}
+
+void Rehearsal::on_frame(void *data, Evas *canvas, void *)
+{
+    evas_event_callback_del_full(canvas, EVAS_CALLBACK_RENDER_FLUSH_POST, on_frame, data);
+    static_cast<Rehearsal *>(data)->wait();
+}
+
+void Rehearsal::on_language(void *data, Evas_Object *, void *)
+{
+    // Another language may bring other letters and other fonts.
+    auto *self = static_cast<Rehearsal *>(data);
+    if (self->done_ || self->timer_ || self->idler_)
+        self->wait();
+}
+
+Eina_Bool Rehearsal::on_time(void *data)
+{
+    auto *self = static_cast<Rehearsal *>(data);
+    self->timer_.release();
+    self->idler_.reset(ecore_idler_add(on_idle, data));
+    return ECORE_CALLBACK_CANCEL;
+}
+
+Eina_Bool Rehearsal::on_idle(void *data)
+{
+    auto *self = static_cast<Rehearsal *>(data);
+    if (self->step())
+        return ECORE_CALLBACK_RENEW;
+    self->idler_.release();
+    self->stop();
+    return ECORE_CALLBACK_CANCEL;
+}
+
+} // namespace platform

@@ -1,0 +1,179 @@
+// What the first popup needs is loaded before anybody asks for it, unseen and without a trace.
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include "widget_extension/widget_manager.h"
+#include "widget_test.h"
+
+using namespace testing;
+using platform::WidgetManager;
+
+namespace {
+
+class RehearsalTest : public WidgetTest {};
+
+const std::vector<std::string> rows = {"Off", "Play all", "City lights", "Ocean"};
+
+/** Counts how often a file of fonts or of the program's resources is opened. */
+class OpenedFiles {
+  public:
+    OpenedFiles() : watch_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
+    {
+        namespace fs = std::filesystem;
+        for (const fs::path &root : {fs::path("/usr/share/fonts"), fs::path(BUILT_RESOURCE_DIR)}) {
+            watch(root);
+            for (const auto &entry : fs::recursive_directory_iterator(root)) {
+                if (entry.is_directory())
+                    watch(entry.path());
+            }
+        }
+    }
+    ~OpenedFiles() { close(watch_); }
+    OpenedFiles(const OpenedFiles &) = delete;
+    OpenedFiles &operator=(const OpenedFiles &) = delete;
+
+    std::vector<std::string> names() const
+    {
+        std::vector<std::string> opened;
+        alignas(inotify_event) char bytes[4096];
+        ssize_t length = 0;
+        while ((length = read(watch_, bytes, sizeof bytes)) > 0) {
+            for (ssize_t at = 0; at < length;) {
+                const auto *event = reinterpret_cast<const inotify_event *>(bytes + at);
+                // The folders are those that this very class has looked through.
+                if (!(event->mask & IN_ISDIR))
+                    opened.emplace_back(event->name);
+                at += static_cast<ssize_t>(sizeof *event) + event->len;
+            }
+        }
+        return opened;
+    }
+
+  private:
+    void watch(const std::filesystem::path &folder)
+    {
+        inotify_add_watch(watch_, folder.c_str(), IN_OPEN | IN_ONLYDIR);
+    }
+
+    int watch_;
+};
+
+bool prepared()
+{
+    return WidgetManager::get().is_prepared();
+}
+
+void open_popup(Stage &stage)
+{
+    PopupScene scene(stage.window(), "Demo", rows, 2);
+    scene.show();
+    stage.settle();
+    evas_object_hide(scene.popup);
+    scene.delete_closed();
+    stage.settle();
+}
+
+/** Shows a popup and a toast, the first of this process, and ends it. */
+[[noreturn]] void open_first_and_exit(bool rehearsed)
+{
+    Stage stage(1920, 1080);
+    if (rehearsed && !Stage::until(prepared))
+        std::_Exit(2);
+    const OpenedFiles files;
+    open_popup(stage);
+    show_toast(stage.window(), "Landscape timer: 5 min 30 sec");
+    stage.settle();
+    const std::vector<std::string> opened = files.names();
+    for (const std::string &name : opened)
+        std::fprintf(stderr, "opened %s\n", name.c_str());
+    std::_Exit(opened.empty() ? 0 : 1);
+}
+
+unsigned int count_windows()
+{
+    Eina_List *windows = ecore_evas_ecore_evas_list_get();
+    const unsigned int count = eina_list_count(windows);
+    eina_list_free(windows);
+    return count;
+}
+
+} // namespace
+
+// Only a fresh process has a first popup, hence these two.
+TEST_F(RehearsalTest, WithoutOneTheFirstPopupOpensFontFiles)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(open_first_and_exit(false), ExitedWithCode(1), "opened .*[.]tt");
+}
+
+TEST_F(RehearsalTest, AfterOneTheFirstPopupAndTheFirstToastOpenNoFile)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(open_first_and_exit(true), ExitedWithCode(0), "");
+}
+
+TEST_F(RehearsalTest, NothingOfItIsSeen)
+{
+    Stage stage(1280, 720);
+    bool seen = false;
+    const auto look = [&stage, &seen] {
+        const std::uint32_t *pixels = stage.draw();
+        seen = seen || std::any_of(pixels, pixels + 1280 * 720, [](auto pixel) { return pixel; });
+        return prepared();
+    };
+    ASSERT_TRUE(Stage::until(look));
+    EXPECT_FALSE(seen);
+}
+
+TEST_F(RehearsalTest, NothingOfItIsLeft)
+{
+    Stage stage(1280, 720);
+    const unsigned int windows = count_windows();
+    ASSERT_TRUE(Stage::until(prepared));
+    stage.settle();
+    EXPECT_EQ(count_windows(), windows);
+}
+
+TEST_F(RehearsalTest, APopupThatIsOpenMeanwhileKeepsItsFocus)
+{
+    Stage stage(1280, 720);
+    PopupScene scene(stage.window(), "Demo", rows, 2);
+    scene.show();
+    stage.settle();
+    ASSERT_FALSE(prepared());
+    ASSERT_TRUE(Stage::until(prepared));
+    stage.settle();
+    EXPECT_EQ(scene.focused_row(), 2);
+    stage.press_key("Down");
+    EXPECT_EQ(scene.focused_row(), 3);
+    EXPECT_EQ(scene.rows_deleted, 0);
+}
+
+TEST_F(RehearsalTest, AnotherLanguageBringsAnother)
+{
+    Stage stage(1280, 720);
+    ASSERT_TRUE(Stage::until(prepared));
+    evas_object_smart_callback_call(stage.window(), "language,changed", nullptr);
+    EXPECT_FALSE(prepared());
+    EXPECT_TRUE(Stage::until(prepared));
+}
+
+TEST_F(RehearsalTest, TheWindowMayGoAtAnyPointOfIt)
+{
+    // Each round ends one step further into it: whatever is there then goes with the window.
+    for (int steps = 0; steps < 6; ++steps) {
+        Stage stage(1280, 720);
+        int left = steps;
+        ASSERT_TRUE(
+            Stage::until([&] { return prepared() || (count_windows() > 2 && --left < 0); }));
+        stage.delete_window();
+        stage.settle();
+        EXPECT_LE(count_windows(), 1u);
+    }
+}
