@@ -82,23 +82,48 @@ void InputFeed::on_observed(void *data, Evas *canvas, Evas_Object *, void *info)
     observer.callback(observer.data, canvas, observer.window, info);
 }
 
+void InputFeed::leave()
+{
+    if (away_)
+        return;
+    away_ = true;
+    evas_event_feed_mouse_out(to_, static_cast<unsigned int>(ecore_loop_time_get() * 1000.0),
+                              nullptr);
+}
+
+void InputFeed::come_back(unsigned int timestamp)
+{
+    if (!away_)
+        return;
+    away_ = false;
+    evas_event_feed_mouse_in(to_, timestamp, nullptr);
+}
+
 void InputFeed::move_to(int x, int y, unsigned int timestamp)
 {
+    last_ = {x, y};
     const Point point = turned_point({x, y}, panel_, degrees_);
     evas_event_feed_mouse_move(to_, point.x, point.y, timestamp, nullptr);
 }
 
 void InputFeed::on_move(void *data, Evas *, Evas_Object *, void *info)
 {
+    auto *feed = static_cast<InputFeed *>(data);
     const auto *event = static_cast<const Evas_Event_Mouse_Move *>(info);
-    static_cast<InputFeed *>(data)->move_to(event->cur.canvas.x, event->cur.canvas.y,
-                                            event->timestamp);
+    const int x = event->cur.canvas.x;
+    const int y = event->cur.canvas.y;
+    // The canvas moves the pointer to where it is when its objects change.
+    if (feed->away_ && x == feed->last_.x && y == feed->last_.y)
+        return;
+    feed->come_back(event->timestamp);
+    feed->move_to(x, y, event->timestamp);
 }
 
 void InputFeed::on_down(void *data, Evas *, Evas_Object *, void *info)
 {
     auto *feed = static_cast<InputFeed *>(data);
     const auto *event = static_cast<const Evas_Event_Mouse_Down *>(info);
+    feed->come_back(event->timestamp);
     // The content may have been turned under a pointer that stood still.
     feed->move_to(event->canvas.x, event->canvas.y, event->timestamp);
     evas_event_feed_mouse_down(feed->to_, event->button, event->flags, event->timestamp, nullptr);
@@ -115,7 +140,9 @@ void InputFeed::on_up(void *data, Evas *, Evas_Object *, void *info)
 void InputFeed::on_in(void *data, Evas *, Evas_Object *, void *info)
 {
     const auto *event = static_cast<const Evas_Event_Mouse_In *>(info);
-    evas_event_feed_mouse_in(static_cast<InputFeed *>(data)->to_, event->timestamp, nullptr);
+    auto *feed = static_cast<InputFeed *>(data);
+    feed->away_ = false;
+    evas_event_feed_mouse_in(feed->to_, event->timestamp, nullptr);
 }
 
 void InputFeed::on_out(void *data, Evas *, Evas_Object *, void *info)

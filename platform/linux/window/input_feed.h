@@ -35,6 +35,12 @@ class InputFeed {
     /** From now on the panel has this native size and angle. */
     void turn(Size panel, int degrees);
 
+    /**
+     * Takes the pointer out of the content until it is moved or pressed again: what nobody sees
+     * must not take the focus when something comes to stand below it.
+     */
+    void leave();
+
     /** Whether it is on the feed to bring events of this type to the window. */
     static bool takes(Evas_Callback_Type type);
 
@@ -69,6 +75,7 @@ class InputFeed {
     static Eina_Bool on_key_up(void *data, int type, void *event);
 
     void move_to(int x, int y, unsigned int timestamp);
+    void come_back(unsigned int timestamp);
 
     Evas_Object *window_;
     Evas *to_;
@@ -79,6 +86,8 @@ class InputFeed {
     Ecore_Event_Handler *key_up_;
     Size panel_;
     int degrees_ = 0;
+    bool away_ = false;
+    Point last_{-1, -1}; // of the pointer, on the panel
 };
 
 } // namespace platform

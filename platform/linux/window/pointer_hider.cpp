@@ -1,5 +1,7 @@
 #include "window/pointer_hider.h"
 
+#include <utility>
+
 #include <Ecore_Input.h>
 
 #include "window/ecore_wl2_more.h"
@@ -35,8 +37,9 @@ Ecore_Wl2_Input *default_input()
 
 } // namespace
 
-PointerHider::PointerHider()
-    : move_(ecore_event_handler_add(ECORE_EVENT_MOUSE_MOVE, on_move, this)),
+PointerHider::PointerHider(std::function<void()> on_hidden)
+    : on_hidden_(std::move(on_hidden)),
+      move_(ecore_event_handler_add(ECORE_EVENT_MOUSE_MOVE, on_move, this)),
       enter_(ecore_event_handler_add(ECORE_EVENT_MOUSE_IN, on_enter, this))
 {
 }
@@ -102,6 +105,7 @@ void PointerHider::hide()
         return;
     hidden_ = true;
     set_pointer(input, PointerShape());
+    on_hidden_();
 }
 
 } // namespace platform

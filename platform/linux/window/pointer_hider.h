@@ -3,13 +3,16 @@
  */
 #pragma once
 
+#include <functional>
+
 #include <Ecore.h>
 
 namespace platform {
 
 class PointerHider {
   public:
-    PointerHider();
+    /** @param on_hidden called when the pointer has been taken off the screen */
+    explicit PointerHider(std::function<void()> on_hidden);
     ~PointerHider();
     PointerHider(const PointerHider &) = delete;
     PointerHider &operator=(const PointerHider &) = delete;
@@ -25,6 +28,7 @@ class PointerHider {
     void show();
     void hide();
 
+    const std::function<void()> on_hidden_;
     Ecore_Event_Handler *move_;
     Ecore_Event_Handler *enter_;
     Ecore_Timer *timer_ = nullptr;

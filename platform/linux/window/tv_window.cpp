@@ -152,7 +152,10 @@ void TvWindow::make_inner(const std::string &name)
     evas_object_show(image_);
     input_ =
         std::make_unique<InputFeed>(evas_object_evas_get(outer_), evas_object_evas_get(inner_));
-    pointer_ = std::make_unique<PointerHider>();
+    pointer_ = std::make_unique<PointerHider>([this] {
+        if (input_)
+            input_->leave();
+    });
 }
 
 void TvWindow::follow_events()
