@@ -18,7 +18,7 @@ SHORTCUTS = {
 # What the player is told of each: the set's name of the key where it has one.
 TYPED = {
     "launcher": ("t", ["logo"], "XF86PanelEnter"),
-    "next-window": ("Tab", ["alt"], "Tab"),
+    "next-window": ("Tab", ["alt"], "Down"),
     "close-window": ("F4", ["alt"], "F4"),
     "log-out": ("Delete", ["ctrl", "alt"], "Delete"),
 }
@@ -41,7 +41,12 @@ def player(tv, screen, content, shelf):
     started = tv.start(folder=content)
     screen.wait_for("red")
     wait_until(lambda: screen.window()["focused"], "the keyboard at the player's window")
-    return started
+    yield started
+    # The toolkit stumbles over a keyboard that is unplugged while it is being shut down; what the
+    # compositor has told of the last one is handled when the player has answered twice.
+    for _ in range(2):
+        if started.running():
+            tv.tvctl("status")
 
 
 def test_compositors_shortcuts_reach_the_player_instead_of_the_compositor(screen, player):

@@ -121,6 +121,10 @@ class SwayScreen:
         released = [word for modifier in modifiers for word in ("-m", modifier)]
         done = self._run("wtype", *held, "-k", name, *released)
         assert done.returncode == 0, done.stderr
+        wait_until(lambda: self._keyboards() == 1, "the keyboard that typed to be unplugged")
+
+    def _keyboards(self):
+        return sum(device["type"] == "keyboard" for device in self.ask("get_inputs"))
 
     def fired(self):
         """Names of the shortcuts that sway has acted on."""
