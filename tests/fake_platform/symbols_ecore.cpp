@@ -160,6 +160,8 @@ struct wl_display *ecore_wl2_display_get(Ecore_Wl2_Display *display)
 Eina_Iterator *ecore_wl2_display_globals_get(Ecore_Wl2_Display *display)
 {
     the_fake().query("ecore_wl2_display_globals_get", static_cast<const void *>(display));
+    if (the_fake().script.failure("ecore_wl2_display_globals_get"))
+        return nullptr;
     static Globals iterator;
     const fake::Keys &keys = the_fake().keys;
     iterator = {};
@@ -208,5 +210,6 @@ Eina_Bool eina_iterator_next(Eina_Iterator *iterator, void **data)
 void eina_iterator_free(Eina_Iterator *iterator)
 {
     the_fake().query("eina_iterator_free");
-    the_fake().registry.kill("eina_iterator_free", iterator);
+    if (iterator != nullptr)
+        the_fake().registry.kill("eina_iterator_free", iterator);
 }

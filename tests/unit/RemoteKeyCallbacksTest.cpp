@@ -84,6 +84,16 @@ TEST_P(NamedKeyTest, IsPostedByItsTypeAndPassedOnWhoeverListens)
     }
 }
 
+TEST_F(RemoteKeyCallbacksTest, AMissingEventIsAKeyWithoutAName)
+{
+    EXPECT_EQ(CPlayerInspector::m_OnECoreKeyDownCB(controller_.get(), 7, nullptr),
+              ECORE_CALLBACK_PASS_ON);
+
+    EXPECT_THAT(fake_.all(),
+                LinesAre("I \"KeyName=(null) KeyEventType=7\"", "I \"(null)\"",
+                         "I \"iEventID = 8 iParam1 = 17\"", "ecore_pipe_write(8, 17)"));
+}
+
 TEST_F(RemoteKeyCallbacksTest, AKeyReachesTheCallbackThroughTheMainLoop)
 {
     EXPECT_THAT(fake_.loop.press_key("XF86AudioPlay"), ElementsAre(true));

@@ -144,6 +144,15 @@ TEST_F(RemoteKeysTest, TheConnectionGoesAsFarAsTheCompositorAllows)
     }
 }
 
+TEST_F(RemoteKeysTest, WithoutAListOfGlobalsTheRouterIsMissing)
+{
+    fake_.fail("ecore_wl2_display_globals_get");
+
+    COstrelDemoUtil::KeyRouterInitialize();
+
+    EXPECT_EQ(fake_.all(), connection_lines(true, false, "0"));
+}
+
 // ---- RegisterKeys ----
 
 TEST_F(RemoteKeysTest, ANullSurfaceRegistersNothing)
