@@ -19,7 +19,9 @@ int rotation_state_of_angle(int degrees);
 /**
  * Gives the panel its first angle and keeps the store up to date from now on. The angle is the
  * stored one; a set without a stored state gets the configured first state, which is stored so that
- * an application reading the key finds it.
+ * an application reading the key finds it. The panel of a real set stays as it stands when the set
+ * is switched off, and the application reads how that is from the store; so the configured state is
+ * for a set that has never been on and never overrules the store.
  */
 void rotation_state_start();
 
