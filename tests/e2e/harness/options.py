@@ -27,10 +27,18 @@ def open_options(screen, player):
     return here
 
 
+def longest_run(flags):
+    """Most true values in a row; letters are white as well, but never for long."""
+    edges = numpy.flatnonzero(numpy.diff(numpy.concatenate(([0], flags, [0]))))
+    return int((edges[1::2] - edges[::2]).max()) if edges.size else 0
+
+
 def focus_box(screen):
     """Left, top, right and bottom of what has the focus; None when nothing has."""
     white = (screen.picture() >= WHITE).all(axis=2)
-    lines = numpy.flatnonzero(white.sum(axis=1) > screen.width // 12)
+    candidates = numpy.flatnonzero(white.sum(axis=1) > screen.width // 8)
+    lines = numpy.array([line for line in candidates
+                         if longest_run(white[line]) > screen.width // 8])
     if lines.size == 0:
         return None
     columns = numpy.flatnonzero(white[lines].sum(axis=0) > lines.size // 2)

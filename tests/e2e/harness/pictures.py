@@ -7,8 +7,8 @@ from .waiting import wait_until
 STEADY_LOOKS = 40
 
 
-def wait_still(screen):
-    """Until the picture has not changed for many looks in a row; returns it."""
+def wait_still(screen, looks=STEADY_LOOKS):
+    """Until the picture has not changed for so many looks in a row; returns it."""
     state = {"last": None, "looks": 0}
 
     def still():
@@ -16,7 +16,7 @@ def wait_still(screen):
         same = state["last"] is not None and numpy.array_equal(now, state["last"])
         state["looks"] = state["looks"] + 1 if same else 0
         state["last"] = now
-        return state["looks"] >= STEADY_LOOKS
+        return state["looks"] >= looks
 
     wait_until(still, "a picture that stands still")
     return state["last"]
