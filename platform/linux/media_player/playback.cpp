@@ -6,7 +6,6 @@
 #include "log/platform_log.h"
 #include "media_player.h"
 #include "media_player/audio_sink.h"
-#include "media_player/media_system.h"
 #include "media_player/media_uri.h"
 
 namespace platform {
@@ -16,6 +15,9 @@ namespace {
 constexpr auto longest_wait_for_predecessor = std::chrono::milliseconds(1000);
 
 constexpr auto look_after_opening = std::chrono::milliseconds(250);
+
+// The first start on a machine looks at every plugin there is, which is slow on a small one.
+constexpr auto longest_set_up = std::chrono::seconds(180);
 
 constexpr auto longest_seek = std::chrono::milliseconds(5000);
 
@@ -193,8 +195,12 @@ void Playback::open_file()
 
 int Playback::try_open()
 {
-    if (!wait_for_media_system())
+    if (!request_.set_up())
         return PLAYER_ERROR_INVALID_OPERATION;
+    tasks_.post([this] {
+        system_up_ = true;
+        arm_first_frame();
+    });
     wait_for_others();
     const std::string path = local_path(request_.uri);
     if (!path.empty()) {
@@ -311,7 +317,7 @@ void Playback::on_first_frame()
 void Playback::on_nothing_came()
 {
     const auto waited = Clock::now() - opening_since_;
-    if (waited > request_.patience)
+    if (waited > (system_up_ ? request_.patience : longest_set_up))
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
     else if (opened_ && pipeline_ && pipeline_->reader_gave_up())
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its reader found nothing in it");

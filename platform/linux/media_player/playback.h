@@ -47,8 +47,9 @@ struct PlaybackRequest {
     std::shared_ptr<DisplaySettings> display;
     bool looping = false;
     Pipeline::AudioSinkMaker make_audio_sink;
-    std::chrono::milliseconds patience{15000};   ///< longest wait for the first frame
-    std::shared_future<void> predecessor;        ///< the file before, as far as it still goes away
+    std::function<bool()> set_up;              ///< waits for the media system; false: there is none
+    std::chrono::milliseconds patience{15000}; ///< longest wait for the first frame
+    std::shared_future<void> predecessor;      ///< the file before, as far as it still goes away
     std::shared_future<void> before_predecessor; ///< and the one before that
 };
 
@@ -162,6 +163,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     bool round_is_last_ = false;
     int rounds_ahead_ = 0; ///< rounds begun by the reader and not yet by the picture
     bool needs_rewind_ = false;
+    bool system_up_ = false;
     bool opened_ = false; ///< the opener has handed the pipeline over
     Clock::time_point opening_since_;
     bool sound_unsupported_ = false;

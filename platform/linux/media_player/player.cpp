@@ -154,6 +154,7 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
     request.display = display_;
     request.looping = looping_;
     request.make_audio_sink = options_.make_audio_sink;
+    request.set_up = options_.set_up;
     request.patience = options_.patience;
     request.predecessor = previous_;
     request.before_predecessor = before_previous_;

@@ -17,6 +17,7 @@
 
 #include "media_player.h"
 #include "media_player/audio_sink.h"
+#include "media_player/media_system.h"
 #include "media_player/playback.h"
 #include "media_player/player_status.h"
 
@@ -25,6 +26,7 @@ namespace platform {
 /** What tests set otherwise. */
 struct PlayerOptions {
     Pipeline::AudioSinkMaker make_audio_sink = platform::make_audio_sink;
+    std::function<bool()> set_up = wait_for_media_system;
     std::chrono::milliseconds patience{15000}; ///< longest wait for a first frame
 };
 

@@ -1,5 +1,7 @@
 // What becomes of files that cannot be played, or not to their end.
 
+#include <future>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -186,6 +188,31 @@ TEST_F(BadFile, AFirstFrameThatNeverComesIsAnErrorAfterAWhile)
     player_->unprepare();
     close(ends[0]);
     close(ends[1]);
+}
+
+TEST_F(BadFile, AMediaSystemThatIsSlowToStartIsWaitedFor)
+{
+    platform::PlayerOptions options;
+    options.patience = std::chrono::seconds(4);
+    std::promise<bool> set_up;
+    options.set_up = [started = set_up.get_future().share()] { return started.get(); };
+    make_player(options);
+    ASSERT_EQ(prepare(clip("a.mp4")), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(stays([this] { return events().empty(); }, 4.5));
+    set_up.set_value(true);
+
+    EXPECT_TRUE(wait_for_event("prepared"));
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+}
+
+TEST_F(BadFile, AMediaSystemThatDoesNotStartIsAnError)
+{
+    platform::PlayerOptions options;
+    options.set_up = [] { return false; };
+    make_player(options);
+
+    EXPECT_EQ(outcome(clip("a.mp4")), "error -38");
 }
 
 TEST_F(BadFile, SoundThatNeverArrivesDoesNotStopThePicture)
