@@ -65,6 +65,20 @@ def test_compositors_shortcuts_reach_the_player_instead_of_the_compositor(screen
         wait_until(lambda name=shortcut: name in screen.fired(), f"the shortcut {shortcut}")
 
 
+def test_key_that_the_configuration_names_does_what_it_says(tv, screen, content, shelf):
+    tv.configure(keys={"F9": "XF86AudioPause", "p": "XF86AudioPause"})
+    shelf.video(content / "red.mp4", "red", seconds=8)
+    player = tv.start(folder=content)
+    screen.wait_for("red")
+    wait_until(lambda: screen.window()["focused"], "the keyboard at the player's window")
+    for key in ("F9", "p"):
+        here = player.log.position()
+        screen.key(key)
+        player.log.wait(r"KeyName=XF86AudioPause KeyEventType", after=here)
+        tv.press("XF86AudioPlay")
+        player.log.wait(r"KeyName=XF86AudioPlay KeyEventType", after=here)
+
+
 def test_compositor_gets_its_shortcuts_back_when_the_player_ends(screen, player):
     key, modifiers, _ = TYPED["launcher"]
     assert player.terminate() == 0

@@ -67,6 +67,12 @@ KeyTranslator::KeyTranslator()
     : down_(ecore_event_handler_prepend(ECORE_EVENT_KEY_DOWN, rename_key, nullptr)),
       up_(ecore_event_handler_prepend(ECORE_EVENT_KEY_UP, rename_key, nullptr))
 {
+    // A slip in tv.conf would otherwise show as a key that does nothing.
+    for (const auto &[typed, name] : Settings::get().keys) {
+        if (!is_tv_key_name(name))
+            PLATFORM_LOGW(SERVICE, "[keys] %s in tv.conf: the set has no key \"%s\"", typed.c_str(),
+                          name.c_str());
+    }
 }
 
 KeyTranslator::~KeyTranslator()

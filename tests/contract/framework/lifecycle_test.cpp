@@ -50,6 +50,16 @@ TEST_F(LifecycleTest, AnOrdinaryLifeLogsNoErrorLine)
                 AllOf(Not(HasSubstr("E/")), Not(HasSubstr("ERR<")), Not(HasSubstr("CRI<"))));
 }
 
+TEST_F(LifecycleTest, ConfiguredKeyThatTheSetDoesNotHaveIsWarnedOf)
+{
+    write_settings("[keys]\nF9 = XF86Bak\nF10 = XF86Back\n");
+    auto app = start_and_show();
+    app->say("quit");
+    EXPECT_EQ(app->finish(), 0);
+    EXPECT_THAT(app->errors(), HasSubstr("[keys] F9 in tv.conf: the set has no key \"XF86Bak\"\n"));
+    EXPECT_THAT(app->errors(), Not(HasSubstr("F10")));
+}
+
 TEST_F(LifecycleTest, ExtrasOfTheCommandLineArriveByteForByte)
 {
     auto app = start({"--folder_path", "/a\xff\xfe b\n%n<b>/", "--path_location", "usb",
