@@ -86,6 +86,23 @@ TEST_F(ListTest, ALongNameSlidesWhileItIsFocusedAndStopsWhenNot)
     EXPECT_EQ(view.part("MainText").x, start);
 }
 
+TEST_F(ListTest, TheEndsOfANameAreSoftOnlyWhileItSlides)
+{
+    Stage stage(1920, 1080);
+    PopupScene scene(stage.window(), "Demo", {"Off", long_name}, 1);
+    scene.show();
+    stage.settle();
+    const RowView view(scene.row(1));
+    const Eina_Rectangle room = view.part("text_room");
+    // The name sits on the white focus: beside its first letter there is nothing else.
+    const auto edge = [&] { return stage.pixel(room.x + room.w - 2, room.y + room.h / 2); };
+    EXPECT_TRUE(Stage::until([&] { return view.part("MainText").x < room.x - 100; }));
+    EXPECT_EQ(edge(), 0xffffffffu);
+    EXPECT_EQ(view.state("fade"), "sliding");
+    stage.press_key("Up");
+    EXPECT_EQ(view.state("fade"), "default");
+}
+
 TEST_F(ListTest, AShortNameStaysWhenFocused)
 {
     Stage stage(1920, 1080);
