@@ -13,6 +13,7 @@ With one or more of these, only the named suites run:
   --unit         the player against the recording platform, and the checks of the source tree
   --contract     each service of the Linux platform by itself
   --e2e          the real program in a real compositor, looked at from outside
+  --lint         clang-tidy and cppcheck over the sources
   --asan         the suites above (or, alone: all of them) in the build with sanitizers only
   --coverage     unit and contract tests in build-coverage/, and a report of the lines they reach
 
@@ -27,7 +28,7 @@ Logs and pictures of failed end-to-end tests are kept in out/e2e/.
 TEXT
 }
 
-unit=no contract=no e2e=no asan_only=no coverage=no install=yes
+unit=no contract=no e2e=no lint=no asan_only=no coverage=no install=yes
 expression=""
 jobs=$(nproc)
 while [ $# -gt 0 ]; do
@@ -35,6 +36,7 @@ while [ $# -gt 0 ]; do
         --unit) unit=yes ;;
         --contract) contract=yes ;;
         --e2e) e2e=yes ;;
+        --lint) lint=yes ;;
         --asan) asan_only=yes ;;
         --coverage) coverage=yes ;;
         --nightly)
@@ -52,8 +54,8 @@ while [ $# -gt 0 ]; do
 done
 case $jobs in '' | *[!0-9]* | 0) usage >&2; exit 2 ;; esac
 all=no
-if [ $unit$contract$e2e = nonono ]; then
-    unit=yes contract=yes e2e=yes all=yes
+if [ $unit$contract$e2e$lint = nononono ]; then
+    unit=yes contract=yes e2e=yes lint=yes all=yes
 fi
 
 if [ $install = yes ]; then
@@ -137,6 +139,9 @@ else
         checked=build
         [ $asan_only = no ] || checked=build-asan
         suite "Source tree" run_pytest $checked -q tests/tree
+    fi
+    if [ $lint = yes ] && [ $asan_only = no ] && [ -z "$expression" ]; then
+        suite "Lint" packaging/lint.sh build
     fi
     if [ $unit = yes ] || [ $contract = yes ]; then
         [ $asan_only = yes ] || suite "Unit and contract tests" run_ctest build
