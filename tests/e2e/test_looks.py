@@ -3,8 +3,10 @@
 import pytest
 
 from harness.content import picture
-from harness.options import open_options
+from harness.options import open_options, wait_focus_on_row
 from harness.player import DEMO_MODE
+from harness.screen import Recorder
+from harness.waiting import wait_until
 
 SIZES = [(1280, 720), (1920, 1080)]
 # Of the panel's states, with the quarter turns that set the screen upright again.
@@ -42,3 +44,34 @@ def test_looks(tv, screen, content, shelf, references, orientation, direction):
 
     tv.press("XF86ChannelGuide")
     references.check(f"toast-{suffix}", turned)
+
+
+def record_row(screen):
+    """Records the focused row: a checksum of each of its looks."""
+    left, top, right, bottom = wait_focus_on_row(screen)
+    # Not its outline, which is drawn over the moving picture.
+    return Recorder(lambda: hash(screen.picture()[top + 4:bottom - 4, left + 8:right - 8].tobytes()))
+
+
+def test_focused_name_that_fits_stands_still(tv, screen, content):
+    picture(content / "Harbour.jpg", "brown")
+    player = tv.start(folder=content)
+    screen.wait_for("brown")
+    open_options(screen, player)
+    with record_row(screen) as recorder:
+        # Longer than a long name waits before it slides.
+        wait_until(lambda: recorder.samples > 10 and recorder.elapsed() > 2.0, "two seconds of looks")
+    assert len(recorder.changes) == 1, "the name has moved"
+
+
+def test_focused_name_that_is_too_long_slides_to_its_end_and_comes_back(tv, screen, content):
+    picture(content / f"{LONG_NAME}.jpg", "brown")
+    player = tv.start(folder=content)
+    screen.wait_for("brown")
+    open_options(screen, player)
+    wait_focus_on_row(screen)
+    screen.key("Down")
+    with record_row(screen) as recorder:
+        wait_until(lambda: len(recorder.changes) > 10, "a name that slides")
+        first = recorder.changes[0][1]
+        wait_until(lambda: recorder.changes[-1][1] == first, "the name's beginning again")

@@ -74,6 +74,10 @@ class Recorder:
                 last = seen
             self._stop.wait(0.003)
 
+    def elapsed(self):
+        """Seconds since the first look."""
+        return time.monotonic() - self.changes[0][0] if self.changes else 0.0
+
     def names(self):
         """Everything recognised so far, in order, without the moments in which nothing was."""
         names = []
