@@ -294,6 +294,18 @@ TEST_F(MainWindowTest, TheFirstVisibilityStartsPlaybackOnce)
     EXPECT_THAT(fake_.lines(), LinesAre("I \"visibility changed 1\""));
 }
 
+TEST_F(MainWindowTest, AVisibilityDuringTheStartDoesNotStartAgain)
+{
+    activate();
+    make_video_player();
+    fill_play_list({"a.mp4"});
+    fake_.media.before_unprepare = [this] { fake_.widgets.change_visibility(1); };
+
+    fake_.widgets.change_visibility(1);
+
+    EXPECT_EQ(fake_.transcript.count("player_prepare_async"), 1);
+}
+
 TEST_F(MainWindowTest, ASecondControllerOfTheProcessDoesNotStartAgain)
 {
     activate();
