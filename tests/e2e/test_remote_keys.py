@@ -13,6 +13,8 @@ from harness.waiting import wait_until
 KEYS = "db/ostrel-demo-player-tv/"
 HANDLED = r"m_OnHandleEcorePipeCB\(\d+\) > EventID = 8,iParam1 = "
 PLAYS = r"OnPlay(Video|Photo)\(\d+\) > ."
+# A photo is left so soon that the event of its parsing meets the next one, which is not parsed yet.
+LEFT_TOO_SOON = r"DecodePicture\(\d+\) > $"
 # More than any hand can do in the time that a busy machine takes for it.
 MOST_KILOBYTES_MORE = 150_000
 
@@ -143,6 +145,7 @@ def test_hammered_next_key_ends_at_the_file_that_the_count_says(tv, screen, cont
     names = [name.rpartition(".")[0] for name in
              order_in(content, [".mp4", ".mkv"]) + order_in(content, [".jpg"])]
     player = tv.start(folder=content)
+    player.tolerate(LEFT_TOO_SOON)
     screen.wait_for(names[0])
     hammer(screen, player, "Right", 10, 30)
     screen.wait_for(names[0])
@@ -168,6 +171,7 @@ def test_held_key_ends_where_its_repetitions_say(screen, ball):
 
 def test_held_next_key_does_not_run_on_after_it_came_up(tv, screen, content, photos):
     player = tv.start(folder=content)
+    player.tolerate(LEFT_TOO_SOON)
     screen.wait_for(photos[0])
     here = player.log.position()
     with screen.held("Right"):
