@@ -107,7 +107,7 @@ def main():
         content = root / "content"
         content.mkdir()
         subprocess.run([build / "tools/sample_content/make-sample-content", "--only",
-                        "sunrise.mp4", "--seconds", "60", content],
+                        "sunrise.mp4", "--seconds", "20", content],
                        check=True, stdout=subprocess.DEVNULL)
         (root / "screen").mkdir()
         screen = Screen(str(root / "screen"), width, height)
