@@ -121,7 +121,7 @@ std::string selection(const Status &status)
         return "off";
     if (entry == 0)
         return "play all";
-    const std::string number = "only number " + std::to_string(entry);
+    std::string number = "only number " + std::to_string(entry);
     const auto index = static_cast<size_t>(entry - 1);
     if (!status.list || status.list->portrait != (status.panel.angle % 180 != 0))
         return number;

@@ -36,7 +36,7 @@ class JpegFile {
 
   private:
     int fd_ = -1;
-    std::array<uint8_t, 64 * 1024> piece_;
+    std::array<uint8_t, size_t{64} * 1024> piece_;
 };
 
 } // namespace platform

@@ -203,7 +203,7 @@ void Rehearsal::on_language(void *data, Evas_Object *, void *)
 Eina_Bool Rehearsal::on_time(void *data)
 {
     auto *self = static_cast<Rehearsal *>(data);
-    self->timer_.release();
+    static_cast<void>(self->timer_.release()); // it goes by itself
     self->idler_.reset(ecore_idler_add(on_idle, data));
     return ECORE_CALLBACK_CANCEL;
 }
@@ -213,7 +213,7 @@ Eina_Bool Rehearsal::on_idle(void *data)
     auto *self = static_cast<Rehearsal *>(data);
     if (self->step())
         return ECORE_CALLBACK_RENEW;
-    self->idler_.release();
+    static_cast<void>(self->idler_.release()); // it goes by itself
     self->stop();
     return ECORE_CALLBACK_CANCEL;
 }

@@ -98,7 +98,7 @@ void COstrelDemoPlayer::m_AppendPopupRows(Elm_Genlist_Item_Class *pItemClass)
         auto pCopy = std::make_unique<stItemData>(stItem);
         if (elm_velt_genlist_item_append(m_pGenlist, pItemClass, pCopy.get(), nullptr,
                                          ELM_GENLIST_ITEM_NONE, nullptr, this) != nullptr)
-            pCopy.release();
+            static_cast<void>(pCopy.release());
     }
 }
 

@@ -132,7 +132,7 @@ std::string COstrelDemoUtil::CombinateString(std::string strFormat, std::string 
 
 std::string COstrelDemoUtil::GetDefaultPath()
 {
-    const std::string strPath = std::string(DEFAULT_FOLDER) + "/";
+    std::string strPath = std::string(DEFAULT_FOLDER) + "/";
     DIR *pDirectory = opendir(strPath.c_str());
     if (pDirectory == nullptr)
         return "";
