@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "platform.h"
+#include "set_keys.h"
 
 namespace {
 
@@ -15,58 +16,6 @@ fake::Platform &the_fake()
 {
     return fake::platform();
 }
-
-// Every key of the set: those that the set keeps and those that the player uses.
-constexpr const char *ALL_KEYS[] = {
-    "XF86PowerOff",
-    "XF86AudioRaiseVolume",
-    "XF86AudioLowerVolume",
-    "XF86AudioMute",
-    "XF86Home",
-    "XF86Display",
-    "XF86SysMenu",
-    "XF86Exit",
-    "XF86Ambient",
-    "XF86PanelUp",
-    "XF86PanelDown",
-    "XF86PanelPlus",
-    "XF86PanelMinus",
-    "XF86Netflix",
-    "XF86Amazon",
-    "XF86WWW",
-    "XF86LaunchApp1",
-    "XF86LaunchApp2",
-    "XF86KeyTVPlus",
-    "XF86KeyRotatePanel",
-    "XF86KeyAod",
-    "XF86MultiView",
-    "XF86KeyGlobo",
-    "XF86KeyGraphicZoom",
-    "XF86Disney",
-    "XF86Tving",
-    "XF86VirtualOption",
-    "XF86AndroidMenu",
-    "XF86PanelEnter",
-    "XF86Back",
-    "Return",
-    "XF86AudioPlay",
-    "XF86AudioPause",
-    "XF86AudioStop",
-    "XF86PlayBack",
-    "XF86PlayBackGame",
-    "XF86AudioRewind",
-    "XF86AudioNext",
-    "XF86PreviousChapter",
-    "Left",
-    "XF86NextChapter",
-    "Right",
-    "XF86Color",
-    "XF86More",
-    "XF86RaiseChannel",
-    "XF86LowerChannel",
-    "XF86ChannelGuide",
-    "Up",
-};
 
 } // namespace
 
@@ -90,12 +39,17 @@ void KeyRouter_Add_All_Key(int mode, KeyRouter_KeyList *list)
     the_fake().call("KeyRouter_Add_All_Key", mode);
     EXPECT_EQ(the_fake().keys.reset_lists.count(list), 1U) << "a key list that was never reset";
     list->count = 0;
-    for (const char *name : ALL_KEYS) {
+    const auto add = [&](const char *name) {
         KeyRouter_Key &key = list->keys[list->count++];
         std::strncpy(key.name, name, sizeof key.name - 1);
         key.name[sizeof key.name - 1] = '\0';
         key.mode = mode;
-    }
+    };
+    for (const char *name : set_keys::PASSED_ON)
+        add(name);
+    for (const set_keys::Key &key : set_keys::USED)
+        add(key.name);
+    add("Up"); // a key of the set that is on neither list
 }
 
 bool KeyRouter_Remove_Key(const char *name, int mode, KeyRouter_KeyList *list)

@@ -1,4 +1,5 @@
 #include "player_test.h"
+#include "set_keys.h"
 
 using testing::ElementsAre;
 
@@ -15,38 +16,11 @@ class RemoteKeyCallbacksTest : public PlayerTest {
     }
 };
 
-struct NamedKey {
-    const char *name;
-    int type;
-};
+using NamedKey = set_keys::Key;
 
-// Every name of the table, and some beside it; null for a key without a name.
-constexpr NamedKey KEYS[] = {
-    {"XF86Back", 0},
-    {"Return", 1},
-    {"XF86AudioPlay", 2},
-    {"XF86AudioPause", 3},
-    {"XF86AudioStop", 4},
-    {"XF86PlayBack", 5},
-    {"XF86PlayBackGame", 6},
-    {"XF86AudioRewind", 7},
-    {"XF86AudioNext", 8},
-    {"XF86PreviousChapter", 9},
-    {"Left", 9},
-    {"XF86NextChapter", 10},
-    {"Right", 10},
-    {"XF86Color", 12},
-    {"XF86More", 12},
-    {"XF86PanelEnter", 13},
-    {"XF86RaiseChannel", 14},
-    {"XF86LowerChannel", 15},
-    {"XF86ChannelGuide", 16},
-    {"XF86Unheard", 17},
-    {"return", 17},
-    {"KP_Enter", 17},
-    {"Up", 17},
-    {"", 17},
-    {nullptr, 17},
+// Names beside the table; null for a key without a name.
+constexpr NamedKey OTHER_KEYS[] = {
+    {"XF86Unheard", 17}, {"return", 17}, {"KP_Enter", 17}, {"Up", 17}, {"", 17}, {nullptr, 17},
 };
 
 class NamedKeyTest : public RemoteKeyCallbacksTest, public testing::WithParamInterface<NamedKey> {
@@ -139,7 +113,8 @@ TEST_P(NamedKeyTest, OnTheListOnlyReturnChoosesTheRow)
     EXPECT_EQ(fake_.all(), expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(Keys, NamedKeyTest, testing::ValuesIn(KEYS));
+INSTANTIATE_TEST_SUITE_P(Used, NamedKeyTest, testing::ValuesIn(set_keys::USED));
+INSTANTIATE_TEST_SUITE_P(Others, NamedKeyTest, testing::ValuesIn(OTHER_KEYS));
 
 TEST_F(RemoteKeyCallbacksTest, AMissingKeyRecordOnlyLogs)
 {

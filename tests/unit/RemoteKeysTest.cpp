@@ -9,63 +9,14 @@
 #include "lines.h"
 #include "platform.h"
 #include "player/util/OstrelDemoUtil.h"
+#include "set_keys.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
 
-// The keys that the set keeps, in the order in which they are taken out of the list.
-const std::vector<std::string> PASSED_ON = {"XF86PowerOff",
-                                            "XF86AudioRaiseVolume",
-                                            "XF86AudioLowerVolume",
-                                            "XF86AudioMute",
-                                            "XF86Home",
-                                            "XF86Display",
-                                            "XF86SysMenu",
-                                            "XF86Exit",
-                                            "XF86Ambient",
-                                            "XF86PanelUp",
-                                            "XF86PanelDown",
-                                            "XF86PanelPlus",
-                                            "XF86PanelMinus",
-                                            "XF86Netflix",
-                                            "XF86Amazon",
-                                            "XF86WWW",
-                                            "XF86LaunchApp1",
-                                            "XF86LaunchApp2",
-                                            "XF86KeyTVPlus",
-                                            "XF86KeyRotatePanel",
-                                            "XF86KeyAod",
-                                            "XF86MultiView",
-                                            "XF86KeyGlobo",
-                                            "XF86KeyGraphicZoom",
-                                            "XF86Disney",
-                                            "XF86Tving",
-                                            "XF86VirtualOption",
-                                            "XF86AndroidMenu"};
-
-using KeyPair = std::pair<const char *, int>;
-
-constexpr KeyPair KEY_TYPES[] = {{"XF86Back", 0},
-                                 {"Return", 1},
-                                 {"XF86AudioPlay", 2},
-                                 {"XF86AudioPause", 3},
-                                 {"XF86AudioStop", 4},
-                                 {"XF86PlayBack", 5},
-                                 {"XF86PlayBackGame", 6},
-                                 {"XF86AudioRewind", 7},
-                                 {"XF86AudioNext", 8},
-                                 {"Left", 9},
-                                 {"Right", 10},
-                                 {"XF86PreviousChapter", 9},
-                                 {"XF86NextChapter", 10},
-                                 {"XF86Color", 12},
-                                 {"XF86More", 12},
-                                 {"XF86PanelEnter", 13},
-                                 {"XF86RaiseChannel", 14},
-                                 {"XF86LowerChannel", 15},
-                                 {"XF86ChannelGuide", 16}};
+using set_keys::PASSED_ON;
 
 class RemoteKeysTest : public testing::Test {
   protected:
@@ -175,7 +126,7 @@ TEST_P(RegistrationTest, AFailureIsLoggedAndTheRegistrationGoesOn)
     Lines expected = connection_lines(true, true, "7");
     expected.insert(expected.end(), {"KeyRouter_Reset_KeyList()", "KeyRouter_Add_All_Key(5)"});
     int number = 0;
-    for (const std::string &name : PASSED_ON) {
+    for (const std::string name : PASSED_ON) {
         expected.push_back("KeyRouter_Remove_Key(\"" + name + "\", 5)");
         if (++number == failing)
             expected.push_back("E \"remove Key " + name + " failed\"");
@@ -203,7 +154,7 @@ TEST_P(RegistrationTest, AFailureIsLoggedAndTheRegistrationGoesOn)
 
     EXPECT_EQ(fake_.all(), expected);
     const size_t grabbed = failing == LIST_FAILS ? 0U : 1U;
-    for (size_t i = 0; i < PASSED_ON.size(); ++i)
+    for (size_t i = 0; i < std::size(PASSED_ON); ++i)
         EXPECT_EQ(fake_.keys.grabbed.count(PASSED_ON[i]), static_cast<int>(i) + 1 == failing)
             << PASSED_ON[i];
     EXPECT_EQ(fake_.keys.grabbed.count("XF86PanelEnter"),
@@ -222,7 +173,7 @@ TEST_F(RemoteKeysTest, EveryFailedRemovalIsLogged)
 
     Lines expected = connection_lines(true, true, "7");
     expected.insert(expected.end(), {"KeyRouter_Reset_KeyList()", "KeyRouter_Add_All_Key(5)"});
-    for (const std::string &name : PASSED_ON) {
+    for (const std::string name : PASSED_ON) {
         expected.push_back("KeyRouter_Remove_Key(\"" + name + "\", 5)");
         expected.push_back("E \"remove Key " + name + " failed\"");
     }
@@ -251,11 +202,11 @@ TEST_F(RemoteKeysTest, EveryKeyOfThePlayerIsGrabbedForItAlone)
 
     COstrelDemoUtil::RegisterKeys(surface());
 
-    for (const KeyPair &key : KEY_TYPES) {
-        ASSERT_EQ(fake_.keys.grabbed.count(key.first), 1U) << key.first;
-        EXPECT_EQ(fake_.keys.grabbed[key.first], 5) << key.first;
+    for (const set_keys::Key &key : set_keys::USED) {
+        ASSERT_EQ(fake_.keys.grabbed.count(key.name), 1U) << key.name;
+        EXPECT_EQ(fake_.keys.grabbed[key.name], 5) << key.name;
     }
-    for (const std::string &name : PASSED_ON)
+    for (const std::string name : PASSED_ON)
         EXPECT_EQ(fake_.keys.grabbed.count(name), 0U) << name;
 }
 
@@ -289,18 +240,18 @@ TEST_F(RemoteKeysTest, UnregisteringWithoutASurfaceOnlyEndsTheVirtualKeys)
 
 // ---- GetKeyType ----
 
-class KeyTypeTest : public RemoteKeysTest, public testing::WithParamInterface<KeyPair> {};
+class KeyTypeTest : public RemoteKeysTest, public testing::WithParamInterface<set_keys::Key> {};
 
 TEST_P(KeyTypeTest, TheNameYieldsItsType)
 {
-    EXPECT_EQ(COstrelDemoUtil::GetKeyType(GetParam().first), GetParam().second);
+    EXPECT_EQ(COstrelDemoUtil::GetKeyType(GetParam().name), GetParam().type);
 
-    EXPECT_THAT(fake_.all(), LinesAre(std::string("I \"") + GetParam().first + "\""));
+    EXPECT_THAT(fake_.all(), LinesAre(std::string("I \"") + GetParam().name + "\""));
 }
 
 TEST_P(KeyTypeTest, TheComparisonIsExact)
 {
-    const std::string name = GetParam().first;
+    const std::string name = GetParam().name;
     std::string lower = name;
     for (char &character : lower)
         character = static_cast<char>(std::tolower(character));
@@ -310,11 +261,11 @@ TEST_P(KeyTypeTest, TheComparisonIsExact)
     EXPECT_EQ(COstrelDemoUtil::GetKeyType(name.substr(1).c_str()), 17);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, KeyTypeTest, testing::ValuesIn(KEY_TYPES));
+INSTANTIATE_TEST_SUITE_P(All, KeyTypeTest, testing::ValuesIn(set_keys::USED));
 
 TEST_F(RemoteKeysTest, ThereAreNineteenKeyNames)
 {
-    EXPECT_EQ(std::size(KEY_TYPES), 19U);
+    EXPECT_EQ(std::size(set_keys::USED), 19U);
 }
 
 TEST_F(RemoteKeysTest, UnknownNamesYieldSeventeen)
@@ -322,7 +273,7 @@ TEST_F(RemoteKeysTest, UnknownNamesYieldSeventeen)
     EXPECT_EQ(COstrelDemoUtil::GetKeyType(""), 17);
     EXPECT_EQ(COstrelDemoUtil::GetKeyType("a"), 17);
     EXPECT_EQ(COstrelDemoUtil::GetKeyType("XF86Unheard"), 17);
-    for (const std::string &name : PASSED_ON)
+    for (const std::string name : PASSED_ON)
         EXPECT_EQ(COstrelDemoUtil::GetKeyType(name.c_str()), 17) << name;
 }
 
@@ -335,9 +286,9 @@ TEST_F(RemoteKeysTest, ANullNameYieldsSeventeen)
 
 TEST_F(RemoteKeysTest, NoNameYieldsEleven)
 {
-    for (const KeyPair &key : KEY_TYPES)
-        EXPECT_NE(COstrelDemoUtil::GetKeyType(key.first), 11) << key.first;
-    for (const std::string &name : PASSED_ON)
+    for (const set_keys::Key &key : set_keys::USED)
+        EXPECT_NE(COstrelDemoUtil::GetKeyType(key.name), 11) << key.name;
+    for (const std::string name : PASSED_ON)
         EXPECT_NE(COstrelDemoUtil::GetKeyType(name.c_str()), 11) << name;
 }
 

@@ -9,34 +9,13 @@
 #include <gmock/gmock.h>
 
 #include "key_router/key_names.h"
+#include "set_keys.h"
 #include "store_support/scratch.h"
 
 namespace platform {
 namespace {
 
 const std::map<std::string, std::string> NOTHING;
-
-const std::set<std::string> PLAYER_KEYS = {
-    "XF86Back",
-    "Return",
-    "XF86AudioPlay",
-    "XF86AudioPause",
-    "XF86AudioStop",
-    "XF86PlayBack",
-    "XF86PlayBackGame",
-    "XF86AudioRewind",
-    "XF86AudioNext",
-    "Left",
-    "Right",
-    "XF86PreviousChapter",
-    "XF86NextChapter",
-    "XF86Color",
-    "XF86More",
-    "XF86PanelEnter",
-    "XF86RaiseChannel",
-    "XF86LowerChannel",
-    "XF86ChannelGuide",
-};
 
 TEST(KeyNamesTest, TheSetHasEachKeyOnceAndItFitsAKeyList)
 {
@@ -56,9 +35,9 @@ TEST(KeyNamesTest, TranslationsLeadToKeysOfTheSet)
 
 TEST(KeyNamesTest, ThePlayersOwnKeysAreNeverRenamed)
 {
-    for (const std::string &name : PLAYER_KEYS) {
-        EXPECT_TRUE(is_tv_key_name(name)) << name;
-        EXPECT_EQ(translate_key(name.c_str(), name.c_str(), NOTHING), nullptr) << name;
+    for (const set_keys::Key &key : set_keys::USED) {
+        EXPECT_TRUE(is_tv_key_name(key.name)) << key.name;
+        EXPECT_EQ(translate_key(key.name, key.name, NOTHING), nullptr) << key.name;
     }
 }
 
@@ -165,8 +144,8 @@ TEST(StaffTableTest, EveryKeyOfThePlayerCanBeTypedAsTheReadmeSays)
                 << name << " is not typed by any key of its line: " << row.text;
         }
     }
-    for (const std::string &name : PLAYER_KEYS)
-        EXPECT_EQ(reached.count(name), 1u) << name << " is missing in the README";
+    for (const set_keys::Key &key : set_keys::USED)
+        EXPECT_EQ(reached.count(key.name), 1u) << key.name << " is missing in the README";
 }
 
 TEST(StaffTableTest, NoKeyOfTheReadmeDoesSomethingElseThanItsLineSays)

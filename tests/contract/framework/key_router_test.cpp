@@ -7,39 +7,9 @@
 #include <gtest/gtest.h>
 
 #include "key_router.h"
+#include "set_keys.h"
 
 namespace {
-
-constexpr const char *PASS_ON_KEYS[] = {
-    "XF86PowerOff",
-    "XF86AudioRaiseVolume",
-    "XF86AudioLowerVolume",
-    "XF86AudioMute",
-    "XF86Home",
-    "XF86Display",
-    "XF86SysMenu",
-    "XF86Exit",
-    "XF86Ambient",
-    "XF86PanelUp",
-    "XF86PanelDown",
-    "XF86PanelPlus",
-    "XF86PanelMinus",
-    "XF86Netflix",
-    "XF86Amazon",
-    "XF86WWW",
-    "XF86LaunchApp1",
-    "XF86LaunchApp2",
-    "XF86KeyTVPlus",
-    "XF86KeyRotatePanel",
-    "XF86KeyAod",
-    "XF86MultiView",
-    "XF86KeyGlobo",
-    "XF86KeyGraphicZoom",
-    "XF86Disney",
-    "XF86Tving",
-    "XF86VirtualOption",
-    "XF86AndroidMenu",
-};
 
 class KeyListTest : public testing::Test {
   protected:
@@ -70,7 +40,7 @@ TEST_F(KeyListTest, AllKeysHoldTheModeAndEveryKeyThatIsPassedOn)
     KeyRouter_Add_All_Key(KEY_ROUTER_MODE_EXCLUSIVE, list_.get());
     for (int i = 0; i < list_->count; ++i)
         EXPECT_EQ(list_->keys[i].mode, KEY_ROUTER_MODE_EXCLUSIVE);
-    for (const char *name : PASS_ON_KEYS)
+    for (const char *name : set_keys::PASSED_ON)
         EXPECT_EQ(names().count(name), 1u) << name;
     EXPECT_EQ(names().count("XF86PanelEnter"), 1u);
 }
@@ -79,7 +49,7 @@ TEST_F(KeyListTest, ARemovedKeyIsGoneAndTheOthersStay)
 {
     KeyRouter_Add_All_Key(5, list_.get());
     const int all = list_->count;
-    for (const char *name : PASS_ON_KEYS)
+    for (const char *name : set_keys::PASSED_ON)
         EXPECT_TRUE(KeyRouter_Remove_Key(name, 5, list_.get())) << name;
     EXPECT_EQ(list_->count, all - 28);
     EXPECT_EQ(names().count("XF86Home"), 0u);

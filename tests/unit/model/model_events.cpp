@@ -3,6 +3,7 @@
 #include <map>
 
 #include "model.h"
+#include "set_keys.h"
 
 namespace model {
 
@@ -12,27 +13,11 @@ namespace {
 
 int key_type(const std::string &name)
 {
-    const std::map<std::string, int> types = {{"XF86Back", 0},
-                                              {"Return", 1},
-                                              {"XF86AudioPlay", 2},
-                                              {"XF86AudioPause", 3},
-                                              {"XF86AudioStop", 4},
-                                              {"XF86PlayBack", 5},
-                                              {"XF86PlayBackGame", 6},
-                                              {"XF86AudioRewind", 7},
-                                              {"XF86AudioNext", 8},
-                                              {"XF86PreviousChapter", 9},
-                                              {"Left", 9},
-                                              {"XF86NextChapter", 10},
-                                              {"Right", 10},
-                                              {"XF86Color", 12},
-                                              {"XF86More", 12},
-                                              {"XF86PanelEnter", 13},
-                                              {"XF86RaiseChannel", 14},
-                                              {"XF86LowerChannel", 15},
-                                              {"XF86ChannelGuide", 16}};
-    const auto found = types.find(name);
-    return found == types.end() ? 17 : found->second;
+    for (const set_keys::Key &key : set_keys::USED) {
+        if (name == key.name)
+            return key.type;
+    }
+    return 17;
 }
 
 } // namespace

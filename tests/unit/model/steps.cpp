@@ -1,4 +1,5 @@
 #include "steps.h"
+#include "set_keys.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -133,29 +134,12 @@ const std::vector<std::string> &functions_that_fail()
 
 const std::vector<std::string> &key_names()
 {
-    static const std::vector<std::string> names = {
-        "XF86Back",
-        "Return",
-        "XF86AudioPlay",
-        "XF86AudioPause",
-        "XF86AudioStop",
-        "XF86PlayBack",
-        "XF86PlayBackGame",
-        "XF86AudioRewind",
-        "XF86AudioNext",
-        "Left",
-        "XF86PreviousChapter",
-        "Right",
-        "XF86NextChapter",
-        "XF86Color",
-        "XF86More",
-        "XF86PanelEnter",
-        "XF86RaiseChannel",
-        "XF86LowerChannel",
-        "XF86ChannelGuide",
-        "Up",
-        "return",
-    };
+    static const std::vector<std::string> names = [] {
+        std::vector<std::string> all = {"Up", "return"};
+        for (const set_keys::Key &key : set_keys::USED)
+            all.emplace_back(key.name);
+        return all;
+    }();
     return names;
 }
 
