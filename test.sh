@@ -114,9 +114,11 @@ run_pytest() {
     local directory=$1
     shift
     [ -z "$expression" ] || set -- "$@" -k "$expression"
+    # The directory is one word with its option: pytest learns of the option only from our conftest,
+    # and takes a word of its own for a place to look for tests.
     # A -k that fits no end-to-end test is no failure when it was meant for the other suites.
     local status=0
-    /usr/bin/python3 -m pytest -p no:cacheprovider -n "$jobs" --build-dir "$directory" "$@" || status=$?
+    /usr/bin/python3 -m pytest -p no:cacheprovider -n "$jobs" "--build-dir=$directory" "$@" || status=$?
     [ $status -eq 0 ] || { [ $status -eq 5 ] && [ -n "$expression" ] && [ $all = yes ]; }
 }
 
