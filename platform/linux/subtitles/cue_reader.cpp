@@ -25,8 +25,8 @@ constexpr int64_t latest_ms = int64_t{48} * 3600 * 1000;
 
 // A demo folder is filled by strangers: these bounds keep a file from stalling the picture.
 constexpr size_t most_events = 100000;
-constexpr size_t longest_plain = 4 * 1024;
-constexpr size_t longest_styled = 64 * 1024;
+constexpr size_t longest_plain = size_t{4} * 1024;
+constexpr size_t longest_styled = size_t{64} * 1024;
 constexpr size_t most_at_once_plain = 8;
 constexpr size_t most_at_once_styled = 256;
 
@@ -155,7 +155,7 @@ std::vector<std::string> candidates(const std::string &text, const std::string &
             result.push_back(name);
     };
 
-    std::string start = text.substr(0, 32 * 1024);
+    std::string start = text.substr(0, size_t{32} * 1024);
     const auto length = static_cast<int>(start.size());
     start.resize(start.size() + AVPROBE_PADDING_SIZE);
     AVProbeData probe = {};

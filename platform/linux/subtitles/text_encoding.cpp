@@ -144,7 +144,7 @@ std::string guess_legacy_encoding(const std::string &bytes)
         return "WINDOWS-1252";
     uchardet_handle_data(detector.get(), bytes.data(), std::min<size_t>(bytes.size(), 1u << 20));
     uchardet_data_end(detector.get());
-    const std::string found = uchardet_get_charset(detector.get());
+    std::string found = uchardet_get_charset(detector.get());
 
     // Files that call themselves by the standard's name are mostly written in the vendor's
     // superset.
