@@ -63,8 +63,10 @@ std::string start_command(const std::map<std::string, std::string> &extras)
     std::string command = "ostrel-demo-player-tv";
     for (const auto &[name, value] : extras) {
         const bool option = std::find(OPTIONS.begin(), OPTIONS.end(), name) != OPTIONS.end();
-        command += option ? " --" : " --extra ";
-        command += option ? name + " " + quoted(value) : quoted(name + "=" + value);
+        if (option)
+            command.append(" --").append(name).append(" ").append(quoted(value));
+        else
+            command.append(" --extra ").append(quoted(name + "=" + value));
     }
     return command;
 }
