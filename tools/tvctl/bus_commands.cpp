@@ -63,10 +63,13 @@ std::string start_command(const std::map<std::string, std::string> &extras)
     std::string command = "ostrel-demo-player-tv";
     for (const auto &[name, value] : extras) {
         const bool option = std::find(OPTIONS.begin(), OPTIONS.end(), name) != OPTIONS.end();
-        if (option)
+        if (option) {
             command.append(" --").append(name).append(" ").append(quoted(value));
-        else
-            command.append(" --extra ").append(quoted(name + "=" + value));
+            continue;
+        }
+        std::string extra = name;
+        extra.append("=").append(value);
+        command.append(" --extra ").append(quoted(extra));
     }
     return command;
 }
