@@ -1,6 +1,9 @@
 // The real services, with files that really play and show.
 
+#include <memory>
+
 #include <Ecore.h>
+#include <gtest/gtest.h>
 
 #include "config_store.h"
 #include "media_player/clips.h"
@@ -41,16 +44,34 @@ class Place {
         store_test::write_file(path("broken.jpg"), "this is no photo");
     }
 
+    ~Place() { ecore_shutdown(); }
+    Place(const Place &) = delete;
+    Place &operator=(const Place &) = delete;
+
     std::string path(const std::string &name) const { return scratch_ / name; }
 
   private:
     store_test::ScratchDir scratch_;
 };
 
-Place &place()
+/** Has the place for as long as tests run, so that nothing of it is left when leaks are counted. */
+class PlaceKeeper : public testing::Environment {
+  public:
+    void SetUp() override { place_ = std::make_unique<Place>(); }
+    void TearDown() override { place_.reset(); }
+    const Place &place() const { return *place_; }
+
+  private:
+    std::unique_ptr<Place> place_;
+};
+
+// Owned by GoogleTest.
+const auto *const keeper =
+    static_cast<PlaceKeeper *>(testing::AddGlobalTestEnvironment(new PlaceKeeper));
+
+const Place &place()
 {
-    static Place the_place;
-    return the_place;
+    return keeper->place();
 }
 
 std::vector<std::string> plugged;
@@ -59,7 +80,6 @@ std::vector<std::string> plugged;
 
 void begin()
 {
-    place();
     platform::PictureDisplay::get().use(platform::VideoPlane::offscreen(160, 90));
 }
 
