@@ -34,6 +34,8 @@ def demo(source_dir, tmp_path, request):
                 [os.path.join(source_dir, "demo.sh"), "--no-install", "--out",
                  str(tmp_path / "out"), *arguments],
                 stdin=subprocess.DEVNULL, stdout=log, stderr=log, start_new_session=True,
+                # A run in the background ignores Ctrl-C, and its children would as well.
+                preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_DFL),
                 env={**kept, **desktop, "LANG": "C.UTF-8", "TMPDIR": str(scratch),
                      "OSTREL_E2E_MARK": mark}))
         return started[-1]

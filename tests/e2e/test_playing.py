@@ -147,6 +147,8 @@ def test_open_files_stay_few_over_many_items(tv, screen, content, shelf):
     shelf.video(content / "green.mkv", "green")
     picture(content / "blue.jpg", "blue")
     player = tv.start(folder=content)
+    # Fonts of the options stay open from here on.
+    player.log.wait("popup and toast are ready")
     counts = []
     for _ in range(8):
         for name in expected_order(content):
