@@ -6,7 +6,6 @@ import os
 import shutil
 import subprocess
 import sys
-import tempfile
 
 import pytest
 
@@ -15,7 +14,7 @@ sys.path.insert(0, os.path.dirname(__file__))
 from harness.content import VideoShelf  # noqa: E402
 from harness.player import Tv  # noqa: E402
 from harness.references import References  # noqa: E402
-from harness.screen import Screen  # noqa: E402
+from harness.screen import Screen, lit  # noqa: E402
 
 SOURCE_DIR = os.path.realpath(os.path.join(os.path.dirname(__file__), "..", ".."))
 
@@ -31,14 +30,8 @@ def pytest_runtest_makereport(item, call):
 @pytest.fixture
 def screen(request):
     """A landscape panel with nothing on it; its size may be given as the fixture's parameter."""
-    # Sockets need short paths, which pytest's own temporary folders are not.
-    folder = tempfile.mkdtemp(prefix="tv-")
-    panel = Screen(folder, *getattr(request, "param", ()))
-    try:
-        yield panel.start()
-    finally:
-        panel.stop()
-        shutil.rmtree(folder, ignore_errors=True)
+    with lit(lambda folder: Screen(folder, *getattr(request, "param", ()))) as panel:
+        yield panel
 
 
 @pytest.fixture

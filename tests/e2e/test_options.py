@@ -109,12 +109,8 @@ def test_click_on_off_ends_the_demo(tv, screen, player):
     assert tv.config(DEMO_MODE) == -1
 
 
-def test_play_all_chosen_over_a_photo_goes_on_with_the_slide_show(tv, screen, content):
-    for colour in ("red", "green"):
-        picture(content / f"{colour}.jpg", colour)
-    first, second = [name.removesuffix(".jpg") for name in order_in(content, [".jpg"])]
-    player = tv.start(folder=content, **tv.timers(5, above=4))
-    screen.wait_for(first)
+def choose_a_file_and_play_all_again(tv, screen, player):
+    """Returns where the log stood before the second choice."""
     open_options(screen, player)
     wait_focus_on_row(screen)
     screen.key("Down", "Return")
@@ -125,6 +121,16 @@ def test_play_all_chosen_over_a_photo_goes_on_with_the_slide_show(tv, screen, co
     here = player.log.position()
     screen.key("Up", "Return")
     tv.wait_config(DEMO_MODE, 0)
+    return here
+
+
+def test_play_all_chosen_over_a_photo_goes_on_with_the_slide_show(tv, screen, content):
+    for colour in ("red", "green"):
+        picture(content / f"{colour}.jpg", colour)
+    first, second = [name.removesuffix(".jpg") for name in order_in(content, [".jpg"])]
+    player = tv.start(folder=content, **tv.timers(5, above=4))
+    screen.wait_for(first)
+    here = choose_a_file_and_play_all_again(tv, screen, player)
     player.log.wait(PLAYS_PHOTO + rf"*/{second}\.jpg", after=here)
     screen.wait_for(second)
     screen.wait_for(first)
@@ -133,16 +139,7 @@ def test_play_all_chosen_over_a_photo_goes_on_with_the_slide_show(tv, screen, co
 def test_play_all_chosen_over_a_video_lets_it_play_on(tv, screen, content, two_videos):
     player = tv.start(folder=content)
     screen.wait_for(two_videos[0])
-    open_options(screen, player)
-    wait_focus_on_row(screen)
-    screen.key("Down", "Return")
-    tv.wait_config(DEMO_MODE, 1)
-    player.log.wait("m_OnDestroyPopTimerCB")
-    open_options(screen, player)
-    wait_focus_on_row(screen)
-    here = player.log.position()
-    screen.key("Up", "Return")
-    tv.wait_config(DEMO_MODE, 0)
+    here = choose_a_file_and_play_all_again(tv, screen, player)
     wait_closed(screen, player, here, two_videos[:1])
     assert not player.log.find_all(PLAYS_VIDEO, after=here)
 

@@ -1,11 +1,9 @@
 """Compositors that let a window have all the keys, and keep the screen on: nothing that customers
 type reaches anything but the demo, and the picture never goes away by itself."""
 
-import shutil
-import tempfile
-
 import pytest
 
+from harness.screen import lit
 from harness.sway import SwayScreen
 from harness.waiting import wait_until
 
@@ -26,13 +24,8 @@ TYPED = {
 
 @pytest.fixture
 def screen():
-    folder = tempfile.mkdtemp(prefix="tv-")
-    panel = SwayScreen(folder, SHORTCUTS)
-    try:
-        yield panel.start()
-    finally:
-        panel.stop()
-        shutil.rmtree(folder, ignore_errors=True)
+    with lit(lambda folder: SwayScreen(folder, SHORTCUTS)) as panel:
+        yield panel
 
 
 @pytest.fixture

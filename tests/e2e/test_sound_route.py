@@ -15,14 +15,23 @@ def server(tv):
     sound.stop()
 
 
-def test_sound_output_key_moves_the_sound_between_the_two_outputs(
-        tv, screen, content, shelf, server):
-    tv.configure(sound={"external_sink": "headphones"})
-    shelf.video(content / "red.mp4", "red", seconds=20)
-    player = tv.start(folder=content, OSTREL_DEMO_AUDIO_SINK="pulsesink")
-    screen.wait_for("red")
-    wait_until(lambda: server.playing_on() == ["speakers"], "the video's sound in the speakers")
+@pytest.fixture
+def start(tv, screen, content, shelf, server):
+    """Starts the player on a set whose other output is the sink named."""
+    def begin(external_sink):
+        tv.configure(sound={"external_sink": external_sink})
+        shelf.video(content / "red.mp4", "red", seconds=20)
+        player = tv.start(folder=content, OSTREL_DEMO_AUDIO_SINK="pulsesink")
+        screen.wait_for("red")
+        wait_until(lambda: server.playing_on() == ["speakers"],
+                   "the video's sound in the speakers")
+        return player
 
+    return begin
+
+
+def test_sound_output_key_moves_the_sound_between_the_two_outputs(screen, server, start):
+    player = start("headphones")
     screen.key("o")
     assert player.log.wait(KEY_HANDLED).groups() == ("0", "8")
     wait_until(lambda: server.playing_on() == ["headphones"], "the sound in the headphones")
@@ -35,13 +44,9 @@ def test_sound_output_key_moves_the_sound_between_the_two_outputs(
     assert screen.shown() == "red"
 
 
-def test_sound_stays_where_it_is_when_the_other_output_is_missing(
-        tv, screen, content, shelf, server):
-    tv.configure(sound={"external_sink": "unplugged"})
-    shelf.video(content / "red.mp4", "red", seconds=20)
-    player = tv.start(folder=content, OSTREL_DEMO_AUDIO_SINK="pulsesink")
+def test_sound_stays_where_it_is_when_the_other_output_is_missing(screen, server, start):
+    player = start("unplugged")
     player.tolerate("select speaker failed")
-    wait_until(lambda: server.playing_on() == ["speakers"], "the video's sound in the speakers")
     screen.key("o")
     player.log.wait("select speaker failed")
     assert server.playing_on() == ["speakers"] and server.default_sink() == "speakers"

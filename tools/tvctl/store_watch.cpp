@@ -1,13 +1,12 @@
 #include "store_watch.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <memory>
 #include <utility>
 
 #include <dirent.h>
-#include <sys/inotify.h>
-#include <unistd.h>
+
+#include "config_store/inotify_events.h"
 
 namespace tvctl {
 
@@ -88,19 +87,8 @@ bool StoreWatch::watch(const std::string &prefix, Found found)
 
 void StoreWatch::read_changes()
 {
-    alignas(inotify_event) char buffer[4096];
-    for (;;) {
-        const ssize_t length = ::read(inotify_.number(), buffer, sizeof buffer);
-        if (length < 0 && errno == EINTR)
-            continue;
-        if (length <= 0)
-            return;
-        for (ssize_t at = 0; at < length;) {
-            const auto &event = *reinterpret_cast<const inotify_event *>(buffer + at);
-            take(event);
-            at += static_cast<ssize_t>(sizeof event + event.len);
-        }
-    }
+    platform::read_inotify_events(inotify_.number(),
+                                  [this](const inotify_event &event) { take(event); });
 }
 
 void StoreWatch::take(const inotify_event &event)

@@ -7,6 +7,7 @@
 
 #include <sys/stat.h>
 
+#include "config_store/inotify_events.h"
 #include "log/platform_log.h"
 
 namespace platform {
@@ -138,19 +139,7 @@ bool ConfigWatcher::watch(const std::string &path, Folder &folder)
 // Moves every change that the kernel has seen into our own queue.
 void ConfigWatcher::read_changes()
 {
-    alignas(inotify_event) char buffer[4096];
-    for (;;) {
-        const ssize_t length = ::read(inotify_.number(), buffer, sizeof buffer);
-        if (length < 0 && errno == EINTR)
-            continue;
-        if (length <= 0)
-            break;
-        for (ssize_t at = 0; at < length;) {
-            const auto &event = *reinterpret_cast<const inotify_event *>(buffer + at);
-            take(event);
-            at += static_cast<ssize_t>(sizeof event + event.len);
-        }
-    }
+    read_inotify_events(inotify_.number(), [this](const inotify_event &event) { take(event); });
     rewatch_lost();
 }
 

@@ -1,6 +1,7 @@
 #include "widget_extension/rehearsal.h"
 
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include <langinfo.h>
@@ -55,8 +56,10 @@ Evas_Object *make_list(Evas_Object *parent)
          {std::string("abcdefghijklmnopqrstuvwxyz"), std::string("ABCDEFGHIJKLMNOPQRSTUVWXYZ"),
           std::string("0123456789 _-.()&…"), local_letters(DAY_1, 7), local_letters(MON_1, 12),
           std::string("abc")}) {
-        elm_velt_genlist_item_append(list, row_class, new std::string(text), nullptr,
-                                     ELM_GENLIST_ITEM_NONE, nullptr, nullptr);
+        auto row_text = std::make_unique<std::string>(text);
+        if (elm_velt_genlist_item_append(list, row_class, row_text.get(), nullptr,
+                                         ELM_GENLIST_ITEM_NONE, nullptr, nullptr))
+            static_cast<void>(row_text.release()); // delete_row() has it from now on
     }
     elm_genlist_item_class_free(row_class);
     return list;

@@ -7,6 +7,7 @@ import shutil
 import signal
 import struct
 import subprocess
+import tempfile
 import threading
 import time
 
@@ -44,6 +45,19 @@ def stop_process(process, deadline_s=10.0):
         except subprocess.TimeoutExpired:
             process.kill()
     return process.wait()
+
+
+@contextlib.contextmanager
+def lit(make):
+    """Has a screen, made for a folder of its own, as long as the block lasts."""
+    # Sockets need short paths, which pytest's own temporary folders are not.
+    folder = tempfile.mkdtemp(prefix="tv-")
+    panel = make(folder)
+    try:
+        yield panel.start()
+    finally:
+        panel.stop()
+        shutil.rmtree(folder, ignore_errors=True)
 
 
 class Recorder:
