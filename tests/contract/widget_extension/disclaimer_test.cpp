@@ -1,5 +1,7 @@
 // The disclaimer: a picture of its own size at the bottom, in nobody's way; and layouts in general.
 
+#include <utility>
+
 #include "widget_test.h"
 
 using namespace testing;
@@ -13,9 +15,21 @@ std::string resource_dir()
     return BUILT_RESOURCE_DIR;
 }
 
-void count_press(void *counter, Evas *, Evas_Object *, void *)
+/** Shows the disclaimer on a landscape panel, and lets everything come to rest. */
+DisclaimerScene show_disclaimer(Stage &stage)
 {
-    ++*static_cast<int *>(counter);
+    DisclaimerScene scene(stage.window(), false, resource_dir());
+    scene.show(false);
+    stage.settle();
+    return scene;
+}
+
+Evas_Object *add_root_layout(const Stage &stage)
+{
+    Evas_Object *root = elm_velt_layout_add(stage.window());
+    evas_object_size_hint_weight_set(root, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
+    elm_win_resize_object_add(stage.window(), root);
+    return root;
 }
 
 bool equals(const Eina_Rectangle &place, int x, int y, int w, int h)
@@ -29,20 +43,15 @@ TEST_F(DisclaimerTest, ThePicturesHaveTheSizesThatThePlayerGivesThem)
 {
     Stage stage(1920, 1080);
     Evas_Object *picture = evas_object_image_add(stage.canvas());
-    int width = 0;
-    int height = 0;
-    evas_object_image_file_set(
-        picture, (resource_dir() + "/ostrel_demo/player_img_china_disclaimer.png").c_str(),
-        nullptr);
-    evas_object_image_size_get(picture, &width, &height);
-    EXPECT_EQ(width, 240);
-    EXPECT_EQ(height, 135);
-    evas_object_image_file_set(
-        picture, (resource_dir() + "/ostrel_demo/player_img_china_disclaimer_portrait.png").c_str(),
-        nullptr);
-    evas_object_image_size_get(picture, &width, &height);
-    EXPECT_EQ(width, 135);
-    EXPECT_EQ(height, 240);
+    const auto size_of = [picture](const std::string &name) {
+        std::pair<int, int> size;
+        evas_object_image_file_set(picture, (resource_dir() + name).c_str(), nullptr);
+        evas_object_image_size_get(picture, &size.first, &size.second);
+        return size;
+    };
+    EXPECT_EQ(size_of("/ostrel_demo/player_img_china_disclaimer.png"), std::pair(240, 135));
+    EXPECT_EQ(size_of("/ostrel_demo/player_img_china_disclaimer_portrait.png"),
+              std::pair(135, 240));
 }
 
 TEST_F(DisclaimerTest, IsBuiltHidden)
@@ -57,11 +66,9 @@ TEST_F(DisclaimerTest, IsBuiltHidden)
 
 TEST_F(DisclaimerTest, StandsAtTheBottomInItsOwnPixels)
 {
-    const struct {
-        int width, height;
-    } panels[] = {{1280, 720}, {1920, 1080}, {3840, 2160}, {1080, 1920}};
-    for (const auto &panel : panels) {
-        SCOPED_TRACE(testing::Message() << panel.width << "x" << panel.height);
+    constexpr PanelSize panels[] = {{1280, 720}, {1920, 1080}, {3840, 2160}, {1080, 1920}};
+    for (const PanelSize &panel : panels) {
+        SCOPED_TRACE(panel);
         const bool portrait = panel.height > panel.width;
         const int width = portrait ? 135 : 240;
         const int height = portrait ? 240 : 135;
@@ -96,9 +103,7 @@ TEST_F(DisclaimerTest, TheOtherOrientationsPictureIsShownInItsOwnSize)
 TEST_F(DisclaimerTest, NeverChangesTheWindowsSize)
 {
     Stage stage(1280, 720);
-    DisclaimerScene scene(stage.window(), false, resource_dir());
-    scene.show(false);
-    stage.settle();
+    const DisclaimerScene scene = show_disclaimer(stage);
     EXPECT_TRUE(equals(Stage::geometry(stage.window()), 0, 0, 1280, 720));
     EXPECT_TRUE(equals(Stage::geometry(scene.root), 0, 0, 1280, 720));
 }
@@ -106,38 +111,25 @@ TEST_F(DisclaimerTest, NeverChangesTheWindowsSize)
 TEST_F(DisclaimerTest, LetsClicksThrough)
 {
     Stage stage(1920, 1080);
-    Evas_Object *ground = evas_object_rectangle_add(stage.canvas());
-    evas_object_resize(ground, 1920, 1080);
-    evas_object_show(ground);
-    int presses = 0;
-    evas_object_event_callback_add(ground, EVAS_CALLBACK_MOUSE_DOWN, count_press, &presses);
-    DisclaimerScene scene(stage.window(), false, resource_dir());
-    scene.show(false);
-    stage.settle();
+    Ground ground(stage);
+    show_disclaimer(stage);
     stage.click(960, 1000);
-    EXPECT_EQ(presses, 1);
+    EXPECT_EQ(ground.presses, 1);
 }
 
 TEST_F(DisclaimerTest, DoesNotTakeTheFocusFromThePopup)
 {
-    Stage stage(1920, 1080);
-    PopupScene popup(stage.window(), "Demo", {"Off", "Play all", "City"}, 1);
-    popup.show();
-    stage.settle();
-    DisclaimerScene scene(stage.window(), false, resource_dir());
-    scene.show(false);
-    stage.settle();
-    EXPECT_EQ(popup.focused_row(), 1);
-    stage.press_key("Down");
-    EXPECT_EQ(popup.focused_row(), 2);
+    ShownPopup popup({"Off", "Play all", "City"}, 1);
+    show_disclaimer(popup.stage);
+    EXPECT_EQ(popup.scene.focused_row(), 1);
+    popup.stage.press_key("Down");
+    EXPECT_EQ(popup.scene.focused_row(), 2);
 }
 
 TEST_F(DisclaimerTest, CanBeHiddenAndShownAgain)
 {
     Stage stage(1920, 1080);
-    DisclaimerScene scene(stage.window(), false, resource_dir());
-    scene.show(false);
-    stage.settle();
+    DisclaimerScene scene = show_disclaimer(stage);
     scene.hide();
     stage.settle();
     EXPECT_EQ(stage.pixel(960, 1000), 0u);
@@ -150,9 +142,7 @@ TEST_F(DisclaimerTest, TheImageMayBeDeletedAfterItsLayout)
 {
     Stage stage(1920, 1080);
     for (int i = 0; i < 3; ++i) {
-        DisclaimerScene scene(stage.window(), false, resource_dir());
-        scene.show(false);
-        stage.settle();
+        const DisclaimerScene scene = show_disclaimer(stage);
         evas_object_del(scene.root);
         evas_object_del(scene.image);
     }
@@ -180,10 +170,8 @@ TEST_F(DisclaimerTest, ALayoutPlacesOnAGridOfNineThatMirrors)
         SCOPED_TRACE(mirrored ? "right to left" : "left to right");
         Stage stage(1920, 1080);
         elm_config_mirrored_set(mirrored ? EINA_TRUE : EINA_FALSE);
-        Evas_Object *root = elm_velt_layout_add(stage.window());
+        Evas_Object *root = add_root_layout(stage);
         elm_velt_layout_type_set(root, 1);
-        evas_object_size_hint_weight_set(root, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
-        elm_win_resize_object_add(stage.window(), root);
         Evas_Object *item = elm_velt_imagebox_add(root);
         elm_velt_object_resize_policy_set(item, 4, 4);
         elm_velt_layout_item_append(root, item, 200, 100);
@@ -204,9 +192,7 @@ TEST_F(DisclaimerTest, ALayoutPlacesOnAGridOfNineThatMirrors)
 TEST_F(DisclaimerTest, AFillingItemTakesTheRoomWithinItsLimits)
 {
     Stage stage(1920, 1080);
-    Evas_Object *root = elm_velt_layout_add(stage.window());
-    evas_object_size_hint_weight_set(root, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
-    elm_win_resize_object_add(stage.window(), root);
+    Evas_Object *root = add_root_layout(stage);
     elm_velt_layout_align_set(root, 7);
     Evas_Object *item = elm_velt_imagebox_add(root);
     elm_velt_object_resize_policy_set(item, 1, 1);

@@ -12,13 +12,9 @@ class LayoutUnitTest : public WidgetTest {};
 
 const std::vector<std::string> three_rows = {"Off", "Play all", "City lights"};
 
-Eina_Rectangle popup_place(int width, int height)
+Eina_Rectangle popup_place(const PanelSize &panel)
 {
-    Stage stage(width, height);
-    PopupScene scene(stage.window(), "Demo", three_rows, 0);
-    scene.show();
-    stage.settle();
-    return panel_of(scene.popup);
+    return panel_of(ShownPopup(three_rows, 0, panel).scene.popup);
 }
 
 } // namespace
@@ -60,9 +56,9 @@ TEST_F(LayoutUnitTest, UnitsFollowAWindowThatIsResized)
 
 TEST_F(LayoutUnitTest, ThePopupTakesTheSameShareOfEveryPanel)
 {
-    const Eina_Rectangle full = popup_place(1920, 1080);
-    const Eina_Rectangle small = popup_place(1280, 720);
-    const Eina_Rectangle large = popup_place(3840, 2160);
+    const Eina_Rectangle full = popup_place(full_hd);
+    const Eina_Rectangle small = popup_place({1280, 720});
+    const Eina_Rectangle large = popup_place({3840, 2160});
     EXPECT_NEAR(small.w * 1.5, full.w, 4.0);
     EXPECT_NEAR(small.h * 1.5, full.h, 6.0);
     EXPECT_NEAR(large.w / 2.0, full.w, 2.0);
@@ -71,10 +67,10 @@ TEST_F(LayoutUnitTest, ThePopupTakesTheSameShareOfEveryPanel)
 
 TEST_F(LayoutUnitTest, ElementarysOwnScaleChangesNothing)
 {
-    const Eina_Rectangle usual = popup_place(1920, 1080);
+    const Eina_Rectangle usual = popup_place(full_hd);
     const double scale = elm_config_scale_get();
     elm_config_scale_set(1.7);
-    const Eina_Rectangle scaled = popup_place(1920, 1080);
+    const Eina_Rectangle scaled = popup_place(full_hd);
     elm_config_scale_set(scale);
     EXPECT_NEAR(scaled.w, usual.w, 2.0);
     EXPECT_NEAR(scaled.h, usual.h, 2.0);
@@ -82,7 +78,7 @@ TEST_F(LayoutUnitTest, ElementarysOwnScaleChangesNothing)
 
 TEST_F(LayoutUnitTest, WidgetsAreScaledWithAWindowThatIsResized)
 {
-    const Eina_Rectangle usual = popup_place(1920, 1080);
+    const Eina_Rectangle usual = popup_place(full_hd);
     Stage stage(1280, 720);
     PopupScene scene(stage.window(), "Demo", three_rows, 0);
     evas_object_resize(stage.window(), 1920, 1080);

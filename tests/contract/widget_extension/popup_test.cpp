@@ -11,35 +11,26 @@ class PopupTest : public WidgetTest {};
 const std::vector<std::string> seven_rows = {"Off",         "Play all",     "City lights", "Ocean",
                                              "Night drive", "Northern sky", "Waterfall"};
 
-void count_press(void *counter, Evas *, Evas_Object *, void *)
-{
-    ++*static_cast<int *>(counter);
-}
-
 } // namespace
 
 TEST_F(PopupTest, StandsInTheMiddleOfEveryPanelWithItsListAtFullSize)
 {
-    const struct {
-        int width, height;
-    } panels[] = {{1280, 720}, {1920, 1080}, {3840, 2160}, {720, 1280}, {1080, 1920}, {2160, 3840}};
-    for (const auto &panel : panels) {
-        SCOPED_TRACE(testing::Message() << panel.width << "x" << panel.height);
-        Stage stage(panel.width, panel.height);
-        PopupScene scene(stage.window(), "Demo", seven_rows, 0);
-        scene.show();
-        stage.settle();
+    constexpr PanelSize panels[] = {{1280, 720}, {1920, 1080}, {3840, 2160},
+                                    {720, 1280}, {1080, 1920}, {2160, 3840}};
+    for (const PanelSize &panel : panels) {
+        SCOPED_TRACE(panel);
+        ShownPopup shown(seven_rows, 0, panel);
 
-        const Eina_Rectangle popup = panel_of(scene.popup);
-        const Eina_Rectangle list = Stage::geometry(scene.genlist);
+        const Eina_Rectangle popup = panel_of(shown.scene.popup);
+        const Eina_Rectangle list = Stage::geometry(shown.scene.genlist);
         EXPECT_NEAR(popup.x + popup.w / 2, panel.width / 2, 1);
         EXPECT_NEAR(popup.y + popup.h / 2, panel.height / 2, 1);
         EXPECT_TRUE(lies_in(popup, {0, 0, panel.width, panel.height}));
         EXPECT_TRUE(lies_in(list, popup));
         EXPECT_EQ(list.w, elm_velt_unit_to_pixel(120.0));
         EXPECT_EQ(list.h, elm_velt_unit_to_pixel(55.0));
-        EXPECT_TRUE(lies_in(Stage::geometry(scene.button), popup));
-        EXPECT_GE(Stage::geometry(scene.button).y, list.y + list.h);
+        EXPECT_TRUE(lies_in(Stage::geometry(shown.scene.button), popup));
+        EXPECT_GE(Stage::geometry(shown.scene.button).y, list.y + list.h);
     }
 }
 
@@ -91,189 +82,152 @@ TEST_F(PopupTest, TitleAndButtonShowTheirTextsAsTheyAre)
 
 TEST_F(PopupTest, OpensWithTheFocusOnTheRowInForce)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 3);
-    scene.show();
-    stage.settle();
-    EXPECT_EQ(scene.focused_row(), 3);
-    EXPECT_FALSE(elm_object_focus_get(scene.button));
+    ShownPopup shown(seven_rows, 3);
+    EXPECT_EQ(shown.scene.focused_row(), 3);
+    EXPECT_FALSE(elm_object_focus_get(shown.scene.button));
 }
 
 TEST_F(PopupTest, ArrowKeysWalkThroughTheRowsToTheButtonAndBack)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 5);
-    scene.show();
-    stage.settle();
+    ShownPopup shown(seven_rows, 5);
 
-    stage.press_key("Down");
-    EXPECT_EQ(scene.focused_row(), 6);
-    stage.press_key("Down");
-    EXPECT_EQ(scene.focused_row(), -1);
-    EXPECT_TRUE(elm_object_focus_get(scene.button));
-    stage.press_key("Down");
-    EXPECT_TRUE(elm_object_focus_get(scene.button));
-    stage.press_key("Up");
-    EXPECT_EQ(scene.focused_row(), 6);
-    stage.press_key("Up");
-    EXPECT_EQ(scene.focused_row(), 5);
+    shown.stage.press_key("Down");
+    EXPECT_EQ(shown.scene.focused_row(), 6);
+    shown.stage.press_key("Down");
+    EXPECT_EQ(shown.scene.focused_row(), -1);
+    EXPECT_TRUE(elm_object_focus_get(shown.scene.button));
+    shown.stage.press_key("Down");
+    EXPECT_TRUE(elm_object_focus_get(shown.scene.button));
+    shown.stage.press_key("Up");
+    EXPECT_EQ(shown.scene.focused_row(), 6);
+    shown.stage.press_key("Up");
+    EXPECT_EQ(shown.scene.focused_row(), 5);
 }
 
 TEST_F(PopupTest, UpOnTheFirstRowStaysThere)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
-    scene.show();
-    stage.settle();
-    stage.press_key("Up");
-    EXPECT_EQ(scene.focused_row(), 0);
+    ShownPopup shown(seven_rows, 0);
+    shown.stage.press_key("Up");
+    EXPECT_EQ(shown.scene.focused_row(), 0);
 }
 
 TEST_F(PopupTest, OnlyOneThingLooksFocused)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 5);
-    scene.show();
-    stage.settle();
+    ShownPopup shown(seven_rows, 5);
     double value = 0.0;
-    const auto button_state = [&scene, &value] {
+    const auto button_state = [&shown, &value] {
         return std::string(
-            edje_object_part_state_get(elm_layout_edje_get(scene.button), "pill", &value));
+            edje_object_part_state_get(elm_layout_edje_get(shown.scene.button), "pill", &value));
     };
-    const auto focused_rows = [&scene] {
+    const auto focused_rows = [&shown] {
         int rows = 0;
         for (unsigned int i = 0; i < 7; ++i) {
-            const RowView view(scene.row(i));
+            const RowView view(shown.scene.row(i));
             rows += view && view.state("pill") == "focused" ? 1 : 0;
         }
         return rows;
     };
     EXPECT_EQ(focused_rows(), 1);
     EXPECT_EQ(button_state(), "default");
-    stage.press_key("Down");
+    shown.stage.press_key("Down");
     EXPECT_EQ(focused_rows(), 1);
-    stage.press_key("Down");
+    shown.stage.press_key("Down");
     EXPECT_EQ(focused_rows(), 0);
     EXPECT_EQ(button_state(), "focused");
-    stage.press_key("Up");
+    shown.stage.press_key("Up");
     EXPECT_EQ(focused_rows(), 1);
     EXPECT_EQ(button_state(), "default");
 }
 
 TEST_F(PopupTest, ReturnOnARowReachesTheListsOwnHandler)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 2);
-    scene.show();
-    stage.settle();
-    stage.press_key("Down");
-    stage.press_key("Return");
-    EXPECT_THAT(scene.keys, ElementsAre("Down", "Return"));
-    EXPECT_EQ(scene.focused_row(), 3);
-    EXPECT_EQ(scene.clicked, 0);
+    ShownPopup shown(seven_rows, 2);
+    shown.stage.press_key("Down");
+    shown.stage.press_key("Return");
+    EXPECT_THAT(shown.scene.keys, ElementsAre("Down", "Return"));
+    EXPECT_EQ(shown.scene.focused_row(), 3);
+    EXPECT_EQ(shown.scene.clicked, 0);
 }
 
 TEST_F(PopupTest, ReturnOnTheButtonClicksIt)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 6);
-    scene.show();
-    stage.settle();
-    stage.press_key("Down");
-    stage.press_key("Return");
-    EXPECT_EQ(scene.clicked, 1);
+    ShownPopup shown(seven_rows, 6);
+    shown.stage.press_key("Down");
+    shown.stage.press_key("Return");
+    EXPECT_EQ(shown.scene.clicked, 1);
 }
 
 TEST_F(PopupTest, BackAndEscapeAreLeftToThePlayer)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 2);
-    scene.show();
-    stage.settle();
-    stage.press_key("XF86Back");
-    stage.press_key("Escape");
-    EXPECT_TRUE(evas_object_visible_get(scene.popup));
-    EXPECT_EQ(scene.focused_row(), 2);
+    ShownPopup shown(seven_rows, 2);
+    shown.stage.press_key("XF86Back");
+    shown.stage.press_key("Escape");
+    EXPECT_TRUE(evas_object_visible_get(shown.scene.popup));
+    EXPECT_EQ(shown.scene.focused_row(), 2);
 }
 
 TEST_F(PopupTest, TheFocusFollowsThePointer)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
-    scene.show();
-    stage.settle();
-    const Eina_Rectangle list = Stage::geometry(scene.genlist);
+    ShownPopup shown(seven_rows, 0);
+    const Eina_Rectangle list = Stage::geometry(shown.scene.genlist);
     const int row_height = list.h / 5;
-    stage.move_pointer(list.x + 200, list.y + row_height * 2 + 40);
-    EXPECT_EQ(scene.focused_row(), 2);
-    stage.move_pointer(list.x + 220, list.y + row_height * 3 + 40);
-    EXPECT_EQ(scene.focused_row(), 3);
-    const Eina_Rectangle button = Stage::geometry(scene.button);
-    stage.move_pointer(button.x + 20, button.y + 20);
-    EXPECT_TRUE(elm_object_focus_get(scene.button));
-    stage.move_pointer(list.x + 200, list.y + 40);
-    EXPECT_EQ(scene.focused_row(), 0);
+    shown.stage.move_pointer(list.x + 200, list.y + row_height * 2 + 40);
+    EXPECT_EQ(shown.scene.focused_row(), 2);
+    shown.stage.move_pointer(list.x + 220, list.y + row_height * 3 + 40);
+    EXPECT_EQ(shown.scene.focused_row(), 3);
+    const Eina_Rectangle button = Stage::geometry(shown.scene.button);
+    shown.stage.move_pointer(button.x + 20, button.y + 20);
+    EXPECT_TRUE(elm_object_focus_get(shown.scene.button));
+    shown.stage.move_pointer(list.x + 200, list.y + 40);
+    EXPECT_EQ(shown.scene.focused_row(), 0);
 }
 
 TEST_F(PopupTest, AClickTellsTheRowUnderThePointer)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
-    scene.show();
-    stage.settle();
-    const Eina_Rectangle list = Stage::geometry(scene.genlist);
-    stage.click(list.x + 300, list.y + list.h / 5 * 4 + 30);
-    EXPECT_EQ(scene.pressed_row, 4);
-    EXPECT_EQ(scene.clicked, 0);
+    ShownPopup shown(seven_rows, 0);
+    const Eina_Rectangle list = Stage::geometry(shown.scene.genlist);
+    shown.stage.click(list.x + 300, list.y + list.h / 5 * 4 + 30);
+    EXPECT_EQ(shown.scene.pressed_row, 4);
+    EXPECT_EQ(shown.scene.clicked, 0);
 }
 
 TEST_F(PopupTest, AClickOnTheButtonPressesAndClicksIt)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
-    scene.show();
-    stage.settle();
-    stage.click(scene.button);
-    EXPECT_EQ(scene.button_presses, 1);
-    EXPECT_EQ(scene.clicked, 1);
+    ShownPopup shown(seven_rows, 0);
+    shown.stage.click(shown.scene.button);
+    EXPECT_EQ(shown.scene.button_presses, 1);
+    EXPECT_EQ(shown.scene.clicked, 1);
 }
 
 TEST_F(PopupTest, NothingBesideThePanelIsBlocked)
 {
     Stage stage(1920, 1080);
-    Evas_Object *ground = evas_object_rectangle_add(stage.canvas());
-    evas_object_resize(ground, 1920, 1080);
-    evas_object_show(ground);
-    int presses = 0;
-    evas_object_event_callback_add(ground, EVAS_CALLBACK_MOUSE_DOWN, count_press, &presses);
+    Ground ground(stage);
     PopupScene scene(stage.window(), "Demo", seven_rows, 0);
     scene.show();
     stage.settle();
     stage.click(100, 100);
-    EXPECT_EQ(presses, 1);
+    EXPECT_EQ(ground.presses, 1);
     // The panel's own ground is not the window's.
     const Eina_Rectangle popup = panel_of(scene.popup);
     stage.click(popup.x + popup.w / 2, popup.y + 20);
-    EXPECT_EQ(presses, 1);
+    EXPECT_EQ(ground.presses, 1);
 }
 
 TEST_F(PopupTest, StaysAboveWhatTheWindowGetsLater)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
-    scene.show();
-    stage.settle();
-    const std::uint32_t before = stage.pixel(1400, 220);
-    Evas_Object *layout = elm_velt_layout_add(stage.window());
-    elm_win_resize_object_add(stage.window(), layout);
+    ShownPopup shown(seven_rows, 0);
+    const std::uint32_t before = shown.stage.pixel(1400, 220);
+    Evas_Object *layout = elm_velt_layout_add(shown.stage.window());
+    elm_win_resize_object_add(shown.stage.window(), layout);
     Evas_Object *box = elm_bg_add(layout);
     elm_bg_color_set(box, 255, 255, 255);
     elm_velt_object_resize_policy_set(box, 1, 1);
     elm_velt_layout_item_append(layout, box, 10, 10);
     evas_object_show(layout);
-    stage.settle();
-    EXPECT_EQ(stage.pixel(100, 100), 0xffffffffu);
-    EXPECT_LT(stage.pixel(1400, 220) & 0xff, 60u);
+    shown.stage.settle();
+    EXPECT_EQ(shown.stage.pixel(100, 100), 0xffffffffu);
+    EXPECT_LT(shown.stage.pixel(1400, 220) & 0xff, 60u);
     EXPECT_NE(before, 0u);
 }
 
@@ -291,60 +245,45 @@ TEST_F(PopupTest, HidesItselfAndTellsSoWhenItsTimeIsOver)
 
 TEST_F(PopupTest, GoesAwayAtOnceWhenHidden)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
-    scene.show();
-    stage.settle();
-    evas_object_hide(scene.popup);
+    ShownPopup shown(seven_rows, 0);
+    evas_object_hide(shown.scene.popup);
     ecore_main_loop_iterate();
-    EXPECT_EQ(stage.pixel(1400, 220), 0u);
+    EXPECT_EQ(shown.stage.pixel(1400, 220), 0u);
 }
 
 TEST_F(PopupTest, CanBeTakenDownInThePlayersOrder)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
-    scene.show();
-    stage.settle();
-    evas_object_hide(scene.popup);
-    stage.settle();
-    scene.delete_closed();
-    stage.settle();
-    EXPECT_EQ(scene.rows_deleted, 7);
+    ShownPopup shown(seven_rows, 0);
+    evas_object_hide(shown.scene.popup);
+    shown.stage.settle();
+    shown.scene.delete_closed();
+    shown.stage.settle();
+    EXPECT_EQ(shown.scene.rows_deleted, 7);
 }
 
 TEST_F(PopupTest, CanBeDeletedBeforeWhatIsInIt)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
-    scene.show();
-    stage.settle();
-    scene.delete_at_end();
-    stage.settle();
-    EXPECT_EQ(scene.rows_deleted, 7);
+    ShownPopup shown(seven_rows, 0);
+    shown.scene.delete_at_end();
+    shown.stage.settle();
+    EXPECT_EQ(shown.scene.rows_deleted, 7);
 }
 
 TEST_F(PopupTest, CanBeDeletedWithTheManagersEndRightBehind)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
-    scene.show();
-    stage.settle();
-    scene.delete_at_end();
-    stage.delete_window();
+    ShownPopup shown(seven_rows, 0);
+    shown.scene.delete_at_end();
+    shown.stage.delete_window();
     elm_velt_manager_fini();
-    EXPECT_EQ(scene.rows_deleted, 7);
+    EXPECT_EQ(shown.scene.rows_deleted, 7);
 }
 
 TEST_F(PopupTest, GoesWithItsWindow)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
-    scene.show();
-    stage.settle();
-    stage.delete_window();
-    stage.settle();
-    EXPECT_EQ(scene.rows_deleted, 7);
+    ShownPopup shown(seven_rows, 0);
+    shown.stage.delete_window();
+    shown.stage.settle();
+    EXPECT_EQ(shown.scene.rows_deleted, 7);
 }
 
 TEST_F(PopupTest, CanBeDeletedBeforeItWasEverShown)
@@ -372,16 +311,13 @@ TEST_F(PopupTest, CanBeOpenedAgainAndAgain)
 
 TEST_F(PopupTest, OutlivesTheTheme)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 1);
-    scene.show();
-    stage.settle();
+    ShownPopup shown(seven_rows, 1);
     elm_velt_manager_fini();
-    stage.settle();
-    EXPECT_TRUE(evas_object_visible_get(scene.popup));
-    scene.delete_closed();
-    stage.settle();
-    EXPECT_EQ(scene.rows_deleted, 7);
+    shown.stage.settle();
+    EXPECT_TRUE(evas_object_visible_get(shown.scene.popup));
+    shown.scene.delete_closed();
+    shown.stage.settle();
+    EXPECT_EQ(shown.scene.rows_deleted, 7);
 }
 
 TEST_F(PopupTest, WrongArgumentsAreRefusedWithoutHarm)

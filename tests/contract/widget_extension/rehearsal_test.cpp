@@ -142,17 +142,14 @@ TEST_F(RehearsalTest, NothingOfItIsLeft)
 
 TEST_F(RehearsalTest, APopupThatIsOpenMeanwhileKeepsItsFocus)
 {
-    Stage stage(1280, 720);
-    PopupScene scene(stage.window(), "Demo", rows, 2);
-    scene.show();
-    stage.settle();
+    ShownPopup shown(rows, 2, {1280, 720});
     ASSERT_FALSE(prepared());
     ASSERT_TRUE(Stage::until(prepared));
-    stage.settle();
-    EXPECT_EQ(scene.focused_row(), 2);
-    stage.press_key("Down");
-    EXPECT_EQ(scene.focused_row(), 3);
-    EXPECT_EQ(scene.rows_deleted, 0);
+    shown.stage.settle();
+    EXPECT_EQ(shown.scene.focused_row(), 2);
+    shown.stage.press_key("Down");
+    EXPECT_EQ(shown.scene.focused_row(), 3);
+    EXPECT_EQ(shown.scene.rows_deleted, 0);
 }
 
 TEST_F(RehearsalTest, AnotherLanguageBringsAnother)

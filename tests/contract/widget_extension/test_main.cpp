@@ -36,6 +36,30 @@ void WidgetTest::TearDown()
     eina_log_print_cb_set(eina_log_print_cb_stderr, nullptr);
 }
 
+std::ostream &operator<<(std::ostream &stream, const PanelSize &size)
+{
+    return stream << size.width << "x" << size.height;
+}
+
+ShownPopup::ShownPopup(const std::vector<std::string> &rows, int row_in_force, PanelSize size)
+    : stage(size.width, size.height), scene(stage.window(), "Demo", rows, row_in_force)
+{
+    scene.show();
+    stage.settle();
+}
+
+Ground::Ground(const Stage &stage)
+{
+    const Eina_Rectangle place = Stage::geometry(stage.window());
+    Evas_Object *ground = evas_object_rectangle_add(stage.canvas());
+    evas_object_resize(ground, place.w, place.h);
+    evas_object_show(ground);
+    evas_object_event_callback_add(
+        ground, EVAS_CALLBACK_MOUSE_DOWN,
+        [](void *data, Evas *, Evas_Object *, void *) { ++static_cast<Ground *>(data)->presses; },
+        this);
+}
+
 const Evas_Object *find_drawing(const Evas_Object *object, const std::string &group,
                                 const Eina_Rectangle *place)
 {

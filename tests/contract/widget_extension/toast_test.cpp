@@ -12,14 +12,9 @@ const std::string short_text = "Landscape timer: 5 min 30 sec";
 const std::string long_text = "Portrait and landscape timers have both been reset to the first of "
                               "their values, which is five minutes and not a second more than that";
 
-void count_press(void *counter, Evas *, Evas_Object *, void *)
+Eina_Rectangle toast_place(const PanelSize &panel, const std::string &text)
 {
-    ++*static_cast<int *>(counter);
-}
-
-Eina_Rectangle toast_place(int width, int height, const std::string &text)
-{
-    Stage stage(width, height);
+    Stage stage(panel.width, panel.height);
     const Evas_Object *toast = show_toast(stage.window(), text);
     stage.settle();
     return panel_of(toast);
@@ -43,13 +38,11 @@ std::string shown_text(const Evas_Object *toast)
 
 TEST_F(ToastTest, StandsInTheMiddleOfEveryPanel)
 {
-    const struct {
-        int width, height;
-    } panels[] = {{1280, 720}, {1920, 1080}, {3840, 2160}, {1080, 1920}};
-    for (const auto &panel : panels) {
-        SCOPED_TRACE(testing::Message() << panel.width << "x" << panel.height);
+    constexpr PanelSize panels[] = {{1280, 720}, {1920, 1080}, {3840, 2160}, {1080, 1920}};
+    for (const PanelSize &panel : panels) {
+        SCOPED_TRACE(panel);
         for (const std::string &text : {short_text, long_text}) {
-            const Eina_Rectangle toast = toast_place(panel.width, panel.height, text);
+            const Eina_Rectangle toast = toast_place(panel, text);
             EXPECT_NEAR(toast.x + toast.w / 2, panel.width / 2, 1);
             EXPECT_NEAR(toast.y + toast.h / 2, panel.height / 2, 1);
             EXPECT_TRUE(lies_in(toast, {0, 0, panel.width, panel.height}));
@@ -59,9 +52,9 @@ TEST_F(ToastTest, StandsInTheMiddleOfEveryPanel)
 
 TEST_F(ToastTest, ALongTextTakesTwoLinesAndNoMore)
 {
-    const Eina_Rectangle one = toast_place(1920, 1080, short_text);
-    const Eina_Rectangle two = toast_place(1920, 1080, long_text);
-    const Eina_Rectangle longer = toast_place(1920, 1080, long_text + long_text);
+    const Eina_Rectangle one = toast_place(full_hd, short_text);
+    const Eina_Rectangle two = toast_place(full_hd, long_text);
+    const Eina_Rectangle longer = toast_place(full_hd, long_text + long_text);
     EXPECT_GT(two.h, one.h);
     EXPECT_LT(two.h, 2 * one.h);
     EXPECT_EQ(longer.h, two.h);
@@ -77,16 +70,13 @@ TEST_F(ToastTest, ShowsItsTextAsItIs)
 
 TEST_F(ToastTest, LeavesTheFocusAndTheKeysWhereTheyAre)
 {
-    Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", {"Off", "Play all", "City"}, 1);
-    scene.show();
-    stage.settle();
-    show_toast(stage.window(), short_text);
-    stage.settle();
-    EXPECT_EQ(scene.focused_row(), 1);
-    stage.press_key("Down");
-    EXPECT_EQ(scene.focused_row(), 2);
-    EXPECT_THAT(scene.keys, ElementsAre("Down"));
+    ShownPopup popup({"Off", "Play all", "City"}, 1);
+    show_toast(popup.stage.window(), short_text);
+    popup.stage.settle();
+    EXPECT_EQ(popup.scene.focused_row(), 1);
+    popup.stage.press_key("Down");
+    EXPECT_EQ(popup.scene.focused_row(), 2);
+    EXPECT_THAT(popup.scene.keys, ElementsAre("Down"));
 }
 
 TEST_F(ToastTest, ThePopupThatOpensBesideAToastGetsTheFocus)
@@ -103,16 +93,12 @@ TEST_F(ToastTest, ThePopupThatOpensBesideAToastGetsTheFocus)
 TEST_F(ToastTest, LetsClicksThrough)
 {
     Stage stage(1920, 1080);
-    Evas_Object *ground = evas_object_rectangle_add(stage.canvas());
-    evas_object_resize(ground, 1920, 1080);
-    evas_object_show(ground);
-    int presses = 0;
-    evas_object_event_callback_add(ground, EVAS_CALLBACK_MOUSE_DOWN, count_press, &presses);
+    Ground ground(stage);
     show_toast(stage.window(), short_text);
     stage.settle();
     stage.click(960, 540);
     stage.click(100, 100);
-    EXPECT_EQ(presses, 2);
+    EXPECT_EQ(ground.presses, 2);
 }
 
 TEST_F(ToastTest, HidesItselfAndStaysUntilItIsDeleted)

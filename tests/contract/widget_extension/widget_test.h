@@ -1,7 +1,7 @@
 /** What the tests of the widgets share: no error line may come from the library underneath. */
 #pragma once
 
-#include <mutex>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -11,6 +11,15 @@
 #include "stage.h"
 #include "widget_extension.h"
 
+/** The pixels of a panel. */
+struct PanelSize {
+    int width;
+    int height;
+};
+std::ostream &operator<<(std::ostream &stream, const PanelSize &size);
+
+constexpr PanelSize full_hd = {1920, 1080};
+
 class WidgetTest : public testing::Test {
   protected:
     void SetUp() override;
@@ -18,6 +27,24 @@ class WidgetTest : public testing::Test {
 
     /** Lines of error level that Elementary and its libraries have logged. */
     static std::vector<std::string> &library_errors();
+};
+
+/** A stage on which the options popup has been opened and everything has come to rest. */
+struct ShownPopup {
+    ShownPopup(const std::vector<std::string> &rows, int row_in_force, PanelSize size = full_hd);
+
+    Stage stage;
+    PopupScene scene;
+};
+
+/** A ground as large as its stage, under all that comes there later. */
+class Ground {
+  public:
+    explicit Ground(const Stage &stage);
+    Ground(const Ground &) = delete;
+    Ground &operator=(const Ground &) = delete;
+
+    int presses = 0; ///< mouse-downs that nothing above has kept from it
 };
 
 /**
