@@ -47,6 +47,7 @@ class Platform {
     Store store;
     System system;
     Storage storage;
+    usb_device_list_s usb_list;
     /** Closed ones as well, so that they are recognised. */
     std::vector<std::unique_ptr<OpenFolder>> open_folders;
     Rotator rotator;

@@ -13,6 +13,12 @@ std::string Registry::add(const void *handle, const std::string &kind, Owner own
     return name;
 }
 
+void Registry::lend(const void *handle, const std::string &kind)
+{
+    if (!alive(handle))
+        add(handle, kind, Owner::Platform);
+}
+
 void Registry::name(const void *pointer, const std::string &name)
 {
     names_[pointer] = name;

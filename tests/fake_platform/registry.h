@@ -18,6 +18,9 @@ class Registry {
     /** Adds a handle and names it `kind#n`. @return the name. */
     std::string add(const void *handle, const std::string &kind, Owner owner = Owner::Player);
 
+    /** Adds a handle that stays the platform's own, unless it lives already. */
+    void lend(const void *handle, const std::string &kind);
+
     /** Gives a name of its own to a pointer that is no handle of the fake, such as callback data.
      */
     void name(const void *pointer, const std::string &name);

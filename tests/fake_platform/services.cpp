@@ -14,6 +14,23 @@ struct _keynode_t {
     std::string name;
 };
 
+void usb_device_list_s::refresh(const std::vector<std::string> &mount_paths)
+{
+    fake::Registry &registry = fake::platform().registry;
+    for (size_t i = first_; i < devices_.size(); ++i)
+        registry.kill("usb_device_get_device_list", devices_[i].get());
+    first_ = next_ = devices_.size();
+    for (const std::string &mount_path : mount_paths) {
+        devices_.push_back(std::make_unique<usb_device_s>(usb_device_s{mount_path}));
+        registry.lend(devices_.back().get(), "usb-device");
+    }
+}
+
+usb_device_h usb_device_list_s::take()
+{
+    return next_ == devices_.size() ? nullptr : devices_[next_++].get();
+}
+
 const char *vconf_keynode_get_name(keynode_t *node)
 {
     return node == nullptr ? nullptr : node->name.c_str();

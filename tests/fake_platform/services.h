@@ -20,6 +20,28 @@
 #include "device_power.h"
 #include "display_rotator.h"
 #include "key_router.h"
+#include "usb_storage.h"
+
+struct usb_device_s {
+    std::string mount_path;
+};
+
+/**
+ * The sticks as they were listed last. Devices of an earlier listing are gone, but keep their
+ * places, so that a stale one is recognised.
+ */
+struct usb_device_list_s {
+  public:
+    void refresh(const std::vector<std::string> &mount_paths);
+    void rewind() { next_ = first_; }
+    /** @return null behind the last. */
+    usb_device_h take();
+
+  private:
+    std::vector<std::unique_ptr<usb_device_s>> devices_;
+    size_t first_ = 0; /**< of the last listing */
+    size_t next_ = 0;
+};
 
 namespace fake {
 

@@ -41,8 +41,7 @@ template <typename T> T *borrowed(const char *kind)
 {
     static std::map<std::string, char> places;
     char *place = &places[kind];
-    if (!the_fake().registry.alive(place))
-        the_fake().registry.add(place, kind, fake::Registry::Owner::Platform);
+    the_fake().registry.lend(place, kind);
     return reinterpret_cast<T *>(place);
 }
 
@@ -62,7 +61,7 @@ double ecore_time_unix_get(void)
 
 Ecore_Timer *ecore_timer_add(double in, Ecore_Task_Cb func, const void *data)
 {
-    the_fake().call("ecore_timer_add", in);
+    the_fake().call("ecore_timer_add", in, data);
     if (the_fake().script.failure("ecore_timer_add"))
         return nullptr;
     return the_fake().loop.add_timer(in, func, data);
@@ -76,7 +75,7 @@ void *ecore_timer_del(Ecore_Timer *timer)
 
 Ecore_Idler *ecore_idler_add(Ecore_Task_Cb func, const void *data)
 {
-    the_fake().call("ecore_idler_add");
+    the_fake().call("ecore_idler_add", data);
     return the_fake().loop.add_idler(func, data);
 }
 

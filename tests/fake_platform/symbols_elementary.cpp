@@ -46,8 +46,7 @@ Canvas *canvas_of(Evas_Object *window)
     static std::map<const void *, Canvas> canvases;
     Canvas *canvas = &canvases[window];
     canvas->window = window;
-    if (!the_fake().registry.alive(canvas))
-        the_fake().registry.add(canvas, "canvas", fake::Registry::Owner::Platform);
+    the_fake().registry.lend(canvas, "canvas");
     return canvas;
 }
 
@@ -137,8 +136,7 @@ void evas_object_smart_callback_add(Evas_Object *eo_obj, const char *event, Evas
 
 int elm_init(int argc, char **argv)
 {
-    (void)argv;
-    the_fake().call("elm_init", argc);
+    the_fake().call("elm_init", argc, static_cast<const void *>(argv));
     the_fake().hold("elementary");
     return 1;
 }
@@ -279,7 +277,7 @@ void elm_genlist_select_mode_set(Evas_Object *obj, Elm_Object_Select_Mode mode)
 Elm_Object_Item *elm_genlist_at_xy_item_get(const Evas_Object *obj, Evas_Coord x, Evas_Coord y,
                                             int *posret)
 {
-    the_fake().query("elm_genlist_at_xy_item_get", obj, x, y);
+    the_fake().query("elm_genlist_at_xy_item_get", obj, x, y, static_cast<const void *>(posret));
     if (posret != nullptr)
         *posret = 0;
     return the_fake().widgets.row_at(obj, y);

@@ -286,7 +286,8 @@ int pictrel_set_geometry_size(_pictrel_s *picture, int geometry)
 int pictrel_add_event_callback(_pictrel_s *picture, pictrel_event_type_e type,
                                pictrel_event_cb callback, void *user_data)
 {
-    the_fake().call("pictrel_add_event_callback", static_cast<const void *>(picture), type);
+    the_fake().call("pictrel_add_event_callback", static_cast<const void *>(picture), type,
+                    static_cast<const void *>(user_data));
     const int failed = picture_result("pictrel_add_event_callback", picture);
     if (failed == 0)
         the_fake().pictures.follow(picture, type, callback, user_data);

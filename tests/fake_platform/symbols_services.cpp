@@ -7,15 +7,6 @@
 #include "system_facts.h"
 #include "usb_storage.h"
 
-struct usb_device_s {
-    std::string mount_path;
-};
-
-struct usb_device_list_s {
-    std::vector<usb_device_s> devices;
-    size_t next = 0;
-};
-
 namespace {
 
 fake::Platform &the_fake()
@@ -31,13 +22,14 @@ int called(const char *function)
 
 int give_next(const char *function, usb_device_list_h list, usb_device_h *device)
 {
-    the_fake().query(function);
+    the_fake().query(function, static_cast<const void *>(list));
     const int failed = the_fake().script.result(function);
     if (failed != 0)
         return failed;
-    if (list->next == list->devices.size())
+    usb_device_h next = the_fake().registry.check(function, list) ? list->take() : nullptr;
+    if (next == nullptr)
         return -1;
-    *device = &list->devices[list->next++];
+    *device = next;
     return 0;
 }
 
@@ -66,8 +58,7 @@ int unsubscribe(const char *function, const char *event, device_power_cb callbac
 
 int ui_app_main(int argc, char **argv, ui_app_lifecycle_callback_s *callbacks, void *user_data)
 {
-    (void)argv;
-    the_fake().call("ui_app_main", argc);
+    the_fake().call("ui_app_main", argc, static_cast<const void *>(argv));
     return the_fake().app.run(callbacks, user_data);
 }
 
@@ -201,17 +192,16 @@ int usb_device_get_device_list(int type, usb_device_list_h *list)
     const int failed = the_fake().script.result("usb_device_get_device_list");
     if (failed != 0)
         return failed;
-    static usb_device_list_s the_list;
-    the_list.devices.clear();
-    for (const std::string &mount_path : the_fake().storage.sticks)
-        the_list.devices.push_back({mount_path});
-    *list = &the_list;
+    the_fake().registry.lend(&the_fake().usb_list, "usb-list");
+    the_fake().usb_list.refresh(the_fake().storage.sticks);
+    *list = &the_fake().usb_list;
     return 0;
 }
 
 int usb_device_list_get_first(usb_device_list_h list, usb_device_h *device)
 {
-    list->next = 0;
+    if (list != nullptr)
+        list->rewind();
     return give_next("usb_device_list_get_first", list, device);
 }
 
@@ -222,7 +212,9 @@ int usb_device_list_get_next(usb_device_list_h list, usb_device_h *device)
 
 const char *usb_device_get_mountpath(usb_device_h device)
 {
-    the_fake().query("usb_device_get_mountpath");
+    the_fake().query("usb_device_get_mountpath", static_cast<const void *>(device));
+    if (!the_fake().registry.check("usb_device_get_mountpath", device))
+        return "";
     return device->mount_path.c_str();
 }
 

@@ -16,18 +16,19 @@ class ContentLocationTest : public PlayerTest {
     }
 
     // One look at a stick: its mount path is asked, then the folder is looked for.
-    static Lines look_at(const std::string &folder)
+    static Lines look_at(int stick, const std::string &folder)
     {
-        return {"usb_device_get_mountpath()", "I \"\"", "stat(\"" + folder + "\")"};
+        return {"usb_device_get_mountpath(usb-device#" + std::to_string(stick) + ")", "I \"\"",
+                "stat(\"" + folder + "\")"};
     }
 
     // The sticks are listed and the first is taken.
     static Lines listed()
     {
-        return {"usb_device_get_device_list(8)", "usb_device_list_get_first()"};
+        return {"usb_device_get_device_list(8)", "usb_device_list_get_first(usb-list#1)"};
     }
 
-    static Lines next() { return {"usb_device_list_get_next()"}; }
+    static Lines next() { return {"usb_device_list_get_next(usb-list#1)"}; }
 };
 
 // ---- m_GetFolderPath ----
@@ -75,7 +76,7 @@ TEST_F(ContentLocationTest, TheFolderIsLookedForOnUsbStorage)
 
     EXPECT_EQ(player_.m_GetFolderPath(), "/media/a/demo/");
 
-    EXPECT_EQ(fake_.all(), join({listed(), look_at("/media/a/demo/"),
+    EXPECT_EQ(fake_.all(), join({listed(), look_at(1, "/media/a/demo/"),
                                  Lines{"I \"path existed:/media/a/demo/\""}}));
     EXPECT_NE(player_.m_hUsbDeviceList, nullptr);
 }
@@ -90,7 +91,7 @@ TEST_F(ContentLocationTest, TheFirstStickThatHoldsTheFolderIsUsed)
     EXPECT_EQ(player_.m_GetPlaybackFolderPath(), "/media/b/demo/");
 
     EXPECT_EQ(fake_.all(),
-              join({listed(), look_at("/media/a/demo/"), next(), look_at("/media/b/demo/"),
+              join({listed(), look_at(1, "/media/a/demo/"), next(), look_at(2, "/media/b/demo/"),
                     Lines{"I \"path existed:/media/b/demo/\""}}));
 }
 
@@ -112,8 +113,8 @@ TEST_F(ContentLocationTest, WhenNoStickHoldsTheFolderTheLastCandidateIsReturned)
     EXPECT_EQ(player_.m_GetPlaybackFolderPath(), "/media/b/demo/");
 
     // Nothing about the outcome: opening the folder will fail and tell.
-    EXPECT_EQ(fake_.all(), join({listed(), look_at("/media/a/demo/"), next(),
-                                 look_at("/media/b/demo/"), next()}));
+    EXPECT_EQ(fake_.all(), join({listed(), look_at(1, "/media/a/demo/"), next(),
+                                 look_at(2, "/media/b/demo/"), next()}));
 }
 
 TEST_F(ContentLocationTest, AListThatBreaksOffEndsTheSearch)
@@ -125,7 +126,7 @@ TEST_F(ContentLocationTest, AListThatBreaksOffEndsTheSearch)
 
     EXPECT_EQ(player_.m_GetPlaybackFolderPath(), "/media/a/demo/");
 
-    EXPECT_EQ(fake_.all(), join({listed(), look_at("/media/a/demo/"), next()}));
+    EXPECT_EQ(fake_.all(), join({listed(), look_at(1, "/media/a/demo/"), next()}));
 }
 
 TEST_F(ContentLocationTest, WithoutAnyStickThereIsNoFolder)

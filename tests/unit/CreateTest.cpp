@@ -383,19 +383,20 @@ TEST_F(CreateTest, ARequestedRotationIsNoFailure)
 {
     EXPECT_TRUE(create({"portrait_a.mp4"}));
 
-    EXPECT_EQ(fake_.all(), join({begun(),
-                                 window(),
-                                 pipe(),
-                                 handlers(),
-                                 video_player(),
-                                 folder({"portrait_a.mp4"}),
-                                 list_asked(),
-                                 rotator_lines(true),
-                                 {writes(ConfigKey::FILE_MODE, 2), "ecore_timer_add(0.8)"},
-                                 shown("window#1"),
-                                 keys(true),
-                                 rows({}),
-                                 ended()}));
+    EXPECT_EQ(fake_.all(),
+              join({begun(),
+                    window(),
+                    pipe(),
+                    handlers(),
+                    video_player(),
+                    folder({"portrait_a.mp4"}),
+                    list_asked(),
+                    rotator_lines(true),
+                    {writes(ConfigKey::FILE_MODE, 2), "ecore_timer_add(0.8, controller)"},
+                    shown("window#1"),
+                    keys(true),
+                    rows({}),
+                    ended()}));
     EXPECT_THAT(player_.m_vdcPlayList, IsEmpty());
     EXPECT_NE(player_.m_hRotationDelayTimer, nullptr);
 }

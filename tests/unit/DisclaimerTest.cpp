@@ -84,7 +84,7 @@ TEST_F(DisclaimerTest, ShowingSetsThePictureSizeAndTimer)
                 LinesAre("elm_velt_imagebox_file_set(imagebox#1, \"/res/landscape.png\")",
                          "evas_object_resize(imagebox#1, 240, 135)",
                          "elm_velt_root_layout_render(layout#1)", "evas_object_show(layout#1)",
-                         "evas_object_show(imagebox#1)", "ecore_timer_add(5)"));
+                         "evas_object_show(imagebox#1)", "ecore_timer_add(5, controller)"));
     EXPECT_THAT(without(fake_.logs(), {"I \"bShowDisclaimer", "E \"In Landscape"}),
                 LinesAre("I \"ostrel_demo/player_img_china_disclaimer.png "
                          "path[/res/landscape.png]\""));

@@ -182,7 +182,7 @@ TEST_P(ShowDisclaimerTest, IsShownInThePositionOfTheMoment)
                      "elm_velt_root_layout_render(layout#1)",
                      "evas_object_show(layout#1)",
                      "evas_object_show(imagebox#1)",
-                     "ecore_timer_add(5)"};
+                     "ecore_timer_add(5, controller)"};
     } else if (on) {
         expected += "E \"layout or imagebox is NULL\"";
     }

@@ -85,7 +85,7 @@ TEST_F(ItemSelectedTest, PlayAllDuringAPhotoStartsTheSlideShow)
     EXPECT_EQ(rest(), join({chosen("row#2"),
                             {writes(ConfigKey::DEMO_MODE, 0), "I \"\""},
                             rotator_lines(false),
-                            {"ecore_timer_add(5)"}}));
+                            {"ecore_timer_add(5, controller)"}}));
 }
 
 TEST_F(ItemSelectedTest, OffEndsTheProgram)
@@ -251,9 +251,10 @@ TEST_F(WindowRotatedTest, WithoutContentForItThePanelIsTurnedBack)
 
     dispatch(ENDEMO_EVENT_WINDOW_ROTATED);
 
-    EXPECT_EQ(rest(), join({list_asked(true),
-                            rotator_lines(true),
-                            {writes(ConfigKey::FILE_MODE, 1), "ecore_timer_add(0.8)"}}));
+    EXPECT_EQ(rest(),
+              join({list_asked(true),
+                    rotator_lines(true),
+                    {writes(ConfigKey::FILE_MODE, 1), "ecore_timer_add(0.8, controller)"}}));
     EXPECT_THAT(player_.m_vdcPlayList, IsEmpty());
     EXPECT_THAT(player_.m_vdcItemList, IsEmpty());
 }

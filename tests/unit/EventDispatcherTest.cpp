@@ -270,7 +270,7 @@ TEST_F(EventDispatcherTest, AParsedPhotoIsDecoded)
 
     dispatch(ENDEMO_EVENT_PHOTO_PARSED, 0);
 
-    EXPECT_EQ(rest(), Lines({"I \"\"", "pictrel_add_event_callback(picture#1, 1)",
+    EXPECT_EQ(rest(), Lines({"I \"\"", "pictrel_add_event_callback(picture#1, 1, null)",
                              "pictrel_decode(picture#1, 0)"}));
     EXPECT_EQ(status(), -1);
 }
@@ -330,7 +330,7 @@ class DecodedTest : public EventDispatcherTest {
 
     static Lines slide_show()
     {
-        return join({{"I \"\""}, rotator_lines(false), {"ecore_timer_add(5)"}});
+        return join({{"I \"\""}, rotator_lines(false), {"ecore_timer_add(5, controller)"}});
     }
 };
 

@@ -17,6 +17,7 @@
 #include "platform.h"
 #include "still_picture.h"
 #include "system_facts.h"
+#include "usb_storage.h"
 #include "widget_extension.h"
 
 using testing::ElementsAre;
@@ -85,6 +86,18 @@ TEST_F(FakePlatformTest, AKeyListMustBeReset)
     static KeyRouter_KeyList list;
 
     EXPECT_NONFATAL_FAILURE(KeyRouter_Add_All_Key(5, &list), "never reset");
+}
+
+TEST_F(FakePlatformTest, AStickOfAnEarlierListIsGone)
+{
+    fake_.storage.sticks = {"/media/a"};
+    usb_device_list_h list = nullptr;
+    usb_device_h stick = nullptr;
+    usb_device_get_device_list(USB_DEVICE_TYPE_MASS_STORAGE, &list);
+    ASSERT_EQ(usb_device_list_get_first(list, &stick), 0);
+    usb_device_get_device_list(USB_DEVICE_TYPE_MASS_STORAGE, &list);
+
+    EXPECT_NONFATAL_FAILURE(usb_device_get_mountpath(stick), "usb-device#1, which is deleted");
 }
 
 TEST_F(FakePlatformTest, LogLinesInAnotherFormFailTheTest)

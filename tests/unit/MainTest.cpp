@@ -10,11 +10,15 @@ TEST_F(MainTest, MainStartsElementaryAndTheFramework)
 {
     fake_.app.exit_status = 7;
 
-    EXPECT_EQ(run(nullptr), 7);
+    EXPECT_EQ(run([] {
+                  EXPECT_STREQ(app_data()->id, "org.tizen.ostrel-demo-player-tv");
+                  EXPECT_EQ(app_data()->controller, nullptr) << "until the first launch request";
+              }),
+              7);
 
-    EXPECT_THAT(fake_.all(), LinesAre("ecore_time_unix_get()", "elm_init(1)", "D \"\"",
+    EXPECT_THAT(fake_.all(), LinesAre("ecore_time_unix_get()", "elm_init(1, argv)", "D \"\"",
                                       "ui_app_add_event_handler(LANGUAGE_CHANGED, null)",
-                                      "ui_app_main(1)", "elm_shutdown()"));
+                                      "ui_app_main(1, argv)", "elm_shutdown()"));
     EXPECT_EQ(_elm_startup_time, 1000.0);
 }
 

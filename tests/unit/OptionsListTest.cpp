@@ -50,7 +50,7 @@ TEST_F(OptionsListTest, ShowingTheListSetsTheFocusWhenIdle)
     store_mode(2);
 
     EXPECT_EQ(fake_.widgets.fire(player_.m_pGenlist, EVAS_CALLBACK_SHOW, nullptr), 1);
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_idler_add()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_idler_add(controller)"));
     fake_.forget();
 
     fake_.loop.run_idle();
@@ -134,7 +134,7 @@ TEST_F(OptionsListTest, ChoosingTheRowInForceOnlyCloses)
 
     EXPECT_THAT(fake_.calls(),
                 LinesAre("evas_object_hide(popup#1)", "app_context_manager_unset_epop_block()",
-                         "ecore_timer_add(0.5)"));
+                         "ecore_timer_add(0.5, controller)"));
     EXPECT_EQ(fake_.logs().front(), "I \"\"");
 }
 
@@ -147,7 +147,8 @@ TEST_F(OptionsListTest, ChoosingPlayAllWhileAVideoPlaysRestartsNothing)
     EXPECT_EQ(player_.m_iPlayIndex, 0);
     EXPECT_THAT(fake_.calls(),
                 LinesAre(writes(ConfigKey::DEMO_MODE, 0), "evas_object_hide(popup#1)",
-                         "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5)"));
+                         "app_context_manager_unset_epop_block()",
+                         "ecore_timer_add(0.5, controller)"));
 }
 
 TEST_F(OptionsListTest, ChoosingPlayAllWhileAPhotoIsShownStartsTheSlideShow)
@@ -158,9 +159,9 @@ TEST_F(OptionsListTest, ChoosingPlayAllWhileAPhotoIsShownStartsTheSlideShow)
     fake_.widgets.press_row(player_.m_pGenlist, PLAY_ALL);
 
     EXPECT_THAT(fake_.calls(),
-                LinesAre(writes(ConfigKey::DEMO_MODE, 0), "ecore_timer_add(5)",
+                LinesAre(writes(ConfigKey::DEMO_MODE, 0), "ecore_timer_add(5, controller)",
                          "evas_object_hide(popup#2)", "app_context_manager_unset_epop_block()",
-                         "ecore_timer_add(0.5)"));
+                         "ecore_timer_add(0.5, controller)"));
     EXPECT_TRUE(player_.m_bSlideShowStarted);
 }
 
@@ -176,7 +177,7 @@ TEST_F(OptionsListTest, ChoosingOffStoresTheWholeWordAndEndsTheProgram)
     EXPECT_THAT(fake_.calls(),
                 LinesAre(writes(ConfigKey::DEMO_MODE, -1), "ui_app_exit()",
                          "evas_object_hide(popup#1)", "app_context_manager_unset_epop_block()",
-                         "ecore_timer_add(0.5)"));
+                         "ecore_timer_add(0.5, controller)"));
 }
 
 TEST_F(OptionsListTest, APressOnARowWithoutRecordLeavesThePopupOpen)

@@ -36,7 +36,7 @@ class OptionsPopupTest : public PlayerTest {
     static Lines closing()
     {
         return {"evas_object_hide(popup#1)", "I \"Block E-POP = 0 \"",
-                "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5)"};
+                "app_context_manager_unset_epop_block()", "ecore_timer_add(0.5, controller)"};
     }
 };
 
@@ -242,7 +242,7 @@ TEST_F(OptionsPopupTest, ClosingAgainRestartsTheHalfSecond)
     EXPECT_THAT(fake_.lines(),
                 LinesAre("I \"\"", "evas_object_hide(popup#1)", "I \"Block E-POP = 0 \"",
                          "app_context_manager_unset_epop_block()", "ecore_timer_del(timer#1)",
-                         "ecore_timer_add(0.5)"));
+                         "ecore_timer_add(0.5, controller)"));
     fake_.loop.advance(0.4);
     EXPECT_NE(player_.m_pPopup, nullptr);
     fake_.loop.advance(0.1);

@@ -137,7 +137,7 @@ TEST_F(OptionsTranscriptTest, TheFocusFollowsThePointerBesideTheRowsToo)
         fake_.widgets.move_to_row(player_.m_pGenlist, row);
         EXPECT_THAT(fake_.all(),
                     LinesAre("elm_genlist_at_xy_item_get(genlist#1, 10, " +
-                                 std::to_string(row * 100 + 50) + ")",
+                                 std::to_string(row * 100 + 50) + ", null)",
                              "elm_object_item_focus_set(" + row_name(row) + ", true)"));
     }
 }
@@ -196,7 +196,7 @@ class RowTest : public OptionsTranscriptTest,
                 return {};
             Lines lines = {"I \"\""};
             lines += rotator_lines(false);
-            return lines += "ecore_timer_add(5)";
+            return lines += "ecore_timer_add(5, controller)";
         }
         Lines lines = {"D \"" + std::to_string(number) + "\""};
         lines += folder_lines();
@@ -224,7 +224,7 @@ TEST_P(RowTest, APressChoosesIt)
 {
     Lines expected = {"I \"\"",
                       "elm_genlist_at_xy_item_get(genlist#1, 10, " +
-                          std::to_string(now_.row * 100 + 50) + ")",
+                          std::to_string(now_.row * 100 + 50) + ", null)",
                       "elm_velt_genlist_item_data_get(" + row_name(now_.row) + ")"};
     int number = now_.in_force;
     if (now_.row < ROW_COUNT) {

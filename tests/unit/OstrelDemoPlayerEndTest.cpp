@@ -134,20 +134,20 @@ TEST_F(OstrelDemoPlayerEndTest, WhatCannotBeReleasedHoldsNothingElseUp)
     destroy_controller();
 
     const std::string refused = "E \"app_context_manager_unset_epop_block falied\"";
-    EXPECT_EQ(
-        fake_.all(),
-        join({{"I \"\"", "evas_object_hide(popup#2)"},
-              block_gone(),
-              {refused, "ecore_timer_add(0.5)", "I \"\"", "player_get_state()", "player_stop()",
-               "E \"player_stop error\"", "player_unprepare()", "E \"player_unprepare error\""},
-              picture_gone(),
-              {"D \"\"", "player_destroy()", "E \"player_destroy error\"", "I \"\"",
-               "ecore_pipe_del(pipe#1)", "display_rotator_remove_cb()"},
-              keys_gone(),
-              block_gone(),
-              {refused},
-              widgets_gone(),
-              window_gone()}));
+    EXPECT_EQ(fake_.all(),
+              join({{"I \"\"", "evas_object_hide(popup#2)"},
+                    block_gone(),
+                    {refused, "ecore_timer_add(0.5, controller)", "I \"\"", "player_get_state()",
+                     "player_stop()", "E \"player_stop error\"", "player_unprepare()",
+                     "E \"player_unprepare error\""},
+                    picture_gone(),
+                    {"D \"\"", "player_destroy()", "E \"player_destroy error\"", "I \"\"",
+                     "ecore_pipe_del(pipe#1)", "display_rotator_remove_cb()"},
+                    keys_gone(),
+                    block_gone(),
+                    {refused},
+                    widgets_gone(),
+                    window_gone()}));
 }
 
 TEST_F(OstrelDemoPlayerEndTest, AControllerThatWasNeverStartedOwnsLess)

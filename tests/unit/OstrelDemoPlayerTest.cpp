@@ -190,7 +190,7 @@ class Scene : public PlayerTest {
             return lines;
         lines += {panel_line(upright_),
                   reads(upright_ ? ConfigKey::PORTRAIT_TIMER : ConfigKey::LANDSCAPE_TIMER),
-                  "I \"set timer 300 sec\"", "ecore_timer_add(300)"};
+                  "I \"set timer 300 sec\"", "ecore_timer_add(300, controller)"};
         return lines;
     }
 

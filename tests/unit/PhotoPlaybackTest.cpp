@@ -22,13 +22,13 @@ TEST_F(PhotoPlaybackTest, TheFirstPhotoInitializesTheDisplay)
 {
     EXPECT_TRUE(player_.OnPlayPhoto("/demo/a.jpg"));
 
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("I \"/demo/a.jpg\"", "pictrel_init_display(window#1)",
-                         "pictrel_create_from_url(\"/demo/a.jpg\")",
-                         "pictrel_set_window(picture#1, 1)",
-                         "pictrel_set_geometry_size(picture#1, 4)",
-                         "pictrel_add_event_callback(picture#1, 4)",
-                         "pictrel_add_event_callback(picture#1, 0)", "pictrel_parse(picture#1)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"/demo/a.jpg\"", "pictrel_init_display(window#1)",
+                                        "pictrel_create_from_url(\"/demo/a.jpg\")",
+                                        "pictrel_set_window(picture#1, 1)",
+                                        "pictrel_set_geometry_size(picture#1, 4)",
+                                        "pictrel_add_event_callback(picture#1, 4, picture#1)",
+                                        "pictrel_add_event_callback(picture#1, 0, null)",
+                                        "pictrel_parse(picture#1)"));
     EXPECT_EQ(player_.m_pPictureDisplay, 1);
     EXPECT_EQ(player_.m_pPicture, fake_.pictures.last());
 }
@@ -48,13 +48,13 @@ TEST_F(PhotoPlaybackTest, TheNextPhotoKeepsTheDisplayAndReplacesThePicture)
 
     EXPECT_TRUE(player_.OnPlayPhoto("/demo/b.jpg"));
 
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("I \"/demo/b.jpg\"", "I \"Already init display,not init again\"",
-                         "pictrel_destroy(picture#1)", "pictrel_create_from_url(\"/demo/b.jpg\")",
-                         "pictrel_set_window(picture#2, 1)",
-                         "pictrel_set_geometry_size(picture#2, 4)",
-                         "pictrel_add_event_callback(picture#2, 4)",
-                         "pictrel_add_event_callback(picture#2, 0)", "pictrel_parse(picture#2)"));
+    EXPECT_THAT(
+        fake_.lines(),
+        LinesAre("I \"/demo/b.jpg\"", "I \"Already init display,not init again\"",
+                 "pictrel_destroy(picture#1)", "pictrel_create_from_url(\"/demo/b.jpg\")",
+                 "pictrel_set_window(picture#2, 1)", "pictrel_set_geometry_size(picture#2, 4)",
+                 "pictrel_add_event_callback(picture#2, 4, picture#2)",
+                 "pictrel_add_event_callback(picture#2, 0, null)", "pictrel_parse(picture#2)"));
 }
 
 TEST_F(PhotoPlaybackTest, AFailedDisplayIsNotInitializedAgain)
@@ -89,7 +89,7 @@ TEST_F(PhotoPlaybackTest, DecodingFollowsTheResultAndStarts)
 
     player_.DecodePicture(player_.m_pPicture);
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "pictrel_add_event_callback(picture#1, 1)",
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "pictrel_add_event_callback(picture#1, 1, null)",
                                         "pictrel_decode(picture#1, 0)"));
 }
 
@@ -159,7 +159,7 @@ TEST_F(PhotoPlaybackTest, WithoutARotatorEveryPhotoStaysFiveSeconds)
 
         player_.StartSlideShow();
 
-        EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_add(5)")) << index;
+        EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_add(5, controller)")) << index;
         EXPECT_NE(player_.m_pSlideShowTimer, nullptr);
         EXPECT_EQ(player_.m_pPhotoPlayEndTimer, nullptr);
         EXPECT_TRUE(player_.m_bSlideShowStarted);
@@ -174,7 +174,7 @@ TEST_F(PhotoPlaybackTest, WithARotatorTheLastPhotoRunsTheEndTimer)
 
     player_.StartSlideShow();
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_add(180)"));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "ecore_timer_add(180, controller)"));
     EXPECT_EQ(player_.m_pSlideShowTimer, nullptr);
     EXPECT_NE(player_.m_pPhotoPlayEndTimer, nullptr);
 }

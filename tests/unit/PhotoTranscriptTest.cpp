@@ -81,6 +81,12 @@ TEST_P(PlayPhotoTest, EachFailureEndsTheAttemptOrDoesNotMatter)
         EXPECT_EQ(shown, "null");
     else
         EXPECT_EQ(shown, made) << "what was made stays until the next photo";
+    if (player_.m_pPicture == nullptr)
+        return;
+    // Set up behind the window and the size, and before anybody can be told of the picture.
+    const bool set_up = function != "pictrel_set_window" && function != "pictrel_set_geometry_size";
+    EXPECT_EQ(player_.m_pPicture->render_state, set_up ? 0 : fake::Pictures::FRESH);
+    EXPECT_EQ(player_.m_pPicture->user_data, set_up ? controller_.get() : nullptr);
 }
 
 INSTANTIATE_TEST_SUITE_P(Calls, PlayPhotoTest,
@@ -101,7 +107,7 @@ TEST_F(PhotoTranscriptTest, DecodingGoesOnWhetherOrNotTheLibraryFollows)
 
             player_.DecodePicture(player_.m_pPicture);
 
-            Lines expected = {"I \"\"", "pictrel_add_event_callback(" + picture + ", 1)",
+            Lines expected = {"I \"\"", "pictrel_add_event_callback(" + picture + ", 1, null)",
                               "pictrel_decode(" + picture + ", 0)"};
             if (decode_fails)
                 expected += "E \"\"";
@@ -217,7 +223,7 @@ class SlideShowTest : public PhotoTranscriptTest,
     static bool last() { return std::get<1>(GetParam()) + size_t{1} == size(); }
     static Lines timer_added()
     {
-        return {rotator() ? "ecore_timer_add(180)" : "ecore_timer_add(5)"};
+        return {rotator() ? "ecore_timer_add(180, controller)" : "ecore_timer_add(5, controller)"};
     }
 };
 

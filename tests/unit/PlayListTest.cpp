@@ -139,10 +139,10 @@ TEST_F(PlayListTest, AUsbFolderIsScannedOnTheStick)
     EXPECT_THAT(player_.m_vdcLandscapeVideos, ElementsAre(video("c.mp4")));
     EXPECT_EQ(fake_.all(),
               join({scan_begins(),
-                    Lines{"usb_device_get_device_list(8)", "usb_device_list_get_first()",
-                          "usb_device_get_mountpath()", "I \"\"", "stat(\"/media/a/show/\")",
-                          "I \"path existed:/media/a/show/\"", "opendir(\"/media/a/show/\")",
-                          "I \"FileName:c.mp4\"", "closedir()"}}));
+                    Lines{"usb_device_get_device_list(8)", "usb_device_list_get_first(usb-list#1)",
+                          "usb_device_get_mountpath(usb-device#1)", "I \"\"",
+                          "stat(\"/media/a/show/\")", "I \"path existed:/media/a/show/\"",
+                          "opendir(\"/media/a/show/\")", "I \"FileName:c.mp4\"", "closedir()"}}));
 }
 
 TEST_F(PlayListTest, AFolderThatCannotBeOpenedLeavesTheListsAsTheyWere)
@@ -495,7 +495,7 @@ TEST_P(InitPlayListTest, TheListSuitsThePanelOrThePanelIsTurned)
         } else {
             EXPECT_EQ(result, 0);
             expected.push_back(writes(ConfigKey::FILE_MODE, upright_ ? 1 : 2));
-            expected.push_back("ecore_timer_add(0.8)");
+            expected.push_back("ecore_timer_add(0.8, controller)");
         }
         EXPECT_EQ(fake_.all(), expected);
         EXPECT_EQ(player_.m_hRotationDelayTimer != nullptr, result == 0);
@@ -514,7 +514,8 @@ TEST_F(PlayListTest, AnUnreadableSelectionCountsAsPlayAll)
 
     EXPECT_EQ(player_.m_InitPlayList(), 0);
 
-    EXPECT_THAT(fake_.calls(), LinesAre(writes(ConfigKey::FILE_MODE, 2), "ecore_timer_add(0.8)"));
+    EXPECT_THAT(fake_.calls(),
+                LinesAre(writes(ConfigKey::FILE_MODE, 2), "ecore_timer_add(0.8, controller)"));
 }
 
 TEST_F(PlayListTest, TheDelayTimerTurnsThePanel)

@@ -145,7 +145,7 @@ TEST_F(RemoteKeyActionsTest, PlayOnAPhotoPlaysTheWholeListOn)
 
     EXPECT_EQ(rest(), join({{writes(ConfigKey::DEMO_MODE, 0), "I \"\""},
                             rotator_lines(false),
-                            {"ecore_timer_add(5)"}}));
+                            {"ecore_timer_add(5, controller)"}}));
     EXPECT_EQ(player_.m_iPlayIndex, 0);
 }
 
@@ -284,7 +284,7 @@ TEST_F(RemoteKeyActionsTest, TimedRotationIsSwitchedOnAndOff)
     EXPECT_THAT(fake_.loop.timers(), ElementsAre(330.0));
     EXPECT_EQ(fake_.of({"vconf_set_int", "ecore_timer_add", "elm_velt_popup_add"}),
               Lines({writes(ConfigKey::ROTATION_AUTO_MODE, 1), "elm_velt_popup_add(window#1)",
-                     "ecore_timer_add(330)"}));
+                     "ecore_timer_add(330, controller)"}));
 
     key(KEY_TYPE_ROTATION_AUTO);
     EXPECT_EQ(stored(ConfigKey::ROTATION_AUTO_MODE), 0);
@@ -406,14 +406,14 @@ TEST_F(IntervalKeyTest, TheTimerFollowsTheIntervalOfThePresentOrientationOnly)
 
     key(KEY_TYPE_LANDSCAPE_TIMER);
     EXPECT_THAT(fake_.of({"ecore_timer"}),
-                LinesAre("ecore_timer_del(timer#1)", "ecore_timer_add(330)"));
+                LinesAre("ecore_timer_del(timer#1)", "ecore_timer_add(330, controller)"));
 
     set_panel(ROTATION_TYPE_PORTRAIT);
     key(KEY_TYPE_LANDSCAPE_TIMER);
     EXPECT_THAT(fake_.of({"ecore_timer"}), IsEmpty());
     key(KEY_TYPE_PORTRAIT_TIMER);
     EXPECT_THAT(fake_.of({"ecore_timer"}),
-                LinesAre("ecore_timer_del(timer#2)", "ecore_timer_add(360)"));
+                LinesAre("ecore_timer_del(timer#2)", "ecore_timer_add(360, controller)"));
 }
 
 TEST_F(IntervalKeyTest, TheTimerIsUpdatedBeforeTheToast)
@@ -423,7 +423,7 @@ TEST_F(IntervalKeyTest, TheTimerIsUpdatedBeforeTheToast)
     key(KEY_TYPE_LANDSCAPE_TIMER);
 
     EXPECT_THAT(fake_.of({"vconf_set_int", "ecore_timer_add", "elm_velt_popup_toast"}),
-                LinesAre(writes(ConfigKey::LANDSCAPE_TIMER, 1), "ecore_timer_add(330)",
+                LinesAre(writes(ConfigKey::LANDSCAPE_TIMER, 1), "ecore_timer_add(330, controller)",
                          "elm_velt_popup_toast_text_set(popup#1, \"L 5:30\")"));
 }
 
@@ -439,7 +439,7 @@ TEST_F(IntervalKeyTest, AResetReturnsBothToTheStart)
     EXPECT_THAT(fake_.logs(), testing::Contains("I \"enZavoMode = 2 iTimerIndex = 0\""));
     EXPECT_THAT(fake_.of({"vconf_set_int", "ecore_timer_add", "elm_velt_popup_toast"}),
                 LinesAre(writes(ConfigKey::LANDSCAPE_TIMER, 0),
-                         writes(ConfigKey::PORTRAIT_TIMER, 0), "ecore_timer_add(300)",
+                         writes(ConfigKey::PORTRAIT_TIMER, 0), "ecore_timer_add(300, controller)",
                          "elm_velt_popup_toast_text_set(popup#1, \"Reset 5\")"));
 }
 

@@ -222,7 +222,7 @@ TEST_P(TimerUpdateTest, ArmsTheIntervalOfThePresentOrientation)
         if (!readable)
             expected += std::string("E \"GetConfigInt key [") + key + "] faild\"";
         expected += "I \"set timer " + std::to_string(seconds) + " sec\"";
-        expected += "ecore_timer_add(" + std::to_string(seconds) + ")";
+        expected += "ecore_timer_add(" + std::to_string(seconds) + ", controller)";
         timers.push_back(seconds);
     }
 

@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "app_data.h"
 #include "platform.h"
 #include "player/util/EventManager.h"
 #include "player/util/OstrelDemoUtil.h"
@@ -52,6 +53,7 @@ class MainTest : public testing::Test {
         fake_.app.script = std::move(script);
         char name[] = "ostrel-demo-player-tv";
         char *argv[] = {name, nullptr};
+        fake_.registry.name(argv, "argv");
         return demo_player_main(1, argv);
     }
 

@@ -58,7 +58,7 @@ inline Lines popup_closing_lines(const std::string &popup, const std::string &ti
                    "app_context_manager_unset_epop_block()"};
     if (!timer.empty())
         lines += "ecore_timer_del(" + timer + ")";
-    lines += "ecore_timer_add(0.5)";
+    lines += "ecore_timer_add(0.5, controller)";
     return lines;
 }
 
@@ -103,8 +103,8 @@ inline Lines photo_lines(const std::string &path, int n, bool display_ready, boo
     lines += {"pictrel_create_from_url(\"" + path + "\")",
               "pictrel_set_window(" + picture + ", 1)",
               "pictrel_set_geometry_size(" + picture + ", 4)",
-              "pictrel_add_event_callback(" + picture + ", 4)",
-              "pictrel_add_event_callback(" + picture + ", 0)",
+              "pictrel_add_event_callback(" + picture + ", 4, " + picture + ")",
+              "pictrel_add_event_callback(" + picture + ", 0, null)",
               "pictrel_parse(" + picture + ")"};
     return lines;
 }

@@ -10,6 +10,7 @@
 #include <gtest/gtest-spi.h>
 #include <gtest/gtest.h>
 
+#include "app_data.h"
 #include "platform.h"
 #include "player/control/OstrelDemoPlayer.h"
 #include "player/util/EventManager.h"
@@ -21,12 +22,6 @@ int demo_player_main(int argc, char **argv);
 namespace model {
 
 namespace {
-
-// What main() hands to the lifecycle callbacks.
-struct AppData {
-    const char *id;
-    COstrelDemoPlayer *controller;
-};
 
 class Driver {
   public:
@@ -82,18 +77,12 @@ class Driver {
 
         outcome_.failure = difference();
         if (outcome_.failure.empty())
-            outcome_.failure = broken_invariant(controller(), popup_calls_failed_);
+            outcome_.failure = broken_invariant(app_controller(), popup_calls_failed_);
         if (outcome_.failure.empty() && model_.terminated)
             outcome_.failure = leftover(popup_failed_);
         for (int i = 0; i < complaints_.size(); ++i)
             outcome_.failure += std::string(complaints_.GetTestPartResult(i).message()) + "\n";
         return outcome_.failure.empty() && !model_.terminated;
-    }
-
-    COstrelDemoPlayer *controller() const
-    {
-        const auto *data = static_cast<const AppData *>(fake_.app.data());
-        return data == nullptr ? nullptr : data->controller;
     }
 
     std::string difference() const
@@ -109,7 +98,7 @@ class Driver {
                 text << "  " << line << "\n";
         }
         const State expected = model_.state();
-        const State real = real_state(controller());
+        const State real = real_state(app_controller());
         for (size_t i = 0; i < std::min(expected.size(), real.size()); ++i) {
             if (expected[i].second != real[i].second ||
                 std::strcmp(expected[i].first, real[i].first) != 0)
@@ -222,9 +211,9 @@ bool Driver::apply_program(const Step &step)
         fake_.loop.press_key(step.text().c_str());
     } else if (what == "record") {
         stPipeRecord record = {step.number(), step.number(1), 0, 0, 0, 0};
-        CPlayerInspector::m_OnHandleEcorePipeCB(controller(), &record, sizeof record);
+        CPlayerInspector::m_OnHandleEcorePipeCB(app_controller(), &record, sizeof record);
     } else if (what == "null-record") {
-        CPlayerInspector::m_OnHandleEcorePipeCB(controller(), nullptr, 0);
+        CPlayerInspector::m_OnHandleEcorePipeCB(app_controller(), nullptr, 0);
     } else {
         return false;
     }
@@ -262,7 +251,7 @@ void Driver::apply_screen(const Step &step)
 {
     const std::string &what = step.what;
     const int number = step.number();
-    const CPlayerInspector player(*controller());
+    const CPlayerInspector player(*app_controller());
     fake::Widgets &widgets = fake_.widgets;
     if (what == "visible")
         widgets.change_visibility(number);

@@ -57,7 +57,7 @@ void ExpectedSet::post(int id, int parameter)
 
 TimerId ExpectedSet::start_timer(int64_t milliseconds, Alarm alarm)
 {
-    if (!call("ecore_timer_add", static_cast<double>(milliseconds) / 1000.0))
+    if (!call("ecore_timer_add", static_cast<double>(milliseconds) / 1000.0, Raw{"data"}))
         return NONE;
     timers.push_back({alarm, milliseconds, now + milliseconds, true});
     return static_cast<TimerId>(timers.size()) - 1;

@@ -165,7 +165,7 @@ void Model::apply(const Step &step)
     } else if (what == "ok" || what == "popup-timeout" || (what == "ok-press" && number == 1)) {
         close_popup();
     } else if (what == "list-shown") {
-        set.call("ecore_idler_add");
+        set.call("ecore_idler_add", Raw{"data"});
         ++set.idlers;
     } else if (what == "idle") {
         for (; set.idlers > 0; --set.idlers)
@@ -190,7 +190,8 @@ void Model::dispatch(int id, int parameter)
         break;
     case 4:
         if (parameter == 0 && set.picture) {
-            set.decode_followed = set.call("pictrel_add_event_callback", Raw{"picture"}, 1);
+            set.decode_followed =
+                set.call("pictrel_add_event_callback", Raw{"picture"}, 1, Raw{"null"});
             set.call("pictrel_decode", Raw{"picture"}, 0);
         } else if (parameter == 1) {
             set.write(STATUS, 3);

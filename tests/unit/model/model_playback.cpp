@@ -117,8 +117,9 @@ void Model::play_photo()
         !set.call("pictrel_set_geometry_size", Raw{"picture"}, 4))
         return;
     set.picture_mark = 0;
-    set.conflict_followed = set.call("pictrel_add_event_callback", Raw{"picture"}, 4);
-    set.parse_followed = set.call("pictrel_add_event_callback", Raw{"picture"}, 0);
+    set.conflict_followed =
+        set.call("pictrel_add_event_callback", Raw{"picture"}, 4, Raw{"picture"});
+    set.parse_followed = set.call("pictrel_add_event_callback", Raw{"picture"}, 0, Raw{"null"});
     set.call("pictrel_parse", Raw{"picture"});
 }
 
