@@ -87,7 +87,7 @@ def main(arguments):
         return 2
     build_dir = os.path.realpath(arguments[1])
     files = read_all(build_dir)
-    if not any(name.startswith("src/") for name in files):
+    if not files:
         print(f"coverage-report.py: no test has run in {build_dir}", file=sys.stderr)
         return 1
     with open(os.path.join(build_dir, "unreached.txt"), "w", encoding="utf-8") as unreached:
@@ -99,6 +99,8 @@ def main(arguments):
                                          if not count and file.lines[key[0]]):
                 unreached.write(f"{name}:{line}: branch {index}\n")
     report("all", *total(files))
+    if not any(name.startswith("src/") for name in files):
+        return 0  # the contract tests alone do not run the player's own code
     lines, branches = total(files, "src/")
     report("src/", lines, branches)
     if percent(*lines) < LEAST_LINES or percent(*branches) < LEAST_BRANCHES:

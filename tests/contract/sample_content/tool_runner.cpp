@@ -13,7 +13,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -59,6 +58,10 @@ ToolProcess::ToolProcess(const std::vector<std::string> &arguments,
                          const Surroundings &surroundings)
 {
     std::vector<std::string> words = {SAMPLE_TOOL};
+    // By a program of its own: what counts lines writes to files too, between fork() and exec().
+    if (surroundings.file_size_limit > 0)
+        words.insert(words.begin(), {"/usr/bin/prlimit",
+                                     "--fsize=" + std::to_string(surroundings.file_size_limit)});
     words.insert(words.end(), arguments.begin(), arguments.end());
     std::vector<char *> argv;
     for (std::string &word : words)
@@ -74,11 +77,6 @@ ToolProcess::ToolProcess(const std::vector<std::string> &arguments,
         dup2(ends[1], STDERR_FILENO);
         for (const std::string &entry : surroundings.environment)
             putenv(const_cast<char *>(entry.c_str()));
-        if (surroundings.file_size_limit > 0) {
-            const auto limit = static_cast<rlim_t>(surroundings.file_size_limit);
-            const rlimit both = {limit, limit};
-            setrlimit(RLIMIT_FSIZE, &both);
-        }
         execv(argv[0], argv.data());
         _exit(127);
     }
