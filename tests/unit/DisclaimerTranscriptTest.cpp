@@ -1,7 +1,7 @@
 // The disclaimer in every situation: feature on and off, overlay there, half built or missing,
 // panel in each position, each failure.
 
-#include "player_lines.h"
+#include "disclaimer_lines.h"
 
 using testing::Bool;
 using testing::Combine;
@@ -10,23 +10,9 @@ using testing::Values;
 
 namespace {
 
-enum class Overlay { None, Half, Full };
-
-struct Picture {
-    std::string name;
-    std::string path;
-    int width;
-    int height;
-};
-
-const Picture LANDSCAPE = {"ostrel_demo/player_img_china_disclaimer.png", "/res/landscape.png", 240,
-                           135};
-const Picture PORTRAIT = {"ostrel_demo/player_img_china_disclaimer_portrait.png",
-                          "/res/portrait.png", 135, 240};
-
-const Picture &picture_of(int type)
+bool is_upright(int type)
 {
-    return type == 1 || type == 3 ? PORTRAIT : LANDSCAPE;
+    return type == 1 || type == 3;
 }
 
 class DisclaimerTranscriptTest : public PlayerTest {
@@ -35,7 +21,7 @@ class DisclaimerTranscriptTest : public PlayerTest {
     {
         make_window();
         fake_.system.has_disclaimer = true;
-        fake_.system.resources = {{LANDSCAPE.name, LANDSCAPE.path}, {PORTRAIT.name, PORTRAIT.path}};
+        install_disclaimer_pictures(fake_.system);
     }
 
     void build(Overlay overlay)
@@ -45,23 +31,6 @@ class DisclaimerTranscriptTest : public PlayerTest {
         if (overlay != Overlay::None)
             player_.m_CreateDisclaimer();
         fake_.forget();
-    }
-
-    // Choosing the picture of the panel and finding its file.
-    Lines picture_lines(int type) const
-    {
-        const Picture &picture = picture_of(type);
-        const bool found = !fake_.system.resources.empty();
-        Lines lines = {panel_line(type == 1 || type == 3),
-                       "getResourcePath(\"org.tizen.video-player-tv\", \"" + picture.name + "\")"};
-        if (found)
-            lines += "freeResourcePath(\"" + picture.path + "\")";
-        return lines += "I \"" + picture.name + " path[" + (found ? picture.path : "") + "]\"";
-    }
-
-    std::string path(int type) const
-    {
-        return fake_.system.resources.empty() ? "" : picture_of(type).path;
     }
 
     // What is on the screen of an overlay; "null" for what is missing.
@@ -79,53 +48,7 @@ class DisclaimerTranscriptTest : public PlayerTest {
 
 class CreateDisclaimerTest
     : public DisclaimerTranscriptTest,
-      public testing::WithParamInterface<std::tuple<bool, int, Overlay, std::string>> {
-  protected:
-    static Lines expected_lines(const Lines &choice, const std::string &file)
-    {
-        const auto &[on, type, overlay, failing] = GetParam();
-        Lines lines = disclaimer_feature_lines(on);
-        if (!on)
-            return lines;
-        lines += disclaimer_feature_lines(on);
-        if (overlay != Overlay::None)
-            lines += "evas_object_del(layout#1)";
-        if (overlay == Overlay::Full)
-            lines += "evas_object_del(imagebox#1)";
-        lines += "elm_velt_layout_add(window#1)";
-        if (failing == "elm_velt_layout_add")
-            return lines += "E \"NULL == m_pDisclaimerRootLayout\"";
-        const std::string root = overlay == Overlay::None ? "layout#1" : "layout#2";
-        lines +=
-            {"elm_velt_layout_type_set(" + root + ", 1)",
-             "evas_object_size_hint_weight_set(" + root + ", 1, 1)",
-             "elm_win_resize_object_add(window#1, " + root + ")",
-             "elm_velt_layout_align_set(" + root + ", 8)", "elm_velt_imagebox_add(" + root + ")"};
-        if (failing == "elm_velt_imagebox_add")
-            return lines += "E \"NULL == m_pDisclaimerImageBox\"";
-        const std::string number = overlay == Overlay::Full ? "#2" : "#1";
-        const std::string box = "imagebox" + number;
-        const Picture &picture = picture_of(type);
-        const std::string width = std::to_string(picture.width * 8);
-        const std::string height = std::to_string(picture.height * 8);
-        lines += choice;
-        return lines += {"I \"add[" + file + "]\"",
-                         "elm_velt_imagebox_file_set(" + box + ", \"" + file + "\")",
-                         "elm_velt_imagebox_responsive_rule_set(" + box + ", 1)",
-                         "elm_velt_imagebox_native_get(" + box + ")",
-                         "elm_object_focus_allow_set(image" + number + ", false)",
-                         "elm_velt_layout_align_set(" + box + ", 8)",
-                         "elm_velt_object_resize_policy_set(" + box + ", 4, 4)",
-                         "elm_velt_unit_to_pixel(" + std::to_string(picture.width) + ")",
-                         "elm_velt_unit_to_pixel(" + std::to_string(picture.height) + ")",
-                         "elm_velt_object_size_max_set(" + box + ", " + width + ", " + height + ")",
-                         // The minimum has its two values swapped.
-                         "elm_velt_object_size_min_set(" + box + ", " + height + ", " + width + ")",
-                         "elm_velt_layout_item_append(" + root + ", " + box + ", " + width + ", " +
-                             height + ")",
-                         "evas_object_hide(" + root + ")", "evas_object_hide(" + box + ")"};
-    }
-};
+      public testing::WithParamInterface<std::tuple<bool, int, Overlay, std::string>> {};
 
 TEST_P(CreateDisclaimerTest, IsBuiltHiddenAsFarAsItGoes)
 {
@@ -142,7 +65,7 @@ TEST_P(CreateDisclaimerTest, IsBuiltHiddenAsFarAsItGoes)
 
     player_.m_CreateDisclaimer();
 
-    EXPECT_EQ(fake_.all(), expected_lines(picture_lines(type), path(type)));
+    EXPECT_EQ(fake_.all(), disclaimer_creation_lines(on, overlay, is_upright(type), failing));
     const bool has_layout = on ? failing != "elm_velt_layout_add" : overlay != Overlay::None;
     const bool has_box =
         on ? has_layout && failing != "elm_velt_imagebox_add" : overlay == Overlay::Full;
@@ -174,9 +97,10 @@ TEST_P(ShowDisclaimerTest, IsShownInThePositionOfTheMoment)
     const bool shown = on && overlay == Overlay::Full;
     Lines expected = disclaimer_feature_lines(on);
     if (shown) {
-        const Picture &picture = picture_of(type);
-        expected += picture_lines(type);
-        expected += {"elm_velt_imagebox_file_set(imagebox#1, \"" + path(type) + "\")",
+        const DisclaimerPicture &picture = disclaimer_picture(is_upright(type));
+        const std::string file = resources ? picture.path : "";
+        expected += disclaimer_picture_lines(is_upright(type), resources);
+        expected += {"elm_velt_imagebox_file_set(imagebox#1, \"" + file + "\")",
                      "evas_object_resize(imagebox#1, " + std::to_string(picture.width) + ", " +
                          std::to_string(picture.height) + ")",
                      "elm_velt_root_layout_render(layout#1)",

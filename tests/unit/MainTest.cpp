@@ -1,4 +1,5 @@
-#include "main_test.h"
+#include "launch_lines.h"
+#include "start_lines.h"
 
 using testing::IsEmpty;
 
@@ -123,78 +124,19 @@ TEST_F(MainCreateTest, AServiceThatFailsHoldsNothingUp)
 
 class LaunchTest : public MainTest {
   protected:
-    using Extras = fake::Application::Extras;
-
-    // Reading one extra.
-    static Lines extra(const Extras &extras, const std::string &key)
-    {
-        const std::string question = "app_control_get_extra_data(\"" + key + "\")";
-        const auto found = extras.find(key);
-        if (found == extras.end())
-            return {question, "I \"Get ExtraKey:" + key + ",fail\""};
-        return {question, "I \"ExtraKey:" + key + ",pStrExtraValue:" + found->second + "\"",
-                "free(text from app_control_get_extra_data)"};
-    }
-
-    static bool is(const Extras &extras, const std::string &key, const std::string &value)
-    {
-        const auto found = extras.find(key);
-        return found != extras.end() && found->second == value;
-    }
-
-    static bool is_ignored(const Extras &extras)
-    {
-        return is(extras, "__K_RELOCATE_BELOW", "com.norvane.tv.aod");
-    }
-
-    static bool is_stop(const Extras &extras)
-    {
-        return !is_ignored(extras) && is(extras, "mode", "factory_stop");
-    }
-
-    static bool is_refused(const Extras &extras)
-    {
-        return is_ignored(extras) || extras.count("mode") != 0;
-    }
-
-    // All that happens before the controller has its turn.
-    static Lines head(const Extras &extras)
-    {
-        Lines lines = join({{"I \"\""}, extra(extras, "__K_RELOCATE_BELOW")});
-        if (is_ignored(extras))
-            return lines;
-        lines = join({lines, extra(extras, "mode")});
-        if (extras.count("mode") != 0)
-            return is_stop(extras) ? join({lines, exit_lines()}) : lines;
-
-        const bool contents = is(extras, "demo_player_mode", "folder_contents_player");
-        lines = join({lines, extra(extras, "demo_player_mode")});
-        if (contents)
-            lines.push_back(writes(DEMO_MODE, 0));
-        lines = join({lines, extra(extras, "repeat_mode"), extra(extras, "folder_path")});
-        if (extras.count("folder_path") == 0)
-            lines = join({lines, {"opendir(\"/opt/data/demo_movie/\")", "closedir()"}});
-        lines = join({lines,
-                      extra(extras, "path_location"),
-                      {"vconf_notify_key_changed(\"db/ostrel-demo-player-tv/demo_mode\", null)"}});
-        if (!contents)
-            lines.push_back("vconf_notify_key_changed(\"db/menu/support/use_mode\", null)");
-        return lines;
-    }
-
     // The folder that is scanned, and whether it is looked for on the sticks.
     static Lines folder(const Extras &extras)
     {
         const auto path = extras.find("folder_path");
         const std::string built_in = "opendir(\"/opt/data/demo_movie/\")";
         if (path == extras.end())
-            return is(extras, "path_location", "usb")
+            return has_extra(extras, "path_location", "usb")
                        ? Lines{built_in, "usb_device_get_device_list(8)",
                                "opendir(\"/media/a//opt/data/demo_movie//\")"}
                        : Lines{built_in, built_in};
         if (path->second.empty())
             return {built_in, built_in};
-        if (!is(extras, "path_location", "usb"))
+        if (!has_extra(extras, "path_location", "usb"))
             return {"opendir(\"" + path->second + "\")"};
         return {"usb_device_get_device_list(8)", "opendir(\"/media/a/" + path->second + "/\")"};
     }
@@ -215,7 +157,7 @@ class LaunchTest : public MainTest {
         run_created([&] {
             fake_.app.launch(extras);
 
-            const Lines expected = head(extras);
+            const Lines expected = request_lines(extras);
             const Lines all = fake_.all();
             EXPECT_EQ(has_controller(), !is_refused(extras));
             EXPECT_EQ(exits(), is_stop(extras) ? 1 : 0);
@@ -238,7 +180,7 @@ void LaunchTest::expect_launched_without_extras()
     run_created([this] {
         fake_.app.launch({{"mode", "factory_stop"}, {"folder_path", "/demo/show/"}});
 
-        const Lines expected = head({});
+        const Lines expected = request_lines({});
         const Lines all = fake_.all();
         ASSERT_GE(all.size(), expected.size());
         EXPECT_EQ(Lines(all.begin(), all.begin() + static_cast<long>(expected.size())), expected);
@@ -357,18 +299,23 @@ TEST_F(LaunchTest, ARelaunchStartsTheOldListAnew)
 
     run_created([&] {
         fake_.app.launch();
+        fake_.registry.name(app_controller(), "controller");
         fake_.forget();
 
         fake_.app.launch(other);
 
-        const Lines expected = head(other);
-        const Lines all = fake_.all();
-        ASSERT_GT(all.size(), expected.size());
-        EXPECT_EQ(Lines(all.begin(), all.begin() + static_cast<long>(expected.size())), expected);
-        EXPECT_EQ(all[expected.size()], reads("db/ostrel-demo-player-tv/file_mode"));
-        EXPECT_EQ(fake_.media.uri, "/opt/data/demo_movie/a.mp4");
-        EXPECT_THAT(fake_.of({"player_create", "app_get_preinitialized", "ecore_pipe_add"}),
-                    IsEmpty());
+        // The request itself chooses all.
+        const Start start = {false, ROTATION_TYPE_LANDSCAPE, 1, 0, false};
+        const OnScreen nothing = {false, 0, PLAYER_STATE_IDLE, ""};
+        EXPECT_EQ(fake_.all(),
+                  join({request_lines(other),
+                        selection_lines(start),
+                        panel_check_lines(start),
+                        disclaimer_feature_lines(false),
+                        timed_rotation_lines(start),
+                        {"D \"0\""},
+                        folder_lines(),
+                        entry_lines("/opt/data/demo_movie/a.mp4", "", false, nothing, false)}));
 
         // The new repeat mode is not taken either, nor the keys of the new player mode.
         fake_.media.fire_prepared();

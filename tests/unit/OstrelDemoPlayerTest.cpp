@@ -1,10 +1,7 @@
 // The controller's birth and the start of the demo.
 
-#include "player_test.h"
-
-#include <optional>
-
-#include "player_lines.h"
+#include "disclaimer_lines.h"
+#include "start_lines.h"
 
 using testing::IsEmpty;
 
@@ -82,19 +79,9 @@ TEST_F(OstrelDemoPlayerTest, AnEmptyPlayListOnlyLogs)
     EXPECT_EQ(fake_.app.exit_requests, 0);
 }
 
-/** One start of the demo. No value means that the key cannot be read, which leaves zero. */
-struct Start {
-    bool rotator;
-    int panel;
-    std::optional<int> file_mode;
-    std::optional<int> word;
-    bool timed;
-};
-
 class Scene : public PlayerTest {
   public:
-    explicit Scene(const Start &start)
-        : now_(start), upright_(start.panel % 2 == 1), file_mode_(start.file_mode.value_or(0))
+    explicit Scene(const Start &start) : now_(start)
     {
         fake_.rotator.supported = now_.rotator;
         store(ConfigKey::FILE_MODE, now_.file_mode);
@@ -111,25 +98,26 @@ class Scene : public PlayerTest {
 
     void expect_start()
     {
-        Lines expected = selection_lines();
-        int result = 1;
-        if (mode_ == -1) {
+        const int mode = now_.mode();
+        Lines expected = selection_lines(now_);
+        if (mode == -1) {
             expected += "I \"\"";
             expected += exit_lines();
-        } else if (expected += rotator_lines(now_.rotator); turns(expected)) {
-            result = 0;
         } else {
-            expected += disclaimer_feature_lines(false);
-            expected += timer_lines();
-            expected += playing_lines();
+            expected += panel_check_lines(now_);
         }
-        const bool plays = result == 1 && mode_ != -1;
+        const bool plays = mode != -1 && !now_.turns();
+        if (plays) {
+            expected += disclaimer_feature_lines(false);
+            expected += timed_rotation_lines(now_);
+            expected += playing_lines(mode);
+        }
 
-        EXPECT_EQ(player_.StartDemoPlayer(), result);
+        EXPECT_EQ(player_.StartDemoPlayer(), now_.turns() ? 0 : 1);
 
         EXPECT_EQ(fake_.all(), expected);
-        EXPECT_EQ(player_.m_iPlayIndex, plays ? mode_ : -1);
-        EXPECT_EQ(player_.m_uiCurPlayIndex, !plays || mode_ == 2 ? 1U : 0U);
+        EXPECT_EQ(player_.m_iPlayIndex, plays ? mode : -1);
+        EXPECT_EQ(player_.m_uiCurPlayIndex, !plays || mode == 2 ? 1U : 0U);
         EXPECT_EQ(fake_.media.preparing(), plays);
     }
 
@@ -142,74 +130,19 @@ class Scene : public PlayerTest {
             fake_.store.values.erase(key);
     }
 
-    static Lines read_lines(const std::string &key, std::optional<int> value)
+    static Lines playing_lines(int mode)
     {
-        Lines lines = {reads(key)};
-        if (!value)
-            lines += "E \"GetConfigInt key [" + key + "] faild\"";
-        return lines;
-    }
-
-    Lines selection_lines()
-    {
-        Lines lines = read_lines(ConfigKey::FILE_MODE, now_.file_mode);
-        lines += read_lines(ConfigKey::DEMO_MODE, now_.word);
-        mode_ = now_.word.value_or(0);
-        if (mode_ == 0 || mode_ == -1)
-            return lines;
-        bool upper = file_mode_ == 2;
-        if (file_mode_ == 0) {
-            lines += panel_line(upright_);
-            upper = upright_;
-        }
-        mode_ = upper ? mode_ / 0x100 : mode_ % 0x100;
-        lines += "E \"eMode=" + std::to_string(file_mode_) + " iMenuType=" + std::to_string(mode_) +
-                 "\"";
-        return lines;
-    }
-
-    // Whether the panel is turned first, because a selection was made for the other orientation.
-    bool turns(Lines &lines) const
-    {
-        if (!now_.rotator || mode_ == 0)
-            return false;
-        lines += panel_line(upright_);
-        const bool wants_upright = file_mode_ == 2;
-        if (wants_upright == upright_)
-            return false;
-        lines += {writes(ConfigKey::FILE_MODE, wants_upright ? 2 : 1), "I \"\"",
-                  "VirtualKey_Send_KeyCode(569, 2)"};
-        return true;
-    }
-
-    Lines timer_lines() const
-    {
-        Lines lines = {"I \"\""};
-        lines += rotator_lines(now_.rotator);
-        if (!now_.rotator || !now_.timed)
-            return lines;
-        lines += {panel_line(upright_),
-                  reads(upright_ ? ConfigKey::PORTRAIT_TIMER : ConfigKey::LANDSCAPE_TIMER),
-                  "I \"set timer 300 sec\"", "ecore_timer_add(300, controller)"};
-        return lines;
-    }
-
-    Lines playing_lines() const
-    {
-        Lines lines = {"D \"" + std::to_string(mode_) + "\""};
+        Lines lines = {"D \"" + std::to_string(mode) + "\""};
         lines += folder_lines();
-        if (mode_ > 2)
+        if (mode > 2)
             lines += writes(ConfigKey::DEMO_MODE, 0);
-        const std::string path = std::string(FOLDER) + (mode_ == 2 ? "b.mp4" : "a.mp4");
+        const std::string path = std::string(FOLDER) + (mode == 2 ? "b.mp4" : "a.mp4");
         lines += {"D \"" + path + "\"", "D \"0 0\""};
         lines += video_lines(path, "", PLAYER_STATE_IDLE, false);
         return lines;
     }
 
     const Start now_;
-    const bool upright_;
-    const int file_mode_;
-    int mode_ = 0;
 };
 
 class StartTableTest : public testing::TestWithParam<std::tuple<bool, int, bool>> {};
@@ -256,6 +189,8 @@ TEST_F(OstrelDemoPlayerTest, ARefusedFileIsReported)
 
 TEST_F(OstrelDemoPlayerTest, ARelaunchStartsAnewOnTheSameObject)
 {
+    const Start start = {false, ROTATION_TYPE_LANDSCAPE, 1, 1, false};
+    install_disclaimer_pictures(fake_.system);
     fake_.system.has_disclaimer = true;
     created({"a.mp4", "b.mp4"});
     player_.StartDemoPlayer();
@@ -270,11 +205,15 @@ TEST_F(OstrelDemoPlayerTest, ARelaunchStartsAnewOnTheSameObject)
 
     EXPECT_EQ(player_.m_iPlayIndex, 1);
     EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
-    EXPECT_THAT(fake_.of({"evas_object_del", "elm_velt_layout_add", "player_stop",
-                          "player_unprepare", "player_set_uri"}),
-                LinesAre("evas_object_del(layout#1)", "evas_object_del(imagebox#1)",
-                         "elm_velt_layout_add(window#1)", "player_stop()", "player_unprepare()",
-                         "player_set_uri(\"/opt/data/demo_movie/a.mp4\")"));
+    Lines expected = selection_lines(start);
+    expected += panel_check_lines(start);
+    expected += disclaimer_creation_lines(true, Overlay::Full, false, "nothing");
+    expected += timed_rotation_lines(start);
+    expected += "D \"1\"";
+    expected += folder_lines();
+    expected += entry_lines("/opt/data/demo_movie/a.mp4", "", false,
+                            {false, 0, PLAYER_STATE_PLAYING, ""}, false);
+    EXPECT_EQ(fake_.all(), expected);
 }
 
 } // namespace

@@ -79,26 +79,15 @@ class PlaySequenceTranscriptTest : public PlayerTest,
     }
 
     // What is done for an entry once it is chosen.
-    Lines entry_lines(size_t index) const
+    Lines chosen_lines(size_t index) const
     {
         const SequenceCase &now = GetParam();
-        const bool photo = now.kinds[index] == 'p';
-        const std::string path = FOLDER + now.name(index);
-        Lines lines = {"D \"" + path + "\"", std::string("D \"") + (photo ? "1 " : "0 ") +
-                                                 (now.photo_shown ? "1\"" : "0\"")};
-        player_state_e state = now.photo_shown ? PLAYER_STATE_IDLE : PLAYER_STATE_PLAYING;
-        if (photo && !now.photo_shown) {
-            lines += video_stopping_lines(state);
-        } else if (!photo && now.photo_shown) {
-            lines += {"I \"\"", "ecore_timer_del(timer#1)", "pictrel_destroy(picture#1)",
-                      "pictrel_destroy_display(1)", "I \"Destroy end\""};
-        }
-        if (photo)
-            return lines +=
-                   photo_lines(path, now.photo_shown ? 2 : 1, now.photo_shown, now.photo_shown);
         const std::string subtitle =
             now.kinds[index] == 'V' ? FOLDER + std::string("sub.srt") : std::string();
-        return lines += video_lines(path, subtitle, state, now.kinds.size() == 1);
+        const OnScreen before = now.photo_shown ? OnScreen{true, 1, PLAYER_STATE_IDLE, "timer#1"}
+                                                : OnScreen{false, 0, PLAYER_STATE_PLAYING, ""};
+        return entry_lines(FOLDER + now.name(index), subtitle, now.kinds[index] == 'p', before,
+                           now.kinds.size() == 1);
     }
 };
 
@@ -130,7 +119,7 @@ TEST_P(PlaySequenceTranscriptTest, TheEntryIsChosenAndPlayed)
     if (leaves)
         expected += exit_lines();
     else
-        expected += entry_lines(index);
+        expected += chosen_lines(index);
 
     const bool played = now.step == Step::Contents ? player_.m_PlayContents()
                         : now.step == Step::Next   ? player_.m_PlayNextFile()

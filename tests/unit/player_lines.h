@@ -108,3 +108,31 @@ inline Lines photo_lines(const std::string &path, int n, bool display_ready, boo
               "pictrel_parse(" + picture + ")"};
     return lines;
 }
+
+/** What is on the screen when the next entry comes. */
+struct OnScreen {
+    bool photo;                   /**< and no video */
+    int pictures_made;            /**< so far, the one on the screen included */
+    player_state_e video;         /**< what the media player does */
+    std::string slide_show_timer; /**< its name, or an empty text */
+};
+
+/** Changing to an entry of the list and setting it up. */
+inline Lines entry_lines(const std::string &path, const std::string &subtitle, bool photo,
+                         const OnScreen &before, bool looping)
+{
+    Lines lines = {"D \"" + path + "\"",
+                   std::string("D \"") + (photo ? "1 " : "0 ") + (before.photo ? "1\"" : "0\"")};
+    if (photo && !before.photo) {
+        lines += video_stopping_lines(before.video);
+    } else if (!photo && before.photo) {
+        lines += "I \"\"";
+        if (!before.slide_show_timer.empty())
+            lines += "ecore_timer_del(" + before.slide_show_timer + ")";
+        lines += {"pictrel_destroy(picture#" + std::to_string(before.pictures_made) + ")",
+                  "pictrel_destroy_display(1)", "I \"Destroy end\""};
+    }
+    if (photo)
+        return lines += photo_lines(path, before.pictures_made + 1, before.photo, before.photo);
+    return lines += video_lines(path, subtitle, before.video, looping);
+}
