@@ -58,7 +58,10 @@ typedef struct {
  */
 int ui_app_main(int argc, char **argv, ui_app_lifecycle_callback_s *callbacks, void *user_data);
 
-/** Asks the main loop to end; returns at once. Asking again while it ends changes nothing. */
+/**
+ * Asks the main loop to end; returns at once. Asking again while it ends changes nothing. Any
+ * thread: callbacks of the other services come from threads of their own.
+ */
 void ui_app_exit(void);
 
 /**

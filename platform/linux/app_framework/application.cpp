@@ -181,6 +181,12 @@ void Application::signalled()
 
 void Application::quit()
 {
+    if (!eina_main_loop_is()) {
+        // The loop is not this thread's to end, and would sleep on. A call that finds the
+        // application over already only notes that its end was asked for.
+        ecore_main_loop_thread_safe_call_async([](void *) { Application::get().quit(); }, nullptr);
+        return;
+    }
     quit_asked_ = true;
     if (phase_ == Phase::Running)
         ecore_main_loop_quit();

@@ -1,6 +1,6 @@
 /**
  * The application and its life: start, launch requests, pause and resume, the end. One per process.
- * Main-loop thread only.
+ * Main-loop thread only, but for quit().
  */
 #pragma once
 
@@ -38,7 +38,7 @@ class Application {
     /** The whole life of the application. @return the exit status of the process */
     int run(int argc, char **argv, const ui_app_lifecycle_callback_s &callbacks, void *user_data);
 
-    /** Asks for the end; safe at any time. */
+    /** Asks for the end; safe at any time. Any thread; from another one it is taken up later. */
     void quit();
 
     app_event_handler_h add_event_handler(app_event_type_e type, app_event_cb callback,

@@ -1,12 +1,15 @@
 // A small application on the framework. It writes what happens to it to its standard output, one
 // line each, and does what lines on its standard input say:
-//   quit | hide | delete | close | sync | turn DEGREES | press KEY | panel-key | language
+//   quit | quit-from-a-thread | hide | delete | close | sync | turn DEGREES | press KEY | panel-key
+//   | language
 // Environment: TEST_CREATE_FAILS, TEST_QUIT_IN_CREATE, TEST_QUIT_IN_CONTROL; TEST_SLOW_CREATE and
 // TEST_SLOW_TERMINATE wait for a line on the standard input.
 
 #include <cstdio>
 #include <cstdlib>
+#include <future>
 #include <string>
+#include <thread>
 #include <unistd.h>
 
 #include <Ecore.h>
@@ -189,11 +192,32 @@ void delete_window()
     window = nullptr;
 }
 
+std::promise<void> about_to_sleep;
+std::thread ending_thread;
+
+/** Ends from a thread of its own, as a library's callback does, while the main loop sleeps. */
+void quit_from_a_thread()
+{
+    ending_thread = std::thread([asleep = about_to_sleep.get_future()] {
+        asleep.wait();
+        ui_app_exit();
+        ui_app_exit();
+    });
+    ecore_idle_enterer_add(
+        [](void *) -> Eina_Bool {
+            about_to_sleep.set_value();
+            return ECORE_CALLBACK_CANCEL;
+        },
+        nullptr);
+}
+
 void obey(const std::string &command)
 {
     if (command == "quit") {
         ui_app_exit();
         ui_app_exit();
+    } else if (command == "quit-from-a-thread") {
+        quit_from_a_thread();
     } else if (command == "hide") {
         evas_object_hide(window);
     } else if (command == "delete") {
@@ -280,13 +304,17 @@ void on_control(app_control_h control, void *)
 void on_terminate(void *)
 {
     say("terminate");
+    if (ending_thread.joinable())
+        ending_thread.join();
     if (getenv("TEST_SLOW_TERMINATE"))
         wait_for_a_line();
     KeyRouter_Finalize();
     VirtualKey_Finalize();
     display_rotator_remove_cb(on_rotator);
     delete_window();
+    // The loop is over; asking for its end changes nothing, whoever asks.
     ui_app_exit();
+    std::thread(ui_app_exit).join();
 }
 
 } // namespace
