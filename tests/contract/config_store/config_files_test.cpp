@@ -35,6 +35,14 @@ class ConfigFilesTest : public testing::Test {
         return found;
     }
 
+    /** What the system knows about the key's file. */
+    struct stat status() const
+    {
+        struct stat known = {};
+        EXPECT_EQ(stat(path_.c_str(), &known), 0);
+        return known;
+    }
+
     store_test::ScratchDir scratch_;
     ConfigFiles files_{scratch_ / "state", scratch_ / "run"};
     const std::string key_ = "db/a/key";
@@ -129,22 +137,18 @@ TEST_F(ConfigFilesTest, WriteLeavesNothingButTheKey)
 TEST_F(ConfigFilesTest, WriteReplacesTheFileSoThatReadersSeeOldOrNewWhole)
 {
     ASSERT_TRUE(files_.write(key_, 1));
-    struct stat before = {};
-    ASSERT_EQ(stat(path_.c_str(), &before), 0);
+    const struct stat before = status();
     ASSERT_TRUE(files_.write(key_, 2));
-    struct stat after = {};
-    ASSERT_EQ(stat(path_.c_str(), &after), 0);
+    const struct stat after = status();
     EXPECT_NE(before.st_ino, after.st_ino);
 }
 
 TEST_F(ConfigFilesTest, ValueThatStandsAlreadyIsNotWrittenAgain)
 {
     ASSERT_TRUE(files_.write(key_, 1));
-    struct stat before = {};
-    ASSERT_EQ(stat(path_.c_str(), &before), 0);
+    const struct stat before = status();
     ASSERT_TRUE(files_.write(key_, 1));
-    struct stat after = {};
-    ASSERT_EQ(stat(path_.c_str(), &after), 0);
+    const struct stat after = status();
     EXPECT_EQ(before.st_ino, after.st_ino);
     EXPECT_EQ(before.st_mtim.tv_nsec, after.st_mtim.tv_nsec);
 }

@@ -40,6 +40,23 @@ void hear_too(keynode_t *node, void *data)
     hear(node, data);
 }
 
+/** A registration that ends with the object, and has to be in force until then. */
+class Watch {
+  public:
+    Watch(const std::string &key, Listener &listener, vconf_callback_fn callback = hear)
+        : key_(key), callback_(callback)
+    {
+        EXPECT_EQ(vconf_notify_key_changed(key.c_str(), callback, &listener), 0);
+    }
+    ~Watch() { EXPECT_EQ(vconf_ignore_key_changed(key_.c_str(), callback_), 0); }
+    Watch(const Watch &) = delete;
+    Watch &operator=(const Watch &) = delete;
+
+  private:
+    std::string key_;
+    vconf_callback_fn callback_;
+};
+
 class ConfigWatch : public ConfigStoreFixture {
   protected:
     // A key that is written behind everything else: once its change was told, so was all before.
@@ -48,10 +65,15 @@ class ConfigWatch : public ConfigStoreFixture {
     void settle()
     {
         Listener end;
-        ASSERT_EQ(vconf_notify_key_changed(last(), hear_too, &end), 0);
+        const Watch watch(last(), end, hear_too);
         ASSERT_EQ(vconf_set_int(last(), ++rounds_), 0);
         EXPECT_TRUE(run_loop_until([&] { return !end.told.empty(); }));
-        EXPECT_EQ(vconf_ignore_key_changed(last(), hear_too), 0);
+    }
+
+    /** Waits until the listener has been told something. @return false when it is not in time */
+    bool gets_told()
+    {
+        return run_loop_until([this] { return !listener_.told.empty(); });
     }
 
     Listener listener_;
@@ -60,44 +82,40 @@ class ConfigWatch : public ConfigStoreFixture {
 
 TEST_F(ConfigWatch, OwnWriteIsToldOnceWithTheFullName)
 {
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
+    const Watch watch(memory_key("a"), listener_);
     ASSERT_EQ(vconf_set_int(memory_key("a"), 1), 0);
     EXPECT_THAT(listener_.told, IsEmpty()) << "told on the main loop, not from inside the write";
 
     settle();
     EXPECT_THAT(listener_.told, ElementsAre(memory_key("a")));
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
 }
 
 TEST_F(ConfigWatch, KeysUnderDbAreWatchedToo)
 {
-    ASSERT_EQ(vconf_notify_key_changed(key("a"), hear, &listener_), 0);
+    const Watch watch(key("a"), listener_);
     ASSERT_EQ(vconf_set_int(key("a"), 1), 0);
-    EXPECT_TRUE(run_loop_until([&] { return !listener_.told.empty(); }));
+    EXPECT_TRUE(gets_told());
     EXPECT_THAT(listener_.told, ElementsAre(key("a")));
-    EXPECT_EQ(vconf_ignore_key_changed(key("a"), hear), 0);
 }
 
 TEST_F(ConfigWatch, WriteOfTheSameValueIsToldToo)
 {
     ASSERT_EQ(vconf_set_int(memory_key("a"), 1), 0);
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
+    const Watch watch(memory_key("a"), listener_);
     ASSERT_EQ(vconf_set_int(memory_key("a"), 1), 0);
     settle();
     EXPECT_THAT(listener_.told, ElementsAre(memory_key("a")));
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
 }
 
 TEST_F(ConfigWatch, WriteOfAnotherProcessIsTold)
 {
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
+    const Watch watch(memory_key("a"), listener_);
     Child writer({CONFIG_STORE_PEER, "set", memory_key("a"), "5"});
     EXPECT_EQ(writer.finish(), 0);
-    EXPECT_TRUE(run_loop_until([&] { return !listener_.told.empty(); }));
+    EXPECT_TRUE(gets_told());
     int value = 0;
     EXPECT_EQ(vconf_get_int(memory_key("a"), &value), 0);
     EXPECT_EQ(value, 5);
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
 }
 
 TEST_F(ConfigWatch, OtherProcessIsToldOfOurWrites)
@@ -115,35 +133,31 @@ TEST_F(ConfigWatch, OtherProcessIsToldOfOurWrites)
 
 TEST_F(ConfigWatch, FileWrittenWithAnEditorIsTold)
 {
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
+    const Watch watch(memory_key("a"), listener_);
     std::ofstream(path(memory_key("a"))) << "9\n";
     settle();
     EXPECT_THAT(listener_.told, ElementsAre(memory_key("a")));
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
 }
 
 TEST_F(ConfigWatch, RemovalIsTold)
 {
     ASSERT_EQ(vconf_set_int(memory_key("a"), 1), 0);
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
+    const Watch watch(memory_key("a"), listener_);
     fs::remove(path(memory_key("a")));
     settle();
     EXPECT_THAT(listener_.told, ElementsAre(memory_key("a")));
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
 }
 
 TEST_F(ConfigWatch, NeighboursInTheFolderAreNotMixedUp)
 {
     Listener neighbour;
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("ab"), hear, &neighbour), 0);
+    const Watch watch(memory_key("a"), listener_);
+    const Watch neighbour_watch(memory_key("ab"), neighbour);
     ASSERT_EQ(vconf_set_int(memory_key("ab"), 1), 0);
     ASSERT_EQ(vconf_set_int(memory_key("unwatched"), 1), 0);
     settle();
     EXPECT_THAT(listener_.told, IsEmpty());
     EXPECT_THAT(neighbour.told, ElementsAre(memory_key("ab")));
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("ab"), hear), 0);
 }
 
 TEST_F(ConfigWatch, SameKeyAndCallbackTwiceKeepOneWithTheNewData)
@@ -162,14 +176,12 @@ TEST_F(ConfigWatch, SameKeyAndCallbackTwiceKeepOneWithTheNewData)
 TEST_F(ConfigWatch, TwoCallbacksOfOneKeyAreBothTold)
 {
     Listener other;
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear_too, &other), 0);
+    const Watch watch(memory_key("a"), listener_);
+    const Watch other_watch(memory_key("a"), other, hear_too);
     ASSERT_EQ(vconf_set_int(memory_key("a"), 1), 0);
     settle();
     EXPECT_THAT(listener_.told, SizeIs(1));
     EXPECT_THAT(other.told, SizeIs(1));
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear_too), 0);
 }
 
 TEST_F(ConfigWatch, IgnoreDropsWhatWasNotDeliveredYet)
@@ -184,15 +196,13 @@ TEST_F(ConfigWatch, IgnoreDropsWhatWasNotDeliveredYet)
 TEST_F(ConfigWatch, NewRegistrationIsNotToldOfEarlierWrites)
 {
     Listener neighbour;
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("b"), hear, &neighbour), 0);
+    const Watch neighbour_watch(memory_key("b"), neighbour);
     ASSERT_EQ(vconf_set_int(memory_key("a"), -1), 0);
     ASSERT_EQ(vconf_set_int(memory_key("b"), 1), 0);
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
+    const Watch watch(memory_key("a"), listener_);
     settle();
     EXPECT_THAT(listener_.told, IsEmpty());
     EXPECT_THAT(neighbour.told, SizeIs(1));
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("b"), hear), 0);
 }
 
 TEST_F(ConfigWatch, CallbackMayEndItsOwnRegistration)
@@ -200,7 +210,7 @@ TEST_F(ConfigWatch, CallbackMayEndItsOwnRegistration)
     listener_.then = [&] { EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0); };
     ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
     ASSERT_EQ(vconf_set_int(memory_key("a"), 1), 0);
-    EXPECT_TRUE(run_loop_until([&] { return !listener_.told.empty(); }));
+    EXPECT_TRUE(gets_told());
     ASSERT_EQ(vconf_set_int(memory_key("a"), 2), 0);
     settle();
     EXPECT_THAT(listener_.told, SizeIs(1));
@@ -210,13 +220,12 @@ TEST_F(ConfigWatch, CallbackMayEndAnothersRegistrationBeforeItIsTold)
 {
     Listener other;
     listener_.then = [&] { vconf_ignore_key_changed(memory_key("a"), hear_too); };
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
+    const Watch watch(memory_key("a"), listener_);
     ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear_too, &other), 0);
     ASSERT_EQ(vconf_set_int(memory_key("a"), 1), 0);
     settle();
     EXPECT_THAT(listener_.told, SizeIs(1));
     EXPECT_THAT(other.told, IsEmpty());
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
 }
 
 TEST_F(ConfigWatch, CallbackMayWriteAndRegister)
@@ -229,48 +238,44 @@ TEST_F(ConfigWatch, CallbackMayWriteAndRegister)
             EXPECT_EQ(vconf_set_int(memory_key("a"), 2), 0);
         }
     };
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
+    const Watch watch(memory_key("a"), listener_);
     ASSERT_EQ(vconf_set_int(memory_key("a"), 1), 0);
     EXPECT_TRUE(run_loop_until([&] { return listener_.told.size() == 2 && !second.told.empty(); }));
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
     EXPECT_EQ(vconf_ignore_key_changed(memory_key("b"), hear), 0);
 }
 
 TEST_F(ConfigWatch, RemovedFolderIsMadeAgainAndWatched)
 {
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
+    const Watch watch(memory_key("a"), listener_);
     const std::string folder = fs::path(path(memory_key("a"))).parent_path().string();
     fs::remove_all(folder);
     EXPECT_TRUE(run_loop_until([&] { return fs::exists(folder); }));
     listener_.told.clear();
 
     ASSERT_EQ(vconf_set_int(memory_key("a"), 7), 0);
-    EXPECT_TRUE(run_loop_until([&] { return !listener_.told.empty(); }));
+    EXPECT_TRUE(gets_told());
     EXPECT_THAT(listener_.told, ElementsAre(memory_key("a")));
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
 }
 
 TEST_F(ConfigWatch, WriteIntoAFolderThatWasJustRemovedIsTold)
 {
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
+    const Watch watch(memory_key("a"), listener_);
     fs::remove_all(fs::path(path(memory_key("a"))).parent_path());
     Child writer({CONFIG_STORE_PEER, "set", memory_key("a"), "5"});
     EXPECT_EQ(writer.finish(), 0);
-    EXPECT_TRUE(run_loop_until([&] { return !listener_.told.empty(); }));
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
+    EXPECT_TRUE(gets_told());
 }
 
 TEST_F(ConfigWatch, FolderMovedAwayIsMadeAgainAndWatched)
 {
     ASSERT_EQ(vconf_set_int(memory_key("a"), 1), 0);
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
+    const Watch watch(memory_key("a"), listener_);
     const std::string folder = fs::path(path(memory_key("a"))).parent_path().string();
     fs::rename(folder, folder + "-away");
-    EXPECT_TRUE(run_loop_until([&] { return !listener_.told.empty(); })) << "the key is gone";
+    EXPECT_TRUE(gets_told()) << "the key is gone";
     listener_.told.clear();
     ASSERT_EQ(vconf_set_int(memory_key("a"), 7), 0);
-    EXPECT_TRUE(run_loop_until([&] { return !listener_.told.empty(); }));
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
+    EXPECT_TRUE(gets_told());
 }
 
 TEST_F(ConfigWatch, OverflowOfTheKernelsQueueLosesNoChange)
@@ -280,7 +285,7 @@ TEST_F(ConfigWatch, OverflowOfTheKernelsQueueLosesNoChange)
     limit >> events;
     ASSERT_GT(events, 0);
     ASSERT_EQ(vconf_set_int(memory_key("a"), 1), 0);
-    ASSERT_EQ(vconf_notify_key_changed(memory_key("a"), hear, &listener_), 0);
+    const Watch watch(memory_key("a"), listener_);
 
     // Two names in turn, because equal events are joined.
     const std::string folder = fs::path(path(memory_key("a"))).parent_path().string();
@@ -290,10 +295,9 @@ TEST_F(ConfigWatch, OverflowOfTheKernelsQueueLosesNoChange)
     ASSERT_EQ(vconf_set_int(memory_key("a"), 2), 0);
 
     const store_test::CapturedLog log;
-    EXPECT_TRUE(run_loop_until([&] { return !listener_.told.empty(); }));
+    EXPECT_TRUE(gets_told());
     EXPECT_THAT(log.text(), testing::HasSubstr("comparing the watched keys"));
     EXPECT_THAT(listener_.told, ElementsAre(memory_key("a")));
-    EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0);
 }
 
 TEST_F(ConfigWatch, BadArgumentsAndUnknownRegistrationsAreRefused)
