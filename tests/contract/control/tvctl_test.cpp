@@ -13,7 +13,21 @@ using testing::StartsWith;
 
 constexpr char kTimer[] = "db/ostrel-demo-player-tv/portrait_timer";
 
-class Tvctl : public ControlFixture {};
+class Tvctl : public ControlFixture {
+  protected:
+    /**
+     * Waits until a "tvctl config watch" has started. It says nothing when it is ready, so the
+     * first change is made again and again until it is seen.
+     */
+    void change_timer_until_seen(store_test::Child &watch)
+    {
+        for (int value = 0; watch.out_text().empty(); value = (value + 1) % 10) {
+            ASSERT_EQ(tvctl({"config", "set", kTimer, std::to_string(value)}).status, 0);
+            watch.read_some(0);
+        }
+        EXPECT_THAT(watch.out_text(), StartsWith(std::string(kTimer) + " "));
+    }
+};
 
 TEST_F(Tvctl, WrongUsageIsExplained)
 {
@@ -118,12 +132,7 @@ TEST_F(Tvctl, WatchPrintsChangesUntilItIsInterrupted)
 {
     for (const int signal : {SIGINT, SIGTERM}) {
         store_test::Child watch({TVCTL, "config", "watch", "portrait_timer", "memory/a"});
-        // It says nothing when it is ready, so the first change is made until it is seen.
-        for (int value = 0; watch.out_text().empty(); value = (value + 1) % 10) {
-            ASSERT_EQ(tvctl({"config", "set", kTimer, std::to_string(value)}).status, 0);
-            watch.read_some(0);
-        }
-        EXPECT_THAT(watch.out_text(), StartsWith(std::string(kTimer) + " "));
+        ASSERT_NO_FATAL_FAILURE(change_timer_until_seen(watch));
 
         ASSERT_EQ(tvctl({"config", "set", "memory/a", "77"}).status, 0);
         EXPECT_TRUE(wait_for(watch, "memory/a 77\n"));
@@ -139,11 +148,7 @@ TEST_F(Tvctl, WatchWithoutAKeyPrintsChangesOfKeysThatNobodyKnewBefore)
 {
     ASSERT_EQ(tvctl({"config", "set", "memory/old", "1"}).status, 0);
     store_test::Child watch({TVCTL, "config", "watch"});
-    for (int value = 0; watch.out_text().empty(); value = (value + 1) % 10) {
-        ASSERT_EQ(tvctl({"config", "set", kTimer, std::to_string(value)}).status, 0);
-        watch.read_some(0);
-    }
-    EXPECT_THAT(watch.out_text(), StartsWith(std::string(kTimer) + " "));
+    ASSERT_NO_FATAL_FAILURE(change_timer_until_seen(watch));
     ASSERT_EQ(tvctl({"config", "set", "memory/old", "2"}).status, 0);
     EXPECT_TRUE(wait_for(watch, "memory/old 2\n"));
     ASSERT_EQ(tvctl({"config", "set", "db/new/folder/key", "7"}).status, 0);
