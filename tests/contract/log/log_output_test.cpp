@@ -36,6 +36,12 @@ std::vector<std::string> probe(int priority, const std::string &text)
     return {LOG_PROBE, std::to_string(priority), "TAG", text};
 }
 
+/** Logs a line in another process. @return what became of it: kWritten, kLost or kLeftOut */
+int fate_of(int priority)
+{
+    return Child(probe(priority, "text")).finish();
+}
+
 TEST_F(LogOutput, LineGoesToStandardErrorWithTheProcessId)
 {
     Child child(probe(DLOG_WARN, "text"));
@@ -64,19 +70,15 @@ TEST_F(LogOutput, DebugIsLeftOutUnlessAskedFor)
 TEST_F(LogOutput, LevelErrorLeavesWarningsOut)
 {
     const Environment level("OSTREL_DEMO_LOG_LEVEL", "error");
-    Child warning(probe(DLOG_WARN, "text"));
-    EXPECT_EQ(warning.finish(), kLeftOut);
-    Child error(probe(DLOG_ERROR, "text"));
-    EXPECT_EQ(error.finish(), kWritten);
+    EXPECT_EQ(fate_of(DLOG_WARN), kLeftOut);
+    EXPECT_EQ(fate_of(DLOG_ERROR), kWritten);
 }
 
 TEST_F(LogOutput, UnknownLevelMeansInfo)
 {
     const Environment level("OSTREL_DEMO_LOG_LEVEL", "loud");
-    Child info(probe(DLOG_INFO, "text"));
-    EXPECT_EQ(info.finish(), kWritten);
-    Child debug(probe(DLOG_DEBUG, "text"));
-    EXPECT_EQ(debug.finish(), kLeftOut);
+    EXPECT_EQ(fate_of(DLOG_INFO), kWritten);
+    EXPECT_EQ(fate_of(DLOG_DEBUG), kLeftOut);
 }
 
 TEST_F(LogOutput, ColoursAreDroppedOnAPipeAndKeptWhenAskedFor)
