@@ -8,6 +8,15 @@
 namespace player_test {
 namespace {
 
+/** The usual clip with frames of another size. */
+Clip clip_of_size(int width, int height)
+{
+    Clip facts;
+    facts.width = width;
+    facts.height = height;
+    return facts;
+}
+
 /** A plane whose window has gone. */
 class ClosedPlane : public platform::VideoPlane {
   public:
@@ -120,9 +129,7 @@ TEST_F(PictureTest, AWideFrameOnATurnedPanelIsTurnedAsTold)
 
 TEST_F(PictureTest, AHighFrameOnATurnedPanelStandsUprightForTheViewer)
 {
-    Clip high;
-    high.width = 90;
-    high.height = 160;
+    const Clip high = clip_of_size(90, 160);
     const std::string file = clip("a.mp4", high);
     // On a panel turned clockwise the picture has to be turned back by as much.
     const std::pair<int, const char *> angles[] = {{90, "gbwr"}, {270, "wrgb"}};
@@ -136,9 +143,7 @@ TEST_F(PictureTest, AHighFrameOnATurnedPanelStandsUprightForTheViewer)
 
 TEST_F(PictureTest, AHighFrameOnAPanelThatIsNotTurnedStandsBetweenBars)
 {
-    Clip high;
-    high.width = 90;
-    high.height = 160;
+    const Clip high = clip_of_size(90, 160);
     ASSERT_TRUE(show(clip("a.mp4", high)));
 
     EXPECT_EQ(picture().quarters(110, 0, 101, 180), "rgbw");
@@ -147,16 +152,12 @@ TEST_F(PictureTest, AHighFrameOnAPanelThatIsNotTurnedStandsBetweenBars)
 
 TEST_F(PictureTest, OtherProportionsGetBars)
 {
-    Clip square_like;
-    square_like.width = 160;
-    square_like.height = 120;
+    const Clip square_like = clip_of_size(160, 120);
     ASSERT_TRUE(show(clip("a.mp4", square_like)));
     EXPECT_EQ(picture().quarters(40, 0, 240, 180), "rgbw");
     EXPECT_TRUE(is_filled(picture(), 'k', 0, 0, 39, 180));
 
-    Clip cinema;
-    cinema.width = 168;
-    cinema.height = 72;
+    const Clip cinema = clip_of_size(168, 72);
     ASSERT_TRUE(show(clip("b.mp4", cinema)));
     EXPECT_EQ(picture().quarters(0, 22, 320, 137), "rgbw");
     EXPECT_TRUE(is_filled(picture(), 'k', 0, 0, 320, 20));
@@ -165,9 +166,7 @@ TEST_F(PictureTest, OtherProportionsGetBars)
 TEST_F(PictureTest, PixelsThatAreNotSquareAreShownInTheirProportions)
 {
     // 128 by 144 of 2:1 pixels is 256 by 144, which is 16:9.
-    Clip anamorphic;
-    anamorphic.width = 128;
-    anamorphic.height = 144;
+    Clip anamorphic = clip_of_size(128, 144);
     anamorphic.pixel_width = 2;
     ASSERT_TRUE(show(clip("a.mp4", anamorphic)));
 
@@ -177,9 +176,7 @@ TEST_F(PictureTest, PixelsThatAreNotSquareAreShownInTheirProportions)
 
 TEST_F(PictureTest, AFrameThatIsHighOnlyInItsPixelsCountsAsWide)
 {
-    Clip anamorphic;
-    anamorphic.width = 80;
-    anamorphic.height = 96;
+    Clip anamorphic = clip_of_size(80, 96);
     anamorphic.pixel_width = 2;
     platform::PanelModel::get().set_first_angle(90);
     ASSERT_TRUE(show(clip("a.mp4", anamorphic)));
@@ -199,9 +196,7 @@ TEST_F(PictureTest, AFilmFromAPhoneIsTurnedAsItsTagSays)
 
 TEST_F(PictureTest, LargeFramesAndDeepColoursAreBroughtDownToThePanel)
 {
-    Clip large;
-    large.width = 3840;
-    large.height = 2160;
+    Clip large = clip_of_size(3840, 2160);
     large.frames = 3;
     large.sound = false;
     ASSERT_TRUE(show(clip("a.mkv", large)));
@@ -258,9 +253,7 @@ TEST_F(PictureTest, ARectangleOutsideThePanelShowsBlack)
 TEST_F(PictureTest, OddSizesOfPanelAndFrameFit)
 {
     use_plane(333, 187);
-    Clip odd;
-    odd.width = 158;
-    odd.height = 94;
+    const Clip odd = clip_of_size(158, 94);
     for (const int degrees : {0, 90, 180, 270}) {
         SCOPED_TRACE(degrees);
         player_->set_rotation(degrees);
