@@ -66,7 +66,7 @@ TEST_F(SubtitleTest, LettersThatNoFontHasAreNoticed)
 }
 
 /** Widths of the words' pictures from left to right, parted at gaps wider than half a letter. */
-std::vector<int> word_widths(const Picture &picture)
+std::vector<int> word_widths_in(const Picture &picture)
 {
     const Picture::Box box = picture.changed_box();
     const int gap = picture.height() / 45;
@@ -87,35 +87,39 @@ std::vector<int> word_widths(const Picture &picture)
     return widths;
 }
 
-TEST_F(SubtitleTest, LeftToRightTextBeginsAtTheLeft)
+/** Texts of a wide word and a narrow one, with room between them that no line is broken in. */
+class SubtitleDirection : public SubtitleTest {
+  protected:
+    /** Draws a text. @return the widths of its words from left to right */
+    std::vector<int> word_widths(const std::string &text) const
+    {
+        const auto track = load("a.srt", one_cue_srt(text));
+        Picture picture(1920, 1080);
+        if (track)
+            picture.draw(*track, 2000);
+        return word_widths_in(picture);
+    }
+
+    const std::string gap_ = "\xC2\xA0\xC2\xA0\xC2\xA0\xC2\xA0";
+};
+
+TEST_F(SubtitleDirection, LeftToRightTextBeginsAtTheLeft)
 {
-    const auto track = load("a.srt", one_cue_srt("WWWWWW\xC2\xA0\xC2\xA0\xC2\xA0\xC2\xA0I"));
-    ASSERT_NE(track, nullptr);
-    Picture picture(1920, 1080);
-    picture.draw(*track, 2000);
-    const std::vector<int> widths = word_widths(picture);
+    const std::vector<int> widths = word_widths("WWWWWW" + gap_ + "I");
     ASSERT_EQ(widths.size(), 2u);
     EXPECT_GT(widths[0], widths[1] * 3);
 }
 
-TEST_F(SubtitleTest, RightToLeftTextBeginsAtTheRight)
+TEST_F(SubtitleDirection, RightToLeftTextBeginsAtTheRight)
 {
-    const auto track = load("a.srt", one_cue_srt("שששששש\xC2\xA0\xC2\xA0\xC2\xA0\xC2\xA0ו"));
-    ASSERT_NE(track, nullptr);
-    Picture picture(1920, 1080);
-    picture.draw(*track, 2000);
-    const std::vector<int> widths = word_widths(picture);
+    const std::vector<int> widths = word_widths("שששששש" + gap_ + "ו");
     ASSERT_EQ(widths.size(), 2u);
     EXPECT_GT(widths[1], widths[0] * 3);
 }
 
-TEST_F(SubtitleTest, ExclamationMarkOfRightToLeftTextStandsAtTheLeft)
+TEST_F(SubtitleDirection, ExclamationMarkOfRightToLeftTextStandsAtTheLeft)
 {
-    const auto track = load("a.srt", one_cue_srt("שששששש\xC2\xA0\xC2\xA0\xC2\xA0\xC2\xA0!"));
-    ASSERT_NE(track, nullptr);
-    Picture picture(1920, 1080);
-    picture.draw(*track, 2000);
-    const std::vector<int> widths = word_widths(picture);
+    const std::vector<int> widths = word_widths("שששששש" + gap_ + "!");
     ASSERT_EQ(widths.size(), 2u);
     EXPECT_GT(widths[1], widths[0] * 3);
 }
