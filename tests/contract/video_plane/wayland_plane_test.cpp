@@ -20,7 +20,7 @@ using platform_test::kScreenHeight;
 using platform_test::kScreenWidth;
 using platform_test::wait_until;
 
-class WaylandPlaneTest : public platform_test::WestonTest {
+class WaylandPlaneMaking : public platform_test::WestonTest {
   protected:
     static PlaneBufferPtr picture(VideoPlane &plane, uint32_t color)
     {
@@ -29,6 +29,23 @@ class WaylandPlaneTest : public platform_test::WestonTest {
         if (drawn)
             std::fill_n(reinterpret_cast<uint32_t *>(drawn->pixels()), drawn->size() / 4, color);
         return drawn;
+    }
+};
+
+/** The tests of a plane that has been made for a window. */
+class WaylandPlaneTest : public WaylandPlaneMaking {
+  protected:
+    void SetUp() override
+    {
+        ASSERT_NO_FATAL_FAILURE(WaylandPlaneMaking::SetUp());
+        plane_ = VideoPlane::for_window(window_);
+        ASSERT_TRUE(plane_);
+    }
+
+    void TearDown() override
+    {
+        plane_.reset();
+        WaylandPlaneMaking::TearDown();
     }
 
     /** The colour in the middle of the compositor's output. */
@@ -54,18 +71,18 @@ class WaylandPlaneTest : public platform_test::WestonTest {
     {
         return std::dynamic_pointer_cast<WaylandPlane>(plane)->buffer_count();
     }
+
+    std::shared_ptr<VideoPlane> plane_;
 };
 
 TEST_F(WaylandPlaneTest, HasThePanelsSizeAndIsOneForItsWindow)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
-    EXPECT_EQ(plane->width(), kScreenWidth);
-    EXPECT_EQ(plane->height(), kScreenHeight);
-    EXPECT_EQ(VideoPlane::for_window(window_), plane);
+    EXPECT_EQ(plane_->width(), kScreenWidth);
+    EXPECT_EQ(plane_->height(), kScreenHeight);
+    EXPECT_EQ(VideoPlane::for_window(window_), plane_);
 }
 
-TEST_F(WaylandPlaneTest, TakesItsSizeFromThePanelModelWhereThatKnowsIt)
+TEST_F(WaylandPlaneMaking, TakesItsSizeFromThePanelModelWhereThatKnowsIt)
 {
     PanelModel::get().set_size(3840, 2160);
     const auto plane = VideoPlane::for_window(window_);
@@ -79,7 +96,7 @@ TEST_F(WaylandPlaneTest, TakesItsSizeFromThePanelModelWhereThatKnowsIt)
     EXPECT_TRUE(plane->present(buffer));
 }
 
-TEST_F(WaylandPlaneTest, IsNotMadeWithoutAWindowOrItsSurface)
+TEST_F(WaylandPlaneMaking, IsNotMadeWithoutAWindowOrItsSurface)
 {
     EXPECT_FALSE(VideoPlane::for_window(nullptr));
 
@@ -91,30 +108,25 @@ TEST_F(WaylandPlaneTest, IsNotMadeWithoutAWindowOrItsSurface)
 
 TEST_F(WaylandPlaneTest, StartsBlackAndShowsThePictureThroughTheWindow)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
     EXPECT_EQ(color_on_screen(), 0x000000u);
 
-    ASSERT_TRUE(plane->present(picture(*plane, 0x20c040)));
+    ASSERT_TRUE(plane_->present(picture(*plane_, 0x20c040)));
     EXPECT_TRUE(run([&] { return color_on_screen() == 0x20c040; }));
-    ASSERT_TRUE(plane->present(picture(*plane, 0xd01030)));
+    ASSERT_TRUE(plane_->present(picture(*plane_, 0xd01030)));
     EXPECT_TRUE(run([&] { return color_on_screen() == 0xd01030; }));
 }
 
 TEST_F(WaylandPlaneTest, GetsEveryPictureBackButTheLast)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
-
     std::vector<std::weak_ptr<PlaneBuffer>> shown;
     std::atomic<bool> all_presented{false};
     std::thread streaming([&] {
         for (uint32_t frame = 0; frame < 200; ++frame) {
             PlaneBufferPtr buffer;
-            if (!wait_until([&] { return (buffer = picture(*plane, frame)) != nullptr; }))
+            if (!wait_until([&] { return (buffer = picture(*plane_, frame)) != nullptr; }))
                 break;
             shown.emplace_back(buffer);
-            plane->present(buffer);
+            plane_->present(buffer);
         }
         all_presented = true;
     });
@@ -127,8 +139,8 @@ TEST_F(WaylandPlaneTest, GetsEveryPictureBackButTheLast)
         return std::count_if(shown.begin(), shown.end(), [](auto &one) { return !one.expired(); });
     };
     EXPECT_TRUE(run([&] { return out() <= 1; })) << out() << " pictures never came back";
-    EXPECT_LE(buffers(plane), 7u) << "six spare ones and the one on the screen";
-    EXPECT_EQ(plane->statistics().presented, 200u);
+    EXPECT_LE(buffers(plane_), 7u) << "six spare ones and the one on the screen";
+    EXPECT_EQ(plane_->statistics().presented, 200u);
 }
 
 /** Shows a hundred pictures without a turn of the main loop. @return how many were shown */
@@ -152,16 +164,12 @@ struct BusyCallback {
 
 TEST_F(WaylandPlaneTest, GoesOnWhileTheMainLoopStandsStill)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
-    EXPECT_EQ(show_a_hundred(*plane), 100);
+    EXPECT_EQ(show_a_hundred(*plane_), 100);
 }
 
 TEST_F(WaylandPlaneTest, GoesOnWhileATimerKeepsTheMainLoopBusy)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
-    BusyCallback busy{plane.get()};
+    BusyCallback busy{plane_.get()};
     const auto on_timer = [](void *data) -> Eina_Bool {
         static_cast<BusyCallback *>(data)->run();
         return ECORE_CALLBACK_CANCEL;
@@ -173,9 +181,7 @@ TEST_F(WaylandPlaneTest, GoesOnWhileATimerKeepsTheMainLoopBusy)
 
 TEST_F(WaylandPlaneTest, GoesOnWhileAnEventKeepsTheMainLoopBusy)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
-    BusyCallback busy{plane.get()};
+    BusyCallback busy{plane_.get()};
     const auto on_event = [](void *data, void *, unsigned int) {
         static_cast<BusyCallback *>(data)->run();
     };
@@ -188,79 +194,67 @@ TEST_F(WaylandPlaneTest, GoesOnWhileAnEventKeepsTheMainLoopBusy)
 
 TEST_F(WaylandPlaneTest, LimitsItsBuffersWhenNoneComesBack)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
-
     std::vector<PlaneBufferPtr> taken;
     while (taken.size() < 100) {
-        taken.push_back(plane->acquire());
+        taken.push_back(plane_->acquire());
         if (!taken.back())
             break;
     }
     EXPECT_LE(taken.size(), 17u);
-    EXPECT_FALSE(plane->acquire());
+    EXPECT_FALSE(plane_->acquire());
 
     taken.clear();
-    EXPECT_TRUE(plane->acquire());
-    EXPECT_LE(buffers(plane), 7u);
+    EXPECT_TRUE(plane_->acquire());
+    EXPECT_LE(buffers(plane_), 7u);
 }
 
 TEST_F(WaylandPlaneTest, ShowsAPictureAgainThatTheCompositorStillHas)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
-    const PlaneBufferPtr red = picture(*plane, 0xff0000);
-    const PlaneBufferPtr blue = picture(*plane, 0x0000ff);
+    const PlaneBufferPtr red = picture(*plane_, 0xff0000);
+    const PlaneBufferPtr blue = picture(*plane_, 0x0000ff);
 
-    EXPECT_TRUE(plane->present(red));
-    EXPECT_TRUE(plane->present(red));
-    EXPECT_TRUE(plane->present(blue));
-    EXPECT_TRUE(plane->present(red));
+    EXPECT_TRUE(plane_->present(red));
+    EXPECT_TRUE(plane_->present(red));
+    EXPECT_TRUE(plane_->present(blue));
+    EXPECT_TRUE(plane_->present(red));
 
     EXPECT_TRUE(run([&] { return color_on_screen() == 0xff0000; }));
 }
 
 TEST_F(WaylandPlaneTest, RefusesAPictureOfAnotherPlane)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
-
-    EXPECT_FALSE(plane->present(VideoPlane::offscreen(kScreenWidth, kScreenHeight)->acquire()));
-    EXPECT_FALSE(plane->present(nullptr));
-    EXPECT_EQ(plane->statistics().presented, 0u);
+    EXPECT_FALSE(plane_->present(VideoPlane::offscreen(kScreenWidth, kScreenHeight)->acquire()));
+    EXPECT_FALSE(plane_->present(nullptr));
+    EXPECT_EQ(plane_->statistics().presented, 0u);
 }
 
 TEST_F(WaylandPlaneTest, ClosesWithItsWindow)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
-    const PlaneBufferPtr shown = picture(*plane, 0x808080);
-    const PlaneBufferPtr kept = picture(*plane, 0x808080);
-    ASSERT_TRUE(plane->present(shown));
+    const PlaneBufferPtr shown = picture(*plane_, 0x808080);
+    const PlaneBufferPtr kept = picture(*plane_, 0x808080);
+    ASSERT_TRUE(plane_->present(shown));
 
     delete_window();
 
-    EXPECT_FALSE(plane->present(kept));
-    EXPECT_FALSE(plane->acquire());
+    EXPECT_FALSE(plane_->present(kept));
+    EXPECT_FALSE(plane_->acquire());
     kept->pixels()[kept->size() - 1] = 1; // still memory
     EXPECT_EQ(shown.use_count(), 1) << "the plane let go of the picture";
 }
 
 TEST_F(WaylandPlaneTest, ClosesUnderAStreamingThread)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
     std::atomic<bool> refused{false};
     std::thread streaming([&] {
         wait_until([&] {
-            const PlaneBufferPtr buffer = plane->acquire();
-            refused = plane->statistics().presented > 20 && !(buffer && plane->present(buffer));
+            const PlaneBufferPtr buffer = plane_->acquire();
+            refused = plane_->statistics().presented > 20 && !(buffer && plane_->present(buffer));
             if (!refused && buffer)
-                plane->present(buffer);
+                plane_->present(buffer);
             return refused.load();
         });
     });
-    EXPECT_TRUE(run([&] { return plane->statistics().presented > 40; }));
+    EXPECT_TRUE(run([&] { return plane_->statistics().presented > 40; }));
 
     delete_window();
     streaming.join();
@@ -270,38 +264,34 @@ TEST_F(WaylandPlaneTest, ClosesUnderAStreamingThread)
 
 TEST_F(WaylandPlaneTest, ClosesWhileTheMainLoopOwesARead)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
     wl_display *display = ecore_wl2_display_get(ecore_wl2_connected_display_get(nullptr));
 
     // As in the middle of the main loop's round: a read announced, not made yet, and the plane's
     // thread waiting for it with the answer to its picture.
     while (wl_display_prepare_read(display) != 0)
         wl_display_dispatch_pending(display);
-    ASSERT_TRUE(plane->present(picture(*plane, 0x00ff00)));
-    ASSERT_TRUE(plane->present(picture(*plane, 0x00ff00)));
+    ASSERT_TRUE(plane_->present(picture(*plane_, 0x00ff00)));
+    ASSERT_TRUE(plane_->present(picture(*plane_, 0x00ff00)));
     ASSERT_TRUE(wait_until([] { return plane_thread_waits_for_a_reader(); }));
 
     delete_window();
-    EXPECT_FALSE(plane->acquire());
-    EXPECT_GT(plane.use_count(), 1) << "the thread has not been left to the main loop";
+    EXPECT_FALSE(plane_->acquire());
+    EXPECT_GT(plane_.use_count(), 1) << "the thread has not been left to the main loop";
     wl_display_cancel_read(display);
 
-    EXPECT_TRUE(run([&] { return plane.use_count() == 1; })) << "the thread never ended";
+    EXPECT_TRUE(run([&] { return plane_.use_count() == 1; })) << "the thread never ended";
 }
 
 TEST_F(WaylandPlaneTest, RefusesPicturesQuietlyOnceTheCompositorIsGone)
 {
-    const auto plane = VideoPlane::for_window(window_);
-    ASSERT_TRUE(plane);
-    ASSERT_TRUE(plane->present(picture(*plane, 0x00ff00)));
+    ASSERT_TRUE(plane_->present(picture(*plane_, 0x00ff00)));
 
     weston_.kill();
 
     // The main loop stands still: the plane has to find out by itself.
     EXPECT_TRUE(wait_until([&] {
-        const PlaneBufferPtr buffer = plane->acquire();
-        return buffer && !plane->present(buffer);
+        const PlaneBufferPtr buffer = plane_->acquire();
+        return buffer && !plane_->present(buffer);
     }));
     EXPECT_TRUE(wait_until([] { return plane_thread().empty(); })) << "its thread goes on";
 }
