@@ -44,8 +44,7 @@ TEST_F(BareCompositorTest, WithoutASeatTheApplicationStartsTakesItsKeysAndLogsNo
     auto app = start_and_show();
     app->say("press XF86PanelEnter");
     EXPECT_TRUE(app->hears("key XF86PanelEnter XF86PanelEnter"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_EQ(quit(*app), 0) << app->errors();
     EXPECT_THAT(app->lines(), Contains("grab 1"));
     EXPECT_THAT(app->errors(), Not(HasSubstr("ERR<")));
     EXPECT_THAT(app->errors(), Not(HasSubstr("E/")));
@@ -55,8 +54,7 @@ TEST_F(BareCompositorTest, ScreenThatEnlargesWindowsIsKnownWithAllItsPixels)
 {
     start_compositor({"--width=640", "--height=400", "--scale=2"});
     auto app = start_and_show();
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_EQ(quit(*app), 0) << app->errors();
     EXPECT_THAT(app->errors(), HasSubstr("the panel is 1280x800, windows on it 640x400\n"));
 }
 
@@ -64,8 +62,7 @@ TEST_F(BareCompositorTest, ScreenThatShowsWindowsAsTheyAreHasOneSizeOnly)
 {
     start_compositor({"--width=640", "--height=400"});
     auto app = start_and_show();
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_EQ(quit(*app), 0) << app->errors();
     EXPECT_THAT(app->errors(), HasSubstr("the panel is 640x400\n"));
     EXPECT_THAT(app->errors(), Not(HasSubstr("windows on it")));
 }

@@ -154,6 +154,12 @@ std::unique_ptr<Program> DesktopTest::start_and_show(const Program::Variables &m
     return app;
 }
 
+int DesktopTest::quit(Program &app)
+{
+    app.say("quit");
+    return app.finish();
+}
+
 void DesktopTest::write_settings(const std::string &text) const
 {
     store_test::write_file(folder_ / "tv.conf", text);

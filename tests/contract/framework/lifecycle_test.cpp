@@ -36,16 +36,14 @@ using LifecycleTest = DesktopTest;
 TEST_F(LifecycleTest, CallsCreateThenTheLaunchRequestThenTerminateOnce)
 {
     auto app = start_and_show();
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_EQ(quit(*app), 0) << app->errors();
     EXPECT_THAT(calls(app->lines()), ElementsAre("create", "control", "terminate"));
 }
 
 TEST_F(LifecycleTest, AnOrdinaryLifeLogsNoErrorLine)
 {
     auto app = start_and_show();
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
     EXPECT_THAT(app->errors(),
                 AllOf(Not(HasSubstr("E/")), Not(HasSubstr("ERR<")), Not(HasSubstr("CRI<"))));
 }
@@ -54,8 +52,7 @@ TEST_F(LifecycleTest, ConfiguredKeyThatTheSetDoesNotHaveIsWarnedOf)
 {
     write_settings("[keys]\nF9 = XF86Bak\nF10 = XF86Back\n");
     auto app = start_and_show();
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
     EXPECT_THAT(app->errors(), HasSubstr("[keys] F9 in tv.conf: the set has no key \"XF86Bak\"\n"));
     EXPECT_THAT(app->errors(), Not(HasSubstr("F10")));
 }
@@ -71,16 +68,14 @@ TEST_F(LifecycleTest, ExtrasOfTheCommandLineArriveByteForByte)
     EXPECT_TRUE(app->hears("extra demo_player_mode=666f6c6465725f636f6e74656e74735f706c61796572"));
     EXPECT_TRUE(app->hears("extra repeat_mode=6e6f"));
     EXPECT_TRUE(app->hears("extra __K_RELOCATE_BELOW=783d79"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_F(LifecycleTest, AMissingExtraIsMissing)
 {
     auto app = start();
     EXPECT_TRUE(app->hears("extra folder_path missing"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_F(LifecycleTest, ALaterStartHandsItsRequestOverAndEnds)
@@ -92,8 +87,7 @@ TEST_F(LifecycleTest, ALaterStartHandsItsRequestOverAndEnds)
     EXPECT_TRUE(first->hears("control"));
     EXPECT_TRUE(first->hears("extra folder_path=2f62c3282f"));
     EXPECT_TRUE(first->hears("ready"));
-    first->say("quit");
-    EXPECT_EQ(first->finish(), 0);
+    EXPECT_EQ(quit(*first), 0);
     EXPECT_THAT(calls(first->lines()), ElementsAre("create", "control", "control", "terminate"));
 }
 
@@ -102,8 +96,7 @@ TEST_F(LifecycleTest, ALaterStartNeedsNoCompositorToHandOver)
     auto first = start_and_show();
     auto second = start({}, {{"WAYLAND_DISPLAY", "nobody"}});
     EXPECT_EQ(second->finish(), 0) << second->errors();
-    first->say("quit");
-    EXPECT_EQ(first->finish(), 0);
+    EXPECT_EQ(quit(*first), 0);
 }
 
 TEST_F(LifecycleTest, ALaterStartTakesThePlaceOfAnInstanceThatEnds)
@@ -114,8 +107,7 @@ TEST_F(LifecycleTest, ALaterStartTakesThePlaceOfAnInstanceThatEnds)
     first->say("go on");
     EXPECT_EQ(first->finish(), 0);
     EXPECT_TRUE(second->hears("visibility 1")) << second->errors();
-    second->say("quit");
-    EXPECT_EQ(second->finish(), 0);
+    EXPECT_EQ(quit(*second), 0);
 }
 
 TEST_F(LifecycleTest, ALaterStartGivesUpOnAnInstanceThatHangs)
@@ -126,8 +118,7 @@ TEST_F(LifecycleTest, ALaterStartGivesUpOnAnInstanceThatHangs)
     EXPECT_EQ(second->finish(), 1);
     EXPECT_THAT(second->errors(), HasSubstr("does not take the launch request"));
     first->signal(SIGCONT);
-    first->say("quit");
-    EXPECT_EQ(first->finish(), 0);
+    EXPECT_EQ(quit(*first), 0);
 }
 
 TEST_F(LifecycleTest, WithoutABusItStartsAloneAndSaysSoOnce)
@@ -154,8 +145,7 @@ TEST_F(LifecycleTest, ABusThatGoesAwayTakesNothingAlong)
         wait_until([&] { return app->errors().find("bus went away") != std::string::npos; }));
     app->say("sync");
     EXPECT_TRUE(app->hears("done sync"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 class SignalTest : public DesktopTest, public testing::WithParamInterface<int> {};
@@ -242,8 +232,7 @@ TEST_F(LifecycleTest, ALanguageChangeReachesItsHandlers)
     auto app = start_and_show();
     app->say("language");
     EXPECT_TRUE(app->hears("language changed"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_F(LifecycleTest, ABadCommandLineEndsWithStatusTwoAndTheUsage)

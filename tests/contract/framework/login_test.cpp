@@ -44,8 +44,7 @@ TEST_F(LoginManagerTest, AShutdownIsAPowerOff)
     manager_->say("shutdown 1");
     EXPECT_TRUE(app->hears("power off"));
     EXPECT_TRUE(app->hears("power state 0"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_EQ(quit(*app), 0) << app->errors();
 }
 
 TEST_F(LoginManagerTest, SleepIsStandbyAndItsEndAWakeUp)
@@ -57,8 +56,7 @@ TEST_F(LoginManagerTest, SleepIsStandbyAndItsEndAWakeUp)
     manager_->say("sleep 0");
     EXPECT_TRUE(app->hears("power wakeup"));
     EXPECT_TRUE(app->hears("power state 2"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_EQ(quit(*app), 0) << app->errors();
 }
 
 TEST_F(LoginManagerTest, TheMachineWaitsForTheEndButNotForEver)
@@ -68,15 +66,13 @@ TEST_F(LoginManagerTest, TheMachineWaitsForTheEndButNotForEver)
     manager_->say("shutdown 1");
     EXPECT_TRUE(app->hears("power off"));
     EXPECT_TRUE(locks_are(0));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_EQ(quit(*app), 0) << app->errors();
 }
 
 TEST_F(LoginManagerTest, AnEndedApplicationHoldsNothingUp)
 {
     auto app = known_app();
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_EQ(quit(*app), 0) << app->errors();
     EXPECT_TRUE(locks_are(0));
 }
 
@@ -93,8 +89,7 @@ TEST_F(LoginManagerTest, ASessionThatLeavesTheScreenPausesAndItsReturnResumes)
         manager_->say("active 1");
         return app->hears("resume", 0.2);
     }));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_EQ(quit(*app), 0) << app->errors();
     const auto &lines = app->lines();
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "pause"), 1);
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "resume"), 1);
@@ -106,8 +101,7 @@ TEST_F(LoginManagerTest, ABusThatGoesAwayIsNoPowerEvent)
     system_bus_.kill();
     app->say("sync");
     EXPECT_TRUE(app->hears("done sync"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_EQ(quit(*app), 0) << app->errors();
     EXPECT_THAT(app->lines(), testing::Not(testing::Contains(testing::HasSubstr("power"))));
 }
 

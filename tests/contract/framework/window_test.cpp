@@ -81,8 +81,7 @@ TEST_P(TurnedWindowTest, StartsAtTheStoredAngle)
     EXPECT_TRUE(app->hears(screen_line("made", turn)));
     EXPECT_TRUE(app->hears("visibility 1"));
     expect_upright();
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_P(TurnedWindowTest, FollowsATurn)
@@ -94,8 +93,7 @@ TEST_P(TurnedWindowTest, FollowsATurn)
     EXPECT_TRUE(wait_until([&] {
         return stored_rotation_state() == std::to_string(turn.state) + "\n";
     })) << stored_rotation_state();
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_P(TurnedWindowTest, ThePointerHitsWhatItShows)
@@ -109,8 +107,7 @@ TEST_P(TurnedWindowTest, ThePointerHitsWhatItShows)
     Screen::get().input(
         {"mousemove", std::to_string(turn.button_x), std::to_string(turn.button_y), "click", "1"});
     EXPECT_TRUE(app->hears("clicked"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
     EXPECT_THAT(app->lines(), Contains("taken back 1 1"));
     EXPECT_THAT(app->lines(), Not(Contains("unwanted")));
 }
@@ -121,8 +118,7 @@ TEST_P(TurnedWindowTest, KeysReachTheFocusedWidgetAndThenTheApplication)
     Screen::get().input({"key", "Escape"});
     EXPECT_TRUE(app->hears("widget key XF86Back"));
     EXPECT_TRUE(app->hears("key XF86Back XF86Back"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Angles, TurnedWindowTest, testing::ValuesIn(TURNS), [](const auto &given) {
@@ -140,8 +136,7 @@ TEST_F(WindowTest, IsPreparedOnceAtThePanelsSizeBeforeItIsShown)
     EXPECT_TRUE(app->hears("made angle 0 screen 0,0 640x400"));
     EXPECT_TRUE(app->hears("shown"));
     EXPECT_TRUE(app->hears("grab 1"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_F(WindowTest, TellsItsVisibilityAfterTheFirstFrameAndOnceOnly)
@@ -153,8 +148,7 @@ TEST_F(WindowTest, TellsItsVisibilityAfterTheFirstFrameAndOnceOnly)
     EXPECT_TRUE(wait_until([] { return Screen::get().colour(70, 40) == RED; }));
     app->say("turn 90");
     EXPECT_TRUE(app->hears("rotator 0 at 90"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
     const auto &lines = app->lines();
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "visibility 1"), 1);
     EXPECT_THAT(lines, Not(Contains("visibility 0")));
@@ -168,8 +162,7 @@ TEST_F(WindowTest, LeavesTheScreenWhenItIsHidden)
     app->say("sync");
     EXPECT_TRUE(app->hears("visibility 0"));
     EXPECT_TRUE(wait_until([] { return Screen::get().colour(70, 40) == BLACK; }));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_F(WindowTest, DeletingItEndsTheApplicationAsItsPolicySays)
@@ -200,8 +193,7 @@ TEST_F(WindowTest, ResizesTheContentInFrontOfTheRotationEvent)
     EXPECT_TRUE(app->hears("resized angle 90 screen 0,0 400x640"));
     EXPECT_TRUE(app->hears("rotation angle 90 screen 0,0 400x640"));
     EXPECT_TRUE(app->hears("rotator 0 at 90"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_F(WindowTest, TurnsByThePanelKeyToTheOtherOrientation)
@@ -213,8 +205,7 @@ TEST_F(WindowTest, TurnsByThePanelKeyToTheOtherOrientation)
     EXPECT_TRUE(app->hears("rotator 0 at 90"));
     app->say("panel-key");
     EXPECT_TRUE(app->hears("rotation angle 0 screen 0,0 640x400"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_F(WindowTest, DoesNotTurnOnASetWithoutRotator)
@@ -225,8 +216,7 @@ TEST_F(WindowTest, DoesNotTurnOnASetWithoutRotator)
     EXPECT_TRUE(app->hears("done panel-key"));
     app->say("turn 90");
     EXPECT_TRUE(app->hears("done turn 90"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
     EXPECT_THAT(app->lines(), Not(Contains(testing::HasSubstr("rotat"))));
 }
 
@@ -247,8 +237,7 @@ TEST_F(WindowTest, HidesThePointerThatRestsAndShowsItWhenItMoves)
     EXPECT_TRUE(wait_until([&] { return !seen_at(450, 300); }));
     Screen::get().input({"mousemove", "480", "200"});
     EXPECT_TRUE(wait_until([&] { return seen_at(480, 200); }));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_F(WindowTest, InjectedKeysKeepTheirName)
@@ -258,8 +247,7 @@ TEST_F(WindowTest, InjectedKeysKeepTheirName)
         app->say(std::string("press ") + name);
         EXPECT_TRUE(app->hears(std::string("key ") + name + " " + name));
     }
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_F(WindowTest, ConfiguredKeysGoBeforeTheTable)
@@ -270,8 +258,7 @@ TEST_F(WindowTest, ConfiguredKeysGoBeforeTheTable)
     EXPECT_TRUE(app->hears("key XF86ChannelGuide XF86ChannelGuide"));
     Screen::get().input({"key", "Escape"});
     EXPECT_TRUE(app->hears("key XF86Exit XF86Exit"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_F(WindowTest, EveryKeyOfThePlayerCanBeTyped)
@@ -302,16 +289,14 @@ TEST_F(WindowTest, EveryKeyOfThePlayerCanBeTyped)
         Screen::get().input({"key", typed});
         EXPECT_TRUE(app->hears(std::string("key ") + name + " " + name)) << typed;
     }
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 TEST_F(WindowTest, AnnouncesInputDevices)
 {
     auto app = start();
     EXPECT_TRUE(app->hears("device added"));
-    app->say("quit");
-    EXPECT_EQ(app->finish(), 0);
+    EXPECT_EQ(quit(*app), 0);
 }
 
 } // namespace
