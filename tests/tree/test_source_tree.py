@@ -74,6 +74,19 @@ def test_platform_includes_nothing_of_the_player(source_dir, files):
     assert not wrong, "\n".join(wrong)
 
 
+def test_platform_headers_define_each_type_once(source_dir, files):
+    # Two types of one name are undefined behaviour that no compiler sees: the linker keeps one.
+    places = {}
+    for name in files:
+        if name.startswith("platform/linux/") and name.endswith(".h"):
+            for kind in re.findall(r"^(?:struct|class|enum class|enum|union) (\w+)[^;\n]*\{$",
+                                   read(source_dir, name), re.MULTILINE):
+                places.setdefault(kind, []).append(name)
+    assert "Size" in places
+    twice = [f"{kind}: {', '.join(where)}" for kind, where in places.items() if len(where) > 1]
+    assert not twice, "\n".join(twice)
+
+
 def test_platform_interfaces_include_no_implementation(source_dir, files):
     interfaces = {os.path.basename(name) for name in files if name.startswith("platform/include/")}
     wrong = [f"{name} includes {include}"

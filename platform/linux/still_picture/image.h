@@ -1,25 +1,13 @@
-/** A decoded picture in memory, and sizes. */
+/** A decoded picture in memory, and how it fits a box. */
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
 #include <memory>
 
+#include "base/geometry.h"
+
 namespace platform {
-
-struct Size {
-    int width = 0;
-    int height = 0;
-
-    bool operator==(const Size &other) const
-    {
-        return width == other.width && height == other.height;
-    }
-    bool operator!=(const Size &other) const { return !(*this == other); }
-    Size turned() const { return {height, width}; }
-    int64_t area() const { return static_cast<int64_t>(width) * height; }
-    bool holds(const Size &other) const { return other.width <= width && other.height <= height; }
-};
 
 /** The largest size of these proportions inside a box; at least one pixel each way. */
 inline Size fit(const Size &picture, const Size &box)

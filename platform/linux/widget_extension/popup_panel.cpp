@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "base/geometry.h"
 #include "widget_extension/free_layout.h"
 #include "widget_extension/plain_text.h"
 #include "widget_extension/widget_manager.h"
@@ -39,11 +40,6 @@ void on_popup_hidden(void *, Evas *, Evas_Object *popup, void *)
 {
     set_content_visible(popup, false);
 }
-
-struct Size {
-    int width = 0;
-    int height = 0;
-};
 
 /** The room of a toast's text: its own width up to the longest line, and one line or two. */
 Size room_of_text(Evas_Object *layout)

@@ -4,17 +4,9 @@
  */
 #pragma once
 
+#include "base/geometry.h"
+
 namespace platform {
-
-struct Size {
-    int width = 0;
-    int height = 0;
-};
-
-struct Point {
-    int x = 0;
-    int y = 0;
-};
 
 /**
  * The size of content that stands upright on a turned panel.
@@ -24,7 +16,7 @@ struct Point {
  */
 inline Size turned_size(Size panel, int degrees)
 {
-    return degrees % 180 != 0 ? Size{panel.height, panel.width} : panel;
+    return degrees % 180 != 0 ? panel.turned() : panel;
 }
 
 /**
