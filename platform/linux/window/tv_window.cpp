@@ -53,8 +53,10 @@ TvWindow *TvWindow::current()
 
 std::unique_ptr<TvWindow> TvWindow::create(const std::string &name, Listener listener)
 {
-    if (ecore_wl2_init() <= 0)
+    if (ecore_wl2_init() <= 0) {
+        PLATFORM_LOGE(SERVICE, "the toolkit's Wayland part could not start");
         return nullptr;
+    }
     Ecore_Wl2_Display *display = ecore_wl2_display_connect(nullptr);
     if (!display) {
         const char *asked = getenv("WAYLAND_DISPLAY");
