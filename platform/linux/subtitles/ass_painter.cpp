@@ -32,13 +32,13 @@ void route_ass_log(int level, const char *format, va_list arguments, void *)
 
 } // namespace
 
-std::unique_ptr<AssPainter> AssPainter::create(const AssScript &script)
+std::unique_ptr<AssPainter> AssPainter::create(const AssScript &script, const StopRequest &stop)
 {
     std::unique_ptr<AssPainter> painter(new AssPainter);
-    return painter->start(script) ? std::move(painter) : nullptr;
+    return painter->start(script, stop) ? std::move(painter) : nullptr;
 }
 
-bool AssPainter::start(const AssScript &script)
+bool AssPainter::start(const AssScript &script, const StopRequest &stop)
 {
     library_.reset(ass_library_init());
     if (!library_)
@@ -63,6 +63,8 @@ bool AssPainter::start(const AssScript &script)
     bound_style_sizes(*track_, largest_size);
 
     for (const AssEvent &event : script.events) {
+        if (is_stopped(stop))
+            return false;
         std::string chunk = with_bounded_sizes(event.chunk, largest_size);
         if (!own_styles_)
             chunk = with_break_places(chunk);

@@ -17,8 +17,12 @@ namespace platform {
 
 class AssPainter {
   public:
-    /** Opens the fonts, which takes some ten milliseconds; null when libass cannot be started. */
-    static std::unique_ptr<AssPainter> create(const AssScript &script);
+    /**
+     * Opens the fonts, which takes some ten milliseconds; null when libass cannot be started, or
+     * when it is told to stop.
+     */
+    static std::unique_ptr<AssPainter> create(const AssScript &script,
+                                              const StopRequest &stop = {});
 
     /**
      * The overlay for a time; made anew only when it differs from the last one. Valid until the
@@ -40,7 +44,7 @@ class AssPainter {
     };
 
     AssPainter() = default;
-    bool start(const AssScript &script);
+    bool start(const AssScript &script, const StopRequest &stop);
     void fit_to(int upright_width, int upright_height);
     void fit_plain_style(int upright_width, int upright_height);
     void fit_margins(int upright_width, int upright_height);

@@ -31,11 +31,14 @@ std::string ass_to_plain(const std::string &ass)
 {
     std::string plain;
     bool drawing = false;
+    // Brackets behind the last closing one open nothing. Looking for an end from each of them would
+    // keep a text full of them busy for minutes.
+    const size_t last_end = ass.rfind('}');
     for (size_t i = 0; i < ass.size(); ++i) {
         const char c = ass[i];
         if (c == '{') {
-            const size_t end = ass.find('}', i);
-            if (end != std::string::npos) {
+            if (last_end != std::string::npos && i < last_end) {
+                const size_t end = ass.find('}', i);
                 drawing = drawing_after(ass.substr(i, end - i), drawing);
                 i = end;
                 continue;

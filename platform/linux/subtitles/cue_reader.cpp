@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <queue>
+#include <utility>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -29,6 +30,10 @@ constexpr size_t longest_plain = size_t{4} * 1024;
 constexpr size_t longest_styled = size_t{64} * 1024;
 constexpr size_t most_at_once_plain = 8;
 constexpr size_t most_at_once_styled = 256;
+
+// libass goes through all that is up for every frame, and the worst of tags cost it some five
+// microseconds a byte: this much is a third of a second, and a frame being drawn cannot be stopped.
+constexpr size_t most_bytes_at_once = longest_styled;
 
 // Our own, because the converters' style is small and thin on a large screen; the painter adapts
 // sizes to the picture. The coordinates are those in which SubRip's positions are counted.
@@ -68,7 +73,7 @@ void route_libav_log(void *source, int level, const char *format, va_list argume
 /** The file's text as a stream that libavformat can read. */
 class MemoryStream {
   public:
-    explicit MemoryStream(const std::string &text) : text_(text)
+    MemoryStream(const std::string &text, const StopRequest &stop) : text_(text), stop_(stop)
     {
         constexpr int size = 32 * 1024;
         auto *buffer = static_cast<unsigned char *>(av_malloc(size));
@@ -91,6 +96,8 @@ class MemoryStream {
     static int read(void *self, uint8_t *buffer, int size)
     {
         auto *stream = static_cast<MemoryStream *>(self);
+        if (is_stopped(stream->stop_))
+            return AVERROR_EXIT;
         const size_t left = stream->text_.size() - stream->position_;
         const size_t count = std::min(left, static_cast<size_t>(size));
         if (count == 0)
@@ -116,6 +123,7 @@ class MemoryStream {
     }
 
     const std::string &text_;
+    const StopRequest &stop_;
     size_t position_ = 0;
     AVIOContext *context_ = nullptr;
 };
@@ -228,12 +236,13 @@ void decode_packet(AVCodecContext *codec, AVPacket *packet, const AVStream &stre
     avsubtitle_free(&subtitle);
 }
 
-AssScript read_with_libav(const std::string &text, const std::string &reader)
+AssScript read_with_libav(const std::string &text, const std::string &reader,
+                          const StopRequest &stop)
 {
     AssScript script;
     script.format = reader;
     const std::string filtered = reader == "sami" ? first_sami_language(text) : std::string();
-    MemoryStream memory(filtered.empty() ? text : filtered);
+    MemoryStream memory(filtered.empty() ? text : filtered, stop);
     const FormatPtr format = open_format(memory, reader);
     if (!format || format->nb_streams == 0 ||
         format->streams[0]->codecpar->codec_type != AVMEDIA_TYPE_SUBTITLE)
@@ -249,7 +258,8 @@ AssScript read_with_libav(const std::string &text, const std::string &reader)
         script.header.assign(reinterpret_cast<const char *>(codec->subtitle_header),
                              static_cast<size_t>(codec->subtitle_header_size));
     const auto longest = static_cast<int>(script.own_styles ? longest_styled : longest_plain);
-    while (script.events.size() < most_events && av_read_frame(format.get(), packet.get()) >= 0) {
+    while (script.events.size() < most_events && !is_stopped(stop) &&
+           av_read_frame(format.get(), packet.get()) >= 0) {
         if (packet->size <= longest && packet->pts != AV_NOPTS_VALUE)
             decode_packet(codec.get(), packet.get(), stream, script);
         av_packet_unref(packet.get());
@@ -297,13 +307,19 @@ bool is_shown(const AssEvent &event, bool own_styles)
 void thin_out(AssScript &script)
 {
     const size_t most = script.own_styles ? most_at_once_styled : most_at_once_plain;
-    std::priority_queue<int64_t, std::vector<int64_t>, std::greater<>> ends;
+    using EndAndSize = std::pair<int64_t, size_t>;
+    std::priority_queue<EndAndSize, std::vector<EndAndSize>, std::greater<>> up;
+    size_t bytes = 0; // of all that are up
     const auto is_too_many = [&](const AssEvent &event) {
-        while (!ends.empty() && ends.top() <= event.start_ms)
-            ends.pop();
-        if (ends.size() >= most)
+        while (!up.empty() && up.top().first <= event.start_ms) {
+            bytes -= up.top().second;
+            up.pop();
+        }
+        const size_t size = event.chunk.size();
+        if (up.size() >= most || (!up.empty() && bytes + size > most_bytes_at_once))
             return true;
-        ends.push(event.start_ms + event.duration_ms);
+        up.emplace(event.start_ms + event.duration_ms, size);
+        bytes += size;
         return false;
     };
     std::vector<AssEvent> kept;
@@ -358,7 +374,7 @@ bool AssEvent::has_effect() const
 }
 
 std::optional<AssScript> read_script(const std::string &text, const std::string &extension,
-                                     std::string &error)
+                                     std::string &error, const StopRequest &stop)
 {
     static std::once_flag log_routed;
     std::call_once(log_routed, [] { av_log_set_callback(&route_libav_log); });
@@ -366,7 +382,12 @@ std::optional<AssScript> read_script(const std::string &text, const std::string 
 
     for (const std::string &reader : candidates(text, extension)) {
         const bool native = reader == "ttxt" || reader == "powerdivx";
-        AssScript script = native ? read_natively(text, reader) : read_with_libav(text, reader);
+        AssScript script =
+            native ? read_natively(text, reader) : read_with_libav(text, reader, stop);
+        if (is_stopped(stop)) {
+            error = load_stopped;
+            return std::nullopt;
+        }
         tidy(script);
         if (!script.events.empty())
             return script;

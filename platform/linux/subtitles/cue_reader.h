@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "subtitles/stop_request.h"
+
 namespace platform {
 
 /** One event, as libass takes it. */
@@ -39,6 +41,6 @@ struct AssScript {
  * @param error     receives one sentence when nothing is returned
  */
 std::optional<AssScript> read_script(const std::string &text, const std::string &extension,
-                                     std::string &error);
+                                     std::string &error, const StopRequest &stop = {});
 
 } // namespace platform

@@ -111,9 +111,14 @@ std::string unquote_lines(const std::string &text)
 {
     if (text.size() < 2 || text.front() != '\'' || text.back() != '\'')
         return text;
-    std::string lines = text.substr(1, text.size() - 2);
-    for (size_t at = lines.find("''"); at != std::string::npos; at = lines.find("''", at + 1))
-        lines.replace(at, 2, "\n");
+    // Not replaced in place, which would move the rest of the text each time.
+    std::string lines;
+    lines.reserve(text.size());
+    for (size_t i = 1; i + 1 < text.size(); ++i) {
+        const bool seam = text[i] == '\'' && text[i + 1] == '\'' && i + 2 < text.size();
+        lines += seam ? '\n' : text[i];
+        i += seam;
+    }
     return lines;
 }
 
@@ -204,17 +209,25 @@ std::vector<PlainCue> read_ttxt(const std::string &text)
 {
     static const char opening[] = "<TextSample ";
     std::vector<PlainCue> cues;
+    size_t tag_end = 0;
     for (size_t at = text.find(opening); at != std::string::npos;) {
         const size_t next = text.find(opening, at + 1);
-        const size_t tag_end = text.find('>', at);
+        if (tag_end <= at)
+            tag_end = text.find('>', at);
         if (tag_end == std::string::npos)
             break;
+        // A tag that the next one begins in is no tag. A file full of them, with one end for all,
+        // is not to be looked through or copied to that end for each.
+        if (next < tag_end) {
+            at = next;
+            continue;
+        }
         const std::string tag = text.substr(at, tag_end - at);
         const auto clock = attribute(tag, "sampleTime");
         const auto start = clock ? parse_clock(*clock) : std::nullopt;
         if (start) {
             std::string content;
-            if (tag.back() != '/' && tag_end < next) {
+            if (tag.back() != '/') {
                 const std::string rest = text.substr(tag_end + 1, next - tag_end - 1);
                 content = xml_text(rest.substr(0, rest.find("</TextSample>")));
             }

@@ -34,7 +34,8 @@ std::string system_error(const char *what, int number)
 
 } // namespace
 
-std::optional<std::string> read_subtitle_file(const std::string &path, std::string &error)
+std::optional<std::string> read_subtitle_file(const std::string &path, std::string &error,
+                                              const StopRequest &stop)
 {
     // Without O_NONBLOCK the opening of a FIFO would wait for somebody to write into it.
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
@@ -51,6 +52,10 @@ std::optional<std::string> read_subtitle_file(const std::string &path, std::stri
     std::string content;
     char block[64 * 1024];
     for (;;) {
+        if (is_stopped(stop)) {
+            error = load_stopped;
+            return std::nullopt;
+        }
         const ssize_t count = read(file.get(), block, sizeof block);
         if (count < 0 && errno == EINTR)
             continue;

@@ -8,6 +8,8 @@
 #include <optional>
 #include <string>
 
+#include "subtitles/stop_request.h"
+
 namespace platform {
 
 /** The largest subtitle file that is read, in bytes. Real ones have some hundred kilobytes. */
@@ -19,7 +21,8 @@ constexpr size_t max_subtitle_file_size = 16u << 20;
  * @param path  any bytes but null
  * @param error receives one sentence when nothing is returned
  */
-std::optional<std::string> read_subtitle_file(const std::string &path, std::string &error);
+std::optional<std::string> read_subtitle_file(const std::string &path, std::string &error,
+                                              const StopRequest &stop = {});
 
 /** The file name's extension in lower case without its dot, or an empty text. */
 std::string lower_extension(const std::string &path);

@@ -67,9 +67,10 @@ class AssSubtitleTrack final : public SubtitleTrack {
 
 } // namespace
 
-std::unique_ptr<SubtitleTrack> SubtitleTrack::load(const std::string &path, std::string &error)
+std::unique_ptr<SubtitleTrack> SubtitleTrack::load(const std::string &path, std::string &error,
+                                                   const StopRequest &stop)
 {
-    const auto bytes = read_subtitle_file(path, error);
+    const auto bytes = read_subtitle_file(path, error, stop);
     if (!bytes)
         return nullptr;
     std::string encoding;
@@ -78,12 +79,12 @@ std::unique_ptr<SubtitleTrack> SubtitleTrack::load(const std::string &path, std:
         error = "The file is not a text file.";
         return nullptr;
     }
-    const auto script = read_script(*text, lower_extension(path), error);
+    const auto script = read_script(*text, lower_extension(path), error, stop);
     if (!script)
         return nullptr;
-    auto painter = AssPainter::create(*script);
+    auto painter = AssPainter::create(*script, stop);
     if (!painter) {
-        error = "The subtitle renderer cannot be started.";
+        error = is_stopped(stop) ? load_stopped : "The subtitle renderer cannot be started.";
         return nullptr;
     }
     PLATFORM_LOGI("subtitles", "%zu texts read, format %s, encoding %s", script->events.size(),

@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 
+#include "subtitles/stop_request.h"
+
 namespace platform {
 
 class SubtitleTrack {
@@ -26,8 +28,10 @@ class SubtitleTrack {
      *
      * @param path  any bytes but null
      * @param error receives one sentence when null is returned
+     * @param stop  asked while it is being read, whether to give up
      */
-    static std::unique_ptr<SubtitleTrack> load(const std::string &path, std::string &error);
+    static std::unique_ptr<SubtitleTrack> load(const std::string &path, std::string &error,
+                                               const StopRequest &stop = {});
 
     /**
      * Draws what is on screen at a time into a picture of 32-bit XRGB pixels.
