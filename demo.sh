@@ -20,6 +20,9 @@ plays the videos and photos of that folder instead.
 Where it plays: on a Wayland desktop full screen; on an X11 desktop in a window; on a bare console on
 the screen itself; without any display on a virtual one, with numbered screenshots and a contact
 sheet of them in DIR. Quit with Escape, or with Ctrl-C here.
+
+Ends with status 1 when the show ended by itself because something could not be played, and says what;
+with 2 after wrong usage.
 TEXT
 }
 
@@ -164,12 +167,6 @@ if [ $display = none ] || [ -z "${XDG_RUNTIME_DIR:-}" ]; then
     mkdir -m 0700 "$XDG_RUNTIME_DIR"
 fi
 
-if [ $display = none ] || [ -z "${DBUS_SESSION_BUS_ADDRESS:-}" ]; then
-    export DBUS_SESSION_BUS_ADDRESS="unix:path=$work/bus"
-    start dbus-daemon --session --nofork --nopidfile --address="$DBUS_SESSION_BUS_ADDRESS" \
-        >"$out/dbus.log" 2>&1
-fi
-
 # wait_for FILE PROCESS LOG: until the process has made the file, or has ended without.
 wait_for() {
     local round
@@ -182,6 +179,13 @@ wait_for() {
     tail -n 5 "$3" >&2
     exit 1
 }
+
+# A session bus of its own: on that of the desktop a player that runs already would take the launch
+# request and play its old folder anew.
+export DBUS_SESSION_BUS_ADDRESS="unix:path=$work/bus"
+start dbus-daemon --session --nofork --nopidfile --address="$DBUS_SESSION_BUS_ADDRESS" \
+    >"$out/dbus.log" 2>&1
+wait_for "$work/bus" "$started" "$out/dbus.log"
 
 # compositor BACKEND_OPTION...
 compositor() {
@@ -225,17 +229,34 @@ begin() {
     start "$player" --demo_player_mode folder_contents_player --folder_path "$folder/" \
         2>"$out/$name.log"
     playing=$started
+    asked_to_end=no
 }
 
-# end: waits for the player and reports how it ended.
+ask_to_end() {
+    if kill -TERM "$playing" 2>/dev/null; then
+        asked_to_end=yes
+    fi
+}
+
+# end LOG: waits for the player and reports how it ended. A show that cannot go on ends with status 0
+# as well, since the set starts it again; the configuration tells then why it ended.
 end() {
-    local status=0
+    local log=$1 status=0 why=""
     wait "$playing" || status=$?
     if [ $status -ne 0 ]; then
-        echo "demo.sh: the player ended with status $status; its log ($1) ends:" >&2
-        tail -n 15 "$1" >&2
+        why="the player ended with status $status; its log ends:
+$(tail -n 15 "$log")"
+    elif [ $asked_to_end = no ]; then
+        # Warnings and errors of the player's own are there in every run.
+        case $("$tvctl" config get playback_status 2>/dev/null || true) in
+            2) why="$folder has no video or photo for a panel that stands like this one." ;;
+            3) why="the show ended because something could not be played:
+$(grep -a '^[WE]/PLATFORM' "$log" | tail -n 8 || true)" ;;
+        esac
     fi
-    return $status
+    [ -z "$why" ] || echo "demo.sh: $why" >&2
+    echo "== Log: $log"
+    [ -z "$why" ]
 }
 
 if [ $display != none ]; then
@@ -243,13 +264,15 @@ if [ $display != none ]; then
 rotator=$rotator
 turning_time_s=3"
     echo "   Return or a click opens the options, the arrow keys change the file, Escape quits."
-    [ $rotator = false ] || echo "   $tvctl panel portrait turns the panel."
+    [ $rotator = false ] ||
+        echo "   T turns the panel; from elsewhere this does:
+   DBUS_SESSION_BUS_ADDRESS=$DBUS_SESSION_BUS_ADDRESS $tvctl panel portrait"
     if [ -n "$seconds" ]; then
         for ((second = 0; second < seconds; second++)); do
             kill -0 "$playing" 2>/dev/null || break
             pause 1
         done
-        kill -TERM "$playing" 2>/dev/null || true
+        ask_to_end
     fi
     end "$out/player.log"
     exit
@@ -273,19 +296,27 @@ watch_until() {
 }
 
 quit_player() {
-    kill -TERM "$playing" 2>/dev/null || true
+    ask_to_end
     end "$1"
 }
 
+# The player goes by the names alone, and looks for what follows the last full stop in such a text.
+kinds=.ts/.avi/.mp4/.asf/.wmv/.ogg/.flv/.mpeg/.mkv/.tp/.jpg/.jpeg
 landscape=no portrait=no
-shopt -s nullglob nocaseglob
+shopt -s nullglob dotglob
 for file in "$folder"/*.*; do
-    case ${file##*/} in
-        [Pp][Oo][Rr][Tt][Rr][Aa][Ii][Tt]_*) portrait=yes ;;
+    name=${file##*/}
+    name=${name,,}
+    case $kinds in
+        *".${name##*.}"*) ;;
+        *) continue ;;
+    esac
+    case $name in
+        portrait_*) portrait=yes ;;
         *) landscape=yes ;;
     esac
 done
-shopt -u nullglob nocaseglob
+shopt -u nullglob dotglob
 
 # A set without a rotator shows each photo for five seconds, one with a rotator for three minutes.
 # So the landscape files are shown on the one, and the portrait files on the other, turned meanwhile.

@@ -3,6 +3,7 @@ whichever build the other tests look at."""
 
 import os
 import pathlib
+import re
 import shutil
 import signal
 import subprocess
@@ -73,6 +74,29 @@ def test_demo_without_a_display_leaves_pictures_of_both_orientations(demo, conte
     assert str(demo.out / "contact-sheet.png") in demo.text()
 
 
+def test_demo_without_a_display_passes_over_what_is_no_content(demo, content):
+    picture(content / "portrait_green.jpg", "green", size=(360, 640))
+    (content / "notes.md").write_text("no content\n")
+    process = demo("--seconds", "10", str(content))
+    assert process.wait(300) == 0, demo.text()
+    assert any(has_colour(shot, "green") for shot in demo.out.glob("shot-*.png"))
+
+
+def test_demo_tells_which_video_ended_the_show(demo, content):
+    (content / "sunrise.mp4").write_text("no video\n")
+    process = demo("--seconds", "60", str(content))
+    assert process.wait(300) == 1, demo.text()
+    assert re.search(r"ended because .*\n.*/sunrise\.mp4 cannot be played", demo.text())
+    assert str(demo.out / "landscape.log") in demo.text()
+
+
+def test_demo_tells_that_a_folder_has_nothing_to_play(demo, content):
+    (content / "notes.md").write_text("no content\n")
+    process = demo("--seconds", "60", str(content))
+    assert process.wait(300) == 1, demo.text()
+    assert f"{content} has no video or photo" in demo.text()
+
+
 @pytest.mark.parametrize("moment", ["Building", "Playing", "shot"])
 def test_interrupted_demo_leaves_nothing_behind(demo, content, moment):
     picture(content / "red.jpg", "red")
@@ -106,3 +130,29 @@ def test_demo_on_a_desktop_plays_there_until_the_user_quits(demo, content, scree
     assert f"{desktop} desktop" in demo.text()
     screen.key("Escape")
     assert process.wait(60) == 0, demo.text()
+
+
+@pytest.mark.parametrize("screen", [(1280, 720)], indirect=True)
+def test_demo_on_a_desktop_tells_which_video_ended_the_show(demo, content, screen):
+    (content / "sunrise.mp4").write_text("no video\n")
+    process = demo(str(content), XDG_RUNTIME_DIR=screen.runtime_dir, WAYLAND_DISPLAY=screen.socket)
+    assert process.wait(300) == 1, demo.text()
+    assert "/sunrise.mp4 cannot be played" in demo.text()
+    assert str(demo.out / "player.log") in demo.text()
+
+
+def test_demo_plays_its_folder_beside_a_player_that_runs_already(demo, content, tv, screen, tmp_path):
+    old = tmp_path / "old"
+    old.mkdir()
+    picture(old / "red.jpg", "red")
+    running = tv.start(folder=old)
+    screen.wait_for("red")
+    picture(content / "green.jpg", "green")
+    process = demo(str(content), XDG_RUNTIME_DIR=screen.runtime_dir, WAYLAND_DISPLAY=screen.socket,
+                   DBUS_SESSION_BUS_ADDRESS=tv.bus_address)
+    wait_until(lambda: screen.shown() == "green" or process.poll() is not None, "the demo's photo",
+               deadline_s=300)
+    assert process.poll() is None, demo.text()
+    screen.key("Escape")
+    assert process.wait(60) == 0, demo.text()
+    assert running.running()
