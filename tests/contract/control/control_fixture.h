@@ -1,6 +1,7 @@
 /** A session bus of their own, a player on it, and tvctl, each a process. */
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 #include <vector>
@@ -55,8 +56,9 @@ class ControlFixture : public testing::Test {
 
     static bool wait_for(store_test::Child &child, const std::string &text)
     {
+        const auto deadline = std::chrono::steady_clock::now() + kPatience;
         while (child.out_text().find(text) == std::string::npos) {
-            if (!child.read_some(10000))
+            if (!child.read_some(100) || std::chrono::steady_clock::now() > deadline)
                 break;
         }
         const bool found = child.out_text().find(text) != std::string::npos;
@@ -74,6 +76,9 @@ class ControlFixture : public testing::Test {
     }
 
     std::string in_store(const std::string &name) { return scratch_ / name; }
+
+    /** Long enough for a loaded machine; nothing that works ever takes it. */
+    static constexpr std::chrono::seconds kPatience{30};
 
     static constexpr char DBUS_DAEMON[] = "/usr/bin/dbus-daemon";
 

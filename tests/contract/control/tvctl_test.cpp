@@ -1,5 +1,6 @@
 // What tvctl does without a player: its usage, and the configuration store.
 #include <algorithm>
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -16,16 +17,18 @@ constexpr char kTimer[] = "db/ostrel-demo-player-tv/portrait_timer";
 class Tvctl : public ControlFixture {
   protected:
     /**
-     * Waits until a "tvctl config watch" has started. It says nothing when it is ready, so the
-     * first change is made again and again until it is seen.
+     * Changes a key until a "tvctl config watch" shows it: the watch says nothing when it is ready,
+     * nor when it has found a folder again, and what came before is not told.
      */
-    void change_timer_until_seen(store_test::Child &watch)
+    void change_until_seen(store_test::Child &watch, const std::string &key)
     {
-        for (int value = 0; watch.out_text().empty(); value = (value + 1) % 10) {
-            ASSERT_EQ(tvctl({"config", "set", kTimer, std::to_string(value)}).status, 0);
+        const auto deadline = std::chrono::steady_clock::now() + kPatience;
+        for (int value = 0; watch.out_text().find(key + " ") == std::string::npos;
+             value = (value + 1) % 10) {
+            ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "no change of " << key;
+            ASSERT_EQ(tvctl({"config", "set", key, std::to_string(value)}).status, 0);
             watch.read_some(0);
         }
-        EXPECT_THAT(watch.out_text(), StartsWith(std::string(kTimer) + " "));
     }
 };
 
@@ -132,7 +135,8 @@ TEST_F(Tvctl, WatchPrintsChangesUntilItIsInterrupted)
 {
     for (const int signal : {SIGINT, SIGTERM}) {
         store_test::Child watch({TVCTL, "config", "watch", "portrait_timer", "memory/a"});
-        ASSERT_NO_FATAL_FAILURE(change_timer_until_seen(watch));
+        ASSERT_NO_FATAL_FAILURE(change_until_seen(watch, kTimer));
+        EXPECT_THAT(watch.out_text(), StartsWith(std::string(kTimer) + " "));
 
         ASSERT_EQ(tvctl({"config", "set", "memory/a", "77"}).status, 0);
         EXPECT_TRUE(wait_for(watch, "memory/a 77\n"));
@@ -148,7 +152,8 @@ TEST_F(Tvctl, WatchWithoutAKeyPrintsChangesOfKeysThatNobodyKnewBefore)
 {
     ASSERT_EQ(tvctl({"config", "set", "memory/old", "1"}).status, 0);
     store_test::Child watch({TVCTL, "config", "watch"});
-    ASSERT_NO_FATAL_FAILURE(change_timer_until_seen(watch));
+    ASSERT_NO_FATAL_FAILURE(change_until_seen(watch, kTimer));
+    EXPECT_THAT(watch.out_text(), StartsWith(std::string(kTimer) + " "));
     ASSERT_EQ(tvctl({"config", "set", "memory/old", "2"}).status, 0);
     EXPECT_TRUE(wait_for(watch, "memory/old 2\n"));
     ASSERT_EQ(tvctl({"config", "set", "db/new/folder/key", "7"}).status, 0);
@@ -159,10 +164,7 @@ TEST_F(Tvctl, WatchWithoutAKeyPrintsChangesOfKeysThatNobodyKnewBefore)
     EXPECT_TRUE(wait_for(watch, "db/new/folder/key -\n"));
     std::filesystem::remove_all(in_store("run/memory"));
     EXPECT_TRUE(wait_for(watch, "memory/old -\n"));
-    for (int value = 0; watch.out_text().find("memory/again") == std::string::npos; ++value) {
-        ASSERT_EQ(tvctl({"config", "set", "memory/again", std::to_string(value)}).status, 0);
-        watch.read_some(0);
-    }
+    ASSERT_NO_FATAL_FAILURE(change_until_seen(watch, "memory/again"));
     EXPECT_EQ(watch.out_text().find("/."), std::string::npos) << "half-written files are no keys";
     watch.signal(SIGTERM);
     EXPECT_EQ(watch.finish(), 0);
