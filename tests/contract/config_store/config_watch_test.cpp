@@ -205,6 +205,17 @@ TEST_F(ConfigWatch, NewRegistrationIsNotToldOfEarlierWrites)
     EXPECT_THAT(neighbour.told, SizeIs(1));
 }
 
+TEST_F(ConfigWatch, FurtherRegistrationOfAWatchedKeyIsNotToldOfEarlierWrites)
+{
+    Listener earlier;
+    const Watch earlier_watch(memory_key("a"), earlier, hear_too);
+    ASSERT_EQ(vconf_set_int(memory_key("a"), 1), 0);
+    const Watch watch(memory_key("a"), listener_);
+    settle();
+    EXPECT_THAT(earlier.told, SizeIs(1));
+    EXPECT_THAT(listener_.told, IsEmpty());
+}
+
 TEST_F(ConfigWatch, CallbackMayEndItsOwnRegistration)
 {
     listener_.then = [&] { EXPECT_EQ(vconf_ignore_key_changed(memory_key("a"), hear), 0); };
