@@ -120,8 +120,9 @@ int player_set_subtitle_updated_cb_ex(player_h player, player_subtitle_updated_c
 int player_set_uri(player_h player, const char *uri);
 
 /**
- * Names a subtitle file for the next preparation; state IDLE. A file that turns out to be missing
- * or unreadable is logged and the video plays without it.
+ * Names a subtitle file for the next preparation; state IDLE. It is read while the video is opened.
+ * A file that turns out to be missing or unreadable, or that is still not read three seconds after
+ * the video's first frame is there, is logged and the video plays without it.
  */
 int player_set_subtitle_path(player_h player, const char *path);
 
@@ -145,7 +146,8 @@ int player_resize_video_render_rect(player_h player, int x, int y, int width, in
  * that cannot be played is told through the error callback besides. A file whose first frame does
  * not come within 15 seconds has failed.
  *
- * @return PLAYER_ERROR_NONE when it was started; INVALID_OPERATION without a uri or while one runs
+ * @return PLAYER_ERROR_NONE when it was started; INVALID_OPERATION without a uri or while one runs;
+ *         RESOURCE_LIMIT when the machine has no thread for it; no callback follows then
  */
 int player_prepare_async(player_h player, player_prepared_cb callback, void *user_data);
 

@@ -20,7 +20,7 @@ class FrameOutput {
   public:
     explicit FrameOutput(std::shared_ptr<DisplaySettings> display);
 
-    /** The file's subtitle, before the first frame. `on_cue` hears each text as it appears. */
+    /** The file's subtitle, before it is visible. `on_cue` hears each text as it appears. */
     void set_subtitle(std::unique_ptr<SubtitleTrack> subtitle,
                       std::function<void(const SubtitleTrack::Cue &)> on_cue);
 

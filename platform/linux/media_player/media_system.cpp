@@ -1,6 +1,7 @@
 #include "media_player/media_system.h"
 
 #include <future>
+#include <system_error>
 #include <thread>
 
 #include "log/platform_log.h"
@@ -40,9 +41,20 @@ bool set_up()
     return true;
 }
 
+// Without a thread of its own the first file's thread does it, when it comes to wait for it.
+std::future<bool> begin_set_up()
+{
+    try {
+        return std::async(std::launch::async, set_up);
+    } catch (const std::system_error &error) {
+        PLATFORM_LOGW("player", "no thread can be started for GStreamer: %s", error.what());
+        return std::async(std::launch::deferred, set_up);
+    }
+}
+
 const std::shared_future<bool> &media_system()
 {
-    static const std::shared_future<bool> ready = std::async(std::launch::async, set_up).share();
+    static const std::shared_future<bool> ready = begin_set_up().share();
     return ready;
 }
 

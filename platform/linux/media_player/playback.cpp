@@ -7,12 +7,17 @@
 #include "media_player.h"
 #include "media_player/audio_sink.h"
 #include "media_player/media_uri.h"
+#include "media_player/thread_start.h"
 
 namespace platform {
 namespace {
 
 // A file that goes away slowly, from a disk that was pulled out say, holds up the next no longer.
 constexpr auto longest_wait_for_predecessor = std::chrono::milliseconds(1000);
+
+// A load that was told to stop ends within milliseconds, unless its disk is gone: then it is left
+// to itself, as it holds nothing of the file's.
+constexpr auto longest_wait_for_subtitle_end = std::chrono::milliseconds(1000);
 
 constexpr auto look_after_opening = std::chrono::milliseconds(250);
 
@@ -28,7 +33,10 @@ std::shared_ptr<Playback> Playback::open(PlaybackRequest request,
 {
     auto playback = std::make_shared<Playback>(std::move(request), std::move(listener));
     // The thread keeps its file alive, and may outlive everybody else who knows it.
-    std::thread([playback] { playback->run(); }).detach();
+    std::thread thread = start_thread("a file", [playback] { playback->run(); });
+    if (!thread.joinable())
+        return nullptr;
+    thread.detach();
     return playback;
 }
 
@@ -107,7 +115,9 @@ void Playback::run()
 {
     disposal_.set_value_at_thread_exit();
     arm_first_frame();
-    opener_ = std::thread([this] { open_file(); });
+    opener_ = start_thread("the opening of a file", [this] { open_file(); });
+    if (!opener_.joinable())
+        fail(PLAYER_ERROR_RESOURCE_LIMIT, "there is no thread to open it");
     while (!tasks_.closed()) {
         if (const TaskQueue::Task task = tasks_.take(next_deadline()))
             task();
@@ -119,10 +129,14 @@ void Playback::run()
 
 void Playback::dispose()
 {
+    if (subtitle_loader_)
+        subtitle_loader_->stop();
     if (opener_.joinable())
         opener_.join();
     trick_.reset();
     pipeline_.reset();
+    if (subtitle_loader_)
+        subtitle_loader_->wait_for_end(longest_wait_for_subtitle_end);
     listener_.reset();
 }
 
@@ -139,6 +153,7 @@ std::optional<Playback::Clock::time_point> Playback::next_deadline() const
         consider(ready_limit_);
     else if (phase_ == Phase::Running && !paused_)
         consider(trick_->deadline());
+    consider(subtitle_limit_);
     consider(round_time_);
     consider(broken_check_);
     consider(progress_check_);
@@ -151,6 +166,8 @@ void Playback::on_deadline()
     if (on_ready_ && now >= ready_limit_) {
         on_ready_ = nullptr;
         std::exchange(on_too_late_, nullptr)();
+    } else if (subtitle_limit_ && now >= *subtitle_limit_) {
+        give_up_subtitle();
     } else if (round_time_ && now >= *round_time_) {
         round_time_.reset();
         next_round();
@@ -174,6 +191,7 @@ void Playback::await_ready(std::function<void()> next, std::chrono::milliseconds
 void Playback::arm_first_frame()
 {
     opening_since_ = Clock::now();
+    subtitle_limit_.reset();
     await_first_frame();
 }
 
@@ -208,7 +226,7 @@ int Playback::try_open()
             return code;
     }
     output_->set_end_listener([this] { tasks_.post([this] { on_round_shown(); }); });
-    load_subtitle();
+    tasks_.post([this] { start_subtitle(); });
     if (closing_)
         return PLAYER_ERROR_NONE;
     make_pipeline();
@@ -244,23 +262,6 @@ bool Playback::open_again()
         opener_.join();
     make_pipeline();
     return pipeline_->open();
-}
-
-void Playback::load_subtitle()
-{
-    if (request_.subtitle.empty())
-        return;
-    std::string error;
-    std::unique_ptr<SubtitleTrack> track = SubtitleTrack::load(request_.subtitle, error);
-    if (!track) {
-        PLATFORM_LOGW("player", "%s plays without its subtitle %s: %s", name_.c_str(),
-                      request_.subtitle.c_str(), error.c_str());
-        return;
-    }
-    has_subtitle_ = true;
-    output_->set_subtitle(std::move(track), [this](const SubtitleTrack::Cue &cue) {
-        tasks_.post([this, cue] { listener_->on_subtitle(*this, cue); });
-    });
 }
 
 PipelineEvents Playback::pipeline_events()
@@ -311,7 +312,7 @@ void Playback::on_first_frame()
         return;
     }
     duration_ = pipeline_->duration();
-    tell_result([this] { finish_preparation(); });
+    await_subtitle();
 }
 
 void Playback::on_nothing_came()

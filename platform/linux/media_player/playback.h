@@ -17,6 +17,7 @@
 #include "media_player/display_settings.h"
 #include "media_player/frame_output.h"
 #include "media_player/pipeline.h"
+#include "media_player/subtitle_loader.h"
 #include "media_player/task_queue.h"
 #include "media_player/trick_play.h"
 
@@ -49,13 +50,19 @@ struct PlaybackRequest {
     Pipeline::AudioSinkMaker make_audio_sink;
     std::function<bool()> set_up;              ///< waits for the media system; false: there is none
     std::chrono::milliseconds patience{15000}; ///< longest wait for the first frame
-    std::shared_future<void> predecessor;      ///< the file before, as far as it still goes away
+    SubtitleLoader::Load load_subtitle;
+    std::chrono::milliseconds subtitle_patience{3000}; ///< longest wait for it, past that frame
+    std::shared_future<void> predecessor;        ///< the file before, as far as it still goes away
     std::shared_future<void> before_predecessor; ///< and the one before that
 };
 
 class Playback : public std::enable_shared_from_this<Playback> {
   public:
-    /** Begins to open a file. Nothing is told before release_results(). */
+    /**
+     * Begins to open a file. Nothing is told before release_results().
+     *
+     * @return null when there is no thread for it
+     */
     static std::shared_ptr<Playback> open(PlaybackRequest request,
                                           std::shared_ptr<PlaybackListener> listener);
 
@@ -100,7 +107,6 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void wait_for_others() const;
     void make_pipeline();
     bool open_again();
-    void load_subtitle();
     PipelineEvents pipeline_events();
     void on_first_frame();
     void on_nothing_came();
@@ -108,6 +114,13 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void await_first_frame();
     void tell_result(std::function<void()> result);
     void finish_preparation();
+
+    // Its subtitle.
+    void start_subtitle();
+    void await_subtitle();
+    void on_subtitle_read();
+    void give_up_subtitle();
+    void warn_about_subtitle(const std::string &why) const;
 
     // Playing.
     void do_start();
@@ -155,6 +168,10 @@ class Playback : public std::enable_shared_from_this<Playback> {
     int generation_ = 0; ///< of the pipeline
     std::unique_ptr<Pipeline> pipeline_;
     std::optional<TrickPlay> trick_;
+
+    std::shared_ptr<SubtitleLoader> subtitle_loader_;
+    bool subtitle_pending_ = false;                   ///< it is being read
+    std::optional<Clock::time_point> subtitle_limit_; ///< all else is ready and waits for it
 
     Phase phase_ = Phase::Opening;
     bool paused_ = false;

@@ -156,11 +156,16 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
     request.make_audio_sink = options_.make_audio_sink;
     request.set_up = options_.set_up;
     request.patience = options_.patience;
+    request.load_subtitle = options_.load_subtitle;
+    request.subtitle_patience = options_.subtitle_patience;
     request.predecessor = previous_;
     request.before_predecessor = before_previous_;
+    const std::shared_ptr<Playback> opened = Playback::open(std::move(request), shared_from_this());
+    if (!opened)
+        return PLAYER_ERROR_RESOURCE_LIMIT;
     prepared_ = {callback, user_data};
     rate_ = 1.0;
-    current_ = Playback::open(std::move(request), shared_from_this());
+    current_ = opened;
     schedule_release(current_);
     return PLAYER_ERROR_NONE;
 }

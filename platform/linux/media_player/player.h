@@ -28,6 +28,9 @@ struct PlayerOptions {
     Pipeline::AudioSinkMaker make_audio_sink = platform::make_audio_sink;
     std::function<bool()> set_up = wait_for_media_system;
     std::chrono::milliseconds patience{15000}; ///< longest wait for a first frame
+    SubtitleLoader::Load load_subtitle = SubtitleTrack::load;
+    /** How long a video whose first frame is there may wait for its subtitle. */
+    std::chrono::milliseconds subtitle_patience{3000};
 };
 
 class Player : public PlaybackListener, public std::enable_shared_from_this<Player> {

@@ -1,0 +1,101 @@
+// A machine that has no thread to give loses a video, a subtitle or some time, and goes on.
+
+#include <cerrno>
+
+#include <dlfcn.h>
+#include <pthread.h>
+
+#include <gmock/gmock.h>
+
+#include "player_fixture.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+/** How many threads may still be made before one is refused; negative: all. */
+std::atomic<int> threads_left{-1};
+
+} // namespace
+
+/** Stands before the C library's own, and refuses one thread when the test wants it. */
+extern "C" int pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
+                              void *(*function)(void *), void *argument)
+{
+    using Create = int (*)(pthread_t *, const pthread_attr_t *, void *(*)(void *), void *);
+    static const auto create = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
+    if (threads_left >= 0 && threads_left-- == 0)
+        return EAGAIN;
+    return create(thread, attributes, function, argument);
+}
+
+namespace player_test {
+namespace {
+
+class ThreadShortage : public PlayerTest {
+  protected:
+    void TearDown() override
+    {
+        threads_left = -1;
+        PlayerTest::TearDown();
+    }
+};
+
+TEST_F(ThreadShortage, AFileWithoutAThreadIsRefusedAndTheNextOnePlays)
+{
+    const std::string file = clip("a.mp4");
+    ASSERT_EQ(player_->set_uri(file), PLAYER_ERROR_NONE);
+    threads_left = 0;
+
+    EXPECT_EQ(player_->prepare_async(nullptr, nullptr), PLAYER_ERROR_RESOURCE_LIMIT);
+
+    EXPECT_EQ(player_->state(), PLAYER_STATE_IDLE);
+    EXPECT_EQ(threads_left, -1);
+    EXPECT_TRUE(playing(file));
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+}
+
+TEST_F(ThreadShortage, AFileThatNobodyCanOpenHasFailed)
+{
+    const std::string file = clip("a.mp4");
+    threads_left = 1;
+    testing::internal::CaptureStderr();
+
+    ASSERT_EQ(prepare(file), PLAYER_ERROR_NONE);
+
+    ASSERT_TRUE(wait_for([this] { return !events().empty(); }));
+    EXPECT_THAT(events(), ElementsAre("error -26476532"));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                HasSubstr("a.mp4 cannot be played: there is no thread to open it"));
+    EXPECT_TRUE(playing(file));
+}
+
+TEST_F(ThreadShortage, ASubtitleWithoutAThreadIsGoneWithout)
+{
+    write_file(path("a.srt"), "1\n00:00:00,000 --> 00:00:10,000\nHello shop\n");
+    platform::PlayerOptions options = usual_options();
+    // The last thing that is done before the subtitle is begun: looking whether the file is there.
+    options.set_up = [] {
+        threads_left = 0;
+        return true;
+    };
+    // The pipeline's own threads come later, so that none of them takes the refusal.
+    options.make_audio_sink = [] {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (threads_left >= 0 && std::chrono::steady_clock::now() < limit)
+            std::this_thread::yield();
+        return platform::make_audio_sink();
+    };
+    make_player(options);
+    player_->set_subtitle_path(path("a.srt"));
+    testing::internal::CaptureStderr();
+
+    EXPECT_TRUE(playing(clip("a.mp4")));
+
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("there is no thread to read it"));
+    EXPECT_FALSE(player_->status().has_subtitle);
+}
+
+} // namespace
+} // namespace player_test
