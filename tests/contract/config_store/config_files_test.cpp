@@ -35,9 +35,10 @@ class ConfigFilesTest : public testing::Test {
         return found;
     }
 
-    /** What the system knows about the key's file. */
-    struct stat status() const
+    /** Writes the key. @return what the system then knows about its file */
+    struct stat file_after_writing(int value)
     {
+        EXPECT_TRUE(files_.write(key_, value));
         struct stat known = {};
         EXPECT_EQ(stat(path_.c_str(), &known), 0);
         return known;
@@ -136,19 +137,15 @@ TEST_F(ConfigFilesTest, WriteLeavesNothingButTheKey)
 
 TEST_F(ConfigFilesTest, WriteReplacesTheFileSoThatReadersSeeOldOrNewWhole)
 {
-    ASSERT_TRUE(files_.write(key_, 1));
-    const struct stat before = status();
-    ASSERT_TRUE(files_.write(key_, 2));
-    const struct stat after = status();
+    const struct stat before = file_after_writing(1);
+    const struct stat after = file_after_writing(2);
     EXPECT_NE(before.st_ino, after.st_ino);
 }
 
 TEST_F(ConfigFilesTest, ValueThatStandsAlreadyIsNotWrittenAgain)
 {
-    ASSERT_TRUE(files_.write(key_, 1));
-    const struct stat before = status();
-    ASSERT_TRUE(files_.write(key_, 1));
-    const struct stat after = status();
+    const struct stat before = file_after_writing(1);
+    const struct stat after = file_after_writing(1);
     EXPECT_EQ(before.st_ino, after.st_ino);
     EXPECT_EQ(before.st_mtim.tv_nsec, after.st_mtim.tv_nsec);
 }
