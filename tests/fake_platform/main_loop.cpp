@@ -15,6 +15,14 @@ bool alive(const void *handle)
     return platform().registry.alive(handle);
 }
 
+// Ends what a handle stands for. @return its data, or null when it did not live.
+template <typename Kind> void *end(const char *function, const void *handle)
+{
+    if (!platform().registry.kill(function, handle))
+        return nullptr;
+    return static_cast<const Kind *>(handle)->data;
+}
+
 int64_t microseconds(double seconds)
 {
     return std::llround(seconds * 1e6);
@@ -156,9 +164,7 @@ Ecore_Timer *MainLoop::add_timer(double interval, Ecore_Task_Cb function, const 
 
 void *MainLoop::remove_timer(Ecore_Timer *timer)
 {
-    if (!platform().registry.kill("ecore_timer_del", timer))
-        return nullptr;
-    return reinterpret_cast<Timer *>(timer)->data;
+    return end<Timer>("ecore_timer_del", timer);
 }
 
 Ecore_Idler *MainLoop::add_idler(Ecore_Task_Cb function, const void *data)
@@ -170,9 +176,7 @@ Ecore_Idler *MainLoop::add_idler(Ecore_Task_Cb function, const void *data)
 
 void *MainLoop::remove_idler(Ecore_Idler *idler)
 {
-    if (!platform().registry.kill("ecore_idler_del", idler))
-        return nullptr;
-    return reinterpret_cast<Idler *>(idler)->data;
+    return end<Idler>("ecore_idler_del", idler);
 }
 
 Ecore_Pipe *MainLoop::add_pipe(Ecore_Pipe_Cb handler, const void *data)
@@ -184,9 +188,7 @@ Ecore_Pipe *MainLoop::add_pipe(Ecore_Pipe_Cb handler, const void *data)
 
 void *MainLoop::remove_pipe(Ecore_Pipe *pipe)
 {
-    if (!platform().registry.kill("ecore_pipe_del", pipe))
-        return nullptr;
-    return reinterpret_cast<Pipe *>(pipe)->data;
+    return end<Pipe>("ecore_pipe_del", pipe);
 }
 
 bool MainLoop::write_pipe(Ecore_Pipe *pipe, const void *buffer, unsigned int size)
@@ -210,9 +212,7 @@ Ecore_Event_Handler *MainLoop::add_handler(int type, Ecore_Event_Handler_Cb func
 
 void *MainLoop::remove_handler(Ecore_Event_Handler *handler)
 {
-    if (!platform().registry.kill("ecore_event_handler_del", handler))
-        return nullptr;
-    return reinterpret_cast<EventHandler *>(handler)->data;
+    return end<EventHandler>("ecore_event_handler_del", handler);
 }
 
 } // namespace fake

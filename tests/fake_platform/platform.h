@@ -83,6 +83,23 @@ class Platform {
     {
         transcript.add(Transcript::Kind::Query, function, format_call(function, args...));
     }
+    /** A call with a result. @return an ordered failure, or 0 */
+    template <typename... Args> int told(const char *function, const Args &...args)
+    {
+        call(function, args...);
+        return script.result(function);
+    }
+    template <typename... Args> int asked(const char *function, const Args &...args)
+    {
+        query(function, args...);
+        return script.result(function);
+    }
+    /** A call on a handle, which is checked. */
+    template <typename Handle, typename... Args>
+    void call_on(const char *function, Handle *handle, const Args &...args)
+    {
+        call(function, static_cast<const void *>(checked(function, handle)), args...);
+    }
     /** Checks a handle and names it. */
     template <typename T> T *checked(const char *function, T *handle)
     {

@@ -72,21 +72,18 @@ Evas_Object *evas_object_rectangle_add(Evas *e)
 
 void evas_object_size_hint_weight_set(Evas_Object *obj, double x, double y)
 {
-    the_fake().call("evas_object_size_hint_weight_set",
-                    the_fake().checked("evas_object_size_hint_weight_set", obj), x, y);
+    the_fake().call_on("evas_object_size_hint_weight_set", obj, x, y);
 }
 
 void evas_object_color_set(Evas_Object *obj, int r, int g, int b, int a)
 {
-    the_fake().call("evas_object_color_set", the_fake().checked("evas_object_color_set", obj), r, g,
-                    b, a);
+    the_fake().call_on("evas_object_color_set", obj, r, g, b, a);
 }
 
 void evas_object_render_op_set(Evas_Object *obj, Evas_Render_Op op)
 {
-    the_fake().call("evas_object_render_op_set",
-                    the_fake().checked("evas_object_render_op_set", obj),
-                    Raw{op == EVAS_RENDER_COPY ? "COPY" : std::to_string(op)});
+    the_fake().call_on("evas_object_render_op_set", obj,
+                       Raw{op == EVAS_RENDER_COPY ? "COPY" : std::to_string(op)});
 }
 
 void evas_object_show(Evas_Object *eo_obj)
@@ -105,7 +102,7 @@ void evas_object_hide(Evas_Object *eo_obj)
 
 void evas_object_resize(Evas_Object *obj, Evas_Coord w, Evas_Coord h)
 {
-    the_fake().call("evas_object_resize", the_fake().checked("evas_object_resize", obj), w, h);
+    the_fake().call_on("evas_object_resize", obj, w, h);
 }
 
 void evas_object_del(Evas_Object *obj)
@@ -182,25 +179,23 @@ Evas_Object *elm_win_add(Evas_Object *parent, const char *name, Elm_Win_Type typ
 
 void elm_win_resize_object_add(Evas_Object *obj, Evas_Object *subobj)
 {
-    the_fake().call("elm_win_resize_object_add",
-                    the_fake().checked("elm_win_resize_object_add", obj),
-                    the_fake().checked("elm_win_resize_object_add", subobj));
+    the_fake().call_on("elm_win_resize_object_add", obj,
+                       the_fake().checked("elm_win_resize_object_add", subobj));
 }
 
 void elm_win_title_set(Evas_Object *obj, const char *title)
 {
-    the_fake().call("elm_win_title_set", the_fake().checked("elm_win_title_set", obj), title);
+    the_fake().call_on("elm_win_title_set", obj, title);
 }
 
 void elm_win_autodel_set(Evas_Object *obj, Eina_Bool autodel)
 {
-    the_fake().call("elm_win_autodel_set", the_fake().checked("elm_win_autodel_set", obj), autodel);
+    the_fake().call_on("elm_win_autodel_set", obj, autodel);
 }
 
 Eina_Bool elm_win_aux_hint_add(Evas_Object *window, const char *hint, const char *value)
 {
-    the_fake().call("elm_win_aux_hint_add", the_fake().checked("elm_win_aux_hint_add", window),
-                    hint, value);
+    the_fake().call_on("elm_win_aux_hint_add", window, hint, value);
     return EINA_TRUE;
 }
 
@@ -224,8 +219,7 @@ void elm_win_screen_size_get(const Evas_Object *obj, int *x, int *y, int *w, int
 
 void elm_object_focus_allow_set(Evas_Object *obj, Eina_Bool enable)
 {
-    the_fake().call("elm_object_focus_allow_set",
-                    the_fake().checked("elm_object_focus_allow_set", obj), enable);
+    the_fake().call_on("elm_object_focus_allow_set", obj, enable);
 }
 
 void elm_object_focus_set(Evas_Object *obj, Eina_Bool focus)
@@ -237,8 +231,8 @@ void elm_object_focus_set(Evas_Object *obj, Eina_Bool focus)
 
 void elm_popup_orient_set(Evas_Object *obj, Elm_Popup_Orient orient)
 {
-    the_fake().call("elm_popup_orient_set", the_fake().checked("elm_popup_orient_set", obj),
-                    Raw{orient == ELM_POPUP_ORIENT_CENTER ? "CENTER" : "elsewhere"});
+    the_fake().call_on("elm_popup_orient_set", obj,
+                       Raw{orient == ELM_POPUP_ORIENT_CENTER ? "CENTER" : "elsewhere"});
 }
 
 void elm_popup_timeout_set(Evas_Object *obj, double timeout)
@@ -269,9 +263,9 @@ void elm_genlist_item_class_free(Elm_Genlist_Item_Class *itc)
 
 void elm_genlist_select_mode_set(Evas_Object *obj, Elm_Object_Select_Mode mode)
 {
-    the_fake().call("elm_genlist_select_mode_set",
-                    the_fake().checked("elm_genlist_select_mode_set", obj),
-                    Raw{mode == ELM_OBJECT_SELECT_MODE_DEFAULT ? "DEFAULT" : std::to_string(mode)});
+    the_fake().call_on(
+        "elm_genlist_select_mode_set", obj,
+        Raw{mode == ELM_OBJECT_SELECT_MODE_DEFAULT ? "DEFAULT" : std::to_string(mode)});
 }
 
 Elm_Object_Item *elm_genlist_at_xy_item_get(const Evas_Object *obj, Evas_Coord x, Evas_Coord y,
@@ -300,14 +294,13 @@ Elm_Object_Item *elm_genlist_item_next_get(const Elm_Widget_Item *obj)
 
 void elm_genlist_item_show(Elm_Object_Item *item, Elm_Genlist_Item_Scrollto_Type type)
 {
-    the_fake().call("elm_genlist_item_show", the_fake().checked("elm_genlist_item_show", item),
-                    Raw{type == ELM_GENLIST_ITEM_SCROLLTO_IN ? "IN" : std::to_string(type)});
+    the_fake().call_on("elm_genlist_item_show", item,
+                       Raw{type == ELM_GENLIST_ITEM_SCROLLTO_IN ? "IN" : std::to_string(type)});
 }
 
 void elm_genlist_item_selected_set(Elm_Object_Item *obj, Eina_Bool selected)
 {
-    the_fake().call("elm_genlist_item_selected_set",
-                    the_fake().checked("elm_genlist_item_selected_set", obj), selected);
+    the_fake().call_on("elm_genlist_item_selected_set", obj, selected);
 }
 
 void elm_object_item_focus_set(Elm_Widget_Item *obj, Eina_Bool focused)

@@ -38,8 +38,45 @@ int result(const char *function, player_h player, std::initializer_list<player_s
     return media().result(function, player, states);
 }
 
-int picture_result(const char *function, const _pictrel_s *picture)
+// A call that the player takes in any state.
+template <typename... Args> int told(const char *function, player_h player, const Args &...args)
 {
+    call(function, player, args...);
+    return result(function, player);
+}
+
+template <typename Callback>
+int follow(const char *function, player_h player, Callback callback, void *user_data,
+           Callback &follower, void *&follower_data)
+{
+    const int failed = told(function, player, static_cast<const void *>(user_data));
+    if (failed != PLAYER_ERROR_NONE)
+        return failed;
+    follower = callback;
+    follower_data = user_data;
+    return PLAYER_ERROR_NONE;
+}
+
+// The player takes a file while it is idle and prepares none.
+int take_file(const char *function, player_h player, const char *path, std::string &file)
+{
+    call(function, player, path);
+    int failed = result(function, player, {PLAYER_STATE_IDLE});
+    if (failed == PLAYER_ERROR_NONE && media().preparing())
+        failed = PLAYER_ERROR_INVALID_STATE;
+    if (failed == PLAYER_ERROR_NONE)
+        file = path;
+    return failed;
+}
+
+// What only a player with a file at hand does.
+constexpr std::initializer_list<player_state_e> PREPARED = {
+    PLAYER_STATE_READY, PLAYER_STATE_PLAYING, PLAYER_STATE_PAUSED};
+
+template <typename... Args>
+int told_picture(const char *function, _pictrel_s *picture, const Args &...args)
+{
+    the_fake().call(function, static_cast<const void *>(picture), args...);
     const bool alive = the_fake().registry.check(function, picture);
     return the_fake().script.result(function, alive ? 0 : -1);
 }
@@ -60,81 +97,47 @@ int player_destroy(player_h player)
 
 int player_set_completed_cb(player_h player, player_completed_cb callback, void *user_data)
 {
-    call("player_set_completed_cb", player, static_cast<const void *>(user_data));
-    const int failed = result("player_set_completed_cb", player);
-    if (failed != PLAYER_ERROR_NONE)
-        return failed;
-    media().completed = callback;
-    media().completed_data = user_data;
-    return PLAYER_ERROR_NONE;
+    return follow("player_set_completed_cb", player, callback, user_data, media().completed,
+                  media().completed_data);
 }
 
 int player_set_interrupted_cb(player_h player, player_interrupted_cb callback, void *user_data)
 {
-    call("player_set_interrupted_cb", player, static_cast<const void *>(user_data));
-    const int failed = result("player_set_interrupted_cb", player);
-    if (failed != PLAYER_ERROR_NONE)
-        return failed;
-    media().interrupted = callback;
-    media().interrupted_data = user_data;
-    return PLAYER_ERROR_NONE;
+    return follow("player_set_interrupted_cb", player, callback, user_data, media().interrupted,
+                  media().interrupted_data);
 }
 
 int player_set_error_cb(player_h player, player_error_cb callback, void *user_data)
 {
-    call("player_set_error_cb", player, static_cast<const void *>(user_data));
-    const int failed = result("player_set_error_cb", player);
-    if (failed != PLAYER_ERROR_NONE)
-        return failed;
-    media().error = callback;
-    media().error_data = user_data;
-    return PLAYER_ERROR_NONE;
+    return follow("player_set_error_cb", player, callback, user_data, media().error,
+                  media().error_data);
 }
 
 int player_set_subtitle_updated_cb_ex(player_h player, player_subtitle_updated_cb_ex callback,
                                       void *user_data)
 {
-    call("player_set_subtitle_updated_cb_ex", player, static_cast<const void *>(user_data));
-    const int failed = result("player_set_subtitle_updated_cb_ex", player);
-    if (failed != PLAYER_ERROR_NONE)
-        return failed;
-    media().subtitle = callback;
-    media().subtitle_data = user_data;
-    return PLAYER_ERROR_NONE;
+    return follow("player_set_subtitle_updated_cb_ex", player, callback, user_data,
+                  media().subtitle, media().subtitle_data);
 }
 
 int player_set_uri(player_h player, const char *uri)
 {
-    call("player_set_uri", player, uri);
-    int failed = result("player_set_uri", player, {PLAYER_STATE_IDLE});
-    if (failed == PLAYER_ERROR_NONE && media().preparing())
-        failed = PLAYER_ERROR_INVALID_STATE;
-    if (failed == PLAYER_ERROR_NONE)
-        media().uri = uri;
-    return failed;
+    return take_file("player_set_uri", player, uri, media().uri);
 }
 
 int player_set_subtitle_path(player_h player, const char *path)
 {
-    call("player_set_subtitle_path", player, path);
-    int failed = result("player_set_subtitle_path", player, {PLAYER_STATE_IDLE});
-    if (failed == PLAYER_ERROR_NONE && media().preparing())
-        failed = PLAYER_ERROR_INVALID_STATE;
-    if (failed == PLAYER_ERROR_NONE)
-        media().subtitle_path = path;
-    return failed;
+    return take_file("player_set_subtitle_path", player, path, media().subtitle_path);
 }
 
 int player_set_display(player_h player, player_display_type_e type, Evas_Object *window)
 {
-    call("player_set_display", player, type, static_cast<const void *>(window));
-    return result("player_set_display", player);
+    return told("player_set_display", player, type, static_cast<const void *>(window));
 }
 
 int player_set_display_rotation(player_h player, player_display_rotation_e rotation)
 {
-    call("player_set_display_rotation", player, rotation);
-    const int failed = result("player_set_display_rotation", player);
+    const int failed = told("player_set_display_rotation", player, rotation);
     if (failed == PLAYER_ERROR_NONE)
         media().rotation = rotation;
     return failed;
@@ -142,8 +145,7 @@ int player_set_display_rotation(player_h player, player_display_rotation_e rotat
 
 int player_resize_video_render_rect(player_h player, int x, int y, int width, int height)
 {
-    call("player_resize_video_render_rect", player, x, y, width, height);
-    return result("player_resize_video_render_rect", player);
+    return told("player_resize_video_render_rect", player, x, y, width, height);
 }
 
 int player_prepare_async(player_h player, player_prepared_cb callback, void *user_data)
@@ -161,8 +163,7 @@ int player_unprepare(player_h player)
 int player_start(player_h player)
 {
     call("player_start", player);
-    const int failed = result("player_start", player,
-                              {PLAYER_STATE_READY, PLAYER_STATE_PLAYING, PLAYER_STATE_PAUSED});
+    const int failed = result("player_start", player, PREPARED);
     if (failed == PLAYER_ERROR_NONE)
         media().state = PLAYER_STATE_PLAYING;
     return failed;
@@ -171,8 +172,7 @@ int player_start(player_h player)
 int player_stop(player_h player)
 {
     call("player_stop", player);
-    const int failed = result("player_stop", player,
-                              {PLAYER_STATE_READY, PLAYER_STATE_PLAYING, PLAYER_STATE_PAUSED});
+    const int failed = result("player_stop", player, PREPARED);
     if (failed == PLAYER_ERROR_NONE) {
         media().state = PLAYER_STATE_READY;
         media().rate = 1.0F;
@@ -200,8 +200,7 @@ int player_get_state(player_h player, player_state_e *state)
 
 int player_set_looping(player_h player, bool looping)
 {
-    call("player_set_looping", player, looping);
-    const int failed = result("player_set_looping", player);
+    const int failed = told("player_set_looping", player, looping);
     if (failed == PLAYER_ERROR_NONE)
         media().looping = looping;
     return failed;
@@ -212,8 +211,7 @@ int player_set_playback_rate(player_h player, float rate)
     call("player_set_playback_rate", player, rate);
     if (rate == 0)
         return PLAYER_ERROR_INVALID_PARAMETER;
-    const int failed = result("player_set_playback_rate", player,
-                              {PLAYER_STATE_READY, PLAYER_STATE_PLAYING, PLAYER_STATE_PAUSED});
+    const int failed = result("player_set_playback_rate", player, PREPARED);
     if (failed == PLAYER_ERROR_NONE)
         media().rate = rate;
     return failed;
@@ -230,8 +228,7 @@ int player_get_playback_rate(player_h player, float *rate)
 
 int pictrel_init_display(Evas_Object *window)
 {
-    the_fake().call("pictrel_init_display", static_cast<const void *>(window));
-    const int failed = the_fake().script.result("pictrel_init_display");
+    const int failed = the_fake().told("pictrel_init_display", static_cast<const void *>(window));
     if (failed == 0) {
         the_fake().pictures.display_ready = true;
         the_fake().hold("picture display");
@@ -241,8 +238,7 @@ int pictrel_init_display(Evas_Object *window)
 
 int pictrel_destroy_display(int *display)
 {
-    the_fake().call("pictrel_destroy_display", *display);
-    const int failed = the_fake().script.result("pictrel_destroy_display");
+    const int failed = the_fake().told("pictrel_destroy_display", *display);
     if (failed != 0)
         return failed;
     *display = 0;
@@ -253,8 +249,7 @@ int pictrel_destroy_display(int *display)
 
 int pictrel_create_from_url(const char *path, _pictrel_s **picture)
 {
-    the_fake().call("pictrel_create_from_url", path);
-    const int failed = the_fake().script.result("pictrel_create_from_url");
+    const int failed = the_fake().told("pictrel_create_from_url", path);
     if (failed == 0)
         *picture = the_fake().pictures.make(path);
     return failed;
@@ -262,8 +257,7 @@ int pictrel_create_from_url(const char *path, _pictrel_s **picture)
 
 int pictrel_destroy(_pictrel_s **picture)
 {
-    the_fake().call("pictrel_destroy", static_cast<const void *>(*picture));
-    const int failed = the_fake().script.result("pictrel_destroy");
+    const int failed = the_fake().told("pictrel_destroy", static_cast<const void *>(*picture));
     the_fake().registry.kill("pictrel_destroy", *picture);
     if (*picture == the_fake().pictures.last())
         the_fake().pictures.owe(fake::Pictures::Owed::Nothing);
@@ -273,22 +267,19 @@ int pictrel_destroy(_pictrel_s **picture)
 
 int pictrel_set_window(_pictrel_s *picture, int display)
 {
-    the_fake().call("pictrel_set_window", static_cast<const void *>(picture), display);
-    return picture_result("pictrel_set_window", picture);
+    return told_picture("pictrel_set_window", picture, display);
 }
 
 int pictrel_set_geometry_size(_pictrel_s *picture, int geometry)
 {
-    the_fake().call("pictrel_set_geometry_size", static_cast<const void *>(picture), geometry);
-    return picture_result("pictrel_set_geometry_size", picture);
+    return told_picture("pictrel_set_geometry_size", picture, geometry);
 }
 
 int pictrel_add_event_callback(_pictrel_s *picture, pictrel_event_type_e type,
                                pictrel_event_cb callback, void *user_data)
 {
-    the_fake().call("pictrel_add_event_callback", static_cast<const void *>(picture), type,
-                    static_cast<const void *>(user_data));
-    const int failed = picture_result("pictrel_add_event_callback", picture);
+    const int failed = told_picture("pictrel_add_event_callback", picture, type,
+                                    static_cast<const void *>(user_data));
     if (failed == 0)
         the_fake().pictures.follow(picture, type, callback, user_data);
     return failed;
@@ -296,8 +287,7 @@ int pictrel_add_event_callback(_pictrel_s *picture, pictrel_event_type_e type,
 
 int pictrel_parse(_pictrel_s *picture)
 {
-    the_fake().call("pictrel_parse", static_cast<const void *>(picture));
-    const int failed = picture_result("pictrel_parse", picture);
+    const int failed = told_picture("pictrel_parse", picture);
     if (failed == 0)
         the_fake().pictures.owe(fake::Pictures::Owed::Parse);
     return failed;
@@ -305,8 +295,7 @@ int pictrel_parse(_pictrel_s *picture)
 
 int pictrel_decode(_pictrel_s *picture, int flags)
 {
-    the_fake().call("pictrel_decode", static_cast<const void *>(picture), flags);
-    const int failed = picture_result("pictrel_decode", picture);
+    const int failed = told_picture("pictrel_decode", picture, flags);
     if (failed == 0)
         the_fake().pictures.owe(fake::Pictures::Owed::Decode);
     return failed;
@@ -314,18 +303,15 @@ int pictrel_decode(_pictrel_s *picture, int flags)
 
 int pictrel_render(_pictrel_s *picture)
 {
-    the_fake().call("pictrel_render", static_cast<const void *>(picture));
-    return picture_result("pictrel_render", picture);
+    return told_picture("pictrel_render", picture);
 }
 
 int pictrel_set_mixer_render(_pictrel_s *picture, int on)
 {
-    the_fake().call("pictrel_set_mixer_render", static_cast<const void *>(picture), on);
-    return picture_result("pictrel_set_mixer_render", picture);
+    return told_picture("pictrel_set_mixer_render", picture, on);
 }
 
 int pictrel_rotate(_pictrel_s *picture, int degrees)
 {
-    the_fake().call("pictrel_rotate", static_cast<const void *>(picture), degrees);
-    return picture_result("pictrel_rotate", picture);
+    return told_picture("pictrel_rotate", picture, degrees);
 }

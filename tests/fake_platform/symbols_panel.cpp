@@ -100,8 +100,7 @@ int VirtualKey_Initialize(int flags)
 
 int VirtualKey_Send_KeyCode(int key_code, int action)
 {
-    the_fake().call("VirtualKey_Send_KeyCode", key_code, action);
-    return the_fake().script.result("VirtualKey_Send_KeyCode");
+    return the_fake().told("VirtualKey_Send_KeyCode", key_code, action);
 }
 
 void VirtualKey_Finalize(void)
@@ -138,8 +137,7 @@ int display_rotator_add_cb(display_rotator_cb callback, void *user_data)
 
 int display_rotator_remove_cb(display_rotator_cb callback)
 {
-    the_fake().call("display_rotator_remove_cb");
-    const int failed = the_fake().script.result("display_rotator_remove_cb");
+    const int failed = the_fake().told("display_rotator_remove_cb");
     if (the_fake().rotator.callback != callback)
         return DISPLAY_ROTATOR_ERROR;
     if (failed == 0)

@@ -14,16 +14,22 @@ fake::Platform &the_fake()
     return fake::platform();
 }
 
-int called(const char *function)
+// A service that is held from the call on, whether or not it succeeds.
+int start(const char *function, const char *service)
+{
+    the_fake().hold(service);
+    return the_fake().told(function);
+}
+
+void finish(const char *function, const char *service)
 {
     the_fake().call(function);
-    return the_fake().script.result(function);
+    the_fake().release(service);
 }
 
 int give_next(const char *function, usb_device_list_h list, usb_device_h *device)
 {
-    the_fake().query(function, static_cast<const void *>(list));
-    const int failed = the_fake().script.result(function);
+    const int failed = the_fake().asked(function, static_cast<const void *>(list));
     if (failed != 0)
         return failed;
     usb_device_h next = the_fake().registry.check(function, list) ? list->take() : nullptr;
@@ -35,7 +41,7 @@ int give_next(const char *function, usb_device_list_h list, usb_device_h *device
 
 int subscribe(const char *function, const char *event, device_power_cb callback, void *data)
 {
-    const int failed = called(function);
+    const int failed = the_fake().told(function);
     if (failed == 0)
         the_fake().power.followers[event] = {callback, data};
     return failed;
@@ -43,7 +49,7 @@ int subscribe(const char *function, const char *event, device_power_cb callback,
 
 int unsubscribe(const char *function, const char *event, device_power_cb callback)
 {
-    const int failed = called(function);
+    const int failed = the_fake().told(function);
     auto &followers = the_fake().power.followers;
     const auto found = followers.find(event);
     if (found == followers.end() || found->second.callback != callback)
@@ -96,8 +102,7 @@ Evas_Object *app_get_preinitialized_window(const char *window_name)
 
 int vconf_get_int(const char *key, int *value)
 {
-    the_fake().query("vconf_get_int", key);
-    const int failed = the_fake().script.result("vconf_get_int");
+    const int failed = the_fake().asked("vconf_get_int", key);
     const auto found = the_fake().store.values.find(key);
     if (failed != 0 || found == the_fake().store.values.end())
         return -1;
@@ -107,8 +112,7 @@ int vconf_get_int(const char *key, int *value)
 
 int vconf_set_int(const char *key, int value)
 {
-    the_fake().call("vconf_set_int", key, value);
-    const int failed = the_fake().script.result("vconf_set_int");
+    const int failed = the_fake().told("vconf_set_int", key, value);
     if (failed == 0)
         the_fake().store.written(key, value);
     return failed;
@@ -116,8 +120,8 @@ int vconf_set_int(const char *key, int value)
 
 int vconf_notify_key_changed(const char *key, vconf_callback_fn callback, void *user_data)
 {
-    the_fake().call("vconf_notify_key_changed", key, static_cast<const void *>(user_data));
-    const int failed = the_fake().script.result("vconf_notify_key_changed");
+    const int failed =
+        the_fake().told("vconf_notify_key_changed", key, static_cast<const void *>(user_data));
     if (failed == 0)
         the_fake().store.follow(key, callback, user_data);
     return failed;
@@ -133,8 +137,7 @@ int vconf_ignore_key_changed(const char *key, vconf_callback_fn callback)
 
 int system_info_get_custom_bool(const char *key, bool *value)
 {
-    the_fake().query("system_info_get_custom_bool", key);
-    const int failed = the_fake().script.result("system_info_get_custom_bool");
+    const int failed = the_fake().asked("system_info_get_custom_bool", key);
     if (failed == 0)
         *value = the_fake().system.has_disclaimer;
     return failed;
@@ -142,8 +145,7 @@ int system_info_get_custom_bool(const char *key, bool *value)
 
 int system_info_get_value_int(int key, int *value)
 {
-    the_fake().query("system_info_get_value_int", key);
-    const int failed = the_fake().script.result("system_info_get_value_int");
+    const int failed = the_fake().asked("system_info_get_value_int", key);
     if (failed == 0)
         *value = the_fake().system.store_content_type;
     return failed;
@@ -151,8 +153,7 @@ int system_info_get_value_int(int key, int *value)
 
 int runtime_info_get_value_string(int key, char **value)
 {
-    the_fake().query("runtime_info_get_value_string", key);
-    const int failed = the_fake().script.result("runtime_info_get_value_string");
+    const int failed = the_fake().asked("runtime_info_get_value_string", key);
     if (failed != 0)
         return failed;
     *value =
@@ -188,8 +189,7 @@ void freeResourcePath(char *path)
 
 int usb_device_get_device_list(int type, usb_device_list_h *list)
 {
-    the_fake().query("usb_device_get_device_list", type);
-    const int failed = the_fake().script.result("usb_device_get_device_list");
+    const int failed = the_fake().asked("usb_device_get_device_list", type);
     if (failed != 0)
         return failed;
     the_fake().registry.lend(&the_fake().usb_list, "usb-list");
@@ -238,7 +238,7 @@ int device_power_subscribe_wakeup(device_power_cb callback, void *user_data)
 int device_power_subscribe_state_changed_event(device_power_state_changed_cb callback,
                                                void *user_data)
 {
-    const int failed = called("device_power_subscribe_state_changed_event");
+    const int failed = the_fake().told("device_power_subscribe_state_changed_event");
     if (failed == 0) {
         the_fake().power.state_callback = callback;
         the_fake().power.state_data = user_data;
@@ -265,8 +265,7 @@ int device_power_unsubscribe_wakeup(device_power_cb callback)
 
 int sound_manager_get_speaker_selection(int *speaker)
 {
-    the_fake().query("sound_manager_get_speaker_selection");
-    const int failed = the_fake().script.result("sound_manager_get_speaker_selection");
+    const int failed = the_fake().asked("sound_manager_get_speaker_selection");
     if (failed == 0)
         *speaker = the_fake().system.sound_route;
     return failed;
@@ -274,8 +273,7 @@ int sound_manager_get_speaker_selection(int *speaker)
 
 int sound_manager_set_speaker_selection(int speaker)
 {
-    the_fake().call("sound_manager_set_speaker_selection", speaker);
-    const int failed = the_fake().script.result("sound_manager_set_speaker_selection");
+    const int failed = the_fake().told("sound_manager_set_speaker_selection", speaker);
     if (failed == 0)
         the_fake().system.sound_route = speaker;
     return failed;
@@ -285,19 +283,17 @@ int sound_manager_set_speaker_selection(int speaker)
 
 int app_context_manager_init(void)
 {
-    the_fake().hold("application context");
-    return called("app_context_manager_init");
+    return start("app_context_manager_init", "application context");
 }
 
 void app_context_manager_fini(void)
 {
-    the_fake().call("app_context_manager_fini");
-    the_fake().release("application context");
+    finish("app_context_manager_fini", "application context");
 }
 
 int app_context_manager_set_epop_block(void)
 {
-    const int failed = called("app_context_manager_set_epop_block");
+    const int failed = the_fake().told("app_context_manager_set_epop_block");
     if (failed == 0)
         the_fake().hold("pop-up block");
     return failed;
@@ -305,7 +301,7 @@ int app_context_manager_set_epop_block(void)
 
 int app_context_manager_unset_epop_block(void)
 {
-    const int failed = called("app_context_manager_unset_epop_block");
+    const int failed = the_fake().told("app_context_manager_unset_epop_block");
     if (failed == 0)
         the_fake().release("pop-up block");
     return failed;
@@ -313,19 +309,17 @@ int app_context_manager_unset_epop_block(void)
 
 int ui_config_manager_init(void)
 {
-    the_fake().hold("UI configuration");
-    return called("ui_config_manager_init");
+    return start("ui_config_manager_init", "UI configuration");
 }
 
 void ui_config_manager_fini(void)
 {
-    the_fake().call("ui_config_manager_fini");
-    the_fake().release("UI configuration");
+    finish("ui_config_manager_fini", "UI configuration");
 }
 
 int ea_init(void)
 {
-    return called("ea_init");
+    return the_fake().told("ea_init");
 }
 
 SettingsAPI *SettingsAPI::Get()

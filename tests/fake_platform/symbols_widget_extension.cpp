@@ -40,16 +40,11 @@ void set_text(const char *function, Evas_Object *object, const char *text)
         widget->text = text == nullptr ? "" : text;
 }
 
-template <typename... Args> void plain(const char *function, Evas_Object *object, Args... args)
-{
-    the_fake().call(function, the_fake().checked(function, object), args...);
-}
-
 } // namespace
 
 int elm_velt_manager_init(Evas_Object *window)
 {
-    plain("elm_velt_manager_init", window);
+    the_fake().call_on("elm_velt_manager_init", window);
     the_fake().hold("widget extension");
     return 0;
 }
@@ -74,12 +69,12 @@ Evas_Object *elm_velt_layout_add(Evas_Object *parent)
 
 void elm_velt_layout_type_set(Evas_Object *layout, int type)
 {
-    plain("elm_velt_layout_type_set", layout, type);
+    the_fake().call_on("elm_velt_layout_type_set", layout, type);
 }
 
 void elm_velt_layout_align_set(Evas_Object *object, int align)
 {
-    plain("elm_velt_layout_align_set", object, align);
+    the_fake().call_on("elm_velt_layout_align_set", object, align);
 }
 
 void elm_velt_layout_item_append(Evas_Object *layout, Evas_Object *item, int width, int height)
@@ -90,22 +85,22 @@ void elm_velt_layout_item_append(Evas_Object *layout, Evas_Object *item, int wid
 
 void elm_velt_root_layout_render(Evas_Object *layout)
 {
-    plain("elm_velt_root_layout_render", layout);
+    the_fake().call_on("elm_velt_root_layout_render", layout);
 }
 
 void elm_velt_object_resize_policy_set(Evas_Object *object, int horizontal, int vertical)
 {
-    plain("elm_velt_object_resize_policy_set", object, horizontal, vertical);
+    the_fake().call_on("elm_velt_object_resize_policy_set", object, horizontal, vertical);
 }
 
 void elm_velt_object_size_min_set(Evas_Object *object, int width, int height)
 {
-    plain("elm_velt_object_size_min_set", object, width, height);
+    the_fake().call_on("elm_velt_object_size_min_set", object, width, height);
 }
 
 void elm_velt_object_size_max_set(Evas_Object *object, int width, int height)
 {
-    plain("elm_velt_object_size_max_set", object, width, height);
+    the_fake().call_on("elm_velt_object_size_max_set", object, width, height);
 }
 
 Evas_Object *elm_velt_imagebox_add(Evas_Object *parent)
@@ -122,7 +117,7 @@ void elm_velt_imagebox_file_set(Evas_Object *imagebox, const char *path)
 
 void elm_velt_imagebox_responsive_rule_set(Evas_Object *imagebox, int rule)
 {
-    plain("elm_velt_imagebox_responsive_rule_set", imagebox, rule);
+    the_fake().call_on("elm_velt_imagebox_responsive_rule_set", imagebox, rule);
 }
 
 Evas_Object *elm_velt_imagebox_native_get(Evas_Object *imagebox)
@@ -142,7 +137,7 @@ Evas_Object *elm_velt_popup_add(Evas_Object *window)
 
 void elm_velt_popup_style_set(Evas_Object *popup, int style)
 {
-    plain("elm_velt_popup_style_set", popup, style);
+    the_fake().call_on("elm_velt_popup_style_set", popup, style);
 }
 
 void elm_velt_popup_title_set(Evas_Object *popup, const char *title)
@@ -158,7 +153,7 @@ void elm_velt_popup_content_set(Evas_Object *popup, Evas_Object *content, int wi
 
 void elm_velt_popup_button_focus_set(Evas_Object *popup, int focus)
 {
-    plain("elm_velt_popup_button_focus_set", popup, focus);
+    the_fake().call_on("elm_velt_popup_button_focus_set", popup, focus);
 }
 
 void elm_velt_popup_button_set(Evas_Object *popup, Evas_Object *button, int slot)
@@ -179,7 +174,7 @@ Evas_Object *elm_velt_genlist_add(Evas_Object *parent)
 
 void elm_velt_genlist_listoption_enable(Evas_Object *genlist, bool enable)
 {
-    plain("elm_velt_genlist_listoption_enable", genlist, enable);
+    the_fake().call_on("elm_velt_genlist_listoption_enable", genlist, enable);
 }
 
 Elm_Object_Item *elm_velt_genlist_item_append(Evas_Object *genlist,
@@ -209,7 +204,7 @@ Evas_Object *elm_velt_button_add(Evas_Object *parent)
 
 void elm_velt_button_style_set(Evas_Object *button, int style, int variant)
 {
-    plain("elm_velt_button_style_set", button, style, variant);
+    the_fake().call_on("elm_velt_button_style_set", button, style, variant);
 }
 
 void elm_velt_button_text_set(Evas_Object *button, const char *text)

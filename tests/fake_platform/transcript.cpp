@@ -53,60 +53,45 @@ void Transcript::clear()
     log_lines_.clear();
 }
 
-Transcript::Lines Transcript::calls() const
+template <typename Wanted> Transcript::Lines Transcript::texts_of(Wanted wanted) const
 {
     Lines lines;
     for (const Entry &entry : entries_) {
-        if (entry.kind == Kind::Effect)
+        if (wanted(entry))
             lines.push_back(entry.text);
     }
     return lines;
+}
+
+Transcript::Lines Transcript::calls() const
+{
+    return texts_of([](const Entry &entry) { return entry.kind == Kind::Effect; });
 }
 
 Transcript::Lines Transcript::logs() const
 {
-    Lines lines;
-    for (const Entry &entry : entries_) {
-        if (entry.kind == Kind::Log)
-            lines.push_back(entry.text);
-    }
-    return lines;
+    return texts_of([](const Entry &entry) { return entry.kind == Kind::Log; });
 }
 
 Transcript::Lines Transcript::lines() const
 {
-    Lines lines;
-    for (const Entry &entry : entries_) {
-        if (entry.kind == Kind::Query)
-            continue;
-        if (entry.kind == Kind::Log && only_answers(entry.function))
-            continue;
-        lines.push_back(entry.text);
-    }
-    return lines;
+    return texts_of([](const Entry &entry) {
+        return entry.kind == Kind::Effect ||
+               (entry.kind == Kind::Log && !only_answers(entry.function));
+    });
 }
 
 Transcript::Lines Transcript::all() const
 {
-    Lines lines;
-    for (const Entry &entry : entries_)
-        lines.push_back(entry.text);
-    return lines;
+    return texts_of([](const Entry &) { return true; });
 }
 
 Transcript::Lines Transcript::of(std::initializer_list<const char *> prefixes) const
 {
-    Lines lines;
-    for (const Entry &entry : entries_) {
-        const bool wanted =
-            entry.kind != Kind::Log &&
-            std::any_of(prefixes.begin(), prefixes.end(), [&entry](const char *prefix) {
-                return entry.function.rfind(prefix, 0) == 0;
-            });
-        if (wanted)
-            lines.push_back(entry.text);
-    }
-    return lines;
+    return texts_of([&](const Entry &entry) {
+        const auto fits = [&](const char *prefix) { return entry.function.rfind(prefix, 0) == 0; };
+        return entry.kind != Kind::Log && std::any_of(prefixes.begin(), prefixes.end(), fits);
+    });
 }
 
 int Transcript::count(const std::string &function) const

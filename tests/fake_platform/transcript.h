@@ -68,6 +68,8 @@ class Transcript {
         std::string text;
     };
 
+    template <typename Wanted> Lines texts_of(Wanted wanted) const;
+
     std::vector<Entry> entries_;
     std::vector<LogLine> log_lines_;
 };

@@ -21,6 +21,20 @@ Elm_Object_Item *handle(Row *row)
     return reinterpret_cast<Elm_Object_Item *>(row);
 }
 
+// By value, because the callbacks may take the object and its list away. @return how many there are
+template <typename Callback, typename Wanted, typename Call>
+int call_those(const std::vector<Callback> callbacks, Wanted wanted, Call call)
+{
+    int count = 0;
+    for (const Callback &callback : callbacks) {
+        if (!wanted(callback))
+            continue;
+        call(callback);
+        ++count;
+    }
+    return count;
+}
+
 } // namespace
 
 Evas_Object *Widgets::get(const std::string &kind, int n) const
@@ -117,34 +131,25 @@ int Widgets::focused_row(Evas_Object *list) const
 
 int Widgets::fire(Evas_Object *object, Evas_Callback_Type type, void *event)
 {
-    Widget *widget = find("fire", object);
-    if (widget == nullptr)
-        return 0;
-    int count = 0;
-    const auto callbacks = widget->evas_callbacks;
-    for (const Widget::EvasCallback &callback : callbacks) {
-        if (callback.type != type)
-            continue;
-        callback.function(callback.data, nullptr, object, event);
-        ++count;
-    }
-    return count;
+    const Widget *widget = find("fire", object);
+    return widget == nullptr ? 0
+                             : call_those(
+                                   widget->evas_callbacks,
+                                   [=](const auto &callback) { return callback.type == type; },
+                                   [=](const auto &callback) {
+                                       callback.function(callback.data, nullptr, object, event);
+                                   });
 }
 
 int Widgets::fire_smart(Evas_Object *object, const std::string &event, void *info)
 {
-    Widget *widget = find("fire_smart", object);
-    if (widget == nullptr)
-        return 0;
-    int count = 0;
-    const auto callbacks = widget->smart_callbacks;
-    for (const Widget::SmartCallback &callback : callbacks) {
-        if (callback.event != event)
-            continue;
-        callback.function(callback.data, object, info);
-        ++count;
-    }
-    return count;
+    const Widget *widget = find("fire_smart", object);
+    return widget == nullptr
+               ? 0
+               : call_those(
+                     widget->smart_callbacks,
+                     [&](const auto &callback) { return callback.event == event; },
+                     [=](const auto &callback) { callback.function(callback.data, object, info); });
 }
 
 void Widgets::press(Evas_Object *object, int button, int x, int y)

@@ -15,23 +15,9 @@ class CreateTest : public PlayerTest {
 
     static Lines window()
     {
-        return {"D \"\"",
-                "app_get_preinitialized_window(\"ostrel-demo-player-tv\")",
-                "evas_object_evas_get(window#1)",
-                "evas_object_rectangle_add(canvas#1)",
-                "evas_object_size_hint_weight_set(rectangle#1, 1, 1)",
-                "evas_object_color_set(rectangle#1, 0, 0, 0, 0)",
-                "evas_object_render_op_set(rectangle#1, COPY)",
-                "evas_object_show(rectangle#1)",
-                "elm_win_resize_object_add(window#1, rectangle#1)",
-                "elm_win_title_set(window#1, \"ostrel-demo-player-tv\")",
-                "elm_policy_set(QUIT, LAST_WINDOW_CLOSED)",
-                "elm_win_autodel_set(window#1, true)",
-                "elm_win_aux_hint_add(window#1, \"wm.screencontroller.exception\", \"3\")",
-                "evas_object_evas_get(window#1)",
-                "ecore_evas_ecore_evas_get(canvas#1)",
-                "ecore_evas_wayland2_window_get(ecore-evas#1)",
-                "ecore_wl2_window_surface_get(wayland-window#1)"};
+        return join({{"D \"\"", "app_get_preinitialized_window(\"ostrel-demo-player-tv\")"},
+                     window_furnishing_lines(),
+                     window_setting_lines()});
     }
 
     static Lines pipe() { return {"ecore_pipe_add(controller)"}; }
@@ -53,6 +39,9 @@ class CreateTest : public PlayerTest {
                            "player_set_subtitle_updated_cb_ex(controller)"};
         return Lines(all.begin(), all.begin() + static_cast<long>(steps));
     }
+
+    // All up to the folder, when it goes well.
+    static Lines set_up() { return join({begun(), window(), pipe(), handlers(), video_player()}); }
 
     static Lines folder(const std::vector<std::string> &files)
     {
@@ -152,15 +141,6 @@ class CreateTest : public PlayerTest {
         return lines;
     }
 
-    static Lines rows(const std::vector<std::string> &names)
-    {
-        Lines lines = {"D \"\"", "dgettext(\"ostrel-demo-player-tv\", \"SID_OFF\")",
-                       "dgettext(\"ostrel-demo-player-tv\", \"COM_HTS_SID_PLAY_ALL\")"};
-        for (const std::string &name : names)
-            lines += "I \"" + name + "\"";
-        return lines;
-    }
-
     static Lines ended()
     {
         return {writes(ConfigKey::START_RELAUNCH_TIMER, 3),
@@ -171,7 +151,7 @@ class CreateTest : public PlayerTest {
     static Lines from_folder()
     {
         return join({folder({"a.mp4", "b.jpg"}), list_filled(), shown("window#1"), keys(true),
-                     rows({"1 a", "2 b"}), ended()});
+                     item_list_lines({"1 a", "2 b"}), ended()});
     }
 
     bool create_two() { return create({"a.mp4", "b.jpg"}); }
@@ -181,8 +161,7 @@ TEST_F(CreateTest, EverythingIsSetUpInItsOrder)
 {
     EXPECT_TRUE(create_two());
 
-    EXPECT_EQ(fake_.all(),
-              join({begun(), window(), pipe(), handlers(), video_player(), from_folder()}));
+    EXPECT_EQ(fake_.all(), join({set_up(), from_folder()}));
     EXPECT_NE(player_.m_pKeyDownHandler, nullptr);
     EXPECT_EQ(player_.m_vdcPlayList.size(), 2U);
     EXPECT_EQ(player_.m_vdcItemList.size(), 4U);
@@ -206,7 +185,7 @@ TEST_F(CreateTest, WithoutARotatorItGoesOnWithAWarning)
                                  list_filled(),
                                  shown("window#1"),
                                  keys(false),
-                                 rows({"1 a", "2 b"}),
+                                 item_list_lines({"1 a", "2 b"}),
                                  ended()}));
 }
 
@@ -279,7 +258,7 @@ TEST_F(CreateTest, WithoutAWindowItGoesOnWithNone)
                     list_filled(),
                     shown("null"),
                     {"W \"pWlSurface is null\""},
-                    rows({"1 a", "2 b"}),
+                    item_list_lines({"1 a", "2 b"}),
                     ended()}));
 }
 
@@ -336,47 +315,36 @@ TEST_F(CreateTest, WithoutSubtitleUpdatesItGoesOn)
 
     EXPECT_TRUE(create_two());
 
-    EXPECT_EQ(fake_.all(), join({begun(),
-                                 window(),
-                                 pipe(),
-                                 handlers(),
-                                 video_player(),
-                                 {"E \"player_set_subtitle_updated_cb failed\""},
-                                 from_folder()}));
+    EXPECT_EQ(fake_.all(),
+              join({set_up(), {"E \"player_set_subtitle_updated_cb failed\""}, from_folder()}));
 }
 
-TEST_F(CreateTest, WithNothingToPlayItEnds)
+class NothingToPlayTest : public CreateTest {
+  protected:
+    void expect_end(const std::vector<std::string> &files, const Lines &scanned)
+    {
+        EXPECT_FALSE(create(files));
+
+        EXPECT_EQ(fake_.all(), join({set_up(),
+                                     scanned,
+                                     list_asked(),
+                                     rotator_lines(true),
+                                     {writes(ConfigKey::PLAYBACK_STATUS, 2)}}));
+    }
+};
+
+TEST_F(NothingToPlayTest, EndsTheCreation)
 {
-    EXPECT_FALSE(create({"readme.txt"}));
-
-    EXPECT_EQ(fake_.all(), join({begun(),
-                                 window(),
-                                 pipe(),
-                                 handlers(),
-                                 video_player(),
-                                 folder({"readme.txt"}),
-                                 list_asked(),
-                                 rotator_lines(true),
-                                 {writes(ConfigKey::PLAYBACK_STATUS, 2)}}));
+    expect_end({"readme.txt"}, folder({"readme.txt"}));
 }
 
-TEST_F(CreateTest, WithoutAFolderItEnds)
+TEST_F(NothingToPlayTest, WithoutAFolderEndsTheCreationToo)
 {
     fake_.fail("opendir");
 
-    EXPECT_FALSE(create_two());
-
     Lines unopened = folder({});
     unopened.back() = "E \"open dir [/opt/data/demo_movie/] failed\"";
-    EXPECT_EQ(fake_.all(), join({begun(),
-                                 window(),
-                                 pipe(),
-                                 handlers(),
-                                 video_player(),
-                                 unopened,
-                                 list_asked(),
-                                 rotator_lines(true),
-                                 {writes(ConfigKey::PLAYBACK_STATUS, 2)}}));
+    expect_end({"a.mp4", "b.jpg"}, unopened);
 }
 
 TEST_F(CreateTest, ARequestedRotationIsNoFailure)
@@ -384,18 +352,14 @@ TEST_F(CreateTest, ARequestedRotationIsNoFailure)
     EXPECT_TRUE(create({"portrait_a.mp4"}));
 
     EXPECT_EQ(fake_.all(),
-              join({begun(),
-                    window(),
-                    pipe(),
-                    handlers(),
-                    video_player(),
+              join({set_up(),
                     folder({"portrait_a.mp4"}),
                     list_asked(),
                     rotator_lines(true),
                     {writes(ConfigKey::FILE_MODE, 2), "ecore_timer_add(0.8, controller)"},
                     shown("window#1"),
                     keys(true),
-                    rows({}),
+                    item_list_lines({}),
                     ended()}));
     EXPECT_THAT(player_.m_vdcPlayList, IsEmpty());
     EXPECT_NE(player_.m_hRotationDelayTimer, nullptr);

@@ -176,15 +176,6 @@ class WindowRotatedTest : public EventDispatcherTest {
         return {"I \"\"", "I \"\"", reads(ConfigKey::DEMO_MODE), panel_line(upright)};
     }
 
-    static Lines rows(const std::vector<std::string> &names)
-    {
-        Lines lines = {"D \"\"", "dgettext(\"ostrel-demo-player-tv\", \"SID_OFF\")",
-                       "dgettext(\"ostrel-demo-player-tv\", \"COM_HTS_SID_PLAY_ALL\")"};
-        for (const std::string &name : names)
-            lines += "I \"" + name + "\"";
-        return lines;
-    }
-
     // Starting with everything, on a set with a rotator and timed rotation off.
     static Lines started()
     {
@@ -207,7 +198,7 @@ TEST_F(WindowRotatedTest, TheListIsRebuiltForTheNewOrientationAndPlayed)
     EXPECT_EQ(rest(), join({list_asked(true),
                             {"I \"add portrait contents in play list\"", panel_line(true),
                              writes(ConfigKey::FILE_MODE, 2)},
-                            rows({"1 portrait_b", "2 portrait_c"}),
+                            item_list_lines({"1 portrait_b", "2 portrait_c"}),
                             started(),
                             {"D \"/opt/data/demo_movie/portrait_b.mp4\"", "D \"0 0\""},
                             video_lines("/opt/data/demo_movie/portrait_b.mp4", "",
@@ -224,7 +215,7 @@ TEST_F(WindowRotatedTest, BackInLandscapeTheStoredOrientationFollows)
               join({list_asked(false),
                     {"I \"add landscape files in play list\"", panel_line(false),
                      writes(ConfigKey::FILE_MODE, 1)},
-                    rows({"1 a"}),
+                    item_list_lines({"1 a"}),
                     started(),
                     {"D \"/opt/data/demo_movie/a.mp4\"", "D \"0 0\""},
                     video_lines("/opt/data/demo_movie/a.mp4", "", PLAYER_STATE_IDLE, true)}));
@@ -270,7 +261,7 @@ TEST_F(WindowRotatedTest, WhenLeavingNothingIsTurnedBackAndNothingPlayed)
     EXPECT_EQ(rest(), join({list_asked(true),
                             rotator_lines(true),
                             {panel_line(true), writes(ConfigKey::FILE_MODE, 2)},
-                            rows({}),
+                            item_list_lines({}),
                             {"I \"play list is empty\""}}));
     EXPECT_EQ(player_.m_vdcItemList.size(), 2U);
 }

@@ -14,14 +14,20 @@ class LogTest : public testing::Test {
   protected:
     LogTest() : fake_(fake::reset()) {}
 
-    const fake::LogLine &last() const { return fake_.transcript.log_lines().back(); }
-
-    // The numbers are those of the platform.
-    void expect_last(int priority, int line, const std::string &colored_text)
+    // One line with a text and one without, written one behind the other. The numbers are those of
+    // the platform.
+    void expect_both(int priority, int first_line, const std::string &color)
     {
-        EXPECT_EQ(last().priority, priority);
-        EXPECT_EQ(last().raw,
-                  "LogTest.cpp: TestBody(" + std::to_string(line) + ") > " + colored_text);
+        const std::vector<fake::LogLine> &lines = fake_.transcript.log_lines();
+        ASSERT_EQ(lines.size(), 2U);
+        const std::string texts[] = {"text 1 of two", ""};
+        for (size_t i = 0; i < 2; ++i) {
+            EXPECT_EQ(lines[i].priority, priority);
+            EXPECT_EQ(lines[i].raw, "LogTest.cpp: TestBody(" +
+                                        std::to_string(first_line + static_cast<int>(i)) + ") > " +
+                                        color + texts[i] + "\033[0m");
+        }
+        fake_.forget();
     }
 
     fake::Platform &fake_;
@@ -30,21 +36,17 @@ class LogTest : public testing::Test {
 TEST_F(LogTest, EachLevelHasItsPriorityPrefixAndColor)
 {
     LOGD("text %d of %s", 1, "two");
-    expect_last(3, __LINE__ - 1, "\033[32mtext 1 of two\033[0m");
     LOGD("");
-    expect_last(3, __LINE__ - 1, "\033[32m\033[0m");
+    expect_both(3, __LINE__ - 2, "\033[32m");
     LOGI("text %d of %s", 1, "two");
-    expect_last(4, __LINE__ - 1, "\033[32mtext 1 of two\033[0m");
     LOGI("");
-    expect_last(4, __LINE__ - 1, "\033[32m\033[0m");
+    expect_both(4, __LINE__ - 2, "\033[32m");
     LOGW("text %d of %s", 1, "two");
-    expect_last(5, __LINE__ - 1, "\033[33mtext 1 of two\033[0m");
     LOGW("");
-    expect_last(5, __LINE__ - 1, "\033[33m\033[0m");
+    expect_both(5, __LINE__ - 2, "\033[33m");
     LOGE("text %d of %s", 1, "two");
-    expect_last(6, __LINE__ - 1, "\033[31mtext 1 of two\033[0m");
     LOGE("");
-    expect_last(6, __LINE__ - 1, "\033[31m\033[0m");
+    expect_both(6, __LINE__ - 2, "\033[31m");
 }
 
 TEST_F(LogTest, LinesKeepTheirOrder)

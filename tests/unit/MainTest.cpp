@@ -1,8 +1,6 @@
 #include "launch_lines.h"
 #include "start_lines.h"
 
-using testing::IsEmpty;
-
 namespace {
 
 // ---- main, elm_main ----
@@ -354,36 +352,35 @@ TEST_F(MainTest, KeysThatCannotBeWatchedDoNotStopTheLaunch)
     });
 }
 
-TEST_F(MainTest, AFailedCreationEndsTheProgram)
+class FailedCreationTest : public MainTest {
+  protected:
+    void expect_end_with_status(int status)
+    {
+        run_created([&] {
+            fake_.app.launch();
+
+            EXPECT_EQ(exits(), 1);
+            const Lines lines = fake_.all();
+            ASSERT_GE(lines.size(), 4U);
+            EXPECT_EQ(Lines(lines.end() - 4, lines.end()),
+                      Lines({writes("memory/ostrel-demo-player-tv/playback_status", status),
+                             "E \"Create ostrel demo player failed\"", "E \"\"", "ui_app_exit()"}));
+        });
+    }
+};
+
+TEST_F(FailedCreationTest, WithoutContentEndsTheProgram)
 {
     fake_.storage.add_folder("/opt/data/demo_movie", {});
 
-    run_created([this] {
-        fake_.app.launch();
-
-        EXPECT_EQ(exits(), 1);
-        const Lines lines = fake_.all();
-        ASSERT_GE(lines.size(), 4U);
-        EXPECT_EQ(Lines(lines.end() - 4, lines.end()),
-                  Lines({writes("memory/ostrel-demo-player-tv/playback_status", 2),
-                         "E \"Create ostrel demo player failed\"", "E \"\"", "ui_app_exit()"}));
-    });
+    expect_end_with_status(2);
 }
 
-TEST_F(MainTest, AFailedVideoPlayerEndsTheProgram)
+TEST_F(FailedCreationTest, WithoutAVideoPlayerEndsTheProgram)
 {
     fake_.fail("player_create");
 
-    run_created([this] {
-        fake_.app.launch();
-
-        EXPECT_EQ(exits(), 1);
-        const Lines lines = fake_.all();
-        ASSERT_GE(lines.size(), 4U);
-        EXPECT_EQ(Lines(lines.end() - 4, lines.end()),
-                  Lines({writes("memory/ostrel-demo-player-tv/playback_status", 3),
-                         "E \"Create ostrel demo player failed\"", "E \"\"", "ui_app_exit()"}));
-    });
+    expect_end_with_status(3);
 }
 
 TEST_F(LaunchTest, UnreadableExtrasAreTakenForAbsent)

@@ -12,30 +12,6 @@ namespace {
 
 class MainWindowTest : public PlayerTest {
   protected:
-    // What is done to the window, wherever it comes from.
-    static Lines furnishing()
-    {
-        return {"evas_object_evas_get(window#1)",
-                "evas_object_rectangle_add(canvas#1)",
-                "evas_object_size_hint_weight_set(rectangle#1, 1, 1)",
-                "evas_object_color_set(rectangle#1, 0, 0, 0, 0)",
-                "evas_object_render_op_set(rectangle#1, COPY)",
-                "evas_object_show(rectangle#1)",
-                "elm_win_resize_object_add(window#1, rectangle#1)"};
-    }
-
-    static Lines settings()
-    {
-        return {"elm_win_title_set(window#1, \"ostrel-demo-player-tv\")",
-                "elm_policy_set(QUIT, LAST_WINDOW_CLOSED)",
-                "elm_win_autodel_set(window#1, true)",
-                "elm_win_aux_hint_add(window#1, \"wm.screencontroller.exception\", \"3\")",
-                "evas_object_evas_get(window#1)",
-                "ecore_evas_ecore_evas_get(canvas#1)",
-                "ecore_evas_wayland2_window_get(ecore-evas#1)",
-                "ecore_wl2_window_surface_get(wayland-window#1)"};
-    }
-
     void activate()
     {
         make_window();
@@ -52,8 +28,8 @@ TEST_F(MainWindowTest, APreparedWindowIsUsedAndFurnished)
 
     EXPECT_EQ(fake_.all(),
               join({{"D \"\"", "app_get_preinitialized_window(\"ostrel-demo-player-tv\")"},
-                    furnishing(),
-                    settings()}));
+                    window_furnishing_lines(),
+                    window_setting_lines()}));
     EXPECT_EQ(player_.m_pWindow, fake_.widgets.window());
     EXPECT_EQ(fake_.registry.describe(player_.m_pWlWindow), "wayland-window#1");
     EXPECT_EQ(fake_.registry.describe(player_.m_pWlSurface), "surface#1");
@@ -70,8 +46,8 @@ TEST_F(MainWindowTest, WithoutAPreparedWindowOneIsMade)
     EXPECT_EQ(fake_.all(),
               join({{"D \"\"", "app_get_preinitialized_window(\"ostrel-demo-player-tv\")",
                      "elm_win_add(null, \"ostrel-demo-player-tv\", 1)"},
-                    furnishing(),
-                    settings()}));
+                    window_furnishing_lines(),
+                    window_setting_lines()}));
 }
 
 TEST_F(MainWindowTest, WithoutAnyWindowTheCreationFails)
@@ -99,7 +75,7 @@ TEST_F(MainWindowTest, WithoutABackgroundTheWindowIsUsedAllTheSame)
     EXPECT_EQ(fake_.all(),
               join({{"D \"\"", "app_get_preinitialized_window(\"ostrel-demo-player-tv\")",
                      "evas_object_evas_get(window#1)", "evas_object_rectangle_add(canvas#1)"},
-                    settings()}));
+                    window_setting_lines()}));
     EXPECT_NE(player_.m_pWlSurface, nullptr);
 }
 

@@ -1,4 +1,4 @@
-#include "player_test.h"
+#include "player_lines.h"
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -18,10 +18,7 @@ class OptionsPopupTest : public PlayerTest {
     OptionsPopupTest()
     {
         make_window();
-        fake_.system.texts = {{"SID_OFF", "Off"},
-                              {"COM_HTS_SID_PLAY_ALL", "Play all"},
-                              {"COM_SID_DEMO", "Demo"},
-                              {"SID_OK", "OK"}};
+        fake_.system.texts = option_texts();
     }
 
     void build_rows(const std::vector<std::string> &names)

@@ -29,10 +29,7 @@ class OptionsTranscriptTest : public PlayerTest {
     {
         make_window();
         make_video_player();
-        fake_.system.texts = {{"SID_OFF", "Off"},
-                              {"COM_HTS_SID_PLAY_ALL", "All"},
-                              {"COM_SID_DEMO", "Demo"},
-                              {"SID_OK", "OK"}};
+        fake_.system.texts = option_texts();
     }
 
     void open_with(const std::vector<std::string> &names)

@@ -10,13 +10,6 @@ namespace {
 
 class OstrelDemoPlayerEndTest : public PlayerTest {
   protected:
-    // A controller that was created and is ready to start.
-    void created(const std::vector<std::string> &files)
-    {
-        ASSERT_TRUE(create(files));
-        fake_.forget();
-    }
-
     // A controller in the middle of its work, with all that it can own.
     void play_with_everything()
     {

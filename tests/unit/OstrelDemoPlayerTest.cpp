@@ -7,15 +7,7 @@ using testing::IsEmpty;
 
 namespace {
 
-class OstrelDemoPlayerTest : public PlayerTest {
-  protected:
-    // A controller that was created and is ready to start.
-    void created(const std::vector<std::string> &files)
-    {
-        ASSERT_TRUE(create(files));
-        fake_.forget();
-    }
-};
+class OstrelDemoPlayerTest : public PlayerTest {};
 
 // ---- Constructor ----
 

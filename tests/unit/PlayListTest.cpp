@@ -2,6 +2,7 @@
 
 using testing::AllOf;
 using testing::ElementsAre;
+using testing::ElementsAreArray;
 using testing::Field;
 using testing::IsEmpty;
 
@@ -26,8 +27,19 @@ testing::Matcher<const stPlayListItem &> photo(const std::string &name)
     return entry(1, name);
 }
 
+using Entries = std::vector<testing::Matcher<const stPlayListItem &>>;
+
 class PlayListTest : public PlayerTest {
   protected:
+    void expect_lists(const Entries &landscape_videos, const Entries &portrait_videos,
+                      const Entries &landscape_photos, const Entries &portrait_photos)
+    {
+        EXPECT_THAT(player_.m_vdcLandscapeVideos, ElementsAreArray(landscape_videos));
+        EXPECT_THAT(player_.m_vdcPortraitVideos, ElementsAreArray(portrait_videos));
+        EXPECT_THAT(player_.m_vdcLandscapePhotos, ElementsAreArray(landscape_photos));
+        EXPECT_THAT(player_.m_vdcPortraitPhotos, ElementsAreArray(portrait_photos));
+    }
+
     void scan(const std::vector<std::string> &files)
     {
         fake_.storage.add_folder(FOLDER, files);
@@ -83,10 +95,8 @@ class PlayListTest : public PlayerTest {
 
     void expect_four_lists_as_filled()
     {
-        EXPECT_THAT(player_.m_vdcLandscapeVideos, ElementsAre(video("old.mp4")));
-        EXPECT_THAT(player_.m_vdcPortraitVideos, ElementsAre(video("portrait_old.mp4")));
-        EXPECT_THAT(player_.m_vdcLandscapePhotos, ElementsAre(photo("old.jpg")));
-        EXPECT_THAT(player_.m_vdcPortraitPhotos, ElementsAre(photo("portrait_old.jpg")));
+        expect_lists({video("old.mp4")}, {video("portrait_old.mp4")}, {photo("old.jpg")},
+                     {photo("portrait_old.jpg")});
     }
 
     static stPlayListItem item(int type, const std::string &name)
@@ -192,10 +202,7 @@ TEST_F(PlayListTest, AScanReplacesAllFourListsAndLeavesThePlayList)
 
     scan({});
 
-    EXPECT_THAT(player_.m_vdcLandscapeVideos, IsEmpty());
-    EXPECT_THAT(player_.m_vdcPortraitVideos, IsEmpty());
-    EXPECT_THAT(player_.m_vdcLandscapePhotos, IsEmpty());
-    EXPECT_THAT(player_.m_vdcPortraitPhotos, IsEmpty());
+    expect_lists({}, {}, {}, {});
     EXPECT_THAT(player_.m_vdcPlayList, ElementsAre(video("playing.mp4")));
 }
 
@@ -205,10 +212,8 @@ TEST_F(PlayListTest, FilesAreSortedByKindAndOrientation)
 {
     scan({"a.mp4", "portrait_b.mp4", "c.jpg", "portrait_d.jpeg", "notes.pdf"});
 
-    EXPECT_THAT(player_.m_vdcLandscapeVideos, ElementsAre(video("a.mp4")));
-    EXPECT_THAT(player_.m_vdcPortraitVideos, ElementsAre(video("portrait_b.mp4")));
-    EXPECT_THAT(player_.m_vdcLandscapePhotos, ElementsAre(photo("c.jpg")));
-    EXPECT_THAT(player_.m_vdcPortraitPhotos, ElementsAre(photo("portrait_d.jpeg")));
+    expect_lists({video("a.mp4")}, {video("portrait_b.mp4")}, {photo("c.jpg")},
+                 {photo("portrait_d.jpeg")});
 }
 
 TEST_F(PlayListTest, TheDirectorysOrderIsKept)
@@ -224,11 +229,9 @@ TEST_F(PlayListTest, ThePortraitPrefixIgnoresCaseButNeedsItsUnderscore)
     scan({"Portrait_Intro.MP4", "portraitIntro.mp4", "PORTRAIT_x.jpg", "my_portrait_y.jpg",
           "portrait_.mp4"});
 
-    EXPECT_THAT(player_.m_vdcPortraitVideos,
-                ElementsAre(video("Portrait_Intro.MP4"), video("portrait_.mp4")));
-    EXPECT_THAT(player_.m_vdcLandscapeVideos, ElementsAre(video("portraitIntro.mp4")));
-    EXPECT_THAT(player_.m_vdcPortraitPhotos, ElementsAre(photo("PORTRAIT_x.jpg")));
-    EXPECT_THAT(player_.m_vdcLandscapePhotos, ElementsAre(photo("my_portrait_y.jpg")));
+    expect_lists({video("portraitIntro.mp4")},
+                 {video("Portrait_Intro.MP4"), video("portrait_.mp4")},
+                 {photo("my_portrait_y.jpg")}, {photo("PORTRAIT_x.jpg")});
 }
 
 class VideoExtensionTest : public PlayListTest, public testing::WithParamInterface<const char *> {};
@@ -238,8 +241,7 @@ TEST_P(VideoExtensionTest, IsAVideo)
     const std::string name = std::string("clip") + GetParam();
     scan({name});
 
-    EXPECT_THAT(player_.m_vdcLandscapeVideos, ElementsAre(video(name)));
-    EXPECT_THAT(player_.m_vdcLandscapePhotos, IsEmpty());
+    expect_lists({video(name)}, {}, {}, {});
 }
 
 // The last ones are parts of the list's text: that test is kept so on purpose.
@@ -255,8 +257,7 @@ TEST_P(PhotoExtensionTest, IsAPhoto)
     const std::string name = std::string("picture") + GetParam();
     scan({name});
 
-    EXPECT_THAT(player_.m_vdcLandscapePhotos, ElementsAre(photo(name)));
-    EXPECT_THAT(player_.m_vdcLandscapeVideos, IsEmpty());
+    expect_lists({}, {}, {photo(name)}, {});
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, PhotoExtensionTest,
@@ -268,10 +269,7 @@ TEST_P(IgnoredNameTest, EntersNoList)
 {
     scan({GetParam()});
 
-    EXPECT_THAT(player_.m_vdcLandscapeVideos, IsEmpty());
-    EXPECT_THAT(player_.m_vdcPortraitVideos, IsEmpty());
-    EXPECT_THAT(player_.m_vdcLandscapePhotos, IsEmpty());
-    EXPECT_THAT(player_.m_vdcPortraitPhotos, IsEmpty());
+    expect_lists({}, {}, {}, {});
 }
 
 INSTANTIATE_TEST_SUITE_P(Names, IgnoredNameTest,
@@ -282,8 +280,7 @@ TEST_F(PlayListTest, OnlyTheLastExtensionCounts)
 {
     scan({"a.jpg.mp4", "b.mp4.jpg"});
 
-    EXPECT_THAT(player_.m_vdcLandscapeVideos, ElementsAre(video("a.jpg.mp4")));
-    EXPECT_THAT(player_.m_vdcLandscapePhotos, ElementsAre(photo("b.mp4.jpg")));
+    expect_lists({video("a.jpg.mp4")}, {}, {photo("b.mp4.jpg")}, {});
 }
 
 TEST_F(PlayListTest, NamesThatStartWithADotAreLikeAnyOther)

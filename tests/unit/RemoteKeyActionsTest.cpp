@@ -322,12 +322,7 @@ class IntervalKeyTest : public RemoteKeyActionsTest {
     IntervalKeyTest()
     {
         fake_.rotator.supported = true;
-        fake_.system.texts = {
-            {"TV_SID_ZAVO_MIX_CAAUG_PORTRAIT_TIMER_A_MINS", "P <<A>>"},
-            {"TV_SID_ZAVO_MIX_CAAUG_PORTRAIT_TIMER_A_MINS_B_SEC", "P <<A>>:<<B>>"},
-            {"TV_SID_ZAVO_MIX_CAAUG_LANDSCAPE_TIMER_A_MINS", "L <<A>>"},
-            {"TV_SID_ZAVO_MIX_CAAUG_LANDSCAPE_TIMER_A_MINS_B_SEC", "L <<A>>:<<B>>"},
-            {"TV_SID_ZAVO_MIX_CAAUG_RESET_P_L_TIMER_A_MINS", "Reset <<A>>"}};
+        fake_.system.texts = rotation_texts();
     }
 
     std::string toast() { return fake_.widgets.text(player_.m_pNotificationLabel); }

@@ -1,6 +1,6 @@
 // The readable cases; RotationTimerTranscriptTest.cpp goes through the whole table.
 
-#include "player_test.h"
+#include "player_lines.h"
 
 using testing::ElementsAre;
 
@@ -16,17 +16,7 @@ class RotationTimerTest : public PlayerTest {
     {
         make_window();
         fake_.rotator.supported = true;
-        const std::string prefix = "TV_SID_ZAVO_MIX_CAAUG_";
-        fake_.system.texts = {
-            {prefix + "LANDSCAPE_TIMER_A_MINS", "Landscape: <<A>> min"},
-            {prefix + "LANDSCAPE_TIMER_A_MINS_B_SEC", "Landscape: <<A>> min <<B>> s"},
-            {prefix + "PORTRAIT_TIMER_A_MINS", "Portrait: <<A>> min"},
-            {prefix + "PORTRAIT_TIMER_A_MINS_B_SEC", "Portrait: <<A>> min <<B>> s"},
-            {prefix + "RESET_P_L_TIMER_A_MINS", "Both: <<A>> min"},
-            {"COM_ID_QUENDIRA_ROTATION", "Rotation"},
-            {"SID_ON", "On"},
-            {"SID_OFF", "Off"},
-        };
+        fake_.system.texts = rotation_texts();
     }
 
     std::string toast_text()
@@ -36,14 +26,22 @@ class RotationTimerTest : public PlayerTest {
                    : fake_.widgets.text(player_.m_pNotificationLabel);
     }
 
+    void expect_switched(bool on)
+    {
+        player_.m_bRotationAutoMode = !on;
+
+        player_.m_CreateRotationOnOffLabel();
+
+        EXPECT_EQ(player_.m_bRotationAutoMode, on);
+        const std::string text = on ? "Rotation On" : "Rotation Off";
+        EXPECT_EQ(fake_.lines(), join({{"I \"\"", writes(ConfigKey::ROTATION_AUTO_MODE, on ? 1 : 0),
+                                        "I \"strContent = " + text + "\"", "I \"\""},
+                                       toast_lines("popup#1", text)}));
+    }
+
     static Lines toast_lines(const std::string &toast, const std::string &text)
     {
-        return {"elm_velt_popup_add(window#1)",
-                "elm_velt_popup_style_set(" + toast + ", 4)",
-                "elm_popup_orient_set(" + toast + ", CENTER)",
-                "elm_velt_popup_toast_text_set(" + toast + ", \"" + text + "\")",
-                "elm_popup_timeout_set(" + toast + ", 3)",
-                "evas_object_show(" + toast + ")"};
+        return join({{"elm_velt_popup_add(window#1)"}, toast_showing_lines(toast, text)});
     }
 };
 
@@ -77,10 +75,10 @@ TEST_F(RotationTimerTest, AStepIsLoggedAndToasted)
 {
     player_.m_ShowPopup(PORTRAIT_TIMER, 1);
 
-    EXPECT_EQ(fake_.lines(), join({{"I \"enZavoMode = 1 iTimerIndex = 1\"",
-                                    "I \"strResult: Portrait: 5 min 30 s\"",
-                                    "I \"strContent = Portrait: 5 min 30 s\"", "I \"\""},
-                                   toast_lines("popup#1", "Portrait: 5 min 30 s")}));
+    EXPECT_EQ(fake_.lines(),
+              join({{"I \"enZavoMode = 1 iTimerIndex = 1\"", "I \"strResult: P 5:30\"",
+                     "I \"strContent = P 5:30\"", "I \"\""},
+                    toast_lines("popup#1", "P 5:30")}));
     EXPECT_THAT(fake_.of({"dgettext"}),
                 LinesAre("dgettext(\"ostrel-demo-player-tv\", "
                          "\"TV_SID_ZAVO_MIX_CAAUG_PORTRAIT_TIMER_A_MINS_B_SEC\")"));
@@ -89,10 +87,10 @@ TEST_F(RotationTimerTest, AStepIsLoggedAndToasted)
 TEST_F(RotationTimerTest, AResetTellsTheMinutesOnly)
 {
     player_.m_ShowPopup(TIMER_RESET, 0);
-    EXPECT_EQ(toast_text(), "Both: 5 min");
+    EXPECT_EQ(toast_text(), "Reset 5");
 
     player_.m_ShowPopup(TIMER_RESET, 3);
-    EXPECT_EQ(toast_text(), "Both: 6 min");
+    EXPECT_EQ(toast_text(), "Reset 6");
 }
 
 TEST_F(RotationTimerTest, AnyOtherStatusShowsNothingAndLeavesThePopupOpen)
@@ -109,24 +107,12 @@ TEST_F(RotationTimerTest, AnyOtherStatusShowsNothingAndLeavesThePopupOpen)
 
 TEST_F(RotationTimerTest, TimedRotationIsSwitchedOn)
 {
-    player_.m_CreateRotationOnOffLabel();
-
-    EXPECT_TRUE(player_.m_bRotationAutoMode);
-    EXPECT_EQ(fake_.lines(), join({{"I \"\"", writes(ConfigKey::ROTATION_AUTO_MODE, 1),
-                                    "I \"strContent = Rotation On\"", "I \"\""},
-                                   toast_lines("popup#1", "Rotation On")}));
+    expect_switched(true);
 }
 
 TEST_F(RotationTimerTest, TimedRotationIsSwitchedOff)
 {
-    player_.m_bRotationAutoMode = true;
-
-    player_.m_CreateRotationOnOffLabel();
-
-    EXPECT_FALSE(player_.m_bRotationAutoMode);
-    EXPECT_EQ(fake_.lines(), join({{"I \"\"", writes(ConfigKey::ROTATION_AUTO_MODE, 0),
-                                    "I \"strContent = Rotation Off\"", "I \"\""},
-                                   toast_lines("popup#1", "Rotation Off")}));
+    expect_switched(false);
 }
 
 TEST_F(RotationTimerTest, ALongTranslationIsCutAt127Characters)
@@ -150,7 +136,7 @@ TEST_F(RotationTimerTest, AnIndexOutsideTheTableMeansFiveMinutes)
         EXPECT_THAT(fake_.loop.timers(), ElementsAre(300.0)) << index;
 
         player_.m_ShowPopup(LANDSCAPE_TIMER, index);
-        EXPECT_EQ(toast_text(), "Landscape: 5 min") << index;
+        EXPECT_EQ(toast_text(), "L 5") << index;
     }
 }
 

@@ -23,17 +23,7 @@ class RotationTimerTranscriptTest : public PlayerTest {
     RotationTimerTranscriptTest()
     {
         make_window();
-        const std::string prefix = "TV_SID_ZAVO_MIX_CAAUG_";
-        fake_.system.texts = {
-            {prefix + "LANDSCAPE_TIMER_A_MINS", "L <<A>>"},
-            {prefix + "LANDSCAPE_TIMER_A_MINS_B_SEC", "L <<A>>:<<B>>"},
-            {prefix + "PORTRAIT_TIMER_A_MINS", "P <<A>>"},
-            {prefix + "PORTRAIT_TIMER_A_MINS_B_SEC", "P <<A>>:<<B>>"},
-            {prefix + "RESET_P_L_TIMER_A_MINS", "R <<A>>"},
-            {"COM_ID_QUENDIRA_ROTATION", "Rotation"},
-            {"SID_ON", "On"},
-            {"SID_OFF", "Off"},
-        };
+        fake_.system.texts = rotation_texts();
     }
 
     // Brings up what a toast finds: an earlier toast, the options popup.
@@ -66,11 +56,7 @@ class RotationTimerTranscriptTest : public PlayerTest {
         lines += "elm_velt_popup_add(window#1)";
         if (!made)
             return lines;
-        return lines +=
-               {"elm_velt_popup_style_set(" + toast + ", 4)",
-                "elm_popup_orient_set(" + toast + ", CENTER)",
-                "elm_velt_popup_toast_text_set(" + toast + ", \"" + text + "\")",
-                "elm_popup_timeout_set(" + toast + ", 3)", "evas_object_show(" + toast + ")"};
+        return lines += toast_showing_lines(toast, text);
     }
 
   private:
@@ -130,7 +116,7 @@ TEST_P(IntervalToastTest, TellsTheIntervalInMinutesAndSeconds)
         std::string text = std::to_string(minutes);
         if (status == 2) {
             id += "RESET_P_L_TIMER_A_MINS";
-            text = "R " + text;
+            text = "Reset " + text;
         } else {
             id += status == 1 ? "PORTRAIT_TIMER_A_MINS" : "LANDSCAPE_TIMER_A_MINS";
             text = (status == 1 ? "P " : "L ") + text;

@@ -185,88 +185,79 @@ TEST_F(VideoPlaybackTest, DestroyingWithoutAPlayerDoesNothing)
     EXPECT_THAT(fake_.lines(), LinesAre("D \"\""));
 }
 
-// ---- OnPause ----
+// ---- OnPause, OnResume, OnResumeOrPause, m_Forward, m_Rewind ----
 
-TEST_F(VideoPlaybackTest, APlayingVideoIsPausedAtNormalSpeed)
+class VideoControlTest : public VideoPlaybackTest {
+  protected:
+    using Operation = bool (CPlayerInspector::*)();
+
+    void expect_in(player_state_e state, Operation operation, bool succeeds, const Lines &expected)
+    {
+        make_video_player_in(state);
+        fake_.media.rate = rate_;
+        EXPECT_EQ((player_.*operation)(), succeeds);
+        EXPECT_EQ(fake_.lines(), expected);
+    }
+
+    // Setting a speed, a whole number.
+    static Lines speed_lines(int speed)
+    {
+        return {"I \"" + std::to_string(speed) + ".000000\"",
+                "player_set_playback_rate(" + std::to_string(speed) + ")"};
+    }
+
+    float rate_ = 1.0F;
+};
+
+TEST_F(VideoControlTest, APlayingVideoIsPausedAtNormalSpeed)
 {
-    make_video_player_in(PLAYER_STATE_PLAYING);
-
-    EXPECT_TRUE(player_.OnPause());
-
-    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\"", "I \"1.000000\"",
-                                        "player_set_playback_rate(1)", "player_pause()"));
+    expect_in(PLAYER_STATE_PLAYING, &CPlayerInspector::OnPause, true,
+              join({{"D \"\"", "D \"\""}, speed_lines(1), {"player_pause()"}}));
 }
 
-TEST_F(VideoPlaybackTest, PausingWhilePausedIsRefused)
+TEST_F(VideoControlTest, PausingWhilePausedIsRefused)
 {
-    make_video_player_in(PLAYER_STATE_PAUSED);
-
-    EXPECT_FALSE(player_.OnPause());
-
-    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\"", "I \"playerState is not PLAYING\""));
+    expect_in(PLAYER_STATE_PAUSED, &CPlayerInspector::OnPause, false,
+              {"D \"\"", "D \"\"", "I \"playerState is not PLAYING\""});
 }
 
-// ---- OnResume ----
-
-TEST_F(VideoPlaybackTest, APausedVideoResumesAtNormalSpeed)
+TEST_F(VideoControlTest, APausedVideoResumesAtNormalSpeed)
 {
-    make_video_player_in(PLAYER_STATE_PAUSED);
-
-    EXPECT_TRUE(player_.OnResume());
-
-    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\"", "D \"playerState:4\"", "I \"1.000000\"",
-                                        "player_set_playback_rate(1)", "player_start()"));
+    expect_in(
+        PLAYER_STATE_PAUSED, &CPlayerInspector::OnResume, true,
+        join({{"D \"\"", "D \"\"", "D \"playerState:4\""}, speed_lines(1), {"player_start()"}}));
     EXPECT_THAT(fake_.of({"player_get_playback_rate"}), IsEmpty());
 }
 
-TEST_F(VideoPlaybackTest, AFastVideoReturnsToNormalSpeedAndStartsAgain)
+TEST_F(VideoControlTest, AFastVideoReturnsToNormalSpeedAndStartsAgain)
 {
-    make_video_player_in(PLAYER_STATE_PLAYING);
-    fake_.media.rate = 2.0F;
-
-    EXPECT_TRUE(player_.OnResume());
-
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("D \"\"", "D \"\"", "D \"playerState:3\"", "D \"dSpeed:2.000000\"",
-                         "I \"1.000000\"", "player_set_playback_rate(1)", "player_start()"));
+    rate_ = 2.0F;
+    expect_in(PLAYER_STATE_PLAYING, &CPlayerInspector::OnResume, true,
+              join({{"D \"\"", "D \"\"", "D \"playerState:3\"", "D \"dSpeed:2.000000\""},
+                    speed_lines(1),
+                    {"player_start()"}}));
 }
 
-TEST_F(VideoPlaybackTest, AVideoAtNormalSpeedHasNothingToResume)
+TEST_F(VideoControlTest, AVideoAtNormalSpeedHasNothingToResume)
 {
-    make_video_player_in(PLAYER_STATE_PLAYING);
-
-    EXPECT_FALSE(player_.OnResume());
-
-    EXPECT_THAT(fake_.lines(),
-                LinesAre("D \"\"", "D \"\"", "D \"playerState:3\"", "D \"dSpeed:1.000000\"",
-                         "I \"playerState is not PAUSED\""));
+    expect_in(PLAYER_STATE_PLAYING, &CPlayerInspector::OnResume, false,
+              {"D \"\"", "D \"\"", "D \"playerState:3\"", "D \"dSpeed:1.000000\"",
+               "I \"playerState is not PAUSED\""});
 }
 
-// ---- OnResumeOrPause ----
-
-TEST_F(VideoPlaybackTest, TheToggleResumesAPausedVideo)
+TEST_F(VideoControlTest, TheToggleResumesAPausedVideo)
 {
-    make_video_player_in(PLAYER_STATE_PAUSED);
-
-    EXPECT_TRUE(player_.OnResumeOrPause());
-
-    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\"", "I \"1.000000\"",
-                                        "player_set_playback_rate(1)", "player_start()"));
+    expect_in(PLAYER_STATE_PAUSED, &CPlayerInspector::OnResumeOrPause, true,
+              join({{"D \"\"", "D \"\""}, speed_lines(1), {"player_start()"}}));
 }
 
-TEST_F(VideoPlaybackTest, TheTogglePausesAPlayingVideo)
+TEST_F(VideoControlTest, TheTogglePausesAPlayingVideo)
 {
-    make_video_player_in(PLAYER_STATE_PLAYING);
-
-    EXPECT_TRUE(player_.OnResumeOrPause());
-
-    EXPECT_THAT(fake_.lines(), LinesAre("D \"\"", "D \"\"", "I \"1.000000\"",
-                                        "player_set_playback_rate(1)", "player_pause()"));
+    expect_in(PLAYER_STATE_PLAYING, &CPlayerInspector::OnResumeOrPause, true,
+              join({{"D \"\"", "D \"\""}, speed_lines(1), {"player_pause()"}}));
 }
 
-// ---- m_Forward, m_Rewind ----
-
-TEST_F(VideoPlaybackTest, ForwardAndRewindSetTheirSpeeds)
+TEST_F(VideoControlTest, ForwardAndRewindSetTheirSpeeds)
 {
     make_video_player_in(PLAYER_STATE_PLAYING);
 
@@ -277,24 +268,26 @@ TEST_F(VideoPlaybackTest, ForwardAndRewindSetTheirSpeeds)
                 LinesAre("player_set_playback_rate(2)", "player_set_playback_rate(-2)"));
 }
 
-TEST_F(VideoPlaybackTest, ForwardWhilePausedResumesFirst)
+// Asking for the status, and then what resuming leaves.
+const Lines RESUMED = {"D \"\"",
+                       "I \"4 \"",
+                       "D \"\"",
+                       "D \"\"",
+                       "D \"playerState:4\"",
+                       "I \"1.000000\"",
+                       "player_set_playback_rate(1)",
+                       "player_start()"};
+
+TEST_F(VideoControlTest, ForwardWhilePausedResumesFirst)
 {
-    make_video_player_in(PLAYER_STATE_PAUSED);
-
-    EXPECT_TRUE(player_.m_Forward());
-
-    EXPECT_THAT(fake_.calls(), LinesAre("player_set_playback_rate(1)", "player_start()",
-                                        "player_set_playback_rate(2)"));
+    expect_in(PLAYER_STATE_PAUSED, &CPlayerInspector::m_Forward, true,
+              join({RESUMED, speed_lines(2)}));
 }
 
-TEST_F(VideoPlaybackTest, RewindWhilePausedResumesFirst)
+TEST_F(VideoControlTest, RewindWhilePausedResumesFirst)
 {
-    make_video_player_in(PLAYER_STATE_PAUSED);
-
-    EXPECT_TRUE(player_.m_Rewind());
-
-    EXPECT_THAT(fake_.calls(), LinesAre("player_set_playback_rate(1)", "player_start()",
-                                        "player_set_playback_rate(-2)"));
+    expect_in(PLAYER_STATE_PAUSED, &CPlayerInspector::m_Rewind, true,
+              join({RESUMED, speed_lines(-2)}));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // Every way through the operations on the media player: each state, each combination of failures.
 
+#include <functional>
 #include <set>
 
 #include "player_lines.h"
@@ -172,7 +173,7 @@ struct TrickCase {
     float rate;
     Failures failures;
 
-    bool fails(const char *function) const { return failures.count(function) != 0; }
+    bool fails(const std::string &function) const { return failures.count(function) != 0; }
     // The media player refuses what does not fit its state.
     bool opened() const { return has_player && state >= PLAYER_STATE_READY; }
     std::string call(const std::string &function, const std::string &arguments = "") const
@@ -215,29 +216,21 @@ struct TrickCase {
         lines += "E \"player_set_playback_rate error\"";
         return false;
     }
-    bool start(Lines &lines) const
+    // Starting or pausing, at normal speed.
+    bool change(Lines &lines, const std::string &function) const
     {
         trick_speed(lines, 1);
-        lines += call("player_start");
-        if (!fails("player_start"))
+        lines += call(function);
+        if (!fails(function))
             return true;
-        lines += "E \"player_start error\"";
-        return false;
-    }
-    bool hold(Lines &lines) const
-    {
-        trick_speed(lines, 1);
-        lines += call("player_pause");
-        if (!fails("player_pause"))
-            return true;
-        lines += "E \"player_pause error\"";
+        lines += "E \"" + function + " error\"";
         return false;
     }
     bool pause(Lines &lines) const
     {
         lines += "D \"\"";
         if (player_state(lines) == 3)
-            return hold(lines);
+            return change(lines, "player_pause");
         lines += "I \"playerState is not PLAYING\"";
         return false;
     }
@@ -247,7 +240,7 @@ struct TrickCase {
         const int now = player_state(lines);
         lines += "D \"playerState:" + std::to_string(now) + "\"";
         if (now == 4)
-            return start(lines);
+            return change(lines, "player_start");
         lines += call("player_get_playback_rate");
         if (!has_player || fails("player_get_playback_rate")) {
             lines += "E \"player_get_playback_rate error\"";
@@ -255,7 +248,7 @@ struct TrickCase {
         }
         lines += "D \"dSpeed:" + std::to_string(static_cast<double>(rate)) + "\"";
         if (now == 3 && rate != 1.0F)
-            return start(lines);
+            return change(lines, "player_start");
         lines += "I \"playerState is not PAUSED\"";
         return false;
     }
@@ -264,9 +257,9 @@ struct TrickCase {
         lines += "D \"\"";
         switch (player_state(lines)) {
         case 4:
-            return start(lines);
+            return change(lines, "player_start");
         case 3:
-            return hold(lines);
+            return change(lines, "player_pause");
         default:
             return true;
         }
@@ -283,6 +276,8 @@ struct TrickCase {
         then.trick_speed(lines, speed);
         return true;
     }
+    bool forward(Lines &lines) const { return skim(lines, 2); }
+    bool rewind(Lines &lines) const { return skim(lines, -2); }
 };
 
 class TrickPlayTest : public VideoTranscriptTest {
@@ -311,81 +306,69 @@ class TrickPlayTest : public VideoTranscriptTest {
             }
         }
     }
+
+    // Compares an operation's result and transcript with what is expected.
+    template <typename Operation, typename Expectation>
+    void expect_case(const TrickCase &now, Operation operation, Expectation expectation)
+    {
+        fake_.forget();
+        Lines expected;
+        EXPECT_EQ(std::invoke(operation, player_), std::invoke(expectation, now, expected));
+        EXPECT_EQ(fake_.all(), expected);
+    }
+
+    template <typename Operation, typename Expectation>
+    void expect_in_every_case(Operation operation, Expectation expectation)
+    {
+        in_every_case([&](const TrickCase &now) { expect_case(now, operation, expectation); });
+    }
 };
 
 TEST_F(TrickPlayTest, ThePlayersStateIsAskedAndToldInEveryCase)
 {
-    in_every_case([this](const TrickCase &now) {
-        Lines expected;
-        EXPECT_EQ(player_.m_GetPlayerState(), now.player_state(expected));
-        EXPECT_EQ(fake_.all(), expected);
-    });
+    expect_in_every_case(&CPlayerInspector::m_GetPlayerState, &TrickCase::player_state);
 }
 
 TEST_F(TrickPlayTest, ThePlayBackStatusIsAskedAndToldInEveryCase)
 {
-    in_every_case([this](const TrickCase &now) {
-        Lines expected;
-        EXPECT_EQ(player_.m_GetPlayBackStatus(), now.playback_status(expected));
-        EXPECT_EQ(fake_.all(), expected);
-    });
+    expect_in_every_case(&CPlayerInspector::m_GetPlayBackStatus, &TrickCase::playback_status);
 }
 
 TEST_F(TrickPlayTest, ASpeedIsSetOrRefusedInEveryCase)
 {
     in_every_case([this](const TrickCase &now) {
-        for (const int speed : {1, 2, -2}) {
-            Lines expected;
-            fake_.forget();
-            EXPECT_EQ(player_.m_SetTrickSpeed(speed), now.trick_speed(expected, speed));
-            EXPECT_EQ(fake_.all(), expected);
-        }
+        for (const int speed : {1, 2, -2})
+            expect_case(
+                now, [=](CPlayerInspector &player) { return player.m_SetTrickSpeed(speed); },
+                [=](const TrickCase &then, Lines &lines) {
+                    return then.trick_speed(lines, speed);
+                });
     });
 }
 
 TEST_F(TrickPlayTest, OnlyAPlayingVideoIsPaused)
 {
-    in_every_case([this](const TrickCase &now) {
-        Lines expected;
-        EXPECT_EQ(player_.OnPause(), now.pause(expected));
-        EXPECT_EQ(fake_.all(), expected);
-    });
+    expect_in_every_case(&CPlayerInspector::OnPause, &TrickCase::pause);
 }
 
 TEST_F(TrickPlayTest, OnlyAPausedOrFastVideoIsResumed)
 {
-    in_every_case([this](const TrickCase &now) {
-        Lines expected;
-        EXPECT_EQ(player_.OnResume(), now.resume(expected));
-        EXPECT_EQ(fake_.all(), expected);
-    });
+    expect_in_every_case(&CPlayerInspector::OnResume, &TrickCase::resume);
 }
 
 TEST_F(TrickPlayTest, TheToggleResumesOrPausesInEveryCase)
 {
-    in_every_case([this](const TrickCase &now) {
-        Lines expected;
-        EXPECT_EQ(player_.OnResumeOrPause(), now.resume_or_pause(expected));
-        EXPECT_EQ(fake_.all(), expected);
-    });
+    expect_in_every_case(&CPlayerInspector::OnResumeOrPause, &TrickCase::resume_or_pause);
 }
 
 TEST_F(TrickPlayTest, ForwardResumesAPausedVideoAndDoublesTheSpeed)
 {
-    in_every_case([this](const TrickCase &now) {
-        Lines expected;
-        EXPECT_EQ(player_.m_Forward(), now.skim(expected, 2));
-        EXPECT_EQ(fake_.all(), expected);
-    });
+    expect_in_every_case(&CPlayerInspector::m_Forward, &TrickCase::forward);
 }
 
 TEST_F(TrickPlayTest, RewindResumesAPausedVideoAndTurnsTheSpeedRound)
 {
-    in_every_case([this](const TrickCase &now) {
-        Lines expected;
-        EXPECT_EQ(player_.m_Rewind(), now.skim(expected, -2));
-        EXPECT_EQ(fake_.all(), expected);
-    });
+    expect_in_every_case(&CPlayerInspector::m_Rewind, &TrickCase::rewind);
 }
 
 } // namespace

@@ -159,141 +159,36 @@ class CPlayerInspector {
     /** Whether the process has started playback once. */
     static bool &bStarted() { return COstrelDemoPlayer::bStarted; }
 
-    static void m_OnHandleEcorePipeCB(void *data, void *buffer, unsigned int nbyte)
-    {
-        COstrelDemoPlayer::m_OnHandleEcorePipeCB(data, buffer, nbyte);
-    }
-    static void m_PlayerPreparedCB(void *data) { COstrelDemoPlayer::m_PlayerPreparedCB(data); }
-    static void m_OnPlayerCompletedCB(void *data)
-    {
-        COstrelDemoPlayer::m_OnPlayerCompletedCB(data);
-    }
-    static void m_OnInterruptedCB(player_interrupted_code_e enCode, void *data)
-    {
-        COstrelDemoPlayer::m_OnInterruptedCB(enCode, data);
-    }
-    static void m_OnPlayerPrepareErrorCB(int iErrorCode, void *data)
-    {
-        COstrelDemoPlayer::m_OnPlayerPrepareErrorCB(iErrorCode, data);
-    }
-    static void m_OnSubTitleUpdateCB(unsigned long ulDuration, void *pSubtitle, unsigned int uiType,
-                                     unsigned int uiAttributeCount, MMSubAttribute **ppAttributes,
-                                     void *data)
-    {
-        COstrelDemoPlayer::m_OnSubTitleUpdateCB(ulDuration, pSubtitle, uiType, uiAttributeCount,
-                                                ppAttributes, data);
-    }
-    static Eina_Bool m_OnStartSlideShowCB(void *data)
-    {
-        return COstrelDemoPlayer::m_OnStartSlideShowCB(data);
-    }
-    static Eina_Bool m_OnPhotoPlayEndCB(void *data)
-    {
-        return COstrelDemoPlayer::m_OnPhotoPlayEndCB(data);
-    }
-    static void m_OnParseEventCB(void *data, pictrel_event_type_e enType,
-                                 pictrel_event_result_e enResult)
-    {
-        COstrelDemoPlayer::m_OnParseEventCB(data, enType, enResult);
-    }
-    static void m_OnDecodeEventCB(void *data, pictrel_event_type_e enType,
-                                  pictrel_event_result_e enResult)
-    {
-        COstrelDemoPlayer::m_OnDecodeEventCB(data, enType, enResult);
-    }
-    static void m_OnPhotoResourceConflictEventCB(void *data, pictrel_event_type_e enType,
-                                                 pictrel_event_result_e enResult)
-    {
-        COstrelDemoPlayer::m_OnPhotoResourceConflictEventCB(data, enType, enResult);
-    }
-    static void m_OnWindowRotationCB(void *data, Evas_Object *pWindow, void *event_info)
-    {
-        COstrelDemoPlayer::m_OnWindowRotationCB(data, pWindow, event_info);
-    }
-    static int m_OnDisplayRotatorCB(display_rotator_status_t *pStatus, void *data)
-    {
-        return COstrelDemoPlayer::m_OnDisplayRotatorCB(pStatus, data);
-    }
-    static Eina_Bool m_OnRotationDelayTimerCB(void *data)
-    {
-        return COstrelDemoPlayer::m_OnRotationDelayTimerCB(data);
-    }
-    static Eina_Bool m_OnECoreKeyDownCB(void *data, int iType, void *event)
-    {
-        return COstrelDemoPlayer::m_OnECoreKeyDownCB(data, iType, event);
-    }
-    static void m_OnGenlistKeyDownCB(void *data, Evas *pEvas, Evas_Object *pObject,
-                                     void *event_info)
-    {
-        COstrelDemoPlayer::m_OnGenlistKeyDownCB(data, pEvas, pObject, event_info);
-    }
-    static void m_OnWindowReSizeCB(void *data, Evas *pEvas, Evas_Object *pObject, void *event_info)
-    {
-        COstrelDemoPlayer::m_OnWindowReSizeCB(data, pEvas, pObject, event_info);
-    }
-    static void m_OnWindowMouseDownCB(void *data, Evas *pEvas, Evas_Object *pObject,
-                                      void *event_info)
-    {
-        COstrelDemoPlayer::m_OnWindowMouseDownCB(data, pEvas, pObject, event_info);
-    }
-    static void m_OnWindowVisibilityChangeCB(void *data, Evas_Object *pObject, void *event_info)
-    {
-        COstrelDemoPlayer::m_OnWindowVisibilityChangeCB(data, pObject, event_info);
-    }
-    static Eina_Bool m_OnDisclaimerTimeOutCB(void *data)
-    {
-        return COstrelDemoPlayer::m_OnDisclaimerTimeOutCB(data);
-    }
-    static Eina_Bool m_OnDestroyPopTimerCB(void *data)
-    {
-        return COstrelDemoPlayer::m_OnDestroyPopTimerCB(data);
-    }
-    static void m_OnButtonResponseCB(void *data, Evas_Object *pObject, void *event_info)
-    {
-        COstrelDemoPlayer::m_OnButtonResponseCB(data, pObject, event_info);
-    }
-    static void m_OnCommonButtonMouseInCB(void *data, Evas *pEvas, Evas_Object *pObject,
-                                          void *event_info)
-    {
-        COstrelDemoPlayer::m_OnCommonButtonMouseInCB(data, pEvas, pObject, event_info);
-    }
-    static void m_OnCommonButtonMouseDownCB(void *data, Evas *pEvas, Evas_Object *pObject,
-                                            void *event_info)
-    {
-        COstrelDemoPlayer::m_OnCommonButtonMouseDownCB(data, pEvas, pObject, event_info);
-    }
-    static char *m_GetTextCB(void *data, Evas_Object *pObject, const char *part)
-    {
-        return COstrelDemoPlayer::m_GetTextCB(data, pObject, part);
-    }
-    static void m_OnItemDeletedCB(void *data, Evas_Object *pObject)
-    {
-        COstrelDemoPlayer::m_OnItemDeletedCB(data, pObject);
-    }
-    static void m_OnItemSelectedCB(void *data, Evas_Object *pObject, void *event_info)
-    {
-        COstrelDemoPlayer::m_OnItemSelectedCB(data, pObject, event_info);
-    }
-    static void m_OnGenglistShow(void *data, Evas *pEvas, Evas_Object *pObject, void *event_info)
-    {
-        COstrelDemoPlayer::m_OnGenglistShow(data, pEvas, pObject, event_info);
-    }
-    static void m_OnGenListMouseInCB(void *data, Evas *pEvas, Evas_Object *pObject,
-                                     void *event_info)
-    {
-        COstrelDemoPlayer::m_OnGenListMouseInCB(data, pEvas, pObject, event_info);
-    }
-    static void m_OnGenListMouseDownCB(void *data, Evas *pEvas, Evas_Object *pObject,
-                                       void *event_info)
-    {
-        COstrelDemoPlayer::m_OnGenListMouseDownCB(data, pEvas, pObject, event_info);
-    }
-    static Eina_Bool m_OnSetFocusIdlerCB(void *data)
-    {
-        return COstrelDemoPlayer::m_OnSetFocusIdlerCB(data);
-    }
-    static Eina_Bool m_OnZavoTimeOutCB(void *data)
-    {
-        return COstrelDemoPlayer::m_OnZavoTimeOutCB(data);
-    }
+    // The callbacks, as the platform is given them. Of the event pipe and of timers.
+    static constexpr auto m_OnHandleEcorePipeCB = &COstrelDemoPlayer::m_OnHandleEcorePipeCB;
+    static constexpr auto m_OnDisclaimerTimeOutCB = &COstrelDemoPlayer::m_OnDisclaimerTimeOutCB;
+    static constexpr auto m_OnZavoTimeOutCB = &COstrelDemoPlayer::m_OnZavoTimeOutCB;
+    // Of the media player.
+    static constexpr auto m_PlayerPreparedCB = &COstrelDemoPlayer::m_PlayerPreparedCB;
+    // Of the photos.
+    static constexpr auto m_OnStartSlideShowCB = &COstrelDemoPlayer::m_OnStartSlideShowCB;
+    static constexpr auto m_OnPhotoPlayEndCB = &COstrelDemoPlayer::m_OnPhotoPlayEndCB;
+    // Of the panel.
+    static constexpr auto m_OnWindowRotationCB = &COstrelDemoPlayer::m_OnWindowRotationCB;
+    static constexpr auto m_OnDisplayRotatorCB = &COstrelDemoPlayer::m_OnDisplayRotatorCB;
+    static constexpr auto m_OnRotationDelayTimerCB = &COstrelDemoPlayer::m_OnRotationDelayTimerCB;
+    // Of the keys.
+    static constexpr auto m_OnECoreKeyDownCB = &COstrelDemoPlayer::m_OnECoreKeyDownCB;
+    static constexpr auto m_OnGenlistKeyDownCB = &COstrelDemoPlayer::m_OnGenlistKeyDownCB;
+    // Of the window.
+    static constexpr auto m_OnWindowReSizeCB = &COstrelDemoPlayer::m_OnWindowReSizeCB;
+    static constexpr auto m_OnWindowMouseDownCB = &COstrelDemoPlayer::m_OnWindowMouseDownCB;
+    static constexpr auto m_OnWindowVisibilityChangeCB =
+        &COstrelDemoPlayer::m_OnWindowVisibilityChangeCB;
+    // Of the options.
+    static constexpr auto m_OnDestroyPopTimerCB = &COstrelDemoPlayer::m_OnDestroyPopTimerCB;
+    static constexpr auto m_OnButtonResponseCB = &COstrelDemoPlayer::m_OnButtonResponseCB;
+    static constexpr auto m_OnCommonButtonMouseDownCB =
+        &COstrelDemoPlayer::m_OnCommonButtonMouseDownCB;
+    static constexpr auto m_GetTextCB = &COstrelDemoPlayer::m_GetTextCB;
+    static constexpr auto m_OnItemDeletedCB = &COstrelDemoPlayer::m_OnItemDeletedCB;
+    static constexpr auto m_OnItemSelectedCB = &COstrelDemoPlayer::m_OnItemSelectedCB;
+    static constexpr auto m_OnGenListMouseInCB = &COstrelDemoPlayer::m_OnGenListMouseInCB;
+    static constexpr auto m_OnGenListMouseDownCB = &COstrelDemoPlayer::m_OnGenListMouseDownCB;
+    static constexpr auto m_OnSetFocusIdlerCB = &COstrelDemoPlayer::m_OnSetFocusIdlerCB;
 };

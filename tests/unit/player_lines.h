@@ -4,7 +4,9 @@
  */
 #pragma once
 
+#include <map>
 #include <string>
+#include <vector>
 
 #include "player_test.h"
 
@@ -135,4 +137,71 @@ inline Lines entry_lines(const std::string &path, const std::string &subtitle, b
     if (photo)
         return lines += photo_lines(path, before.pictures_made + 1, before.photo, before.photo);
     return lines += video_lines(path, subtitle, before.video, looping);
+}
+
+/** What is put into a new window, wherever it comes from. */
+inline Lines window_furnishing_lines()
+{
+    return {"evas_object_evas_get(window#1)",
+            "evas_object_rectangle_add(canvas#1)",
+            "evas_object_size_hint_weight_set(rectangle#1, 1, 1)",
+            "evas_object_color_set(rectangle#1, 0, 0, 0, 0)",
+            "evas_object_render_op_set(rectangle#1, COPY)",
+            "evas_object_show(rectangle#1)",
+            "elm_win_resize_object_add(window#1, rectangle#1)"};
+}
+
+/** How a new window is set up. */
+inline Lines window_setting_lines()
+{
+    return {"elm_win_title_set(window#1, \"ostrel-demo-player-tv\")",
+            "elm_policy_set(QUIT, LAST_WINDOW_CLOSED)",
+            "elm_win_autodel_set(window#1, true)",
+            "elm_win_aux_hint_add(window#1, \"wm.screencontroller.exception\", \"3\")",
+            "evas_object_evas_get(window#1)",
+            "ecore_evas_ecore_evas_get(canvas#1)",
+            "ecore_evas_wayland2_window_get(ecore-evas#1)",
+            "ecore_wl2_window_surface_get(wayland-window#1)"};
+}
+
+/** Building the rows of the options. @param names number and name of each entry that has a row */
+inline Lines item_list_lines(const std::vector<std::string> &names)
+{
+    Lines lines = {"D \"\"", "dgettext(\"ostrel-demo-player-tv\", \"SID_OFF\")",
+                   "dgettext(\"ostrel-demo-player-tv\", \"COM_HTS_SID_PLAY_ALL\")"};
+    for (const std::string &name : names)
+        lines += "I \"" + name + "\"";
+    return lines;
+}
+
+/** Showing a toast that was just made. */
+inline Lines toast_showing_lines(const std::string &toast, const std::string &text)
+{
+    return {"elm_velt_popup_style_set(" + toast + ", 4)",
+            "elm_popup_orient_set(" + toast + ", CENTER)",
+            "elm_velt_popup_toast_text_set(" + toast + ", \"" + text + "\")",
+            "elm_popup_timeout_set(" + toast + ", 3)", "evas_object_show(" + toast + ")"};
+}
+
+/** Short translations of what is told about the timed rotation. */
+inline std::map<std::string, std::string> rotation_texts()
+{
+    const std::string prefix = "TV_SID_ZAVO_MIX_CAAUG_";
+    return {{prefix + "LANDSCAPE_TIMER_A_MINS", "L <<A>>"},
+            {prefix + "LANDSCAPE_TIMER_A_MINS_B_SEC", "L <<A>>:<<B>>"},
+            {prefix + "PORTRAIT_TIMER_A_MINS", "P <<A>>"},
+            {prefix + "PORTRAIT_TIMER_A_MINS_B_SEC", "P <<A>>:<<B>>"},
+            {prefix + "RESET_P_L_TIMER_A_MINS", "Reset <<A>>"},
+            {"COM_ID_QUENDIRA_ROTATION", "Rotation"},
+            {"SID_ON", "On"},
+            {"SID_OFF", "Off"}};
+}
+
+/** Translations of what the options show. */
+inline std::map<std::string, std::string> option_texts()
+{
+    return {{"SID_OFF", "Off"},
+            {"COM_HTS_SID_PLAY_ALL", "Play all"},
+            {"COM_SID_DEMO", "Demo"},
+            {"SID_OK", "OK"}};
 }

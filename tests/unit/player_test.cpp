@@ -139,3 +139,9 @@ bool PlayerTest::create(const std::vector<std::string> &files, bool repeat)
     info.strFolderPath = FOLDER;
     return player_.Create(info, false, repeat);
 }
+
+void PlayerTest::created(const std::vector<std::string> &files)
+{
+    ASSERT_TRUE(create(files));
+    fake_.forget();
+}

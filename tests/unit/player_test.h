@@ -61,6 +61,9 @@ class PlayerTest : public ::testing::Test {
     /** Creates the controller as at a launch, with these files in the built-in folder. */
     bool create(const std::vector<std::string> &files, bool repeat = true);
 
+    /** As create(), successful and forgotten: ready to start. */
+    void created(const std::vector<std::string> &files);
+
     fake::Platform &fake_;
     std::unique_ptr<COstrelDemoPlayer> controller_;
     CPlayerInspector player_;

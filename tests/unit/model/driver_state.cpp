@@ -13,11 +13,6 @@ namespace model {
 
 namespace {
 
-std::string yes_no(bool value)
-{
-    return value ? "yes" : "no";
-}
-
 std::string joined(const std::vector<stPlayListItem> &list)
 {
     std::string text;

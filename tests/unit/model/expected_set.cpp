@@ -98,22 +98,23 @@ bool ExpectedSet::player_result(const char *function, std::initializer_list<Vide
     return works(function) && player && fits;
 }
 
+bool ExpectedSet::take_file(const char *function, const std::string &path, std::string &file)
+{
+    player_line(function, path);
+    if (!player_result(function, {Video::Idle}) || preparing)
+        return false;
+    file = path;
+    return true;
+}
+
 bool ExpectedSet::set_uri(const std::string &new_uri)
 {
-    player_line("player_set_uri", new_uri);
-    if (!player_result("player_set_uri", {Video::Idle}) || preparing)
-        return false;
-    uri = new_uri;
-    return true;
+    return take_file("player_set_uri", new_uri, uri);
 }
 
 bool ExpectedSet::set_subtitle(const std::string &new_subtitle)
 {
-    player_line("player_set_subtitle_path", new_subtitle);
-    if (!player_result("player_set_subtitle_path", {Video::Idle}) || preparing)
-        return false;
-    subtitle = new_subtitle;
-    return true;
+    return take_file("player_set_subtitle_path", new_subtitle, subtitle);
 }
 
 bool ExpectedSet::prepare()

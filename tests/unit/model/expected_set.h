@@ -155,6 +155,8 @@ class ExpectedSet {
     bool folder_exists(const std::string &path) const;
 
   private:
+    bool take_file(const char *function, const std::string &path, std::string &file);
+
     Step step_;
 };
 

@@ -20,6 +20,11 @@ namespace model {
 /** Names and values of what is compared after each step, in a fixed order. */
 using State = std::vector<std::pair<const char *, std::string>>;
 
+inline std::string yes_no(bool value)
+{
+    return value ? "yes" : "no";
+}
+
 struct Entry {
     int type; /**< 0 video, 1 photo */
     std::string name;

@@ -9,11 +9,6 @@ namespace model {
 
 namespace {
 
-std::string yes_no(bool value)
-{
-    return value ? "yes" : "no";
-}
-
 std::string joined(const std::vector<Entry> &list)
 {
     std::string text;
