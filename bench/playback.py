@@ -5,9 +5,9 @@ Both play the same file, full screen, in the same software compositor, in turns,
 machine slows both. Printed are the CPU ticks (1/100 s) that the program and the compositor took in
 each measured window, their ratio, and the frames a second that reached the compositor.
 
-    bench/playback.py --build build [--rounds 3] [--window 10]
-
-Needs the packages of the "bench" section of packages.txt.
+    packaging/install-missing.sh build run demo bench
+    cmake -S . -B build -G Ninja && ninja -C build
+    bench/playback.py --build build --rounds 3 --window 10
 """
 
 import argparse

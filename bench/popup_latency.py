@@ -6,9 +6,11 @@ measured is, by the player's own trace of the Wayland protocol, the time from th
 the next frame of the window, and the longest time between two frames of the film around it. The
 first line of a start is the first popup of that process.
 
-    bench/popup_latency.py --build build [--starts 3] [--popups 4] [--size 1920x1080] [--early]
+    packaging/install-missing.sh build run demo test
+    cmake -S . -B build -G Ninja && ninja -C build
+    bench/popup_latency.py --build build --starts 3 --popups 4 --size 1920x1080
 
-Needs the packages of the "test" section of packages.txt.
+With --early the first popup opens right after the start, before its widgets were prepared.
 """
 
 import argparse
