@@ -5,27 +5,31 @@
 #include <string>
 
 #include "log/platform_log.h"
+#include "media_player/audio_choice.h"
 
 namespace platform {
 namespace {
 
 const char *const silent_sink = "fakesink";
 
-struct AudioChoice {
-    std::mutex mutex;
-    std::string element; ///< empty: not chosen yet
-};
-
-AudioChoice &audio_choice()
+std::string wanted_sink()
 {
-    static AudioChoice choice;
-    return choice;
+    const char *wanted = std::getenv("OSTREL_DEMO_AUDIO_SINK");
+    if (!wanted || !*wanted)
+        return {};
+    if (make_element(wanted))
+        return wanted;
+    static std::once_flag told;
+    std::call_once(told, [wanted] {
+        PLATFORM_LOGW("player", "OSTREL_DEMO_AUDIO_SINK: there is no element \"%s\"", wanted);
+    });
+    return {};
 }
 
 // The sinks open their device or reach their server on the way to READY.
-bool opens(const char *factory)
+bool opens(const std::string &factory)
 {
-    const ElementPtr sink = make_element(factory);
+    const ElementPtr sink = make_element(factory.c_str());
     if (!sink)
         return false;
     const bool opened =
@@ -34,45 +38,23 @@ bool opens(const char *factory)
     return opened;
 }
 
-std::string find_sink()
+AudioChoice &audio_choice()
 {
-    const char *wanted = std::getenv("OSTREL_DEMO_AUDIO_SINK");
-    if (wanted && *wanted) {
-        if (make_element(wanted)) {
-            PLATFORM_LOGI("player", "sound goes to %s, as the environment says", wanted);
-            return wanted;
-        }
-        PLATFORM_LOGW("player", "OSTREL_DEMO_AUDIO_SINK: there is no element \"%s\"", wanted);
-    }
-    for (const char *factory : {"pulsesink", "alsasink"}) {
-        if (opens(factory)) {
-            PLATFORM_LOGI("player", "sound goes to %s", factory);
-            return factory;
-        }
-    }
-    PLATFORM_LOGI("player", "there is no sound device; videos play in silence");
-    return silent_sink;
+    static AudioChoice choice({wanted_sink, opens, std::chrono::steady_clock::now});
+    return choice;
 }
 
 } // namespace
 
-void choose_audio_sink()
+bool choose_audio_sink()
 {
-    AudioChoice &choice = audio_choice();
-    const std::lock_guard<std::mutex> lock(choice.mutex);
-    if (choice.element.empty())
-        choice.element = find_sink();
+    return !audio_choice().sink().empty();
 }
 
 ElementPtr make_audio_sink()
 {
-    choose_audio_sink();
-    std::string element;
-    {
-        AudioChoice &choice = audio_choice();
-        const std::lock_guard<std::mutex> lock(choice.mutex);
-        element = choice.element.empty() ? silent_sink : choice.element;
-    }
+    const std::string chosen = audio_choice().sink();
+    const std::string element = chosen.empty() ? silent_sink : chosen;
     ElementPtr sink = make_element(element.c_str());
     if (sink && element == silent_sink)
         g_object_set(sink.get(), "sync", TRUE, nullptr);
@@ -81,16 +63,12 @@ ElementPtr make_audio_sink()
 
 bool audio_sink_is_shared()
 {
-    AudioChoice &choice = audio_choice();
-    const std::lock_guard<std::mutex> lock(choice.mutex);
-    return choice.element == "pulsesink" || choice.element == silent_sink;
+    return audio_choice().is_shared();
 }
 
 void forget_audio_sink()
 {
-    AudioChoice &choice = audio_choice();
-    const std::lock_guard<std::mutex> lock(choice.mutex);
-    choice.element.clear();
+    audio_choice().forget();
 }
 
 } // namespace platform

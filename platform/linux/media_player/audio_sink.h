@@ -1,6 +1,6 @@
 /**
- * Where the sound goes: a PulseAudio (or PipeWire) server, an ALSA device, or nowhere. The choice
- * is made once per process and made anew only after the chosen device was lost.
+ * Where the sound goes: a PulseAudio (or PipeWire) server, an ALSA device, or nowhere. One choice
+ * for the process; see AudioChoice for how long it stands.
  *
  * The environment variable OSTREL_DEMO_AUDIO_SINK may name a GStreamer sink element to use instead,
  * for tests and for troubleshooting ("fakesink" plays in silence). Any thread, GStreamer being
@@ -12,8 +12,12 @@
 
 namespace platform {
 
-/** Chooses, if no choice stands. May take as long as a server takes to answer. */
-void choose_audio_sink();
+/**
+ * Chooses, if no choice stands. May take as long as a server takes to answer.
+ *
+ * @return false when there is no sound device
+ */
+bool choose_audio_sink();
 
 /** A sink for one pipeline; one that is silent but keeps time, when there is no sound device. */
 ElementPtr make_audio_sink();

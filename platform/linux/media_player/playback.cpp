@@ -43,7 +43,7 @@ std::shared_ptr<Playback> Playback::open(PlaybackRequest request,
 Playback::Playback(PlaybackRequest request, std::shared_ptr<PlaybackListener> listener)
     : request_(std::move(request)), listener_(std::move(listener)),
       output_(std::make_shared<FrameOutput>(request_.display)), disposed_(disposal_.get_future()),
-      looping_(request_.looping)
+      looping_(request_.looping), sound_pause_(request_.sound_pause)
 {
     const std::string path = local_path(request_.uri);
     name_ = path.empty() ? request_.uri : path;
@@ -253,6 +253,9 @@ void Playback::make_pipeline()
     pipeline_ = std::make_unique<Pipeline>(
         request_.uri, output_, silent_ ? Pipeline::AudioSinkMaker{} : request_.make_audio_sink,
         pipeline_events());
+    if (!silent_)
+        without_device_ = !request_.find_sound();
+    sound_trial_ = Clock::now() + sound_pause_;
     trick_.emplace(*pipeline_, *output_);
 }
 

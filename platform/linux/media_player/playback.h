@@ -48,6 +48,9 @@ struct PlaybackRequest {
     std::shared_ptr<DisplaySettings> display;
     bool looping = false;
     Pipeline::AudioSinkMaker make_audio_sink;
+    std::function<bool()>
+        find_sound; ///< whether there is a sound device; looks again for a lost one
+    std::chrono::milliseconds sound_pause{60000}; ///< from losing the sound to the first new try
     std::function<bool()> set_up;              ///< waits for the media system; false: there is none
     std::chrono::milliseconds patience{15000}; ///< longest wait for the first frame
     SubtitleLoader::Load load_subtitle;
@@ -144,6 +147,8 @@ class Playback : public std::enable_shared_from_this<Playback> {
     // Trouble.
     void on_failure(const Failure &failure);
     void go_silent(const std::string &why);
+    bool sound_is_back();
+    void renew_with_sound();
     void watch_progress();
     void on_broken(const std::string &why);
     void check_broken();
@@ -184,7 +189,11 @@ class Playback : public std::enable_shared_from_this<Playback> {
     bool opened_ = false; ///< the opener has handed the pipeline over
     Clock::time_point opening_since_;
     bool sound_unsupported_ = false;
-    bool silent_ = false; ///< plays without sound, after trouble with it
+    bool silent_ = false;         ///< plays without sound, after trouble with it
+    bool without_device_ = false; ///< there was no sound device for it, or it was lost
+    bool sound_due_ = false;      ///< at the end of this round the sound is to be tried again
+    std::chrono::milliseconds sound_pause_;
+    Clock::time_point sound_trial_; ///< not before then
     bool results_released_ = false;
     std::vector<std::function<void()>> held_results_;
     double wanted_rate_ = 1.0;

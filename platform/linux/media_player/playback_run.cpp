@@ -78,6 +78,7 @@ void Playback::do_stop()
     on_ready_ = nullptr;
     progress_check_.reset();
     round_time_.reset();
+    sound_due_ = false;
     rate_pending_ = false;
     wanted_rate_ = 1.0;
     trick_->reset();
@@ -116,6 +117,7 @@ void Playback::on_speed(TrickPlay::Next next)
         round_time_.reset();
         round_read_ = false;
         round_is_last_ = false;
+        sound_due_ = false;
         rounds_ahead_ = 0;
         await_ready([this] { on_speed_taken(); }, longest_seek, [this] { on_speed_taken(); });
         break;
@@ -167,10 +169,12 @@ void Playback::on_ended()
         return;
     }
     warn_if_cut_short();
-    if (looping_)
-        go_round();
-    else
+    if (!looping_)
         complete();
+    else if (sound_is_back())
+        renew_with_sound();
+    else
+        go_round();
 }
 
 // Readers take the end of a file that was cut off for the end of the film.
@@ -198,11 +202,13 @@ void Playback::on_round_read(bool fresh)
 void Playback::follow_up_round()
 {
     round_read_ = false;
-    if (looping_)
-        go_round();
-    else
+    if (!looping_)
         round_is_last_ = true;
-    if (round_is_last_ && output_->at_end())
+    else if (sound_is_back())
+        sound_due_ = true;
+    else
+        go_round();
+    if ((round_is_last_ || sound_due_) && output_->at_end())
         on_round_shown();
 }
 
@@ -212,6 +218,10 @@ void Playback::on_round_shown()
         return;
     if (!looping_ && std::exchange(round_is_last_, false)) {
         complete();
+        return;
+    }
+    if (sound_due_) {
+        renew_with_sound();
         return;
     }
     // Normally the next round is under way by now.

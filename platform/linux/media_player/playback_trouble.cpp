@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <utility>
 
 #include "log/platform_log.h"
@@ -11,6 +12,8 @@ namespace {
 constexpr auto progress_interval = std::chrono::milliseconds(1000);
 constexpr auto shortest_stall = std::chrono::milliseconds(4000);
 constexpr auto longest_stall = std::chrono::milliseconds(30000);
+
+constexpr std::chrono::milliseconds longest_sound_pause = std::chrono::hours(1);
 
 constexpr auto longest_seek = std::chrono::milliseconds(5000);
 
@@ -37,6 +40,9 @@ void Playback::on_failure(const Failure &failure)
         return;
     case Failure::Part::SoundDevice:
         forget_audio_sink();
+        without_device_ = true;
+        if (Clock::now() > sound_trial_)
+            sound_pause_ = request_.sound_pause; // it was good for a while
         go_silent(failure.text);
         return;
     default:
@@ -74,6 +80,46 @@ void Playback::go_silent(const std::string &why)
     const auto go_on = [this, position] {
         output_->set_visible(true);
         run_from(GST_CLOCK_TIME_IS_VALID(position) ? position : 0);
+    };
+    await_ready(go_on, longest_seek, give_up);
+}
+
+// Asked between two rounds of a file that plays over and over, which nothing else would ever bring
+// its sound back to. A device that is there and breaks each time holds the picture, so the tries
+// become rarer.
+bool Playback::sound_is_back()
+{
+    const auto now = Clock::now();
+    const bool missed = without_device_ && (silent_ || pipeline_->has_sound());
+    if (!missed || broken_ || trick_->rate() != 1.0 || now < sound_trial_)
+        return false;
+    sound_trial_ = now + sound_pause_;
+    if (!request_.find_sound())
+        return false;
+    sound_pause_ = std::min(sound_pause_ * 2, longest_sound_pause);
+    return true;
+}
+
+// A pipeline that was put together without a sound device takes none in later: it is opened anew.
+void Playback::renew_with_sound()
+{
+    sound_due_ = false;
+    round_is_last_ = false;
+    round_time_.reset();
+    silent_ = false;
+    output_->set_visible(false);
+    const auto give_up = [this] {
+        without_device_ = true;
+        go_silent("its sound does not come back");
+    };
+    if (!open_again()) {
+        give_up();
+        return;
+    }
+    const auto go_on = [this] {
+        PLATFORM_LOGI("player", "%s plays with sound again", name_.c_str());
+        output_->set_visible(true);
+        run_from(0);
     };
     await_ready(go_on, longest_seek, give_up);
 }

@@ -154,6 +154,8 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
     request.display = display_;
     request.looping = looping_;
     request.make_audio_sink = options_.make_audio_sink;
+    request.find_sound = options_.find_sound;
+    request.sound_pause = options_.sound_pause;
     request.set_up = options_.set_up;
     request.patience = options_.patience;
     request.load_subtitle = options_.load_subtitle;

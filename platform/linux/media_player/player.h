@@ -26,6 +26,9 @@ namespace platform {
 /** What tests set otherwise. */
 struct PlayerOptions {
     Pipeline::AudioSinkMaker make_audio_sink = platform::make_audio_sink;
+    std::function<bool()> find_sound = choose_audio_sink;
+    /** How long a looping file that lost its sound waits before it tries it again. */
+    std::chrono::milliseconds sound_pause{60000};
     std::function<bool()> set_up = wait_for_media_system;
     std::chrono::milliseconds patience{15000}; ///< longest wait for a first frame
     SubtitleLoader::Load load_subtitle = SubtitleTrack::load;

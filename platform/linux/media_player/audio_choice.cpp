@@ -1,0 +1,60 @@
+#include "media_player/audio_choice.h"
+
+#include "log/platform_log.h"
+
+namespace platform {
+namespace {
+
+// A set without any sound is asked for it no more often than this: a sound server that hangs takes
+// seconds to answer, and each of them holds back a video.
+constexpr auto shortest_time_between_looks = std::chrono::minutes(1);
+
+} // namespace
+
+std::string AudioChoice::sink()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const auto now = world_.now();
+    if (sink_.empty() && (!last_look_ || now - *last_look_ >= shortest_time_between_looks)) {
+        last_look_ = now;
+        sink_ = look();
+    }
+    return sink_;
+}
+
+std::string AudioChoice::look()
+{
+    const std::string wanted = world_.wanted();
+    if (!wanted.empty()) {
+        PLATFORM_LOGI("player", "sound goes to %s, as the environment says", wanted.c_str());
+        return wanted;
+    }
+    for (const char *sink : {"pulsesink", "alsasink"}) {
+        if (!world_.opens(sink))
+            continue;
+        PLATFORM_LOGI("player", "%s %s",
+                      silence_told_ ? "there is sound again; it goes to" : "sound goes to", sink);
+        silence_told_ = false;
+        return sink;
+    }
+    if (!silence_told_)
+        PLATFORM_LOGI("player", "there is no sound device; videos play in silence");
+    silence_told_ = true;
+    return {};
+}
+
+bool AudioChoice::is_shared() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const bool silence = sink_.empty() && last_look_;
+    return silence || sink_ == "pulsesink" || sink_ == "fakesink";
+}
+
+void AudioChoice::forget()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    sink_.clear();
+    last_look_.reset();
+}
+
+} // namespace platform

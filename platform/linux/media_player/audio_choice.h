@@ -1,0 +1,50 @@
+/**
+ * Which sink the sound goes to. A choice stands until its device is lost; that there was no device
+ * is no choice, and is looked into again, because a sound server may come up after the demo and a
+ * cable may be put back. Any thread; looking takes as long as a sound server takes to answer.
+ */
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace platform {
+
+/** What the choice goes by; tests have their own. */
+struct AudioWorld {
+    std::function<std::string()> wanted;                ///< element asked for by name; or empty
+    std::function<bool(const std::string &sink)> opens; ///< whether a device answers
+    std::function<std::chrono::steady_clock::time_point()> now;
+};
+
+class AudioChoice {
+  public:
+    explicit AudioChoice(AudioWorld world) : world_(std::move(world)) {}
+
+    /**
+     * Looks for a device, if none is chosen and the last look is not of the last minute.
+     *
+     * @return the name of the sink's element; empty when there is no device
+     */
+    std::string sink();
+
+    /** Whether two pipelines can have the chosen device at a time; silence can be shared. */
+    bool is_shared() const;
+
+    /** The device is gone; the next sink() looks for another one. */
+    void forget();
+
+  private:
+    std::string look();
+
+    const AudioWorld world_;
+    mutable std::mutex mutex_; ///< guards all below
+    std::string sink_;
+    std::optional<std::chrono::steady_clock::time_point> last_look_;
+    bool silence_told_ = false; ///< the log says that there is no device
+};
+
+} // namespace platform
