@@ -7,8 +7,8 @@
 
 #include <Ecore.h>
 
+#include "base/descriptor.h"
 #include "config_store/config_files.h"
-#include "config_store/descriptor.h"
 
 struct inotify_event;
 

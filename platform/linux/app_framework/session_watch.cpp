@@ -4,6 +4,7 @@
 #include <unistd.h>
 #include <utility>
 
+#include "bus/logind_names.h"
 #include "log/platform_log.h"
 
 namespace platform {
@@ -11,10 +12,6 @@ namespace platform {
 namespace {
 
 constexpr char SERVICE[] = "app_framework";
-constexpr char LOGIND[] = "org.freedesktop.login1";
-constexpr char LOGIND_PATH[] = "/org/freedesktop/login1";
-constexpr char LOGIND_MANAGER[] = "org.freedesktop.login1.Manager";
-constexpr char LOGIND_SESSION[] = "org.freedesktop.login1.Session";
 
 } // namespace
 

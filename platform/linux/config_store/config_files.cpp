@@ -13,7 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "config_store/descriptor.h"
+#include "base/descriptor.h"
 #include "log/platform_log.h"
 
 namespace platform {

@@ -18,8 +18,8 @@
 #include <Ecore.h>
 #include <sys/inotify.h>
 
+#include "base/descriptor.h"
 #include "config_store/config_files.h"
-#include "config_store/descriptor.h"
 
 namespace platform {
 

@@ -2,6 +2,8 @@
 
 #include "config_store.h"
 
+#include "config_store/key_names.h"
+
 namespace platform {
 
 namespace {
@@ -12,11 +14,9 @@ struct Default {
 };
 
 constexpr Default DEFAULTS[] = {
-    {"db/ostrel-demo-player-tv/demo_mode", 0}, // play all
-    {"db/ostrel-demo-player-tv/file_mode", 1}, // landscape
-    {"db/ostrel-demo-player-tv/rotation_auto_mode", 0},
-    {"db/ostrel-demo-player-tv/portrait_timer", 0},
-    {"db/ostrel-demo-player-tv/landscape_timer", 0},
+    {DEMO_MODE_KEY, 0}, // play all
+    {FILE_MODE_KEY, 1}, // landscape
+    {ROTATION_AUTO_MODE_KEY, 0}, {PORTRAIT_TIMER_KEY, 0}, {LANDSCAPE_TIMER_KEY, 0},
 };
 
 } // namespace

@@ -1,8 +1,8 @@
 #include "device_power/logind_power.h"
 
-#include <unistd.h>
 #include <utility>
 
+#include "bus/logind_names.h"
 #include "log/platform_log.h"
 
 namespace platform {
@@ -10,9 +10,6 @@ namespace platform {
 namespace {
 
 constexpr char SERVICE[] = "device_power";
-constexpr char LOGIND[] = "org.freedesktop.login1";
-constexpr char LOGIND_PATH[] = "/org/freedesktop/login1";
-constexpr char LOGIND_MANAGER[] = "org.freedesktop.login1.Manager";
 
 // The application has this long to end before the lock is given back; logind itself waits five
 // seconds at most.
@@ -54,7 +51,7 @@ LogindPower::~LogindPower()
 
 void LogindPower::take_delay_lock()
 {
-    if (lock_ >= 0 || pending_lock_)
+    if (lock_ || pending_lock_)
         return;
     pending_lock_ = eldbus_proxy_call(
         manager_.get(), "Inhibit",
@@ -64,7 +61,7 @@ void LogindPower::take_delay_lock()
             int lock = -1;
             if (!eldbus_message_error_get(reply, nullptr, nullptr) &&
                 eldbus_message_arguments_get(reply, "h", &lock))
-                self->lock_ = lock;
+                self->lock_ = Descriptor(lock);
         },
         this, -1, "ssss", "shutdown:sleep", "Demo player", "The demo is being ended", "delay");
 }
@@ -74,9 +71,7 @@ void LogindPower::release_delay_lock()
     if (release_timer_)
         ecore_timer_del(release_timer_);
     release_timer_ = nullptr;
-    if (lock_ >= 0)
-        close(lock_);
-    lock_ = -1;
+    lock_ = Descriptor();
 }
 
 void LogindPower::release_delay_lock_soon()

@@ -8,6 +8,7 @@
 #include <Ecore.h>
 
 #include "app_framework/injection.h"
+#include "base/descriptor.h"
 #include "bus/bus_connection.h"
 
 namespace platform {
@@ -36,7 +37,7 @@ class LogindPower {
     SignalHandlerPtr sleep_;
     Eldbus_Pending *pending_lock_ = nullptr;
     Ecore_Timer *release_timer_ = nullptr;
-    int lock_ = -1;
+    Descriptor lock_;
 };
 
 } // namespace platform

@@ -7,10 +7,10 @@
 
 namespace platform {
 
-/** The configuration key: 1 landscape, 2 portrait, 3 landscape reversed, 0 portrait reversed. */
-inline constexpr char ROTATION_STATE_KEY[] = "db/sysman/rotation_state";
-
-/** Degrees clockwise of a stored state; an unknown state counts as landscape. */
+/**
+ * Degrees clockwise of a stored state: 1 landscape, 2 portrait, 3 landscape reversed, 0 portrait
+ * reversed; any other counts as landscape.
+ */
 int angle_of_rotation_state(int state);
 
 /** The stored state of an angle that is a multiple of 90. */

@@ -6,6 +6,7 @@
 #include <Ecore_Input.h>
 
 #include "config_store.h"
+#include "config_store/key_names.h"
 #include "config_store/own_writes.h"
 #include "panel/panel_model.h"
 
@@ -13,9 +14,6 @@ namespace platform {
 
 namespace {
 
-constexpr char SWITCH_KEY[] = "db/ostrel-demo-player-tv/rotation_auto_mode";
-constexpr char LANDSCAPE_KEY[] = "db/ostrel-demo-player-tv/landscape_timer";
-constexpr char PORTRAIT_KEY[] = "db/ostrel-demo-player-tv/portrait_timer";
 constexpr char PANEL_KEY[] = "XF86PanelEnter";
 
 /** What the stored timer indices stand for. */
@@ -37,7 +35,7 @@ TimedRotation &TimedRotation::get()
 int TimedRotation::interval_s(bool portrait)
 {
     int index = 0;
-    vconf_get_int(portrait ? PORTRAIT_KEY : LANDSCAPE_KEY, &index);
+    vconf_get_int(portrait ? PORTRAIT_TIMER_KEY : LANDSCAPE_TIMER_KEY, &index);
     const bool known = index >= 0 && index < static_cast<int>(INTERVALS_S.size());
     return INTERVALS_S[known ? static_cast<size_t>(index) : 0];
 }
@@ -69,7 +67,7 @@ void TimedRotation::launched()
 {
     if (!launched_) {
         int stored = 0;
-        vconf_get_int(SWITCH_KEY, &stored);
+        vconf_get_int(ROTATION_AUTO_MODE_KEY, &stored);
         on_ = stored != 0;
     }
     launched_ = true;
@@ -86,9 +84,9 @@ std::optional<double> TimedRotation::left_s() const
 
 void TimedRotation::wrote(const std::string &key, int value)
 {
-    if (key == SWITCH_KEY)
+    if (key == ROTATION_AUTO_MODE_KEY)
         on_ = value != 0;
-    else if (key != (in_portrait() ? PORTRAIT_KEY : LANDSCAPE_KEY))
+    else if (key != (in_portrait() ? PORTRAIT_TIMER_KEY : LANDSCAPE_TIMER_KEY))
         return;
     arm();
 }

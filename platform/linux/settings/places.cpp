@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/paths.h"
 #include "log/platform_log.h"
 
 namespace platform {
@@ -25,13 +26,6 @@ std::string environment(const char *name)
 {
     const char *value = std::getenv(name);
     return value != nullptr ? value : "";
-}
-
-std::string without_last_slashes(std::string path)
-{
-    while (path.size() > 1 && path.back() == '/')
-        path.pop_back();
-    return path;
 }
 
 // A directory named by one of our own variables; relative ones count from where we were started.

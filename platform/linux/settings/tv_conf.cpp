@@ -11,10 +11,11 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <ini.h>
 
+#include "base/descriptor.h"
+#include "base/paths.h"
 #include "log/platform_log.h"
 
 namespace platform {
@@ -74,10 +75,7 @@ bool append_paths(std::string_view text, std::vector<std::string> &paths)
         if (text.front() != '/')
             return false;
         const size_t end = std::min(text.find(":/"), text.size());
-        std::string path(text.substr(0, end));
-        while (path.size() > 1 && path.back() == '/')
-            path.pop_back();
-        paths.push_back(std::move(path));
+        paths.push_back(without_last_slashes(std::string(text.substr(0, end))));
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     return true;
@@ -216,22 +214,6 @@ class TvConfReader {
     Settings &settings_;
     size_t position_ = 0;
     int line_ = 0;
-};
-
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor()
-    {
-        if (number_ >= 0)
-            close(number_);
-    }
-    Descriptor(const Descriptor &) = delete;
-    Descriptor &operator=(const Descriptor &) = delete;
-    int number() const { return number_; }
-
-  private:
-    const int number_;
 };
 
 // The whole file; a message in `error` when that fails.

@@ -8,15 +8,12 @@
 #include <cstdint>
 #include <string>
 
+#include "base/descriptor.h"
+
 namespace platform {
 
 class JpegFile {
   public:
-    JpegFile() = default;
-    ~JpegFile();
-    JpegFile(const JpegFile &) = delete;
-    JpegFile &operator=(const JpegFile &) = delete;
-
     /**
      * Opens a regular file; does not wait for what is none, such as a pipe without a writer.
      *
@@ -35,7 +32,7 @@ class JpegFile {
     const uint8_t *data() const { return piece_.data(); }
 
   private:
-    int fd_ = -1;
+    Descriptor file_;
     std::array<uint8_t, size_t{64} * 1024> piece_;
 };
 

@@ -88,7 +88,7 @@ bool StillPicture::begin(Phase from, Phase to, void (StillPicture::*work)(Time))
     if (phase() != from)
         return false;
     set_phase(to);
-    const Time asked = PictureWorker::Clock::now();
+    const Time asked = WorkerThread::Clock::now();
     if (worker_.post([self = shared_from_this(), work, asked] { (self.get()->*work)(asked); }))
         return true;
     set_phase(from);

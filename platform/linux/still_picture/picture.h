@@ -13,9 +13,9 @@
 
 #include "still_picture.h"
 
+#include "base/worker_thread.h"
 #include "still_picture/image.h"
 #include "still_picture/jpeg_reader.h"
-#include "still_picture/picture_worker.h"
 #include "video_plane/video_plane.h"
 
 namespace platform {
@@ -49,7 +49,7 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
 
   private:
     enum class Phase { created, parsing, parsed, decoding, decoded, failed };
-    using Time = PictureWorker::Clock::time_point;
+    using Time = WorkerThread::Clock::time_point;
     struct Callback {
         pictrel_event_cb function = nullptr;
         void *user_data = nullptr;
@@ -79,7 +79,7 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     bool delivering_ = false;
     std::condition_variable delivered_;
 
-    PictureWorker worker_;
+    WorkerThread worker_{"still-picture"};
 
     // The worker's until the picture is parsed or decoded, read-only then.
     std::unique_ptr<JpegReader> reader_;

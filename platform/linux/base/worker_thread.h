@@ -1,6 +1,6 @@
 /**
- * The thread behind one picture: runs tasks in order, started with the first one. Everything is for
- * any thread but where it says otherwise.
+ * A thread for work that may take long or, at a dying disk, for ever: runs tasks in order, started
+ * with the first one. Everything is for any thread but where it says otherwise.
  */
 #pragma once
 
@@ -12,14 +12,15 @@
 
 namespace platform {
 
-class PictureWorker {
+class WorkerThread {
   public:
     using Clock = std::chrono::steady_clock;
 
-    PictureWorker();
-    ~PictureWorker();
-    PictureWorker(const PictureWorker &) = delete;
-    PictureWorker &operator=(const PictureWorker &) = delete;
+    /** @param name of the thread, as debuggers show it; a literal of at most 15 characters */
+    explicit WorkerThread(const char *name);
+    ~WorkerThread();
+    WorkerThread(const WorkerThread &) = delete;
+    WorkerThread &operator=(const WorkerThread &) = delete;
 
     /** Queues a task; owner's thread. @return false when there is no thread to be had. */
     bool post(std::function<void()> task);
@@ -27,7 +28,7 @@ class PictureWorker {
     /** Sleeps in a task. @return false when the worker is to stop. */
     bool wait_until(Clock::time_point time) const;
 
-    /** Set for good by stop(); for long tasks to look at. */
+    /** Set for good by stop(); for tasks to look at, also when they outlive the worker. */
     const std::atomic<bool> &stopping() const;
 
     /** Whether a task of this worker is the caller. */
@@ -43,6 +44,7 @@ class PictureWorker {
     struct Core;
     static void run(const std::shared_ptr<Core> &core);
 
+    const char *const name_;
     const std::shared_ptr<Core> core_;
     std::thread thread_;
 };

@@ -1,4 +1,4 @@
-#include "still_picture/picture_worker.h"
+#include "base/worker_thread.h"
 
 #include <condition_variable>
 #include <deque>
@@ -11,12 +11,14 @@ namespace platform {
 
 namespace {
 
+// A task that looks at stopping() ends within a few milliseconds. One that does not in this time
+// hangs in a read, and whoever stops the worker, the main loop as a rule, must not hang with it.
 constexpr std::chrono::milliseconds kPatience{200};
 
 } // namespace
 
 /** What the thread needs; outlives the worker when the thread has to end on its own. */
-struct PictureWorker::Core {
+struct WorkerThread::Core {
     std::mutex mutex;
     std::condition_variable changed;
     std::deque<std::function<void()>> tasks;
@@ -25,14 +27,14 @@ struct PictureWorker::Core {
     std::atomic<std::thread::id> thread;
 };
 
-PictureWorker::PictureWorker() : core_(std::make_shared<Core>()) {}
+WorkerThread::WorkerThread(const char *name) : name_(name), core_(std::make_shared<Core>()) {}
 
-PictureWorker::~PictureWorker()
+WorkerThread::~WorkerThread()
 {
     stop();
 }
 
-bool PictureWorker::post(std::function<void()> task)
+bool WorkerThread::post(std::function<void()> task)
 {
     if (core_->stopping)
         return false;
@@ -42,7 +44,7 @@ bool PictureWorker::post(std::function<void()> task)
         } catch (const std::system_error &) {
             return false;
         }
-        pthread_setname_np(thread_.native_handle(), "still-picture");
+        pthread_setname_np(thread_.native_handle(), name_);
     }
     const std::lock_guard<std::mutex> lock(core_->mutex);
     core_->tasks.push_back(std::move(task));
@@ -50,7 +52,7 @@ bool PictureWorker::post(std::function<void()> task)
     return true;
 }
 
-void PictureWorker::run(const std::shared_ptr<Core> &core)
+void WorkerThread::run(const std::shared_ptr<Core> &core)
 {
     core->thread = std::this_thread::get_id();
     std::unique_lock<std::mutex> lock(core->mutex);
@@ -69,23 +71,23 @@ void PictureWorker::run(const std::shared_ptr<Core> &core)
     core->changed.notify_all();
 }
 
-bool PictureWorker::wait_until(Clock::time_point time) const
+bool WorkerThread::wait_until(Clock::time_point time) const
 {
     std::unique_lock<std::mutex> lock(core_->mutex);
     return !core_->changed.wait_until(lock, time, [this] { return core_->stopping.load(); });
 }
 
-const std::atomic<bool> &PictureWorker::stopping() const
+const std::atomic<bool> &WorkerThread::stopping() const
 {
     return core_->stopping;
 }
 
-bool PictureWorker::is_calling() const
+bool WorkerThread::is_calling() const
 {
     return core_->thread.load() == std::this_thread::get_id();
 }
 
-void PictureWorker::stop()
+void WorkerThread::stop()
 {
     std::deque<std::function<void()>> dropped; // goes after the lock
     std::unique_lock<std::mutex> lock(core_->mutex);
