@@ -4,30 +4,15 @@
 #include <cstdlib>
 #include <memory>
 
-#include <Eina.h>
 #include <unistd.h>
 
 #include "command.h"
+#include "launch/launch_request.h"
 #include "player_connection.h"
 
 namespace tvctl {
 
 namespace {
-
-const std::vector<std::string> OPTIONS = {"folder_path", "path_location", "demo_player_mode",
-                                          "repeat_mode", "mode"};
-
-bool is_utf8(const std::string &text)
-{
-    int index = 0;
-    while (text.c_str()[index] != '\0') {
-        // Bytes that are no UTF-8 come back as characters of a range of their own.
-        const Eina_Unicode character = eina_unicode_utf8_next_get(text.c_str(), &index);
-        if (character == 0 || (character >= 0xDC80 && character <= 0xDCFF))
-            return false;
-    }
-    return true;
-}
 
 // A command with one argument that must be one of a few words, or any valid text when there are
 // none.
@@ -39,8 +24,7 @@ int one_word(const char *command, const char *operation, const Arguments &argume
     const std::string &word = arguments.front();
     if (!words.empty() && std::find(words.begin(), words.end(), word) == words.end())
         return usage_error(command, "does not know \"" + word + "\"");
-    // The bus closes the connection of whoever sends other text.
-    if (!is_utf8(word))
+    if (!platform::is_utf8(word))
         return refuse("the argument is no valid text");
     return call_control(operation, word);
 }
@@ -58,12 +42,11 @@ std::string quoted(const std::string &argument)
 }
 
 /** What starts a player with the same launch request. */
-std::string start_command(const std::map<std::string, std::string> &extras)
+std::string start_command(const platform::Extras &extras)
 {
     std::string command = "ostrel-demo-player-tv";
     for (const auto &[name, value] : extras) {
-        const bool option = std::find(OPTIONS.begin(), OPTIONS.end(), name) != OPTIONS.end();
-        if (option) {
+        if (platform::is_launch_option(name)) {
             command.append(" --").append(name).append(" ").append(quoted(value));
             continue;
         }
@@ -90,26 +73,10 @@ std::string absolute(const std::string &path)
 
 int launch(const Arguments &arguments)
 {
-    std::map<std::string, std::string> extras;
-    for (size_t i = 0; i < arguments.size(); ++i) {
-        const std::string &argument = arguments[i];
-        const size_t equals = argument.find('=');
-        const bool dashes = argument.compare(0, 2, "--") == 0;
-        std::string name = dashes ? argument.substr(2, equals - 2) : std::string();
-        if (name != "extra" && std::find(OPTIONS.begin(), OPTIONS.end(), name) == OPTIONS.end())
-            return usage_error("launch", "does not know \"" + argument + "\"");
-        if (equals == std::string::npos && i + 1 == arguments.size())
-            return usage_error("launch", argument + " needs a value");
-        std::string value =
-            equals != std::string::npos ? argument.substr(equals + 1) : arguments[++i];
-        if (name == "extra") {
-            const size_t middle = value.find('=');
-            if (middle == std::string::npos || middle == 0 || !is_utf8(value.substr(0, middle)))
-                return usage_error("launch", "--extra needs NAME=VALUE");
-            name = value.substr(0, middle);
-            value.erase(0, middle + 1);
-        }
-        extras[name] = value;
+    platform::Extras extras;
+    for (size_t next = 0; next < arguments.size();) {
+        if (const auto problem = platform::read_launch_option(arguments, next, extras))
+            return usage_error("launch", "does not take this: " + *problem);
     }
     const int result = call_launch(extras);
     if (result == EXIT_NO_PLAYER)

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "command.h"
+#include "launch/launch_request.h"
 
 namespace tvctl {
 
@@ -15,21 +16,17 @@ struct Command {
     const char *name;
     int (*run)(const Arguments &arguments);
     const char *synopsis;
-    const char *help;
+    std::string help;
 };
 
 const std::vector<Command> &commands()
 {
     static const std::vector<Command> all = {
         {"launch", launch, "launch [--EXTRA VALUE]...",
-         "Hands the running player a launch request. Where none is running, says how to start\n"
-         "one with the same request.\n\n"
-         "  --folder_path DIR/     the folder to play\n"
-         "  --path_location usb    the folder lies on a USB stick\n"
-         "  --demo_player_mode M   folder_contents_player: play a chosen folder's contents\n"
-         "  --repeat_mode no       end after the last file of the list\n"
-         "  --mode M               factory_start or factory_stop\n"
-         "  --extra NAME=VALUE     any other extra\n"},
+         "Hands the running player a launch request: it plays its old list anew, and does not\n"
+         "use the folder and the modes that the request names; --mode factory_stop ends it. Where\n"
+         "none is running, says how to start one with the same request.\n\n" +
+             platform::launch_options_help()},
         {"key", key, "key NAME",
          "Presses a key of the set's remote control by the set's own name for it, such as\n"
          "Return, XF86Back, XF86AudioPlay or XF86RaiseChannel.\n"},
@@ -92,7 +89,7 @@ int run(Arguments arguments)
         return usage_error("", "there is no command \"" + name + "\"");
     arguments.erase(arguments.begin());
     if (std::find(arguments.begin(), arguments.end(), "--help") != arguments.end()) {
-        std::printf("Usage: tvctl %s\n\n%s", command->synopsis, command->help);
+        std::printf("Usage: tvctl %s\n\n%s", command->synopsis, command->help.c_str());
         return EXIT_DONE;
     }
     return command->run(arguments);

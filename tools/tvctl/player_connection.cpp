@@ -77,14 +77,6 @@ int call(const char *interface, const char *operation, const Append &append, con
     return EXIT_DONE;
 }
 
-void append_bytes(Eldbus_Message_Iter *to, const std::string &value)
-{
-    Eldbus_Message_Iter *bytes = eldbus_message_iter_container_new(to, 'a', "y");
-    eldbus_message_iter_fixed_array_append(bytes, 'y', value.data(),
-                                           static_cast<unsigned int>(value.size()));
-    eldbus_message_iter_container_close(to, bytes);
-}
-
 void ignore(const Eldbus_Message *) {}
 
 } // namespace
@@ -112,23 +104,15 @@ int ask_control(const char *operation, const std::string &text, std::string &res
 int call_control(const char *operation, const Bytes &bytes)
 {
     const Append append = [&](Eldbus_Message *message) {
-        append_bytes(eldbus_message_iter_get(message), bytes.value);
+        platform::append_bytes(eldbus_message_iter_get(message), bytes.value);
     };
     return call(platform::BUS_CONTROL_INTERFACE, operation, append, ignore);
 }
 
-int call_launch(const std::map<std::string, std::string> &extras)
+int call_launch(const platform::Extras &extras)
 {
     const Append append = [&](Eldbus_Message *message) {
-        Eldbus_Message_Iter *arguments = eldbus_message_iter_get(message);
-        Eldbus_Message_Iter *all = eldbus_message_iter_container_new(arguments, 'a', "{say}");
-        for (const auto &[name, value] : extras) {
-            Eldbus_Message_Iter *entry = eldbus_message_iter_container_new(all, 'e', nullptr);
-            eldbus_message_iter_basic_append(entry, 's', name.c_str());
-            append_bytes(entry, value);
-            eldbus_message_iter_container_close(all, entry);
-        }
-        eldbus_message_iter_container_close(arguments, all);
+        platform::append_extras(message, extras);
     };
     return call(platform::BUS_APPLICATION_INTERFACE, "Launch", append, ignore);
 }

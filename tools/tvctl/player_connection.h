@@ -3,10 +3,9 @@
  */
 #pragma once
 
-#include <map>
 #include <string>
 
-#include <Eldbus.h>
+#include "launch/launch_request.h"
 
 namespace tvctl {
 
@@ -23,6 +22,6 @@ int call_control(const char *operation, const Bytes &bytes);
 int ask_control(const char *operation, const std::string &text, std::string &result);
 
 /** Hands the player a launch request with these extras. */
-int call_launch(const std::map<std::string, std::string> &extras);
+int call_launch(const platform::Extras &extras);
 
 } // namespace tvctl

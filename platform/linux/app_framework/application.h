@@ -12,7 +12,12 @@
 #include <Ecore.h>
 
 #include "app_framework.h"
-#include "app_framework/launch_request.h"
+#include "launch/launch_request.h"
+
+/** A launch request as the application gets a pointer to it. */
+struct app_control_s {
+    platform::Extras extras;
+};
 
 struct app_event_info_s {
     app_event_type_e type;

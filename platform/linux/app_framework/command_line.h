@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "app_framework/launch_request.h"
+#include "launch/launch_request.h"
 
 namespace platform {
 

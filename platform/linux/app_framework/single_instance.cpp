@@ -1,6 +1,5 @@
 #include "app_framework/single_instance.h"
 
-#include <cstring>
 #include <optional>
 #include <utility>
 
@@ -22,47 +21,6 @@ constexpr double LONGEST_HANDOVER_S = 10.0;
 constexpr double BUS_CALL_S = 5.0;
 // How often a player that ends at that very moment is followed by the next one.
 constexpr int MOST_ATTEMPTS = 5;
-
-void append(Eldbus_Message *message, const Extras &extras)
-{
-    Eldbus_Message_Iter *arguments = eldbus_message_iter_get(message);
-    Eldbus_Message_Iter *array = eldbus_message_iter_container_new(arguments, 'a', "{say}");
-    for (const auto &[name, value] : extras) {
-        Eldbus_Message_Iter *entry = eldbus_message_iter_container_new(array, 'e', nullptr);
-        eldbus_message_iter_basic_append(entry, 's', name.c_str());
-        Eldbus_Message_Iter *bytes = eldbus_message_iter_container_new(entry, 'a', "y");
-        eldbus_message_iter_fixed_array_append(bytes, 'y', value.data(),
-                                               static_cast<unsigned int>(value.size()));
-        eldbus_message_iter_container_close(entry, bytes);
-        eldbus_message_iter_container_close(array, entry);
-    }
-    eldbus_message_iter_container_close(arguments, array);
-}
-
-/** The extras of a call, or nothing when it holds something else. */
-std::optional<Extras> read(const Eldbus_Message *message)
-{
-    Eldbus_Message_Iter *array = nullptr;
-    if (!eldbus_message_arguments_get(message, "a{say}", &array))
-        return std::nullopt;
-    Extras extras;
-    Eldbus_Message_Iter *entry = nullptr;
-    while (eldbus_message_iter_get_and_next(array, 'e', &entry)) {
-        const char *name = nullptr;
-        Eldbus_Message_Iter *bytes = nullptr;
-        if (!eldbus_message_iter_arguments_get(entry, "say", &name, &bytes))
-            return std::nullopt;
-        const char *value = nullptr;
-        int size = 0;
-        if (!eldbus_message_iter_fixed_array_get(bytes, 'y', &value, &size))
-            size = 0;
-        // The application gets values as C strings; one that would be cut short is no value.
-        if (size > 0 && std::memchr(value, '\0', static_cast<size_t>(size)))
-            return std::nullopt;
-        extras[name] = size > 0 ? std::string(value, static_cast<size_t>(size)) : std::string();
-    }
-    return extras;
-}
 
 } // namespace
 
@@ -153,7 +111,7 @@ bool SingleInstance::hand_over(const Extras &extras, double timeout_s)
     if (!owner)
         return false;
     Eldbus_Message *call = eldbus_proxy_method_call_new(owner.get(), "Launch");
-    append(call, extras);
+    append_extras(call, extras);
     return call_and_wait(owner, call, timeout_s) != nullptr;
 }
 
@@ -162,7 +120,7 @@ Eldbus_Message *SingleInstance::on_launch_call(const Eldbus_Service_Interface *i
 {
     auto *self =
         static_cast<SingleInstance *>(eldbus_service_object_data_get(interface, INSTANCE_KEY));
-    std::optional<Extras> extras = read(message);
+    std::optional<Extras> extras = extras_of(message);
     if (!extras)
         return eldbus_message_error_new(message, INVALID_ARGUMENTS,
                                         "values of extras hold no null byte");

@@ -6,8 +6,8 @@
 
 #include <functional>
 
-#include "app_framework/launch_request.h"
 #include "bus/bus_connection.h"
+#include "launch/launch_request.h"
 
 namespace platform {
 

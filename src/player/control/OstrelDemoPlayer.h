@@ -276,7 +276,7 @@ class COstrelDemoPlayer {
     /** Playback was started by the window once in this process; a second controller does not. */
     static bool bStarted;
 
-    bool m_bRepeat = true;                /**< start over after the list's end */
+    bool m_bRepeat = true;                /**< off: ends once a video has played to its end */
     bool m_bFolderContentsPlayer = false; /**< plays a chosen folder; rewind and forward keys on */
     bool m_bSlideShowStarted = false;
     bool m_bUsbLocation = false;

@@ -1,0 +1,47 @@
+/**
+ * A launch request: extras by name, as options of a command line and as arguments of the bus call
+ * that hands it to a running player. The player and tvctl share this. Any thread, but the messages
+ * are for the thread that owns them.
+ */
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <Eldbus.h>
+
+namespace platform {
+
+/** Names are UTF-8; values may hold any bytes but null, since they are often file names. */
+using Extras = std::map<std::string, std::string>;
+
+/** Whether an extra has an option of its own name; any other is given by --extra. */
+bool is_launch_option(const std::string &name);
+
+/** What the options mean, a line or more for each. */
+std::string launch_options_help();
+
+/**
+ * Reads one option, "--name value" or "--name=value", into the extras.
+ *
+ * @param next the option's place in the arguments; moved behind it and its value
+ * @return what is wrong with it, if anything
+ */
+std::optional<std::string> read_launch_option(const std::vector<std::string> &arguments,
+                                              size_t &next, Extras &extras);
+
+/** Whether a text may go over the bus as such: the bus closes the connection of other senders. */
+bool is_utf8(const std::string &text);
+
+/** Writes any bytes, "ay". */
+void append_bytes(Eldbus_Message_Iter *to, const std::string &bytes);
+
+/** Writes the arguments of a launch call, "a{say}". */
+void append_extras(Eldbus_Message *call, const Extras &extras);
+
+/** The extras of a launch call, or nothing when it holds something else. */
+std::optional<Extras> extras_of(const Eldbus_Message *call);
+
+} // namespace platform
