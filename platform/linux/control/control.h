@@ -7,17 +7,23 @@
 
 #include <Eldbus.h>
 
+#include "control/storage_facts.h"
+
 namespace platform {
 
 /**
  * Registers the control interface at BUS_OBJECT.
  *
  * @param connection the session bus; stays the caller's and must outlive the service
+ * @param read       what asks the storage, in a thread
  * @return false when the interface could not be registered; the reason is logged
  */
-bool control_start(Eldbus_Connection *connection);
+bool control_start(Eldbus_Connection *connection, StorageReader read = read_storage);
 
-/** Takes the interface off the bus; without a start it does nothing. */
+/**
+ * Takes the interface off the bus; without a start it does nothing. Whoever still waits for a
+ * status is answered by the bus when the connection goes.
+ */
 void control_stop();
 
 } // namespace platform

@@ -1,11 +1,14 @@
 #include "control/control.h"
 
 #include <map>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "app_framework/bus_names.h"
 #include "app_framework/injection.h"
 #include "control/message_arguments.h"
+#include "control/status_answers.h"
 #include "control/status_report.h"
 #include "key_router/key_names.h"
 #include "log/log_line.h"
@@ -21,10 +24,16 @@ namespace {
 constexpr char kInvalidArguments[] = "org.freedesktop.DBus.Error.InvalidArgs";
 constexpr char kRefused[] = "org.tizen.OstrelDemoPlayerTv.Error.Refused";
 
-Eldbus_Service_Interface *&registered()
+/** The service while it is on the bus. */
+struct Service {
+    Eldbus_Service_Interface *interface = nullptr;
+    std::shared_ptr<StatusAnswers> status;
+};
+
+Service &service()
 {
-    static Eldbus_Service_Interface *interface = nullptr;
-    return interface;
+    static Service the_one;
+    return the_one;
 }
 
 Eldbus_Message *invalid(const Eldbus_Message *call, const char *reason)
@@ -123,17 +132,24 @@ Eldbus_Message *on_usb_remove(const Eldbus_Service_Interface *, const Eldbus_Mes
     return eldbus_message_method_return_new(call);
 }
 
-Eldbus_Message *on_status(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+Eldbus_Message *on_status(const Eldbus_Service_Interface *interface, const Eldbus_Message *call)
 {
     const auto format = text_argument(call);
     if (!format || (*format != "json" && *format != "text"))
         return invalid(call, "Status takes the format: json or text");
-    const Status status = collect_status();
-    const std::string text =
-        *format == "json" ? status_as_json(status_nodes(status)) : status_summary(status);
-    Eldbus_Message *reply = eldbus_message_method_return_new(call);
-    eldbus_message_arguments_append(reply, "s", text.c_str());
-    return reply;
+    const std::shared_ptr<const Eldbus_Message> asked(call, [](const Eldbus_Message *message) {
+        eldbus_message_unref(const_cast<Eldbus_Message *>(message));
+    });
+    eldbus_message_ref(const_cast<Eldbus_Message *>(call));
+    service().status->ask([connection = eldbus_service_connection_get(interface), asked,
+                           json = *format == "json"](const Status &status) {
+        const std::string text =
+            json ? status_as_json(status_nodes(status)) : status_summary(status);
+        Eldbus_Message *reply = eldbus_message_method_return_new(asked.get());
+        eldbus_message_arguments_append(reply, "s", text.c_str());
+        eldbus_connection_send(connection, reply, nullptr, nullptr, -1);
+    });
+    return nullptr;
 }
 
 const Eldbus_Arg_Info kKeyArguments[] = {{"s", "name"}, {nullptr, nullptr}};
@@ -160,21 +176,25 @@ const Eldbus_Service_Interface_Desc kDescription = {
 
 } // namespace
 
-bool control_start(Eldbus_Connection *connection)
+bool control_start(Eldbus_Connection *connection, StorageReader read)
 {
-    if (connection == nullptr || registered() != nullptr)
+    if (connection == nullptr || service().interface != nullptr)
         return false;
-    registered() = eldbus_service_interface_register(connection, BUS_OBJECT, &kDescription);
-    if (registered() == nullptr)
+    Eldbus_Service_Interface *interface =
+        eldbus_service_interface_register(connection, BUS_OBJECT, &kDescription);
+    if (interface == nullptr) {
         PLATFORM_LOGW("control", "the control interface could not be put on the session bus");
-    return registered() != nullptr;
+        return false;
+    }
+    service() = {interface, StatusAnswers::create(std::move(read))};
+    return true;
 }
 
 void control_stop()
 {
-    if (registered() != nullptr)
-        eldbus_service_interface_unregister(registered());
-    registered() = nullptr;
+    if (service().interface != nullptr)
+        eldbus_service_interface_unregister(service().interface);
+    service() = {};
 }
 
 } // namespace platform

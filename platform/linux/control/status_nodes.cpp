@@ -1,5 +1,6 @@
 // The status as programs read it, and what follows from it.
 
+#include "base/paths.h"
 #include "control/status_report.h"
 
 namespace platform {
@@ -19,11 +20,6 @@ StatusValue or_null(std::optional<int> number)
 StatusValue known_time(int64_t milliseconds)
 {
     return milliseconds >= 0 ? StatusValue(milliseconds) : StatusValue();
-}
-
-std::string last_part(const std::string &path)
-{
-    return path.substr(path.rfind('/') + 1);
 }
 
 const char *state_name(player_state_e state)
@@ -165,7 +161,7 @@ std::vector<StatusNode> status_nodes(const Status &status)
         {"timed_rotation", rotation_nodes(status.rotation)},
         {"language", status.language},
         {"menu_direction", std::string(status.right_to_left ? "rtl" : "ltr")},
-        {"usb", status.usb},
+        {"usb", status.usb ? StatusValue(*status.usb) : StatusValue()},
         {"popups_blocked", status.popups_blocked},
         {"blocked_items", blocked},
         {"config", keys},

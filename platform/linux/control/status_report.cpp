@@ -3,6 +3,7 @@
 #include "app_context/app_context_state.h"
 #include "app_framework/injection.h"
 #include "config_store/config_files.h"
+#include "config_store/key_names.h"
 #include "config_store/known_keys.h"
 #include "panel/panel_model.h"
 #include "panel/timed_rotation.h"
@@ -15,7 +16,6 @@ namespace platform {
 
 namespace {
 
-constexpr char SELECTION_KEY[] = "db/ostrel-demo-player-tv/demo_mode";
 constexpr int DIRECT_BACKLIGHT = 1;
 
 PanelStatus panel_status()
@@ -57,22 +57,23 @@ Status collect_status()
     Status status;
     status.player = current_player_status();
     status.picture = current_picture_status();
-    const timespec launched = first_launch_time();
-    if (status.playing() != Status::Playing::Nothing)
-        status.list = content_list_of(
-            status.file(), Settings::get().store_content_type == DIRECT_BACKLIGHT, launched);
     status.panel = panel_status();
     status.rotation = rotation_times();
     if (const std::shared_ptr<VideoPlane> plane = VideoPlane::current())
         status.frames = plane->statistics();
     status.language = language();
     status.right_to_left = ua_UI_orientation_get() == UI_ORIENTATION_RIGHT_TO_LEFT;
-    status.usb = usb_mount_paths().value_or(std::vector<std::string>());
     status.popups_blocked = AppContextState::get().epop_blocked;
     status.blocked_items = AppContextState::get().disabled_items;
     status.configuration = configuration();
-    status.selection_word = status.configuration[SELECTION_KEY];
+    status.selection_word = status.configuration[DEMO_MODE_KEY];
     return status;
+}
+
+StorageQuestion storage_question(const Status &status)
+{
+    const bool direct_backlight = Settings::get().store_content_type == DIRECT_BACKLIGHT;
+    return {status.file(), direct_backlight, first_launch_time(), usb_changes()};
 }
 
 } // namespace platform

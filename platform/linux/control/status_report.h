@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "control/content_list.h"
 #include "control/status_text.h"
+#include "control/storage_facts.h"
 #include "media_player/player_status.h"
 #include "still_picture/picture_status.h"
 #include "video_plane/video_plane.h"
@@ -37,14 +37,14 @@ struct Status {
 
     PlayerStatus player;
     PictureStatus picture;
-    std::optional<ContentList> list;   ///< that of the file that plays
+    std::optional<ContentList> list;   ///< that of the file that plays; nothing while not known
     std::optional<int> selection_word; ///< as stored: halves for landscape and portrait
     PanelStatus panel;
     RotationTimes rotation;
     VideoPlane::Statistics frames;
     std::string language;
     bool right_to_left = false;
-    std::vector<std::string> usb;
+    std::optional<std::vector<std::string>> usb; ///< nothing while not known
     bool popups_blocked = false;
     std::map<std::string, std::vector<std::string>> blocked_items; ///< by application
     std::map<std::string, std::optional<int>> configuration;
@@ -59,8 +59,11 @@ struct Status {
     int selection() const;
 };
 
-/** The status at this moment. */
+/** The status at this moment, without what the storage has to be asked. */
 Status collect_status();
+
+/** What the storage has to be asked for a status of this moment. */
+StorageQuestion storage_question(const Status &status);
 
 /** All of it as named values, for programs. */
 std::vector<StatusNode> status_nodes(const Status &status);

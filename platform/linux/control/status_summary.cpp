@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/paths.h"
 #include "control/status_report.h"
 #include "log/log_line.h"
 
@@ -15,11 +16,6 @@ constexpr size_t VALUES_BEGIN = 16;
 std::string quoted(const std::string &name)
 {
     return "\"" + visible_text(name) + "\"";
-}
-
-std::string last_part(const std::string &path)
-{
-    return path.substr(path.rfind('/') + 1);
 }
 
 /** "0:07", "12:30" or "1:02:03". */
@@ -200,7 +196,8 @@ std::string status_summary(const Status &status)
             std::to_string(status.frames.dropped) + " dropped");
     add(lines, "Language",
         status.language + ", " + (status.right_to_left ? "right to left" : "left to right"));
-    add(lines, "USB storage", joined(status.usb));
+    add(lines, "USB storage",
+        status.usb ? joined(*status.usb) : "unknown, because it cannot be read");
     return lines;
 }
 

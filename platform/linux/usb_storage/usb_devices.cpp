@@ -1,9 +1,11 @@
 #include "usb_storage/usb_devices.h"
 
 #include <algorithm>
+#include <atomic>
 
 #include <sys/stat.h>
 
+#include "base/paths.h"
 #include "log/platform_log.h"
 #include "settings/settings.h"
 #include "usb_storage/block_devices.h"
@@ -12,14 +14,9 @@ namespace platform {
 
 namespace {
 
-struct ByHand {
-    std::vector<std::string> added;
-    std::vector<std::string> removed;
-};
-
-ByHand &by_hand()
+UsbChanges &by_hand()
 {
-    static ByHand changes;
+    static UsbChanges changes;
     return changes;
 }
 
@@ -34,13 +31,6 @@ bool is_folder(const std::string &path)
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-std::string without_last_slashes(std::string path)
-{
-    while (path.size() > 1 && path.back() == '/')
-        path.pop_back();
-    return path;
-}
-
 std::optional<std::vector<std::string>> mounted_devices()
 {
     const auto devices = usb_block_devices();
@@ -53,28 +43,32 @@ std::optional<std::vector<std::string>> mounted_devices()
 // Says once, and again after it worked in between, that devices cannot be listed.
 void report(bool available)
 {
-    static bool was_available = true;
-    if (was_available && !available)
+    static std::atomic<bool> was_available{true};
+    if (was_available.exchange(available) && !available)
         PLATFORM_LOGW("usb_storage", "neither udev nor the mount table can be read");
-    was_available = available;
 }
 
 } // namespace
 
-std::optional<std::vector<std::string>> usb_mount_paths()
+const UsbChanges &usb_changes()
+{
+    return by_hand();
+}
+
+std::optional<std::vector<std::string>> usb_mount_paths(const UsbChanges &changes)
 {
     std::optional<std::vector<std::string>> paths = Settings::get().usb_mounts;
     if (paths->empty())
         paths = mounted_devices();
     report(paths.has_value());
-    if (!paths && by_hand().added.empty())
+    if (!paths && changes.added.empty())
         return std::nullopt;
     std::vector<std::string> listed;
     for (const std::string &path : paths.value_or(std::vector<std::string>())) {
-        if (is_folder(path) && !contains(by_hand().removed, path))
+        if (is_folder(path) && !contains(changes.removed, path))
             listed.push_back(path);
     }
-    for (const std::string &path : by_hand().added) {
+    for (const std::string &path : changes.added) {
         if (is_folder(path) && !contains(listed, path))
             listed.push_back(path);
     }
@@ -88,7 +82,7 @@ bool usb_add(const std::string &path)
         return false;
     std::vector<std::string> &removed = by_hand().removed;
     removed.erase(std::remove(removed.begin(), removed.end(), place), removed.end());
-    if (!contains(usb_mount_paths().value_or(std::vector<std::string>()), place))
+    if (!contains(usb_mount_paths(by_hand()).value_or(std::vector<std::string>()), place))
         by_hand().added.push_back(place);
     PLATFORM_LOGI("usb_storage", "%s was added", place.c_str());
     return true;
@@ -99,7 +93,8 @@ bool usb_remove(const std::string &path)
     const std::string place = without_last_slashes(path);
     std::vector<std::string> &added = by_hand().added;
     const bool was_added = contains(added, place);
-    const bool listed = contains(usb_mount_paths().value_or(std::vector<std::string>()), place);
+    const bool listed =
+        contains(usb_mount_paths(by_hand()).value_or(std::vector<std::string>()), place);
     if (!was_added && !listed)
         return false;
     added.erase(std::remove(added.begin(), added.end(), place), added.end());

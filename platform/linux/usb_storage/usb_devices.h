@@ -1,7 +1,7 @@
 /**
  * Where USB storage is mounted: real sticks found through udev and the mount table, or the folders
  * that tv.conf names instead of them, and folders that the control service plugged in. Main-loop
- * thread only.
+ * thread only, but where it says otherwise.
  */
 #pragma once
 
@@ -11,13 +11,23 @@
 
 namespace platform {
 
+/** What differs from what the machine has plugged in; paths without a trailing slash. */
+struct UsbChanges {
+    std::vector<std::string> added;
+    std::vector<std::string> removed;
+};
+
+/** The changes by hand as of now. */
+const UsbChanges &usb_changes();
+
 /**
  * The mount points, without a trailing slash: those of devices in the order of the device names,
  * then those that were added by hand, in order. A place that is no folder any more is left out.
+ * Looks at each place, and takes for ever where one hangs. Any thread.
  *
  * @return nothing when neither udev nor the mount table can be read
  */
-std::optional<std::vector<std::string>> usb_mount_paths();
+std::optional<std::vector<std::string>> usb_mount_paths(const UsbChanges &changes);
 
 /**
  * Treats a folder as a stick that was plugged in.

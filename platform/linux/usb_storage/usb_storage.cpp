@@ -38,7 +38,7 @@ int usb_device_get_device_list(int type, usb_device_list_h *list)
     if (type != USB_DEVICE_TYPE_MASS_STORAGE || list == nullptr ||
         (*list != nullptr && !is_ours(*list)))
         return -1;
-    const auto paths = platform::usb_mount_paths();
+    const auto paths = platform::usb_mount_paths(platform::usb_changes());
     if (!paths)
         return -1;
     if (*list == nullptr) {

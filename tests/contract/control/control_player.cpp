@@ -1,11 +1,15 @@
 // A stand-in for a running player: the real control service on the session bus, and in place of the
 // parts that it acts on, functions that print what was asked of them. Ends on SIGTERM and on the
-// power event "off".
+// power event "off". With TEST_STORAGE_GATE set, the storage answers only once somebody has opened
+// that pipe for writing.
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string>
 
 #include <Ecore.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include "app_context.h"
 #include "app_framework/bus_names.h"
@@ -67,6 +71,15 @@ const Eldbus_Service_Interface_Desc kApplication = {
 void on_name(void *, const Eldbus_Message *reply, Eldbus_Pending *)
 {
     say(eldbus_message_error_get(reply, nullptr, nullptr) ? "no name" : "ready");
+}
+
+platform::StorageFacts read_behind_the_gate(const platform::StorageQuestion &question)
+{
+    if (const char *gate = std::getenv("TEST_STORAGE_GATE")) {
+        say("reading the storage");
+        close(open(gate, O_RDONLY));
+    }
+    return platform::read_storage(question);
 }
 
 Eina_Bool quit(void *, int, void *)
@@ -136,7 +149,7 @@ int main()
     if (BusConnectionPtr bus = connect_session_bus()) {
         Eldbus_Service_Interface *application =
             eldbus_service_interface_register(bus.get(), BUS_OBJECT, &kApplication);
-        if (control_start(bus.get()) && !control_start(bus.get())) {
+        if (control_start(bus.get(), read_behind_the_gate) && !control_start(bus.get())) {
             app_context_manager_init();
             SettingsAPI::Get()->DisableItemsByList({"broadcasting", "pip"}, "org.example.app");
             PanelModel::get().on_angle(

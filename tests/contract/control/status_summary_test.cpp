@@ -167,7 +167,7 @@ TEST(StatusSummary, NothingBlockedAndNoStickAreSaidInSoManyWords)
     const Status status = with([](Status &s) {
         s.popups_blocked = false;
         s.blocked_items.clear();
-        s.usb.clear();
+        s.usb->clear();
     });
     EXPECT_THAT(status_summary(status), HasSubstr("Blocked:        none\n"));
     EXPECT_THAT(status_summary(status), HasSubstr("USB storage:    none\n"));

@@ -28,11 +28,15 @@
 
 // The control service has a contract of its own; this application goes without it.
 namespace platform {
-bool control_start(Eldbus_Connection *)
+bool control_start(Eldbus_Connection *, StorageReader)
 {
     return true;
 }
 void control_stop() {}
+StorageFacts read_storage(const StorageQuestion &)
+{
+    return {};
+}
 } // namespace platform
 
 namespace {

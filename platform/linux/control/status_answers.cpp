@@ -1,0 +1,108 @@
+#include "control/status_answers.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "log/platform_log.h"
+
+namespace platform {
+
+namespace {
+
+// tvctl waits for five seconds; a stick that is slow but sound answers in far less.
+constexpr double LONGEST_READING_S = 3.0;
+
+} // namespace
+
+/** Facts on their way from the thread to the main loop. */
+struct StatusAnswers::Delivery {
+    std::weak_ptr<StatusAnswers> owner;
+    unsigned int number;
+    StorageFacts facts;
+};
+
+std::shared_ptr<StatusAnswers> StatusAnswers::create(StorageReader read)
+{
+    std::shared_ptr<StatusAnswers> answers(new StatusAnswers(std::move(read)));
+    answers->self_ = answers;
+    return answers;
+}
+
+StatusAnswers::StatusAnswers(StorageReader read) : read_(std::move(read)) {}
+
+StatusAnswers::~StatusAnswers()
+{
+    for (const Waiting &waiting : waiting_)
+        ecore_timer_del(waiting.deadline);
+}
+
+void StatusAnswers::ask(Answer answer)
+{
+    waiting_.push_back({this, ++asked_, collect_status(), std::move(answer)});
+    waiting_.back().deadline = ecore_timer_add(LONGEST_READING_S, on_deadline, &waiting_.back());
+    read_next();
+}
+
+// One at a time: a thread that hangs is joined by no other, and those who ask meanwhile get their
+// answers by the deadline.
+void StatusAnswers::read_next()
+{
+    while (!reading_ && !waiting_.empty()) {
+        const Waiting &first = waiting_.front();
+        reading_ =
+            worker_.post([read = read_, question = storage_question(first.status), owner = self_,
+                          number = first.number, &stopping = worker_.stopping()] {
+                auto delivery = std::make_unique<Delivery>(Delivery{owner, number, read(question)});
+                // Once the service has ended, the toolkit may have, too.
+                if (!stopping)
+                    ecore_main_loop_thread_safe_call_async(deliver, delivery.release());
+            });
+        if (!reading_)
+            give(first.number, {});
+    }
+}
+
+void StatusAnswers::deliver(void *data)
+{
+    const std::unique_ptr<Delivery> delivery(static_cast<Delivery *>(data));
+    if (const std::shared_ptr<StatusAnswers> owner = delivery->owner.lock())
+        owner->take(delivery->number, std::move(delivery->facts));
+}
+
+void StatusAnswers::take(unsigned int number, StorageFacts facts)
+{
+    reading_ = false;
+    late_ = false;
+    give(number, std::move(facts));
+    read_next();
+}
+
+Eina_Bool StatusAnswers::on_deadline(void *data)
+{
+    auto *waiting = static_cast<Waiting *>(data);
+    StatusAnswers *self = waiting->owner;
+    if (!self->late_)
+        PLATFORM_LOGW("control", "the storage does not answer; the status goes without it");
+    self->late_ = true;
+    waiting->deadline = nullptr;
+    self->give(waiting->number, {});
+    return ECORE_CALLBACK_CANCEL;
+}
+
+/** Answers the one of this number, unless the deadline has. */
+void StatusAnswers::give(unsigned int number, StorageFacts facts)
+{
+    const auto found =
+        std::find_if(waiting_.begin(), waiting_.end(),
+                     [number](const Waiting &waiting) { return waiting.number == number; });
+    if (found == waiting_.end())
+        return;
+    if (found->deadline)
+        ecore_timer_del(found->deadline);
+    found->status.list = std::move(facts.list);
+    found->status.usb = std::move(facts.usb);
+    found->answer(found->status);
+    waiting_.erase(found);
+}
+
+} // namespace platform

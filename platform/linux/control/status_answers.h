@@ -1,0 +1,61 @@
+/**
+ * Answers to questions for the status, each given when the storage has told its part, or without it
+ * when it takes too long: neither the main loop nor whoever asks waits for a stick that hangs.
+ * Main-loop thread only.
+ */
+#pragma once
+
+#include <functional>
+#include <list>
+#include <memory>
+
+#include <Ecore.h>
+
+#include "base/worker_thread.h"
+#include "control/status_report.h"
+#include "control/storage_facts.h"
+
+namespace platform {
+
+class StatusAnswers {
+  public:
+    using Answer = std::function<void(const Status &status)>;
+
+    /** @param read called in a thread, for one question at a time */
+    static std::shared_ptr<StatusAnswers> create(StorageReader read);
+
+    /** Whoever has no answer yet gets none. */
+    ~StatusAnswers();
+    StatusAnswers(const StatusAnswers &) = delete;
+    StatusAnswers &operator=(const StatusAnswers &) = delete;
+
+    /** Takes the status as of now and hands it over later, from the main loop. */
+    void ask(Answer answer);
+
+  private:
+    struct Waiting {
+        StatusAnswers *owner;
+        unsigned int number;
+        Status status;
+        Answer answer;
+        Ecore_Timer *deadline = nullptr;
+    };
+    struct Delivery;
+
+    explicit StatusAnswers(StorageReader read);
+    void read_next();
+    void take(unsigned int number, StorageFacts facts);
+    void give(unsigned int number, StorageFacts facts);
+    static void deliver(void *delivery);
+    static Eina_Bool on_deadline(void *waiting);
+
+    const StorageReader read_;
+    std::weak_ptr<StatusAnswers> self_;
+    std::list<Waiting> waiting_;
+    unsigned int asked_ = 0;
+    bool reading_ = false;
+    bool late_ = false;
+    WorkerThread worker_{"status"};
+};
+
+} // namespace platform
