@@ -76,12 +76,15 @@ int pictrel_set_geometry_size(_pictrel_s *picture, int geometry);
 int pictrel_add_event_callback(_pictrel_s *picture, pictrel_event_type_e type,
                                pictrel_event_cb callback, void *user_data);
 
-/** Reads the header; one PICTREL_EVENT_PARSE follows. */
+/**
+ * Reads the header, in the background; one PICTREL_EVENT_PARSE follows. A failure is told no sooner
+ * than 200 ms after the call: a folder of broken pictures must not keep the set busy.
+ */
 int pictrel_parse(_pictrel_s *picture);
 
 /**
- * Decodes the picture to the panel's size; one PICTREL_EVENT_DECODE follows. A failure is told no
- * sooner than 200 ms after the call: a folder of broken pictures must not keep the set busy.
+ * Decodes the picture to the panel's size, in the background; one PICTREL_EVENT_DECODE follows. A
+ * failure is told no sooner than 200 ms after the call, as by pictrel_parse().
  *
  * @param flags 0
  */
@@ -89,14 +92,19 @@ int pictrel_decode(_pictrel_s *picture, int flags);
 
 /**
  * Shows a decoded picture. While the mixer is on, the picture is only composed; it appears with
- * the pictrel_rotate() that must follow, so that it is never seen in the wrong position.
+ * the pictrel_rotate() that must follow, so that it is never seen in the wrong position. Scales and
+ * copies the whole picture on the caller's thread.
  */
 int pictrel_render(_pictrel_s *picture);
 
 /** Switches the mixer: 1 on, 0 off. */
 int pictrel_set_mixer_render(_pictrel_s *picture, int on);
 
-/** Shows a rendered picture turned clockwise. @param degrees 90, 180 or 270. */
+/**
+ * Shows a rendered picture turned clockwise. Scales and copies it on the caller's thread.
+ *
+ * @param degrees 90, 180 or 270
+ */
 int pictrel_rotate(_pictrel_s *picture, int degrees);
 
 #ifdef __cplusplus

@@ -2,8 +2,6 @@
 
 #include <cmath>
 
-#include <Ecore.h>
-
 #include "display_rotator.h"
 #include "log/platform_log.h"
 #include "settings/settings.h"
@@ -116,7 +114,7 @@ void PanelModel::set_first_angle(int degrees)
 void PanelModel::stop()
 {
     if (timer_)
-        ecore_timer_del(static_cast<Ecore_Timer *>(timer_));
+        ecore_timer_del(timer_);
     timer_ = nullptr;
     target_ = -1;
 }

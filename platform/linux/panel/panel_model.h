@@ -11,6 +11,8 @@
 #include <functional>
 #include <vector>
 
+#include <Ecore.h>
+
 namespace platform {
 
 class PanelModel {
@@ -41,8 +43,10 @@ class PanelModel {
     /** Whether the set has a rotator. */
     bool can_turn() const;
 
-    /** Whether a turn is under way, and to which angle. */
+    /** Whether a turn is under way. */
     bool turning() const { return target_ >= 0; }
+
+    /** Degrees that the turn under way ends at; -1 without one. */
     int target() const { return target_; }
 
     /**
@@ -81,7 +85,7 @@ class PanelModel {
     std::atomic<double> scale_{1.0};
     std::atomic<int> angle_{0};
     int target_ = -1;
-    void *timer_ = nullptr;
+    Ecore_Timer *timer_ = nullptr;
     std::vector<std::function<void(int)>> status_listeners_;
     std::vector<std::function<void(int)>> angle_listeners_;
     std::vector<std::function<void()>> size_listeners_;
