@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include <gst/pbutils/missing-plugins.h>
+
 #include "log/platform_log.h"
 #include "media_player/plane_sink.h"
 
@@ -52,6 +54,24 @@ ElementPtr make_video_end(const std::shared_ptr<FrameOutput> &output)
     const PadPtr pad(gst_element_get_static_pad(first, "sink"));
     gst_element_add_pad(bin.get(), gst_ghost_pad_new("sink", pad.get()));
     return bin;
+}
+
+// Whatever is not sound is in the way of the picture, a container that nobody knows included.
+Track track_without_decoder(GstMessage *message)
+{
+    const GValue *detail = gst_structure_get_value(gst_message_get_structure(message), "detail");
+    const GstCaps *caps =
+        detail && GST_VALUE_HOLDS_CAPS(detail) ? gst_value_get_caps(detail) : nullptr;
+    const char *media = caps && !gst_caps_is_empty(caps)
+                            ? gst_structure_get_name(gst_caps_get_structure(caps, 0))
+                            : "";
+    return g_str_has_prefix(media, "audio/") ? Track::Sound : Track::Picture;
+}
+
+std::string missing_decoder(GstMessage *message)
+{
+    const CharsPtr description(gst_missing_plugin_message_get_description(message));
+    return description ? description.get() : "something nobody has a name for";
 }
 
 } // namespace
@@ -282,20 +302,10 @@ GstBusSyncReply Pipeline::on_message(GstBus *, GstMessage *message, gpointer sel
     case GST_MESSAGE_CLOCK_LOST:
         events.clock_lost();
         break;
-    case GST_MESSAGE_ELEMENT: {
-        const GstStructure *text = gst_message_get_structure(message);
-        if (gst_structure_has_name(text, "missing-plugin")) {
-            const GValue *detail = gst_structure_get_value(text, "detail");
-            const GstCaps *caps =
-                detail && GST_VALUE_HOLDS_CAPS(detail) ? gst_value_get_caps(detail) : nullptr;
-            const char *media = caps && !gst_caps_is_empty(caps)
-                                    ? gst_structure_get_name(gst_caps_get_structure(caps, 0))
-                                    : "";
-            if (g_str_has_prefix(media, "audio/"))
-                events.sound_unknown();
-        }
+    case GST_MESSAGE_ELEMENT:
+        if (gst_is_missing_plugin_message(message))
+            events.decoder_missing(track_without_decoder(message), missing_decoder(message));
         break;
-    }
     default:
         break;
     }

@@ -17,6 +17,8 @@
 
 namespace platform {
 
+enum class Track { Picture, Sound };
+
 /** What a pipeline tells; any of GStreamer's threads, and not to be blocked. */
 struct PipelineEvents {
     std::function<void()> ready; ///< first frame, or the one after a seek, is there
@@ -24,7 +26,8 @@ struct PipelineEvents {
     /** A stretch in rounds has been read, and is still being shown. `fresh`: since the last seek */
     std::function<void(bool fresh)> round_read;
     std::function<void(Failure)> failed;
-    std::function<void()> sound_unknown; ///< no decoder for a sound track
+    /** No decoder is installed for a track; `what` names it in words. Comes before `failed`. */
+    std::function<void(Track track, const std::string &what)> decoder_missing;
     std::function<void()> frame_dropped; ///< a frame came too late
     std::function<void()> clock_lost;
 };

@@ -288,7 +288,9 @@ PipelineEvents Playback::pipeline_events()
     events.failed = [this, post](const Failure &failure) {
         post([this, failure] { on_failure(failure); });
     };
-    events.sound_unknown = [this, post] { post([this] { sound_unsupported_ = true; }); };
+    events.decoder_missing = [this, post](Track track, const std::string &what) {
+        post([this, track, what] { on_decoder_missing(track, what); });
+    };
     events.frame_dropped = [this] {
         if (count_drops_)
             output_->count_dropped();
@@ -307,7 +309,7 @@ PipelineEvents Playback::pipeline_events()
 void Playback::on_first_frame()
 {
     if (!pipeline_->has_picture()) {
-        fail(PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC, "it has no picture");
+        fail(PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC, why_no_picture("it has no picture"));
         return;
     }
     if (pipeline_->is_photo()) {
@@ -345,8 +347,12 @@ void Playback::finish_preparation()
 {
     if (phase_ != Phase::Opening)
         return;
-    if (sound_unsupported_ && !pipeline_->has_sound())
+    if (sound_unsupported_ && !pipeline_->has_sound()) {
+        if (!missing_sound_.empty())
+            PLATFORM_LOGW("player", "%s plays in silence: no decoder is installed for it (%s)",
+                          name_.c_str(), missing_sound_.c_str());
         listener_->on_sound_unsupported(*this);
+    }
     const auto prepared = [this] {
         phase_ = Phase::Ready;
         listener_->on_prepared(*this);

@@ -146,6 +146,8 @@ class Playback : public std::enable_shared_from_this<Playback> {
 
     // Trouble.
     void on_failure(const Failure &failure);
+    void on_decoder_missing(Track track, const std::string &what);
+    std::string why_no_picture(const std::string &otherwise) const;
     void go_silent(const std::string &why);
     bool sound_is_back();
     void renew_with_sound();
@@ -189,6 +191,8 @@ class Playback : public std::enable_shared_from_this<Playback> {
     bool opened_ = false; ///< the opener has handed the pipeline over
     Clock::time_point opening_since_;
     bool sound_unsupported_ = false;
+    std::string missing_sound_; ///< decoders that are not installed, in words; empty: none
+    std::string missing_picture_;
     bool silent_ = false;         ///< plays without sound, after trouble with it
     bool without_device_ = false; ///< there was no sound device for it, or it was lost
     bool sound_due_ = false;      ///< at the end of this round the sound is to be tried again

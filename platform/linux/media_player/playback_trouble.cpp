@@ -25,10 +25,28 @@ constexpr auto shortest_life_between_breaks = std::chrono::milliseconds(1000);
 
 } // namespace
 
+void Playback::on_decoder_missing(Track track, const std::string &what)
+{
+    std::string &missing = track == Track::Sound ? missing_sound_ : missing_picture_;
+    if (missing.find(what) == std::string::npos)
+        missing += (missing.empty() ? "" : ", ") + what;
+    if (track == Track::Sound)
+        sound_unsupported_ = true;
+}
+
+// GStreamer's own sentence about a missing decoder does not say which one.
+std::string Playback::why_no_picture(const std::string &otherwise) const
+{
+    return missing_picture_.empty() ? otherwise
+                                    : "no decoder is installed for it (" + missing_picture_ + ")";
+}
+
 void Playback::on_failure(const Failure &failure)
 {
     if (phase_ == Phase::Failed || phase_ == Phase::Ended)
         return;
+    if (!failure.details.empty())
+        PLATFORM_LOGD("player", "%s: %s", name_.c_str(), failure.details.c_str());
     if (failure.busy && failure.part != Failure::Part::SoundDevice) {
         interrupt(failure.text);
         return;
@@ -49,7 +67,7 @@ void Playback::on_failure(const Failure &failure)
         break;
     }
     if (phase_ == Phase::Opening)
-        fail(failure.code, failure.text);
+        fail(failure.code, why_no_picture(failure.text));
     else
         on_broken(failure.text);
 }

@@ -63,6 +63,7 @@ Failure read_failure(GstMessage *message)
     Failure failure;
     failure.part = part_of(GST_MESSAGE_SRC(message));
     failure.text = error->message;
+    failure.details = details ? details : "";
     if (error->domain == GST_RESOURCE_ERROR) {
         failure.busy = error->code == GST_RESOURCE_ERROR_BUSY;
         failure.code = resource_code(error->code);

@@ -22,6 +22,7 @@ struct Failure {
     int code = 0;      ///< a player error
     bool busy = false; ///< something else has taken what is needed
     std::string text;
+    std::string details; ///< where it happened, for GStreamer's developers; may be empty
 };
 
 /** Reads an error message of a bus. */
