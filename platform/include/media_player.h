@@ -94,7 +94,11 @@ typedef void (*player_subtitle_updated_cb_ex)(unsigned long duration, void *subt
 /** Makes a player in state IDLE. @param player receives it; release with player_destroy(). */
 int player_create(player_h *player);
 
-/** Releases a player in any state. What it showed last stays on the video plane. */
+/**
+ * Releases a player in any state. What it showed last stays on the video plane. Waits for the files
+ * in hand to be closed, so that the program can end after it, and so may hold up the main loop for
+ * two seconds where a disk does not answer; mostly it takes some tens of milliseconds.
+ */
 int player_destroy(player_h player);
 
 /* Callbacks, in any state. `user_data` stays the caller's. */

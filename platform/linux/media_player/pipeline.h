@@ -49,6 +49,10 @@ class Pipeline {
     /** Opens the file and decodes up to its first frame; `ready` or `failed` tells the end. */
     bool open();
 
+    /**
+     * Lets it run, or holds the picture. Both return before the pipeline has followed; one that
+     * cannot is told by `failed`, like everything that breaks after open().
+     */
     void play();
     void hold();
 

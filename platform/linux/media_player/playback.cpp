@@ -7,26 +7,10 @@
 #include "media_player.h"
 #include "media_player/audio_sink.h"
 #include "media_player/media_uri.h"
+#include "media_player/playback_times.h"
 #include "media_player/thread_start.h"
 
 namespace platform {
-namespace {
-
-// A file that goes away slowly, from a disk that was pulled out say, holds up the next no longer.
-constexpr auto longest_wait_for_predecessor = std::chrono::milliseconds(1000);
-
-// A load that was told to stop ends within milliseconds, unless its disk is gone: then it is left
-// to itself, as it holds nothing of the file's.
-constexpr auto longest_wait_for_subtitle_end = std::chrono::milliseconds(1000);
-
-constexpr auto look_after_opening = std::chrono::milliseconds(250);
-
-// The first start on a machine looks at every plugin there is, which is slow on a small one.
-constexpr auto longest_set_up = std::chrono::seconds(180);
-
-constexpr auto longest_seek = std::chrono::milliseconds(5000);
-
-} // namespace
 
 std::shared_ptr<Playback> Playback::open(PlaybackRequest request,
                                          std::shared_ptr<PlaybackListener> listener)

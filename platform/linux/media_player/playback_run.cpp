@@ -2,22 +2,10 @@
 
 #include "log/platform_log.h"
 #include "media_player/playback.h"
+#include "media_player/playback_times.h"
 
 namespace platform {
 namespace {
-
-constexpr auto progress_interval = std::chrono::milliseconds(1000);
-
-// Tracks need not end together, and lengths are told roundly.
-constexpr GstClockTime longest_missing_end = 500 * GST_MSECOND;
-
-constexpr auto longest_seek = std::chrono::milliseconds(5000);
-
-// Rounds of a file of next to no length must not keep a processor busy.
-// A reader that does not tell the end of a round is helped on.
-constexpr auto longest_wait_for_round = std::chrono::milliseconds(300);
-
-constexpr auto shortest_round = std::chrono::milliseconds(100);
 
 double seconds(GstClockTime time)
 {
@@ -56,7 +44,7 @@ void Playback::do_start()
     if (round_read_)
         follow_up_round();
     if (broken_check_)
-        broken_check_ = Clock::now() + std::chrono::seconds(1);
+        broken_check_ = Clock::now() + broken_start_patience;
 }
 
 // A file whose reader cannot seek still plays, once, from where it stands.

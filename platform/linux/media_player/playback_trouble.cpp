@@ -5,25 +5,9 @@
 #include "media_player.h"
 #include "media_player/audio_sink.h"
 #include "media_player/playback.h"
+#include "media_player/playback_times.h"
 
 namespace platform {
-namespace {
-
-constexpr auto progress_interval = std::chrono::milliseconds(1000);
-constexpr auto shortest_stall = std::chrono::milliseconds(4000);
-constexpr auto longest_stall = std::chrono::milliseconds(30000);
-
-constexpr std::chrono::milliseconds longest_sound_pause = std::chrono::hours(1);
-
-constexpr auto longest_seek = std::chrono::milliseconds(5000);
-
-// What was decoded before a file broke is still shown; this long without a frame is the end.
-constexpr auto broken_patience = std::chrono::milliseconds(700);
-
-// A looping file that breaks anew at once is given up.
-constexpr auto shortest_life_between_breaks = std::chrono::milliseconds(1000);
-
-} // namespace
 
 void Playback::on_decoder_missing(Track track, const std::string &what)
 {

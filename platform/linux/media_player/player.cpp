@@ -11,7 +11,11 @@
 namespace platform {
 namespace {
 
+// The bound that player_set_playback_rate() promises.
 constexpr double fastest = 5.0;
+
+// A file on a good disk is let go of in some tens of milliseconds. The main loop stands still in
+// destroy(), which the end of the program can bear for about so long; judged, not measured.
 constexpr auto longest_goodbye = std::chrono::milliseconds(2000);
 
 // The plane of a player that was given none: it plays, and nobody sees it.

@@ -43,7 +43,10 @@ class Player : public PlaybackListener, public std::enable_shared_from_this<Play
     /** The player made last, or null. */
     static std::shared_ptr<Player> latest();
 
-    /** Ends everything; waits a bounded time for the file to be let go of. */
+    /**
+     * Ends everything. Waits for the file to be let go of, two seconds at most; not when called
+     * from inside a callback, where the file would wait for itself.
+     */
     void destroy();
 
     void set_completed_cb(player_completed_cb callback, void *user_data);
@@ -54,9 +57,16 @@ class Player : public PlaybackListener, public std::enable_shared_from_this<Play
     // As in the C interface.
     int set_uri(const std::string &uri);
     int set_subtitle_path(const std::string &path);
+
+    // In any state. The arguments are to be good: the C interface has checked them.
+    /** Where pictures go from the next frame on; null: nowhere. A frame on screen is not moved. */
     void set_plane(std::shared_ptr<VideoPlane> plane);
+    /** @param degrees 0, 90, 180 or 270, clockwise; a picture that stands is drawn anew */
     void set_rotation(int degrees);
+    /** See DisplaySettings::set_area(); a picture that stands is drawn anew. */
     void set_area(const Rect &area);
+
+    // As in the C interface.
     int prepare_async(player_prepared_cb callback, void *user_data);
     void unprepare();
     int start();

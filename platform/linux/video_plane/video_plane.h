@@ -36,7 +36,8 @@ class VideoPlane {
   public:
     struct Statistics {
         uint64_t presented = 0; ///< pictures handed to the compositor
-        uint64_t dropped = 0;   ///< pictures that were not shown because they were late
+        /** Pictures that were not shown: they came late, or there was no memory for them. */
+        uint64_t dropped = 0;
     };
 
     virtual ~VideoPlane() = default;
@@ -74,7 +75,10 @@ class VideoPlane {
      */
     virtual bool present(const PlaneBufferPtr &buffer) = 0;
 
+    /** Counts since the plane was made, of all who show pictures on it. Any thread; no lock. */
     virtual Statistics statistics() const = 0;
+
+    /** Counts a picture that its owner gave up before present(). Any thread; no lock. */
     virtual void count_dropped() = 0;
 };
 

@@ -26,6 +26,11 @@ constexpr size_t kKeptBuffers = 6;
 constexpr size_t kMostBuffers = 16;
 /** Buffers made ahead of the first frame. */
 constexpr int kFirstBuffers = 3;
+/**
+ * How long the main loop waits for the plane's thread. Told to stop it ends at once, but for the
+ * case that it waits for the main loop itself: then this is a hitch, and the rest is done later.
+ */
+constexpr auto kLongestWaitForThread = std::chrono::milliseconds(200);
 
 std::shared_ptr<WaylandPlane> refuse(const char *reason)
 {
@@ -393,8 +398,8 @@ void WaylandPlane::close()
     stopping_ = true;
     waker_.wake();
     std::unique_lock<std::mutex> lock(mutex_);
-    const bool ended = thread_end_.wait_for(lock, std::chrono::milliseconds(200),
-                                            [this] { return thread_ended_; });
+    const bool ended =
+        thread_end_.wait_for(lock, kLongestWaitForThread, [this] { return thread_ended_; });
     lock.unlock();
     if (ended || !finish_later()) {
         thread_.join();
