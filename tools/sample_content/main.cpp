@@ -27,8 +27,8 @@ volatile std::sig_atomic_t stop_signal = 0;
 
 namespace {
 
-constexpr double usual_seconds = 8;
-constexpr double quick_seconds = 2;
+constexpr double USUAL_SECONDS = 8;
+constexpr double QUICK_SECONDS = 2;
 
 extern "C" void on_stop_signal(int number)
 {
@@ -140,7 +140,7 @@ void make_all(const Options &options)
     if (access(options.folder.c_str(), W_OK | X_OK) != 0)
         throw std::runtime_error(options.folder + ": " + std::strerror(errno) + ".");
 
-    const double usual = options.quick ? quick_seconds : usual_seconds;
+    const double usual = options.quick ? QUICK_SECONDS : USUAL_SECONDS;
     const double seconds = options.seconds > 0 ? options.seconds : usual;
     for (const Item &item : catalogue()) {
         const auto &only = options.only;

@@ -11,7 +11,7 @@ namespace sample {
 
 namespace {
 
-constexpr double longest_seconds = 600;
+constexpr double LONGEST_SECONDS = 600;
 
 Options complain(const std::string &complaint)
 {
@@ -54,7 +54,7 @@ Options parse_options(int argc, char **argv)
             char *end = nullptr;
             options.seconds = std::strtod(optarg, &end);
             if (end == optarg || *end != '\0' || !(options.seconds >= 1) ||
-                options.seconds > longest_seconds)
+                options.seconds > LONGEST_SECONDS)
                 return complain("--seconds takes a number from 1 to 600.");
             break;
         }

@@ -10,7 +10,7 @@ namespace sample {
 
 namespace {
 
-constexpr int quality = 92;
+constexpr int QUALITY = 92;
 
 struct CompressorDeleter {
     void operator()(void *handle) const { tjDestroy(handle); }
@@ -20,7 +20,7 @@ struct BufferDeleter {
 };
 
 /** An application segment with one EXIF entry: orientation 6, turn clockwise by a quarter. */
-const unsigned char exif_segment[] = {
+const unsigned char EXIF_SEGMENT[] = {
     0xFF, 0xE1, 0x00, 0x22,                         // marker, length of what follows
     'E',  'x',  'i',  'f',  0x00, 0x00,             //
     'M',  'M',  0x00, 0x2A, 0x00, 0x00, 0x00, 0x08, // big-endian TIFF, directory at 8
@@ -46,10 +46,10 @@ std::vector<unsigned char> jpeg_of(const Image &image, bool turned)
 {
     if (turned) {
         const std::vector<unsigned char> plain = jpeg_of(turned_to_the_left(image), false);
-        constexpr size_t start_marker = 2;
-        std::vector<unsigned char> result(plain.begin(), plain.begin() + start_marker);
-        result.insert(result.end(), std::begin(exif_segment), std::end(exif_segment));
-        result.insert(result.end(), plain.begin() + start_marker, plain.end());
+        constexpr size_t START_MARKER = 2;
+        std::vector<unsigned char> result(plain.begin(), plain.begin() + START_MARKER);
+        result.insert(result.end(), std::begin(EXIF_SEGMENT), std::end(EXIF_SEGMENT));
+        result.insert(result.end(), plain.begin() + START_MARKER, plain.end());
         return result;
     }
 
@@ -61,7 +61,7 @@ std::vector<unsigned char> jpeg_of(const Image &image, bool turned)
     // XRGB in host byte order is BGRX in memory on the little-endian machines that we build for.
     const int status = tjCompress2(
         compressor.get(), reinterpret_cast<const unsigned char *>(image.pixels.data()), image.width,
-        0, image.height, TJPF_BGRX, &data, &size, TJSAMP_444, quality, TJFLAG_ACCURATEDCT);
+        0, image.height, TJPF_BGRX, &data, &size, TJSAMP_444, QUALITY, TJFLAG_ACCURATEDCT);
     const std::unique_ptr<unsigned char, BufferDeleter> owner(data);
     if (status != 0)
         throw std::runtime_error(std::string("JPEG encoding: ") + tjGetErrorStr2(compressor.get()));

@@ -8,9 +8,9 @@ namespace sample {
 
 namespace {
 
-constexpr uint32_t white = 0xFFFFFF;
-constexpr uint32_t black = 0x000000;
-constexpr int layer_count = 3;
+constexpr uint32_t WHITE = 0xFFFFFF;
+constexpr uint32_t BLACK = 0x000000;
+constexpr int LAYER_COUNT = 3;
 
 uint32_t packed(Colour colour)
 {
@@ -105,15 +105,15 @@ const Image &Scene::at(double time)
 
 void Scene::paint_landscape(double time)
 {
-    const uint32_t zenith = mixed(colour_, black, 0.30);
-    const uint32_t horizon = mixed(colour_, white, 0.80);
+    const uint32_t zenith = mixed(colour_, BLACK, 0.30);
+    const uint32_t horizon = mixed(colour_, WHITE, 0.80);
     for (int y = panel_.top; y < panel_.bottom; ++y) {
         const double depth = static_cast<double>(y - panel_.top) / (panel_.bottom - panel_.top);
         std::fill(image_.row(y) + panel_.left, image_.row(y) + panel_.right,
                   mixed(zenith, horizon, depth));
     }
     paint_sun(time);
-    for (int depth = 0; depth < layer_count; ++depth)
+    for (int depth = 0; depth < LAYER_COUNT; ++depth)
         paint_layer(depth, time);
 }
 
@@ -146,7 +146,7 @@ void Scene::paint_sun(double time)
 void Scene::paint_layer(int depth, double time)
 {
     const double height = panel_.bottom - panel_.top;
-    const uint32_t shade = mixed(colour_, black, 0.22 + 0.20 * depth);
+    const uint32_t shade = mixed(colour_, BLACK, 0.22 + 0.20 * depth);
     const double base = 0.22 - 0.06 * depth;
     const double relief = 0.30 - 0.05 * depth;
     const double drift = time * 0.05 * (depth + 1);
@@ -188,7 +188,7 @@ void Scene::paint_progress(double time)
     for (int y = bottom - thickness; y < bottom; ++y) {
         uint32_t *row = image_.row(y);
         for (int x = left; x < right; ++x)
-            row[x] = mixed(row[x], white, x < now ? 1.0 : 0.3);
+            row[x] = mixed(row[x], WHITE, x < now ? 1.0 : 0.3);
     }
 }
 

@@ -7,11 +7,11 @@ namespace sample {
 
 namespace {
 
-constexpr int text_count = 3;
+constexpr int TEXT_COUNT = 3;
 
-const char *const english[text_count] = {"Good morning.", "Colours that wake up with you.",
+const char *const ENGLISH[TEXT_COUNT] = {"Good morning.", "Colours that wake up with you.",
                                          "See you again tomorrow."};
-const char *const korean[text_count] = {"좋은 아침입니다.", "당신과 함께 깨어나는 색.",
+const char *const KOREAN[TEXT_COUNT] = {"좋은 아침입니다.", "당신과 함께 깨어나는 색.",
                                         "내일 또 만나요."};
 
 std::string time_stamp(double seconds)
@@ -27,10 +27,10 @@ std::string time_stamp(double seconds)
 
 std::string subrip_text(const std::string &language, double seconds)
 {
-    const char *const *texts = language == "Kor" ? korean : english;
-    const double share = seconds / text_count;
+    const char *const *texts = language == "Kor" ? KOREAN : ENGLISH;
+    const double share = seconds / TEXT_COUNT;
     std::string result;
-    for (int i = 0; i < text_count; ++i) {
+    for (int i = 0; i < TEXT_COUNT; ++i) {
         // A gap on both sides, so that a text's coming and going can be seen.
         const double start = share * (i + 0.1);
         const double end = share * (i + 0.9);

@@ -8,8 +8,8 @@ namespace sample {
 
 class Tone {
   public:
-    static constexpr int rate = 48000; ///< samples in a second
-    static constexpr int channels = 2;
+    static constexpr int RATE = 48000; ///< samples in a second
+    static constexpr int CHANNELS = 2;
 
     /**
      * @param pitch   in hertz

@@ -15,9 +15,9 @@ namespace sample {
 
 namespace {
 
-constexpr int frame_rate = 30;
-constexpr guint64 most_queued_frames = 4;
-constexpr GstClockTime wait_step = 50 * GST_MSECOND; // how soon Ctrl-C is noticed
+constexpr int FRAME_RATE = 30;
+constexpr guint64 MOST_QUEUED_FRAMES = 4;
+constexpr GstClockTime WAIT_STEP = 50 * GST_MSECOND; // how soon Ctrl-C is noticed
 
 struct ObjectUnref {
     void operator()(void *object) const { gst_object_unref(object); }
@@ -52,11 +52,11 @@ struct Recipe {
 };
 
 // Key frames twice a second keep seeking and backward play smooth.
-const Recipe mp4_recipe = {
+const Recipe MP4_RECIPE = {
     "x264enc speed-preset=veryfast pass=quant quantizer=20 key-int-max=15 bframes=0 "
     "! video/x-h264,profile=high ! h264parse",
     "avenc_aac bitrate=128000 ! aacparse", "mp4mux"};
-const Recipe matroska_recipe = {
+const Recipe MATROSKA_RECIPE = {
     "vp8enc deadline=1 cpu-used=8 threads=2 end-usage=cq cq-level=12 target-bitrate=8000000 "
     "min-quantizer=4 max-quantizer=40 keyframe-max-dist=15",
     "vorbisenc quality=0.4", "matroskamux"};
@@ -145,10 +145,10 @@ VideoPipeline::VideoPipeline(const Item &item, const Recipe &recipe, const std::
     g_object_set(file.get(), "location", path.c_str(), nullptr);
     set_caps(video_.get(), "video/x-raw,format=BGRx,width=" + std::to_string(item.width) +
                                ",height=" + std::to_string(item.height) +
-                               ",framerate=" + std::to_string(frame_rate) + "/1");
+                               ",framerate=" + std::to_string(FRAME_RATE) + "/1");
     set_caps(audio_.get(),
-             "audio/x-raw,format=S16LE,layout=interleaved,rate=" + std::to_string(Tone::rate) +
-                 ",channels=" + std::to_string(Tone::channels));
+             "audio/x-raw,format=S16LE,layout=interleaved,rate=" + std::to_string(Tone::RATE) +
+                 ",channels=" + std::to_string(Tone::CHANNELS));
     if (gst_element_set_state(parsed, GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE) {
         wait_on_bus(0);
         throw std::runtime_error("The encoder cannot be started.");
@@ -175,7 +175,7 @@ void VideoPipeline::push_frame(const Image &image, int64_t number)
 {
     wait_for_room();
     const auto time_of = [](int64_t frame) {
-        return gst_util_uint64_scale(static_cast<guint64>(frame), GST_SECOND, frame_rate);
+        return gst_util_uint64_scale(static_cast<guint64>(frame), GST_SECOND, FRAME_RATE);
     };
     push(video_.get(), image.pixels.data(), image.bytes(), time_of(number),
          time_of(number + 1) - time_of(number));
@@ -185,7 +185,7 @@ void VideoPipeline::push_sound(const Tone &tone, int64_t first, int64_t count)
 {
     const std::vector<int16_t> samples = tone.samples(first, count);
     const auto time_of = [](int64_t sample) {
-        return gst_util_uint64_scale(static_cast<guint64>(sample), GST_SECOND, Tone::rate);
+        return gst_util_uint64_scale(static_cast<guint64>(sample), GST_SECOND, Tone::RATE);
     };
     push(audio_.get(), samples.data(), samples.size() * sizeof samples[0], time_of(first),
          time_of(first + count) - time_of(first));
@@ -195,15 +195,15 @@ void VideoPipeline::wait_for_room()
 {
     wait_on_bus(0);
     // A blocking push would never return when the disk is full and the pipeline stands.
-    while (gst_app_src_get_current_level_bytes(video_.get()) >= most_queued_frames * frame_size_)
-        wait_on_bus(wait_step / 10);
+    while (gst_app_src_get_current_level_bytes(video_.get()) >= MOST_QUEUED_FRAMES * frame_size_)
+        wait_on_bus(WAIT_STEP / 10);
 }
 
 void VideoPipeline::finish()
 {
     gst_app_src_end_of_stream(video_.get());
     gst_app_src_end_of_stream(audio_.get());
-    while (!wait_on_bus(wait_step)) {
+    while (!wait_on_bus(WAIT_STEP)) {
     }
 }
 
@@ -235,15 +235,15 @@ void write_video(const Item &item, const std::string &path, double seconds,
 {
     const bool mp4 = ends_in(item.name, ".mp4");
     check_elements(mp4);
-    VideoPipeline pipeline(item, mp4 ? mp4_recipe : matroska_recipe, path);
+    VideoPipeline pipeline(item, mp4 ? MP4_RECIPE : MATROSKA_RECIPE, path);
     Scene scene(item, seconds);
     const Tone tone(item.pitch, seconds);
-    const auto frames = static_cast<int64_t>(std::lround(seconds * frame_rate));
-    constexpr int64_t samples_per_frame = Tone::rate / frame_rate;
+    const auto frames = static_cast<int64_t>(std::lround(seconds * FRAME_RATE));
+    constexpr int64_t SAMPLES_PER_FRAME = Tone::RATE / FRAME_RATE;
     for (int64_t frame = 0; frame < frames; ++frame) {
         // Sound first: the muxer must never wait for it while the pictures wait for the muxer.
-        pipeline.push_sound(tone, frame * samples_per_frame, samples_per_frame);
-        pipeline.push_frame(scene.at(static_cast<double>(frame) / frame_rate), frame);
+        pipeline.push_sound(tone, frame * SAMPLES_PER_FRAME, SAMPLES_PER_FRAME);
+        pipeline.push_frame(scene.at(static_cast<double>(frame) / FRAME_RATE), frame);
         progress(static_cast<double>(frame + 1) / static_cast<double>(frames));
     }
     pipeline.finish();

@@ -16,7 +16,7 @@ namespace tvctl {
 namespace {
 
 // A player that is reading a slow stick answers late; one that hangs never does.
-constexpr double kLongestCall_ms = 5000.0;
+constexpr double LONGEST_CALL_MS = 5000.0;
 
 using Append = std::function<void(Eldbus_Message *)>;
 using Take = std::function<void(const Eldbus_Message *)>;
@@ -66,7 +66,7 @@ int call(const char *interface, const char *operation, const Append &append, con
     Eldbus_Message *message = eldbus_proxy_method_call_new(player.get(), operation);
     append(message);
     const platform::BusMessagePtr reply(
-        eldbus_proxy_send_and_block(player.get(), message, kLongestCall_ms));
+        eldbus_proxy_send_and_block(player.get(), message, LONGEST_CALL_MS));
     const char *name = nullptr;
     const char *text = nullptr;
     if (!reply)

@@ -13,7 +13,7 @@ namespace {
 
 // A task that looks at stopping() ends within a few milliseconds. One that does not in this time
 // hangs in a read, and whoever stops the worker, the main loop as a rule, must not hang with it.
-constexpr std::chrono::milliseconds kPatience{200};
+constexpr std::chrono::milliseconds PATIENCE{200};
 
 } // namespace
 
@@ -97,7 +97,7 @@ void WorkerThread::stop()
     if (!thread_.joinable())
         return;
     const bool ended =
-        !is_calling() && core_->changed.wait_for(lock, kPatience, [this] { return core_->ended; });
+        !is_calling() && core_->changed.wait_for(lock, PATIENCE, [this] { return core_->ended; });
     lock.unlock();
     if (ended)
         thread_.join();

@@ -20,14 +20,14 @@ namespace platform {
 
 namespace {
 
-constexpr size_t kLongestKey = 200;
-constexpr size_t kLongestText = 64;
-constexpr std::string_view kDb = "db/";
-constexpr std::string_view kMemory = "memory/";
+constexpr size_t LONGEST_KEY = 200;
+constexpr size_t LONGEST_TEXT = 64;
+constexpr std::string_view DB = "db/";
+constexpr std::string_view MEMORY = "memory/";
 
 // Temporary files are hidden, so no key can have the name of one, and marked, so that those a crash
 // left behind can be told from anything else.
-constexpr std::string_view kTemporaryMark = ".new-";
+constexpr std::string_view TEMPORARY_MARK = ".new-";
 
 bool starts_with(std::string_view text, std::string_view prefix)
 {
@@ -36,7 +36,7 @@ bool starts_with(std::string_view text, std::string_view prefix)
 
 bool survives(std::string_view key)
 {
-    return starts_with(key, kDb);
+    return starts_with(key, DB);
 }
 
 std::string text_of(int value)
@@ -46,7 +46,7 @@ std::string text_of(int value)
 
 bool read_text(int descriptor, std::string &text)
 {
-    char buffer[kLongestText + 1];
+    char buffer[LONGEST_TEXT + 1];
     size_t size = 0;
     for (;;) {
         const ssize_t length = ::read(descriptor, buffer + size, sizeof buffer - size);
@@ -59,7 +59,7 @@ bool read_text(int descriptor, std::string &text)
             break;
     }
     text.assign(buffer, size);
-    return size <= kLongestText;
+    return size <= LONGEST_TEXT;
 }
 
 bool write_text(int descriptor, const std::string &text)
@@ -133,7 +133,7 @@ ConfigFiles::ConfigFiles(std::string state_dir, std::string runtime_dir)
 
 bool ConfigFiles::is_valid_key(std::string_view key)
 {
-    if (key.size() > kLongestKey || !(starts_with(key, kDb) || starts_with(key, kMemory)))
+    if (key.size() > LONGEST_KEY || !(starts_with(key, DB) || starts_with(key, MEMORY)))
         return false;
     char before = '/';
     for (const char c : key) {
@@ -270,7 +270,7 @@ std::string ConfigFiles::temporary_path(const std::string &key)
 {
     const std::string file = path(key);
     const size_t slash = file.rfind('/');
-    return file.substr(0, slash + 1) + "." + file.substr(slash + 1) + std::string(kTemporaryMark) +
+    return file.substr(0, slash + 1) + "." + file.substr(slash + 1) + std::string(TEMPORARY_MARK) +
            std::to_string(getpid()) + "-" + std::to_string(++temporaries_);
 }
 
@@ -283,7 +283,7 @@ void ConfigFiles::sweep(const std::string &folder)
     const Directory directory = open_directory(folder);
     while (const dirent *entry = directory ? readdir(directory.get()) : nullptr) {
         const std::string_view name = entry->d_name;
-        if (name.front() != '.' || name.find(kTemporaryMark) == std::string_view::npos)
+        if (name.front() != '.' || name.find(TEMPORARY_MARK) == std::string_view::npos)
             continue;
         const std::string path = folder + "/" + entry->d_name;
         const Descriptor file = open_regular(path, O_RDONLY | O_NOFOLLOW);
@@ -295,8 +295,8 @@ void ConfigFiles::sweep(const std::string &folder)
 std::map<std::string, int> ConfigFiles::list() const
 {
     std::map<std::string, int> found;
-    list_below(std::string(kDb), found);
-    list_below(std::string(kMemory), found);
+    list_below(std::string(DB), found);
+    list_below(std::string(MEMORY), found);
     return found;
 }
 

@@ -14,11 +14,11 @@ namespace platform {
 
 namespace {
 
-constexpr uint32_t kEvents = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE |
-                             IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+constexpr uint32_t EVENTS = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE |
+                            IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 
 // A folder that cannot be watched again, say on a medium that is away for a moment.
-constexpr double kRetry_s = 1.0;
+constexpr double RETRY_S = 1.0;
 
 } // namespace
 
@@ -132,7 +132,7 @@ void ConfigWatcher::close()
 
 bool ConfigWatcher::watch(const std::string &path, Folder &folder)
 {
-    folder.watch = inotify_add_watch(inotify_.number(), path.c_str(), kEvents);
+    folder.watch = inotify_add_watch(inotify_.number(), path.c_str(), EVENTS);
     return folder.watch >= 0;
 }
 
@@ -188,7 +188,7 @@ void ConfigWatcher::rewatch_lost()
         failed = true;
     }
     if (failed && retry_ == nullptr) {
-        retry_ = ecore_timer_add(kRetry_s, on_retry, this);
+        retry_ = ecore_timer_add(RETRY_S, on_retry, this);
     } else if (!failed && retry_ != nullptr) {
         ecore_timer_del(retry_);
         retry_ = nullptr;

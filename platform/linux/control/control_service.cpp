@@ -21,8 +21,8 @@ namespace platform {
 
 namespace {
 
-constexpr char kInvalidArguments[] = "org.freedesktop.DBus.Error.InvalidArgs";
-constexpr char kRefused[] = "org.tizen.OstrelDemoPlayerTv.Error.Refused";
+constexpr char INVALID_ARGUMENTS[] = "org.freedesktop.DBus.Error.InvalidArgs";
+constexpr char REFUSED[] = "org.tizen.OstrelDemoPlayerTv.Error.Refused";
 
 /** The service while it is on the bus. */
 struct Service {
@@ -38,14 +38,14 @@ Service &service()
 
 Eldbus_Message *invalid(const Eldbus_Message *call, const char *reason)
 {
-    return eldbus_message_error_new(call, kInvalidArguments, reason);
+    return eldbus_message_error_new(call, INVALID_ARGUMENTS, reason);
 }
 
 // The one way to say no: the reason goes to the caller and, because staff may ask later, the log.
 Eldbus_Message *refuse(const Eldbus_Message *call, const std::string &reason)
 {
     PLATFORM_LOGW("control", "%s refused: %s", eldbus_message_member_get(call), reason.c_str());
-    return eldbus_message_error_new(call, kRefused, reason.c_str());
+    return eldbus_message_error_new(call, REFUSED, reason.c_str());
 }
 
 // What follows may end the program, so the caller gets its answer first.
@@ -152,27 +152,27 @@ Eldbus_Message *on_status(const Eldbus_Service_Interface *interface, const Eldbu
     return nullptr;
 }
 
-const Eldbus_Arg_Info kKeyArguments[] = {{"s", "name"}, {nullptr, nullptr}};
-const Eldbus_Arg_Info kPanelArguments[] = {{"s", "orientation"}, {nullptr, nullptr}};
-const Eldbus_Arg_Info kPowerArguments[] = {{"s", "event"}, {nullptr, nullptr}};
-const Eldbus_Arg_Info kLanguageArguments[] = {{"s", "language"}, {nullptr, nullptr}};
-const Eldbus_Arg_Info kPathArguments[] = {{"ay", "path"}, {nullptr, nullptr}};
-const Eldbus_Arg_Info kFormatArguments[] = {{"s", "format"}, {nullptr, nullptr}};
-const Eldbus_Arg_Info kStatusResults[] = {{"s", "status"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info KEY_ARGUMENTS[] = {{"s", "name"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info PANEL_ARGUMENTS[] = {{"s", "orientation"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info POWER_ARGUMENTS[] = {{"s", "event"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info LANGUAGE_ARGUMENTS[] = {{"s", "language"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info PATH_ARGUMENTS[] = {{"ay", "path"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info FORMAT_ARGUMENTS[] = {{"s", "format"}, {nullptr, nullptr}};
+const Eldbus_Arg_Info STATUS_RESULTS[] = {{"s", "status"}, {nullptr, nullptr}};
 
-const Eldbus_Method kMethods[] = {
-    {"Key", kKeyArguments, nullptr, on_key, 0},
-    {"Panel", kPanelArguments, nullptr, on_panel, 0},
-    {"Power", kPowerArguments, nullptr, on_power, 0},
-    {"Language", kLanguageArguments, nullptr, on_language, 0},
-    {"UsbAdd", kPathArguments, nullptr, on_usb_add, 0},
-    {"UsbRemove", kPathArguments, nullptr, on_usb_remove, 0},
-    {"Status", kFormatArguments, kStatusResults, on_status, 0},
+const Eldbus_Method METHODS[] = {
+    {"Key", KEY_ARGUMENTS, nullptr, on_key, 0},
+    {"Panel", PANEL_ARGUMENTS, nullptr, on_panel, 0},
+    {"Power", POWER_ARGUMENTS, nullptr, on_power, 0},
+    {"Language", LANGUAGE_ARGUMENTS, nullptr, on_language, 0},
+    {"UsbAdd", PATH_ARGUMENTS, nullptr, on_usb_add, 0},
+    {"UsbRemove", PATH_ARGUMENTS, nullptr, on_usb_remove, 0},
+    {"Status", FORMAT_ARGUMENTS, STATUS_RESULTS, on_status, 0},
     {nullptr, nullptr, nullptr, nullptr, 0},
 };
 
-const Eldbus_Service_Interface_Desc kDescription = {
-    BUS_CONTROL_INTERFACE, kMethods, nullptr, nullptr, nullptr, nullptr};
+const Eldbus_Service_Interface_Desc DESCRIPTION = {
+    BUS_CONTROL_INTERFACE, METHODS, nullptr, nullptr, nullptr, nullptr};
 
 } // namespace
 
@@ -181,7 +181,7 @@ bool control_start(Eldbus_Connection *connection, StorageReader read)
     if (connection == nullptr || service().interface != nullptr)
         return false;
     Eldbus_Service_Interface *interface =
-        eldbus_service_interface_register(connection, BUS_OBJECT, &kDescription);
+        eldbus_service_interface_register(connection, BUS_OBJECT, &DESCRIPTION);
     if (interface == nullptr) {
         PLATFORM_LOGW("control", "the control interface could not be put on the session bus");
         return false;

@@ -9,7 +9,7 @@ namespace platform {
 
 namespace {
 
-constexpr std::string_view kColourReset = "\033[0m";
+constexpr std::string_view COLOUR_RESET = "\033[0m";
 
 unsigned char byte_at(std::string_view text, size_t position)
 {
@@ -51,7 +51,7 @@ void append_visible(std::string &line, std::string_view text, bool colours)
             const std::string_view escape = text.substr(position, length);
             if (colours) {
                 line += escape;
-                coloured = escape != kColourReset;
+                coloured = escape != COLOUR_RESET;
             }
             position += length;
         } else if (length = printable_length(text, position); length != 0) {
@@ -64,7 +64,7 @@ void append_visible(std::string &line, std::string_view text, bool colours)
     }
     // A colour left open, say by a file's name, must not run on into the terminal.
     if (coloured)
-        line += kColourReset;
+        line += COLOUR_RESET;
 }
 
 int syslog_level(int priority)

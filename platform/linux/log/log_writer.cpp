@@ -17,7 +17,7 @@ namespace platform {
 namespace {
 
 // How long a line waits for a full, non-blocking destination before it is given up.
-constexpr int kFullDestinationMs = 100;
+constexpr int FULL_DESTINATION_MS = 100;
 
 std::string environment(const char *name)
 {
@@ -97,7 +97,7 @@ class BrokenPipeGuard {
 bool wait_for_room()
 {
     pollfd descriptor = {STDERR_FILENO, POLLOUT, 0};
-    return poll(&descriptor, 1, kFullDestinationMs) == 1;
+    return poll(&descriptor, 1, FULL_DESTINATION_MS) == 1;
 }
 
 } // namespace

@@ -7,7 +7,7 @@ namespace {
 
 // A set without any sound is asked for it no more often than this: a sound server that hangs takes
 // seconds to answer, and each of them holds back a video.
-constexpr auto shortest_time_between_looks = std::chrono::minutes(1);
+constexpr auto SHORTEST_TIME_BETWEEN_LOOKS = std::chrono::minutes(1);
 
 } // namespace
 
@@ -15,7 +15,7 @@ std::string AudioChoice::sink()
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto now = world_.now();
-    if (sink_.empty() && (!last_look_ || now - *last_look_ >= shortest_time_between_looks)) {
+    if (sink_.empty() && (!last_look_ || now - *last_look_ >= SHORTEST_TIME_BETWEEN_LOOKS)) {
         last_look_ = now;
         sink_ = look();
     }

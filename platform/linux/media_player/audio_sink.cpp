@@ -10,7 +10,7 @@
 namespace platform {
 namespace {
 
-const char *const silent_sink = "fakesink";
+const char *const SILENT_SINK = "fakesink";
 
 std::string wanted_sink()
 {
@@ -54,9 +54,9 @@ bool choose_audio_sink()
 ElementPtr make_audio_sink()
 {
     const std::string chosen = audio_choice().sink();
-    const std::string element = chosen.empty() ? silent_sink : chosen;
+    const std::string element = chosen.empty() ? SILENT_SINK : chosen;
     ElementPtr sink = make_element(element.c_str());
-    if (sink && element == silent_sink)
+    if (sink && element == SILENT_SINK)
         g_object_set(sink.get(), "sync", TRUE, nullptr);
     return sink;
 }

@@ -6,10 +6,10 @@
 namespace platform {
 namespace {
 
-constexpr int pixel_bytes = 4;
+constexpr int PIXEL_BYTES = 4;
 
 // A square of this many pixels of both pictures stays in the first-level cache.
-constexpr int tile = 32;
+constexpr int TILE = 32;
 
 bool on_its_side(const Orientation &orientation)
 {
@@ -39,8 +39,8 @@ void black_out(PlaneBuffer &picture, int x, int y, int width, int height)
         return;
     for (int row = y; row < y + height; row++)
         std::memset(picture.pixels() + static_cast<size_t>(row) * picture.stride() +
-                        static_cast<size_t>(x) * pixel_bytes,
-                    0, static_cast<size_t>(width) * pixel_bytes);
+                        static_cast<size_t>(x) * PIXEL_BYTES,
+                    0, static_cast<size_t>(width) * PIXEL_BYTES);
 }
 
 void paint_bars(PlaneBuffer &picture, const Rect &inside)
@@ -87,10 +87,10 @@ Walk walk_through(int width, int height, const Orientation &orientation)
 
 void copy_turned(const uint32_t *upright, const Walk &walk, PlaneBuffer &picture, const Rect &area)
 {
-    for (int top = 0; top < area.height; top += tile) {
-        const int bottom = std::min(top + tile, area.height);
-        for (int left = 0; left < area.width; left += tile) {
-            const int right = std::min(left + tile, area.width);
+    for (int top = 0; top < area.height; top += TILE) {
+        const int bottom = std::min(top + TILE, area.height);
+        for (int left = 0; left < area.width; left += TILE) {
+            const int right = std::min(left + TILE, area.width);
             for (int y = top; y < bottom; y++) {
                 auto *to = reinterpret_cast<uint32_t *>(
                     picture.pixels() + static_cast<size_t>(area.y + y) * picture.stride());
@@ -168,7 +168,7 @@ bool FramePainter::paint(const GstVideoInfo &info, GstBuffer *frame, const Orien
     if (orientation.degrees == 0 && !orientation.mirrored)
         return convert(info, frame,
                        picture.pixels() + static_cast<size_t>(area.y) * picture.stride() +
-                           static_cast<size_t>(area.x) * pixel_bytes,
+                           static_cast<size_t>(area.x) * PIXEL_BYTES,
                        area.width, area.height, picture.stride());
 
     int width = area.width;
@@ -177,7 +177,7 @@ bool FramePainter::paint(const GstVideoInfo &info, GstBuffer *frame, const Orien
         std::swap(width, height);
     scratch_.resize(static_cast<size_t>(width) * height);
     if (!convert(info, frame, reinterpret_cast<uint8_t *>(scratch_.data()), width, height,
-                 width * pixel_bytes))
+                 width * PIXEL_BYTES))
         return false;
     copy_turned(scratch_.data(), walk_through(width, height, orientation), picture, area);
     return true;
@@ -206,7 +206,7 @@ bool FramePainter::prepare_converter(const GstVideoInfo &info, int width, int he
         converter_.reset(gst_video_converter_new(&from_, &to_, options));
     }
     to_.stride[0] = stride;
-    to_.size = static_cast<gsize>(stride) * (height - 1) + static_cast<gsize>(width) * pixel_bytes;
+    to_.size = static_cast<gsize>(stride) * (height - 1) + static_cast<gsize>(width) * PIXEL_BYTES;
     return converter_ != nullptr;
 }
 

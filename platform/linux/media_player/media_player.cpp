@@ -102,9 +102,9 @@ int player_set_display_rotation(player_h player, player_display_rotation_e rotat
 
 int player_resize_video_render_rect(player_h player, int x, int y, int width, int height)
 {
-    constexpr int largest = 1 << 20;
-    if (!player || width <= 0 || height <= 0 || width > largest || height > largest ||
-        x < -largest || x > largest || y < -largest || y > largest)
+    constexpr int LARGEST = 1 << 20;
+    if (!player || width <= 0 || height <= 0 || width > LARGEST || height > LARGEST ||
+        x < -LARGEST || x > LARGEST || y < -LARGEST || y > LARGEST)
         return PLAYER_ERROR_INVALID_PARAMETER;
     player->player->set_area({x, y, width, height});
     return PLAYER_ERROR_NONE;

@@ -12,7 +12,7 @@ namespace platform {
 namespace {
 
 // What nearly every video needs. Loading the decoders takes longer than all the rest together.
-const char *const common_elements[] = {
+const char *const COMMON_ELEMENTS[] = {
     "playbin",   "uridecodebin", "decodebin", "filesrc", "multiqueue",   "typefind",    "qtdemux",
     "h264parse", "avdec_h264",   "avdec_aac", "volume",  "audioconvert", "deinterlace", "fakesink"};
 
@@ -35,7 +35,7 @@ bool set_up()
                       owned ? owned->message : "no reason given");
         return false;
     }
-    for (const char *element : common_elements)
+    for (const char *element : COMMON_ELEMENTS)
         load(element);
     choose_audio_sink();
     return true;

@@ -12,19 +12,19 @@ namespace platform {
 namespace {
 
 // The flags of playbin; their type is private to its plugin.
-constexpr guint flag_video = 1 << 0;
-constexpr guint flag_audio = 1 << 1;
-constexpr guint flag_native_video = 1 << 6;
+constexpr guint FLAG_VIDEO = 1 << 0;
+constexpr guint FLAG_AUDIO = 1 << 1;
+constexpr guint FLAG_NATIVE_VIDEO = 1 << 6;
 
 // Backwards play keeps the frames from one key frame to the next decoded.
-constexpr int64_t backwards_memory_limit = int64_t{192} * 1024 * 1024;
+constexpr int64_t BACKWARDS_MEMORY_LIMIT = int64_t{192} * 1024 * 1024;
 
 // Readers of MPEG streams flush everything, then refuse or skip the beginning, and say they agree.
-const char *const readers_with_rounds[] = {"qtdemux",  "matroskademux", "avidemux",
+const char *const READERS_WITH_ROUNDS[] = {"qtdemux",  "matroskademux", "avidemux",
                                            "flvdemux", "oggdemux",      "asfdemux"};
 
 // Other readers refuse backwards play, or go on forward and say nothing.
-const char *const readers_backwards[] = {"qtdemux", "matroskademux"};
+const char *const READERS_BACKWARDS[] = {"qtdemux", "matroskademux"};
 
 template <size_t count> bool is_one_of(const std::string &name, const char *const (&names)[count])
 {
@@ -32,7 +32,7 @@ template <size_t count> bool is_one_of(const std::string &name, const char *cons
 }
 
 // Messages of older seeks than this have long been handled.
-constexpr size_t remembered_seeks = 16;
+constexpr size_t REMEMBERED_SEEKS = 16;
 
 ElementPtr make_video_end(const std::shared_ptr<FrameOutput> &output)
 {
@@ -89,7 +89,7 @@ Pipeline::Pipeline(const std::string &uri, const std::shared_ptr<FrameOutput> &o
     // An element of our own: a sound server would remember its own mute switch past our end.
     volume_ = make_element("volume");
     g_object_set(playbin_.get(), "uri", uri.c_str(), "video-sink", video.get(), "flags",
-                 flag_video | flag_native_video | (with_sound ? flag_audio : 0), nullptr);
+                 FLAG_VIDEO | FLAG_NATIVE_VIDEO | (with_sound ? FLAG_AUDIO : 0), nullptr);
     if (audio)
         g_object_set(playbin_.get(), "audio-sink", audio.get(), nullptr);
     if (volume_)
@@ -151,7 +151,7 @@ bool Pipeline::send_seek(double rate, int flags, gint64 start, GstSeekType stop_
     {
         const std::lock_guard<std::mutex> lock(facts_mutex_);
         seeks_.push_front(gst_event_get_seqnum(event));
-        if (seeks_.size() > remembered_seeks)
+        if (seeks_.size() > REMEMBERED_SEEKS)
             seeks_.pop_back();
     }
     return gst_element_send_event(playbin_.get(), event);
@@ -223,17 +223,17 @@ GstClockTime Pipeline::position() const
 bool Pipeline::goes_in_rounds() const
 {
     const std::lock_guard<std::mutex> lock(facts_mutex_);
-    return is_one_of(demuxer_, readers_with_rounds);
+    return is_one_of(demuxer_, READERS_WITH_ROUNDS);
 }
 
 bool Pipeline::plays_backwards() const
 {
     const std::lock_guard<std::mutex> lock(facts_mutex_);
-    if (!is_one_of(demuxer_, readers_backwards) || key_frames_ < 2)
+    if (!is_one_of(demuxer_, READERS_BACKWARDS) || key_frames_ < 2)
         return false;
     const int64_t frame_bytes = static_cast<int64_t>(output_->width()) * output_->height() * 3 / 2;
     return frame_bytes * std::max(longest_key_distance_, frames_since_key_) <
-           backwards_memory_limit;
+           BACKWARDS_MEMORY_LIMIT;
 }
 
 void Pipeline::note_coded_frame(GstBuffer *frame)

@@ -24,11 +24,11 @@ GType plane_sink_get_type();
 G_DEFINE_TYPE(PlaneSink, plane_sink, GST_TYPE_VIDEO_SINK)
 
 // A frame shown a little late is better than one left out.
-constexpr gint64 max_lateness = gint64{30} * GST_MSECOND;
+constexpr gint64 MAX_LATENESS = gint64{30} * GST_MSECOND;
 
 // No video shows one picture for longer. Broken files carry times that are hours ahead, and the
 // wait for such a time would be the end of the show.
-constexpr GstClockTime longest_still = GstClockTime{10} * 60 * GST_SECOND;
+constexpr GstClockTime LONGEST_STILL = GstClockTime{10} * 60 * GST_SECOND;
 
 GstStaticPadTemplate sink_template =
     GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS,
@@ -64,7 +64,7 @@ bool hopelessly_early(GstBaseSink *sink, GstBuffer *frame)
     if (!GST_CLOCK_TIME_IS_VALID(time) || sink->segment.rate < 0)
         return false;
     GstClockTime &newest = reinterpret_cast<PlaneSink *>(sink)->newest;
-    if (GST_CLOCK_TIME_IS_VALID(newest) && time > newest + longest_still)
+    if (GST_CLOCK_TIME_IS_VALID(newest) && time > newest + LONGEST_STILL)
         return true;
     newest = GST_CLOCK_TIME_IS_VALID(newest) ? std::max(newest, time) : time;
     return false;
@@ -76,7 +76,7 @@ void plane_sink_get_times(GstBaseSink *sink, GstBuffer *frame, GstClockTime *sta
 {
     GST_BASE_SINK_CLASS(plane_sink_parent_class)->get_times(sink, frame, start, end);
     if (GST_CLOCK_TIME_IS_VALID(*start) && GST_CLOCK_TIME_IS_VALID(*end) &&
-        *end > *start + longest_still)
+        *end > *start + LONGEST_STILL)
         *end = GST_CLOCK_TIME_NONE;
 }
 
@@ -119,7 +119,7 @@ gboolean plane_sink_event(GstBaseSink *sink, GstEvent *event)
         // The reader skips rubbish; the time it skips to is as little to be trusted.
         GstClockTime length = GST_CLOCK_TIME_NONE;
         gst_event_parse_gap(event, nullptr, &length);
-        if (GST_CLOCK_TIME_IS_VALID(length) && length > longest_still) {
+        if (GST_CLOCK_TIME_IS_VALID(length) && length > LONGEST_STILL) {
             gst_event_unref(event);
             return TRUE;
         }
@@ -184,7 +184,7 @@ void plane_sink_init(PlaneSink *sink)
 {
     sink->output = nullptr;
     sink->newest = GST_CLOCK_TIME_NONE;
-    gst_base_sink_set_max_lateness(GST_BASE_SINK(sink), max_lateness);
+    gst_base_sink_set_max_lateness(GST_BASE_SINK(sink), MAX_LATENESS);
 }
 
 } // namespace

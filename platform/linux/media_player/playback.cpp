@@ -120,7 +120,7 @@ void Playback::dispose()
     trick_.reset();
     pipeline_.reset();
     if (subtitle_loader_)
-        subtitle_loader_->wait_for_end(longest_wait_for_subtitle_end);
+        subtitle_loader_->wait_for_end(LONGEST_WAIT_FOR_SUBTITLE_END);
     listener_.reset();
 }
 
@@ -181,7 +181,7 @@ void Playback::arm_first_frame()
 
 void Playback::await_first_frame()
 {
-    await_ready([this] { on_first_frame(); }, look_after_opening, [this] { on_nothing_came(); });
+    await_ready([this] { on_first_frame(); }, LOOK_AFTER_OPENING, [this] { on_nothing_came(); });
 }
 
 void Playback::open_file()
@@ -224,7 +224,7 @@ void Playback::wait_for_others() const
     const std::shared_future<void> &other =
         audio_sink_is_shared() ? request_.before_predecessor : request_.predecessor;
     if (other.valid())
-        other.wait_for(longest_wait_for_predecessor);
+        other.wait_for(LONGEST_WAIT_FOR_PREDECESSOR);
 }
 
 // A pipeline that has seen an error is not fit for anything more: each new try takes a new one.
@@ -307,7 +307,7 @@ void Playback::on_first_frame()
 void Playback::on_nothing_came()
 {
     const auto waited = Clock::now() - opening_since_;
-    if (waited > (system_up_ ? request_.patience : longest_set_up))
+    if (waited > (system_up_ ? request_.patience : LONGEST_SET_UP))
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
     else if (opened_ && pipeline_ && pipeline_->reader_gave_up())
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its reader found nothing in it");
@@ -347,7 +347,7 @@ void Playback::finish_preparation()
     }
     // A stretch that ends in a round has to be one from the beginning; seeking later would show.
     if (trick_->begin(1.0, 0, false, true) == TrickPlay::Next::AwaitFrame)
-        await_ready(prepared, longest_seek, prepared);
+        await_ready(prepared, LONGEST_SEEK, prepared);
     else
         prepared();
 }

@@ -31,7 +31,7 @@ void Playback::do_start()
     output_->set_visible(true);
     last_round_ = Clock::now();
     last_progress_ = Clock::now();
-    progress_check_ = Clock::now() + progress_interval;
+    progress_check_ = Clock::now() + PROGRESS_INTERVAL;
     if (broken_ && needs_rewind_) {
         start_anew();
         return;
@@ -44,7 +44,7 @@ void Playback::do_start()
     if (round_read_)
         follow_up_round();
     if (broken_check_)
-        broken_check_ = Clock::now() + broken_start_patience;
+        broken_check_ = Clock::now() + BROKEN_START_PATIENCE;
 }
 
 // A file whose reader cannot seek still plays, once, from where it stands.
@@ -107,7 +107,7 @@ void Playback::on_speed(TrickPlay::Next next)
         round_is_last_ = false;
         sound_due_ = false;
         rounds_ahead_ = 0;
-        await_ready([this] { on_speed_taken(); }, longest_seek, [this] { on_speed_taken(); });
+        await_ready([this] { on_speed_taken(); }, LONGEST_SEEK, [this] { on_speed_taken(); });
         break;
     case TrickPlay::Next::AtStart:
         back_to_normal(0);
@@ -171,7 +171,7 @@ void Playback::warn_if_cut_short()
     const GstClockTime length = duration_;
     const GstClockTime position = pipeline_->position();
     if (broken_ || !GST_CLOCK_TIME_IS_VALID(length) || !GST_CLOCK_TIME_IS_VALID(position) ||
-        position + longest_missing_end >= length)
+        position + LONGEST_MISSING_END >= length)
         return;
     PLATFORM_LOGW("player", "%s is cut short: it ends after %.1f of %.1f s", name_.c_str(),
                   seconds(position), seconds(length));
@@ -216,12 +216,12 @@ void Playback::on_round_shown()
     if (rounds_ahead_ > 0)
         rounds_ahead_--;
     else if (!round_time_)
-        round_time_ = Clock::now() + longest_wait_for_round;
+        round_time_ = Clock::now() + LONGEST_WAIT_FOR_ROUND;
 }
 
 void Playback::go_round()
 {
-    const auto due = last_round_ + shortest_round;
+    const auto due = last_round_ + SHORTEST_ROUND;
     if (Clock::now() < due)
         round_time_ = due;
     else

@@ -83,7 +83,7 @@ void Playback::go_silent(const std::string &why)
         output_->set_visible(true);
         run_from(GST_CLOCK_TIME_IS_VALID(position) ? position : 0);
     };
-    await_ready(go_on, longest_seek, give_up);
+    await_ready(go_on, LONGEST_SEEK, give_up);
 }
 
 // Asked between two rounds of a file that plays over and over, which nothing else would ever bring
@@ -98,7 +98,7 @@ bool Playback::sound_is_back()
     sound_trial_ = now + sound_pause_;
     if (!request_.find_sound())
         return false;
-    sound_pause_ = std::min(sound_pause_ * 2, longest_sound_pause);
+    sound_pause_ = std::min(sound_pause_ * 2, LONGEST_SOUND_PAUSE);
     return true;
 }
 
@@ -123,7 +123,7 @@ void Playback::renew_with_sound()
         output_->set_visible(true);
         run_from(0);
     };
-    await_ready(go_on, longest_seek, give_up);
+    await_ready(go_on, LONGEST_SEEK, give_up);
 }
 
 // Some readers lose their way in a broken file without a word. A file is given up when no frame has
@@ -132,7 +132,7 @@ void Playback::renew_with_sound()
 void Playback::watch_progress()
 {
     const auto now = Clock::now();
-    progress_check_ = now + progress_interval;
+    progress_check_ = now + PROGRESS_INTERVAL;
     const uint64_t shown = output_->shown();
     if (paused_ || on_ready_ || trick_->stepping() || shown != shown_at_progress_) {
         shown_at_progress_ = shown;
@@ -142,11 +142,11 @@ void Playback::watch_progress()
     const auto still = now - last_progress_;
     const GstClockTime length = duration_;
     const GstClockTime position = output_->position();
-    if (still < shortest_stall)
+    if (still < SHORTEST_STALL)
         return;
     if (!GST_CLOCK_TIME_IS_VALID(length) || !GST_CLOCK_TIME_IS_VALID(position) ||
         trick_->rate() < 0) {
-        if (still > longest_stall)
+        if (still > LONGEST_STALL)
             on_broken("no frame comes any more");
         return;
     }
@@ -163,7 +163,7 @@ void Playback::on_broken(const std::string &why)
     broken_ = true;
     on_ready_ = nullptr;
     shown_at_check_ = output_->shown();
-    broken_check_ = Clock::now() + broken_patience;
+    broken_check_ = Clock::now() + BROKEN_PATIENCE;
 }
 
 void Playback::check_broken()
@@ -171,11 +171,11 @@ void Playback::check_broken()
     const uint64_t shown = output_->shown();
     if (phase_ != Phase::Running || paused_ || shown != shown_at_check_) {
         shown_at_check_ = shown;
-        broken_check_ = Clock::now() + broken_patience;
+        broken_check_ = Clock::now() + BROKEN_PATIENCE;
         return;
     }
     broken_check_.reset();
-    if (looping_ && Clock::now() - last_restart_ > shortest_life_between_breaks + broken_patience) {
+    if (looping_ && Clock::now() - last_restart_ > SHORTEST_LIFE_BETWEEN_BREAKS + BROKEN_PATIENCE) {
         last_restart_ = Clock::now();
         start_anew();
     } else
@@ -194,7 +194,7 @@ void Playback::start_anew()
         needs_rewind_ = false;
         resume_pipeline();
     };
-    await_ready(go_on, longest_seek, [this] { complete(); });
+    await_ready(go_on, LONGEST_SEEK, [this] { complete(); });
 }
 
 } // namespace platform

@@ -12,15 +12,15 @@ namespace platform {
 namespace {
 
 // The bound that player_set_playback_rate() promises.
-constexpr double fastest = 5.0;
+constexpr double FASTEST = 5.0;
 
 // A file on a good disk is let go of in some tens of milliseconds. The main loop stands still in
 // destroy(), which the end of the program can bear for about so long; judged, not measured.
-constexpr auto longest_goodbye = std::chrono::milliseconds(2000);
+constexpr auto LONGEST_GOODBYE = std::chrono::milliseconds(2000);
 
 // The plane of a player that was given none: it plays, and nobody sees it.
-constexpr int unseen_width = 1920;
-constexpr int unseen_height = 1080;
+constexpr int UNSEEN_WIDTH = 1920;
+constexpr int UNSEEN_HEIGHT = 1080;
 
 struct LatestPlayer {
     std::mutex mutex;
@@ -72,7 +72,7 @@ void Player::destroy()
         if (calling_ && calling_thread_ == std::this_thread::get_id())
             return;
     }
-    const auto limit = std::chrono::steady_clock::now() + longest_goodbye;
+    const auto limit = std::chrono::steady_clock::now() + LONGEST_GOODBYE;
     for (const std::shared_future<void> &file : going)
         if (file.valid() && file.wait_until(limit) == std::future_status::timeout)
             PLATFORM_LOGW("player", "a file is slow to close; it is left to itself");
@@ -153,7 +153,7 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
     if (request.uri.empty())
         return PLAYER_ERROR_INVALID_PARAMETER;
     if (!display_->has_plane())
-        display_->set_plane(VideoPlane::offscreen(unseen_width, unseen_height));
+        display_->set_plane(VideoPlane::offscreen(UNSEEN_WIDTH, UNSEEN_HEIGHT));
     request.subtitle = subtitle_;
     request.display = display_;
     request.looping = looping_;
@@ -284,7 +284,7 @@ void Player::set_looping(bool looping)
 
 int Player::set_rate(double rate)
 {
-    if (!std::isfinite(rate) || rate == 0 || std::fabs(rate) > fastest)
+    if (!std::isfinite(rate) || rate == 0 || std::fabs(rate) > FASTEST)
         return PLAYER_ERROR_INVALID_PARAMETER;
     const std::lock_guard<std::mutex> lock(mutex_);
     if (state_ != PLAYER_STATE_READY && state_ != PLAYER_STATE_PLAYING &&

@@ -6,7 +6,7 @@ namespace platform {
 namespace {
 
 // Steps that follow each other faster gain nothing for the eye and cost a lot of decoding.
-constexpr auto shortest_step = std::chrono::milliseconds(80);
+constexpr auto SHORTEST_STEP = std::chrono::milliseconds(80);
 
 } // namespace
 
@@ -57,7 +57,7 @@ void TrickPlay::start_stepping(GstClockTime position, bool running)
     running_ = running;
     origin_ = position;
     origin_time_ = Clock::now();
-    last_step_ = origin_time_ - shortest_step;
+    last_step_ = origin_time_ - SHORTEST_STEP;
     shown_ = GST_CLOCK_TIME_NONE;
 }
 
@@ -94,7 +94,7 @@ std::optional<TrickPlay::Clock::time_point> TrickPlay::deadline() const
 {
     if (!stepping_ || !running_)
         return {};
-    Clock::time_point next = last_step_ + shortest_step;
+    Clock::time_point next = last_step_ + SHORTEST_STEP;
     if (GST_CLOCK_TIME_IS_VALID(shown_)) {
         // The key frame on screen is the right one until its own place has been passed.
         const GstClockTime ahead = origin_ > shown_ ? origin_ - shown_ : 0;

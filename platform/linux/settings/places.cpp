@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-const char *const kName = "ostrel-demo-player-tv";
+const char *const NAME = "ostrel-demo-player-tv";
 
 std::string environment(const char *name)
 {
@@ -94,7 +94,7 @@ std::string find_tv_conf()
     if (config_home.empty() && !home_dir().empty())
         config_home = home_dir() + "/.config";
     for (const std::string &base : {config_home, std::string("/etc")}) {
-        std::string path = base + "/" + kName + "/tv.conf";
+        std::string path = base + "/" + NAME + "/tv.conf";
         if (!base.empty() && exists(path))
             return path;
     }
@@ -108,7 +108,7 @@ std::string find_state_dir()
     std::string base = xdg_override("XDG_STATE_HOME");
     if (base.empty())
         base = home_dir().empty() ? "/var/lib" : home_dir() + "/.local/state";
-    return base + "/" + kName;
+    return base + "/" + NAME;
 }
 
 std::string find_runtime_dir()
@@ -116,9 +116,9 @@ std::string find_runtime_dir()
     if (std::string named = own_override("OSTREL_DEMO_RUNTIME_DIR"); !named.empty())
         return named;
     if (const std::string base = xdg_override("XDG_RUNTIME_DIR"); !base.empty())
-        return base + "/" + kName;
+        return base + "/" + NAME;
 
-    std::string path = std::string("/tmp/") + kName + "-" + std::to_string(getuid());
+    std::string path = std::string("/tmp/") + NAME + "-" + std::to_string(getuid());
     if (mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
         PLATFORM_LOGW("settings", "%s cannot be made: %s", path.c_str(), std::strerror(errno));
     } else if (is_private_dir(path)) {

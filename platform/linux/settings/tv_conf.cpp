@@ -22,8 +22,8 @@ namespace platform {
 
 namespace {
 
-constexpr size_t kLargestFile = size_t{1024} * 1024;
-constexpr double kLongestTurn_s = 600.0;
+constexpr size_t LARGEST_FILE = size_t{1024} * 1024;
+constexpr double LONGEST_TURN_S = 600.0;
 
 bool parse_bool(std::string_view text, bool &value)
 {
@@ -91,7 +91,7 @@ const std::map<std::string, Parser> &parsers()
          [](std::string_view value, Settings &s) { return parse_bool(value, s.rotator); }},
         {"panel/turning_time_s",
          [](std::string_view value, Settings &s) {
-             return parse_number(value, 0.0, kLongestTurn_s, s.turning_time_s);
+             return parse_number(value, 0.0, LONGEST_TURN_S, s.turning_time_s);
          }},
         {"panel/first_rotation_state",
          [](std::string_view value, Settings &s) {
@@ -149,7 +149,7 @@ class TvConfReader {
         const std::lock_guard<std::mutex> lock(switches);
         ini_use_stack = false;
         ini_allow_realloc = true;
-        ini_max_line = static_cast<int>(kLargestFile) + 3;
+        ini_max_line = static_cast<int>(LARGEST_FILE) + 3;
         ini_allow_multiline = false;
         const int bad_line = ini_parse_stream(next_line, this, on_value, this);
         if (bad_line > 0)
@@ -242,7 +242,7 @@ std::string read_file(const std::string &path, std::string &error)
         if (length <= 0)
             return text;
         text.append(piece, static_cast<size_t>(length));
-        if (text.size() > kLargestFile) {
+        if (text.size() > LARGEST_FILE) {
             error = "larger than 1 MiB";
             return {};
         }

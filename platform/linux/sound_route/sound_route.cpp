@@ -14,7 +14,7 @@ using platform::PulseClient;
 using platform::Settings;
 
 // The main loop waits for the sound server, so not for long.
-constexpr int kLongestWait_ms = 500;
+constexpr int LONGEST_WAIT_MS = 500;
 
 class SoundRoute {
   public:
@@ -77,7 +77,7 @@ class SoundRoute {
 
     std::unique_ptr<PulseClient> connect()
     {
-        std::unique_ptr<PulseClient> server = PulseClient::connect(kLongestWait_ms);
+        std::unique_ptr<PulseClient> server = PulseClient::connect(LONGEST_WAIT_MS);
         if (!server && answered_)
             PLATFORM_LOGW("sound_route", "no sound server answers; the routes cannot be switched");
         answered_ = server != nullptr;

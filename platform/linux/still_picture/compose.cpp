@@ -7,9 +7,9 @@ namespace platform {
 namespace {
 
 /** The unused byte is full, as the decoder leaves it: some readers take it for alpha. */
-constexpr uint32_t kBlack = 0xff000000;
+constexpr uint32_t BLACK = 0xff000000;
 /** Turned copies go in squares of this edge, so that both sides stay in the cache. */
-constexpr int kBlock = 32;
+constexpr int BLOCK = 32;
 
 uint32_t *row_of(PlaneBuffer &buffer, int y)
 {
@@ -33,8 +33,8 @@ void copy_transposed(const Image &image, const Turn &turn, PlaneBuffer &out, int
 {
     const Size size = turn.of(image.size); // as it will lie
     const auto copy_block = [&](int x_begin, int y_begin) {
-        const int x_end = std::min(x_begin + kBlock, size.width);
-        const int y_end = std::min(y_begin + kBlock, size.height);
+        const int x_end = std::min(x_begin + BLOCK, size.width);
+        const int y_end = std::min(y_begin + BLOCK, size.height);
         for (int y = y_begin; y < y_end; ++y) {
             uint32_t *to = row_of(out, top + y) + left;
             const int column = turn.mirror_y ? size.height - 1 - y : y;
@@ -42,8 +42,8 @@ void copy_transposed(const Image &image, const Turn &turn, PlaneBuffer &out, int
                 to[x] = image.row(turn.mirror_x ? size.width - 1 - x : x)[column];
         }
     };
-    for (int y = 0; y < size.height; y += kBlock) {
-        for (int x = 0; x < size.width; x += kBlock)
+    for (int y = 0; y < size.height; y += BLOCK) {
+        for (int x = 0; x < size.width; x += BLOCK)
             copy_block(x, y);
     }
 }
@@ -53,10 +53,10 @@ void draw_bars(PlaneBuffer &out, int left, int top, const Size &picture)
     for (int y = 0; y < out.height(); ++y) {
         uint32_t *row = row_of(out, y);
         if (y < top || y >= top + picture.height) {
-            std::fill_n(row, out.width(), kBlack);
+            std::fill_n(row, out.width(), BLACK);
         } else {
-            std::fill(row, row + left, kBlack);
-            std::fill(row + left + picture.width, row + out.width(), kBlack);
+            std::fill(row, row + left, BLACK);
+            std::fill(row + left + picture.width, row + out.width(), BLACK);
         }
     }
 }

@@ -12,24 +12,24 @@ struct ExifDeleter {
     void operator()(ExifData *data) const { exif_data_unref(data); }
 };
 
-constexpr int kUpright = 1;
+constexpr int UPRIGHT = 1;
 
 } // namespace
 
 int exif_orientation(const std::vector<uint8_t> &exif)
 {
     if (exif.empty())
-        return kUpright;
+        return UPRIGHT;
     const std::unique_ptr<ExifData, ExifDeleter> data(
         exif_data_new_from_data(exif.data(), static_cast<unsigned int>(exif.size())));
     if (!data)
-        return kUpright;
+        return UPRIGHT;
     // Only of the picture itself: the second directory tells how its thumbnail lies.
     const ExifEntry *entry = exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
     if (!entry || entry->format != EXIF_FORMAT_SHORT || entry->components < 1 || entry->size < 2)
-        return kUpright;
+        return UPRIGHT;
     const int value = exif_get_short(entry->data, exif_data_get_byte_order(data.get()));
-    return value >= 1 && value <= 8 ? value : kUpright;
+    return value >= 1 && value <= 8 ? value : UPRIGHT;
 }
 
 } // namespace platform

@@ -12,12 +12,12 @@ namespace platform {
 namespace {
 
 /** A progressive picture has to be in memory as a whole; one that needs more is not shown. */
-constexpr long kMostMemory = 512L * 1024 * 1024;
+constexpr long MOST_MEMORY = 512L * 1024 * 1024;
 /** A real progressive picture has about ten; thousands of empty ones would keep the set busy. */
-constexpr int kMostScans = 200;
-constexpr size_t kLongestSegment = 65533;
-constexpr uint8_t kEndOfImage[] = {0xff, JPEG_EOI};
-constexpr char kExifMark[] = {'E', 'x', 'i', 'f', 0, 0};
+constexpr int MOST_SCANS = 200;
+constexpr size_t LONGEST_SEGMENT = 65533;
+constexpr uint8_t END_OF_IMAGE[] = {0xff, JPEG_EOI};
+constexpr char EXIF_MARK[] = {'E', 'x', 'i', 'f', 0, 0};
 
 /** Oddities of a file whose pixels are all there. */
 bool is_harmless(int warning)
@@ -126,7 +126,7 @@ template <typename Step> bool JpegReader::guarded(const Step &step)
 
 bool JpegReader::open(const std::string &path)
 {
-    exif_.reserve(kLongestSegment);
+    exif_.reserve(LONGEST_SEGMENT);
     const int refusal = file_.open(path);
     if (refusal != 0) {
         snprintf(message_, sizeof message_, "%s", strerror(refusal));
@@ -137,7 +137,7 @@ bool JpegReader::open(const std::string &path)
         jpeg_create_decompress(&codec_);
         codec_.src = &source_;
         codec_.progress = &progress_;
-        codec_.mem->max_memory_to_use = kMostMemory;
+        codec_.mem->max_memory_to_use = MOST_MEMORY;
         jpeg_set_marker_processor(&codec_, JPEG_APP0 + 1, [](j_decompress_ptr codec) -> boolean {
             of(codec).take_exif();
             return TRUE;
@@ -177,8 +177,8 @@ bool JpegReader::next_piece()
     at_end_ = true;
     if (!header_read_ || codec_.arith_code || jpeg_has_multiple_scans(&codec_))
         give_up("Premature end of JPEG file");
-    source_.next_input_byte = kEndOfImage;
-    source_.bytes_in_buffer = sizeof kEndOfImage;
+    source_.next_input_byte = END_OF_IMAGE;
+    source_.bytes_in_buffer = sizeof END_OF_IMAGE;
     return true;
 }
 
@@ -194,13 +194,13 @@ void JpegReader::take_exif()
     unsigned int left = next_byte() << 8;
     left |= next_byte();
     left -= std::min(left, 2u);
-    if (!exif_.empty() || left < sizeof kExifMark) {
+    if (!exif_.empty() || left < sizeof EXIF_MARK) {
         source_.skip_input_data(&codec_, static_cast<long>(left));
         return;
     }
     for (; left > 0; --left)
         exif_.push_back(static_cast<uint8_t>(next_byte()));
-    if (memcmp(exif_.data(), kExifMark, sizeof kExifMark) != 0)
+    if (memcmp(exif_.data(), EXIF_MARK, sizeof EXIF_MARK) != 0)
         exif_.clear();
 }
 
@@ -208,7 +208,7 @@ void JpegReader::check_progress()
 {
     if (cancelled_)
         give_up("Cancelled");
-    if (codec_.input_scan_number > kMostScans)
+    if (codec_.input_scan_number > MOST_SCANS)
         give_up("Too many scans");
 }
 

@@ -11,7 +11,7 @@ namespace platform {
 namespace {
 
 /** A folder of broken pictures must not keep the set busy. */
-constexpr std::chrono::milliseconds kFailureDelay{200};
+constexpr std::chrono::milliseconds FAILURE_DELAY{200};
 
 StillPicture *made_last = nullptr;
 
@@ -136,7 +136,7 @@ void StillPicture::fail(pictrel_event_type_e type, pictrel_event_result_e result
         PLATFORM_LOGW("still picture", "%s: %s", path_.c_str(), reason);
     set_phase(Phase::failed);
     reader_.reset(); // the reason went with it
-    if (worker_.wait_until(asked + kFailureDelay))
+    if (worker_.wait_until(asked + FAILURE_DELAY))
         deliver(type, result);
 }
 

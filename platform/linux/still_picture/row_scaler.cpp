@@ -8,10 +8,10 @@ namespace platform {
 namespace {
 
 // Weights have 14 fractional bits, rows between the two passes 8: a sum fits into 32 bits.
-constexpr uint32_t kOne = 1 << 14;
-constexpr int kAcrossShift = 6;
-constexpr int kDownShift = 22;
-constexpr int kChannels = 4;
+constexpr uint32_t ONE = 1 << 14;
+constexpr int ACROSS_SHIFT = 6;
+constexpr int DOWN_SHIFT = 22;
+constexpr int CHANNELS = 4;
 
 } // namespace
 
@@ -61,13 +61,13 @@ void RowScaler::Axis::add(int first, const std::vector<double> &amounts)
     uint32_t given = 0;
     size_t largest = start;
     for (const double amount : amounts) {
-        weights.push_back(static_cast<uint32_t>(std::floor(amount / sum * kOne)));
+        weights.push_back(static_cast<uint32_t>(std::floor(amount / sum * ONE)));
         given += weights.back();
         if (weights.back() > weights[largest])
             largest = weights.size() - 1;
     }
     // What rounding has left over: a plain area must keep its exact colour.
-    weights[largest] += kOne - given;
+    weights[largest] += ONE - given;
     const int count = static_cast<int>(amounts.size());
     taps.push_back({first, count, start});
     most_taps = std::max(most_taps, count);
@@ -76,21 +76,21 @@ void RowScaler::Axis::add(int first, const std::vector<double> &amounts)
 RowScaler::RowScaler(const Size &from, Image &into)
     : from_(from), into_(into), copy_(from == into.size), across_(from.width, into.size.width),
       down_(from.height, into.size.height), kept_rows_(down_.most_taps),
-      kept_(copy_ ? 0 : static_cast<size_t>(kept_rows_) * into.size.width * kChannels),
-      sums_(copy_ ? 0 : static_cast<size_t>(into.size.width) * kChannels)
+      kept_(copy_ ? 0 : static_cast<size_t>(kept_rows_) * into.size.width * CHANNELS),
+      sums_(copy_ ? 0 : static_cast<size_t>(into.size.width) * CHANNELS)
 {
 }
 
 uint16_t *RowScaler::kept_row(int y)
 {
-    return kept_.data() + static_cast<size_t>(y % kept_rows_) * into_.size.width * kChannels;
+    return kept_.data() + static_cast<size_t>(y % kept_rows_) * into_.size.width * CHANNELS;
 }
 
 void RowScaler::push(const uint32_t *row)
 {
     if (copy_) {
         if (next_out_ < into_.size.height)
-            memcpy(into_.row(next_out_++), row, static_cast<size_t>(from_.width) * kChannels);
+            memcpy(into_.row(next_out_++), row, static_cast<size_t>(from_.width) * CHANNELS);
         return;
     }
     filter_across(row, kept_row(next_in_));
@@ -107,15 +107,15 @@ void RowScaler::filter_across(const uint32_t *row, uint16_t *out) const
 {
     const auto *bytes = reinterpret_cast<const uint8_t *>(row);
     for (const Axis::Taps &taps : across_.taps) {
-        const uint8_t *pixel = bytes + static_cast<size_t>(taps.first) * kChannels;
+        const uint8_t *pixel = bytes + static_cast<size_t>(taps.first) * CHANNELS;
         const uint32_t *weight = across_.weights.data() + taps.weight;
-        uint32_t sum[kChannels] = {};
-        for (int tap = 0; tap < taps.count; ++tap, pixel += kChannels) {
-            for (int channel = 0; channel < kChannels; ++channel)
+        uint32_t sum[CHANNELS] = {};
+        for (int tap = 0; tap < taps.count; ++tap, pixel += CHANNELS) {
+            for (int channel = 0; channel < CHANNELS; ++channel)
                 sum[channel] += weight[tap] * pixel[channel];
         }
-        for (int channel = 0; channel < kChannels; ++channel)
-            *out++ = static_cast<uint16_t>(sum[channel] >> kAcrossShift);
+        for (int channel = 0; channel < CHANNELS; ++channel)
+            *out++ = static_cast<uint16_t>(sum[channel] >> ACROSS_SHIFT);
     }
 }
 
@@ -123,7 +123,7 @@ void RowScaler::filter_down(const Axis::Taps &taps, uint32_t *out)
 {
     const size_t values = sums_.size();
     uint32_t *const sums = sums_.data();
-    std::fill(sums_.begin(), sums_.end(), 1u << (kDownShift - 1));
+    std::fill(sums_.begin(), sums_.end(), 1u << (DOWN_SHIFT - 1));
     for (int tap = 0; tap < taps.count; ++tap) {
         const uint32_t weight = down_.weights[taps.weight + static_cast<size_t>(tap)];
         const uint16_t *row = kept_row(taps.first + tap);
@@ -132,7 +132,7 @@ void RowScaler::filter_down(const Axis::Taps &taps, uint32_t *out)
     }
     auto *bytes = reinterpret_cast<uint8_t *>(out);
     for (size_t i = 0; i < values; ++i)
-        bytes[i] = static_cast<uint8_t>(sums[i] >> kDownShift);
+        bytes[i] = static_cast<uint8_t>(sums[i] >> DOWN_SHIFT);
 }
 
 Image RowScaler::scale(const Image &picture, const Size &to)

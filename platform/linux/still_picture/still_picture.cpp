@@ -10,9 +10,9 @@ using platform::VideoPlane;
 
 namespace {
 
-constexpr int kDone = 0;
-constexpr int kRefused = -1;
-constexpr int kTheDisplay = 1;
+constexpr int DONE = 0;
+constexpr int REFUSED = -1;
+constexpr int THE_DISPLAY = 1;
 
 StillPicture *of(_pictrel_s *picture)
 {
@@ -21,7 +21,7 @@ StillPicture *of(_pictrel_s *picture)
 
 int result(bool done)
 {
-    return done ? kDone : kRefused;
+    return done ? DONE : REFUSED;
 }
 
 } // namespace
@@ -30,16 +30,16 @@ int pictrel_init_display(Evas_Object *window)
 {
     std::shared_ptr<VideoPlane> plane = window ? VideoPlane::for_window(window) : nullptr;
     if (!plane)
-        return kRefused;
+        return REFUSED;
     PictureDisplay::get().use(std::move(plane));
-    return kDone;
+    return DONE;
 }
 
 int pictrel_destroy_display(int *display)
 {
     if (!display)
-        return kRefused;
-    const bool known = *display == kTheDisplay && PictureDisplay::get().plane();
+        return REFUSED;
+    const bool known = *display == THE_DISPLAY && PictureDisplay::get().plane();
     PictureDisplay::get().use(nullptr);
     *display = 0;
     return result(known);
@@ -48,34 +48,34 @@ int pictrel_destroy_display(int *display)
 int pictrel_create_from_url(const char *path, _pictrel_s **picture)
 {
     if (!picture)
-        return kRefused;
+        return REFUSED;
     *picture = nullptr;
     if (!path)
-        return kRefused;
+        return REFUSED;
     try {
         *picture = StillPicture::create(path);
     } catch (const std::bad_alloc &) {
-        return kRefused;
+        return REFUSED;
     }
-    return kDone;
+    return DONE;
 }
 
 int pictrel_destroy(_pictrel_s **picture)
 {
     if (!picture || !*picture)
-        return kRefused;
+        return REFUSED;
     of(*picture)->destroy();
     *picture = nullptr;
-    return kDone;
+    return DONE;
 }
 
 int pictrel_set_window(_pictrel_s *picture, int display)
 {
     const auto &plane = PictureDisplay::get().plane();
-    if (!picture || display != kTheDisplay || !plane)
-        return kRefused;
+    if (!picture || display != THE_DISPLAY || !plane)
+        return REFUSED;
     of(picture)->set_plane(plane);
-    return kDone;
+    return DONE;
 }
 
 int pictrel_set_geometry_size(_pictrel_s *picture, int geometry)
@@ -88,9 +88,9 @@ int pictrel_add_event_callback(_pictrel_s *picture, pictrel_event_type_e type,
 {
     if (!picture || !callback || type < PICTREL_EVENT_PARSE ||
         type > PICTREL_EVENT_RESOURCE_CONFLICT)
-        return kRefused;
+        return REFUSED;
     of(picture)->set_callback(type, callback, user_data);
-    return kDone;
+    return DONE;
 }
 
 int pictrel_parse(_pictrel_s *picture)
@@ -111,9 +111,9 @@ int pictrel_render(_pictrel_s *picture)
 int pictrel_set_mixer_render(_pictrel_s *picture, int on)
 {
     if (!picture || (on != 0 && on != 1))
-        return kRefused;
+        return REFUSED;
     of(picture)->set_mixer(on == 1);
-    return kDone;
+    return DONE;
 }
 
 int pictrel_rotate(_pictrel_s *picture, int degrees)

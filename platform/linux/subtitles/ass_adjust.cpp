@@ -9,14 +9,14 @@ namespace platform {
 
 namespace {
 
-constexpr double largest_scale_percent = 1000;
-constexpr double largest_border = 100;
+constexpr double LARGEST_SCALE_PERCENT = 1000;
+constexpr double LARGEST_BORDER = 100;
 
 // A space of no width: libass breaks a line here and shows nothing where it does not.
-constexpr char break_place[] = "{\\fscx0} {\\fscx}";
+constexpr char BREAK_PLACE[] = "{\\fscx0} {\\fscx}";
 
 /** Shorter runs than this fit on a line of a portrait panel. */
-constexpr int longest_unbroken = 12;
+constexpr int LONGEST_UNBROKEN = 12;
 
 struct Letter {
     char32_t code;
@@ -102,8 +102,8 @@ std::string with_break_places(const std::string &ass)
             unbroken = 0;
         const bool zero_width_space = letter.code == 0x200B;
         if (zero_width_space ||
-            (unbroken >= longest_unbroken / 2 && may_break_between(left, letter.code))) {
-            result += break_place;
+            (unbroken >= LONGEST_UNBROKEN / 2 && may_break_between(left, letter.code))) {
+            result += BREAK_PLACE;
             unbroken = 0;
         }
         if (!zero_width_space)
@@ -120,12 +120,12 @@ std::string with_bounded_sizes(const std::string &ass, double largest)
         const char *tag;
         bool is_size;
         double bound;
-    } tags[] = {{"\\fscx", false, largest_scale_percent},
-                {"\\fscy", false, largest_scale_percent},
+    } tags[] = {{"\\fscx", false, LARGEST_SCALE_PERCENT},
+                {"\\fscy", false, LARGEST_SCALE_PERCENT},
                 {"\\fs", true, 0},
-                {"\\bord", false, largest_border},
-                {"\\xbord", false, largest_border},
-                {"\\ybord", false, largest_border}};
+                {"\\bord", false, LARGEST_BORDER},
+                {"\\xbord", false, LARGEST_BORDER},
+                {"\\ybord", false, LARGEST_BORDER}};
 
     std::string result;
     for (size_t i = 0; i < ass.size();) {
@@ -157,9 +157,9 @@ void bound_style_sizes(ASS_Track &track, double largest)
     for (int i = 0; i < track.n_styles; ++i) {
         ASS_Style &style = track.styles[i];
         style.FontSize = std::clamp(style.FontSize, -largest, largest);
-        style.ScaleX = std::min(style.ScaleX, largest_scale_percent / 100);
-        style.ScaleY = std::min(style.ScaleY, largest_scale_percent / 100);
-        style.Outline = std::min(style.Outline, largest_border);
+        style.ScaleX = std::min(style.ScaleX, LARGEST_SCALE_PERCENT / 100);
+        style.ScaleY = std::min(style.ScaleY, LARGEST_SCALE_PERCENT / 100);
+        style.Outline = std::min(style.Outline, LARGEST_BORDER);
     }
 }
 

@@ -13,17 +13,17 @@ namespace platform {
 
 namespace {
 
-constexpr int last_logged_level = 4; // libass counts from 0, fatal, to 7; 4 is information
-constexpr int glyph_cache_count = 2000;
-constexpr int bitmap_cache_megabytes = 32;
+constexpr int LAST_LOGGED_LEVEL = 4; // libass counts from 0, fatal, to 7; 4 is information
+constexpr int GLYPH_CACHE_COUNT = 2000;
+constexpr int BITMAP_CACHE_MEGABYTES = 32;
 
 // What a script's coordinates count in when it does not say.
-constexpr int default_width = 384;
-constexpr int default_height = 288;
+constexpr int DEFAULT_WIDTH = 384;
+constexpr int DEFAULT_HEIGHT = 288;
 
 void route_ass_log(int level, const char *format, va_list arguments, void *)
 {
-    if (level > last_logged_level)
+    if (level > LAST_LOGGED_LEVEL)
         return;
     char line[512];
     std::vsnprintf(line, sizeof line, format, arguments);
@@ -48,7 +48,7 @@ bool AssPainter::start(const AssScript &script, const StopRequest &stop)
     track_.reset(ass_new_track(library_.get()));
     if (!renderer_ || !track_)
         return false;
-    ass_set_cache_limits(renderer_.get(), glyph_cache_count, bitmap_cache_megabytes);
+    ass_set_cache_limits(renderer_.get(), GLYPH_CACHE_COUNT, BITMAP_CACHE_MEGABYTES);
     ass_set_fonts(renderer_.get(), nullptr, "sans-serif", ASS_FONTPROVIDER_AUTODETECT, nullptr, 1);
 
     own_styles_ = script.own_styles;
@@ -59,7 +59,7 @@ bool AssPainter::start(const AssScript &script, const StopRequest &stop)
     // for players without that.
     if (!own_styles_)
         ass_track_set_feature(track_.get(), ASS_FEATURE_BIDI_BRACKETS, 1);
-    const double largest_size = 2.0 * (track_->PlayResY > 0 ? track_->PlayResY : default_height);
+    const double largest_size = 2.0 * (track_->PlayResY > 0 ? track_->PlayResY : DEFAULT_HEIGHT);
     bound_style_sizes(*track_, largest_size);
 
     for (const AssEvent &event : script.events) {
@@ -119,9 +119,9 @@ void AssPainter::fit_to(int upright_width, int upright_height)
 void AssPainter::fit_plain_style(int upright_width, int upright_height)
 {
     // With coordinates of the picture's own shape the outline is as thick across as it is high.
-    track_->PlayResY = default_height;
+    track_->PlayResY = DEFAULT_HEIGHT;
     track_->PlayResX =
-        std::max(1, static_cast<int>(int64_t{default_height} * upright_width / upright_height));
+        std::max(1, static_cast<int>(int64_t{DEFAULT_HEIGHT} * upright_width / upright_height));
     const double line = std::min(upright_width, upright_height) / 14.0;
     const double unit_y = static_cast<double>(upright_height) / track_->PlayResY;
     for (int i = 0; i < track_->n_styles; ++i) {
@@ -140,8 +140,8 @@ void AssPainter::fit_plain_style(int upright_width, int upright_height)
  */
 void AssPainter::fit_margins(int upright_width, int upright_height)
 {
-    const int script_width = track_->PlayResX > 0 ? track_->PlayResX : default_width;
-    const int script_height = track_->PlayResY > 0 ? track_->PlayResY : default_height;
+    const int script_width = track_->PlayResX > 0 ? track_->PlayResX : DEFAULT_WIDTH;
+    const int script_height = track_->PlayResY > 0 ? track_->PlayResY : DEFAULT_HEIGHT;
     int margin = 0;
     if (upright_height > upright_width && script_width > script_height) {
         const auto picture_height =

@@ -21,23 +21,23 @@ namespace platform {
 
 namespace {
 
-constexpr int64_t default_duration_ms = 5000; // of a last text without an end
-constexpr int64_t latest_ms = int64_t{48} * 3600 * 1000;
+constexpr int64_t DEFAULT_DURATION_MS = 5000; // of a last text without an end
+constexpr int64_t LATEST_MS = int64_t{48} * 3600 * 1000;
 
 // A demo folder is filled by strangers: these bounds keep a file from stalling the picture.
-constexpr size_t most_events = 100000;
-constexpr size_t longest_plain = size_t{4} * 1024;
-constexpr size_t longest_styled = size_t{64} * 1024;
-constexpr size_t most_at_once_plain = 8;
-constexpr size_t most_at_once_styled = 256;
+constexpr size_t MOST_EVENTS = 100000;
+constexpr size_t LONGEST_PLAIN = size_t{4} * 1024;
+constexpr size_t LONGEST_STYLED = size_t{64} * 1024;
+constexpr size_t MOST_AT_ONCE_PLAIN = 8;
+constexpr size_t MOST_AT_ONCE_STYLED = 256;
 
 // libass goes through all that is up for every frame, and the worst of tags cost it some five
 // microseconds a byte: this much is a third of a second, and a frame being drawn cannot be stopped.
-constexpr size_t most_bytes_at_once = longest_styled;
+constexpr size_t MOST_BYTES_AT_ONCE = LONGEST_STYLED;
 
 // Our own, because the converters' style is small and thin on a large screen; the painter adapts
 // sizes to the picture. The coordinates are those in which SubRip's positions are counted.
-constexpr char plain_header[] =
+constexpr char PLAIN_HEADER[] =
     "[Script Info]\n"
     "ScriptType: v4.00+\n"
     "PlayResX: 384\n"
@@ -56,7 +56,7 @@ constexpr char plain_header[] =
 
 /** Lines that libav may still log in this thread; damaged files have a complaint for every line. */
 thread_local int libav_lines_left = 0;
-constexpr int libav_lines_per_file = 3;
+constexpr int LIBAV_LINES_PER_FILE = 3;
 
 void route_libav_log(void *source, int level, const char *format, va_list arguments)
 {
@@ -75,10 +75,10 @@ class MemoryStream {
   public:
     MemoryStream(const std::string &text, const StopRequest &stop) : text_(text), stop_(stop)
     {
-        constexpr int size = 32 * 1024;
-        auto *buffer = static_cast<unsigned char *>(av_malloc(size));
+        constexpr int SIZE = 32 * 1024;
+        auto *buffer = static_cast<unsigned char *>(av_malloc(SIZE));
         context_ =
-            buffer ? avio_alloc_context(buffer, size, 0, this, &read, nullptr, &seek) : nullptr;
+            buffer ? avio_alloc_context(buffer, SIZE, 0, this, &read, nullptr, &seek) : nullptr;
         if (!context_)
             av_free(buffer);
     }
@@ -257,8 +257,8 @@ AssScript read_with_libav(const std::string &text, const std::string &reader,
     if (script.own_styles && codec->subtitle_header)
         script.header.assign(reinterpret_cast<const char *>(codec->subtitle_header),
                              static_cast<size_t>(codec->subtitle_header_size));
-    const auto longest = static_cast<int>(script.own_styles ? longest_styled : longest_plain);
-    while (script.events.size() < most_events && !is_stopped(stop) &&
+    const auto longest = static_cast<int>(script.own_styles ? LONGEST_STYLED : LONGEST_PLAIN);
+    while (script.events.size() < MOST_EVENTS && !is_stopped(stop) &&
            av_read_frame(format.get(), packet.get()) >= 0) {
         if (packet->size <= longest && packet->pts != AV_NOPTS_VALUE)
             decode_packet(codec.get(), packet.get(), stream, script);
@@ -272,9 +272,9 @@ AssScript read_natively(const std::string &text, const std::string &reader)
     AssScript script;
     script.format = reader;
     for (const PlainCue &cue : reader == "ttxt" ? read_ttxt(text) : read_powerdivx(text)) {
-        if (script.events.size() >= most_events)
+        if (script.events.size() >= MOST_EVENTS)
             break;
-        if (cue.text.size() <= longest_plain)
+        if (cue.text.size() <= LONGEST_PLAIN)
             script.events.push_back({cue.start_ms, cue.duration_ms,
                                      std::to_string(script.events.size()) + ",0,Default,,0,0,0,," +
                                          plain_to_ass(cue.text)});
@@ -290,14 +290,14 @@ void close_open_ends(std::vector<AssEvent> &events)
             continue;
         const bool last = i + 1 == events.size();
         events[i].duration_ms =
-            last ? default_duration_ms : events[i + 1].start_ms - events[i].start_ms;
+            last ? DEFAULT_DURATION_MS : events[i + 1].start_ms - events[i].start_ms;
     }
 }
 
 bool is_shown(const AssEvent &event, bool own_styles)
 {
-    if (event.start_ms < 0 || event.start_ms > latest_ms || event.duration_ms <= 0 ||
-        event.duration_ms > latest_ms)
+    if (event.start_ms < 0 || event.start_ms > LATEST_MS || event.duration_ms <= 0 ||
+        event.duration_ms > LATEST_MS)
         return false;
     // A drawing is worth showing too, but only a script with styles can hold one.
     return own_styles ? !event.text().empty() : !ass_to_plain(event.text()).empty();
@@ -306,7 +306,7 @@ bool is_shown(const AssEvent &event, bool own_styles)
 /** Drops events that would come on top of too many others at the same time. */
 void thin_out(AssScript &script)
 {
-    const size_t most = script.own_styles ? most_at_once_styled : most_at_once_plain;
+    const size_t most = script.own_styles ? MOST_AT_ONCE_STYLED : MOST_AT_ONCE_PLAIN;
     using EndAndSize = std::pair<int64_t, size_t>;
     std::priority_queue<EndAndSize, std::vector<EndAndSize>, std::greater<>> up;
     size_t bytes = 0; // of all that are up
@@ -316,7 +316,7 @@ void thin_out(AssScript &script)
             up.pop();
         }
         const size_t size = event.chunk.size();
-        if (up.size() >= most || (!up.empty() && bytes + size > most_bytes_at_once))
+        if (up.size() >= most || (!up.empty() && bytes + size > MOST_BYTES_AT_ONCE))
             return true;
         up.emplace(event.start_ms + event.duration_ms, size);
         bytes += size;
@@ -344,7 +344,7 @@ void tidy(AssScript &script)
         events.end());
     thin_out(script);
     if (!own_styles)
-        script.header = plain_header;
+        script.header = PLAIN_HEADER;
 }
 
 /** The place where the given field of a chunk begins, or its end. */
@@ -378,14 +378,14 @@ std::optional<AssScript> read_script(const std::string &text, const std::string 
 {
     static std::once_flag log_routed;
     std::call_once(log_routed, [] { av_log_set_callback(&route_libav_log); });
-    libav_lines_left = libav_lines_per_file;
+    libav_lines_left = LIBAV_LINES_PER_FILE;
 
     for (const std::string &reader : candidates(text, extension)) {
         const bool native = reader == "ttxt" || reader == "powerdivx";
         AssScript script =
             native ? read_natively(text, reader) : read_with_libav(text, reader, stop);
         if (is_stopped(stop)) {
-            error = load_stopped;
+            error = LOAD_STOPPED;
             return std::nullopt;
         }
         tidy(script);

@@ -10,11 +10,11 @@ namespace {
 /** All four channels of a colour times factor / 255, rounded. */
 uint32_t scaled(uint32_t colour, uint32_t factor)
 {
-    constexpr uint32_t mask = 0x00FF00FF;
-    uint32_t even = (colour & mask) * factor + 0x00800080;
-    uint32_t odd = ((colour >> 8) & mask) * factor + 0x00800080;
-    even = ((even + ((even >> 8) & mask)) >> 8) & mask;
-    odd = (odd + ((odd >> 8) & mask)) & ~mask;
+    constexpr uint32_t MASK = 0x00FF00FF;
+    uint32_t even = (colour & MASK) * factor + 0x00800080;
+    uint32_t odd = ((colour >> 8) & MASK) * factor + 0x00800080;
+    even = ((even + ((even >> 8) & MASK)) >> 8) & MASK;
+    odd = (odd + ((odd >> 8) & MASK)) & ~MASK;
     return even | odd;
 }
 

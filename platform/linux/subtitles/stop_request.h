@@ -12,7 +12,7 @@ namespace platform {
 using StopRequest = std::function<bool()>;
 
 /** What a load that was ended tells as its error. */
-constexpr char load_stopped[] = "It was closed before it was read.";
+constexpr char LOAD_STOPPED[] = "It was closed before it was read.";
 
 inline bool is_stopped(const StopRequest &request)
 {

@@ -53,7 +53,7 @@ std::optional<std::string> read_subtitle_file(const std::string &path, std::stri
     char block[64 * 1024];
     for (;;) {
         if (is_stopped(stop)) {
-            error = load_stopped;
+            error = LOAD_STOPPED;
             return std::nullopt;
         }
         const ssize_t count = read(file.get(), block, sizeof block);
@@ -65,7 +65,7 @@ std::optional<std::string> read_subtitle_file(const std::string &path, std::stri
         }
         if (count == 0)
             break;
-        if (content.size() + static_cast<size_t>(count) > max_subtitle_file_size) {
+        if (content.size() + static_cast<size_t>(count) > MAX_SUBTITLE_FILE_SIZE) {
             error = "The file is larger than any subtitle (over 16 MiB).";
             return std::nullopt;
         }

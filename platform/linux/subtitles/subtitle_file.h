@@ -13,7 +13,7 @@
 namespace platform {
 
 /** The largest subtitle file that is read, in bytes. Real ones have some hundred kilobytes. */
-constexpr size_t max_subtitle_file_size = 16u << 20;
+constexpr size_t MAX_SUBTITLE_FILE_SIZE = 16u << 20;
 
 /**
  * Reads a regular file. Any thread; blocks for the disk only.

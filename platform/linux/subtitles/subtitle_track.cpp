@@ -14,7 +14,7 @@ namespace platform {
 
 namespace {
 
-constexpr int largest_side = 16384;
+constexpr int LARGEST_SIDE = 16384;
 
 class AssSubtitleTrack final : public SubtitleTrack {
   public:
@@ -36,7 +36,7 @@ class AssSubtitleTrack final : public SubtitleTrack {
     {
         const bool good_turn = degrees == 0 || degrees == 90 || degrees == 180 || degrees == 270;
         const bool good_size =
-            width > 0 && height > 0 && width <= largest_side && height <= largest_side;
+            width > 0 && height > 0 && width <= LARGEST_SIDE && height <= LARGEST_SIDE;
         if (!pixels || !good_turn || !good_size || stride < width * 4)
             return false;
         const Overlay &overlay = painter_->overlay_at(position_ms, width, height, degrees);
@@ -84,7 +84,7 @@ std::unique_ptr<SubtitleTrack> SubtitleTrack::load(const std::string &path, std:
         return nullptr;
     auto painter = AssPainter::create(*script, stop);
     if (!painter) {
-        error = is_stopped(stop) ? load_stopped : "The subtitle renderer cannot be started.";
+        error = is_stopped(stop) ? LOAD_STOPPED : "The subtitle renderer cannot be started.";
         return nullptr;
     }
     PLATFORM_LOGI("subtitles", "%zu texts read, format %s, encoding %s", script->events.size(),

@@ -13,7 +13,7 @@ namespace platform {
 
 namespace {
 
-constexpr char replacement_character[] = "\xEF\xBF\xBD";
+constexpr char REPLACEMENT_CHARACTER[] = "\xEF\xBF\xBD";
 
 struct DetectorDeleter {
     void operator()(uchardet_t detector) const { uchardet_delete(detector); }
@@ -88,7 +88,7 @@ std::string replace_bad_utf8(const std::string &text)
     for (size_t i = 0; i < text.size();) {
         const size_t length = utf8_sequence(text, i);
         if (length == 0)
-            result += replacement_character;
+            result += REPLACEMENT_CHARACTER;
         else
             result.append(text, i, length);
         i += std::max<size_t>(length, 1);
@@ -198,7 +198,7 @@ std::string convert(const std::string &bytes, size_t from, const std::string &en
             continue;
         if (reason != EILSEQ || left < unit)
             break; // a file cut in the middle of a character
-        result += replacement_character;
+        result += REPLACEMENT_CHARACTER;
         input += unit;
         left -= unit;
     }
@@ -219,7 +219,7 @@ bool looks_binary(const std::string &text)
 /** Also shortens long gaps: no format counts empty lines, and a file of nothing else is slow. */
 std::string unify_line_ends(const std::string &text)
 {
-    constexpr int most_in_a_row = 3;
+    constexpr int MOST_IN_A_ROW = 3;
     std::string result;
     result.reserve(text.size());
     int in_a_row = 0;
@@ -228,7 +228,7 @@ std::string unify_line_ends(const std::string &text)
         if (carriage_return && i + 1 < text.size() && text[i + 1] == '\n')
             ++i;
         if (carriage_return || text[i] == '\n') {
-            if (++in_a_row <= most_in_a_row)
+            if (++in_a_row <= MOST_IN_A_ROW)
                 result += '\n';
         } else if (text[i] != '\0') {
             in_a_row = 0;

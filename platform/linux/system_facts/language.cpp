@@ -60,11 +60,11 @@ bool set_language(const std::string &name)
 
 bool is_right_to_left(const std::string &name)
 {
-    static constexpr std::array<std::string_view, 14> languages = {
+    static constexpr std::array<std::string_view, 14> LANGUAGES = {
         "ar", "ckb", "dv", "fa", "he", "iw", "ks", "nqo", "ps", "sd", "syr", "ug", "ur", "yi"};
     const std::string_view language_part =
         std::string_view(name).substr(0, name.find_first_of("_.@"));
-    return std::find(languages.begin(), languages.end(), language_part) != languages.end();
+    return std::find(LANGUAGES.begin(), LANGUAGES.end(), language_part) != LANGUAGES.end();
 }
 
 } // namespace platform

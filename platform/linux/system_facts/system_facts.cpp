@@ -8,13 +8,13 @@
 
 namespace {
 
-const char *const kDisclaimerFeature = "com.norvane/featureconf/ostrel_demo_player.show_disclaimer";
+const char *const DISCLAIMER_FEATURE = "com.norvane/featureconf/ostrel_demo_player.show_disclaimer";
 
 } // namespace
 
 int system_info_get_custom_bool(const char *key, bool *value)
 {
-    if (key == nullptr || value == nullptr || std::strcmp(key, kDisclaimerFeature) != 0)
+    if (key == nullptr || value == nullptr || std::strcmp(key, DISCLAIMER_FEATURE) != 0)
         return -1;
     *value = platform::Settings::get().disclaimer;
     return 0;

@@ -10,7 +10,7 @@ namespace platform {
 
 namespace {
 
-constexpr const char *kDataKey = "platform-video-plane";
+constexpr const char *DATA_KEY = "platform-video-plane";
 
 std::weak_ptr<VideoPlane> &latest()
 {
@@ -54,7 +54,7 @@ void follow_the_panel()
 void on_window_deleted(void *data, Evas *, Evas_Object *window, void *)
 {
     const std::unique_ptr<Attachment> attachment(static_cast<Attachment *>(data));
-    evas_object_data_del(window, kDataKey);
+    evas_object_data_del(window, DATA_KEY);
     attachment->plane->close();
 }
 
@@ -64,7 +64,7 @@ std::shared_ptr<VideoPlane> VideoPlane::for_window(Evas_Object *window)
 {
     if (!window)
         return nullptr;
-    if (auto *known = static_cast<Attachment *>(evas_object_data_get(window, kDataKey)))
+    if (auto *known = static_cast<Attachment *>(evas_object_data_get(window, DATA_KEY)))
         return known->plane;
 
     auto plane = WaylandPlane::create(window, size_for(window));
@@ -73,7 +73,7 @@ std::shared_ptr<VideoPlane> VideoPlane::for_window(Evas_Object *window)
     follow_the_panel();
 
     auto attachment = std::make_unique<Attachment>(Attachment{plane});
-    evas_object_data_set(window, kDataKey, attachment.get());
+    evas_object_data_set(window, DATA_KEY, attachment.get());
     evas_object_event_callback_add(window, EVAS_CALLBACK_DEL, on_window_deleted,
                                    attachment.release());
     latest() = plane;

@@ -21,16 +21,16 @@ namespace platform {
 namespace {
 
 /** Buffers kept for the next frames; making one costs milliseconds. */
-constexpr size_t kKeptBuffers = 6;
+constexpr size_t KEPT_BUFFERS = 6;
 /** Buffers at most, so that a compositor that gives none back cannot eat the memory. */
-constexpr size_t kMostBuffers = 16;
+constexpr size_t MOST_BUFFERS = 16;
 /** Buffers made ahead of the first frame. */
-constexpr int kFirstBuffers = 3;
+constexpr int FIRST_BUFFERS = 3;
 /**
  * How long the main loop waits for the plane's thread. Told to stop it ends at once, but for the
  * case that it waits for the main loop itself: then this is a hitch, and the rest is done later.
  */
-constexpr auto kLongestWaitForThread = std::chrono::milliseconds(200);
+constexpr auto LONGEST_WAIT_FOR_THREAD = std::chrono::milliseconds(200);
 
 std::shared_ptr<WaylandPlane> refuse(const char *reason)
 {
@@ -73,8 +73,8 @@ void WaylandPlane::Waker::drain() const
 WaylandPlane::WaylandPlane(wl_display *display) : display_(display)
 {
     // A frame on its way to the screen must not have to allocate.
-    living_.reserve(kMostBuffers);
-    spare_.reserve(kKeptBuffers);
+    living_.reserve(MOST_BUFFERS);
+    spare_.reserve(KEPT_BUFFERS);
 }
 
 std::shared_ptr<WaylandPlane> WaylandPlane::create(Evas_Object *window, const PlaneSize &size)
@@ -227,7 +227,7 @@ PlaneBufferPtr WaylandPlane::acquire()
     };
     {
         std::unique_lock<std::mutex> lock(mutex_);
-        if (closed_ || (spare_.empty() && living_.size() >= kMostBuffers))
+        if (closed_ || (spare_.empty() && living_.size() >= MOST_BUFFERS))
             return nullptr;
         if (!spare_.empty()) {
             auto buffer = std::move(spare_.back()); // the last one used is the warmest
@@ -241,7 +241,7 @@ PlaneBufferPtr WaylandPlane::acquire()
         return nullptr;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
-        if (closed_ || living_.size() >= kMostBuffers || !buffer->share(shm_.get()))
+        if (closed_ || living_.size() >= MOST_BUFFERS || !buffer->share(shm_.get()))
             return nullptr;
         static const wl_buffer_listener listener = {on_release};
         wl_buffer_add_listener(buffer->handle.get(), &listener, this);
@@ -306,7 +306,7 @@ PlaneBufferPtr WaylandPlane::copy_of(ShmBuffer *buffer)
 void WaylandPlane::give_back(std::unique_ptr<ShmBuffer> buffer)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (!closed_ && spare_.size() < kKeptBuffers && has_size(*buffer)) {
+    if (!closed_ && spare_.size() < KEPT_BUFFERS && has_size(*buffer)) {
         spare_.push_back(std::move(buffer));
         return;
     }
@@ -331,8 +331,8 @@ void WaylandPlane::dispatch()
 {
     {
         std::vector<PlaneBufferPtr> first;
-        first.reserve(kFirstBuffers);
-        for (int i = 0; i < kFirstBuffers; ++i)
+        first.reserve(FIRST_BUFFERS);
+        for (int i = 0; i < FIRST_BUFFERS; ++i)
             first.push_back(acquire());
     }
     while (!stopping_ && dispatch_once()) {
@@ -399,7 +399,7 @@ void WaylandPlane::close()
     waker_.wake();
     std::unique_lock<std::mutex> lock(mutex_);
     const bool ended =
-        thread_end_.wait_for(lock, kLongestWaitForThread, [this] { return thread_ended_; });
+        thread_end_.wait_for(lock, LONGEST_WAIT_FOR_THREAD, [this] { return thread_ended_; });
     lock.unlock();
     if (ended || !finish_later()) {
         thread_.join();

@@ -9,7 +9,7 @@
 namespace platform {
 namespace {
 
-constexpr const char *layout_key = "velt.layout";
+constexpr const char *LAYOUT_KEY = "velt.layout";
 
 std::unordered_map<const Evas_Object *, Placement> &placements()
 {
@@ -52,7 +52,7 @@ Evas_Object *FreeLayout::create(Evas_Object *parent)
     if (!box)
         return nullptr;
     auto *layout = new FreeLayout(box);
-    evas_object_data_set(box, layout_key, layout);
+    evas_object_data_set(box, LAYOUT_KEY, layout);
     elm_box_layout_set(box, on_place, layout, nullptr);
     evas_object_event_callback_add(box, EVAS_CALLBACK_SHOW, on_show, layout);
     evas_object_event_callback_add(box, EVAS_CALLBACK_HIDE, on_hide, layout);
@@ -62,7 +62,7 @@ Evas_Object *FreeLayout::create(Evas_Object *parent)
 
 FreeLayout *FreeLayout::of(const Evas_Object *object)
 {
-    return static_cast<FreeLayout *>(evas_object_data_get(object, layout_key));
+    return static_cast<FreeLayout *>(evas_object_data_get(object, LAYOUT_KEY));
 }
 
 void FreeLayout::append(Evas_Object *item, int width, int height)
@@ -146,7 +146,7 @@ void FreeLayout::on_hide(void *data, Evas *, Evas_Object *, void *)
 void FreeLayout::on_deleted(void *data, Evas *, Evas_Object *object, void *)
 {
     auto *self = static_cast<FreeLayout *>(data);
-    evas_object_data_del(object, layout_key);
+    evas_object_data_del(object, LAYOUT_KEY);
     elm_box_layout_set(object, nullptr, nullptr, nullptr);
     delete self;
 }

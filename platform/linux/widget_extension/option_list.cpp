@@ -10,8 +10,8 @@
 namespace platform {
 namespace {
 
-constexpr const char *list_key = "velt.list";
-constexpr const char *signal_source = "velt";
+constexpr const char *LIST_KEY = "velt.list";
+constexpr const char *SIGNAL_SOURCE = "velt";
 
 /** What the genlist keeps for a row: the caller's class and data, and how the text reads. */
 struct Row {
@@ -66,7 +66,7 @@ Evas_Object *OptionList::create(Evas_Object *parent)
     if (!genlist)
         return nullptr;
     auto *list = new OptionList(genlist);
-    evas_object_data_set(genlist, list_key, list);
+    evas_object_data_set(genlist, LIST_KEY, list);
     WidgetManager::get().adopt(genlist, "velt");
     // Rows of one class are equally high, so that a thousand of them need not be measured.
     elm_genlist_homogeneous_set(genlist, EINA_TRUE);
@@ -83,7 +83,7 @@ Evas_Object *OptionList::create(Evas_Object *parent)
 
 OptionList *OptionList::of(const Evas_Object *object)
 {
-    return static_cast<OptionList *>(evas_object_data_get(object, list_key));
+    return static_cast<OptionList *>(evas_object_data_get(object, LIST_KEY));
 }
 
 OptionList::~OptionList()
@@ -153,7 +153,7 @@ void OptionList::show_state(Elm_Object_Item *item) const
     const bool focused = has_focus_ && elm_object_focused_item_get(genlist_) == item;
     const bool mirrored = elm_object_mirrored_get(genlist_);
     const auto tell = [item](const char *signal) {
-        elm_object_item_signal_emit(item, signal, signal_source);
+        elm_object_item_signal_emit(item, signal, SIGNAL_SOURCE);
     };
     tell(row->right_to_left == mirrored ? "velt,text,along" : "velt,text,against");
     tell(marks_option_ ? "velt,option,on" : "velt,option,off");
@@ -182,7 +182,7 @@ void OptionList::on_item_focused(void *data, Evas_Object *, void *item)
 void OptionList::on_item_unfocused(void *, Evas_Object *, void *item)
 {
     elm_object_item_signal_emit(static_cast<Elm_Object_Item *>(item), "velt,state,unfocused",
-                                signal_source);
+                                SIGNAL_SOURCE);
 }
 
 void OptionList::on_focused(void *data, Evas_Object *, void *)
@@ -203,7 +203,7 @@ void OptionList::on_deleted(void *data, Evas *, Evas_Object *object, void *)
     evas_object_smart_callback_del_full(object, "item,unfocused", on_item_unfocused, self);
     evas_object_smart_callback_del_full(object, "focused", on_focused, self);
     evas_object_smart_callback_del_full(object, "unfocused", on_unfocused, self);
-    evas_object_data_del(object, list_key);
+    evas_object_data_del(object, LIST_KEY);
     delete self;
 }
 

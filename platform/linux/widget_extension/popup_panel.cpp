@@ -11,10 +11,10 @@
 namespace platform {
 namespace {
 
-constexpr int button_slots = 3;
-constexpr short popup_layer = 100;
+constexpr int BUTTON_SLOTS = 3;
+constexpr short POPUP_LAYER = 100;
 /** Layout units of the longest line in a toast. */
-constexpr double toast_line_units = 108.0;
+constexpr double TOAST_LINE_UNITS = 108.0;
 
 /** Shows or hides what is in the popup along with it: a list learns here that it came on screen. */
 void set_content_visible(Evas_Object *popup, bool visible)
@@ -48,7 +48,7 @@ Size room_of_text(Evas_Object *layout)
     const auto *text = edje_object_part_object_get(elm_layout_edje_get(layout), "elm.text");
     if (!text)
         return room;
-    const int longest = WidgetManager::get().pixels(toast_line_units);
+    const int longest = WidgetManager::get().pixels(TOAST_LINE_UNITS);
     int line = 0;
     evas_object_textblock_size_native_get(text, &room.width, &line);
     const bool fits = room.width <= longest;
@@ -68,7 +68,7 @@ Evas_Object *create_popup(Evas_Object *window)
     WidgetManager::get().adopt(popup);
     elm_popup_allow_events_set(popup, EINA_TRUE);
     // Above overlays, also those that the window gets while the popup is open.
-    evas_object_layer_set(popup, popup_layer);
+    evas_object_layer_set(popup, POPUP_LAYER);
     evas_object_event_callback_add(popup, EVAS_CALLBACK_SHOW, on_popup_shown, nullptr);
     evas_object_event_callback_add(popup, EVAS_CALLBACK_HIDE, on_popup_hidden, nullptr);
     set_popup_style(popup, PopupStyle::panel);
@@ -97,7 +97,7 @@ void set_popup_content(Evas_Object *popup, Evas_Object *content, int width, int 
 
 bool set_popup_button(Evas_Object *popup, Evas_Object *button, int slot)
 {
-    if (slot < 0 || slot >= button_slots)
+    if (slot < 0 || slot >= BUTTON_SLOTS)
         return false;
     WidgetManager::get().outlive_container(button);
     const std::string part = "button" + std::to_string(slot + 1);

@@ -15,12 +15,12 @@ namespace platform {
 namespace {
 
 /** The window's first frame is followed by the start of the film, which nothing shall hold up. */
-constexpr double busy_seconds = 1.0;
+constexpr double BUSY_SECONDS = 1.0;
 /** Room for a popup with its shadow, in layout units. */
-constexpr double stage_width_units = 140.0;
-constexpr double stage_height_units = 110.0;
-constexpr double list_width_units = 120.0;
-constexpr double list_height_units = 55.0;
+constexpr double STAGE_WIDTH_UNITS = 140.0;
+constexpr double STAGE_HEIGHT_UNITS = 110.0;
+constexpr double LIST_WIDTH_UNITS = 120.0;
+constexpr double LIST_HEIGHT_UNITS = 55.0;
 
 /** The letters of the language in force, as far as the names of days and months hold them. */
 std::string local_letters(nl_item first, int count)
@@ -105,7 +105,7 @@ void Rehearsal::wait()
 {
     stop();
     done_ = false;
-    timer_.reset(ecore_timer_add(busy_seconds, on_time, this));
+    timer_.reset(ecore_timer_add(BUSY_SECONDS, on_time, this));
 }
 
 bool Rehearsal::step()
@@ -143,8 +143,8 @@ bool Rehearsal::open_stage()
     WidgetManager &manager = WidgetManager::get();
     // Not a window inside the player's: drawing that one from outside its parent's turn leaves the
     // parent waiting for a frame that never comes.
-    canvas_.reset(ecore_evas_buffer_new(manager.pixels(stage_width_units),
-                                        manager.pixels(stage_height_units)));
+    canvas_.reset(ecore_evas_buffer_new(manager.pixels(STAGE_WIDTH_UNITS),
+                                        manager.pixels(STAGE_HEIGHT_UNITS)));
     stage_.reset(canvas_ ? elm_win_fake_add(canvas_.get()) : nullptr);
     if (!stage_)
         return false;
@@ -159,8 +159,8 @@ bool Rehearsal::open_stage()
 void Rehearsal::put_on_popup()
 {
     WidgetManager &manager = WidgetManager::get();
-    const int width = manager.pixels(list_width_units);
-    const int height = manager.pixels(list_height_units);
+    const int width = manager.pixels(LIST_WIDTH_UNITS);
+    const int height = manager.pixels(LIST_HEIGHT_UNITS);
     popup_ = create_popup(stage_.get());
     Evas_Object *layout = elm_velt_layout_add(popup_);
     list_ = make_list(layout);

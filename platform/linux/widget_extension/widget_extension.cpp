@@ -14,8 +14,8 @@ using namespace platform;
 
 namespace {
 
-constexpr int free_layout_type = 1;
-constexpr int content_first_focus = 5;
+constexpr int FREE_LAYOUT_TYPE = 1;
+constexpr int CONTENT_FIRST_FOCUS = 5;
 
 /** The one way a wrong argument is answered: a line in the log, and nothing else happens. */
 void refuse(const char *function, const char *reason)
@@ -70,7 +70,7 @@ Evas_Object *elm_velt_layout_add(Evas_Object *parent)
 
 void elm_velt_layout_type_set(Evas_Object *layout, int type)
 {
-    if (!FreeLayout::of(layout) || type != free_layout_type)
+    if (!FreeLayout::of(layout) || type != FREE_LAYOUT_TYPE)
         refuse(__func__, "no layout, or a type other than 1");
 }
 
@@ -186,7 +186,7 @@ void elm_velt_popup_content_set(Evas_Object *popup, Evas_Object *content, int wi
 void elm_velt_popup_button_focus_set(Evas_Object *popup, int focus)
 {
     // Content above buttons is the order in which Elementary walks through a popup anyway.
-    if (!popup || focus != content_first_focus)
+    if (!popup || focus != CONTENT_FIRST_FOCUS)
         refuse(__func__, "no popup, or an order of focus other than 5");
 }
 

@@ -12,14 +12,14 @@
 namespace platform {
 namespace {
 
-constexpr double units_of_longer_side = 240.0;
+constexpr double UNITS_OF_LONGER_SIDE = 240.0;
 /** The longer side of the panel that the theme is drawn for. */
-constexpr double design_side = 1920.0;
+constexpr double DESIGN_SIDE = 1920.0;
 /** Seconds that the list takes to follow the focus; Elementary's own value lags behind a held key.
  */
-constexpr double bring_in_seconds = 0.22;
+constexpr double BRING_IN_SECONDS = 0.22;
 /** Room for the letters of a popup on the largest panel; Elementary's own value forgets them. */
-constexpr int font_cache_kilobytes = 8192;
+constexpr int FONT_CACHE_KILOBYTES = 8192;
 
 } // namespace
 
@@ -39,10 +39,10 @@ void WidgetManager::start(Evas_Object *window)
     window_ = window;
     evas_object_event_callback_add(window, EVAS_CALLBACK_RESIZE, on_window_resized, this);
     evas_object_event_callback_add(window, EVAS_CALLBACK_DEL, on_window_deleted, this);
-    elm_config_scroll_bring_in_scroll_friction_set(bring_in_seconds);
+    elm_config_scroll_bring_in_scroll_friction_set(BRING_IN_SECONDS);
     // Elementary empties its caches every minute, after which the next popup would load all anew.
     elm_config_cache_flush_enabled_set(EINA_FALSE);
-    elm_config_cache_font_cache_size_set(font_cache_kilobytes);
+    elm_config_cache_font_cache_size_set(FONT_CACHE_KILOBYTES);
     update_scale();
 
     const std::string theme = Settings::get().resource_dir + "/theme/ostrel.edj";
@@ -90,19 +90,19 @@ int WidgetManager::longer_side() const
             elm_win_screen_size_get(window_, nullptr, nullptr, &width, &height);
     }
     const int longer = std::max(width, height);
-    return longer > 1 ? longer : static_cast<int>(design_side);
+    return longer > 1 ? longer : static_cast<int>(DESIGN_SIDE);
 }
 
 int WidgetManager::pixels(double units) const
 {
-    const double pixels = units * longer_side() / units_of_longer_side;
+    const double pixels = units * longer_side() / UNITS_OF_LONGER_SIDE;
     return std::isfinite(pixels) ? static_cast<int>(std::lround(pixels)) : 0;
 }
 
 void WidgetManager::update_scale()
 {
     // The panel's pixels alone decide: Elementary's own scale is taken out again.
-    const double scale = longer_side() / design_side / elm_config_scale_get();
+    const double scale = longer_side() / DESIGN_SIDE / elm_config_scale_get();
     if (std::abs(scale - scale_) < 1e-6)
         return;
     scale_ = scale;

@@ -56,7 +56,7 @@ class ControlFixture : public testing::Test {
 
     static bool wait_for(store_test::Child &child, const std::string &text)
     {
-        const auto deadline = std::chrono::steady_clock::now() + kPatience;
+        const auto deadline = std::chrono::steady_clock::now() + PATIENCE;
         while (child.out_text().find(text) == std::string::npos) {
             if (!child.read_some(100) || std::chrono::steady_clock::now() > deadline)
                 break;
@@ -78,7 +78,7 @@ class ControlFixture : public testing::Test {
     std::string in_store(const std::string &name) { return scratch_ / name; }
 
     /** Long enough for a loaded machine; nothing that works ever takes it. */
-    static constexpr std::chrono::seconds kPatience{30};
+    static constexpr std::chrono::seconds PATIENCE{30};
 
     static constexpr char DBUS_DAEMON[] = "/usr/bin/dbus-daemon";
 

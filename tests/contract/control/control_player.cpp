@@ -62,11 +62,11 @@ Eldbus_Message *on_launch(const Eldbus_Service_Interface *, const Eldbus_Message
     return eldbus_message_method_return_new(call);
 }
 
-const Eldbus_Arg_Info kLaunchArguments[] = {{"a{say}", "extras"}, {nullptr, nullptr}};
-const Eldbus_Method kLaunchMethods[] = {{"Launch", kLaunchArguments, nullptr, on_launch, 0},
+const Eldbus_Arg_Info LAUNCH_ARGUMENTS[] = {{"a{say}", "extras"}, {nullptr, nullptr}};
+const Eldbus_Method LAUNCH_METHODS[] = {{"Launch", LAUNCH_ARGUMENTS, nullptr, on_launch, 0},
                                         {nullptr, nullptr, nullptr, nullptr, 0}};
-const Eldbus_Service_Interface_Desc kApplication = {
-    platform::BUS_APPLICATION_INTERFACE, kLaunchMethods, nullptr, nullptr, nullptr, nullptr};
+const Eldbus_Service_Interface_Desc APPLICATION = {
+    platform::BUS_APPLICATION_INTERFACE, LAUNCH_METHODS, nullptr, nullptr, nullptr, nullptr};
 
 void on_name(void *, const Eldbus_Message *reply, Eldbus_Pending *)
 {
@@ -148,7 +148,7 @@ int main()
     int result = 1;
     if (BusConnectionPtr bus = connect_session_bus()) {
         Eldbus_Service_Interface *application =
-            eldbus_service_interface_register(bus.get(), BUS_OBJECT, &kApplication);
+            eldbus_service_interface_register(bus.get(), BUS_OBJECT, &APPLICATION);
         if (control_start(bus.get(), read_behind_the_gate) && !control_start(bus.get())) {
             app_context_manager_init();
             SettingsAPI::Get()->DisableItemsByList({"broadcasting", "pip"}, "org.example.app");

@@ -12,7 +12,7 @@ namespace {
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr char kTimer[] = "db/ostrel-demo-player-tv/portrait_timer";
+constexpr char TIMER[] = "db/ostrel-demo-player-tv/portrait_timer";
 
 class Tvctl : public ControlFixture {
   protected:
@@ -22,7 +22,7 @@ class Tvctl : public ControlFixture {
      */
     void change_until_seen(store_test::Child &watch, const std::string &key)
     {
-        const auto deadline = std::chrono::steady_clock::now() + kPatience;
+        const auto deadline = std::chrono::steady_clock::now() + PATIENCE;
         for (int value = 0; watch.out_text().find(key + " ") == std::string::npos;
              value = (value + 1) % 10) {
             ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "no change of " << key;
@@ -84,8 +84,8 @@ TEST_F(Tvctl, EveryCommandExplainsItselfAndIsInTheManualAndTheCompletion)
 
 TEST_F(Tvctl, ConfigValueIsSetAndRead)
 {
-    EXPECT_EQ(tvctl({"config", "set", kTimer, "3"}).status, 0);
-    EXPECT_EQ(store_test::read_file(in_store("state/") + kTimer), "3\n");
+    EXPECT_EQ(tvctl({"config", "set", TIMER, "3"}).status, 0);
+    EXPECT_EQ(store_test::read_file(in_store("state/") + TIMER), "3\n");
     const Outcome outcome = tvctl({"config", "get", "portrait_timer"});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.out, "3\n");
@@ -135,8 +135,8 @@ TEST_F(Tvctl, WatchPrintsChangesUntilItIsInterrupted)
 {
     for (const int signal : {SIGINT, SIGTERM}) {
         store_test::Child watch({TVCTL, "config", "watch", "portrait_timer", "memory/a"});
-        ASSERT_NO_FATAL_FAILURE(change_until_seen(watch, kTimer));
-        EXPECT_THAT(watch.out_text(), StartsWith(std::string(kTimer) + " "));
+        ASSERT_NO_FATAL_FAILURE(change_until_seen(watch, TIMER));
+        EXPECT_THAT(watch.out_text(), StartsWith(std::string(TIMER) + " "));
 
         ASSERT_EQ(tvctl({"config", "set", "memory/a", "77"}).status, 0);
         EXPECT_TRUE(wait_for(watch, "memory/a 77\n"));
@@ -152,8 +152,8 @@ TEST_F(Tvctl, WatchWithoutAKeyPrintsChangesOfKeysThatNobodyKnewBefore)
 {
     ASSERT_EQ(tvctl({"config", "set", "memory/old", "1"}).status, 0);
     store_test::Child watch({TVCTL, "config", "watch"});
-    ASSERT_NO_FATAL_FAILURE(change_until_seen(watch, kTimer));
-    EXPECT_THAT(watch.out_text(), StartsWith(std::string(kTimer) + " "));
+    ASSERT_NO_FATAL_FAILURE(change_until_seen(watch, TIMER));
+    EXPECT_THAT(watch.out_text(), StartsWith(std::string(TIMER) + " "));
     ASSERT_EQ(tvctl({"config", "set", "memory/old", "2"}).status, 0);
     EXPECT_TRUE(wait_for(watch, "memory/old 2\n"));
     ASSERT_EQ(tvctl({"config", "set", "db/new/folder/key", "7"}).status, 0);

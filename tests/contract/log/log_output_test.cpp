@@ -20,9 +20,9 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-constexpr int kWritten = 10;
-constexpr int kLost = 11;
-constexpr int kLeftOut = 12;
+constexpr int WRITTEN = 10;
+constexpr int LOST = 11;
+constexpr int LEFT_OUT = 12;
 
 class LogOutput : public testing::Test {
   protected:
@@ -47,7 +47,7 @@ TEST_F(LogOutput, LineGoesToStandardErrorWithTheProcessId)
     Child child(probe(DLOG_WARN, "text"));
     const pid_t pid = child.pid();
 
-    EXPECT_EQ(child.finish(), kWritten);
+    EXPECT_EQ(child.finish(), WRITTEN);
 
     char expected[64];
     std::snprintf(expected, sizeof expected, "W/TAG(%5d): text\n", pid);
@@ -58,38 +58,38 @@ TEST_F(LogOutput, LineGoesToStandardErrorWithTheProcessId)
 TEST_F(LogOutput, DebugIsLeftOutUnlessAskedFor)
 {
     Child silent(probe(DLOG_DEBUG, "text"));
-    EXPECT_EQ(silent.finish(), kLeftOut);
+    EXPECT_EQ(silent.finish(), LEFT_OUT);
     EXPECT_EQ(silent.err_text(), "");
 
     const Environment debug("OSTREL_DEMO_LOG_LEVEL", "debug");
     Child child(probe(DLOG_DEBUG, "text"));
-    EXPECT_EQ(child.finish(), kWritten);
+    EXPECT_EQ(child.finish(), WRITTEN);
     EXPECT_THAT(child.err_text(), StartsWith("D/TAG("));
 }
 
 TEST_F(LogOutput, LevelErrorLeavesWarningsOut)
 {
     const Environment level("OSTREL_DEMO_LOG_LEVEL", "error");
-    EXPECT_EQ(fate_of(DLOG_WARN), kLeftOut);
-    EXPECT_EQ(fate_of(DLOG_ERROR), kWritten);
+    EXPECT_EQ(fate_of(DLOG_WARN), LEFT_OUT);
+    EXPECT_EQ(fate_of(DLOG_ERROR), WRITTEN);
 }
 
 TEST_F(LogOutput, UnknownLevelMeansInfo)
 {
     const Environment level("OSTREL_DEMO_LOG_LEVEL", "loud");
-    EXPECT_EQ(fate_of(DLOG_INFO), kWritten);
-    EXPECT_EQ(fate_of(DLOG_DEBUG), kLeftOut);
+    EXPECT_EQ(fate_of(DLOG_INFO), WRITTEN);
+    EXPECT_EQ(fate_of(DLOG_DEBUG), LEFT_OUT);
 }
 
 TEST_F(LogOutput, ColoursAreDroppedOnAPipeAndKeptWhenAskedFor)
 {
     Child dropped(probe(DLOG_INFO, "\033[31mred\033[0m"));
-    EXPECT_EQ(dropped.finish(), kWritten);
+    EXPECT_EQ(dropped.finish(), WRITTEN);
     EXPECT_THAT(dropped.err_text(), EndsWith("): red\n"));
 
     const Environment always("OSTREL_DEMO_LOG_COLOR", "always");
     Child kept(probe(DLOG_INFO, "\033[31mred\033[0m"));
-    EXPECT_EQ(kept.finish(), kWritten);
+    EXPECT_EQ(kept.finish(), WRITTEN);
     EXPECT_THAT(kept.err_text(), EndsWith("): \033[31mred\033[0m\n"));
 }
 
@@ -103,7 +103,7 @@ TEST_F(LogOutput, TerminalGetsColoursUnlessRefused)
 
         Child child(probe(DLOG_INFO, "\033[31mred\033[0m"),
                     [slave] { dup2(slave, STDERR_FILENO); });
-        EXPECT_EQ(child.finish(), kWritten);
+        EXPECT_EQ(child.finish(), WRITTEN);
 
         char text[256];
         const ssize_t length = read(terminal, text, sizeof text);
@@ -129,12 +129,12 @@ TEST_F(LogOutput, JournalStreamGetsLevelsAndNoColours)
                               std::to_string(status.st_dev) + ":" + std::to_string(status.st_ino));
 
     Child child(probe(DLOG_ERROR, "\033[31mred\033[0m"), [file] { dup2(file, STDERR_FILENO); });
-    EXPECT_EQ(child.finish(), kWritten);
+    EXPECT_EQ(child.finish(), WRITTEN);
     EXPECT_THAT(store_test::read_file(stream), StartsWith("<3>E/TAG("));
     EXPECT_THAT(store_test::read_file(stream), EndsWith("): red\n"));
 
     Child elsewhere(probe(DLOG_ERROR, "text"));
-    EXPECT_EQ(elsewhere.finish(), kWritten);
+    EXPECT_EQ(elsewhere.finish(), WRITTEN);
     EXPECT_THAT(elsewhere.err_text(), StartsWith("E/TAG("));
     close(file);
 }
@@ -143,7 +143,7 @@ TEST_F(LogOutput, LongTextStaysOneLine)
 {
     const std::string text(100000, 'x');
     Child child(probe(DLOG_INFO, text));
-    EXPECT_EQ(child.finish(), kWritten);
+    EXPECT_EQ(child.finish(), WRITTEN);
     EXPECT_THAT(child.err_text(), EndsWith("): " + text + "\n"));
     EXPECT_EQ(std::count(child.err_text().begin(), child.err_text().end(), '\n'), 1);
 }
@@ -171,14 +171,14 @@ TEST_F(LogOutput, ReaderThatWentAwayCostsTheLineOnly)
         std::signal(SIGPIPE, SIG_DFL);
         dup2(broken[1], STDERR_FILENO);
     });
-    EXPECT_EQ(child.finish(), kLost);
+    EXPECT_EQ(child.finish(), LOST);
     close(broken[1]);
 }
 
 TEST_F(LogOutput, ClosedStandardErrorCostsTheLineOnly)
 {
     Child child(probe(DLOG_INFO, "text"), [] { close(STDERR_FILENO); });
-    EXPECT_EQ(child.finish(), kLost);
+    EXPECT_EQ(child.finish(), LOST);
 }
 
 TEST_F(LogOutput, FullNonBlockingPipeCostsTheLineOnly)
@@ -189,7 +189,7 @@ TEST_F(LogOutput, FullNonBlockingPipeCostsTheLineOnly)
     while (write(full[1], filling.data(), filling.size()) > 0) {
     }
     Child child(probe(DLOG_INFO, "text"), [&] { dup2(full[1], STDERR_FILENO); });
-    EXPECT_EQ(child.finish(), kLost);
+    EXPECT_EQ(child.finish(), LOST);
     close(full[0]);
     close(full[1]);
 }

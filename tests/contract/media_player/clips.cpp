@@ -19,24 +19,24 @@ struct Format {
     std::string mux;
 };
 
-const std::string x264 = "x264enc speed-preset=ultrafast bframes=0 key-int-max=%d ! h264parse";
-const std::string aac = "avenc_aac ! aacparse";
-const std::string mp2 = "avenc_mp2 ! mpegaudioparse";
+const std::string X264 = "x264enc speed-preset=ultrafast bframes=0 key-int-max=%d ! h264parse";
+const std::string AAC = "avenc_aac ! aacparse";
+const std::string MP2 = "avenc_mp2 ! mpegaudioparse";
 
 const std::map<std::string, Format> &formats()
 {
     static const std::map<std::string, Format> all = {
-        {"mp4", {x264, aac, "mp4mux"}},
-        {"mkv", {x264, aac, "matroskamux"}},
-        {"ts", {x264, aac, "mpegtsmux"}},
-        {"tp", {x264, aac, "mpegtsmux"}},
-        {"avi", {"avenc_mpeg4 gop-size=%d", mp2, "avimux"}},
-        {"flv", {x264, aac, "flvmux"}},
+        {"mp4", {X264, AAC, "mp4mux"}},
+        {"mkv", {X264, AAC, "matroskamux"}},
+        {"ts", {X264, AAC, "mpegtsmux"}},
+        {"tp", {X264, AAC, "mpegtsmux"}},
+        {"avi", {"avenc_mpeg4 gop-size=%d", MP2, "avimux"}},
+        {"flv", {X264, AAC, "flvmux"}},
         {"ogg", {"theoraenc keyframe-force=%d", "vorbisenc", "oggmux"}},
         {"asf", {"avenc_wmv2 gop-size=%d ! identity name=late", "avenc_wmav2", "asfmux"}},
         {"wmv", {"avenc_wmv2 gop-size=%d ! identity name=late", "avenc_wmav2", "asfmux"}},
         {"mpeg",
-         {"mpeg2enc format=3 max-gop-size=%d min-gop-size=%d ! mpegvideoparse", mp2, "mpegpsmux"}},
+         {"mpeg2enc format=3 max-gop-size=%d min-gop-size=%d ! mpegvideoparse", MP2, "mpegpsmux"}},
     };
     return all;
 }
@@ -88,10 +88,10 @@ std::string description(const std::string &path, const Clip &clip)
 // Video encoders count from a thousand hours on, and the ASF muxer takes that for real.
 GstPadProbeReturn count_from_zero(GstPad *, GstPadProbeInfo *info, gpointer)
 {
-    constexpr GstClockTime beginning = 1000 * 60 * 60 * GST_SECOND;
+    constexpr GstClockTime BEGINNING = 1000 * 60 * 60 * GST_SECOND;
     GstBuffer *buffer = gst_buffer_make_writable(GST_PAD_PROBE_INFO_BUFFER(info));
-    if (GST_BUFFER_PTS(buffer) >= beginning)
-        GST_BUFFER_PTS(buffer) -= beginning;
+    if (GST_BUFFER_PTS(buffer) >= BEGINNING)
+        GST_BUFFER_PTS(buffer) -= BEGINNING;
     GST_BUFFER_DTS(buffer) = GST_CLOCK_TIME_NONE;
     GST_PAD_PROBE_INFO_DATA(info) = buffer;
     return GST_PAD_PROBE_OK;
@@ -159,7 +159,7 @@ void make(const std::string &text, const std::string &path)
 // The muxer writes no turn: it is put into the matrix of the track header.
 void write_turn(const std::string &path, int degrees)
 {
-    constexpr size_t matrix_behind_name = 44;
+    constexpr size_t MATRIX_BEHIND_NAME = 44;
     const uint32_t one = 0x00010000;
     const uint32_t minus_one = 0xffff0000;
     const uint32_t quarter[] = {0, one, 0, minus_one, 0};
@@ -168,7 +168,7 @@ void write_turn(const std::string &path, int degrees)
     size_t place = contents.find("tkhd");
     if (place == std::string::npos || degrees % 90 != 0 || degrees > 180)
         throw std::runtime_error("cannot turn " + path);
-    place += matrix_behind_name;
+    place += MATRIX_BEHIND_NAME;
     for (const uint32_t value : degrees == 90 ? quarter : half)
         for (int shift = 24; shift >= 0; shift -= 8)
             contents[place++] = static_cast<char>(value >> shift);

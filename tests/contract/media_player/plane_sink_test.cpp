@@ -13,7 +13,7 @@ using platform::DisplaySettings;
 using platform::ElementPtr;
 using platform::FrameOutput;
 
-constexpr GstClockTime deadline = 20 * GST_SECOND;
+constexpr GstClockTime DEADLINE = 20 * GST_SECOND;
 
 /** A source in the test's hand before the sink. The plane is missing; nothing is to be seen. */
 class PlaneSink : public testing::Test {
@@ -55,7 +55,7 @@ class PlaneSink : public testing::Test {
     {
         const BusPtr bus(gst_element_get_bus(pipeline_.get()));
         GstMessage *message = gst_bus_timed_pop_filtered(
-            bus.get(), deadline, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
+            bus.get(), DEADLINE, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
         if (!message)
             return GST_MESSAGE_UNKNOWN;
         const GstMessageType type = GST_MESSAGE_TYPE(message);

@@ -12,9 +12,9 @@ using testing::IsEmpty;
 namespace player_test {
 namespace {
 
-constexpr int ok = PLAYER_ERROR_NONE;
-constexpr int bad_state = PLAYER_ERROR_INVALID_STATE;
-constexpr int bad_operation = PLAYER_ERROR_INVALID_OPERATION;
+constexpr int OK = PLAYER_ERROR_NONE;
+constexpr int BAD_STATE = PLAYER_ERROR_INVALID_STATE;
+constexpr int BAD_OPERATION = PLAYER_ERROR_INVALID_OPERATION;
 
 struct Call {
     const char *name;
@@ -29,16 +29,16 @@ const std::vector<Call> &calls()
 {
     using platform::Player;
     static const std::vector<Call> all = {
-        {"set_uri", [](Player &p) { return p.set_uri("/x.mp4"); }, ok, bad_state, bad_state,
-         bad_state},
-        {"set_subtitle_path", [](Player &p) { return p.set_subtitle_path("/x.srt"); }, ok,
-         bad_state, bad_state, bad_state},
+        {"set_uri", [](Player &p) { return p.set_uri("/x.mp4"); }, OK, BAD_STATE, BAD_STATE,
+         BAD_STATE},
+        {"set_subtitle_path", [](Player &p) { return p.set_subtitle_path("/x.srt"); }, OK,
+         BAD_STATE, BAD_STATE, BAD_STATE},
         {"prepare_async", [](Player &p) { return p.prepare_async(nullptr, nullptr); },
-         bad_operation, bad_state, bad_state, bad_state},
-        {"start", [](Player &p) { return p.start(); }, bad_state, ok, ok, ok},
-        {"stop", [](Player &p) { return p.stop(); }, bad_state, ok, ok, ok},
-        {"pause", [](Player &p) { return p.pause(); }, bad_state, bad_state, ok, bad_state},
-        {"set_rate", [](Player &p) { return p.set_rate(2.0); }, bad_state, ok, ok, ok},
+         BAD_OPERATION, BAD_STATE, BAD_STATE, BAD_STATE},
+        {"start", [](Player &p) { return p.start(); }, BAD_STATE, OK, OK, OK},
+        {"stop", [](Player &p) { return p.stop(); }, BAD_STATE, OK, OK, OK},
+        {"pause", [](Player &p) { return p.pause(); }, BAD_STATE, BAD_STATE, OK, BAD_STATE},
+        {"set_rate", [](Player &p) { return p.set_rate(2.0); }, BAD_STATE, OK, OK, OK},
     };
     return all;
 }
@@ -53,9 +53,9 @@ class States : public PlayerTest {
             return testing::AssertionSuccess();
         if (const auto result = prepared(file_); !result)
             return result;
-        if (state >= PLAYER_STATE_PLAYING && player_->start() != ok)
+        if (state >= PLAYER_STATE_PLAYING && player_->start() != OK)
             return testing::AssertionFailure() << "it does not start";
-        if (state == PLAYER_STATE_PAUSED && player_->pause() != ok)
+        if (state == PLAYER_STATE_PAUSED && player_->pause() != OK)
             return testing::AssertionFailure() << "it does not pause";
         return testing::AssertionSuccess();
     }
@@ -67,7 +67,7 @@ class States : public PlayerTest {
             SCOPED_TRACE(call.name);
             ASSERT_TRUE(enter(state));
             EXPECT_EQ(call.make(*player_), call.*expected);
-            if (call.*expected != ok) {
+            if (call.*expected != OK) {
                 EXPECT_EQ(player_->state(), state);
             }
         }
@@ -98,10 +98,10 @@ TEST_F(States, PausedStartsStopsAndTakesASpeed)
 
 TEST_F(States, ASecondPreparationIsRefusedWhileOneRuns)
 {
-    ASSERT_EQ(prepare(clip("a.mp4")), ok);
+    ASSERT_EQ(prepare(clip("a.mp4")), OK);
 
-    EXPECT_EQ(player_->prepare_async(nullptr, nullptr), bad_operation);
-    EXPECT_EQ(player_->set_uri("/other.mp4"), bad_state);
+    EXPECT_EQ(player_->prepare_async(nullptr, nullptr), BAD_OPERATION);
+    EXPECT_EQ(player_->set_uri("/other.mp4"), BAD_STATE);
 
     EXPECT_TRUE(wait_for_event("prepared"));
     EXPECT_EQ(player_->state(), PLAYER_STATE_READY);
@@ -114,13 +114,13 @@ TEST_F(States, UnprepareForgetsTheFile)
     player_->unprepare();
 
     EXPECT_EQ(player_->state(), PLAYER_STATE_IDLE);
-    EXPECT_EQ(player_->prepare_async(nullptr, nullptr), bad_operation);
+    EXPECT_EQ(player_->prepare_async(nullptr, nullptr), BAD_OPERATION);
     EXPECT_EQ(player_->status().path, "");
 }
 
 TEST_F(States, AFailedPreparationLeavesThePlayerReadyForAnother)
 {
-    ASSERT_EQ(prepare(path("missing.mp4")), ok);
+    ASSERT_EQ(prepare(path("missing.mp4")), OK);
     ASSERT_TRUE(wait_for_event("error -2"));
     EXPECT_EQ(player_->state(), PLAYER_STATE_IDLE);
 
@@ -140,7 +140,7 @@ TEST_F(States, NothingIsToldAfterUnprepare)
 {
     const std::string file = clip("a.mp4");
     for (int round = 0; round < 10; round++) {
-        ASSERT_EQ(prepare(file), ok);
+        ASSERT_EQ(prepare(file), OK);
         wait_for([] { return false; }, 0.01 * round);
         player_->unprepare();
         const size_t told = events().size();
@@ -181,7 +181,7 @@ TEST_F(States, DestroyInsideACallbackDoesNotHang)
         destroyed = true;
     };
 
-    ASSERT_EQ(prepare(clip("a.mp4")), ok);
+    ASSERT_EQ(prepare(clip("a.mp4")), OK);
 
     EXPECT_TRUE(wait_for([&] { return destroyed.load(); }));
     EXPECT_TRUE(stays([this] { return events().size() == 1; }, 0.2));
@@ -209,27 +209,27 @@ TEST_F(States, TheInterfaceRefusesNullAndImpossibleArguments)
     player_h player = nullptr;
     player_state_e state = PLAYER_STATE_NONE;
     float rate = 7;
-    constexpr int bad = PLAYER_ERROR_INVALID_PARAMETER;
-    EXPECT_EQ(player_create(nullptr), bad);
-    EXPECT_EQ(player_start(nullptr), bad);
-    EXPECT_EQ(player_unprepare(nullptr), bad);
-    EXPECT_EQ(player_destroy(nullptr), bad);
-    ASSERT_EQ(player_create(&player), ok);
+    constexpr int BAD = PLAYER_ERROR_INVALID_PARAMETER;
+    EXPECT_EQ(player_create(nullptr), BAD);
+    EXPECT_EQ(player_start(nullptr), BAD);
+    EXPECT_EQ(player_unprepare(nullptr), BAD);
+    EXPECT_EQ(player_destroy(nullptr), BAD);
+    ASSERT_EQ(player_create(&player), OK);
 
-    EXPECT_EQ(player_set_uri(player, nullptr), bad);
-    EXPECT_EQ(player_set_uri(player, ""), bad);
-    EXPECT_EQ(player_set_subtitle_path(player, nullptr), bad);
-    EXPECT_EQ(player_set_display(player, PLAYER_DISPLAY_TYPE_OVERLAY, nullptr), bad);
-    EXPECT_EQ(player_resize_video_render_rect(player, 0, 0, 0, 100), bad);
-    EXPECT_EQ(player_get_state(player, nullptr), bad);
-    EXPECT_EQ(player_get_playback_rate(player, nullptr), bad);
+    EXPECT_EQ(player_set_uri(player, nullptr), BAD);
+    EXPECT_EQ(player_set_uri(player, ""), BAD);
+    EXPECT_EQ(player_set_subtitle_path(player, nullptr), BAD);
+    EXPECT_EQ(player_set_display(player, PLAYER_DISPLAY_TYPE_OVERLAY, nullptr), BAD);
+    EXPECT_EQ(player_resize_video_render_rect(player, 0, 0, 0, 100), BAD);
+    EXPECT_EQ(player_get_state(player, nullptr), BAD);
+    EXPECT_EQ(player_get_playback_rate(player, nullptr), BAD);
 
-    EXPECT_EQ(player_set_display(player, PLAYER_DISPLAY_TYPE_NONE, nullptr), ok);
-    EXPECT_EQ(player_get_state(player, &state), ok);
+    EXPECT_EQ(player_set_display(player, PLAYER_DISPLAY_TYPE_NONE, nullptr), OK);
+    EXPECT_EQ(player_get_state(player, &state), OK);
     EXPECT_EQ(state, PLAYER_STATE_IDLE);
-    EXPECT_EQ(player_get_playback_rate(player, &rate), ok);
+    EXPECT_EQ(player_get_playback_rate(player, &rate), OK);
     EXPECT_EQ(rate, 1.0f);
-    EXPECT_EQ(player_destroy(player), ok);
+    EXPECT_EQ(player_destroy(player), OK);
 }
 
 } // namespace

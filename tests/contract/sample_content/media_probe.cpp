@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr GstClockTime deadline = 60 * GST_SECOND;
+constexpr GstClockTime DEADLINE = 60 * GST_SECOND;
 
 struct ObjectUnref {
     void operator()(void *object) const { gst_object_unref(object); }
@@ -70,7 +70,7 @@ void decode(const std::string &path, const std::string &converter,
     g_object_set(file.get(), "location", path.c_str(), nullptr);
     gst_element_set_state(parsed, GST_STATE_PLAYING);
     for (;;) {
-        const SamplePtr sample(gst_app_sink_try_pull_sample(GST_APP_SINK(sink.get()), deadline));
+        const SamplePtr sample(gst_app_sink_try_pull_sample(GST_APP_SINK(sink.get()), DEADLINE));
         if (!sample)
             break;
         GstMapInfo map;
@@ -111,7 +111,7 @@ Frame Frame::turned_clockwise() const
 VideoFacts discover(const std::string &path)
 {
     VideoFacts facts;
-    const GlibPtr<GstDiscoverer> discoverer(gst_discoverer_new(deadline, nullptr));
+    const GlibPtr<GstDiscoverer> discoverer(gst_discoverer_new(DEADLINE, nullptr));
     const TextPtr uri(gst_filename_to_uri(path.c_str(), nullptr));
     if (!discoverer || !uri)
         return facts;

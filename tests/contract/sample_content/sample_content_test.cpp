@@ -15,9 +15,9 @@ using testing::HasSubstr;
 
 namespace {
 
-const std::vector<std::string> video_names = {"sunrise.mp4", "meadow.mkv", "portrait_tower.mp4"};
-const std::vector<std::string> photo_names = {"harbour.jpg", "ridge.jpg", "portrait_garden.jpg"};
-constexpr int codec_tolerance = 12;
+const std::vector<std::string> VIDEO_NAMES = {"sunrise.mp4", "meadow.mkv", "portrait_tower.mp4"};
+const std::vector<std::string> PHOTO_NAMES = {"harbour.jpg", "ridge.jpg", "portrait_garden.jpg"};
+constexpr int CODEC_TOLERANCE = 12;
 
 /** One folder of quick files for all the tests here. */
 class SampleContent : public testing::Test {
@@ -68,7 +68,7 @@ void expect_flat_corners(const Frame &frame, const Rgb &colour, const std::strin
         const double across = std::min(depth, 0.05);
         for (const double x : {across, 1 - across}) {
             for (const double y : {depth, 1 - depth})
-                EXPECT_LE(difference(frame.at(x, y), colour), codec_tolerance)
+                EXPECT_LE(difference(frame.at(x, y), colour), CODEC_TOLERANCE)
                     << name << " at " << x << ", " << y;
         }
     }
@@ -77,7 +77,7 @@ void expect_flat_corners(const Frame &frame, const Rgb &colour, const std::strin
 void expect_upright(const Frame &frame, const Rgb &colour, const std::string &name)
 {
     EXPECT_LE(difference(frame.at(0.5, 1.0 / 12), {255, 255, 255}), 30) << name << ": no arrow";
-    EXPECT_LE(difference(frame.at(0.5, 11.0 / 12), colour), codec_tolerance) << name;
+    EXPECT_LE(difference(frame.at(0.5, 11.0 / 12), colour), CODEC_TOLERANCE) << name;
 }
 
 TEST_F(SampleContent, HoldsEveryItemAndNothingElse)
@@ -116,12 +116,12 @@ TEST_F(SampleContent, VideosDifferInSizeAndCodec)
 TEST_F(SampleContent, EveryColourIsItsOwn)
 {
     const auto table = colours();
-    ASSERT_EQ(table.size(), video_names.size() + photo_names.size());
+    ASSERT_EQ(table.size(), VIDEO_NAMES.size() + PHOTO_NAMES.size());
     for (const auto &[name, colour] : table) {
         for (const auto &[other_name, other] : table) {
             if (name >= other_name)
                 continue;
-            EXPECT_GT(difference(colour, other), 4 * codec_tolerance)
+            EXPECT_GT(difference(colour, other), 4 * CODEC_TOLERANCE)
                 << name << " and " << other_name;
         }
     }
@@ -137,7 +137,7 @@ TEST_F(SampleContent, ColourTableForProgramsIsUpToDate)
 TEST_F(SampleContent, EveryFrameOfAVideoHasTheVideosColourInItsCorners)
 {
     const auto table = colours();
-    for (const std::string &name : video_names) {
+    for (const std::string &name : VIDEO_NAMES) {
         const std::vector<Frame> frames = decode_video(path(name));
         EXPECT_EQ(frames.size(), 60u) << name;
         for (const Frame &frame : frames) {
@@ -150,7 +150,7 @@ TEST_F(SampleContent, EveryFrameOfAVideoHasTheVideosColourInItsCorners)
 TEST_F(SampleContent, PhotosHaveTheirColourInTheirCorners)
 {
     const auto table = colours();
-    for (const std::string &name : photo_names) {
+    for (const std::string &name : PHOTO_NAMES) {
         const Frame photo = upright_photo(name);
         ASSERT_GT(photo.width, 0) << name;
         expect_flat_corners(photo, table.at(name), name);
@@ -170,7 +170,7 @@ TEST_F(SampleContent, RidgeIsUprightOnlyThroughItsExifOrientation)
 
 TEST_F(SampleContent, ClockRunsInEveryVideo)
 {
-    for (const std::string &name : video_names) {
+    for (const std::string &name : VIDEO_NAMES) {
         const std::vector<Frame> frames = decode_video(path(name));
         ASSERT_GT(frames.size(), 2u) << name;
         for (size_t i = 1; i < frames.size(); ++i) {
@@ -198,7 +198,7 @@ TEST_F(SampleContent, EveryVideoHasASoftToneOfItsOwnThatFadesInAndOut)
 {
     const std::map<std::string, double> pitches = {
         {"sunrise.mp4", 261.63}, {"meadow.mkv", 329.63}, {"portrait_tower.mp4", 392.00}};
-    for (const std::string &name : video_names) {
+    for (const std::string &name : VIDEO_NAMES) {
         const std::vector<double> samples = decode_sound(path(name));
         ASSERT_GT(samples.size(), 48000u * 19 / 10) << name;
         const double middle = loudness(samples, 0.8, 1.2);

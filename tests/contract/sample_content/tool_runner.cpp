@@ -19,7 +19,7 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr std::chrono::seconds deadline(60);
+constexpr std::chrono::seconds DEADLINE(60);
 
 int milliseconds_until(Clock::time_point end)
 {
@@ -102,7 +102,7 @@ void ToolProcess::send(int signal_number) const
 
 int ToolProcess::wait()
 {
-    const auto end = Clock::now() + deadline;
+    const auto end = Clock::now() + DEADLINE;
     char block[4096];
     ssize_t count = 1;
     while (count > 0) {
@@ -155,7 +155,7 @@ CreationWatch::~CreationWatch()
 
 bool CreationWatch::wait_for(const std::string &name) const
 {
-    const auto end = Clock::now() + deadline;
+    const auto end = Clock::now() + DEADLINE;
     alignas(inotify_event) char block[4096];
     while (wait_readable(inotify_, end)) {
         const ssize_t count = read(inotify_, block, sizeof block);

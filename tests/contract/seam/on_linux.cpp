@@ -39,7 +39,7 @@ class Place {
         platform_test::JpegOrder photo;
         photo.width = 64;
         photo.height = 48;
-        photo.color = platform_test::plain(platform_test::kRed);
+        photo.color = platform_test::plain(platform_test::RED);
         platform_test::write_jpeg(path("good.jpg"), photo);
         store_test::write_file(path("broken.jpg"), "this is no photo");
     }
@@ -66,12 +66,12 @@ class PlaceKeeper : public testing::Environment {
 };
 
 // Owned by GoogleTest.
-const auto *const keeper =
+const auto *const KEEPER =
     static_cast<PlaceKeeper *>(testing::AddGlobalTestEnvironment(new PlaceKeeper));
 
 const Place &place()
 {
-    return keeper->place();
+    return KEEPER->place();
 }
 
 std::vector<std::string> plugged;

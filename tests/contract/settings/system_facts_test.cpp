@@ -15,7 +15,7 @@ namespace {
 
 using store_test::Environment;
 
-constexpr char kDisclaimer[] = "com.norvane/featureconf/ostrel_demo_player.show_disclaimer";
+constexpr char DISCLAIMER[] = "com.norvane/featureconf/ostrel_demo_player.show_disclaimer";
 
 // The settings of the process are read once, so the tests of this file share one configuration. It
 // is written and named before the first test asks for it.
@@ -56,7 +56,7 @@ store_test::ScratchDir *SystemFacts::scratch_ = nullptr;
 TEST_F(SystemFacts, DisclaimerFeatureIsThatOfTvConf)
 {
     bool value = false;
-    EXPECT_EQ(system_info_get_custom_bool(kDisclaimer, &value), 0);
+    EXPECT_EQ(system_info_get_custom_bool(DISCLAIMER, &value), 0);
     EXPECT_TRUE(value);
 }
 
@@ -66,7 +66,7 @@ TEST_F(SystemFacts, UnknownFeatureFailsAndLeavesTheValue)
     EXPECT_LT(system_info_get_custom_bool("com.norvane/other", &value), 0);
     EXPECT_TRUE(value);
     EXPECT_LT(system_info_get_custom_bool(nullptr, &value), 0);
-    EXPECT_LT(system_info_get_custom_bool(kDisclaimer, nullptr), 0);
+    EXPECT_LT(system_info_get_custom_bool(DISCLAIMER, nullptr), 0);
 }
 
 TEST_F(SystemFacts, StoreContentTypeIsThatOfTvConf)

@@ -22,11 +22,11 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Pair;
 
-constexpr int kInternal = SOUND_SPEAKER_INTERNAL;
-constexpr int kExternal = SOUND_SPEAKER_EXTERNAL;
+constexpr int INTERNAL = SOUND_SPEAKER_INTERNAL;
+constexpr int EXTERNAL = SOUND_SPEAKER_EXTERNAL;
 
-const char *const kBothSinks = "[sound]\ninternal_sink = speakers\nexternal_sink = hdmi\n";
-const char *const kExternalOnly = "[sound]\nexternal_sink = hdmi\n";
+const char *const BOTH_SINKS = "[sound]\ninternal_sink = speakers\nexternal_sink = hdmi\n";
+const char *const EXTERNAL_ONLY = "[sound]\nexternal_sink = hdmi\n";
 
 FakeSoundServer::State three_sinks(const std::string &default_sink)
 {
@@ -73,17 +73,17 @@ class SoundRoute : public testing::Test {
 
 TEST_F(SoundRoute, RouteIsThatOfTheDefaultSink)
 {
-    alone(kBothSinks, [&] {
+    alone(BOTH_SINKS, [&] {
         FakeSoundServer server(socket(), three_sinks("speakers"));
-        EXPECT_EQ(selection(), kInternal);
+        EXPECT_EQ(selection(), INTERNAL);
         server.change([](auto &state) { state.default_sink = "hdmi"; });
-        EXPECT_EQ(selection(), kExternal);
+        EXPECT_EQ(selection(), EXTERNAL);
     });
 }
 
 TEST_F(SoundRoute, OtherSinkIsOnNeitherRoute)
 {
-    alone(kBothSinks, [&] {
+    alone(BOTH_SINKS, [&] {
         const FakeSoundServer server(socket(), three_sinks("headset"));
         EXPECT_EQ(selection(), std::nullopt);
     });
@@ -91,14 +91,14 @@ TEST_F(SoundRoute, OtherSinkIsOnNeitherRoute)
 
 TEST_F(SoundRoute, SwitchChangesTheDefaultAndMovesWhatPlays)
 {
-    alone(kBothSinks, [&] {
+    alone(BOTH_SINKS, [&] {
         FakeSoundServer server(socket(), three_sinks("speakers"));
-        EXPECT_EQ(sound_manager_set_speaker_selection(kExternal), 0);
+        EXPECT_EQ(sound_manager_set_speaker_selection(EXTERNAL), 0);
         EXPECT_EQ(server.state().default_sink, "hdmi");
         EXPECT_THAT(server.state().streams, ElementsAre(Pair(7, "hdmi"), Pair(9, "hdmi")));
-        EXPECT_EQ(selection(), kExternal);
+        EXPECT_EQ(selection(), EXTERNAL);
 
-        EXPECT_EQ(sound_manager_set_speaker_selection(kInternal), 0);
+        EXPECT_EQ(sound_manager_set_speaker_selection(INTERNAL), 0);
         EXPECT_EQ(server.state().default_sink, "speakers");
         EXPECT_THAT(server.state().streams, ElementsAre(Pair(7, "speakers"), Pair(9, "speakers")));
     });
@@ -106,33 +106,33 @@ TEST_F(SoundRoute, SwitchChangesTheDefaultAndMovesWhatPlays)
 
 TEST_F(SoundRoute, StreamThatCannotMoveDoesNotHoldTheOthers)
 {
-    alone(kBothSinks, [&] {
+    alone(BOTH_SINKS, [&] {
         FakeSoundServer::State state = three_sinks("speakers");
         state.tied_streams = {7};
         FakeSoundServer server(socket(), state);
-        EXPECT_EQ(sound_manager_set_speaker_selection(kExternal), 0);
+        EXPECT_EQ(sound_manager_set_speaker_selection(EXTERNAL), 0);
         EXPECT_THAT(server.state().streams, ElementsAre(Pair(7, "speakers"), Pair(9, "hdmi")));
     });
 }
 
 TEST_F(SoundRoute, InternalSinkIsTheDefaultAtTheFirstUseUnlessConfigured)
 {
-    alone(kExternalOnly, [&] {
+    alone(EXTERNAL_ONLY, [&] {
         FakeSoundServer server(socket(), three_sinks("headset"));
-        EXPECT_EQ(selection(), kInternal);
-        EXPECT_EQ(sound_manager_set_speaker_selection(kExternal), 0);
-        EXPECT_EQ(sound_manager_set_speaker_selection(kInternal), 0);
+        EXPECT_EQ(selection(), INTERNAL);
+        EXPECT_EQ(sound_manager_set_speaker_selection(EXTERNAL), 0);
+        EXPECT_EQ(sound_manager_set_speaker_selection(INTERNAL), 0);
         EXPECT_EQ(server.state().default_sink, "headset");
     });
 }
 
 TEST_F(SoundRoute, ExternalDefaultAtTheFirstUseIsNotTakenForTheInternalOne)
 {
-    alone(kExternalOnly, [&] {
+    alone(EXTERNAL_ONLY, [&] {
         FakeSoundServer server(socket(), three_sinks("hdmi"));
-        EXPECT_EQ(selection(), kExternal);
+        EXPECT_EQ(selection(), EXTERNAL);
         const CapturedLog log;
-        EXPECT_EQ(sound_manager_set_speaker_selection(kInternal), -1);
+        EXPECT_EQ(sound_manager_set_speaker_selection(INTERNAL), -1);
         EXPECT_THAT(log.text(), HasSubstr("route 0 has no sink"));
         EXPECT_EQ(server.state().default_sink, "hdmi");
     });
@@ -143,7 +143,7 @@ TEST_F(SoundRoute, RouteWithoutASinkIsRefused)
     alone("[sound]\nexternal_sink = missing\n", [&] {
         FakeSoundServer server(socket(), three_sinks("speakers"));
         const CapturedLog log;
-        EXPECT_EQ(sound_manager_set_speaker_selection(kExternal), -1);
+        EXPECT_EQ(sound_manager_set_speaker_selection(EXTERNAL), -1);
         EXPECT_THAT(log.text(), HasSubstr("route 8 has no sink named missing"));
         EXPECT_EQ(server.state().default_sink, "speakers");
     });
@@ -151,12 +151,12 @@ TEST_F(SoundRoute, RouteWithoutASinkIsRefused)
 
 TEST_F(SoundRoute, ServerThatRefusesFailsTheSwitch)
 {
-    alone(kBothSinks, [&] {
+    alone(BOTH_SINKS, [&] {
         FakeSoundServer::State state = three_sinks("speakers");
         state.refuse_default = true;
         FakeSoundServer server(socket(), state);
         const CapturedLog log;
-        EXPECT_EQ(sound_manager_set_speaker_selection(kExternal), -1);
+        EXPECT_EQ(sound_manager_set_speaker_selection(EXTERNAL), -1);
         EXPECT_THAT(log.text(), HasSubstr("did not switch to hdmi"));
         EXPECT_THAT(server.state().streams, ElementsAre(Pair(7, "speakers"), Pair(9, "speakers")));
     });
@@ -164,7 +164,7 @@ TEST_F(SoundRoute, ServerThatRefusesFailsTheSwitch)
 
 TEST_F(SoundRoute, ServerThatHangsIsNotWaitedForLong)
 {
-    alone(kBothSinks, [&] {
+    alone(BOTH_SINKS, [&] {
         FakeSoundServer::State state = three_sinks("speakers");
         state.silent = true;
         FakeSoundServer server(socket(), state);
@@ -178,13 +178,13 @@ TEST_F(SoundRoute, ServerThatHangsIsNotWaitedForLong)
 
 TEST_F(SoundRoute, WithoutAServerCallsFailAndOneLineSaysSo)
 {
-    alone(kBothSinks, [&] {
+    alone(BOTH_SINKS, [&] {
         const CapturedLog log;
         EXPECT_EQ(selection(), std::nullopt);
         const std::string said = log.text();
         EXPECT_THAT(said, HasSubstr("no sound server answers"));
         EXPECT_EQ(said.substr(0, 2), "W/");
-        EXPECT_EQ(sound_manager_set_speaker_selection(kExternal), -1);
+        EXPECT_EQ(sound_manager_set_speaker_selection(EXTERNAL), -1);
         EXPECT_EQ(selection(), std::nullopt);
         EXPECT_EQ(log.text(), said);
     });
@@ -192,16 +192,16 @@ TEST_F(SoundRoute, WithoutAServerCallsFailAndOneLineSaysSo)
 
 TEST_F(SoundRoute, ServerThatComesLaterIsFound)
 {
-    alone(kBothSinks, [&] {
+    alone(BOTH_SINKS, [&] {
         EXPECT_EQ(selection(), std::nullopt);
         const FakeSoundServer server(socket(), three_sinks("speakers"));
-        EXPECT_EQ(selection(), kInternal);
+        EXPECT_EQ(selection(), INTERNAL);
     });
 }
 
 TEST_F(SoundRoute, BadArgumentsAreRefused)
 {
-    alone(kBothSinks, [&] {
+    alone(BOTH_SINKS, [&] {
         FakeSoundServer server(socket(), three_sinks("speakers"));
         EXPECT_EQ(sound_manager_get_speaker_selection(nullptr), -1);
         for (const int unknown : {-1, 1, 7, 9})

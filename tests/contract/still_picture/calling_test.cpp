@@ -29,14 +29,14 @@ TEST_F(CallingThePictureLibrary, WithNullIsRefused)
     EXPECT_LT(pictrel_set_mixer_render(nullptr, 1), 0);
     EXPECT_LT(pictrel_rotate(nullptr, 90), 0);
 
-    open({16, 16, plain(kRed)});
+    open({16, 16, plain(RED)});
     EXPECT_LT(pictrel_add_event_callback(picture_, PICTREL_EVENT_PARSE, nullptr, nullptr), 0);
 }
 
 TEST_F(CallingThePictureLibrary, WithUnknownValuesIsRefused)
 {
     const auto ignore = [](void *, pictrel_event_type_e, pictrel_event_result_e) {};
-    open({16, 16, plain(kRed)});
+    open({16, 16, plain(RED)});
     EXPECT_LT(pictrel_set_window(picture_, 0), 0);
     EXPECT_LT(pictrel_set_window(picture_, 2), 0);
     EXPECT_LT(pictrel_set_geometry_size(picture_, 3), 0);
@@ -52,21 +52,21 @@ TEST_F(CallingThePictureLibrary, WithUnknownValuesIsRefused)
 
 TEST_F(CallingThePictureLibrary, OutOfTurnIsRefused)
 {
-    open({16, 16, plain(kRed)});
+    open({16, 16, plain(RED)});
     EXPECT_LT(pictrel_decode(picture_, 0), 0);
     EXPECT_LT(pictrel_render(picture_), 0);
     EXPECT_LT(pictrel_rotate(picture_, 90), 0);
 
     ASSERT_EQ(pictrel_parse(picture_), 0);
     EXPECT_LT(pictrel_parse(picture_), 0);
-    ASSERT_THAT(application_.events(1), ElementsAre(kParsed));
+    ASSERT_THAT(application_.events(1), ElementsAre(PARSED));
     EXPECT_LT(pictrel_parse(picture_), 0);
     EXPECT_LT(pictrel_render(picture_), 0);
     EXPECT_LT(pictrel_decode(picture_, 1), 0);
 
     ASSERT_EQ(pictrel_decode(picture_, 0), 0);
     EXPECT_LT(pictrel_decode(picture_, 0), 0);
-    ASSERT_THAT(application_.events(2), ElementsAre(kParsed, kDecoded));
+    ASSERT_THAT(application_.events(2), ElementsAre(PARSED, DECODED));
     EXPECT_LT(pictrel_rotate(picture_, 90), 0);
     EXPECT_EQ(screen_.pictures, 0);
 }
@@ -74,7 +74,7 @@ TEST_F(CallingThePictureLibrary, OutOfTurnIsRefused)
 TEST_F(CallingThePictureLibrary, WithoutADisplayCannotDecode)
 {
     platform::PictureDisplay::get().use(nullptr);
-    write_jpeg(file("a.jpg"), {16, 16, plain(kRed)});
+    write_jpeg(file("a.jpg"), {16, 16, plain(RED)});
     ASSERT_EQ(pictrel_create_from_url(file("a.jpg").c_str(), &picture_), 0);
     EXPECT_LT(pictrel_set_window(picture_, 1), 0);
     application_.subscribe(picture_);
@@ -85,18 +85,18 @@ TEST_F(CallingThePictureLibrary, WithoutADisplayCannotDecode)
 
 TEST_F(CallingThePictureLibrary, ToLetGoOfTheDisplayLeavesThePictureThere)
 {
-    show({16, 9, plain(kRed)});
+    show({16, 9, plain(RED)});
     int display = 1;
     EXPECT_EQ(pictrel_destroy_display(&display), 0);
     EXPECT_EQ(display, 0);
     EXPECT_LT(pictrel_destroy_display(&display), 0);
     EXPECT_EQ(screen_.pictures, 1);
-    EXPECT_THAT(screen_.at(80, 45), LooksLike(kRed));
+    EXPECT_THAT(screen_.at(80, 45), LooksLike(RED));
 }
 
 TEST_F(CallingThePictureLibrary, ToDestroyAPictureLeavesItOnThePanel)
 {
-    show({16, 9, plain(kRed)});
+    show({16, 9, plain(RED)});
     EXPECT_EQ(pictrel_destroy(&picture_), 0);
     EXPECT_EQ(picture_, nullptr);
     EXPECT_EQ(screen_.pictures, 1);
@@ -131,7 +131,7 @@ TEST_F(CallingThePictureLibrary, GivesTheCallbackTheRecordsDataWhereItHasNoneOfI
         int at_registration = 0;
         int later = 0;
         int own = 0;
-        open({16, 16, plain(kRed)});
+        open({16, 16, plain(RED)});
         picture_->user_data = &at_registration;
         ASSERT_EQ(pictrel_add_event_callback(picture_, PICTREL_EVENT_PARSE, Witness::on_event,
                                              own_data ? &own : nullptr),
@@ -161,10 +161,10 @@ class ClosedPlane : public platform::VideoPlane {
 TEST_F(CallingThePictureLibrary, ReportsThatThePlaneIsLost)
 {
     platform::PictureDisplay::get().use(std::make_shared<ClosedPlane>());
-    open({16, 16, plain(kRed)});
+    open({16, 16, plain(RED)});
     ASSERT_NO_FATAL_FAILURE(decode());
     EXPECT_LT(pictrel_render(picture_), 0);
-    EXPECT_THAT(application_.events(3), ElementsAre(kParsed, kDecoded, kResourceLost));
+    EXPECT_THAT(application_.events(3), ElementsAre(PARSED, DECODED, RESOURCE_LOST));
 }
 
 /** A plane that has no memory for a picture. */
@@ -176,7 +176,7 @@ class FullPlane : public ClosedPlane {
 TEST_F(CallingThePictureLibrary, RefusesToRenderWithoutRoomOnThePlane)
 {
     platform::PictureDisplay::get().use(std::make_shared<FullPlane>());
-    open({16, 16, plain(kRed)});
+    open({16, 16, plain(RED)});
     ASSERT_NO_FATAL_FAILURE(decode());
     EXPECT_LT(pictrel_render(picture_), 0);
 }

@@ -12,7 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-constexpr std::chrono::milliseconds kEarliestFailure{200};
+constexpr std::chrono::milliseconds EARLIEST_FAILURE{200};
 
 class ABadFile : public PictureTest {
   protected:
@@ -21,8 +21,8 @@ class ABadFile : public PictureTest {
         open(path);
         const auto asked = Clock::now();
         EXPECT_EQ(pictrel_parse(picture_), 0);
-        EXPECT_THAT(application_.events(1), ElementsAre(kParseFailed));
-        EXPECT_GE(application_.last_event_time() - asked, kEarliestFailure);
+        EXPECT_THAT(application_.events(1), ElementsAre(PARSE_FAILED));
+        EXPECT_GE(application_.last_event_time() - asked, EARLIEST_FAILURE);
         EXPECT_LT(pictrel_decode(picture_, 0), 0);
         EXPECT_LT(pictrel_parse(picture_), 0);
     }
@@ -38,11 +38,11 @@ class ABadFile : public PictureTest {
         store_test::write_file(file("bad.jpg"), bytes);
         open(file("bad.jpg"));
         ASSERT_EQ(pictrel_parse(picture_), 0);
-        ASSERT_THAT(application_.events(1), ElementsAre(kParsed));
+        ASSERT_THAT(application_.events(1), ElementsAre(PARSED));
         const auto asked = Clock::now();
         EXPECT_EQ(pictrel_decode(picture_, 0), 0);
-        EXPECT_THAT(application_.events(2), ElementsAre(kParsed, kDecodeFailed));
-        EXPECT_GE(application_.last_event_time() - asked, kEarliestFailure);
+        EXPECT_THAT(application_.events(2), ElementsAre(PARSED, DECODE_FAILED));
+        EXPECT_GE(application_.last_event_time() - asked, EARLIEST_FAILURE);
         EXPECT_LT(pictrel_render(picture_), 0);
         EXPECT_EQ(screen_.pictures, 0);
     }
@@ -172,7 +172,7 @@ TEST_F(ABadFile, ThatLacksOnlyItsEndMarkIsShown)
 
 TEST_F(ABadFile, ProgressiveAndTooLargeForMemoryFailsToDecode)
 {
-    JpegOrder order{64, 64, plain(kRed)};
+    JpegOrder order{64, 64, plain(RED)};
     order.progressive = true;
     expect_decode_fails_of(with_size(bytes_of(order), 0xc2, 30000, 30000));
 }
@@ -191,7 +191,7 @@ std::string reason_of(const std::string &path)
 
 TEST_F(ABadFile, ProgressiveIsRefusedForItsMemoryOnlyAboveTheLimit)
 {
-    JpegOrder order{64, 64, plain(kRed)};
+    JpegOrder order{64, 64, plain(RED)};
     order.progressive = true;
     const std::string bytes = bytes_of(order);
     // Three bytes each pixel, with the colours at a quarter of the resolution.
@@ -204,7 +204,7 @@ TEST_F(ABadFile, ProgressiveIsRefusedForItsMemoryOnlyAboveTheLimit)
 
 TEST_F(ABadFile, OfCountlessScansFailsToDecode)
 {
-    JpegOrder order{64, 64, plain(kRed)};
+    JpegOrder order{64, 64, plain(RED)};
     order.scan_each_bit = true;
     write_jpeg(file("scans.jpg"), order);
 

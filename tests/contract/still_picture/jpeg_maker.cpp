@@ -142,8 +142,8 @@ std::function<uint32_t(int, int)> quarters(int width, int height)
 {
     return [width, height](int x, int y) {
         if (y < height / 2)
-            return x < width / 2 ? kRed : kGreen;
-        return x < width / 2 ? kBlue : kWhite;
+            return x < width / 2 ? RED : GREEN;
+        return x < width / 2 ? BLUE : WHITE;
     };
 }
 

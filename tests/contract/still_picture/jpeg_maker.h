@@ -38,9 +38,9 @@ std::function<uint32_t(int, int)> plain(uint32_t color);
 /** Red and green in the upper quarters, blue and white in the lower ones. */
 std::function<uint32_t(int, int)> quarters(int width, int height);
 
-constexpr uint32_t kRed = 0xff0000;
-constexpr uint32_t kGreen = 0x00ff00;
-constexpr uint32_t kBlue = 0x0000ff;
-constexpr uint32_t kWhite = 0xffffff;
+constexpr uint32_t RED = 0xff0000;
+constexpr uint32_t GREEN = 0x00ff00;
+constexpr uint32_t BLUE = 0x0000ff;
+constexpr uint32_t WHITE = 0xffffff;
 
 } // namespace platform_test

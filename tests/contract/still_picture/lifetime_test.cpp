@@ -41,14 +41,14 @@ TEST_F(ADestroyedPicture, StopsDecodingAtOnce)
 
     open(file("picture.jpg"));
     ASSERT_EQ(pictrel_parse(picture_), 0);
-    ASSERT_THAT(application_.events(1), ElementsAre(kParsed));
+    ASSERT_THAT(application_.events(1), ElementsAre(PARSED));
     ASSERT_EQ(pictrel_decode(picture_, 0), 0);
     begun = Clock::now();
     EXPECT_EQ(pictrel_destroy(&picture_), 0);
     EXPECT_LT(Clock::now() - begun, whole / 2);
 
     EXPECT_TRUE(threads_gone());
-    EXPECT_THAT(application_.events(1), ElementsAre(kParsed));
+    EXPECT_THAT(application_.events(1), ElementsAre(PARSED));
 }
 
 TEST_F(ADestroyedPicture, IsNoLongerWhatTheLibraryShows)
@@ -103,7 +103,7 @@ struct Impatient {
 
 TEST_F(ADestroyedPicture, MayBeDestroyedByItsOwnCallback)
 {
-    open({64, 64, plain(kRed)});
+    open({64, 64, plain(RED)});
     Impatient impatient;
     std::swap(impatient.picture, picture_);
     pictrel_add_event_callback(impatient.picture, PICTREL_EVENT_PARSE, Impatient::on_event,
@@ -135,7 +135,7 @@ struct Slow {
 
 TEST_F(ADestroyedPicture, WaitsForACallbackUnderWay)
 {
-    open({64, 64, plain(kRed)});
+    open({64, 64, plain(RED)});
     Slow slow;
     pictrel_add_event_callback(picture_, PICTREL_EVENT_PARSE, Slow::on_event, &slow);
     ASSERT_EQ(pictrel_parse(picture_), 0);
@@ -166,7 +166,7 @@ TEST_F(ADestroyedPicture, WaitsForACallbackUnderWay)
 
 TEST_F(ADestroyedPicture, LeavesNothingBehindAThousandTimes)
 {
-    write_jpeg(file("good.jpg"), {64, 64, plain(kRed)});
+    write_jpeg(file("good.jpg"), {64, 64, plain(RED)});
     const size_t files_before = open_files();
     for (int i = 0; i < 1000; ++i) {
         const std::string path = i % 5 == 4 ? "none.jpg" : "good.jpg";
@@ -175,11 +175,11 @@ TEST_F(ADestroyedPicture, LeavesNothingBehindAThousandTimes)
             ASSERT_EQ(pictrel_parse(picture_), 0);
         }
         if (i % 5 == 2 || i % 5 == 3) {
-            ASSERT_THAT(application_.events(1), ElementsAre(kParsed));
+            ASSERT_THAT(application_.events(1), ElementsAre(PARSED));
             ASSERT_EQ(pictrel_decode(picture_, 0), 0);
         }
         if (i % 5 == 3) {
-            ASSERT_THAT(application_.events(2), ElementsAre(kParsed, kDecoded));
+            ASSERT_THAT(application_.events(2), ElementsAre(PARSED, DECODED));
             ASSERT_EQ(pictrel_render(picture_), 0);
         }
         ASSERT_EQ(pictrel_destroy(&picture_), 0);

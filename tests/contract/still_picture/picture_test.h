@@ -23,13 +23,13 @@ namespace platform_test {
 using Clock = std::chrono::steady_clock;
 using Event = std::pair<pictrel_event_type_e, pictrel_event_result_e>;
 
-constexpr Event kParsed{PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSED};
-constexpr Event kParseFailed{PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED};
-constexpr Event kDecoded{PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODED};
-constexpr Event kDecodeFailed{PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODE_FAILED};
-constexpr Event kRendered{PICTREL_EVENT_RENDER, PICTREL_RESULT_DONE};
-constexpr Event kTurned{PICTREL_EVENT_ROTATE, PICTREL_RESULT_DONE};
-constexpr Event kResourceLost{PICTREL_EVENT_RESOURCE_CONFLICT, PICTREL_RESULT_RESOURCE_LOST};
+constexpr Event PARSED{PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSED};
+constexpr Event PARSE_FAILED{PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED};
+constexpr Event DECODED{PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODED};
+constexpr Event DECODE_FAILED{PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODE_FAILED};
+constexpr Event RENDERED{PICTREL_EVENT_RENDER, PICTREL_RESULT_DONE};
+constexpr Event TURNED{PICTREL_EVENT_ROTATE, PICTREL_RESULT_DONE};
+constexpr Event RESOURCE_LOST{PICTREL_EVENT_RESOURCE_CONFLICT, PICTREL_RESULT_RESOURCE_LOST};
 
 /** Gets the events on whatever thread they come. */
 class Application {
@@ -106,10 +106,10 @@ MATCHER_P(LooksLike, color, "")
 
 class PictureTest : public testing::Test {
   protected:
-    static constexpr int kWidth = 160;
-    static constexpr int kHeight = 90;
+    static constexpr int WIDTH = 160;
+    static constexpr int HEIGHT = 90;
 
-    void SetUp() override { use_panel(kWidth, kHeight); }
+    void SetUp() override { use_panel(WIDTH, HEIGHT); }
 
     void TearDown() override
     {
@@ -155,9 +155,9 @@ class PictureTest : public testing::Test {
     void decode()
     {
         ASSERT_EQ(pictrel_parse(picture_), 0);
-        ASSERT_THAT(application_.events(1), testing::ElementsAre(kParsed));
+        ASSERT_THAT(application_.events(1), testing::ElementsAre(PARSED));
         ASSERT_EQ(pictrel_decode(picture_, 0), 0);
-        ASSERT_THAT(application_.events(2), testing::ElementsAre(kParsed, kDecoded));
+        ASSERT_THAT(application_.events(2), testing::ElementsAre(PARSED, DECODED));
     }
 
     void show(const JpegOrder &order)
@@ -210,13 +210,13 @@ class PictureTest : public testing::Test {
   private:
     static char initial(uint32_t color)
     {
-        if (testing::Value(color, LooksLike(kRed)))
+        if (testing::Value(color, LooksLike(RED)))
             return 'R';
-        if (testing::Value(color, LooksLike(kGreen)))
+        if (testing::Value(color, LooksLike(GREEN)))
             return 'G';
-        if (testing::Value(color, LooksLike(kBlue)))
+        if (testing::Value(color, LooksLike(BLUE)))
             return 'B';
-        return testing::Value(color, LooksLike(kWhite)) ? 'W' : '?';
+        return testing::Value(color, LooksLike(WHITE)) ? 'W' : '?';
     }
 };
 

@@ -6,7 +6,7 @@
 namespace platform {
 namespace {
 
-constexpr uint32_t kOpaque = 0xff000000;
+constexpr uint32_t OPAQUE = 0xff000000;
 
 Image filled(const Size &size, uint32_t color)
 {
@@ -32,23 +32,23 @@ TEST(Scaling, AveragesWhatGoesIntoOnePixel)
     Image image(Size{4, 2});
     for (int y = 0; y < 2; ++y) {
         for (int x = 0; x < 4; ++x)
-            image.row(y)[x] = kOpaque | static_cast<uint32_t>(x < 2 ? 0 : y == 0 ? 200 : 100);
+            image.row(y)[x] = OPAQUE | static_cast<uint32_t>(x < 2 ? 0 : y == 0 ? 200 : 100);
     }
     const Image scaled = RowScaler::scale(image, {2, 1});
-    EXPECT_EQ(scaled.row(0)[0], kOpaque);
-    EXPECT_EQ(scaled.row(0)[1], kOpaque | 150);
+    EXPECT_EQ(scaled.row(0)[0], OPAQUE);
+    EXPECT_EQ(scaled.row(0)[1], OPAQUE | 150);
 }
 
 TEST(Scaling, GrowsWithoutSteps)
 {
     Image image(Size{2, 1});
-    image.row(0)[0] = kOpaque;
-    image.row(0)[1] = kOpaque | 240;
+    image.row(0)[0] = OPAQUE;
+    image.row(0)[1] = OPAQUE | 240;
     const Image scaled = RowScaler::scale(image, {6, 1});
     for (int x = 1; x < 6; ++x)
         EXPECT_GE(scaled.row(0)[x], scaled.row(0)[x - 1]);
-    EXPECT_EQ(scaled.row(0)[0], kOpaque);
-    EXPECT_EQ(scaled.row(0)[5], kOpaque | 240);
+    EXPECT_EQ(scaled.row(0)[0], OPAQUE);
+    EXPECT_EQ(scaled.row(0)[5], OPAQUE | 240);
     EXPECT_NEAR(static_cast<double>(scaled.row(0)[2] & 0xff), 80, 2);
 }
 
@@ -56,7 +56,7 @@ TEST(Scaling, IsDoneWithTheLastRow)
 {
     Image into(Size{10, 4});
     RowScaler scaler({10, 9}, into);
-    const Image row = filled({10, 1}, kOpaque);
+    const Image row = filled({10, 1}, OPAQUE);
     for (int y = 0; y < 9; ++y) {
         EXPECT_FALSE(scaler.done());
         scaler.push(row.row(0));

@@ -9,14 +9,14 @@ using ShowingAPicture = PictureTest;
 
 TEST_F(ShowingAPicture, TellsItsUprightSizeOnceParsed)
 {
-    open({48, 32, plain(kRed)});
+    open({48, 32, plain(RED)});
     EXPECT_EQ(picture_->width, 0);
     pictrel_parse(picture_);
     application_.events(1);
     EXPECT_EQ(picture_->width, 48);
     EXPECT_EQ(picture_->height, 32);
 
-    JpegOrder turned{48, 32, plain(kRed)};
+    JpegOrder turned{48, 32, plain(RED)};
     turned.app1 = {exif_with_orientation(6)};
     open(turned);
     pictrel_parse(picture_);
@@ -27,10 +27,10 @@ TEST_F(ShowingAPicture, TellsItsUprightSizeOnceParsed)
 
 TEST_F(ShowingAPicture, ReportsEachStepOnce)
 {
-    show({64, 64, plain(kBlue)});
-    EXPECT_THAT(application_.events(3), ElementsAre(kParsed, kDecoded, kRendered));
+    show({64, 64, plain(BLUE)});
+    EXPECT_THAT(application_.events(3), ElementsAre(PARSED, DECODED, RENDERED));
     EXPECT_EQ(pictrel_rotate(picture_, 180), 0);
-    EXPECT_THAT(application_.events(4), ElementsAre(kParsed, kDecoded, kRendered, kTurned));
+    EXPECT_THAT(application_.events(4), ElementsAre(PARSED, DECODED, RENDERED, TURNED));
     EXPECT_EQ(screen_.pictures, 2);
 }
 
@@ -41,8 +41,8 @@ TEST_F(ShowingAPicture, FitsAWidePictureBetweenBarsAboveAndBelow)
     EXPECT_EQ(quarters_of(0, 25, 160, 40), "RGBW");
     EXPECT_EQ(screen_.at(80, 24), 0u);
     EXPECT_EQ(screen_.at(80, 65), 0u);
-    EXPECT_THAT(screen_.at(0, 25), LooksLike(kRed));
-    EXPECT_THAT(screen_.at(159, 64), LooksLike(kWhite));
+    EXPECT_THAT(screen_.at(0, 25), LooksLike(RED));
+    EXPECT_THAT(screen_.at(159, 64), LooksLike(WHITE));
 }
 
 TEST_F(ShowingAPicture, FitsATallPictureBetweenBarsLeftAndRight)
@@ -57,30 +57,30 @@ TEST_F(ShowingAPicture, FitsATallPictureBetweenBarsLeftAndRight)
 TEST_F(ShowingAPicture, EnlargesASmallOne)
 {
     show({16, 9, quarters(16, 9)});
-    EXPECT_THAT(screen_.at(2, 2), LooksLike(kRed));
-    EXPECT_THAT(screen_.at(157, 2), LooksLike(kGreen));
+    EXPECT_THAT(screen_.at(2, 2), LooksLike(RED));
+    EXPECT_THAT(screen_.at(157, 2), LooksLike(GREEN));
 }
 
 TEST_F(ShowingAPicture, TakesTheOddestSizes)
 {
-    show({1, 1, plain(kGreen)});
-    EXPECT_THAT(screen_.at(80, 45), LooksLike(kGreen));
+    show({1, 1, plain(GREEN)});
+    EXPECT_THAT(screen_.at(80, 45), LooksLike(GREEN));
 }
 
 TEST_F(ShowingAPicture, TakesTheWidestStrip)
 {
-    show({65500, 1, plain(kGreen)});
-    EXPECT_THAT(screen_.at(0, 44), LooksLike(kGreen));
-    EXPECT_THAT(screen_.at(159, 44), LooksLike(kGreen));
+    show({65500, 1, plain(GREEN)});
+    EXPECT_THAT(screen_.at(0, 44), LooksLike(GREEN));
+    EXPECT_THAT(screen_.at(159, 44), LooksLike(GREEN));
     EXPECT_EQ(screen_.at(80, 43), 0u);
     EXPECT_EQ(screen_.at(80, 45), 0u);
 }
 
 TEST_F(ShowingAPicture, TakesTheTallestStrip)
 {
-    show({1, 65500, plain(kGreen)});
-    EXPECT_THAT(screen_.at(79, 0), LooksLike(kGreen));
-    EXPECT_THAT(screen_.at(79, 89), LooksLike(kGreen));
+    show({1, 65500, plain(GREEN)});
+    EXPECT_THAT(screen_.at(79, 0), LooksLike(GREEN));
+    EXPECT_THAT(screen_.at(79, 89), LooksLike(GREEN));
     EXPECT_EQ(screen_.at(78, 45), 0u);
     EXPECT_EQ(screen_.at(80, 45), 0u);
 }
@@ -134,8 +134,8 @@ TEST_F(ShowingAPicture, ReadsArithmeticCoding)
 class EveryOrientation : public PictureTest, public testing::WithParamInterface<int> {
   protected:
     /** Red and green above blue and white, laid as EXIF says. */
-    static constexpr const char *kExpected[] = {"RGBW", "RGBW", "GRWB", "WBGR", "BWRG",
-                                                "RBGW", "BRWG", "WGBR", "GWRB"};
+    static constexpr const char *EXPECTED[] = {"RGBW", "RGBW", "GRWB", "WBGR", "BWRG",
+                                               "RBGW", "BRWG", "WGBR", "GWRB"};
 };
 
 TEST_P(EveryOrientation, IsBroughtUpright)
@@ -145,7 +145,7 @@ TEST_P(EveryOrientation, IsBroughtUpright)
     order.app1 = {exif_with_orientation(static_cast<uint8_t>(GetParam()))};
     show(order);
 
-    const std::string expected = kExpected[GetParam()];
+    const std::string expected = EXPECTED[GetParam()];
     if (GetParam() < 5) {
         EXPECT_EQ(quarters_of(0, 20, 120, 80), expected);
     } else {
@@ -190,8 +190,8 @@ TEST_F(OnATurnedPanel, ATallPictureFillsIt)
 {
     show_turned({360, 640, quarters(360, 640)}, 270);
     EXPECT_EQ(quarters_of(0, 0, 160, 90), "GWRB");
-    EXPECT_THAT(screen_.at(0, 0), LooksLike(kGreen));
-    EXPECT_THAT(application_.events(3), ElementsAre(kParsed, kDecoded, kTurned));
+    EXPECT_THAT(screen_.at(0, 0), LooksLike(GREEN));
+    EXPECT_THAT(application_.events(3), ElementsAre(PARSED, DECODED, TURNED));
 }
 
 TEST_F(OnATurnedPanel, AWidePictureLiesAcross)

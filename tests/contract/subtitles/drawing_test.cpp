@@ -43,7 +43,7 @@ TEST_F(SubtitleDrawing, LetterSizeGrowsWithThePicture)
 
 TEST_F(SubtitleDrawing, LettersAreBrightWithADarkOutlineOnAnyColour)
 {
-    for (const uint32_t colour : {0xFFFFFFFFu, 0xFF000000u, 0xFFFFFF00u, Picture::background}) {
+    for (const uint32_t colour : {0xFFFFFFFFu, 0xFF000000u, 0xFFFFFF00u, Picture::BACKGROUND}) {
         Picture picture(1280, 720, colour);
         picture.draw(*track_, 2000);
         int bright = 0;
@@ -72,7 +72,7 @@ TEST_F(SubtitleDrawing, OutlineSurroundsEveryLetter)
                 continue;
             for (const auto &[nx, ny] : {std::pair(x - 1, y), std::pair(x + 1, y),
                                          std::pair(x, y - 1), std::pair(x, y + 1)})
-                neighbours += picture.at(nx, ny) == Picture::background;
+                neighbours += picture.at(nx, ny) == Picture::BACKGROUND;
         }
     }
     EXPECT_EQ(neighbours, 0) << "a letter's white touches the picture";
@@ -166,17 +166,17 @@ TEST_F(SubtitleDrawing, LongLinesAreBrokenInsideTheSafeArea)
 
 TEST_F(SubtitleDrawing, PixelsOutsideTheRowsAreLeftAlone)
 {
-    constexpr int width = 321;
-    constexpr int height = 181;
-    constexpr int stride = width * 4 + 60;
-    std::vector<uint8_t> memory(static_cast<size_t>(stride) * height + 1, 0x55);
+    constexpr int WIDTH = 321;
+    constexpr int HEIGHT = 181;
+    constexpr int STRIDE = WIDTH * 4 + 60;
+    std::vector<uint8_t> memory(static_cast<size_t>(STRIDE) * HEIGHT + 1, 0x55);
     // An odd start address and a stride with room to spare.
-    EXPECT_TRUE(track_->draw(2000, memory.data() + 1, width, height, stride, 0));
+    EXPECT_TRUE(track_->draw(2000, memory.data() + 1, WIDTH, HEIGHT, STRIDE, 0));
     int changed = 0;
-    for (int y = 0; y < height; ++y) {
-        for (int x = 0; x < stride; ++x) {
-            const uint8_t byte = memory[static_cast<size_t>(y * stride + x) + 1];
-            if (x < width * 4)
+    for (int y = 0; y < HEIGHT; ++y) {
+        for (int x = 0; x < STRIDE; ++x) {
+            const uint8_t byte = memory[static_cast<size_t>(y * STRIDE + x) + 1];
+            if (x < WIDTH * 4)
                 changed += byte != 0x55;
             else
                 EXPECT_EQ(byte, 0x55) << x << "," << y;

@@ -37,7 +37,7 @@ void PrintTo(const EncodingCase &encoding, std::ostream *stream)
     *stream << encoding.title;
 }
 
-const EncodingCase encoding_cases[] = {
+const EncodingCase ENCODING_CASES[] = {
     {"Utf8", "UTF-8", "", "Größe – schön 안녕하세요"},
     {"Utf8WithMark", "UTF-8", "\xEF\xBB\xBF", "Größe – schön 안녕하세요"},
     {"Utf16LittleEndian", "UTF-16LE", "\xFF\xFE", "Größe – schön 안녕하세요"},
@@ -76,7 +76,7 @@ TEST_P(SubtitleEncoding, IsRecognised)
     EXPECT_EQ(text_at(*track, 2000), encoding.text);
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, SubtitleEncoding, testing::ValuesIn(encoding_cases),
+INSTANTIATE_TEST_SUITE_P(Each, SubtitleEncoding, testing::ValuesIn(ENCODING_CASES),
                          [](const auto &test) { return std::string(test.param.title); });
 
 TEST_F(SubtitleTest, OneBadByteDoesNotTurnUtf8IntoSomethingElse)

@@ -18,7 +18,7 @@ void PrintTo(const FormatCase &format, std::ostream *stream)
     *stream << format.title;
 }
 
-const FormatCase format_cases[] = {
+const FormatCase FORMAT_CASES[] = {
     {"SubRip", "a.srt",
      "1\n00:00:01,000 --> 00:00:02,000\nGood morning\n\n"
      "2\n00:00:04,000 --> 00:00:06,500\nTwo\nlines\n",
@@ -123,7 +123,7 @@ TEST_P(SubtitleFormat, IsReadAndDrawn)
     EXPECT_TRUE(complaints().empty()) << complaints().front();
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, SubtitleFormat, testing::ValuesIn(format_cases),
+INSTANTIATE_TEST_SUITE_P(Each, SubtitleFormat, testing::ValuesIn(FORMAT_CASES),
                          [](const auto &test) { return std::string(test.param.title); });
 
 TEST_F(SubtitleTest, CueTellsItsStartAndDuration)

@@ -12,7 +12,7 @@
 
 namespace {
 
-const char *const extensions[] = {"smi", "srt", "sub", "ttxt", "txt",
+const char *const EXTENSIONS[] = {"smi", "srt", "sub", "ttxt", "txt",
                                   "ssa", "ass", "psb", "sami", "mpl"};
 
 TEST_F(SubtitleTest, MissingFileIsRefused)
@@ -59,7 +59,7 @@ TEST_F(SubtitleTest, UnreadableLinkIsRefused)
 
 TEST_F(SubtitleTest, OrdinaryTextIsNoSubtitleUnderAnyExtension)
 {
-    for (const char *extension : extensions) {
+    for (const char *extension : EXTENSIONS) {
         const std::string path =
             write(std::string("readme.") + extension,
                   "Welcome to the demo stick.\n\n1. Copy the files.\n2. Start the demo.\n"
@@ -74,7 +74,7 @@ TEST_F(SubtitleTest, BinaryFileIsRefusedUnderAnyExtension)
     std::string noise(100000, '\0');
     for (char &byte : noise)
         byte = static_cast<char>(random());
-    for (const char *extension : extensions)
+    for (const char *extension : EXTENSIONS)
         EXPECT_FALSE(refusal(write(std::string("noise.") + extension, noise)).empty());
     EXPECT_EQ(refusal(write("zeros.srt", std::string(5000, '\0'))), "The file is not a text file.");
 }
@@ -216,7 +216,7 @@ TEST_F(SubtitleTest, DamagedFilesNeverHarm)
             for (int i = 0; i < 1 + round / 6; ++i)
                 damaged[random() % damaged.size()] = static_cast<char>(random());
             const std::string path =
-                write(std::string("d.") + extensions[random() % std::size(extensions)], damaged);
+                write(std::string("d.") + EXTENSIONS[random() % std::size(EXTENSIONS)], damaged);
             std::string error;
             const auto track = platform::SubtitleTrack::load(path, error);
             EXPECT_EQ(track == nullptr, !error.empty());

@@ -10,7 +10,7 @@
 
 namespace {
 
-using platform::max_subtitle_file_size;
+using platform::MAX_SUBTITLE_FILE_SIZE;
 
 std::string repeated(const std::string &pattern, size_t size)
 {
@@ -36,7 +36,7 @@ std::string ass_event(const std::string &start, const std::string &end, const st
 
 TEST(HugeSubtitle, BracketsThatNothingClosesAreTextAndAreLookedThroughOnce)
 {
-    const std::string brackets = repeated("{", max_subtitle_file_size);
+    const std::string brackets = repeated("{", MAX_SUBTITLE_FILE_SIZE);
     EXPECT_EQ(platform::ass_to_plain(brackets), brackets);
     EXPECT_EQ(platform::ass_to_plain("a{\\b1}b" + brackets), "ab" + brackets);
     EXPECT_EQ(platform::ass_to_plain("a{\\b1}b{c"), "ab{c");
@@ -49,16 +49,16 @@ TEST(HugeSubtitle, LinesInAttributesAreTakenApartInOneGo)
         return platform::read_ttxt("<TextSample sampleTime=\"00:00:01.000\" text=\"" + lines +
                                    "\"></TextSample>");
     };
-    const auto cues = sample("'" + repeated("''", max_subtitle_file_size) + "'");
+    const auto cues = sample("'" + repeated("''", MAX_SUBTITLE_FILE_SIZE) + "'");
     ASSERT_EQ(cues.size(), 1u);
-    EXPECT_EQ(cues[0].text, std::string(max_subtitle_file_size / 2, '\n'));
+    EXPECT_EQ(cues[0].text, std::string(MAX_SUBTITLE_FILE_SIZE / 2, '\n'));
     EXPECT_EQ(sample("'a''b'").at(0).text, "a\nb");
     EXPECT_EQ(sample("'it's'''").at(0).text, "it's\n");
 }
 
 TEST(HugeSubtitle, TagsThatNothingClosesAreLookedThroughOnce)
 {
-    const std::string openings = repeated("<TextSample ", max_subtitle_file_size / 2);
+    const std::string openings = repeated("<TextSample ", MAX_SUBTITLE_FILE_SIZE / 2);
     const auto cues = platform::read_ttxt(
         openings + "<TextSample sampleTime=\"00:00:01.000\">Hello</TextSample>" + openings);
     ASSERT_EQ(cues.size(), 1u);
@@ -67,8 +67,8 @@ TEST(HugeSubtitle, TagsThatNothingClosesAreLookedThroughOnce)
 
 TEST(HugeSubtitle, StyledTextsAtTheSameTimeAreBoundedInBytesToo)
 {
-    constexpr size_t size = 60000;
-    const std::string text = "{" + repeated("\\t(", size) + "}x";
+    constexpr size_t SIZE = 60000;
+    const std::string text = "{" + repeated("\\t(", SIZE) + "}x";
     std::string crowd;
     for (int i = 0; i < 100; ++i)
         crowd += ass_event("0:00:01.00", "0:00:03.00", text);
@@ -103,7 +103,7 @@ TEST_F(SubtitleTest, LoadCanBeStoppedWhereverItIs)
             break;
         }
         EXPECT_EQ(track, nullptr) << "stopped at " << stopped_at;
-        EXPECT_EQ(error, platform::load_stopped);
+        EXPECT_EQ(error, platform::LOAD_STOPPED);
         EXPECT_LT(asked, stopped_at + 5) << "it goes on after it was told to stop";
     }
     // While the file, the packets and the texts are read.
@@ -116,7 +116,7 @@ TEST_F(SubtitleTest, StoppedLoadTriesNoMoreFormats)
     int asked = 0;
     std::string error;
     EXPECT_EQ(platform::SubtitleTrack::load(path, error, [&] { return ++asked > 30; }), nullptr);
-    EXPECT_EQ(error, platform::load_stopped);
+    EXPECT_EQ(error, platform::LOAD_STOPPED);
     EXPECT_LT(asked, 40);
 }
 

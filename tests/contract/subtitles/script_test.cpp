@@ -15,7 +15,7 @@ void PrintTo(const ScriptCase &script, std::ostream *stream)
     *stream << script.title;
 }
 
-const ScriptCase script_cases[] = {
+const ScriptCase SCRIPT_CASES[] = {
     {"Latin", "Žluťoučký kůň, Größe, Ağaç", "fonts-noto-core"},
     {"Cyrillic", "Добро пожаловать", "fonts-noto-core"},
     {"Greek", "Καλώς ήρθατε", "fonts-noto-core"},
@@ -51,7 +51,7 @@ TEST_P(SubtitleScript, HasAllItsLetters)
     EXPECT_TRUE(complaints().empty()) << complaints().front();
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, SubtitleScript, testing::ValuesIn(script_cases),
+INSTANTIATE_TEST_SUITE_P(Each, SubtitleScript, testing::ValuesIn(SCRIPT_CASES),
                          [](const auto &test) { return std::string(test.param.title); });
 
 TEST_F(SubtitleTest, LettersThatNoFontHasAreNoticed)

@@ -25,7 +25,7 @@ class Picture {
         int height() const { return bottom - top; }
     };
 
-    Picture(int width, int height, uint32_t colour = background);
+    Picture(int width, int height, uint32_t colour = BACKGROUND);
 
     bool draw(platform::SubtitleTrack &track, int64_t position_ms, int degrees = 0);
 
@@ -46,7 +46,7 @@ class Picture {
     /** Hash of all the pixels, to tell two drawings apart. */
     size_t fingerprint() const;
 
-    static constexpr uint32_t background = 0xFF2060A0;
+    static constexpr uint32_t BACKGROUND = 0xFF2060A0;
 
   private:
     int width_;

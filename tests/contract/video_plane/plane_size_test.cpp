@@ -9,8 +9,8 @@
 namespace platform {
 namespace {
 
-using platform_test::kScreenHeight;
-using platform_test::kScreenWidth;
+using platform_test::SCREEN_HEIGHT;
+using platform_test::SCREEN_WIDTH;
 
 constexpr uint32_t LEFT = 0xd01030;
 constexpr uint32_t RIGHT = 0x20c040;
@@ -53,57 +53,57 @@ class PlaneSizeTest : public platform_test::WestonTest {
 TEST_F(PlaneSizeTest, PanelThatBecameLargerIsCoveredAtOnceAndThenPixelForPixel)
 {
     PanelModel &panel = PanelModel::get();
-    panel.set_size(kScreenWidth / 2, kScreenHeight / 2);
+    panel.set_size(SCREEN_WIDTH / 2, SCREEN_HEIGHT / 2);
     const auto plane = VideoPlane::for_window(window_);
     ASSERT_TRUE(plane);
     ASSERT_TRUE(plane->present(two_halves(*plane)));
-    expect_covered(kScreenWidth / 2, kScreenHeight / 2);
+    expect_covered(SCREEN_WIDTH / 2, SCREEN_HEIGHT / 2);
 
     const PlaneBufferPtr drawn_before = two_halves(*plane);
-    panel.set_size(kScreenWidth, kScreenHeight);
-    expect_covered(kScreenWidth, kScreenHeight);
-    EXPECT_EQ(plane->width(), kScreenWidth);
-    EXPECT_EQ(plane->height(), kScreenHeight);
+    panel.set_size(SCREEN_WIDTH, SCREEN_HEIGHT);
+    expect_covered(SCREEN_WIDTH, SCREEN_HEIGHT);
+    EXPECT_EQ(plane->width(), SCREEN_WIDTH);
+    EXPECT_EQ(plane->height(), SCREEN_HEIGHT);
 
     ASSERT_TRUE(plane->present(drawn_before)) << "a picture that was on its way";
-    expect_covered(kScreenWidth, kScreenHeight);
+    expect_covered(SCREEN_WIDTH, SCREEN_HEIGHT);
 
     const PlaneBufferPtr next = two_halves(*plane);
     ASSERT_TRUE(next);
-    EXPECT_EQ(next->width(), kScreenWidth);
-    EXPECT_EQ(next->height(), kScreenHeight);
+    EXPECT_EQ(next->width(), SCREEN_WIDTH);
+    EXPECT_EQ(next->height(), SCREEN_HEIGHT);
     ASSERT_TRUE(plane->present(next));
-    expect_covered(kScreenWidth, kScreenHeight);
+    expect_covered(SCREEN_WIDTH, SCREEN_HEIGHT);
 }
 
 TEST_F(PlaneSizeTest, PictureOfTheFormerSizeThatIsShownAgainIsNotWrittenBeyondItsEnd)
 {
     PanelModel &panel = PanelModel::get();
-    panel.set_size(kScreenWidth, kScreenHeight);
+    panel.set_size(SCREEN_WIDTH, SCREEN_HEIGHT);
     const auto plane = VideoPlane::for_window(window_);
     ASSERT_TRUE(plane);
     const PlaneBufferPtr first = two_halves(*plane);
     const PlaneBufferPtr second = two_halves(*plane);
     ASSERT_TRUE(plane->present(first));
     ASSERT_TRUE(plane->present(second));
-    panel.set_size(kScreenWidth / 4, kScreenHeight / 4);
+    panel.set_size(SCREEN_WIDTH / 4, SCREEN_HEIGHT / 4);
     // Neither has been given back by the compositor for sure, so it may have to be copied.
     EXPECT_TRUE(plane->present(first));
     EXPECT_TRUE(plane->present(second));
-    expect_covered(kScreenWidth / 4, kScreenHeight / 4);
+    expect_covered(SCREEN_WIDTH / 4, SCREEN_HEIGHT / 4);
 }
 
 TEST_F(PlaneSizeTest, FinerPanelGetsPicturesOfItsOwnPixels)
 {
-    PanelModel::get().set_size(kScreenWidth, kScreenHeight, 2.0);
+    PanelModel::get().set_size(SCREEN_WIDTH, SCREEN_HEIGHT, 2.0);
     const auto plane = VideoPlane::for_window(window_);
     ASSERT_TRUE(plane);
     const PlaneBufferPtr picture = two_halves(*plane);
     ASSERT_TRUE(picture);
-    EXPECT_EQ(picture->width(), 2 * kScreenWidth);
-    EXPECT_EQ(picture->height(), 2 * kScreenHeight);
+    EXPECT_EQ(picture->width(), 2 * SCREEN_WIDTH);
+    EXPECT_EQ(picture->height(), 2 * SCREEN_HEIGHT);
     ASSERT_TRUE(plane->present(picture));
-    expect_covered(kScreenWidth, kScreenHeight);
+    expect_covered(SCREEN_WIDTH, SCREEN_HEIGHT);
 }
 
 } // namespace

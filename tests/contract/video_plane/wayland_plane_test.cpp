@@ -16,8 +16,8 @@
 namespace platform {
 namespace {
 
-using platform_test::kScreenHeight;
-using platform_test::kScreenWidth;
+using platform_test::SCREEN_HEIGHT;
+using platform_test::SCREEN_WIDTH;
 using platform_test::wait_until;
 
 class WaylandPlaneMaking : public platform_test::WestonTest {
@@ -49,7 +49,7 @@ class WaylandPlaneTest : public WaylandPlaneMaking {
     }
 
     /** The colour in the middle of the compositor's output. */
-    uint32_t color_on_screen() { return colour_at(kScreenWidth / 2, kScreenHeight / 2); }
+    uint32_t color_on_screen() { return colour_at(SCREEN_WIDTH / 2, SCREEN_HEIGHT / 2); }
 
     static std::filesystem::path plane_thread()
     {
@@ -77,8 +77,8 @@ class WaylandPlaneTest : public WaylandPlaneMaking {
 
 TEST_F(WaylandPlaneTest, HasThePanelsSizeAndIsOneForItsWindow)
 {
-    EXPECT_EQ(plane_->width(), kScreenWidth);
-    EXPECT_EQ(plane_->height(), kScreenHeight);
+    EXPECT_EQ(plane_->width(), SCREEN_WIDTH);
+    EXPECT_EQ(plane_->height(), SCREEN_HEIGHT);
     EXPECT_EQ(VideoPlane::for_window(window_), plane_);
 }
 
@@ -223,7 +223,7 @@ TEST_F(WaylandPlaneTest, ShowsAPictureAgainThatTheCompositorStillHas)
 
 TEST_F(WaylandPlaneTest, RefusesAPictureOfAnotherPlane)
 {
-    EXPECT_FALSE(plane_->present(VideoPlane::offscreen(kScreenWidth, kScreenHeight)->acquire()));
+    EXPECT_FALSE(plane_->present(VideoPlane::offscreen(SCREEN_WIDTH, SCREEN_HEIGHT)->acquire()));
     EXPECT_FALSE(plane_->present(nullptr));
     EXPECT_EQ(plane_->statistics().presented, 0u);
 }

@@ -26,8 +26,8 @@ using store_test::Child;
 using store_test::Environment;
 using store_test::ScratchDir;
 
-constexpr int kScreenWidth = 640;
-constexpr int kScreenHeight = 360;
+constexpr int SCREEN_WIDTH = 640;
+constexpr int SCREEN_HEIGHT = 360;
 
 /** Waits for what happens on another thread, without the main loop. */
 inline bool wait_until(const std::function<bool()> &condition, double deadline_s = 10.0)
@@ -49,8 +49,8 @@ class Weston {
           name_("WAYLAND_DISPLAY", "test"),
           server_({WESTON, "--config=" + configuration(), "--backend=headless-backend.so",
                    "--use-pixman", "--shell=desktop-shell.so", "--idle-time=0", "--debug",
-                   "--socket=test", "--width=" + std::to_string(kScreenWidth),
-                   "--height=" + std::to_string(kScreenHeight), "--log=" + (folder_ / "log")})
+                   "--socket=test", "--width=" + std::to_string(SCREEN_WIDTH),
+                   "--height=" + std::to_string(SCREEN_HEIGHT), "--log=" + (folder_ / "log")})
     {
         if (!wait_until([this] { return listening(); }))
             ADD_FAILURE() << "weston did not start: " << store_test::read_file(folder_ / "log");
@@ -116,7 +116,7 @@ class WestonTest : public testing::Test {
         elm_win_alpha_set(window_, EINA_TRUE);
         elm_win_borderless_set(window_, EINA_TRUE);
         elm_win_fullscreen_set(window_, EINA_TRUE);
-        evas_object_resize(window_, kScreenWidth, kScreenHeight);
+        evas_object_resize(window_, SCREEN_WIDTH, SCREEN_HEIGHT);
         Evas_Object *hole = evas_object_rectangle_add(evas_object_evas_get(window_));
         evas_object_color_set(hole, 0, 0, 0, 0);
         evas_object_render_op_set(hole, EVAS_RENDER_COPY);

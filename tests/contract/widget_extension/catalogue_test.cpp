@@ -11,21 +11,21 @@ using namespace testing;
 
 namespace {
 
-const std::string landscape = "TV_SID_ZAVO_MIX_CAAUG_LANDSCAPE_TIMER_A_MINS";
-const std::string portrait = "TV_SID_ZAVO_MIX_CAAUG_PORTRAIT_TIMER_A_MINS";
+const std::string LANDSCAPE = "TV_SID_ZAVO_MIX_CAAUG_LANDSCAPE_TIMER_A_MINS";
+const std::string PORTRAIT = "TV_SID_ZAVO_MIX_CAAUG_PORTRAIT_TIMER_A_MINS";
 
 /** Text ids, and how many slots each text has to have. */
-const std::map<std::string, int> slots_of_text = {
+const std::map<std::string, int> SLOTS_OF_TEXT = {
     {"SID_OFF", 0},
     {"SID_ON", 0},
     {"SID_OK", 0},
     {"COM_HTS_SID_PLAY_ALL", 0},
     {"COM_SID_DEMO", 0},
     {"COM_ID_QUENDIRA_ROTATION", 0},
-    {landscape, 1},
-    {landscape + "_B_SEC", 2},
-    {portrait, 1},
-    {portrait + "_B_SEC", 2},
+    {LANDSCAPE, 1},
+    {LANDSCAPE + "_B_SEC", 2},
+    {PORTRAIT, 1},
+    {PORTRAIT + "_B_SEC", 2},
     {"TV_SID_ZAVO_MIX_CAAUG_RESET_P_L_TIMER_A_MINS", 1}};
 
 std::uint32_t word_at(const std::string &bytes, std::size_t position)
@@ -72,7 +72,7 @@ TEST_P(CatalogueTest, HasEveryTextWithItsSlots)
     const auto texts = read_catalogue(std::string(BUILT_RESOURCE_DIR) + "/locale/" + GetParam() +
                                       "/LC_MESSAGES/ostrel-demo-player-tv.mo");
     ASSERT_THAT(texts, Not(IsEmpty()));
-    for (const auto &[id, slots] : slots_of_text) {
+    for (const auto &[id, slots] : SLOTS_OF_TEXT) {
         SCOPED_TRACE(id);
         const auto entry = texts.find(id);
         ASSERT_NE(entry, texts.end());
@@ -85,7 +85,7 @@ TEST_P(CatalogueTest, HasEveryTextWithItsSlots)
         EXPECT_TRUE(eina_unicode_utf8_get_len(text.c_str()) > 0);
     }
     // One entry more than the texts: the header.
-    EXPECT_EQ(texts.size(), slots_of_text.size() + 1);
+    EXPECT_EQ(texts.size(), SLOTS_OF_TEXT.size() + 1);
     EXPECT_THAT(texts.at(""), HasSubstr("charset=UTF-8"));
 }
 

@@ -66,8 +66,8 @@ TEST_F(DisclaimerTest, IsBuiltHidden)
 
 TEST_F(DisclaimerTest, StandsAtTheBottomInItsOwnPixels)
 {
-    constexpr PanelSize panels[] = {{1280, 720}, {1920, 1080}, {3840, 2160}, {1080, 1920}};
-    for (const PanelSize &panel : panels) {
+    constexpr PanelSize PANELS[] = {{1280, 720}, {1920, 1080}, {3840, 2160}, {1080, 1920}};
+    for (const PanelSize &panel : PANELS) {
         SCOPED_TRACE(panel);
         const bool portrait = panel.height > panel.width;
         const int width = portrait ? 135 : 240;

@@ -10,11 +10,11 @@ namespace {
 
 class LayoutUnitTest : public WidgetTest {};
 
-const std::vector<std::string> three_rows = {"Off", "Play all", "City lights"};
+const std::vector<std::string> THREE_ROWS = {"Off", "Play all", "City lights"};
 
 Eina_Rectangle popup_place(const PanelSize &panel)
 {
-    return panel_of(ShownPopup(three_rows, 0, panel).scene.popup);
+    return panel_of(ShownPopup(THREE_ROWS, 0, panel).scene.popup);
 }
 
 } // namespace
@@ -56,7 +56,7 @@ TEST_F(LayoutUnitTest, UnitsFollowAWindowThatIsResized)
 
 TEST_F(LayoutUnitTest, ThePopupTakesTheSameShareOfEveryPanel)
 {
-    const Eina_Rectangle full = popup_place(full_hd);
+    const Eina_Rectangle full = popup_place(FULL_HD);
     const Eina_Rectangle small = popup_place({1280, 720});
     const Eina_Rectangle large = popup_place({3840, 2160});
     EXPECT_NEAR(small.w * 1.5, full.w, 4.0);
@@ -67,10 +67,10 @@ TEST_F(LayoutUnitTest, ThePopupTakesTheSameShareOfEveryPanel)
 
 TEST_F(LayoutUnitTest, ElementarysOwnScaleChangesNothing)
 {
-    const Eina_Rectangle usual = popup_place(full_hd);
+    const Eina_Rectangle usual = popup_place(FULL_HD);
     const double scale = elm_config_scale_get();
     elm_config_scale_set(1.7);
-    const Eina_Rectangle scaled = popup_place(full_hd);
+    const Eina_Rectangle scaled = popup_place(FULL_HD);
     elm_config_scale_set(scale);
     EXPECT_NEAR(scaled.w, usual.w, 2.0);
     EXPECT_NEAR(scaled.h, usual.h, 2.0);
@@ -78,9 +78,9 @@ TEST_F(LayoutUnitTest, ElementarysOwnScaleChangesNothing)
 
 TEST_F(LayoutUnitTest, WidgetsAreScaledWithAWindowThatIsResized)
 {
-    const Eina_Rectangle usual = popup_place(full_hd);
+    const Eina_Rectangle usual = popup_place(FULL_HD);
     Stage stage(1280, 720);
-    PopupScene scene(stage.window(), "Demo", three_rows, 0);
+    PopupScene scene(stage.window(), "Demo", THREE_ROWS, 0);
     evas_object_resize(stage.window(), 1920, 1080);
     scene.show();
     stage.settle();

@@ -10,7 +10,7 @@ namespace {
 
 class ListTest : public WidgetTest {};
 
-const std::string long_name = "A journey along the coast, from the first light of the morning to "
+const std::string LONG_NAME = "A journey along the coast, from the first light of the morning to "
                               "the last boat of the evening";
 
 std::vector<std::string> many_rows(int count)
@@ -82,16 +82,16 @@ TEST_F(ListTest, FiveRowsFillTheListOnEveryPanel)
 
 TEST_F(ListTest, ALongNameIsCutToTheRowUntilItIsFocused)
 {
-    ShownPopup shown({"Off", long_name}, 0);
+    ShownPopup shown({"Off", LONG_NAME}, 0);
     const RowView view(shown.scene.row(1));
     EXPECT_LE(view.part("MainText").w, view.part("text_room").w);
     EXPECT_EQ(view.state("MainText"), "default");
-    EXPECT_EQ(view.text(), long_name);
+    EXPECT_EQ(view.text(), LONG_NAME);
 }
 
 TEST_F(ListTest, ALongNameSlidesWhileItIsFocusedAndStopsWhenNot)
 {
-    ShownPopup shown({"Off", long_name}, 1);
+    ShownPopup shown({"Off", LONG_NAME}, 1);
     const RowView view(shown.scene.row(1));
     const int start = view.part("text_room").x;
     const auto drawn = [&shown] { return shown.stage.draw() != nullptr; };
@@ -104,7 +104,7 @@ TEST_F(ListTest, ALongNameSlidesWhileItIsFocusedAndStopsWhenNot)
 
 TEST_F(ListTest, TheEndsOfANameAreSoftOnlyWhileItSlides)
 {
-    ShownPopup shown({"Off", long_name}, 1);
+    ShownPopup shown({"Off", LONG_NAME}, 1);
     const RowView view(shown.scene.row(1));
     const Eina_Rectangle room = view.part("text_room");
     // The name sits on the white focus: beside its first letter there is nothing else.
@@ -118,7 +118,7 @@ TEST_F(ListTest, TheEndsOfANameAreSoftOnlyWhileItSlides)
 
 TEST_F(ListTest, AShortNameStaysWhenFocused)
 {
-    ShownPopup shown({"Off", long_name, "City"}, 2);
+    ShownPopup shown({"Off", LONG_NAME, "City"}, 2);
     const RowView view(shown.scene.row(2));
     const Eina_Rectangle before = view.part("MainText");
     // Long enough for the sliding to have begun.
@@ -224,7 +224,7 @@ TEST_F(ListTest, ATextAgainstTheLayoutSlidesFromItsOwnBeginning)
 {
     Stage stage(1920, 1080);
     elm_config_mirrored_set(EINA_TRUE);
-    PopupScene scene(stage.window(), "Demo", {"Off", long_name}, 1);
+    PopupScene scene(stage.window(), "Demo", {"Off", LONG_NAME}, 1);
     scene.show();
     stage.settle();
     const RowView view(scene.row(1));

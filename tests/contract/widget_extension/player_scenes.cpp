@@ -6,8 +6,8 @@
 
 namespace {
 
-constexpr double list_width_units = 120.0;
-constexpr double list_height_units = 55.0;
+constexpr double LIST_WIDTH_UNITS = 120.0;
+constexpr double LIST_HEIGHT_UNITS = 55.0;
 
 void count(void *counter, Evas_Object *, void *)
 {
@@ -20,8 +20,8 @@ PopupScene::PopupScene(Evas_Object *window, const std::string &title, std::vecto
                        int row_in_force, const std::string &button_text)
     : row_in_force_(row_in_force)
 {
-    const int width = elm_velt_unit_to_pixel(list_width_units);
-    const int height = elm_velt_unit_to_pixel(list_height_units);
+    const int width = elm_velt_unit_to_pixel(LIST_WIDTH_UNITS);
+    const int height = elm_velt_unit_to_pixel(LIST_HEIGHT_UNITS);
     popup = elm_velt_popup_add(window);
     elm_velt_popup_style_set(popup, 0);
     elm_popup_orient_set(popup, ELM_POPUP_ORIENT_CENTER);

@@ -8,18 +8,18 @@ namespace {
 
 class PopupTest : public WidgetTest {};
 
-const std::vector<std::string> seven_rows = {"Off",         "Play all",     "City lights", "Ocean",
+const std::vector<std::string> SEVEN_ROWS = {"Off",         "Play all",     "City lights", "Ocean",
                                              "Night drive", "Northern sky", "Waterfall"};
 
 } // namespace
 
 TEST_F(PopupTest, StandsInTheMiddleOfEveryPanelWithItsListAtFullSize)
 {
-    constexpr PanelSize panels[] = {{1280, 720}, {1920, 1080}, {3840, 2160},
+    constexpr PanelSize PANELS[] = {{1280, 720}, {1920, 1080}, {3840, 2160},
                                     {720, 1280}, {1080, 1920}, {2160, 3840}};
-    for (const PanelSize &panel : panels) {
+    for (const PanelSize &panel : PANELS) {
         SCOPED_TRACE(panel);
-        ShownPopup shown(seven_rows, 0, panel);
+        ShownPopup shown(SEVEN_ROWS, 0, panel);
 
         const Eina_Rectangle popup = panel_of(shown.scene.popup);
         const Eina_Rectangle list = Stage::geometry(shown.scene.genlist);
@@ -38,7 +38,7 @@ TEST_F(PopupTest, IsDrawnDarkAndTranslucentInItsFirstFrame)
 {
     Stage stage(1920, 1080);
     EXPECT_EQ(stage.pixel(960, 300), 0u);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    PopupScene scene(stage.window(), "Demo", SEVEN_ROWS, 0);
     scene.show();
     // One turn of the main loop and one drawing: no fade may hold the popup back.
     ecore_main_loop_iterate();
@@ -52,7 +52,7 @@ TEST_F(PopupTest, IsDrawnDarkAndTranslucentInItsFirstFrame)
 TEST_F(PopupTest, TheListLearnsThatItIsShownWhenThePopupIs)
 {
     Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    PopupScene scene(stage.window(), "Demo", SEVEN_ROWS, 0);
     stage.settle();
     EXPECT_EQ(scene.list_shown, 0);
     scene.show();
@@ -68,7 +68,7 @@ TEST_F(PopupTest, TheListLearnsThatItIsShownWhenThePopupIs)
 TEST_F(PopupTest, TitleAndButtonShowTheirTextsAsTheyAre)
 {
     Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "<b>Demo</b> & co", seven_rows, 0, "<i>O&K</i>");
+    PopupScene scene(stage.window(), "<b>Demo</b> & co", SEVEN_ROWS, 0, "<i>O&K</i>");
     scene.show();
     stage.settle();
     const auto *button = elm_layout_edje_get(scene.button);
@@ -82,14 +82,14 @@ TEST_F(PopupTest, TitleAndButtonShowTheirTextsAsTheyAre)
 
 TEST_F(PopupTest, OpensWithTheFocusOnTheRowInForce)
 {
-    ShownPopup shown(seven_rows, 3);
+    ShownPopup shown(SEVEN_ROWS, 3);
     EXPECT_EQ(shown.scene.focused_row(), 3);
     EXPECT_FALSE(elm_object_focus_get(shown.scene.button));
 }
 
 TEST_F(PopupTest, ArrowKeysWalkThroughTheRowsToTheButtonAndBack)
 {
-    ShownPopup shown(seven_rows, 5);
+    ShownPopup shown(SEVEN_ROWS, 5);
 
     shown.stage.press_key("Down");
     EXPECT_EQ(shown.scene.focused_row(), 6);
@@ -106,14 +106,14 @@ TEST_F(PopupTest, ArrowKeysWalkThroughTheRowsToTheButtonAndBack)
 
 TEST_F(PopupTest, UpOnTheFirstRowStaysThere)
 {
-    ShownPopup shown(seven_rows, 0);
+    ShownPopup shown(SEVEN_ROWS, 0);
     shown.stage.press_key("Up");
     EXPECT_EQ(shown.scene.focused_row(), 0);
 }
 
 TEST_F(PopupTest, OnlyOneThingLooksFocused)
 {
-    ShownPopup shown(seven_rows, 5);
+    ShownPopup shown(SEVEN_ROWS, 5);
     double value = 0.0;
     const auto button_state = [&shown, &value] {
         return std::string(
@@ -141,7 +141,7 @@ TEST_F(PopupTest, OnlyOneThingLooksFocused)
 
 TEST_F(PopupTest, ReturnOnARowReachesTheListsOwnHandler)
 {
-    ShownPopup shown(seven_rows, 2);
+    ShownPopup shown(SEVEN_ROWS, 2);
     shown.stage.press_key("Down");
     shown.stage.press_key("Return");
     EXPECT_THAT(shown.scene.keys, ElementsAre("Down", "Return"));
@@ -151,7 +151,7 @@ TEST_F(PopupTest, ReturnOnARowReachesTheListsOwnHandler)
 
 TEST_F(PopupTest, ReturnOnTheButtonClicksIt)
 {
-    ShownPopup shown(seven_rows, 6);
+    ShownPopup shown(SEVEN_ROWS, 6);
     shown.stage.press_key("Down");
     shown.stage.press_key("Return");
     EXPECT_EQ(shown.scene.clicked, 1);
@@ -159,7 +159,7 @@ TEST_F(PopupTest, ReturnOnTheButtonClicksIt)
 
 TEST_F(PopupTest, BackAndEscapeAreLeftToThePlayer)
 {
-    ShownPopup shown(seven_rows, 2);
+    ShownPopup shown(SEVEN_ROWS, 2);
     shown.stage.press_key("XF86Back");
     shown.stage.press_key("Escape");
     EXPECT_TRUE(evas_object_visible_get(shown.scene.popup));
@@ -168,7 +168,7 @@ TEST_F(PopupTest, BackAndEscapeAreLeftToThePlayer)
 
 TEST_F(PopupTest, TheFocusFollowsThePointer)
 {
-    ShownPopup shown(seven_rows, 0);
+    ShownPopup shown(SEVEN_ROWS, 0);
     const Eina_Rectangle list = Stage::geometry(shown.scene.genlist);
     const int row_height = list.h / 5;
     shown.stage.move_pointer(list.x + 200, list.y + row_height * 2 + 40);
@@ -184,7 +184,7 @@ TEST_F(PopupTest, TheFocusFollowsThePointer)
 
 TEST_F(PopupTest, AClickTellsTheRowUnderThePointer)
 {
-    ShownPopup shown(seven_rows, 0);
+    ShownPopup shown(SEVEN_ROWS, 0);
     const Eina_Rectangle list = Stage::geometry(shown.scene.genlist);
     shown.stage.click(list.x + 300, list.y + list.h / 5 * 4 + 30);
     EXPECT_EQ(shown.scene.pressed_row, 4);
@@ -193,7 +193,7 @@ TEST_F(PopupTest, AClickTellsTheRowUnderThePointer)
 
 TEST_F(PopupTest, AClickOnTheButtonPressesAndClicksIt)
 {
-    ShownPopup shown(seven_rows, 0);
+    ShownPopup shown(SEVEN_ROWS, 0);
     shown.stage.click(shown.scene.button);
     EXPECT_EQ(shown.scene.button_presses, 1);
     EXPECT_EQ(shown.scene.clicked, 1);
@@ -203,7 +203,7 @@ TEST_F(PopupTest, NothingBesideThePanelIsBlocked)
 {
     Stage stage(1920, 1080);
     Ground ground(stage);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    PopupScene scene(stage.window(), "Demo", SEVEN_ROWS, 0);
     scene.show();
     stage.settle();
     stage.click(100, 100);
@@ -216,7 +216,7 @@ TEST_F(PopupTest, NothingBesideThePanelIsBlocked)
 
 TEST_F(PopupTest, StaysAboveWhatTheWindowGetsLater)
 {
-    ShownPopup shown(seven_rows, 0);
+    ShownPopup shown(SEVEN_ROWS, 0);
     const std::uint32_t before = shown.stage.pixel(1400, 220);
     Evas_Object *layout = elm_velt_layout_add(shown.stage.window());
     elm_win_resize_object_add(shown.stage.window(), layout);
@@ -234,7 +234,7 @@ TEST_F(PopupTest, StaysAboveWhatTheWindowGetsLater)
 TEST_F(PopupTest, HidesItselfAndTellsSoWhenItsTimeIsOver)
 {
     Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    PopupScene scene(stage.window(), "Demo", SEVEN_ROWS, 0);
     EXPECT_DOUBLE_EQ(elm_popup_timeout_get(scene.popup), 30.0);
     elm_popup_timeout_set(scene.popup, 0.1);
     scene.show();
@@ -245,7 +245,7 @@ TEST_F(PopupTest, HidesItselfAndTellsSoWhenItsTimeIsOver)
 
 TEST_F(PopupTest, GoesAwayAtOnceWhenHidden)
 {
-    ShownPopup shown(seven_rows, 0);
+    ShownPopup shown(SEVEN_ROWS, 0);
     evas_object_hide(shown.scene.popup);
     ecore_main_loop_iterate();
     EXPECT_EQ(shown.stage.pixel(1400, 220), 0u);
@@ -253,7 +253,7 @@ TEST_F(PopupTest, GoesAwayAtOnceWhenHidden)
 
 TEST_F(PopupTest, CanBeTakenDownInThePlayersOrder)
 {
-    ShownPopup shown(seven_rows, 0);
+    ShownPopup shown(SEVEN_ROWS, 0);
     evas_object_hide(shown.scene.popup);
     shown.stage.settle();
     shown.scene.delete_closed();
@@ -263,7 +263,7 @@ TEST_F(PopupTest, CanBeTakenDownInThePlayersOrder)
 
 TEST_F(PopupTest, CanBeDeletedBeforeWhatIsInIt)
 {
-    ShownPopup shown(seven_rows, 0);
+    ShownPopup shown(SEVEN_ROWS, 0);
     shown.scene.delete_at_end();
     shown.stage.settle();
     EXPECT_EQ(shown.scene.rows_deleted, 7);
@@ -271,7 +271,7 @@ TEST_F(PopupTest, CanBeDeletedBeforeWhatIsInIt)
 
 TEST_F(PopupTest, CanBeDeletedWithTheManagersEndRightBehind)
 {
-    ShownPopup shown(seven_rows, 0);
+    ShownPopup shown(SEVEN_ROWS, 0);
     shown.scene.delete_at_end();
     shown.stage.delete_window();
     elm_velt_manager_fini();
@@ -280,7 +280,7 @@ TEST_F(PopupTest, CanBeDeletedWithTheManagersEndRightBehind)
 
 TEST_F(PopupTest, GoesWithItsWindow)
 {
-    ShownPopup shown(seven_rows, 0);
+    ShownPopup shown(SEVEN_ROWS, 0);
     shown.stage.delete_window();
     shown.stage.settle();
     EXPECT_EQ(shown.scene.rows_deleted, 7);
@@ -289,7 +289,7 @@ TEST_F(PopupTest, GoesWithItsWindow)
 TEST_F(PopupTest, CanBeDeletedBeforeItWasEverShown)
 {
     Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    PopupScene scene(stage.window(), "Demo", SEVEN_ROWS, 0);
     scene.delete_closed();
     stage.settle();
     EXPECT_EQ(scene.rows_deleted, 7);
@@ -299,7 +299,7 @@ TEST_F(PopupTest, CanBeOpenedAgainAndAgain)
 {
     Stage stage(1920, 1080);
     for (int i = 0; i < 5; ++i) {
-        PopupScene scene(stage.window(), "Demo", seven_rows, i);
+        PopupScene scene(stage.window(), "Demo", SEVEN_ROWS, i);
         scene.show();
         stage.settle();
         EXPECT_EQ(scene.focused_row(), i);
@@ -311,7 +311,7 @@ TEST_F(PopupTest, CanBeOpenedAgainAndAgain)
 
 TEST_F(PopupTest, OutlivesTheTheme)
 {
-    ShownPopup shown(seven_rows, 1);
+    ShownPopup shown(SEVEN_ROWS, 1);
     elm_velt_manager_fini();
     shown.stage.settle();
     EXPECT_TRUE(evas_object_visible_get(shown.scene.popup));
@@ -323,7 +323,7 @@ TEST_F(PopupTest, OutlivesTheTheme)
 TEST_F(PopupTest, WrongArgumentsAreRefusedWithoutHarm)
 {
     Stage stage(1920, 1080);
-    PopupScene scene(stage.window(), "Demo", seven_rows, 0);
+    PopupScene scene(stage.window(), "Demo", SEVEN_ROWS, 0);
     elm_velt_popup_style_set(scene.popup, 3);
     elm_velt_popup_style_set(nullptr, 0);
     elm_velt_popup_title_set(nullptr, "x");

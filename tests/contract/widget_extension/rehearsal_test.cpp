@@ -18,7 +18,7 @@ namespace {
 
 class RehearsalTest : public WidgetTest {};
 
-const std::vector<std::string> rows = {"Off", "Play all", "City lights", "Ocean"};
+const std::vector<std::string> ROWS = {"Off", "Play all", "City lights", "Ocean"};
 
 /** Counts how often a file of fonts or of the program's resources is opened. */
 class OpenedFiles {
@@ -71,7 +71,7 @@ bool prepared()
 
 void open_popup(Stage &stage)
 {
-    PopupScene scene(stage.window(), "Demo", rows, 2);
+    PopupScene scene(stage.window(), "Demo", ROWS, 2);
     scene.show();
     stage.settle();
     evas_object_hide(scene.popup);
@@ -142,7 +142,7 @@ TEST_F(RehearsalTest, NothingOfItIsLeft)
 
 TEST_F(RehearsalTest, APopupThatIsOpenMeanwhileKeepsItsFocus)
 {
-    ShownPopup shown(rows, 2, {1280, 720});
+    ShownPopup shown(ROWS, 2, {1280, 720});
     ASSERT_FALSE(prepared());
     ASSERT_TRUE(Stage::until(prepared));
     shown.stage.settle();

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr double recheck_seconds = 0.01;
+constexpr double RECHECK_SECONDS = 0.01;
 
 Eina_Bool look_again(void *)
 {
@@ -86,7 +86,7 @@ bool Stage::until(const std::function<bool()> &condition, double seconds)
 {
     bool late = false;
     Ecore_Timer *deadline = ecore_timer_add(seconds, raise_flag, &late);
-    Ecore_Timer *ticks = ecore_timer_add(recheck_seconds, look_again, nullptr);
+    Ecore_Timer *ticks = ecore_timer_add(RECHECK_SECONDS, look_again, nullptr);
     bool holds = condition();
     while (!holds && !late) {
         ecore_main_loop_iterate_may_block(1);

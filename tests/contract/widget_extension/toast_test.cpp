@@ -8,8 +8,8 @@ namespace {
 
 class ToastTest : public WidgetTest {};
 
-const std::string short_text = "Landscape timer: 5 min 30 sec";
-const std::string long_text = "Portrait and landscape timers have both been reset to the first of "
+const std::string SHORT_TEXT = "Landscape timer: 5 min 30 sec";
+const std::string LONG_TEXT = "Portrait and landscape timers have both been reset to the first of "
                               "their values, which is five minutes and not a second more than that";
 
 Eina_Rectangle toast_place(const PanelSize &panel, const std::string &text)
@@ -38,10 +38,10 @@ std::string shown_text(const Evas_Object *toast)
 
 TEST_F(ToastTest, StandsInTheMiddleOfEveryPanel)
 {
-    constexpr PanelSize panels[] = {{1280, 720}, {1920, 1080}, {3840, 2160}, {1080, 1920}};
-    for (const PanelSize &panel : panels) {
+    constexpr PanelSize PANELS[] = {{1280, 720}, {1920, 1080}, {3840, 2160}, {1080, 1920}};
+    for (const PanelSize &panel : PANELS) {
         SCOPED_TRACE(panel);
-        for (const std::string &text : {short_text, long_text}) {
+        for (const std::string &text : {SHORT_TEXT, LONG_TEXT}) {
             const Eina_Rectangle toast = toast_place(panel, text);
             EXPECT_NEAR(toast.x + toast.w / 2, panel.width / 2, 1);
             EXPECT_NEAR(toast.y + toast.h / 2, panel.height / 2, 1);
@@ -52,9 +52,9 @@ TEST_F(ToastTest, StandsInTheMiddleOfEveryPanel)
 
 TEST_F(ToastTest, ALongTextTakesTwoLinesAndNoMore)
 {
-    const Eina_Rectangle one = toast_place(full_hd, short_text);
-    const Eina_Rectangle two = toast_place(full_hd, long_text);
-    const Eina_Rectangle longer = toast_place(full_hd, long_text + long_text);
+    const Eina_Rectangle one = toast_place(FULL_HD, SHORT_TEXT);
+    const Eina_Rectangle two = toast_place(FULL_HD, LONG_TEXT);
+    const Eina_Rectangle longer = toast_place(FULL_HD, LONG_TEXT + LONG_TEXT);
     EXPECT_GT(two.h, one.h);
     EXPECT_LT(two.h, 2 * one.h);
     EXPECT_EQ(longer.h, two.h);
@@ -71,7 +71,7 @@ TEST_F(ToastTest, ShowsItsTextAsItIs)
 TEST_F(ToastTest, LeavesTheFocusAndTheKeysWhereTheyAre)
 {
     ShownPopup popup({"Off", "Play all", "City"}, 1);
-    show_toast(popup.stage.window(), short_text);
+    show_toast(popup.stage.window(), SHORT_TEXT);
     popup.stage.settle();
     EXPECT_EQ(popup.scene.focused_row(), 1);
     popup.stage.press_key("Down");
@@ -82,7 +82,7 @@ TEST_F(ToastTest, LeavesTheFocusAndTheKeysWhereTheyAre)
 TEST_F(ToastTest, ThePopupThatOpensBesideAToastGetsTheFocus)
 {
     Stage stage(1920, 1080);
-    show_toast(stage.window(), short_text);
+    show_toast(stage.window(), SHORT_TEXT);
     stage.settle();
     PopupScene scene(stage.window(), "Demo", {"Off", "Play all", "City"}, 1);
     scene.show();
@@ -94,7 +94,7 @@ TEST_F(ToastTest, LetsClicksThrough)
 {
     Stage stage(1920, 1080);
     Ground ground(stage);
-    show_toast(stage.window(), short_text);
+    show_toast(stage.window(), SHORT_TEXT);
     stage.settle();
     stage.click(960, 540);
     stage.click(100, 100);
@@ -104,7 +104,7 @@ TEST_F(ToastTest, LetsClicksThrough)
 TEST_F(ToastTest, HidesItselfAndStaysUntilItIsDeleted)
 {
     Stage stage(1920, 1080);
-    Evas_Object *toast = show_toast(stage.window(), short_text);
+    Evas_Object *toast = show_toast(stage.window(), SHORT_TEXT);
     EXPECT_DOUBLE_EQ(elm_popup_timeout_get(toast), 3.0);
     elm_popup_timeout_set(toast, 0.1);
     EXPECT_TRUE(Stage::until([toast] { return !evas_object_visible_get(toast); }));
@@ -117,16 +117,16 @@ TEST_F(ToastTest, HidesItselfAndStaysUntilItIsDeleted)
 TEST_F(ToastTest, OneReplacesTheOtherWhileItIsStillShown)
 {
     Stage stage(1920, 1080);
-    Evas_Object *first = show_toast(stage.window(), long_text);
+    Evas_Object *first = show_toast(stage.window(), LONG_TEXT);
     stage.settle();
     evas_object_del(first);
-    Evas_Object *second = show_toast(stage.window(), short_text);
+    Evas_Object *second = show_toast(stage.window(), SHORT_TEXT);
     stage.settle();
-    EXPECT_EQ(shown_text(second), short_text);
+    EXPECT_EQ(shown_text(second), SHORT_TEXT);
     EXPECT_TRUE(evas_object_visible_get(second));
-    elm_velt_popup_toast_text_set(second, long_text.c_str());
+    elm_velt_popup_toast_text_set(second, LONG_TEXT.c_str());
     stage.settle();
-    EXPECT_EQ(shown_text(second), long_text);
+    EXPECT_EQ(shown_text(second), LONG_TEXT);
 }
 
 TEST_F(ToastTest, AnEmptyTextIsNoHarm)

@@ -18,7 +18,7 @@ struct PanelSize {
 };
 std::ostream &operator<<(std::ostream &stream, const PanelSize &size);
 
-constexpr PanelSize full_hd = {1920, 1080};
+constexpr PanelSize FULL_HD = {1920, 1080};
 
 class WidgetTest : public testing::Test {
   protected:
@@ -31,7 +31,7 @@ class WidgetTest : public testing::Test {
 
 /** A stage on which the options popup has been opened and everything has come to rest. */
 struct ShownPopup {
-    ShownPopup(const std::vector<std::string> &rows, int row_in_force, PanelSize size = full_hd);
+    ShownPopup(const std::vector<std::string> &rows, int row_in_force, PanelSize size = FULL_HD);
 
     Stage stage;
     PopupScene scene;
