@@ -26,6 +26,9 @@
 #include "panel/panel_model.h"
 #include "window/tv_window.h"
 
+// The toolkit declares it only to those who take all its unfinished interfaces.
+extern "C" int ECORE_WL2_EVENT_FOCUS_IN;
+
 // The control service has a contract of its own; this application goes without it.
 namespace platform {
 bool control_start(Eldbus_Connection *, StorageReader)
@@ -111,6 +114,12 @@ Eina_Bool on_key(void *, int, void *event)
     return ECORE_CALLBACK_PASS_ON;
 }
 
+Eina_Bool on_keyboard(void *, int, void *)
+{
+    say("keyboard");
+    return ECORE_CALLBACK_PASS_ON;
+}
+
 Eina_Bool on_device(void *, int, void *)
 {
     say("device added");
@@ -172,6 +181,7 @@ void make_window()
         },
         nullptr);
     ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key, nullptr);
+    ecore_event_handler_add(ECORE_WL2_EVENT_FOCUS_IN, on_keyboard, nullptr);
     display_rotator_add_cb(on_rotator, nullptr);
     say_screen("made");
     evas_object_show(window);

@@ -285,6 +285,9 @@ TEST_F(WindowTest, EveryKeyOfThePlayerCanBeTyped)
         {"g", "XF86ChannelGuide"},
     };
     auto app = start_and_show();
+    // A key typed before the compositor has given the keyboard to the window is nobody's.
+    ASSERT_TRUE(
+        wait_until([&] { return testing::Matches(testing::Contains("keyboard"))(app->lines()); }));
     for (const auto &[typed, name] : keys) {
         Screen::get().input({"key", typed});
         EXPECT_TRUE(app->hears(std::string("key ") + name + " " + name)) << typed;

@@ -122,6 +122,12 @@ struct BadValue {
     const char *key;
 };
 
+// The name that a case has in the list of tests.
+void PrintTo(const BadValue &bad, std::ostream *out)
+{
+    *out << bad.section << " " << bad.line;
+}
+
 class SettingsBadValue : public SettingsFile, public testing::WithParamInterface<BadValue> {};
 
 TEST_P(SettingsBadValue, IsNamedWithFileLineAndKeyAndLeavesTheDefault)
