@@ -46,8 +46,8 @@ class StatusAnswers {
     void read_next();
     void take(unsigned int number, StorageFacts facts);
     void give(unsigned int number, StorageFacts facts);
-    static void deliver(void *delivery);
-    static Eina_Bool on_deadline(void *waiting);
+    static void deliver(void *data);
+    static Eina_Bool on_deadline(void *data);
 
     const StorageReader read_;
     std::weak_ptr<StatusAnswers> self_;

@@ -24,7 +24,7 @@ std::string AudioChoice::sink()
 
 std::string AudioChoice::look()
 {
-    const std::string wanted = world_.wanted();
+    std::string wanted = world_.wanted();
     if (!wanted.empty()) {
         PLATFORM_LOGI("player", "sound goes to %s, as the environment says", wanted.c_str());
         return wanted;

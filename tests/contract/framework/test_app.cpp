@@ -3,7 +3,8 @@
 //   quit | quit-from-a-thread | hide | delete | close | sync | turn DEGREES | press KEY | panel-key
 //   | language
 // Environment: TEST_CREATE_FAILS, TEST_QUIT_IN_CREATE, TEST_QUIT_IN_CONTROL; TEST_SLOW_CREATE and
-// TEST_SLOW_TERMINATE wait for a line on the standard input.
+// TEST_SLOW_TERMINATE wait for a line on the standard input; TEST_TELL_KEYBOARD tells when the
+// window has got the keyboard.
 
 #include <cstdio>
 #include <cstdlib>
@@ -181,7 +182,8 @@ void make_window()
         },
         nullptr);
     ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key, nullptr);
-    ecore_event_handler_add(ECORE_WL2_EVENT_FOCUS_IN, on_keyboard, nullptr);
+    if (getenv("TEST_TELL_KEYBOARD"))
+        ecore_event_handler_add(ECORE_WL2_EVENT_FOCUS_IN, on_keyboard, nullptr);
     display_rotator_add_cb(on_rotator, nullptr);
     say_screen("made");
     evas_object_show(window);

@@ -284,7 +284,7 @@ TEST_F(WindowTest, EveryKeyOfThePlayerCanBeTyped)
         {"Next", "XF86LowerChannel"},
         {"g", "XF86ChannelGuide"},
     };
-    auto app = start_and_show();
+    auto app = start_and_show({{"TEST_TELL_KEYBOARD", "1"}});
     // A key typed before the compositor has given the keyboard to the window is nobody's.
     ASSERT_TRUE(
         wait_until([&] { return testing::Matches(testing::Contains("keyboard"))(app->lines()); }));

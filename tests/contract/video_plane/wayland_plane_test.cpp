@@ -195,13 +195,13 @@ TEST_F(WaylandPlaneTest, GoesOnWhileAnEventKeepsTheMainLoopBusy)
 TEST_F(WaylandPlaneTest, LimitsItsBuffersWhenNoneComesBack)
 {
     std::vector<PlaneBufferPtr> taken;
-    while (taken.size() < 100) {
-        taken.push_back(plane_->acquire());
-        if (!taken.back())
-            break;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        if (PlaneBufferPtr buffer = plane_->acquire())
+            taken.push_back(std::move(buffer));
     }
-    EXPECT_LE(taken.size(), 17u);
-    EXPECT_FALSE(plane_->acquire());
+    // The compositor may have the black picture of the beginning still, or give it back meanwhile.
+    EXPECT_GE(taken.size(), 15u);
+    EXPECT_LE(taken.size(), 16u);
 
     taken.clear();
     EXPECT_TRUE(plane_->acquire());
