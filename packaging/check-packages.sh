@@ -12,7 +12,7 @@ committed), and runs there, as root and with network, WHAT:
   test   ./test.sh
   all    both
   --keep leaves the system and its out/ folder for a look around
-Needs root and the package debootstrap. Takes about ten minutes.
+Needs root and the package debootstrap. The demo takes about ten minutes, the tests forty.
 TEXT
 }
 
@@ -37,7 +37,7 @@ finish() {
     local status=$?
     trap - EXIT
     local place
-    for place in dev/shm dev/pts dev proc; do
+    for place in dev/shm dev/pts dev proc .; do
         mountpoint -q "$system/$place" && umount -l "$system/$place"
     done
     if [ $keep = yes ]; then
@@ -53,6 +53,10 @@ trap 'exit 143' TERM
 
 echo "== A bare Debian 12 in $system"
 debootstrap --variant=minbase bookworm "$system" "$mirror"
+# Some tests run as another user, mount over a folder, or look into the table of mounts: the root must
+# be readable to everyone and a mount of its own, as on a machine.
+chmod 755 "$system"
+mount --bind "$system" "$system"
 mount -t proc proc "$system/proc"
 mount --bind /dev "$system/dev"
 mount --bind /dev/pts "$system/dev/pts"
