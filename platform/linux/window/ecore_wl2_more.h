@@ -1,6 +1,6 @@
 /**
- * Further functions and events of Ecore's Wayland library that the window service needs and C++
- * code cannot get from the stock header; see efl_on_tv.h. Main-loop thread only.
+ * Further functions and events of Ecore's Wayland library that the window service and its tests
+ * need and C++ code cannot get from the stock header; see efl_on_tv.h. Main-loop thread only.
  */
 #pragma once
 
@@ -19,4 +19,5 @@ void ecore_wl2_input_pointer_set(Ecore_Wl2_Input *input, struct wl_surface *surf
                                  int hot_y);
 
 extern int ECORE_WL2_EVENT_DEVICE_ADDED;
+extern int ECORE_WL2_EVENT_FOCUS_IN; // the window has got the keyboard
 }

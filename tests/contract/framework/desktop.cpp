@@ -154,6 +154,12 @@ std::unique_ptr<Program> DesktopTest::start_and_show(const Program::Variables &m
     return app;
 }
 
+bool DesktopTest::gets_keyboard(Program &app)
+{
+    app.say("keyboard");
+    return app.hears("keyboard");
+}
+
 int DesktopTest::quit(Program &app)
 {
     app.say("quit");

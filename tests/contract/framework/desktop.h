@@ -84,6 +84,9 @@ class DesktopTest : public testing::Test {
     /** Starts it and waits until its window has been seen. */
     std::unique_ptr<Program> start_and_show(const Program::Variables &more = {});
 
+    /** Waits until its window has the keyboard: a key typed before that is nobody's. */
+    static bool gets_keyboard(Program &app);
+
     /** Tells the test application to end and waits for that. @return its exit status */
     static int quit(Program &app);
 

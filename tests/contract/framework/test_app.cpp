@@ -1,10 +1,9 @@
 // A small application on the framework. It writes what happens to it to its standard output, one
 // line each, and does what lines on its standard input say:
 //   quit | quit-from-a-thread | hide | delete | close | sync | turn DEGREES | press KEY | panel-key
-//   | language
+//   | language | keyboard (answered as soon as the window has it)
 // Environment: TEST_CREATE_FAILS, TEST_QUIT_IN_CREATE, TEST_QUIT_IN_CONTROL; TEST_SLOW_CREATE and
-// TEST_SLOW_TERMINATE wait for a line on the standard input; TEST_TELL_KEYBOARD tells when the
-// window has got the keyboard.
+// TEST_SLOW_TERMINATE wait for a line on the standard input.
 
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +11,7 @@
 #include <string>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 #include <Ecore.h>
 #include <Ecore_Input.h>
@@ -26,9 +26,6 @@
 #include "key_router.h"
 #include "panel/panel_model.h"
 #include "window/tv_window.h"
-
-// The toolkit declares it only to those who take all its unfinished interfaces.
-extern "C" int ECORE_WL2_EVENT_FOCUS_IN;
 
 // The control service has a contract of its own; this application goes without it.
 namespace platform {
@@ -46,6 +43,8 @@ StorageFacts read_storage(const StorageQuestion &)
 namespace {
 
 Evas_Object *window = nullptr;
+bool has_keyboard = false;
+bool keyboard_asked_for = false;
 
 template <typename... Arguments> void say(const char *format, Arguments... arguments)
 {
@@ -115,9 +114,16 @@ Eina_Bool on_key(void *, int, void *event)
     return ECORE_CALLBACK_PASS_ON;
 }
 
+void tell_keyboard()
+{
+    if (has_keyboard && std::exchange(keyboard_asked_for, false))
+        say("keyboard");
+}
+
 Eina_Bool on_keyboard(void *, int, void *)
 {
-    say("keyboard");
+    has_keyboard = true;
+    tell_keyboard();
     return ECORE_CALLBACK_PASS_ON;
 }
 
@@ -182,8 +188,8 @@ void make_window()
         },
         nullptr);
     ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key, nullptr);
-    if (getenv("TEST_TELL_KEYBOARD"))
-        ecore_event_handler_add(ECORE_WL2_EVENT_FOCUS_IN, on_keyboard, nullptr);
+    // Elementary's "focused" is no help: it comes when the window is shown, before the keyboard.
+    ecore_event_handler_add(ECORE_WL2_EVENT_FOCUS_IN, on_keyboard, nullptr);
     display_rotator_add_cb(on_rotator, nullptr);
     say_screen("made");
     evas_object_show(window);
@@ -246,6 +252,9 @@ void obey(const std::string &command)
     } else if (command == "panel-key") {
         say("sent %d",
             VirtualKey_Send_KeyCode(VIRTUAL_KEY_CODE_ROTATE_PANEL, VIRTUAL_KEY_ACTION_CLICK));
+    } else if (command == "keyboard") {
+        keyboard_asked_for = true;
+        tell_keyboard();
     } else if (command == "language") {
         platform::announce_language_change();
     } else if (command.compare(0, 5, "turn ") == 0) {

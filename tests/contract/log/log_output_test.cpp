@@ -36,7 +36,7 @@ std::vector<std::string> probe(int priority, const std::string &text)
     return {LOG_PROBE, std::to_string(priority), "TAG", text};
 }
 
-/** Logs a line in another process. @return what became of it: kWritten, kLost or kLeftOut */
+/** Logs a line in another process. @return what became of it: WRITTEN, LOST or LEFT_OUT */
 int fate_of(int priority)
 {
     return Child(probe(priority, "text")).finish();

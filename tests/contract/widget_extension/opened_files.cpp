@@ -28,10 +28,9 @@ void note(const char *path)
         noted.emplace_back(path);
 }
 
-/** The C library's own function behind one of the names below. */
-template <typename Function> Function *own(Function *, const char *name)
+bool takes_mode(int flags)
 {
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
+    return (flags & O_CREAT) != 0 || (flags & O_TMPFILE) == O_TMPFILE;
 }
 
 } // namespace
@@ -41,14 +40,13 @@ template <typename Function> Function *own(Function *, const char *name)
 #define STANDS_BEFORE_OPEN(name)                                                                   \
     extern "C" int name(const char *path, int flags, ...)                                          \
     {                                                                                              \
-        static int (*const next)(const char *, int, ...) =                                         \
-            own<int(const char *, int, ...)>(nullptr, #name);                                      \
+        static const auto own = reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name));        \
         va_list arguments;                                                                         \
         va_start(arguments, flags);                                                                \
-        const mode_t mode = flags & (O_CREAT | O_TMPFILE) ? va_arg(arguments, mode_t) : 0;         \
+        const mode_t mode = takes_mode(flags) ? va_arg(arguments, mode_t) : 0;                     \
         va_end(arguments);                                                                         \
         note(path);                                                                                \
-        return next(path, flags, mode);                                                            \
+        return own(path, flags, mode);                                                             \
     }
 
 STANDS_BEFORE_OPEN(open)
@@ -57,10 +55,9 @@ STANDS_BEFORE_OPEN(open64)
 #define STANDS_BEFORE_FOPEN(name)                                                                  \
     extern "C" FILE *name(const char *path, const char *mode)                                      \
     {                                                                                              \
-        static FILE *(*const next)(const char *, const char *) =                                   \
-            own<FILE *(const char *, const char *)>(nullptr, #name);                               \
+        static const auto own = reinterpret_cast<decltype(&name)>(dlsym(RTLD_NEXT, #name));        \
         note(path);                                                                                \
-        return next(path, mode);                                                                   \
+        return own(path, mode);                                                                    \
     }
 
 STANDS_BEFORE_FOPEN(fopen)
