@@ -254,9 +254,39 @@ INSTANTIATE_TEST_SUITE_P(
         Combination{"<<>>", "x", "y", "<<>>"}, Combination{"<<AB>>", "x", "y", "<<AB>>"},
         // A token right behind another mark.
         Combination{"<<<A>>>", "x", "y", "<x>"},
-        // Slot texts are expanded in turn, and one that names itself does not go on for ever.
+        // Slot texts are expanded in turn.
         Combination{"<<A>>", "<<B>>", "y", "y"}, Combination{"<<A>>", " <<B>>", "y", " y"},
-        Combination{"<<A>><<B>>", "", "y", "y"}, Combination{"<<A>>", "<<A>>", "y", "<<A>>"}));
+        Combination{"<<A>> <<B>>", "<<B>>", "y", "y y"},
+        // Behind a text that begins with no mark the search goes on one character later.
+        Combination{"<<A>><<B>>", "", "y", "<<B>>"}, Combination{"<<A>><<B>>", "x", "y", "xy"},
+        Combination{"<<A>><B>>", "<", "y", "<<B>>"},
+        // A text that names itself does not go on for ever.
+        Combination{"<<A>>", "<<A>>", "y", "<<A>>"}));
+
+std::string repeated(const std::string &text, int times)
+{
+    std::string result;
+    for (int i = 0; i < times; ++i)
+        result += text;
+    return result;
+}
+
+// However many slots a format has: only what the slots' own texts bring along is bounded.
+TEST_F(OstrelDemoUtilTest, AFormatOfManySlotsIsExpandedWhole)
+{
+    EXPECT_EQ(COstrelDemoUtil::CombinateString(repeated("<<A>>", 300), "x", "y"),
+              repeated("x", 300));
+    EXPECT_EQ(COstrelDemoUtil::CombinateString(repeated("<<A>> ", 300), "-<<B>>", "y"),
+              repeated("-y ", 300));
+}
+
+TEST_F(OstrelDemoUtilTest, ATextThatGrowsFromItselfComesToAnEnd)
+{
+    EXPECT_THAT(COstrelDemoUtil::CombinateString("<<A>>", "x<<A>>", "y"),
+                testing::MatchesRegex("x+<<A>>"));
+    EXPECT_THAT(COstrelDemoUtil::CombinateString("<<A>>", "<<B>>x", "<<A>>y"),
+                testing::MatchesRegex("<<[AB]>>[xy]+"));
+}
 
 // ---- GetDefaultPath, CheckPathExist ----
 

@@ -5,6 +5,7 @@
 #include <dirent.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -21,8 +22,21 @@ constexpr char DEFAULT_FOLDER[] = "/opt/data/demo_movie";
 constexpr char SHOW_DISCLAIMER_FEATURE[] =
     "com.norvane/featureconf/ostrel_demo_player.show_disclaimer";
 
-// A slot text may name its own slot, and would then be expanded for ever.
-constexpr int MAX_REPLACEMENTS = 256;
+// A slot text may name its own slot, and would then be expanded in turn for ever.
+constexpr int MAX_EXPANSIONS_IN_TURN = 256;
+
+// A slot's token: an opening mark, one letter, a closing mark.
+constexpr char OPENING_MARK[] = "<<";
+constexpr char CLOSING_MARK[] = ">>";
+constexpr size_t TOKEN_LENGTH = 5;
+
+/** The slot named by the token behind an opening mark; a large number where there is no token. */
+size_t SlotAt(const std::string &strText, size_t uiMark)
+{
+    if (uiMark + TOKEN_LENGTH > strText.size() || strText.compare(uiMark + 3, 2, CLOSING_MARK) != 0)
+        return std::string::npos;
+    return static_cast<unsigned int>(strText[uiMark + 2] - 'A');
+}
 
 } // namespace
 
@@ -105,26 +119,28 @@ std::string COstrelDemoUtil::CombinateString(std::string strFormat, std::string 
                                              std::string strSecond)
 {
     const std::array<std::string, 2> arrSlots = {strFirst, strSecond};
-    const std::string strOpen = "<<";
-    const std::string strClose = ">>";
-    constexpr size_t TOKEN_LENGTH = 5;
-
     std::string strResult = strFormat;
-    int iReplacements = 0;
-    size_t uiPos = strResult.find(strOpen);
-    while (uiPos != std::string::npos && iReplacements < MAX_REPLACEMENTS) {
+    // Where slot text ends: a token that begins before it came with that text.
+    size_t uiSlotTextEnd = 0;
+    int iExpansionsInTurn = 0;
+    size_t uiPos = strResult.find(OPENING_MARK);
+    while (uiPos != std::string::npos) {
         size_t uiNext = uiPos + 1;
-        if (uiPos + TOKEN_LENGTH <= strResult.size() &&
-            strResult.compare(uiPos + 3, strClose.size(), strClose) == 0) {
-            const auto uiSlot = static_cast<unsigned int>(strResult[uiPos + 2] - 'A');
-            if (uiSlot < arrSlots.size()) {
-                strResult.replace(uiPos, TOKEN_LENGTH, arrSlots[uiSlot]);
-                ++iReplacements;
-                // A slot text that begins with a token is expanded in turn.
+        const size_t uiSlot = SlotAt(strResult, uiPos);
+        if (uiSlot < arrSlots.size()) {
+            iExpansionsInTurn = uiPos < uiSlotTextEnd ? iExpansionsInTurn + 1 : 0;
+            if (iExpansionsInTurn > MAX_EXPANSIONS_IN_TURN)
+                break;
+            const std::string &strText = arrSlots[uiSlot];
+            strResult.replace(uiPos, TOKEN_LENGTH, strText);
+            uiSlotTextEnd =
+                std::max(uiSlotTextEnd, uiPos + TOKEN_LENGTH) - TOKEN_LENGTH + strText.size();
+            // A slot text that begins with a token is expanded in turn. Behind any other the search
+            // goes on one character later, even where that is inside the format's next token.
+            if (strText.rfind(OPENING_MARK, 0) == 0)
                 uiNext = uiPos;
-            }
         }
-        uiPos = strResult.find(strOpen, uiNext);
+        uiPos = strResult.find(OPENING_MARK, uiNext);
     }
     LOGI("strResult: %s", strResult.c_str());
     return strResult;
