@@ -1,6 +1,7 @@
 /**
  * The end of a video with every list, choice, entry and kind on the screen: which entry follows,
- * and every step on the way to it.
+ * and every step on the way to it. The list is empty while a panel turns to the orientation that
+ * has content.
  */
 #include "event_dispatcher_test.h"
 #include "player_lines.h"
@@ -46,8 +47,11 @@ class Scene : public EventDispatcherTest {
     void expect_next()
     {
         const size_t next = next_index();
-        const std::string name = now_.names[next];
-        const int kind = name == "b.jpg" || name == "c.jpg" ? 1 : 0;
+        const std::string name = now_.names.empty() ? "" : now_.names[next];
+        // An empty list has an entry of neither kind, so the kind changes every time.
+        const int kind = now_.names.empty()                   ? 1 - now_.on_screen
+                         : name == "b.jpg" || name == "c.jpg" ? 1
+                                                              : 0;
 
         dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
 
@@ -72,6 +76,8 @@ class Scene : public EventDispatcherTest {
     size_t next_index() const
     {
         const size_t size = now_.names.size();
+        if (size == 0)
+            return 0;
         if (now_.chosen == -1)
             return now_.current < size ? now_.current : 0;
         if (now_.chosen > 0)
@@ -87,6 +93,8 @@ class Scene : public EventDispatcherTest {
         lines += "I \"m_uiCurPlayIndex: " + std::to_string(now_.current) +
                  ", iPlayIndex: " + std::to_string(now_.chosen) +
                  ", m_vdcPlayList.size: " + std::to_string(now_.names.size()) + "\"";
+        if (now_.names.empty())
+            lines += "W \"0 0\"";
         player_state_e state = now_.on_screen == 0 ? PLAYER_STATE_PLAYING : PLAYER_STATE_IDLE;
         const bool switched = kind != now_.on_screen;
         if (switched && now_.on_screen == 0) {
@@ -101,6 +109,8 @@ class Scene : public EventDispatcherTest {
             return lines;
         }
         lines += "D \"Repeat Mode is on\"";
+        if (now_.names.empty())
+            return lines += "W \"play list is empty\"";
         const bool photo_before = now_.on_screen == 1;
         if (kind == 1)
             lines += photo_lines(folder() + name, photo_before ? 2 : 1, photo_before, photo_before);
@@ -137,6 +147,6 @@ INSTANTIATE_TEST_SUITE_P(Lists, CompletedTableTest,
                          testing::Values(Names{"a.mp4", "b.mp4", "c.mp4"},
                                          Names{"a.mp4", "b.jpg", "c.jpg"},
                                          Names{"b.mp4", "a.mp4", "b.jpg"}, Names{"b.jpg", "c.jpg"},
-                                         Names{"b.mp4"}, Names{"b.jpg"}));
+                                         Names{"b.mp4"}, Names{"b.jpg"}, Names{}));
 
 } // namespace

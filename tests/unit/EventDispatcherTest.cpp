@@ -121,32 +121,6 @@ TEST_F(EventDispatcherTest, AVideoThatIsRefusedIsNotReplacedByAnother)
     EXPECT_EQ(fake_.app.exit_requests, 0);
 }
 
-TEST_F(EventDispatcherTest, ACompletionWithAnEmptyListPlaysNothing)
-{
-    player_.m_vdcPlayList.clear();
-    player_.m_uiCurPlayIndex = 5;
-
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-
-    EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
-    EXPECT_EQ(rest(), join({folder_lines(),
-                            {"I \"m_uiCurPlayIndex: 5, iPlayIndex: 0, m_vdcPlayList.size: 0\"",
-                             "W \"play list is empty\""}}));
-}
-
-TEST_F(EventDispatcherTest, WithRepeatOffTheProgramEndsEvenWithAnEmptyList)
-{
-    player_.m_vdcPlayList.clear();
-    player_.m_bRepeat = false;
-
-    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
-
-    EXPECT_EQ(rest(), join({folder_lines(),
-                            {"I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 0\"",
-                             "W \"play list is empty\"", "D \"Repeat Mode is off\""},
-                            exit_lines()}));
-}
-
 // ---- 3: player prepared ----
 
 // Which way the window stands; the picture is turned in one position only.

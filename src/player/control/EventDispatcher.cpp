@@ -62,20 +62,11 @@ void COstrelDemoPlayer::m_HandlePlayerCompleted()
     m_SetFolderPaths();
     LOGI("m_uiCurPlayIndex: %d, iPlayIndex: %d, m_vdcPlayList.size: %zu",
          static_cast<int>(m_uiCurPlayIndex), m_iPlayIndex, m_vdcPlayList.size());
-    if (m_IsPlayListEmpty()) {
-        // The panel is on its way to the orientation that has content; repeat off ends all the
-        // same.
-        m_uiCurPlayIndex = 0;
-        if (!m_bRepeat)
-            m_EndWithoutRepeat();
-        return;
-    }
-
     const size_t uiSize = m_vdcPlayList.size();
     size_t uiNext = m_uiCurPlayIndex;
     if (m_iPlayIndex > 0)
         uiNext = static_cast<size_t>(m_iPlayIndex) - 1;
-    else if (m_iPlayIndex != -1)
+    else if (m_iPlayIndex != -1 && uiSize > 0)
         uiNext = (uiNext + 1) % uiSize;
     if (uiNext >= uiSize)
         uiNext = 0;
@@ -94,20 +85,18 @@ void COstrelDemoPlayer::m_HandlePlayerCompleted()
 
     // Only now, with the kinds switched, does repeat off end the show.
     if (!m_bRepeat) {
-        m_EndWithoutRepeat();
+        LOGD("Repeat Mode is off");
+        COstrelDemoUtil::ExitApplication();
         return;
     }
     LOGD("Repeat Mode is on");
+    // Empty while the panel is on its way to the orientation that has content.
+    if (m_IsPlayListEmpty())
+        return;
     if (m_iPlayingType == PLAYING_TYPE_PHOTO)
         OnPlayPhoto(m_strPlayPath);
     else
         OnPlayVideo(m_strPlayPath, m_strSubtitlePath);
-}
-
-void COstrelDemoPlayer::m_EndWithoutRepeat()
-{
-    LOGD("Repeat Mode is off");
-    COstrelDemoUtil::ExitApplication();
 }
 
 void COstrelDemoPlayer::m_HandlePlayerPrepared()

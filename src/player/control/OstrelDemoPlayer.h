@@ -137,7 +137,6 @@ class COstrelDemoPlayer {
     void m_HandleEvent(int iEventID, int iParam1);
     void m_HandlePlayerError();
     void m_HandlePlayerCompleted();
-    void m_EndWithoutRepeat();
     void m_HandlePlayerPrepared();
     void m_HandlePhotoParsed(int iResult);
     void m_HandlePhotoDecoded(int iResult);

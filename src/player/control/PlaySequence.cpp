@@ -76,10 +76,11 @@ void COstrelDemoPlayer::m_SetFolderPaths()
     m_strSubtitlePath = m_GetFolderPath();
 }
 
-/** Completes both paths with the current entry's names. */
+/** Completes both paths with the current entry's names; an empty list has none to add. */
 void COstrelDemoPlayer::m_AppendEntryNames()
 {
-    const stPlayListItem &stItem = m_vdcPlayList[m_uiCurPlayIndex];
+    const stPlayListItem stItem =
+        m_vdcPlayList.empty() ? stPlayListItem() : m_vdcPlayList[m_uiCurPlayIndex];
     m_strPlayPath += stItem.strFileName;
     if (stItem.strSubtitleName.empty())
         m_strSubtitlePath.clear();

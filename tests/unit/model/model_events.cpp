@@ -225,15 +225,14 @@ void Model::player_completed()
         current = size == 0 ? 0 : (current + 1) % size;
     if (current >= size)
         current = 0;
-    // What an empty list plays is left open: nothing, and repeat off ends the program as ever.
-    if (size != 0) {
+    if (size != 0)
         play_path += play_list[current].name;
-        subtitle_path =
-            play_list[current].subtitle.empty() ? "" : subtitle_path + play_list[current].subtitle;
-        switch_type();
-    }
+    const std::string subtitle = size != 0 ? play_list[current].subtitle : "";
+    subtitle_path = subtitle.empty() ? "" : subtitle_path + subtitle;
+    switch_type();
     if (!repeat)
         set.exit();
+    // What an empty list plays is left open: nothing.
     else if (size != 0 && playing_type == 1)
         play_photo();
     else if (size != 0)
