@@ -1,8 +1,10 @@
 #include "player/util/EventManager.h"
 
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -373,6 +375,64 @@ TEST_F(EventManagerTest, ASizeWithoutABufferSendsNone)
     ASSERT_EQ(received().size(), 1U);
     EXPECT_EQ(received()[0].record.uiBufferSize, 0U);
     EXPECT_EQ(received()[0].record.uiBuffer, 0U);
+}
+
+// ---- Words for buffers ----
+
+// As wide as a pointer here, as the record's word is on a 32-bit set.
+using WideWords = CBufferWords<uintptr_t>;
+static_assert(WideWords::POINTER_FITS);
+static_assert(CBufferWords<uint32_t>::POINTER_FITS == (sizeof(void *) == 4));
+
+std::unique_ptr<uint8_t[]> buffer_with(uint8_t byte)
+{
+    auto buffer = std::make_unique<uint8_t[]>(16);
+    buffer[0] = byte;
+    return buffer;
+}
+
+TEST(BufferWordsTest, AWordThatHoldsAPointerIsTheAddressForTheReceiverToFree)
+{
+    auto words = std::make_unique<WideWords>();
+    auto buffer = buffer_with(42);
+    const uint8_t *address = buffer.get();
+
+    const uintptr_t word = words->Put(std::move(buffer));
+
+    ASSERT_EQ(word, reinterpret_cast<uintptr_t>(address));
+    EXPECT_EQ(address[0], 42);
+    delete[] address;
+    // The C library notices when the buffer is freed once more.
+    words.reset();
+}
+
+TEST(BufferWordsTest, AnAddressCanBeTakenInsteadOfFreed)
+{
+    WideWords words;
+    auto buffer = buffer_with(42);
+    const uint8_t *address = buffer.get();
+
+    EXPECT_EQ(words.Take(words.Put(std::move(buffer))).get(), address);
+    EXPECT_EQ(words.Take(0), nullptr);
+}
+
+TEST(BufferWordsTest, ATokenIsNeitherZeroNorThatOfAWaitingBuffer)
+{
+    CBufferWords<uint8_t> words;
+    static_assert(!CBufferWords<uint8_t>::POINTER_FITS);
+    const uint8_t waiting = words.Put(buffer_with(42));
+
+    for (int i = 0; i < 1000; ++i) {
+        const uint8_t token = words.Put(buffer_with(static_cast<uint8_t>(i)));
+        ASSERT_NE(token, 0);
+        ASSERT_NE(token, waiting);
+        const auto taken = words.Take(token);
+        ASSERT_NE(taken, nullptr);
+        ASSERT_EQ(taken[0], static_cast<uint8_t>(i));
+    }
+    const auto taken = words.Take(waiting);
+    ASSERT_NE(taken, nullptr);
+    EXPECT_EQ(taken[0], 42);
 }
 
 } // namespace

@@ -66,7 +66,7 @@ void CEventManager::SendEvent(int iEventID, CEvent &event)
         }
         std::memcpy(pCopy.get(), event.pBuffer, uiSize);
         stRecord.uiBufferSize = uiSize;
-        stRecord.uiBuffer = m_KeepBuffer(std::move(pCopy));
+        stRecord.uiBuffer = m_bufferWords.Put(std::move(pCopy));
     }
 
     if (!m_WriteRecord(stRecord)) {
@@ -83,26 +83,5 @@ bool CEventManager::m_WriteRecord(const stPipeRecord &stRecord)
 
 std::unique_ptr<uint8_t[]> CEventManager::TakeBuffer(const stPipeRecord &record)
 {
-    std::lock_guard<std::mutex> lock(m_mutexBuffers);
-    auto it = m_mapBuffers.find(record.uiBuffer);
-    if (it == m_mapBuffers.end())
-        return nullptr;
-    std::unique_ptr<uint8_t[]> pCopy = std::move(it->second);
-    m_mapBuffers.erase(it);
-    return pCopy;
-}
-
-uint32_t CEventManager::m_KeepBuffer(std::unique_ptr<uint8_t[]> pCopy)
-{
-    std::lock_guard<std::mutex> lock(m_mutexBuffers);
-    uint32_t uiToken = 0;
-    if constexpr (sizeof(void *) == sizeof(uint32_t)) {
-        uiToken = static_cast<uint32_t>(reinterpret_cast<uintptr_t>(pCopy.get()));
-    } else {
-        do {
-            uiToken = ++m_uiLastToken;
-        } while (uiToken == 0 || m_mapBuffers.count(uiToken) != 0);
-    }
-    m_mapBuffers[uiToken] = std::move(pCopy);
-    return uiToken;
+    return m_bufferWords.Take(record.uiBuffer);
 }
