@@ -1,5 +1,8 @@
 #include "player_test.h"
 
+#include <atomic>
+#include <thread>
+
 using testing::ElementsAreArray;
 
 namespace {
@@ -30,6 +33,23 @@ TEST_F(PlayerCallbackTest, PreparedStoresTheStateAndPosts)
 
     EXPECT_EQ(player_.m_iVideoPlayerState, 2);
     EXPECT_THAT(fake_.lines(), ElementsAreArray(posted("I \"\"", 3)));
+}
+
+// The report comes from a thread of the media player's, whatever the main loop is looking at.
+TEST_F(PlayerCallbackTest, PreparedMayComeWhileTheMainLoopReadsTheState)
+{
+    player_.OnPlayVideo("/demo/a.mp4", "");
+    std::atomic<bool> reported{false};
+    std::thread reporter([this, &reported] {
+        fake_.media.fire_prepared();
+        reported = true;
+    });
+
+    while (!reported)
+        EXPECT_THAT(player_.m_iVideoPlayerState.load(), testing::AnyOf(1, 2));
+    reporter.join();
+
+    EXPECT_EQ(player_.m_iVideoPlayerState, 2);
 }
 
 TEST_F(PlayerCallbackTest, PreparedWithoutAControllerStillPosts)

@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <utility>
 #include <vector>
@@ -53,7 +54,7 @@ class CPlayerInspector {
     int &m_iPlayIndex;
     unsigned int &m_uiCurPlayIndex;
     int &m_iPlayingType;
-    int &m_iVideoPlayerState;
+    std::atomic<int> &m_iVideoPlayerState;
     std::string &m_strFolderPath;
     std::string &m_strPlayPath;
     std::string &m_strSubtitlePath;

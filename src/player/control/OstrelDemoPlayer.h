@@ -2,12 +2,14 @@
  * The controller: owns the window, the media player, the picture, the play lists, the popup and the
  * timers, and acts on every event. The application shell makes the one instance at the first launch
  * request and destroys it when the program ends. Everything runs on the main loop, but for the
- * media player's and the picture library's callbacks, which only post events.
+ * media player's and the picture library's callbacks: they log, at most set one field, and post an
+ * event or ask for the program's end.
  *
  * The operations are spread over the files named below by topic.
  */
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -89,7 +91,13 @@ class COstrelDemoPlayer {
      */
     bool Create(stFolderInfo &stInfo, bool bFolderContentsPlayer, bool bRepeat);
 
-    /** Starts, or starts anew, from the stored menu selection. @return 1 when playback began. */
+    /**
+     * Starts, or starts anew, from the stored menu selection, or turns the panel first, so that its
+     * events start later.
+     *
+     * @return 1 when an entry was accepted by its player or the selection is to leave, so that the
+     *         program was asked to end; 0 when nothing was started
+     */
     int StartDemoPlayer();
 
     /** Closes the popup and lets go of the video and the photo. */
@@ -285,7 +293,8 @@ class COstrelDemoPlayer {
     int m_iPlayIndex = -1;            /**< menu selection: -1 none yet, 0 all, n only entry n */
     unsigned int m_uiCurPlayIndex = 0;
     int m_iPlayingType = PLAYING_TYPE_VIDEO; /**< kind of what is on screen */
-    int m_iVideoPlayerState = 0;             /**< 0 stopped, 1 preparing, 2 prepared */
+    /** 0 stopped, 1 preparing, 2 prepared. The media player's thread writes it as well. */
+    std::atomic<int> m_iVideoPlayerState{0};
     std::string m_strFolderPath;
     std::string m_strPlayPath;     /**< full path of the current file */
     std::string m_strSubtitlePath; /**< full path of its subtitle, or empty */
