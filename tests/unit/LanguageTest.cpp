@@ -131,7 +131,7 @@ TEST_F(LanguageTest, ANullTextCountsAsEmpty)
 
     EXPECT_EQ(suffix_of("ko_KR"), "");
 
-    EXPECT_THAT(fake_.all(), LinesAre("I \"\"", "runtime_info_get_value_string(1)", "I \"\"",
+    EXPECT_THAT(fake_.all(), LinesAre("I \"\"", "runtime_info_get_value_string(1)", "I \"(null)\"",
                                       "W \", not find\""));
 }
 

@@ -1,5 +1,6 @@
 #include <string>
 #include <tuple>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -15,6 +16,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 namespace {
+
+static_assert(std::is_same_v<std::underlying_type_t<ENDEMO_KEY_TYPE>, int>,
+              "the numbers travel in events, as int");
 
 using set_keys::PASSED_ON;
 

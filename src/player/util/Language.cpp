@@ -52,8 +52,8 @@ std::string COstrelDemoUtil::GetSystemLanguage()
         LOGE("Get System Language Failed");
         return "";
     }
+    LOGI("%s", pLanguage != nullptr ? pLanguage : "(null)");
     const std::string strLanguage = pLanguage != nullptr ? pLanguage : "";
-    LOGI("%s", strLanguage.c_str());
     free(pLanguage);
 
     for (const stLanguage &stRow : LANGUAGES) {

@@ -27,7 +27,7 @@ enum ENDEMO_ROTATION_STATUS : int {
 };
 
 /** What a key asks for. The numbers travel in events; 11 is left free on purpose. */
-enum ENDEMO_KEY_TYPE {
+enum ENDEMO_KEY_TYPE : int {
     KEY_TYPE_BACK = 0,
     KEY_TYPE_ENTER = 1,
     KEY_TYPE_PLAY = 2,
