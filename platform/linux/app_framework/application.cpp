@@ -1,5 +1,6 @@
 #include "app_framework/application.h"
 
+#include <clocale>
 #include <cstdio>
 #include <utility>
 
@@ -258,6 +259,8 @@ void announce_language_change()
 {
     choose_catalogue_language();
     Application::get().announce(APP_EVENT_LANGUAGE_CHANGED);
+    // The application has had the toolkit choose the language, which sets every part of the locale.
+    setlocale(LC_NUMERIC, "C");
 }
 
 } // namespace platform
