@@ -4,8 +4,8 @@
  */
 
 #include <cstdlib>
-#include <cstring>
 #include <string>
+#include <string_view>
 
 #include <Ecore.h>
 #include <Elementary.h>
@@ -16,6 +16,7 @@
 #include "device_power.h"
 #include "player/control/OstrelDemoPlayer.h"
 #include "player/util/Log.h"
+#include "player/util/NameCompare.h"
 #include "player/util/OstrelDemoUtil.h"
 #include "system_facts.h"
 
@@ -53,8 +54,8 @@ void OnPowerStateChangedCB(device_power_state_e /*enState*/, void * /*data*/)
 
 void OnVconfValueChangeCB(keynode_t *pNode, void * /*data*/)
 {
-    // The first length takes in the name's end, so the whole name has to match; the second is the
-    // name's bare length, so longer names match as well.
+    // The first length is more than the name's, so the whole name has to match; the second is the
+    // name's own, so longer names match as well.
     constexpr size_t DEMO_MODE_LENGTH = 36;
     constexpr size_t USE_MODE_LENGTH = 24;
 
@@ -64,10 +65,11 @@ void OnVconfValueChangeCB(keynode_t *pNode, void * /*data*/)
         return;
 
     int iKeyValue = 0;
-    if (strncasecmp(pKeyName, ConfigKey::DEMO_MODE, DEMO_MODE_LENGTH) == 0) {
+    const std::string_view strKeyName = pKeyName;
+    if (IsSameName(strKeyName.substr(0, DEMO_MODE_LENGTH), ConfigKey::DEMO_MODE)) {
         if (COstrelDemoUtil::GetConfigInt(ConfigKey::DEMO_MODE, iKeyValue) && iKeyValue == -1)
             COstrelDemoUtil::ExitApplication();
-    } else if (strncasecmp(pKeyName, ConfigKey::USE_MODE, USE_MODE_LENGTH) == 0) {
+    } else if (IsSameName(strKeyName.substr(0, USE_MODE_LENGTH), ConfigKey::USE_MODE)) {
         if (COstrelDemoUtil::GetConfigInt(ConfigKey::USE_MODE, iKeyValue) && iKeyValue == 0)
             COstrelDemoUtil::ExitApplication();
     }

@@ -1,5 +1,7 @@
-"""Every language of the catalogues on the screen, and a contact sheet of all of them to look at."""
+"""Every language of the catalogues on the screen, with a contact sheet of all of them to look at; and
+what a locale must not change."""
 
+import json
 import os
 import re
 import subprocess
@@ -98,3 +100,36 @@ def leave_sheet(tiles, path):
             for start in range(0, len(tiles), SHEET_COLUMNS)]
     os.makedirs(os.path.dirname(path), exist_ok=True)
     Image.fromarray(numpy.concatenate(rows)).save(path)
+
+
+@pytest.fixture
+def turkish(tmp_path):
+    """Environment for start(): a Turkish locale, in which I and i are two letters and a comma stands
+    before the decimals."""
+    folder = tmp_path / "locales"
+    folder.mkdir()
+    subprocess.run(["localedef", "--no-archive", "-f", "UTF-8", "-i", "tr_TR", folder / "tr_TR.UTF-8"],
+                   check=True)
+    return {"LOCPATH": str(folder), "LANG": "tr_TR.UTF-8"}
+
+
+def test_names_are_the_same_in_a_turkish_locale(tv, screen, content, shelf, turkish):
+    shelf.video(content / "CLIP.AVI", "red", seconds=8)
+    shelf.video(content / "PORTRAIT_X.MP4", "green", seconds=8)
+    (content / "CLIP.SMI").write_text("<SAMI><BODY><SYNC Start=0><P>Merhaba</P></BODY></SAMI>")
+    player = tv.start(folder=content, **turkish)
+    screen.wait_for("red")
+    assert player.log.find_all(r"OnPlayVideo\(\d+\) > .*/CLIP\.AVI .*/CLIP\.SMI$")
+    assert json.loads(tv.tvctl("status", "--json").stdout)["list"]["names"] == ["CLIP.AVI"]
+
+
+def test_numbers_keep_their_point_in_every_language(tv, screen, content, shelf, turkish):
+    shelf.video(content / "red.mp4", "red", seconds=20)
+    player = tv.start(folder=content, **turkish)
+    screen.wait_for("red")
+    tv.press("XF86AudioNext")
+    assert player.log.wait(r"m_SetTrickSpeed\(\d+\) > (\S+)$").group(1) == "2.000000"
+    here = player.log.position()
+    tv.tvctl("language", "tr_TR.UTF-8")
+    tv.press("XF86AudioRewind")
+    assert player.log.wait(r"m_SetTrickSpeed\(\d+\) > (\S+)$", after=here).group(1) == "-2.000000"

@@ -96,6 +96,16 @@ def test_platform_interfaces_include_no_implementation(source_dir, files):
     assert not wrong, "\n".join(wrong)
 
 
+def test_letters_are_the_same_in_every_locale(source_dir, files):
+    # What these functions of the C library say follows the locale: in a Turkish one an I is no i.
+    of_the_locale = re.compile(
+        r"\b(strn?casecmp|strcasestr|strcoll|to(?:lower|upper)|is(?:al\w+|lower|upper))\(")
+    wrong = [f"{name} calls {call}"
+             for name in files if name.startswith(("src/", "platform/")) and name.endswith(CODE)
+             for call in of_the_locale.findall(read(source_dir, name))]
+    assert not wrong, "\n".join(wrong)
+
+
 def symbols(arguments):
     listed = subprocess.run(["nm", *arguments], check=True, capture_output=True, text=True)
     return [line.split() for line in listed.stdout.splitlines()

@@ -1,4 +1,5 @@
 #include "player_test.h"
+#include "turkish_locale.h"
 
 using testing::AllOf;
 using testing::ElementsAre;
@@ -384,6 +385,16 @@ TEST_P(SubtitleExtensionTest, IsASubtitle)
 INSTANTIATE_TEST_SUITE_P(Names, SubtitleExtensionTest,
                          testing::Values(".smi", ".srt", ".sub", ".ttxt", ".txt", ".ssa", ".ass",
                                          ".psb", ".sami", ".mpl", ".SRT"));
+
+TEST_F(PlayListTest, NamesAreTheSameInATurkishLocale)
+{
+    const TurkishLocale locale;
+
+    scan({"CLIP.AVI", "PORTRAIT_X.MP4", "PORTRAIT_Y.JPG", "CLIP.SMI", "PORTRAIT_X.SAMI"});
+
+    expect_lists({video("CLIP.AVI", "CLIP.SMI")}, {video("PORTRAIT_X.MP4", "PORTRAIT_X.SAMI")}, {},
+                 {photo("PORTRAIT_Y.JPG")});
+}
 
 // ---- m_InitPlayList ----
 

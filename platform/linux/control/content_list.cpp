@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <string_view>
 
 #include <dirent.h>
-#include <strings.h>
 #include <sys/stat.h>
+
+#include "base/ascii_case.h"
 
 namespace platform {
 
@@ -17,7 +19,7 @@ constexpr char VIDEOS[] = ".ts/.avi/.mp4/.asf/.wmv/.ogg/.flv/.mpeg/.mkv/.tp";
 constexpr char VIDEOS_OF_DIRECT_BACKLIGHT[] =
     ".smp4/.ts/.avi/.mp4/.asf/.wmv/.ogg/.flv/.mpeg/.mkv/.tp";
 constexpr char PHOTOS[] = ".jpg/.jpeg";
-constexpr char PORTRAIT_PREFIX[] = "portrait_";
+constexpr std::string_view PORTRAIT_PREFIX = "portrait_";
 
 // The file system's clock ticks more coarsely than the one that launch requests are timed with.
 constexpr double COARSE_TICK_S = 0.02;
@@ -31,9 +33,14 @@ double seconds(const timespec &time)
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-bool is_portrait(const char *name)
+bool is_portrait(std::string_view name)
 {
-    return strncasecmp(name, PORTRAIT_PREFIX, sizeof PORTRAIT_PREFIX - 1) == 0;
+    return find_nocase(name.substr(0, PORTRAIT_PREFIX.size()), PORTRAIT_PREFIX) == 0;
+}
+
+bool is_among(std::string_view extensions, std::string_view extension)
+{
+    return find_nocase(extensions, extension) != std::string_view::npos;
 }
 
 bool is_dots(const char *name)
@@ -63,15 +70,15 @@ std::optional<ContentList> content_list_of(const std::string &path, bool direct_
         return std::nullopt;
 
     ContentList list;
-    list.portrait = is_portrait(name.c_str());
+    list.portrait = is_portrait(name);
     std::vector<std::string> photos;
     while (const dirent *entry = readdir(directory.get())) {
         const char *extension = std::strrchr(entry->d_name, '.');
         if (!extension || is_dots(entry->d_name) || is_portrait(entry->d_name) != list.portrait)
             continue;
-        if (strcasestr(direct_backlight ? VIDEOS_OF_DIRECT_BACKLIGHT : VIDEOS, extension))
+        if (is_among(direct_backlight ? VIDEOS_OF_DIRECT_BACKLIGHT : VIDEOS, extension))
             list.names.emplace_back(entry->d_name);
-        else if (strcasestr(PHOTOS, extension))
+        else if (is_among(PHOTOS, extension))
             photos.emplace_back(entry->d_name);
     }
     list.videos = list.names.size();

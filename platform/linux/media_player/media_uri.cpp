@@ -1,6 +1,5 @@
 #include "media_player/media_uri.h"
 
-#include <cctype>
 #include <cerrno>
 
 #include <sys/stat.h>
@@ -15,11 +14,11 @@ namespace {
 bool has_scheme(const std::string &name)
 {
     const size_t end = name.find("://");
-    if (end == std::string::npos || end == 0 || !std::isalpha(static_cast<unsigned char>(name[0])))
+    if (end == std::string::npos || end == 0 || !g_ascii_isalpha(name[0]))
         return false;
     for (size_t i = 1; i < end; i++) {
-        const auto letter = static_cast<unsigned char>(name[i]);
-        if (!std::isalnum(letter) && letter != '+' && letter != '-' && letter != '.')
+        const char letter = name[i];
+        if (!g_ascii_isalnum(letter) && letter != '+' && letter != '-' && letter != '.')
             return false;
     }
     return true;

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <optional>
 
+#include "base/ascii_case.h"
+
 namespace platform {
 
 namespace {
@@ -122,15 +124,6 @@ std::string unquote_lines(const std::string &text)
     return lines;
 }
 
-/** The place of an ASCII text without regard to case. */
-size_t find_nocase(const std::string &text, const char *what, size_t from)
-{
-    if (from >= text.size())
-        return std::string::npos;
-    const char *found = strcasestr(text.c_str() + from, what);
-    return found ? static_cast<size_t>(found - text.c_str()) : std::string::npos;
-}
-
 /** The place of the next <P> element, not of a longer name that begins with the letter. */
 size_t find_paragraph(const std::string &text, size_t from)
 {
@@ -144,15 +137,14 @@ size_t find_paragraph(const std::string &text, size_t from)
 std::string sami_class(const std::string &paragraph)
 {
     const std::string tag = paragraph.substr(0, paragraph.find('>'));
-    const size_t key = find_nocase(tag, "class", 0);
+    const size_t key = find_nocase(tag, "class");
     if (key == std::string::npos)
         return {};
     const size_t begin = tag.find_first_not_of(" \t=\"'", key + 5);
     if (begin == std::string::npos)
         return {};
     std::string name = tag.substr(begin, tag.find_first_of(" \t\"'", begin) - begin);
-    for (char &letter : name)
-        letter = letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    std::transform(name.begin(), name.end(), name.begin(), lower_case);
     return name;
 }
 
@@ -243,7 +235,7 @@ std::vector<PlainCue> read_ttxt(const std::string &text)
 std::string first_sami_language(const std::string &text)
 {
     static const char opening[] = "<sync";
-    const size_t first = find_nocase(text, opening, 0);
+    const size_t first = find_nocase(text, opening);
     std::string chosen;
     std::string result = text.substr(0, first);
     for (size_t at = first; at != std::string::npos;) {

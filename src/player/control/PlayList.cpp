@@ -3,11 +3,11 @@
 #include "player/control/OstrelDemoPlayer.h"
 
 #include <dirent.h>
-#include <strings.h>
 
 #include <cstring>
 
 #include "player/util/Log.h"
+#include "player/util/NameCompare.h"
 
 namespace {
 
@@ -19,8 +19,7 @@ constexpr char VIDEO_EXTENSIONS_DIRECT_BACKLIGHT[] =
 constexpr char PHOTO_EXTENSIONS[] = ".jpg/.jpeg";
 constexpr char SUBTITLE_EXTENSIONS[] = ".smi/.srt/.sub/.ttxt/.txt/.ssa/.ass/.psb/.sami/.mpl";
 
-constexpr char PORTRAIT_PREFIX[] = "portrait_";
-constexpr size_t PORTRAIT_PREFIX_LENGTH = sizeof(PORTRAIT_PREFIX) - 1;
+constexpr std::string_view PORTRAIT_PREFIX = "portrait_";
 
 constexpr double ROTATION_DELAY_S = 0.8;
 
@@ -99,14 +98,15 @@ void COstrelDemoPlayer::m_SortFile(const char *pName, const char *pVideoExtensio
 
     stPlayListItem stItem;
     stItem.strFileName = pName;
-    const bool bPortrait = strncasecmp(pName, PORTRAIT_PREFIX, PORTRAIT_PREFIX_LENGTH) == 0;
-    if (strcasestr(pVideoExtensions, pExtension) != nullptr) {
+    const bool bPortrait =
+        IsSameName(stItem.strFileName.substr(0, PORTRAIT_PREFIX.size()), PORTRAIT_PREFIX);
+    if (ContainsName(pVideoExtensions, pExtension)) {
         stItem.iType = PLAYING_TYPE_VIDEO;
         (bPortrait ? m_vdcPortraitVideos : m_vdcLandscapeVideos).push_back(stItem);
-    } else if (strcasestr(PHOTO_EXTENSIONS, pExtension) != nullptr) {
+    } else if (ContainsName(PHOTO_EXTENSIONS, pExtension)) {
         stItem.iType = PLAYING_TYPE_PHOTO;
         (bPortrait ? m_vdcPortraitPhotos : m_vdcLandscapePhotos).push_back(stItem);
-    } else if (strcasestr(SUBTITLE_EXTENSIONS, pExtension) != nullptr) {
+    } else if (ContainsName(SUBTITLE_EXTENSIONS, pExtension)) {
         vdcSubtitles.push_back(pName);
     }
 }

@@ -7,6 +7,7 @@
 
 #include "control/content_list.h"
 #include "store_support/scratch.h"
+#include "turkish_locale.h"
 
 namespace {
 
@@ -64,6 +65,15 @@ TEST_F(ContentListTest, CountsAsThePlayerCountsExtensions)
     EXPECT_THAT(names("a.mp"), UnorderedElementsAre("a.mp", "b.", ".hidden.mkv", "e.jpe"));
     EXPECT_THAT(names("a.mp", true),
                 UnorderedElementsAre("a.mp", "b.", ".hidden.mkv", "c.smp4", "e.jpe"));
+}
+
+TEST_F(ContentListTest, CountsNamesAlikeInATurkishLocale)
+{
+    for (const char *name : {"CLIP.AVI", "PORTRAIT_X.MP4"})
+        add(name);
+    const TurkishLocale locale;
+    EXPECT_THAT(names("CLIP.AVI"), UnorderedElementsAre("CLIP.AVI"));
+    EXPECT_THAT(names("PORTRAIT_X.MP4"), UnorderedElementsAre("PORTRAIT_X.MP4"));
 }
 
 TEST_F(ContentListTest, OrderIsThatOfTheDirectory)
