@@ -56,6 +56,18 @@ def test_arrow_keys_reach_the_button_and_enter_there_closes(tv, screen, player, 
     assert not player.log.find_all(PLAYS_VIDEO, after=here)
 
 
+def test_with_no_row_in_force_the_button_has_the_focus_and_enter_only_closes(
+        tv, screen, player, two_videos):
+    tv.set_config(DEMO_MODE, 9)
+    here = open_options(screen, player)
+    player.log.wait("pItem is null", after=here)
+    wait_focus_on_button(screen)
+    screen.key("Return")
+    wait_closed(screen, player, here, two_videos)
+    assert tv.config(DEMO_MODE) == 9
+    assert not player.log.find_all(PLAYS_VIDEO, after=here)
+
+
 def test_click_on_the_button_closes(screen, player, two_videos):
     here = open_options(screen, player)
     wait_focus_on_row(screen)

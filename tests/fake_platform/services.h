@@ -157,7 +157,11 @@ class Storage {
     /** Mount paths in the order of the device names. */
     std::vector<std::string> sticks;
 
-    /** Makes a folder whose entries are read in this order, behind "." and "..". */
+    /**
+     * Makes a folder whose entries are read in this order, behind "." and "..". A slash at the end
+     * of an entry marks a folder, an at sign a link, as ls -F shows them; neither belongs to the
+     * name.
+     */
     void add_folder(const std::string &path, const std::vector<std::string> &entries = {});
     void add_file(const std::string &path);
 

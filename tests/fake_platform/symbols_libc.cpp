@@ -81,8 +81,13 @@ struct dirent64 *__wrap_readdir64(DIR *stream)
     if (!fake::platform().registry.check("readdir64", stream) ||
         directory->next == directory->entries.size())
         return nullptr;
-    const std::string &name = directory->entries[directory->next++];
+    std::string name = directory->entries[directory->next++];
     directory->entry = {};
+    const char mark = name.back();
+    const bool is_dots = name == "." || name == "..";
+    directory->entry.d_type = mark == '/' || is_dots ? DT_DIR : mark == '@' ? DT_LNK : DT_REG;
+    if (mark == '/' || mark == '@')
+        name.pop_back();
     std::strncpy(directory->entry.d_name, name.c_str(), sizeof directory->entry.d_name - 1);
     return &directory->entry;
 }

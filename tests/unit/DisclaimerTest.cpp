@@ -194,4 +194,17 @@ TEST_F(DisclaimerTest, AFeatureSwitchedOffLeavesTheOverlayAsItIs)
     EXPECT_TRUE(shown());
 }
 
+TEST_F(DisclaimerTest, AFeatureSwitchedOffDoesNotHoldTheTimeOutUp)
+{
+    build();
+    player_.m_ShowDisclaimer();
+    fake_.system.has_disclaimer = false;
+
+    fake_.loop.advance(5.0);
+
+    EXPECT_FALSE(shown());
+    EXPECT_EQ(player_.m_pDisclaimerTimer, nullptr);
+    EXPECT_THAT(fake_.loop.timers(), IsEmpty());
+}
+
 } // namespace

@@ -327,6 +327,23 @@ TEST_F(LaunchTest, ARelaunchStartsTheOldListAnew)
     });
 }
 
+TEST_F(MainTest, ARelaunchWithAnotherChosenFolderKeepsTheOldOne)
+{
+    fake_.storage.add_folder("/demo/old", {"x.mp4"});
+    fake_.storage.add_folder("/demo/new", {"y.mp4"});
+    const Extras old_folder = {{"demo_player_mode", "folder_contents_player"},
+                               {"folder_path", "/demo/old/"}};
+    const Extras new_folder = {{"demo_player_mode", "folder_contents_player"},
+                               {"folder_path", "/demo/new/"}};
+
+    run_created([&] {
+        fake_.app.launch(old_folder);
+        fake_.app.launch(new_folder);
+
+        EXPECT_THAT(fake_.of({"player_set_uri"}), LinesAre("player_set_uri(\"/demo/old/x.mp4\")"));
+    });
+}
+
 TEST_F(MainTest, ARelaunchWatchesTheKeysAgain)
 {
     run_created([this] {

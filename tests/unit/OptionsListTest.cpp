@@ -78,6 +78,32 @@ TEST_F(OptionsListTest, AStaleSelectionOpensWithoutAFocusedRow)
     EXPECT_EQ(fake_.loop.idlers(), 0U);
 }
 
+// A selection has eight bits in the stored word, so a high entry is stored as another one.
+TEST_F(OptionsListTest, AfterAHighRowWasChosenTheFocusIsWhereTheStoredWordSays)
+{
+    constexpr int HIGH_ENTRY = 300;
+    constexpr int STORED_ENTRY = HIGH_ENTRY % 256;
+    std::vector<std::string> names;
+    for (int i = 1; i <= HIGH_ENTRY; ++i)
+        names.push_back(std::to_string(i) + ".mp4");
+    for (const ENDEMO_ROTATION_TYPE panel : {ROTATION_TYPE_LANDSCAPE, ROTATION_TYPE_PORTRAIT}) {
+        set_panel(panel);
+        store_mode(0);
+        player_.m_iPlayIndex = 0;
+        open_with(names);
+
+        fake_.widgets.press_row(player_.m_pGenlist, PLAY_ALL + HIGH_ENTRY);
+
+        EXPECT_EQ(player_.m_iPlayIndex, HIGH_ENTRY);
+        EXPECT_EQ(player_.m_strPlayPath, std::string(FOLDER) + "300.mp4");
+        EXPECT_EQ(stored_mode(), panel == ROTATION_TYPE_PORTRAIT ? STORED_ENTRY << 8 : HIGH_ENTRY);
+        open_with(names);
+        fake_.widgets.fire(player_.m_pGenlist, EVAS_CALLBACK_SHOW, nullptr);
+        fake_.loop.run_idle();
+        EXPECT_EQ(fake_.widgets.focused_row(player_.m_pGenlist), PLAY_ALL + STORED_ENTRY);
+    }
+}
+
 // ---- m_GetRecentlySelectedItem ----
 
 TEST_F(OptionsListTest, WithoutAListThereIsNoRow)

@@ -99,9 +99,8 @@ class RotationDelayTest : public PanelRotationTest {
     RotationDelayTest()
     {
         fake_.rotator.supported = true;
-        portrait_contents();
-        EXPECT_EQ(player_.m_InitPlayList(), 0);
-        fake_.forget();
+        created({"portrait_a.mp4"});
+        EXPECT_NE(player_.m_hRotationDelayTimer, nullptr);
     }
 };
 
@@ -118,14 +117,15 @@ TEST_F(RotationDelayTest, TheTimerTurnsThePanelOnceItStandsStill)
 TEST_F(RotationDelayTest, WhileThePanelTurnsTheTimerKeepsRenewing)
 {
     Ecore_Timer *timer = player_.m_hRotationDelayTimer;
-    player_.m_bRotating = true;
+    fake_.rotator.report(DISPLAY_ROTATOR_TURNING_TO_LANDSCAPE);
+    fake_.forget();
 
     fake_.loop.advance(4.0);
 
     EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\"", "I \"\"", "I \"\"", "I \"\""));
     EXPECT_EQ(player_.m_hRotationDelayTimer, timer);
 
-    player_.m_bRotating = false;
+    fake_.rotator.report(DISPLAY_ROTATOR_IDLE);
     fake_.forget();
     fake_.loop.advance(0.8);
     EXPECT_THAT(fake_.calls(), LinesAre("VirtualKey_Send_KeyCode(569, 2)"));

@@ -292,6 +292,14 @@ TEST_F(PlayListTest, NamesThatStartWithADotAreLikeAnyOther)
                 ElementsAre(video(".hidden.mp4"), video("..."), video("..mp4")));
 }
 
+TEST_F(PlayListTest, FoldersAndLinksCountByTheirNamesLikeFiles)
+{
+    scan({"old.ts/", "clip.mp4@", "portrait_album.jpg/", "photo.jpeg@", "old.srt/", "folder/"});
+
+    expect_lists({video("old.ts", "old.srt"), video("clip.mp4")}, {}, {photo("photo.jpeg")},
+                 {photo("portrait_album.jpg")});
+}
+
 TEST_F(PlayListTest, DirectBacklightModelsPlayOneMoreExtension)
 {
     fake_.system.store_content_type = 1;
@@ -338,6 +346,13 @@ TEST_F(PlayListTest, WithoutAKnownLanguageTheLastMatchWins)
 TEST_F(PlayListTest, TheNameMayStandAnywhereInTheSubtitlesName)
 {
     EXPECT_EQ(subtitle_among({"a.mp4", "data.srt"}), "data.srt");
+}
+
+// A file called ".mp4" has an empty name, which every subtitle's name holds.
+TEST_F(PlayListTest, AVideoWithoutANameGetsASubtitleAsAnyOther)
+{
+    EXPECT_EQ(subtitle_among({".mp4", "a.srt", "b.srt"}), "b.srt");
+    EXPECT_EQ(subtitle_among({".mp4", "a_EngUS.srt", "b.srt"}), "a_EngUS.srt");
 }
 
 TEST_F(PlayListTest, TheNameIsComparedWithItsCase)
