@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 
+#include "media_player/colour_tags.h"
 #include "media_player/display_settings.h"
 #include "media_player/frame_painter.h"
 #include "subtitles/subtitle_track.h"
@@ -32,6 +33,9 @@ class FrameOutput {
 
     /** Stops for good; when it returns no frame of this file reaches the plane any more. */
     void close();
+
+    /** What the file says about its colours; any thread. */
+    ColourTags &colour_tags() { return colour_tags_; }
 
     // Streaming thread.
     void set_format(const GstVideoInfo &info);
@@ -75,6 +79,7 @@ class FrameOutput {
     void report_cue(GstClockTime position);
 
     const std::shared_ptr<DisplaySettings> display_;
+    ColourTags colour_tags_;
     std::atomic<uint64_t> shown_{0};
     std::atomic<GstClockTime> position_{GST_CLOCK_TIME_NONE};
     std::atomic<double> direction_{1.0};

@@ -220,10 +220,15 @@ GstClockTime Pipeline::position() const
     return output_->position();
 }
 
-bool Pipeline::goes_in_rounds() const
+std::string Pipeline::demuxer() const
 {
     const std::lock_guard<std::mutex> lock(facts_mutex_);
-    return is_one_of(demuxer_, READERS_WITH_ROUNDS);
+    return demuxer_;
+}
+
+bool Pipeline::goes_in_rounds() const
+{
+    return is_one_of(demuxer(), READERS_WITH_ROUNDS);
 }
 
 bool Pipeline::plays_backwards() const
@@ -254,6 +259,13 @@ GstPadProbeReturn Pipeline::on_coded_frame(GstPad *, GstPadProbeInfo *info, gpoi
     return GST_PAD_PROBE_OK;
 }
 
+GstPadProbeReturn Pipeline::on_coded_event(GstPad *pad, GstPadProbeInfo *info, gpointer self)
+{
+    const auto *pipeline = static_cast<Pipeline *>(self);
+    pipeline->output_->colour_tags().on_coded_event(pad, info, pipeline->demuxer());
+    return GST_PAD_PROBE_OK;
+}
+
 void Pipeline::on_element(GstBin *, GstBin *, GstElement *element, gpointer self)
 {
     const char *klass = gst_element_get_metadata(element, GST_ELEMENT_METADATA_KLASS);
@@ -271,8 +283,13 @@ void Pipeline::on_element(GstBin *, GstBin *, GstElement *element, gpointer self
             const std::lock_guard<std::mutex> lock(pipeline->facts_mutex_);
             pipeline->photo_decoder_ = std::strstr(klass, "Image") != nullptr;
         }
-        if (const PadPtr pad{gst_element_get_static_pad(element, "sink")})
+        if (const PadPtr pad{gst_element_get_static_pad(element, "sink")}) {
             gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, on_coded_frame, self, nullptr);
+            // A probe behind the demuxer would miss some: decodebin hands the events that stick to
+            // a pad straight to the next element.
+            gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_coded_event, self,
+                              nullptr);
+        }
     }
 }
 

@@ -85,7 +85,9 @@ gboolean plane_sink_set_caps(GstBaseSink *sink, GstCaps *caps)
     GstVideoInfo info;
     if (!gst_video_info_from_caps(&info, caps))
         return FALSE;
-    output_of(sink).set_format(info);
+    FrameOutput &output = output_of(sink);
+    info.colorimetry = output.colour_tags().of_frames(sink->sinkpad, caps, info);
+    output.set_format(info);
     return TRUE;
 }
 

@@ -1,0 +1,122 @@
+#include "media_player/colour_tags.h"
+
+namespace platform {
+namespace {
+
+const char *const FIELD = "colorimetry";
+
+std::string colorimetry_of(const GstCaps *caps)
+{
+    const char *text = gst_structure_get_string(gst_caps_get_structure(caps, 0), FIELD);
+    return text ? text : "";
+}
+
+std::string stream_of(GstPad *pad)
+{
+    const CharsPtr id(gst_pad_get_stream_id(pad));
+    return id ? id.get() : "";
+}
+
+// A matrix that the pictures' format cannot have is as good as none.
+GstVideoColorimetry parsed(const std::string &text, bool rgb)
+{
+    GstVideoColorimetry colour = {};
+    gst_video_colorimetry_from_string(&colour, text.c_str());
+    if ((colour.matrix == GST_VIDEO_COLOR_MATRIX_RGB) != rgb)
+        colour.matrix = GST_VIDEO_COLOR_MATRIX_UNKNOWN;
+    return colour;
+}
+
+const char *usual(const GstVideoInfo &frame)
+{
+    if (GST_VIDEO_INFO_IS_RGB(&frame))
+        return GST_VIDEO_COLORIMETRY_SRGB;
+    // A film in scope format has the width of HD and the height of less.
+    const bool high_definition =
+        GST_VIDEO_INFO_WIDTH(&frame) >= 1280 || GST_VIDEO_INFO_HEIGHT(&frame) > 576;
+    return high_definition ? GST_VIDEO_COLORIMETRY_BT709 : GST_VIDEO_COLORIMETRY_BT601;
+}
+
+void fill_unknown(GstVideoColorimetry &colour, const GstVideoColorimetry &from)
+{
+    if (colour.range == GST_VIDEO_COLOR_RANGE_UNKNOWN)
+        colour.range = from.range;
+    if (colour.matrix == GST_VIDEO_COLOR_MATRIX_UNKNOWN)
+        colour.matrix = from.matrix;
+    if (colour.transfer == GST_VIDEO_TRANSFER_UNKNOWN)
+        colour.transfer = from.transfer;
+    if (colour.primaries == GST_VIDEO_COLOR_PRIMARIES_UNKNOWN)
+        colour.primaries = from.primaries;
+}
+
+bool may_know_its_range(const GstCaps *coded)
+{
+    const GstStructure *stream = gst_caps_get_structure(coded, 0);
+    return gst_structure_has_name(stream, "video/x-h264") ||
+           gst_structure_has_name(stream, "video/x-h265");
+}
+
+bool is_of_libav(GstPad *decoder_pad)
+{
+    const ElementPtr decoder(gst_pad_get_parent_element(decoder_pad));
+    GstElementFactory *factory = decoder ? gst_element_get_factory(decoder.get()) : nullptr;
+    return factory && g_str_has_prefix(GST_OBJECT_NAME(factory), "avdec_");
+}
+
+CapsPtr without_range(const GstCaps *coded, const std::string &colorimetry)
+{
+    GstVideoColorimetry colour = {};
+    if (!gst_video_colorimetry_from_string(&colour, colorimetry.c_str()))
+        return nullptr;
+    colour.range = GST_VIDEO_COLOR_RANGE_UNKNOWN;
+    const CharsPtr text(gst_video_colorimetry_to_string(&colour));
+    CapsPtr caps(gst_caps_copy(coded));
+    if (text)
+        gst_caps_set_simple(caps.get(), FIELD, G_TYPE_STRING, text.get(), nullptr);
+    else // nothing else was known
+        gst_structure_remove_field(gst_caps_get_structure(caps.get(), 0), FIELD);
+    return caps;
+}
+
+} // namespace
+
+GstVideoColorimetry colour_of(const std::string &stream, const std::string &container,
+                              const GstVideoInfo &frame)
+{
+    const bool rgb = GST_VIDEO_INFO_IS_RGB(&frame);
+    GstVideoColorimetry colour = parsed(stream, rgb);
+    fill_unknown(colour, parsed(container, rgb));
+    fill_unknown(colour, parsed(usual(frame), rgb));
+    return colour;
+}
+
+void ColourTags::on_coded_event(GstPad *pad, GstPadProbeInfo *info, const std::string &demuxer)
+{
+    GstEvent *event = GST_PAD_PROBE_INFO_EVENT(info);
+    if (GST_EVENT_TYPE(event) != GST_EVENT_CAPS)
+        return;
+    GstCaps *coded = nullptr;
+    gst_event_parse_caps(event, &coded);
+    const std::string colorimetry = colorimetry_of(coded);
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        containers_[stream_of(pad)] = colorimetry;
+    }
+    if (demuxer != "qtdemux" || !may_know_its_range(coded) || !is_of_libav(pad))
+        return;
+    if (const CapsPtr caps = without_range(coded, colorimetry)) {
+        GstEvent *instead = gst_event_new_caps(caps.get());
+        gst_event_set_seqnum(instead, gst_event_get_seqnum(event));
+        GST_PAD_PROBE_INFO_DATA(info) = instead;
+        gst_event_unref(event);
+    }
+}
+
+GstVideoColorimetry ColourTags::of_frames(GstPad *pad, const GstCaps *caps,
+                                          const GstVideoInfo &frame)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return colour_of(colorimetry_of(caps), containers_[stream_of(pad)], frame);
+}
+
+} // namespace platform

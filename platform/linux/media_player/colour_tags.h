@@ -1,0 +1,54 @@
+/**
+ * What the numbers in a picture mean as colours: gathered on the way of a file's tags to the sink,
+ * completed there. GStreamer loses part of them on the way, and takes a part that nobody states for
+ * something else than what it mostly is.
+ */
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <string>
+
+#include "media_player/gst_ptr.h"
+
+namespace platform {
+
+/**
+ * The colours of a decoded picture, with every part known.
+ *
+ * Range, matrix, transfer and primaries come each from the first that knows it: the stream, the
+ * container, the usual. Usual is BT.709 for what is at least 1280 wide or more than 576 high and
+ * BT.601 for what is smaller, in limited range; for RGB it is sRGB in full range. Decoders of JPEG
+ * state its full range themselves.
+ *
+ * @param stream    "colorimetry" as GStreamer writes it, of the decoded frames
+ * @param container the same, of what the decoder was fed with; empty or nonsense: nothing is known
+ * @param frame     format of the frames, and their size before any turn
+ */
+GstVideoColorimetry colour_of(const std::string &stream, const std::string &container,
+                              const GstVideoInfo &frame);
+
+/** The colours that one file's containers and parsers state, kept for the sink. Any thread. */
+class ColourTags {
+  public:
+    /**
+     * Looks at an event before a decoder's sink pad, in a probe, and keeps the colours it tells.
+     *
+     * The reader of MP4 says "limited" where the file says "full", or nothing. So for H.264 and
+     * HEVC out of MP4 the range is taken away from a decoder of libav, which fills in what the
+     * stream itself says. Other decoders, those of graphics hardware (VA, V4L2) among them, leave
+     * the range open or to a guess: they keep the container's.
+     *
+     * @param demuxer factory name of the container's reader
+     */
+    void on_coded_event(GstPad *pad, GstPadProbeInfo *info, const std::string &demuxer);
+
+    /** The colours of frames that arrive at a sink's pad. */
+    GstVideoColorimetry of_frames(GstPad *pad, const GstCaps *caps, const GstVideoInfo &frame);
+
+  private:
+    std::mutex mutex_;
+    std::map<std::string, std::string> containers_; ///< "colorimetry" by stream
+};
+
+} // namespace platform

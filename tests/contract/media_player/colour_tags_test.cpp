@@ -1,0 +1,374 @@
+// Files that say what their numbers mean as colours, and files that say less: what is seen is
+// compared with colours computed here from the numbers that were coded.
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include <gmock/gmock.h>
+
+#include "media_player/colour_tags.h"
+#include "player_fixture.h"
+
+using testing::HasSubstr;
+
+namespace player_test {
+namespace {
+
+TEST(ColourOf, TakesEachPartFromTheFirstThatKnowsIt)
+{
+    const struct {
+        const char *stream;
+        const char *container;
+        GstVideoFormat format;
+        guint width;
+        guint height;
+        const char *expected;
+    } rows[] = {
+        // What the stream says stands, whatever the container and the size.
+        {"1:3:5:1", "bt601", GST_VIDEO_FORMAT_I420, 64, 32, "1:3:5:1"},
+        {"bt601", "", GST_VIDEO_FORMAT_I420, 1920, 1080, "bt601"},
+        {"bt2100-pq", "bt709", GST_VIDEO_FORMAT_I420_10LE, 3840, 2160, "bt2100-pq"},
+        // What it leaves open comes from the container.
+        {"0:3:5:1", "bt601", GST_VIDEO_FORMAT_I420, 64, 32, "bt709"},
+        {"0:3:5:1", "1:3:5:1", GST_VIDEO_FORMAT_I420, 64, 32, "1:3:5:1"},
+        {"1:0:0:0", "bt709", GST_VIDEO_FORMAT_I420, 64, 32, "1:3:5:1"},
+        {"2:3:0:0", "1:6:14:7", GST_VIDEO_FORMAT_I420, 64, 32, "2:3:14:7"},
+        {"", "1:3:5:1", GST_VIDEO_FORMAT_NV12, 64, 32, "1:3:5:1"},
+        // What nobody knows is the usual for the size, in limited range.
+        {"1:0:0:0", "", GST_VIDEO_FORMAT_I420, 64, 32, "1:4:16:4"},
+        {"1:0:0:0", "", GST_VIDEO_FORMAT_I420, 1920, 1080, "1:3:5:1"},
+        {"0:3:5:1", "0:3:5:1", GST_VIDEO_FORMAT_I420, 64, 32, "bt709"},
+        {"1:4:0:0", "", GST_VIDEO_FORMAT_I420, 1920, 1080, "1:4:5:1"},
+        {"", "", GST_VIDEO_FORMAT_I420, 720, 576, "bt601"},
+        {"", "", GST_VIDEO_FORMAT_I420, 1279, 576, "bt601"},
+        {"", "", GST_VIDEO_FORMAT_I420, 1280, 536, "bt709"},
+        {"", "", GST_VIDEO_FORMAT_I420, 608, 577, "bt709"},
+        {"", "", GST_VIDEO_FORMAT_GRAY8, 64, 32, "bt601"},
+        {"", "", GST_VIDEO_FORMAT_BGRx, 64, 32, "sRGB"},
+        {"2:1:5:1", "", GST_VIDEO_FORMAT_GBR, 64, 32, "2:1:5:1"},
+        // Nonsense is as good as nothing.
+        {"loud", "shrill", GST_VIDEO_FORMAT_I420, 64, 32, "bt601"},
+        {"sRGB", "", GST_VIDEO_FORMAT_I420, 1920, 1080, "1:3:7:1"},
+        {"bt709", "", GST_VIDEO_FORMAT_GBR, 1920, 1080, "2:1:5:1"},
+    };
+    for (const auto &row : rows) {
+        GstVideoInfo frame;
+        gst_video_info_set_format(&frame, row.format, row.width, row.height);
+        const GstVideoColorimetry colour = platform::colour_of(row.stream, row.container, frame);
+        const platform::CharsPtr text(gst_video_colorimetry_to_string(&colour));
+        EXPECT_STREQ(text.get(), row.expected)
+            << "stream '" << row.stream << "', container '" << row.container << "', " << row.width
+            << "x" << row.height;
+    }
+}
+
+/** The sink pad of an element, and the colours told to it. */
+class CodedCaps {
+  public:
+    explicit CodedCaps(const char *element)
+        : element_(platform::make_element(element)),
+          pad_(gst_element_get_static_pad(element_.get(), "sink"))
+    {
+    }
+
+    /** Has the tags look at caps. @return the colorimetry that is left in them */
+    std::string passed_on(const char *demuxer, const char *media, const char *colorimetry)
+    {
+        const platform::CapsPtr caps(
+            gst_caps_new_simple(media, "colorimetry", G_TYPE_STRING, colorimetry, nullptr));
+        GstPadProbeInfo info = {};
+        info.data = gst_event_new_caps(caps.get());
+        tags_.on_coded_event(pad_.get(), &info, demuxer);
+        GstCaps *left = nullptr;
+        gst_event_parse_caps(GST_PAD_PROBE_INFO_EVENT(&info), &left);
+        const GstStructure *stream = gst_caps_get_structure(left, 0);
+        const char *text = gst_structure_get_string(stream, "colorimetry");
+        const bool there = gst_structure_has_field(stream, "colorimetry");
+        std::string result = text ? text : there ? "null" : "none";
+        gst_event_unref(GST_PAD_PROBE_INFO_EVENT(&info));
+        return result;
+    }
+
+    /** The colours of frames of which a decoder says nothing. */
+    std::string of_frames()
+    {
+        GstVideoInfo frame;
+        gst_video_info_set_format(&frame, GST_VIDEO_FORMAT_I420, 64, 32);
+        const platform::CapsPtr caps(gst_caps_new_empty_simple("video/x-raw"));
+        const GstVideoColorimetry colour = tags_.of_frames(pad_.get(), caps.get(), frame);
+        return platform::CharsPtr(gst_video_colorimetry_to_string(&colour)).get();
+    }
+
+  private:
+    platform::ColourTags tags_;
+    platform::ElementPtr element_;
+    platform::PadPtr pad_;
+};
+
+TEST(ColourTagsOfMp4, ReachADecoderThatFindsTheRangeItselfWithoutIt)
+{
+    gst_init(nullptr, nullptr);
+    const struct {
+        const char *decoder;
+        const char *demuxer;
+        const char *media;
+        const char *told;
+        const char *expected;
+    } rows[] = {
+        {"avdec_h264", "qtdemux", "video/x-h264", "bt709", "0:3:5:1"},
+        {"avdec_h264", "qtdemux", "video/x-h264", "1:3:5:1", "0:3:5:1"},
+        {"avdec_h264", "qtdemux", "video/x-h264", "2:0:0:0", "none"},
+        {"avdec_h265", "qtdemux", "video/x-h265", "bt2100-pq", "0:6:14:7"},
+        {"avdec_h264", "matroskademux", "video/x-h264", "bt709", "bt709"},
+        {"avdec_vp9", "qtdemux", "video/x-vp9", "bt709", "bt709"},
+        {"fakesink", "qtdemux", "video/x-h264", "bt709", "bt709"},
+        {"avdec_h264", "qtdemux", "video/x-h264", "loud", "loud"},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(CodedCaps(row.decoder).passed_on(row.demuxer, row.media, row.told), row.expected)
+            << row.decoder << " behind " << row.demuxer << " told " << row.told;
+}
+
+TEST(ColourTagsOfMp4, HoldWhereTheDecoderSaysNothing)
+{
+    gst_init(nullptr, nullptr);
+    CodedCaps coded("avdec_h264");
+    EXPECT_EQ(coded.of_frames(), "bt601");
+    coded.passed_on("qtdemux", "video/x-h264", "1:3:5:1");
+    EXPECT_EQ(coded.of_frames(), "1:3:5:1");
+}
+
+// GStreamer's converter is off by as much in single colours; what matters here is off by more.
+constexpr double TOLERANCE = 6;
+
+constexpr int COLUMNS = 4;
+constexpr int ROWS = 2;
+
+/** The numbers of a flat patch as they are coded. */
+struct Patch {
+    int y;
+    int cb;
+    int cr;
+};
+
+// Black and white of limited range, greys between, and colours, mostly not too bright for any
+// reading; the third is 200,40,40 in full range BT.709.
+constexpr std::array<Patch, COLUMNS *ROWS> PATCHES = {{
+    {16, 128, 128},
+    {235, 128, 128},
+    {74, 110, 208},
+    {126, 128, 128},
+    {81, 90, 200},
+    {145, 70, 60},
+    {70, 180, 120},
+    {160, 120, 90},
+}};
+
+enum class Matrix { Bt601, Bt709 };
+enum class Range { Full, Limited };
+
+using Rgb = std::array<double, 3>;
+
+Rgb rgb_of(const Patch &patch, Matrix matrix, Range range)
+{
+    const double kr = matrix == Matrix::Bt709 ? 0.2126 : 0.299;
+    const double kb = matrix == Matrix::Bt709 ? 0.0722 : 0.114;
+    const bool full = range == Range::Full;
+    const double y = full ? patch.y / 255.0 : (patch.y - 16) / 219.0;
+    const double cb = (patch.cb - 128) / (full ? 255.0 : 224.0);
+    const double cr = (patch.cr - 128) / (full ? 255.0 : 224.0);
+    const double red = y + 2 * (1 - kr) * cr;
+    const double blue = y + 2 * (1 - kb) * cb;
+    const double green = (y - kr * red - kb * blue) / (1 - kr - kb);
+    Rgb rgb = {red, green, blue};
+    for (double &value : rgb)
+        value = 255 * std::clamp(value, 0.0, 1.0);
+    return rgb;
+}
+
+/** The size of a frame that is to be coded, in pixels. */
+struct Size {
+    int width = 64;
+    int height = 32;
+};
+
+constexpr Size SCOPE = {1280, 536};
+
+std::string patches(const Size &size)
+{
+    std::string numbers;
+    const auto add_plane = [&numbers](int Patch::*part, int width, int height) {
+        for (int y = 0; y < height; y++)
+            for (int x = 0; x < width; x++) {
+                const int place = y * ROWS / height * COLUMNS + x * COLUMNS / width;
+                numbers += static_cast<char>(PATCHES[static_cast<size_t>(place)].*part);
+            }
+    };
+    add_plane(&Patch::y, size.width, size.height);
+    add_plane(&Patch::cb, size.width / 2, size.height / 2);
+    add_plane(&Patch::cr, size.width / 2, size.height / 2);
+    return numbers;
+}
+
+const std::string H264 = "-c:v libx264 -qp 1 -threads 1 ";
+const std::string HEVC = "-c:v libx265 -preset ultrafast -x265-params log-level=error:qp=4 ";
+const std::string MPEG2 = "-c:v mpeg2video -q:v 1 ";
+const std::string MPEG4 = "-c:v mpeg4 -q:v 1 ";
+
+const std::string FULL = "-vf setparams=range=full -color_range pc ";
+const std::string BT709 = "-color_primaries bt709 -color_trc bt709 -colorspace bt709 ";
+const std::string BT709_PARTS = "color_primaries=bt709:color_trc=bt709:colorspace=bt709 ";
+const std::string FULL_BT709 =
+    "-vf setparams=range=full:" + BT709_PARTS + "-color_range pc " + BT709;
+
+struct Output {
+    std::string name;
+    std::string options; ///< of ffmpeg
+};
+
+// Ogg and the program streams of MPEG are missing: what they carry cannot state a range.
+std::vector<Output> h264_in_all_containers(const std::string &tags)
+{
+    std::vector<Output> outputs;
+    for (const char *extension : {"mp4", "mkv", "ts", "avi", "flv", "asf"})
+        outputs.push_back({std::string("a.") + extension, tags + H264});
+    outputs.push_back({"a.tp", tags + H264 + "-f mpegts "});
+    outputs.push_back({"a.wmv", tags + H264 + "-f asf "});
+    return outputs;
+}
+
+class ColourTags : public PlayerTest {
+  protected:
+    /** Codes the patches into files, all in one go. */
+    void make(const std::vector<Output> &outputs, const Size &size = {},
+              const char *pixel_format = "yuvj420p") const
+    {
+        write_file(path("patches.yuv"), patches(size));
+        std::string command = "ffmpeg -y -nostdin -loglevel error -f rawvideo -framerate 25 "
+                              "-stream_loop 1 -pix_fmt ";
+        command += pixel_format;
+        command += " -video_size " + std::to_string(size.width) + "x" +
+                   std::to_string(size.height) + " -i " + path("patches.yuv");
+        for (const Output &output : outputs)
+            command += " " + output.options + path(output.name);
+        GError *trouble = nullptr;
+        char *complaint = nullptr;
+        int status = 0;
+        g_spawn_command_line_sync(command.c_str(), nullptr, &complaint, &status, &trouble);
+        const platform::ErrorPtr error(trouble);
+        const platform::CharsPtr said(complaint);
+        ASSERT_FALSE(error) << error->message;
+        ASSERT_EQ(status, 0) << command << "\n" << said.get();
+    }
+
+    /** Shows a file and compares the middle of each patch. */
+    void expect_colours(const std::string &name, Matrix matrix, Range range)
+    {
+        SCOPED_TRACE(name);
+        player_->unprepare();
+        ASSERT_TRUE(playing(path(name)));
+        const Picture shown = picture();
+        // Where the frame is lower than the plane it lies between bars of the same height; the
+        // places are the middle of the patches but nearer to the middle of the picture.
+        for (size_t i = 0; i < PATCHES.size(); i++) {
+            const int column = static_cast<int>(i) % COLUMNS;
+            const int row = static_cast<int>(i) / COLUMNS;
+            const uint32_t pixel =
+                shown.at((2 * column + 1) * shown.width / (2 * COLUMNS),
+                         shown.height / 2 + (2 * row + 1 - ROWS) * shown.height / (4 * ROWS));
+            const Rgb seen = {static_cast<double>((pixel >> 16) & 0xff),
+                              static_cast<double>((pixel >> 8) & 0xff),
+                              static_cast<double>(pixel & 0xff)};
+            const Rgb expected = rgb_of(PATCHES[i], matrix, range);
+            for (size_t part = 0; part < seen.size(); part++)
+                EXPECT_NEAR(seen[part], expected[part], TOLERANCE) << "patch " << i << ", part "
+                                                                   << "RGB"[part];
+        }
+    }
+
+    void expect_colours_of_all(const std::vector<Output> &outputs, Matrix matrix, Range range)
+    {
+        for (const Output &output : outputs)
+            expect_colours(output.name, matrix, range);
+    }
+};
+
+TEST_F(ColourTags, OfFullRangeHoldInEveryContainer)
+{
+    std::vector<Output> outputs = h264_in_all_containers(FULL_BT709);
+    outputs.push_back({"hevc.mp4", FULL_BT709 + HEVC});
+    outputs.push_back({"quicktime.mp4", FULL_BT709 + H264 + "-f mov "});
+    make(outputs);
+    ASSERT_THAT(read_file(path("a.mp4")), HasSubstr("colrnclx"));
+    ASSERT_THAT(read_file(path("quicktime.mp4")), HasSubstr("colrnclc"));
+    expect_colours_of_all(outputs, Matrix::Bt709, Range::Full);
+}
+
+TEST_F(ColourTags, OfARangeAloneHoldInEveryContainer)
+{
+    std::vector<Output> outputs = h264_in_all_containers(FULL);
+    outputs.push_back({"unspecified.mp4", FULL + H264 + "-movflags write_colr "});
+    outputs.push_back({"jpeg.avi", FULL + "-c:v mjpeg -q:v 1 "});
+    make(outputs);
+    ASSERT_THAT(read_file(path("unspecified.mp4")), HasSubstr("colrnclx"));
+    expect_colours_of_all(outputs, Matrix::Bt601, Range::Full);
+}
+
+// MPEG-2 has no range to state, and Matroska's own tags need not state one.
+TEST_F(ColourTags, OfAMatrixAloneMeanLimitedRange)
+{
+    const std::string tagged = "-vf setparams=" + BT709_PARTS + BT709;
+    const std::vector<Output> outputs = {
+        {"mpeg2.mpeg", tagged + MPEG2 + "-f vob "},
+        {"mpeg2.ts", tagged + MPEG2},
+        {"mpeg4.mkv", tagged + MPEG4},
+        {"h264.mkv",
+         tagged + H264 + "-x264-params colorprim=undef:transfer=undef:colormatrix=undef "},
+    };
+    make(outputs, {}, "yuv420p");
+    expect_colours_of_all(outputs, Matrix::Bt709, Range::Limited);
+}
+
+// Theora is BT.601 at any size by its definition, and its decoder says so.
+TEST_F(ColourTags, ThatAreMissingFollowFromTheSize)
+{
+    const std::vector<Output> outputs = {
+        {"a.mp4", H264},
+        {"a.mkv", "-c:v libvpx -b:v 20M -qmax 4 -deadline realtime -cpu-used 16 "},
+        {"a.ts", HEVC},
+        {"a.tp", MPEG2 + "-f mpegts "},
+        {"a.avi", MPEG4},
+        {"a.flv", "-c:v flv -q:v 1 "},
+        {"a.asf", "-c:v wmv2 -q:v 1 "},
+        {"a.wmv", "-c:v wmv2 -q:v 1 -f asf "},
+        {"a.mpeg", MPEG2 + "-f vob "},
+    };
+    make(outputs, SCOPE, "yuv420p");
+    expect_colours_of_all(outputs, Matrix::Bt709, Range::Limited);
+    make({{"small.avi", MPEG4}}, {}, "yuv420p");
+    expect_colours("small.avi", Matrix::Bt601, Range::Limited);
+    make({{"a.ogg", "-c:v libtheora -q:v 10 "}}, SCOPE, "yuv420p");
+    expect_colours("a.ogg", Matrix::Bt601, Range::Limited);
+}
+
+// Matroska's own tags mend what a stream says wrongly. MP4's could, but their range gets lost.
+TEST_F(ColourTags, OfAFileThatContradictsItselfAreTheContainersButForMp4sRange)
+{
+    const std::string contradiction = FULL_BT709 + H264 + "-x264-params fullrange=off ";
+    make({{"a.mkv", contradiction}, {"a.mp4", contradiction}});
+    expect_colours("a.mkv", Matrix::Bt709, Range::Full);
+    expect_colours("a.mp4", Matrix::Bt709, Range::Limited);
+}
+
+TEST_F(ColourTags, OfAnotherTrackAreNotTaken)
+{
+    make({{"a.mp4", "-map 0 -map 0 " + H264 + "-filter:v:1 setparams=" + BT709_PARTS +
+                        "-color_primaries:v:1 bt709 -color_trc:v:1 bt709 -colorspace:v:1 bt709 "}},
+         {}, "yuv420p");
+    ASSERT_THAT(read_file(path("a.mp4")), HasSubstr("colrnclx"));
+    expect_colours("a.mp4", Matrix::Bt601, Range::Limited);
+}
+
+} // namespace
+} // namespace player_test
