@@ -17,8 +17,9 @@ typedef enum {
 /**
  * Reads the route in force.
  *
- * @param speaker receives a sound_speaker_e or another route of the set; untouched on failure
- * @return 0, or -1 when no sound service answers or it is on neither route
+ * @param speaker receives a sound_speaker_e, or another number above 1 when the sound goes
+ *                elsewhere; untouched on failure
+ * @return 0, or -1 when no sound service answers or it has no output
  */
 int sound_manager_get_speaker_selection(int *speaker);
 

@@ -16,6 +16,9 @@ using platform::Settings;
 // The main loop waits for the sound server, so not for long.
 constexpr int LONGEST_WAIT_MS = 500;
 
+// Any sink that is neither of the two.
+constexpr int OTHER_ROUTE = 2;
+
 class SoundRoute {
   public:
     static SoundRoute &get()
@@ -33,9 +36,7 @@ class SoundRoute {
         learn_internal_sink(*sink);
         if (*sink == external_sink())
             return SOUND_SPEAKER_EXTERNAL;
-        if (*sink == internal_sink_)
-            return SOUND_SPEAKER_INTERNAL;
-        return std::nullopt;
+        return *sink == internal_sink_ ? SOUND_SPEAKER_INTERNAL : OTHER_ROUTE;
     }
 
     bool select(int speaker)

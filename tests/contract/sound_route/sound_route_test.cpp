@@ -81,10 +81,23 @@ TEST_F(SoundRoute, RouteIsThatOfTheDefaultSink)
     });
 }
 
-TEST_F(SoundRoute, OtherSinkIsOnNeitherRoute)
+TEST_F(SoundRoute, SinkThatIsNeitherOfTheTwoIsAnotherRouteThatCanBeLeft)
 {
     alone(BOTH_SINKS, [&] {
-        const FakeSoundServer server(socket(), three_sinks("headset"));
+        FakeSoundServer server(socket(), three_sinks("headset"));
+        const std::optional<int> other = selection();
+        ASSERT_TRUE(other);
+        EXPECT_GT(*other, 1);
+        EXPECT_NE(*other, EXTERNAL);
+        EXPECT_EQ(sound_manager_set_speaker_selection(INTERNAL), 0);
+        EXPECT_EQ(selection(), INTERNAL);
+    });
+}
+
+TEST_F(SoundRoute, ServerWithoutASinkIsOnNoRoute)
+{
+    alone(BOTH_SINKS, [&] {
+        const FakeSoundServer server(socket(), {});
         EXPECT_EQ(selection(), std::nullopt);
     });
 }
