@@ -60,11 +60,14 @@ bool set_language(const std::string &name)
 
 bool is_right_to_left(const std::string &name)
 {
-    static constexpr std::array<std::string_view, 14> LANGUAGES = {
-        "ar", "ckb", "dv", "fa", "he", "iw", "ks", "nqo", "ps", "sd", "syr", "ug", "ur", "yi"};
-    const std::string_view language_part =
-        std::string_view(name).substr(0, name.find_first_of("_.@"));
-    return std::find(LANGUAGES.begin(), LANGUAGES.end(), language_part) != LANGUAGES.end();
+    // Punjabi has another script on each side of the border.
+    static constexpr std::array<std::string_view, 15> LANGUAGES = {
+        "ar",    "ckb", "dv", "fa",  "he", "iw", "ks", "nqo",
+        "pa_PK", "ps",  "sd", "syr", "ug", "ur", "yi"};
+    return std::any_of(LANGUAGES.begin(), LANGUAGES.end(), [&name](std::string_view language) {
+        return name.substr(0, name.find_first_of(".@")) == language ||
+               name.substr(0, name.find_first_of("_.@")) == language;
+    });
 }
 
 } // namespace platform

@@ -111,13 +111,14 @@ TEST_F(SystemFacts, OtherRuntimeTextsFailAndLeaveTheValue)
     EXPECT_LT(runtime_info_get_value_string(RUNTIME_INFO_KEY_LANGUAGE, nullptr), 0);
 }
 
-TEST_F(SystemFacts, MenusRunFromRightToLeftInArabicHebrewPersianAndUrdu)
+TEST_F(SystemFacts, MenusRunFromRightToLeftWhereTheLanguageIsWrittenSo)
 {
-    for (const char *locale : {"ar_AE", "he_IL.UTF-8", "fa_IR", "ur_PK", "ckb_IQ"}) {
+    for (const char *locale :
+         {"ar_AE", "he_IL.UTF-8", "fa_IR", "ur_PK", "ckb_IQ", "pa_PK", "pa_PK.UTF-8"}) {
         const Environment all("LC_ALL", locale);
         EXPECT_EQ(ua_UI_orientation_get(), UI_ORIENTATION_RIGHT_TO_LEFT) << locale;
     }
-    for (const char *locale : {"ko_KR", "en_US", "az_AZ", "C"}) {
+    for (const char *locale : {"ko_KR", "en_US", "az_AZ", "pa_IN", "pa", "C"}) {
         const Environment all("LC_ALL", locale);
         EXPECT_EQ(ua_UI_orientation_get(), UI_ORIENTATION_LEFT_TO_RIGHT) << locale;
     }
