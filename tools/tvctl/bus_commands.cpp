@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include "base/utf8.h"
 #include "command.h"
 #include "launch/launch_request.h"
 #include "player_connection.h"
@@ -24,6 +25,7 @@ int one_word(const char *command, const char *operation, const Arguments &argume
     const std::string &word = arguments.front();
     if (!words.empty() && std::find(words.begin(), words.end(), word) == words.end())
         return usage_error(command, "does not know \"" + word + "\"");
+    // The bus library ends a program that sends such a text.
     if (!platform::is_utf8(word))
         return refuse("the argument is no valid text");
     return call_control(operation, word);

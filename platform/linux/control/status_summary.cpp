@@ -195,7 +195,8 @@ std::string status_summary(const Status &status)
         std::to_string(status.frames.presented) + " shown, " +
             std::to_string(status.frames.dropped) + " dropped");
     add(lines, "Language",
-        status.language + ", " + (status.right_to_left ? "right to left" : "left to right"));
+        visible_text(status.language) + ", " +
+            (status.right_to_left ? "right to left" : "left to right"));
     add(lines, "USB storage",
         status.usb ? joined(*status.usb) : "unknown, because it cannot be read");
     return lines;

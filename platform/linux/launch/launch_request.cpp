@@ -3,7 +3,7 @@
 #include <array>
 #include <cstring>
 
-#include <Eina.h>
+#include "base/utf8.h"
 
 namespace platform {
 
@@ -91,17 +91,6 @@ std::optional<std::string> read_launch_option(const std::vector<std::string> &ar
     if (next == arguments.size())
         return "--" + name + " needs a value";
     return take(name, arguments[next++], extras);
-}
-
-bool is_utf8(const std::string &text)
-{
-    for (int index = 0; text.c_str()[index] != '\0';) {
-        const Eina_Unicode character = eina_unicode_utf8_next_get(text.c_str(), &index);
-        // Bytes that are no UTF-8 come back in a range of their own.
-        if (character == 0 || (character >= 0xDC80 && character <= 0xDCFF))
-            return false;
-    }
-    return true;
 }
 
 void append_bytes(Eldbus_Message_Iter *to, const std::string &bytes)

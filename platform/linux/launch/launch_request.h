@@ -32,9 +32,6 @@ std::string launch_options_help();
 std::optional<std::string> read_launch_option(const std::vector<std::string> &arguments,
                                               size_t &next, Extras &extras);
 
-/** Whether a text may go over the bus as such: the bus closes the connection of other senders. */
-bool is_utf8(const std::string &text);
-
 /** Writes any bytes, "ay". */
 void append_bytes(Eldbus_Message_Iter *to, const std::string &bytes);
 

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "base/utf8.h"
 #include "dlog.h"
 
 namespace platform {
@@ -14,11 +15,6 @@ constexpr std::string_view COLOUR_RESET = "\033[0m";
 unsigned char byte_at(std::string_view text, size_t position)
 {
     return static_cast<unsigned char>(text[position]);
-}
-
-bool is_continuation(std::string_view text, size_t position)
-{
-    return position < text.size() && (byte_at(text, position) & 0xC0) == 0x80;
 }
 
 // Length of the terminal colour escape at a position, 0 when there is none.
@@ -80,28 +76,12 @@ int syslog_level(int priority)
 
 size_t printable_length(std::string_view text, size_t position)
 {
+    const size_t length = utf8_length(text, position);
     const unsigned char first = byte_at(text, position);
-    if (first < 0x80)
-        return first >= 0x20 && first != 0x7F ? 1 : 0;
-    if (!is_continuation(text, position + 1))
-        return 0;
-    const unsigned char second = byte_at(text, position + 1);
-    if (first >= 0xC2 && first <= 0xDF) {
-        // U+0080..U+009F are control characters too; some terminals act on them.
-        return first == 0xC2 && second < 0xA0 ? 0 : 2;
-    }
-    if (!is_continuation(text, position + 2))
-        return 0;
-    if (first >= 0xE0 && first <= 0xEF) {
-        const bool overlong = first == 0xE0 && second < 0xA0;
-        const bool surrogate = first == 0xED && second >= 0xA0;
-        return overlong || surrogate ? 0 : 3;
-    }
-    if (!is_continuation(text, position + 3) || first < 0xF0 || first > 0xF4)
-        return 0;
-    const bool overlong = first == 0xF0 && second < 0x90;
-    const bool too_large = first == 0xF4 && second >= 0x90;
-    return overlong || too_large ? 0 : 4;
+    const bool ascii_control = first < 0x20 || first == 0x7F;
+    // U+0080..U+009F are control characters too; some terminals act on them.
+    const bool other_control = first == 0xC2 && length == 2 && byte_at(text, position + 1) < 0xA0;
+    return ascii_control || other_control ? 0 : length;
 }
 
 std::string visible_text(std::string_view text)

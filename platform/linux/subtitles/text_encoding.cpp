@@ -9,6 +9,8 @@
 #include <iconv.h>
 #include <uchardet.h>
 
+#include "base/utf8.h"
+
 namespace platform {
 
 namespace {
@@ -37,31 +39,6 @@ class Converter {
     iconv_t handle_;
 };
 
-/** Length of the valid UTF-8 sequence at a place, 0 when there is none. */
-size_t utf8_sequence(const std::string &text, size_t at)
-{
-    const auto byte = [&text](size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned char first = byte(at);
-    if (first < 0x80)
-        return 1;
-    const size_t length = first >= 0xF5   ? 0
-                          : first >= 0xF0 ? 4
-                          : first >= 0xE0 ? 3
-                          : first >= 0xC2 ? 2
-                                          : 0;
-    if (length == 0 || at + length > text.size())
-        return 0;
-    for (size_t i = 1; i < length; ++i) {
-        if ((byte(at + i) & 0xC0) != 0x80)
-            return 0;
-    }
-    const unsigned char second = byte(at + 1);
-    const bool overlong = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
-    const bool surrogate = first == 0xED && second > 0x9F;
-    const bool too_high = first == 0xF4 && second > 0x8F;
-    return overlong || surrogate || too_high ? 0 : length;
-}
-
 struct Utf8Census {
     size_t long_sequences = 0;
     size_t bad_bytes = 0;
@@ -71,7 +48,7 @@ Utf8Census take_census(const std::string &text)
 {
     Utf8Census census;
     for (size_t i = 0; i < text.size();) {
-        const size_t length = utf8_sequence(text, i);
+        const size_t length = utf8_length(text, i);
         if (length == 0)
             ++census.bad_bytes;
         else if (length > 1)
@@ -86,7 +63,7 @@ std::string replace_bad_utf8(const std::string &text)
     std::string result;
     result.reserve(text.size());
     for (size_t i = 0; i < text.size();) {
-        const size_t length = utf8_sequence(text, i);
+        const size_t length = utf8_length(text, i);
         if (length == 0)
             result += REPLACEMENT_CHARACTER;
         else

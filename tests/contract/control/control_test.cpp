@@ -30,7 +30,8 @@ TEST_F(Control, UnknownKeyIsRefusedWithTheNearestName)
     EXPECT_EQ(tvctl({"key", "certainly not a key"}).err,
               "tvctl: the set has no key \"certainly not a key\"\n");
     EXPECT_EQ(tvctl({"key", std::string(5000, 'x')}).status, 1);
-    EXPECT_EQ(tvctl({"key", "\xFF"}).status, 1);
+    for (const char *bad : {"\xFF", "\xED\xA0\x80", "\xF4\x90\x80\x80"})
+        EXPECT_EQ(tvctl({"key", bad}).err, "tvctl: the argument is no valid text\n");
     EXPECT_EQ(tvctl({"key", ""}).status, 1);
     EXPECT_EQ(player_->out_text(), "");
 }

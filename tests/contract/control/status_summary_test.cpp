@@ -56,6 +56,13 @@ TEST(StatusSummary, TellsEverythingAtAGlance)
               "USB storage:    /media/one, /media/t\\nwo\n");
 }
 
+TEST(StatusSummary, IsOfVisibleTextWhateverTheLocaleIsCalled)
+{
+    const Status status = with([](Status &s) { s.language = "k\xED\xA0\x80\n"; });
+    EXPECT_THAT(status_summary(status),
+                HasSubstr("Language:       k\\xed\\xa0\\x80\\n, left to right\n"));
+}
+
 TEST(StatusSummary, NamesThePhotoThatIsShown)
 {
     const Status status = with([](Status &s) {

@@ -53,6 +53,7 @@ TEST(CommandLineTest, WhatCannotBeReadIsNamedAndTheUsageShown)
         {{"--extra", "name"}, "--extra needs NAME=VALUE, not 'name'"},
         {{"--extra", "=x"}, "--extra needs a name"},
         {{"--extra", "\xff=x"}, "--extra needs a name"},
+        {{"--extra", "\xed\xa0\x80=x"}, "--extra needs a name"},
     };
     for (const auto &[arguments, reason] : cases) {
         const CommandLine line = read(arguments);
