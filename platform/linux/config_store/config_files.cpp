@@ -86,6 +86,14 @@ Descriptor open_regular(const std::string &path, int mode)
     return file;
 }
 
+/** The whole text of a small file; empty when it cannot be read. */
+std::string small_text(const std::string &path)
+{
+    const Descriptor file = open_regular(path, O_RDONLY);
+    std::string text;
+    return file && read_text(file.number(), text) ? text : std::string();
+}
+
 bool sync_folder(const std::string &folder)
 {
     const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -112,6 +120,8 @@ class TemporaryFile {
     TemporaryFile(const TemporaryFile &) = delete;
     TemporaryFile &operator=(const TemporaryFile &) = delete;
 
+    const std::string &path() const { return path_; }
+
     bool rename_to(const std::string &path)
     {
         if (rename(path_.c_str(), path.c_str()) != 0)
@@ -126,9 +136,54 @@ class TemporaryFile {
 
 } // namespace
 
-ConfigFiles::ConfigFiles(std::string state_dir, std::string runtime_dir)
-    : state_dir_(std::move(state_dir)), runtime_dir_(std::move(runtime_dir))
+ConfigFiles::ConfigFiles(std::string state_dir, std::string runtime_dir,
+                         const std::string &boot_id_file)
+    : state_dir_(std::move(state_dir)), runtime_dir_(std::move(runtime_dir)),
+      boot_id_(small_text(boot_id_file))
 {
+    if (boot_id_.empty())
+        PLATFORM_LOGW("config_store", "%s cannot be read; memory keys may outlive a restart",
+                      boot_id_file.c_str());
+    // Where there is no key nothing needs to go, and reading makes no folder.
+    if (open_directory(path(std::string(MEMORY))))
+        forget_former_boot();
+}
+
+// The id of the boot lies beside the keys. The lock lets one process alone remove them: those that
+// wait for it find its work done, and keys that were written since stay. The new id is written
+// before anything is removed, so that a full medium does not cost the keys at each start anew, and
+// takes its place afterwards, so that a crash in between leaves none of them.
+void ConfigFiles::forget_former_boot() const
+{
+    const std::string stamp = runtime_dir_ + "/boot_id";
+    const auto is_this_boot = [&] { return boot_id_.empty() || small_text(stamp) == boot_id_; };
+    if (is_this_boot())
+        return;
+    const Descriptor lock(open(runtime_dir_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    while (flock(lock.number(), LOCK_EX) != 0 && errno == EINTR) {
+    }
+    if (is_this_boot())
+        return;
+    TemporaryFile next(stamp + std::string(TEMPORARY_MARK) + "0");
+    const Descriptor file(
+        open(next.path().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0644));
+    if (!file || !write_text(file.number(), boot_id_)) {
+        PLATFORM_LOGE("config_store", "%s could not be written: %s; memory keys stay",
+                      next.path().c_str(), std::strerror(errno));
+        return;
+    }
+    std::map<std::string, int> former;
+    list_below(std::string(MEMORY), former);
+    for (const auto &[key, value] : former) {
+        if (unlink(path(key).c_str()) != 0)
+            PLATFORM_LOGE("config_store", "%s of an earlier boot could not be removed: %s",
+                          key.c_str(), std::strerror(errno));
+    }
+    if (!next.rename_to(stamp))
+        PLATFORM_LOGE("config_store", "%s could not be written: %s", stamp.c_str(),
+                      std::strerror(errno));
+    if (!former.empty())
+        PLATFORM_LOGI("config_store", "memory keys of an earlier boot removed: %zu", former.size());
 }
 
 bool ConfigFiles::is_valid_key(std::string_view key)
@@ -175,9 +230,7 @@ bool ConfigFiles::read(const std::string &key, int &value) const
 {
     if (!is_valid_key(key))
         return false;
-    const Descriptor file = open_regular(path(key), O_RDONLY);
-    std::string text;
-    return file && read_text(file.number(), text) && parse(text, value);
+    return parse(small_text(path(key)), value);
 }
 
 bool ConfigFiles::make_folder(const std::string &key) const
@@ -229,6 +282,8 @@ ConfigFiles::Outcome ConfigFiles::write_once(const std::string &key, int value)
 {
     if (!make_folder(key))
         return Outcome::Failed;
+    if (!survives(key))
+        forget_former_boot();
     if (confirm(key, value))
         return Outcome::Done;
     sweep(folder(key));

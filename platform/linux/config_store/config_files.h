@@ -14,11 +14,20 @@ namespace platform {
 
 class ConfigFiles {
   public:
+    /** Where the kernel tells which start of the machine this is. */
+    static constexpr char KERNEL_BOOT_ID[] = "/proc/sys/kernel/random/boot_id";
+
     /**
-     * @param state_dir   parent of the folder "db"; its keys are synced to the medium
-     * @param runtime_dir parent of the folder "memory"
+     * The first object after a start of the machine removes the keys in "memory", so that none is
+     * left of an earlier one wherever the folder lies.
+     *
+     * @param state_dir    parent of the folder "db"; its keys are synced to the medium
+     * @param runtime_dir  parent of the folder "memory"
+     * @param boot_id_file holds another text after each start of the machine; when it cannot be
+     *                     read, the keys stay, with a warning in the log
      */
-    ConfigFiles(std::string state_dir, std::string runtime_dir);
+    ConfigFiles(std::string state_dir, std::string runtime_dir,
+                const std::string &boot_id_file = KERNEL_BOOT_ID);
 
     /**
      * Whether a text can name a key: "db/" or "memory/" and at most 200 characters in all, no empty
@@ -53,6 +62,7 @@ class ConfigFiles {
   private:
     enum class Outcome { Done, Again, Failed };
 
+    void forget_former_boot() const;
     Outcome write_once(const std::string &key, int value);
     bool confirm(const std::string &key, int value) const;
     void sweep(const std::string &folder);
@@ -61,6 +71,7 @@ class ConfigFiles {
 
     const std::string state_dir_;
     const std::string runtime_dir_;
+    const std::string boot_id_; ///< empty when nobody tells
     std::set<std::string> swept_;
     uint64_t temporaries_ = 0;
 };

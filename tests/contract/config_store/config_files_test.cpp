@@ -1,5 +1,9 @@
+#include <chrono>
 #include <climits>
 #include <filesystem>
+#include <future>
+#include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -10,6 +14,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include "base/descriptor.h"
 #include "config_store/config_files.h"
 #include "config_store/known_keys.h"
 #include "store_support/captured_log.h"
@@ -19,6 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using platform::ConfigFiles;
+using platform::Descriptor;
 using store_test::CapturedLog;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -232,6 +238,103 @@ TEST_F(ConfigFilesTest, ListHoldsEveryKeyThatCanBeRead)
 TEST_F(ConfigFilesTest, ListOfAnEmptyStoreIsEmpty)
 {
     EXPECT_TRUE(files_.list().empty());
+}
+
+/** A store on a medium that survives a restart of the machine, "memory" included. */
+class ConfigBoot : public ConfigFilesTest {
+  protected:
+    ConfigBoot() { restart("first"); }
+
+    void restart(const std::string &boot_id) { store_test::write_file(boot_, boot_id + "\n"); }
+    ConfigFiles files() const { return {scratch_ / "state", scratch_ / "run", boot_}; }
+
+    /** Whether somebody in this process waits for a lock on a file. */
+    static bool waits_for_lock()
+    {
+        std::istringstream locks(store_test::read_file("/proc/locks"));
+        const std::string who = " " + std::to_string(getpid()) + " ";
+        for (std::string line; std::getline(locks, line);) {
+            if (line.find("-> FLOCK") != std::string::npos && line.find(who) != std::string::npos)
+                return true;
+        }
+        return false;
+    }
+
+    const std::string boot_ = scratch_ / "boot_id";
+};
+
+TEST_F(ConfigBoot, MemoryKeysLastUntilTheMachineIsStartedAnew)
+{
+    ASSERT_TRUE(files().write("db/a", 1));
+    ASSERT_TRUE(files().write("memory/b", 2));
+    ASSERT_TRUE(files().write("memory/c/d", 3));
+    EXPECT_THAT(files().list(),
+                ElementsAre(Pair("db/a", 1), Pair("memory/b", 2), Pair("memory/c/d", 3)));
+
+    restart("second");
+    EXPECT_THAT(files().list(), ElementsAre(Pair("db/a", 1)));
+    ASSERT_TRUE(files().write("memory/b", 4));
+    EXPECT_THAT(files().list(), ElementsAre(Pair("db/a", 1), Pair("memory/b", 4)));
+}
+
+TEST_F(ConfigBoot, KeysThatNobodySaysTheBootOfAreGoneAndNothingElseIs)
+{
+    store_test::write_file(scratch_ / "run/memory/key", "1\n");
+    store_test::write_file(scratch_ / "run/memory/photo.jpg", "no key");
+    store_test::write_file(scratch_ / "elsewhere/other", "1\n");
+    fs::create_symlink(scratch_ / "elsewhere", scratch_ / "run/memory/link");
+
+    EXPECT_TRUE(files().list().empty());
+
+    EXPECT_THAT(names(scratch_ / "run/memory"), ElementsAre("link", "photo.jpg"));
+    EXPECT_THAT(names(scratch_ / "elsewhere"), ElementsAre("other"));
+}
+
+TEST_F(ConfigBoot, ReadingMakesNoFolder)
+{
+    int value = 0;
+    EXPECT_FALSE(files().read("memory/key", value));
+    EXPECT_FALSE(fs::exists(scratch_ / "run"));
+}
+
+TEST_F(ConfigBoot, KeysStayWhereTheBootCannotBeTold)
+{
+    ASSERT_TRUE(files().write("memory/key", 1));
+    fs::remove(boot_);
+    const CapturedLog log;
+    EXPECT_THAT(files().list(), ElementsAre(Pair("memory/key", 1)));
+    EXPECT_THAT(log.text(), HasSubstr("boot_id cannot be read"));
+}
+
+TEST_F(ConfigBoot, KeysStayWhereTheBootCannotBeNoted)
+{
+    ASSERT_TRUE(files().write("memory/key", 1));
+    restart("second");
+    fs::create_directory(scratch_ / "run/boot_id.new-0");
+    const CapturedLog log;
+    EXPECT_THAT(files().list(), ElementsAre(Pair("memory/key", 1)));
+    EXPECT_THAT(log.text(), HasSubstr("boot_id.new-0 could not be written: Is a directory"));
+}
+
+TEST_F(ConfigBoot, WhatOneProcessHasWrittenIsSafeFromTheNextThatStarts)
+{
+    ASSERT_TRUE(files().write("memory/key", 1));
+    restart("second");
+    // The first process has the lock, and the next has seen the old boot's id.
+    std::future<std::map<std::string, int>> next;
+    const Descriptor lock(open((scratch_ / "run").c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    ASSERT_EQ(flock(lock.number(), LOCK_EX), 0);
+    next = std::async(std::launch::async, [this] { return files().list(); });
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!waits_for_lock()) {
+        ASSERT_EQ(next.wait_for(std::chrono::seconds(0)), std::future_status::timeout)
+            << "it did not wait";
+        ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+    }
+    store_test::write_file(scratch_ / "run/boot_id", "second\n");
+    store_test::write_file(scratch_ / "run/memory/key", "2\n");
+    flock(lock.number(), LOCK_UN);
+    EXPECT_THAT(next.get(), ElementsAre(Pair("memory/key", 2)));
 }
 
 TEST(KnownKeys, AreValidAndFoundByTheirLastName)
