@@ -128,6 +128,11 @@ def test_session_switched_away_ends_the_demo(tv, screen, content, shelf, login_m
     player.log.wait(r" Pause\(\d+\) > ")
     assert_quit(tv, player, playback_status=1)
 
+    # Nor does it start there.
+    player = tv.start(folder=content)
+    player.log.wait(r" Pause\(\d+\) > ")
+    assert player.wait_end() == 0
+
 
 def test_video_that_cannot_be_played_ends_the_demo_with_an_error(tv, content):
     (content / "broken.mp4").write_bytes(b"")

@@ -12,6 +12,7 @@ namespace platform {
 namespace {
 
 constexpr char SERVICE[] = "app_framework";
+constexpr char ACTIVE[] = "Active";
 
 } // namespace
 
@@ -30,9 +31,12 @@ SessionWatch::~SessionWatch()
 {
     if (pending_)
         eldbus_pending_cancel(pending_);
-    if (session_)
+    if (session_) {
         eldbus_proxy_event_callback_del(session_.get(), ELDBUS_PROXY_EVENT_PROPERTY_CHANGED,
                                         on_property, this);
+        eldbus_proxy_event_callback_del(session_.get(), ELDBUS_PROXY_EVENT_PROPERTY_LOADED,
+                                        on_loaded, this);
+    }
 }
 
 void SessionWatch::on_session(void *data, const Eldbus_Message *reply, Eldbus_Pending * /*pending*/)
@@ -52,19 +56,32 @@ void SessionWatch::follow(const char *path)
         return;
     eldbus_proxy_event_callback_add(session_.get(), ELDBUS_PROXY_EVENT_PROPERTY_CHANGED,
                                     on_property, this);
+    eldbus_proxy_event_callback_add(session_.get(), ELDBUS_PROXY_EVENT_PROPERTY_LOADED, on_loaded,
+                                    this);
     eldbus_proxy_properties_monitor(session_.get(), EINA_TRUE);
 }
 
 void SessionWatch::on_property(void *data, Eldbus_Proxy * /*proxy*/, void *event)
 {
     const auto *changed = static_cast<const Eldbus_Proxy_Event_Property_Changed *>(event);
-    if (std::strcmp(changed->name, "Active") != 0)
-        return;
+    if (std::strcmp(changed->name, ACTIVE) == 0)
+        static_cast<SessionWatch *>(data)->take(changed->value);
+}
+
+// What the session was when its properties were asked for is told by no change.
+void SessionWatch::on_loaded(void *data, Eldbus_Proxy *proxy, void * /*event*/)
+{
+    static_cast<SessionWatch *>(data)->take(eldbus_proxy_property_local_get(proxy, ACTIVE));
+}
+
+void SessionWatch::take(const Eina_Value *value)
+{
     Eina_Bool active = EINA_TRUE;
-    if (!eina_value_get(changed->value, &active))
+    if (!value || !eina_value_get(value, &active) || active == active_)
         return;
-    PLATFORM_LOGI(SERVICE, "the session %s the screen", active ? "has" : "left");
-    static_cast<SessionWatch *>(data)->on_change_(active);
+    active_ = active;
+    PLATFORM_LOGI(SERVICE, "the session %s the screen", active ? "has" : "does not have");
+    on_change_(active);
 }
 
 } // namespace platform

@@ -13,7 +13,9 @@ namespace platform {
 /** Follows logind. Where no system bus, no logind or no session is, nothing is ever reported. */
 class SessionWatch {
   public:
-    /** @param on_change called with false when the session leaves the screen, true when it returns
+    /**
+     * @param on_change called with false when the session leaves the screen or turns out not to be
+     *                  on it, with true when it returns
      */
     explicit SessionWatch(std::function<void(bool)> on_change);
     ~SessionWatch();
@@ -23,14 +25,17 @@ class SessionWatch {
   private:
     static void on_session(void *data, const Eldbus_Message *reply, Eldbus_Pending *pending);
     static void on_property(void *data, Eldbus_Proxy *proxy, void *event);
+    static void on_loaded(void *data, Eldbus_Proxy *proxy, void *event);
 
     void follow(const char *path);
+    void take(const Eina_Value *active);
 
     std::function<void(bool)> on_change_;
     BusConnectionPtr connection_;
     BusProxy manager_;
     BusProxy session_;
     Eldbus_Pending *pending_ = nullptr;
+    Eina_Bool active_ = EINA_TRUE;
 };
 
 } // namespace platform

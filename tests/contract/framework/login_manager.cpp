@@ -1,7 +1,7 @@
 // A login manager for tests, on the bus that DBUS_SYSTEM_BUS_ADDRESS names. It knows one session
 // and says what lines on its standard input tell it to:
 //   shutdown 0|1 | sleep 0|1 | active 0|1 | locks
-// The last answers with the number of delay locks that are held.
+// The last two answer, locks with the number of delay locks that are held.
 
 #include <cstdio>
 #include <string>
@@ -20,6 +20,8 @@ enum { PREPARE_FOR_SHUTDOWN, PREPARE_FOR_SLEEP };
 
 Eldbus_Connection *bus = nullptr;
 Eldbus_Service_Interface *manager = nullptr;
+Eldbus_Service_Interface *session = nullptr;
+bool session_active = true;
 std::vector<int> lock_ends;
 
 void say(const std::string &line)
@@ -49,23 +51,10 @@ Eldbus_Message *inhibit(const Eldbus_Service_Interface *, const Eldbus_Message *
     return reply;
 }
 
-void send_active(bool active)
+Eina_Bool get_active(const Eldbus_Service_Interface *, const char *, Eldbus_Message_Iter *value,
+                     const Eldbus_Message *, Eldbus_Message **)
 {
-    Eldbus_Message *signal =
-        eldbus_message_signal_new(SESSION, "org.freedesktop.DBus.Properties", "PropertiesChanged");
-    Eldbus_Message_Iter *arguments = eldbus_message_iter_get(signal);
-    eldbus_message_iter_basic_append(arguments, 's', "org.freedesktop.login1.Session");
-    Eldbus_Message_Iter *properties = eldbus_message_iter_container_new(arguments, 'a', "{sv}");
-    Eldbus_Message_Iter *entry = eldbus_message_iter_container_new(properties, 'e', nullptr);
-    eldbus_message_iter_basic_append(entry, 's', "Active");
-    Eldbus_Message_Iter *value = eldbus_message_iter_container_new(entry, 'v', "b");
-    eldbus_message_iter_basic_append(value, 'b', active);
-    eldbus_message_iter_container_close(entry, value);
-    eldbus_message_iter_container_close(properties, entry);
-    eldbus_message_iter_container_close(arguments, properties);
-    Eldbus_Message_Iter *invalidated = eldbus_message_iter_container_new(arguments, 'a', "s");
-    eldbus_message_iter_container_close(arguments, invalidated);
-    eldbus_connection_send(bus, signal, nullptr, nullptr, -1);
+    return eldbus_message_iter_basic_append(value, 'b', session_active);
 }
 
 int locks_held()
@@ -86,9 +75,11 @@ void obey(const std::string &command)
         eldbus_service_signal_emit(manager, PREPARE_FOR_SHUTDOWN, on);
     else if (command.compare(0, 5, "sleep") == 0)
         eldbus_service_signal_emit(manager, PREPARE_FOR_SLEEP, on);
-    else if (command.compare(0, 6, "active") == 0)
-        send_active(on);
-    else if (command == "locks")
+    else if (command.compare(0, 6, "active") == 0) {
+        session_active = on;
+        eldbus_service_property_changed(session, "Active");
+        say("active " + std::to_string(on));
+    } else if (command == "locks")
         say("locks " + std::to_string(locks_held()));
 }
 
@@ -130,11 +121,17 @@ int main()
     const Eldbus_Service_Interface_Desc description = {
         "org.freedesktop.login1.Manager", methods, signals, nullptr, nullptr, nullptr};
     manager = eldbus_service_interface_register(bus, "/org/freedesktop/login1", &description);
+    const Eldbus_Property properties[] = {{"Active", "b", get_active, nullptr, 0},
+                                          {nullptr, nullptr, nullptr, nullptr, 0}};
+    const Eldbus_Service_Interface_Desc session_description = {
+        "org.freedesktop.login1.Session", nullptr, nullptr, properties, nullptr, nullptr};
+    session = eldbus_service_interface_register(bus, SESSION, &session_description);
     eldbus_name_request(
         bus, "org.freedesktop.login1", ELDBUS_NAME_REQUEST_FLAG_DO_NOT_QUEUE,
         [](void *, const Eldbus_Message *, Eldbus_Pending *) { say("serving"); }, nullptr);
     ecore_main_fd_handler_add(STDIN_FILENO, ECORE_FD_READ, on_input, nullptr, nullptr, nullptr);
     ecore_main_loop_begin();
+    eldbus_service_interface_unregister(session);
     eldbus_service_interface_unregister(manager);
     eldbus_connection_unref(bus);
     eldbus_shutdown();

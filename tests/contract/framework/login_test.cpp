@@ -95,6 +95,16 @@ TEST_F(LoginManagerTest, ASessionThatLeavesTheScreenPausesAndItsReturnResumes)
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "resume"), 1);
 }
 
+TEST_F(LoginManagerTest, AStartInASessionThatIsNotOnTheScreenIsPausedOnceItHasItsRequest)
+{
+    manager_->say("active 0");
+    ASSERT_TRUE(manager_->hears("active 0"));
+    auto app = start();
+    EXPECT_TRUE(app->hears("ready"));
+    EXPECT_TRUE(app->hears("pause"));
+    EXPECT_EQ(quit(*app), 0) << app->errors();
+}
+
 TEST_F(LoginManagerTest, ABusThatGoesAwayIsNoPowerEvent)
 {
     auto app = known_app();
