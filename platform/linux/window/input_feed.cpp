@@ -24,12 +24,13 @@ InputFeed::InputFeed(Evas *from, Evas_Object *window)
     : window_(window), to_(evas_object_evas_get(window)), catcher_(transparent_rectangle(from)),
       observer_(transparent_rectangle(to_)),
       key_down_(ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key_down, this)),
-      key_up_(ecore_event_handler_add(ECORE_EVENT_KEY_UP, on_key_up, this))
+      key_up_(ecore_event_handler_add(ECORE_EVENT_KEY_UP, on_key_up, this)),
+      // Before the toolkit moves the canvas's pointer to where it has entered.
+      enter_(ecore_event_handler_prepend(ECORE_EVENT_MOUSE_IN, on_enter, this))
 {
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_MOVE, on_move, this);
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_DOWN, on_down, this);
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_UP, on_up, this);
-    evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_IN, on_in, this);
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_OUT, on_out, this);
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_WHEEL, on_wheel, this);
     evas_object_repeat_events_set(observer_, EINA_TRUE);
@@ -39,6 +40,7 @@ InputFeed::~InputFeed()
 {
     ecore_event_handler_del(key_down_);
     ecore_event_handler_del(key_up_);
+    ecore_event_handler_del(enter_);
     evas_object_del(catcher_);
     evas_object_del(observer_);
 }
@@ -137,18 +139,9 @@ void InputFeed::on_up(void *data, Evas *, Evas_Object *, void *info)
     evas_event_feed_mouse_up(feed->to_, event->button, event->flags, event->timestamp, nullptr);
 }
 
-void InputFeed::on_in(void *data, Evas *, Evas_Object *, void *info)
+void InputFeed::on_out(void *data, Evas *, Evas_Object *, void * /*info*/)
 {
-    const auto *event = static_cast<const Evas_Event_Mouse_In *>(info);
-    auto *feed = static_cast<InputFeed *>(data);
-    feed->away_ = false;
-    evas_event_feed_mouse_in(feed->to_, event->timestamp, nullptr);
-}
-
-void InputFeed::on_out(void *data, Evas *, Evas_Object *, void *info)
-{
-    const auto *event = static_cast<const Evas_Event_Mouse_Out *>(info);
-    evas_event_feed_mouse_out(static_cast<InputFeed *>(data)->to_, event->timestamp, nullptr);
+    static_cast<InputFeed *>(data)->leave();
 }
 
 void InputFeed::on_wheel(void *data, Evas *, Evas_Object *, void *info)
@@ -156,6 +149,13 @@ void InputFeed::on_wheel(void *data, Evas *, Evas_Object *, void *info)
     const auto *event = static_cast<const Evas_Event_Mouse_Wheel *>(info);
     evas_event_feed_mouse_wheel(static_cast<InputFeed *>(data)->to_, event->direction, event->z,
                                 event->timestamp, nullptr);
+}
+
+Eina_Bool InputFeed::on_enter(void *data, int /*type*/, void *event)
+{
+    const auto *place = static_cast<const Ecore_Event_Mouse_IO *>(event);
+    static_cast<InputFeed *>(data)->last_ = {place->x, place->y};
+    return ECORE_CALLBACK_PASS_ON;
 }
 
 Eina_Bool InputFeed::on_key_down(void *data, int /*type*/, void *event)

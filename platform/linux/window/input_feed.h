@@ -36,8 +36,8 @@ class InputFeed {
     void turn(Size panel, int degrees);
 
     /**
-     * Takes the pointer out of the content until it is moved or pressed again: what nobody sees
-     * must not take the focus when something comes to stand below it.
+     * Takes the pointer out of the content until it is moved or pressed again, as after it has
+     * entered: what nobody sees must not take the focus when something comes to stand below it.
      */
     void leave();
 
@@ -68,9 +68,9 @@ class InputFeed {
     static void on_move(void *data, Evas *, Evas_Object *, void *info);
     static void on_down(void *data, Evas *, Evas_Object *, void *info);
     static void on_up(void *data, Evas *, Evas_Object *, void *info);
-    static void on_in(void *data, Evas *, Evas_Object *, void *info);
     static void on_out(void *data, Evas *, Evas_Object *, void *info);
     static void on_wheel(void *data, Evas *, Evas_Object *, void *info);
+    static Eina_Bool on_enter(void *data, int type, void *event);
     static Eina_Bool on_key_down(void *data, int type, void *event);
     static Eina_Bool on_key_up(void *data, int type, void *event);
 
@@ -84,9 +84,10 @@ class InputFeed {
     Evas_Object *observer_;
     Ecore_Event_Handler *key_down_;
     Ecore_Event_Handler *key_up_;
+    Ecore_Event_Handler *enter_;
     Size panel_;
     int degrees_ = 0;
-    bool away_ = false;
+    bool away_ = true;
     Point last_{-1, -1}; // of the pointer, on the panel
 };
 

@@ -21,6 +21,7 @@ struct PointerShape {
 };
 
 PointerShape shape;
+bool hidden = false; ///< the toolkit's shape is kept for later
 
 void set_pointer(Ecore_Wl2_Input *input, const PointerShape &wanted)
 {
@@ -39,17 +40,17 @@ Ecore_Wl2_Input *default_input()
 
 PointerHider::PointerHider(std::function<void()> on_hidden)
     : on_hidden_(std::move(on_hidden)),
-      move_(ecore_event_handler_add(ECORE_EVENT_MOUSE_MOVE, on_move, this)),
-      enter_(ecore_event_handler_add(ECORE_EVENT_MOUSE_IN, on_enter, this))
+      move_(ecore_event_handler_add(ECORE_EVENT_MOUSE_MOVE, on_move, this))
 {
+    hidden = true;
 }
 
 PointerHider::~PointerHider()
 {
     ecore_event_handler_del(move_);
-    ecore_event_handler_del(enter_);
     if (timer_)
         ecore_timer_del(timer_);
+    hidden = false;
 }
 
 Eina_Bool PointerHider::on_move(void *data, int /*type*/, void * /*event*/)
@@ -58,18 +59,9 @@ Eina_Bool PointerHider::on_move(void *data, int /*type*/, void * /*event*/)
     return ECORE_CALLBACK_PASS_ON;
 }
 
-Eina_Bool PointerHider::on_enter(void *data, int /*type*/, void * /*event*/)
-{
-    // The toolkit draws a pointer that enters.
-    auto *hider = static_cast<PointerHider *>(data);
-    hider->hidden_ = false;
-    hider->moved();
-    return ECORE_CALLBACK_PASS_ON;
-}
-
 void PointerHider::moved()
 {
-    if (hidden_)
+    if (hidden)
         show();
     last_move_ = ecore_loop_time_get();
     // One timer runs on through any number of moves and is set anew only when it ends.
@@ -93,7 +85,7 @@ void PointerHider::moved()
 
 void PointerHider::show()
 {
-    hidden_ = false;
+    hidden = false;
     if (Ecore_Wl2_Input *input = default_input())
         set_pointer(input, shape);
 }
@@ -103,18 +95,18 @@ void PointerHider::hide()
     Ecore_Wl2_Input *input = default_input();
     if (!input)
         return;
-    hidden_ = true;
+    hidden = true;
     set_pointer(input, PointerShape());
     on_hidden_();
 }
 
 } // namespace platform
 
-// The toolkit draws the pointer itself and sets its picture through this function. Nothing else
-// tells what to put back when the pointer is to be seen again.
+// The toolkit draws the pointer itself, also one that enters, and sets its picture through this
+// function. Nothing else tells what to put back when the pointer is to be seen again.
 extern "C" void ecore_wl2_input_pointer_set(Ecore_Wl2_Input *input, wl_surface *surface, int hot_x,
                                             int hot_y)
 {
     platform::shape = {surface, hot_x, hot_y};
-    platform::set_pointer(input, platform::shape);
+    platform::set_pointer(input, platform::hidden ? platform::PointerShape() : platform::shape);
 }

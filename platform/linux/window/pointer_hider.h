@@ -1,5 +1,6 @@
 /**
- * Takes the pointer off the screen while nobody moves it. Main-loop thread only.
+ * Keeps the pointer off the screen while nobody moves it, from the first frame on. One at a time;
+ * main-loop thread only.
  */
 #pragma once
 
@@ -17,12 +18,8 @@ class PointerHider {
     PointerHider(const PointerHider &) = delete;
     PointerHider &operator=(const PointerHider &) = delete;
 
-    /** Whether the pointer is off the screen now. */
-    bool hidden() const { return hidden_; }
-
   private:
     static Eina_Bool on_move(void *data, int type, void *event);
-    static Eina_Bool on_enter(void *data, int type, void *event);
 
     void moved();
     void show();
@@ -30,10 +27,8 @@ class PointerHider {
 
     const std::function<void()> on_hidden_;
     Ecore_Event_Handler *move_;
-    Ecore_Event_Handler *enter_;
     Ecore_Timer *timer_ = nullptr;
     double last_move_ = 0.0;
-    bool hidden_ = false;
 };
 
 } // namespace platform

@@ -97,6 +97,12 @@ void on_mouse_down(void *, Evas *, Evas_Object *, void *info)
     say("down %d at %d,%d", event->button, event->canvas.x, event->canvas.y);
 }
 
+void on_mouse_move(void *, Evas *, Evas_Object *, void *info)
+{
+    const auto *event = static_cast<const Evas_Event_Mouse_Move *>(info);
+    say("pointer at %d,%d", event->cur.canvas.x, event->cur.canvas.y);
+}
+
 void on_unwanted_down(void *, Evas *, Evas_Object *, void *)
 {
     say("unwanted");
@@ -170,6 +176,7 @@ void make_window()
     say("surface %s", surface() ? "yes" : "no");
     evas_object_event_callback_add(window, EVAS_CALLBACK_RESIZE, on_resize, nullptr);
     evas_object_event_callback_add(window, EVAS_CALLBACK_MOUSE_DOWN, on_mouse_down, nullptr);
+    evas_object_event_callback_add(window, EVAS_CALLBACK_MOUSE_MOVE, on_mouse_move, nullptr);
     // Two that are taken back at once must never be heard of.
     evas_object_event_callback_add(window, EVAS_CALLBACK_MOUSE_DOWN, on_unwanted_down, window);
     evas_object_event_callback_add(window, EVAS_CALLBACK_MOUSE_UP, on_unwanted_down, window);
