@@ -82,6 +82,7 @@ def test_compositor_gets_its_shortcuts_back_when_the_player_ends(screen, player)
 def test_screen_is_kept_on_while_the_player_is_seen(screen, player):
     window = screen.window()
     assert window["inhibit_idle"] is True
+    assert not player.log.find_all("may blank the screen")
     assert window["fullscreen_mode"] == 1
     assert player.terminate() == 0
     wait_until(lambda: screen.window() is None, "the window's end")

@@ -1,6 +1,7 @@
 #include "window/idle_inhibitor.h"
 
 #include "idle-inhibit-unstable-v1-client-protocol.h"
+#include "log/platform_log.h"
 #include "wayland/wayland_globals.h"
 
 namespace platform {
@@ -11,8 +12,11 @@ std::unique_ptr<IdleInhibitor> IdleInhibitor::create(wl_registry *registry, wl_s
         return nullptr;
     auto *manager = static_cast<zwp_idle_inhibit_manager_v1 *>(
         bind_wayland_global(registry, zwp_idle_inhibit_manager_v1_interface, 1));
-    if (!manager)
+    if (!manager) {
+        PLATFORM_LOGI("window", "the compositor may blank the screen: it cannot be asked not to; "
+                                "its own idle time has to be switched off");
         return nullptr;
+    }
     return std::unique_ptr<IdleInhibitor>(new IdleInhibitor(manager, surface));
 }
 

@@ -156,6 +156,15 @@ TEST_F(WindowTest, TellsItsVisibilityAfterTheFirstFrameAndOnceOnly)
     EXPECT_THAT(lines, Not(Contains("visibility 0")));
 }
 
+TEST_F(WindowTest, SaysOnceThatThisCompositorCannotBeAskedToKeepTheScreenOn)
+{
+    auto app = start_and_show();
+    EXPECT_EQ(quit(*app), 0);
+    const std::string &log = app->errors();
+    const std::regex line("I/PLATFORM.*: window: the compositor may blank the screen");
+    EXPECT_EQ(std::distance(std::sregex_iterator(log.begin(), log.end(), line), {}), 1) << log;
+}
+
 TEST_F(WindowTest, LeavesTheScreenWhenItIsHidden)
 {
     auto app = start_and_show();
