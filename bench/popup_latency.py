@@ -14,7 +14,6 @@ With --early the first popup opens right after the start, before its widgets wer
 """
 
 import argparse
-import json
 import re
 import shutil
 import subprocess
@@ -65,23 +64,19 @@ class Trace:
         return max(after - before for before, after in zip(frames, frames[1:]))
 
 
-def frames_of(tv):
-    return json.loads(tv.tvctl("status", "--json").stdout)["frames"]
-
-
 def measure(tv, content, popups, early):
     player = tv.start(folder=content, WAYLAND_DEBUG="1", OSTREL_DEMO_LOG_LEVEL="info")
     player.log.wait(r"visibility changed", deadline_s=60)
     # The film's own surface gets its buffers from another thread: many frames mean that it plays.
     player.log.wait(r"-> wl_surface@\d+\.attach", count=8, deadline_s=60)
     time.sleep(EARLY_SECONDS if early else SETTLED_SECONDS)
-    before = frames_of(tv)
+    before = tv.status()["frames"]
     for _ in range(popups):
         tv.screen.key("Return")
         time.sleep(OPEN_SECONDS)
         tv.screen.key("Escape")
         time.sleep(OPEN_SECONDS)
-    after = frames_of(tv)
+    after = tv.status()["frames"]
     player.terminate()
     trace = Trace(player.log.lines)
     for number, stamp in enumerate(trace.opened(), 1):

@@ -6,7 +6,7 @@ import pytest
 from harness.content import order_in, picture
 from harness.options import open_options, wait_focus_on_row
 from harness.screen import COLOURS
-from harness.waiting import let_pass, wait_until
+from harness.waiting import wait_until
 
 STARTED = "player_start successful"
 TIME_OUT = "time out, evas hide, delete timer"
@@ -75,7 +75,7 @@ def test_second_start_within_five_seconds_does_not_lengthen_the_first(
     player.log.wait(STARTED)
     begin = player.log.find_all(STARTED)[0][0]
     wait_overlay(screen, first)
-    let_pass(1.2, since=begin)
+    warned.wait_position(1.2)
     screen.key("Right")
     player.log.wait(STARTED, count=2)
     restart = player.log.find_all(STARTED)[1][0]
@@ -86,7 +86,7 @@ def test_second_start_within_five_seconds_does_not_lengthen_the_first(
     assert gone - restart < 2.3, "it stayed as long as after the second start alone"
     wait_alone(screen, second)
     # The first one's end has taken the second one's timer along.
-    let_pass(3.0, since=restart)
+    warned.wait_position(3.0)
     assert len(player.log.find_all(TIME_OUT)) == 1
 
 

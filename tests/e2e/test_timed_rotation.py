@@ -3,7 +3,6 @@
 import pytest
 
 from harness.content import order_in, picture
-from harness.waiting import let_pass
 
 KEYS = "db/ostrel-demo-player-tv/"
 TURNS = "TV Is Rotating"
@@ -57,7 +56,7 @@ def test_timed_rotation_goes_on_after_a_restart_until_it_is_switched_off(
     screen.key("m")
     turning_set.wait_config(KEYS + "rotation_auto_mode", 0)
     here = player.log.position()
-    let_pass(3.5)
+    turning_set.wait_position(turning_set.position() + 3.5)
     assert not player.log.find_all(TURNS, after=here)
     screen.key("a")
     player.log.wait("set timer 300 sec", after=here)

@@ -1,6 +1,5 @@
 """What staff learn from the running player, and what they have it do, with the control tool."""
 
-import json
 import re
 
 import pytest
@@ -11,10 +10,6 @@ from harness.waiting import wait_until
 
 ROTATOR = {"rotator": "yes", "turning_time_s": "0.3"}
 OWN = "db/ostrel-demo-player-tv/"
-
-
-def status(tv):
-    return json.loads(tv.tvctl("status", "--json").stdout)
 
 
 def summary(tv):
@@ -28,7 +23,7 @@ def wait_status(tv, fits, what):
     seen = {}
 
     def look():
-        seen.update(status(tv))
+        seen.update(tv.status())
         return fits(seen)
 
     wait_until(look, lambda: f"{what}; the status is {seen}")
@@ -69,16 +64,16 @@ def test_status_tells_the_file_that_was_chosen(tv, content, shelf):
     second = order_in(content, [".mp4"])[1]
     tv.set_config(DEMO_MODE, 2)
     assert summary(tv)["Selection"] == f'only number 2, "{second}"'
-    assert status(tv)["selection"] == 2
+    assert tv.status()["selection"] == 2
 
 
 def test_status_says_so_when_the_folder_is_not_what_it_was(tv, screen, content, shelf):
     shelf.video(content / "one.mp4", "red", seconds=20)
     tv.start(folder=content)
     screen.wait_for("red")
-    assert status(tv)["list"]["number"] == 1
+    assert tv.status()["list"]["number"] == 1
     (content / "later.mp4").write_bytes(b"")
-    assert status(tv)["list"] is None
+    assert tv.status()["list"] is None
     assert summary(tv)["List"].startswith("unknown")
 
 
@@ -103,13 +98,13 @@ def test_time_to_the_next_turn_is_that_of_the_players_own_timer(tv, screen, cont
     shelf.video(content / "portrait_green.mp4", "green", seconds=20, size=(180, 320))
     player = tv.start(folder=content)
     screen.wait_for("red")
-    assert status(tv)["timed_rotation"] == {"on": False, "left_s": None, "landscape_s": 300,
+    assert tv.status()["timed_rotation"] == {"on": False, "left_s": None, "landscape_s": 300,
                                             "portrait_s": 300}
 
     def timer_set(after):
         """The seconds for which the player has just started its timer, and what is told of it."""
         seconds = int(player.log.wait(r"set timer (\d+) sec", after=after).group(1))
-        left = status(tv)["timed_rotation"]["left_s"]
+        left = tv.status()["timed_rotation"]["left_s"]
         assert seconds - 30 < left <= seconds
         return seconds
 
@@ -146,7 +141,7 @@ def test_time_to_the_next_turn_ends_where_the_other_side_has_nothing(tv, screen,
     here = player.log.position()
     tv.press("XF86PanelEnter")
     player.log.wait(r"m_ChangeRotationType\(\d+\)", after=here)
-    assert status(tv)["timed_rotation"]["left_s"] is None
+    assert tv.status()["timed_rotation"]["left_s"] is None
     assert "nothing is to be shown on the other side" in summary(tv)["Timed rotation"]
 
 

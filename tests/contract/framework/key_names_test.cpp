@@ -57,9 +57,12 @@ TEST(KeyNamesTest, TheNameWithModifiersGoesFirst)
 
 TEST(KeyNamesTest, AConfiguredNameGoesBeforeTheTable)
 {
-    const std::map<std::string, std::string> configured = {{"Escape", "XF86Exit"}, {"F1", "0"}};
+    const std::map<std::string, std::string> configured = {
+        {"Escape", "XF86Exit"}, {"F1", "0"}, {"XF86AudioNext", "XF86NextChapter"}};
     EXPECT_STREQ(translate_key("Escape", "Escape", configured), "XF86Exit");
     EXPECT_STREQ(translate_key("F1", "F1", configured), "0");
+    EXPECT_STREQ(translate_key("XF86AudioNext", "XF86AudioNext", configured), "XF86NextChapter");
+    EXPECT_STREQ(translate_key("f", "f", configured), "XF86AudioNext");
     EXPECT_STREQ(translate_key("space", "space", configured), "XF86PlayBack");
 }
 

@@ -72,7 +72,7 @@ Stage::~Stage()
     elm_velt_manager_fini();
     evas_object_del(panel_);
     elm_config_mirrored_set(EINA_FALSE);
-    pass(0.05);
+    work_off();
 }
 
 void Stage::delete_window()
@@ -102,15 +102,20 @@ void Stage::pass(double seconds)
     until([] { return false; }, seconds);
 }
 
-void Stage::settle()
+void Stage::work_off(const std::function<void()> &after_each_round)
 {
     // Elementary works off its lists of things to do in jobs and idlers that make new ones.
     for (int round = 0; round < 12; ++round) {
         bool done = false;
         ecore_idler_add(on_idle, &done);
         until([&done] { return done; });
-        draw();
+        after_each_round();
     }
+}
+
+void Stage::settle()
+{
+    work_off([this] { draw(); });
 }
 
 void Stage::press_key(const char *name)

@@ -32,7 +32,8 @@ class Stage {
     /** Runs the main loop until the condition holds. @return false when it did not in time. */
     static bool until(const std::function<bool()> &condition, double seconds = 10.0);
 
-    /** Runs the main loop for so long. */
+    /** Runs the main loop for so long, to have a picture of what it looks like then; not for tests.
+     */
     static void pass(double seconds);
 
     /** Runs the main loop until all that is pending has been done and drawn. */
@@ -53,6 +54,8 @@ class Stage {
     static Eina_Rectangle geometry(const Evas_Object *object);
 
   private:
+    static void work_off(const std::function<void()> &after_each_round = [] {});
+
     Evas_Object *panel_;
     Evas_Object *window_;
     int width_;

@@ -1,5 +1,6 @@
 """The player as a process: started, steered, read and audited from outside."""
 
+import json
 import os
 import re
 import shutil
@@ -228,6 +229,17 @@ class Tv:
         if check:
             assert done.returncode == 0, f"tvctl {arguments}: {done.stdout} {done.stderr}"
         return done
+
+    def status(self):
+        """What a running player tells of itself."""
+        return json.loads(self.tvctl("status", "--json").stdout)
+
+    def position(self):
+        """Seconds that the video on the screen has been playing for."""
+        return (self.status()["player"]["position_ms"] or 0) / 1000
+
+    def wait_position(self, seconds):
+        wait_until(lambda: self.position() >= seconds, f"{seconds:.1f} s of the video")
 
     def press(self, key):
         """A key of the set's remote control, by the set's own name."""

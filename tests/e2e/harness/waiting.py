@@ -24,10 +24,3 @@ def wait_until(condition, what, deadline_s=DEADLINE_S):
             raise AssertionError(
                 f"waited {deadline_s:.0f} s in vain for {what() if callable(what) else what}")
         idle.wait(STEP_S)
-
-
-def let_pass(seconds, since=None):
-    """Until so many seconds have gone by, from now or from an earlier moment of the monotonic clock.
-    Only for what must not happen meanwhile."""
-    begin = time.monotonic() if since is None else since
-    wait_until(lambda: time.monotonic() - begin > seconds, "time going by")
