@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Proves packages.txt complete: in a bare Debian 12 that has nothing installed, a clean clone must
-# build, test and play.
+# Proves packages.txt complete and README.md right: in a bare Debian 12 that has nothing installed, a
+# clean clone must build, test and play, as README.md says.
 set -euo pipefail
 
 usage() {
@@ -9,10 +9,12 @@ Usage: packaging/check-packages.sh [--keep] [WHAT]
 Makes a minimal Debian 12 in a temporary folder with debootstrap, clones this tree into it (what is
 committed), and runs there, as root and with network, WHAT:
   demo   ./demo.sh --seconds 40 (default)
+  readme the other commands of README.md, as packaging/readme-commands.sh lists them
   test   ./test.sh
-  all    both
+  all    one after the other, each in a system of its own
   --keep leaves the system and its out/ folder for a look around
-Needs root and the package debootstrap. The demo takes about ten minutes, the tests forty.
+Needs root and the package debootstrap. The demo and the commands take about ten minutes each, the
+tests forty.
 TEXT
 }
 
@@ -20,7 +22,7 @@ keep=no what=demo
 for argument in "$@"; do
     case $argument in
         --keep) keep=yes ;;
-        demo | test | all) what=$argument ;;
+        demo | readme | test | all) what=$argument ;;
         -h | --help) usage; exit 0 ;;
         *) usage >&2; exit 2 ;;
     esac
@@ -28,6 +30,13 @@ done
 [ "$(id -u)" -eq 0 ] || { echo "check-packages.sh: needs root." >&2; exit 1; }
 command -v debootstrap >/dev/null ||
     { echo "check-packages.sh: needs the package debootstrap." >&2; exit 1; }
+
+if [ $what = all ]; then
+    for each in demo readme test; do
+        "$0" $([ $keep = no ] || echo --keep) $each
+    done
+    exit
+fi
 
 tree=$(git -C "$(dirname "$(readlink -f "$0")")" rev-parse --show-toplevel)
 system=$(mktemp -d "${TMPDIR:-/var/tmp}/bare-debian.XXXXXX")
@@ -37,7 +46,7 @@ finish() {
     local status=$?
     trap - EXIT
     local place
-    for place in dev/shm dev/pts dev proc .; do
+    for place in dev/shm dev/pts dev sys proc .; do
         mountpoint -q "$system/$place" && umount -l "$system/$place"
     done
     if [ $keep = yes ]; then
@@ -73,14 +82,23 @@ inside() {
         chroot "$system" sh -c "cd /root/tree && $1"
 }
 
-case $what in demo | all)
-    echo "== ./demo.sh"
-    inside './demo.sh --seconds 40'
-    [ -s "$system/root/tree/out/demo/contact-sheet.png" ] ||
-        { echo "check-packages.sh: the demo left no contact sheet." >&2; exit 1; } ;;
+case $what in
+    demo)
+        echo "== ./demo.sh"
+        inside './demo.sh --seconds 40'
+        [ -s "$system/root/tree/out/demo/contact-sheet.png" ] ||
+            { echo "check-packages.sh: the demo left no contact sheet." >&2; exit 1; } ;;
+    readme)
+        touch "$system/etc/bare-system"
+        # systemd keeps its services apart by control groups.
+        mount --rbind /sys "$system/sys"
+        mount --make-rslave "$system/sys"
+        # What README.md takes for granted: a machine that systemd runs, and a user who may use sudo.
+        inside 'apt-get update -q && apt-get install -y -q --no-install-recommends sudo systemd'
+        # In a process namespace of their own, so that all they start ends with them.
+        inside 'unshare --pid --fork --kill-child --mount-proc packaging/readme-commands.sh run' ;;
+    test)
+        echo "== ./test.sh"
+        inside './test.sh' ;;
 esac
-case $what in test | all)
-    echo "== ./test.sh"
-    inside './test.sh' ;;
-esac
-echo "== Complete: $what ran in a system that had nothing but packages.txt"
+echo "== Right: $what ran in a system that had nothing but what packages.txt lists"

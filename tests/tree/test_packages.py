@@ -1,4 +1,5 @@
-"""The one list of Debian packages: well formed, explained, and complete on this machine."""
+"""The one list of Debian packages: well formed, explained, and complete on this machine. The scripts
+that use it, and the commands of the README, which are tried with nothing else installed."""
 
 import os
 import re
@@ -60,3 +61,41 @@ def test_scripts_explain_themselves(source_dir, script):
     explained = subprocess.run([os.path.join(source_dir, script), "--help"], capture_output=True,
                                text=True, check=True)
     assert "Usage" in explained.stdout
+
+
+def listed_commands(source_dir, text, folder):
+    readme = folder / "README.md"
+    readme.write_text(text)
+    return subprocess.run([os.path.join(source_dir, "packaging", "readme-commands.sh"), "list",
+                           readme], capture_output=True, text=True, check=False)
+
+
+@pytest.fixture
+def readme(source_dir):
+    with open(os.path.join(source_dir, "README.md"), encoding="utf-8") as file:
+        return file.read()
+
+
+def test_each_command_of_the_readme_is_run_or_says_where(source_dir, readme, tmp_path):
+    listed = listed_commands(source_dir, readme + "\n```sh\nmake coffee  # at last\n```\n", tmp_path)
+    assert listed.returncode == 0, listed.stderr
+    how = dict(line.rsplit(": ", 1) for line in listed.stdout.splitlines())
+    blocks = re.findall(r"^```sh\n(.*?)^```", readme, re.MULTILINE | re.DOTALL)
+    assert len(how) == sum(block.count("\n") for block in blocks) + 1
+    assert how.pop("make coffee") == "run"
+    assert {command for command, where in how.items() if where != "run"} == {"./demo.sh", "./test.sh"}
+
+
+@pytest.mark.parametrize("block", ["```console\nmake coffee\n```", "```\nmake coffee\n```",
+                                   "    make coffee", "~~~sh\nmake coffee\n~~~",
+                                   "- so:\n  ```sh\n  make coffee\n  ```"])
+def test_a_block_of_the_readme_that_would_not_be_run_is_refused(source_dir, readme, tmp_path, block):
+    refused = listed_commands(source_dir, f"{readme}\n{block}\n", tmp_path)
+    assert refused.returncode == 1
+    assert f"line {readme.count(chr(10)) + 2 + block.startswith('-')}: " in refused.stderr
+
+
+def test_a_command_that_left_the_readme_is_excused_no_more(source_dir, readme, tmp_path):
+    refused = listed_commands(source_dir, readme.replace("./test.sh", "./try.sh"), tmp_path)
+    assert refused.returncode == 1
+    assert '"./test.sh"' in refused.stderr
