@@ -1,4 +1,4 @@
-"""The tree keeps its own rules: layers, style, size, and a file map that tells the truth."""
+"""The tree keeps its own rules: layers, style, size, and documents that tell the truth about it."""
 
 import os
 import re
@@ -163,6 +163,17 @@ def test_player_imports_only_efl_libc_and_the_platform_interfaces(
                 rf"\b{re.escape(bare)}\b", interfaces):
             strangers.append(plain)
     assert not strangers, f"the player imports from elsewhere: {strangers}"
+
+
+def test_functions_in_the_toolkits_place_are_those_that_the_design_names(source_dir, build_dir):
+    program = os.path.join(build_dir, "src", "ostrel-demo-player-tv")
+    efl = exported_by(library_paths(
+        r"^lib(elementary|evas|ecore|ecore_evas|ecore_input|ecore_wl2|edje|eina|eo|efl)\.so\.1$"))
+    own = {fields[-1] for fields in symbols(["-D", "--defined-only", program])
+           if fields[-2] == "T"} & efl
+    rows = re.findall(r"^\| (`.*?) \|", read(source_dir, "DESIGN.md"), re.MULTILINE)
+    named = {name for row in rows for name in re.findall(r"`(\w+)`", row)}
+    assert own and named == own
 
 
 def test_code_is_formatted(source_dir, files):
