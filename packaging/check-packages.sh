@@ -101,4 +101,4 @@ case $what in
         echo "== ./test.sh"
         inside './test.sh' ;;
 esac
-echo "== Right: $what ran in a system that had nothing but what packages.txt lists"
+echo "== Right: $what ran in a bare system"

@@ -61,7 +61,7 @@ list() {
 
 fail() {
     echo "readme-commands.sh: $1" >&2
-    tail -n 20 "$logs"/*.log >&2
+    tail -n 20 "$logs"/*.log 2>/dev/null >&2 || true
     exit 1
 }
 
