@@ -5,17 +5,43 @@
 
 #include "log/platform_log.h"
 #include "media_player.h"
-#include "media_player/audio_sink.h"
 #include "media_player/media_uri.h"
-#include "media_player/playback_times.h"
 #include "media_player/thread_start.h"
 
 namespace platform {
+namespace {
 
-std::shared_ptr<Playback> Playback::open(PlaybackRequest request,
-                                         std::shared_ptr<PlaybackListener> listener)
+// How long a file's play waits for what. Unless it says otherwise a time was chosen by judgement
+// and found to do in the tests; nothing measured stands behind the last digit.
+
+// A file that goes away slowly, from a disk that was pulled out say, holds up the next no longer. A
+// sound one is gone in far less; a second without a new picture is what a viewer still takes for a
+// change of films.
+constexpr auto LONGEST_WAIT_FOR_PREDECESSOR = std::chrono::milliseconds(1000);
+
+// A load that was told to stop ends within milliseconds, unless its disk is gone: then it is left
+// to itself, as it holds nothing of the file's. The next file waits this long anyway.
+constexpr auto LONGEST_WAIT_FOR_SUBTITLE_END = LONGEST_WAIT_FOR_PREDECESSOR;
+
+// How often a file that opens is looked after while nothing comes of it: often enough for a reader
+// that gave up without a word to cost no more than a blink, seldom enough to cost no work.
+constexpr auto LOOK_AFTER_OPENING = std::chrono::milliseconds(250);
+
+// The first start on a machine looks at every plugin there is, which is slow on a small one with a
+// cold disk. Nothing plays before its end, so it is given up late.
+constexpr auto LONGEST_SET_UP = std::chrono::seconds(180);
+
+std::string name_of(const std::string &uri)
 {
-    auto playback = std::make_shared<Playback>(std::move(request), std::move(listener));
+    std::string path = local_path(uri);
+    return path.empty() ? uri : path;
+}
+
+} // namespace
+
+std::shared_ptr<Playback> Playback::open(PlaybackRequest request, PlaybackEvents events)
+{
+    auto playback = std::make_shared<Playback>(std::move(request), std::move(events));
     // The thread keeps its file alive, and may outlive everybody else who knows it.
     std::thread thread = start_thread("a file", [playback] { playback->run(); });
     if (!thread.joinable())
@@ -24,13 +50,12 @@ std::shared_ptr<Playback> Playback::open(PlaybackRequest request,
     return playback;
 }
 
-Playback::Playback(PlaybackRequest request, std::shared_ptr<PlaybackListener> listener)
-    : request_(std::move(request)), listener_(std::move(listener)),
-      output_(std::make_shared<FrameOutput>(request_.display)), disposed_(disposal_.get_future()),
-      looping_(request_.looping), sound_pause_(request_.sound_pause)
+Playback::Playback(PlaybackRequest request, PlaybackEvents events)
+    : request_(std::move(request)), events_(std::move(events)),
+      output_(std::make_shared<FrameOutput>(request_.display)), name_(name_of(request_.uri)),
+      disposed_(disposal_.get_future()), looping_(request_.looping),
+      sound_(request_.options->sound_pause)
 {
-    const std::string path = local_path(request_.uri);
-    name_ = path.empty() ? request_.uri : path;
 }
 
 Playback::~Playback() = default;
@@ -38,8 +63,10 @@ Playback::~Playback() = default;
 void Playback::release_results()
 {
     tasks_.post([this] {
-        results_released_ = true;
-        for (const auto &result : std::exchange(held_results_, {}))
+        if (!held_results_)
+            return;
+        const auto results = *std::exchange(held_results_, std::nullopt);
+        for (const auto &result : results)
             result();
     });
 }
@@ -51,13 +78,7 @@ void Playback::start()
 
 void Playback::pause()
 {
-    tasks_.post([this] {
-        if (phase_ != Phase::Running || paused_)
-            return;
-        paused_ = true;
-        trick_->set_running(false);
-        pipeline_->hold();
-    });
+    tasks_.post([this] { do_pause(); });
 }
 
 void Playback::stop()
@@ -70,8 +91,8 @@ void Playback::set_rate(double rate, uint64_t request)
     tasks_.post([this, rate, request] {
         rate_request_ = request;
         wanted_rate_ = rate;
-        if (phase_ == Phase::Running)
-            take_speed(rate);
+        if (running())
+            take_speed();
     });
 }
 
@@ -83,7 +104,7 @@ void Playback::set_looping(bool looping)
 void Playback::redraw()
 {
     tasks_.post([this] {
-        if (phase_ == Phase::Ended || (phase_ == Phase::Running && paused_))
+        if (phase_ == Phase::Ended || phase_ == Phase::Paused)
             output_->redraw();
     });
 }
@@ -98,7 +119,7 @@ void Playback::close()
 void Playback::run()
 {
     disposal_.set_value_at_thread_exit();
-    arm_first_frame();
+    begin_wait_for_first_frame();
     opener_ = start_thread("the opening of a file", [this] { open_file(); });
     if (!opener_.joinable())
         fail(PLAYER_ERROR_RESOURCE_LIMIT, "there is no thread to open it");
@@ -106,7 +127,7 @@ void Playback::run()
         if (const TaskQueue::Task task = tasks_.take(next_deadline()))
             task();
         else if (!tasks_.closed())
-            on_deadline();
+            act_on_deadline();
     }
     dispose();
 }
@@ -121,60 +142,58 @@ void Playback::dispose()
     pipeline_.reset();
     if (subtitle_loader_)
         subtitle_loader_->wait_for_end(LONGEST_WAIT_FOR_SUBTITLE_END);
-    listener_.reset();
+    events_ = {};
+}
+
+/** All that can fall due, the more urgent first. */
+std::array<Playback::Deadline, 6> Playback::deadlines() const
+{
+    std::optional<Clock::time_point> step;
+    if (phase_ == Phase::Playing && !wait_)
+        step = trick_->deadline();
+    return {{{wait_ ? std::optional(wait_->limit) : std::nullopt, &Playback::on_ready_too_late},
+             {subtitle_limit_, &Playback::give_up_subtitle},
+             {rounds_.due(), &Playback::on_round_due},
+             {break_.due(), &Playback::look_at_broken},
+             {stall_.due(), &Playback::look_for_stall},
+             {step, &Playback::step_back}}};
 }
 
 std::optional<Playback::Clock::time_point> Playback::next_deadline() const
 {
     std::optional<Clock::time_point> next;
-    const auto consider = [&next](const std::optional<Clock::time_point> &time) {
-        if (time && (!next || *time < *next))
-            next = time;
-    };
     if (phase_ == Phase::Failed)
         return next;
-    if (on_ready_)
-        consider(ready_limit_);
-    else if (phase_ == Phase::Running && !paused_)
-        consider(trick_->deadline());
-    consider(subtitle_limit_);
-    consider(round_time_);
-    consider(broken_check_);
-    consider(progress_check_);
+    for (const Deadline &deadline : deadlines())
+        if (deadline.time && (!next || *deadline.time < *next))
+            next = deadline.time;
     return next;
 }
 
-void Playback::on_deadline()
+void Playback::act_on_deadline()
 {
     const auto now = Clock::now();
-    if (on_ready_ && now >= ready_limit_) {
-        on_ready_ = nullptr;
-        std::exchange(on_too_late_, nullptr)();
-    } else if (subtitle_limit_ && now >= *subtitle_limit_) {
-        give_up_subtitle();
-    } else if (round_time_ && now >= *round_time_) {
-        round_time_.reset();
-        next_round();
-    } else if (broken_check_ && now >= *broken_check_) {
-        check_broken();
-    } else if (progress_check_ && now >= *progress_check_) {
-        watch_progress();
-    } else if (!on_ready_ && phase_ == Phase::Running && !paused_ && trick_->stepping()) {
-        on_speed(trick_->step());
-    }
+    for (const Deadline &deadline : deadlines())
+        if (deadline.time && now >= *deadline.time) {
+            (this->*deadline.act)();
+            return;
+        }
 }
 
 void Playback::await_ready(std::function<void()> next, std::chrono::milliseconds limit,
                            std::function<void()> too_late)
 {
-    on_ready_ = std::move(next);
-    on_too_late_ = std::move(too_late);
-    ready_limit_ = Clock::now() + limit;
+    wait_ = PipelineWait{std::move(next), Clock::now() + limit, std::move(too_late)};
 }
 
-void Playback::arm_first_frame()
+void Playback::on_ready_too_late()
 {
-    opening_since_ = Clock::now();
+    std::exchange(wait_, std::nullopt)->too_late();
+}
+
+void Playback::begin_wait_for_first_frame()
+{
+    waiting_since_ = Clock::now();
     subtitle_limit_.reset();
     await_first_frame();
 }
@@ -188,20 +207,23 @@ void Playback::open_file()
 {
     const int code = try_open();
     tasks_.post([this, code] {
-        opened_ = true;
         // Where the pipeline told a reason, that has been dealt with by now.
-        if (code != PLAYER_ERROR_NONE && phase_ == Phase::Opening && !silent_)
+        if (code != PLAYER_ERROR_NONE && preparing() && !sound_.silent())
             fail(code, "it cannot be opened");
+        else if (phase_ == Phase::Opening)
+            phase_ = Phase::AwaitingFrame;
     });
 }
 
 int Playback::try_open()
 {
-    if (!request_.set_up())
+    if (!request_.options->set_up())
         return PLAYER_ERROR_INVALID_OPERATION;
     tasks_.post([this] {
-        system_up_ = true;
-        arm_first_frame();
+        if (phase_ != Phase::SettingUp)
+            return;
+        phase_ = Phase::Opening;
+        begin_wait_for_first_frame();
     });
     wait_for_others();
     const std::string path = local_path(request_.uri);
@@ -233,13 +255,12 @@ void Playback::make_pipeline()
     trick_.reset();
     pipeline_.reset();
     generation_++;
-    broken_ = false;
+    const PlayerOptions &options = *request_.options;
+    const bool silent = sound_.silent();
     pipeline_ = std::make_unique<Pipeline>(
-        request_.uri, output_, silent_ ? Pipeline::AudioSinkMaker{} : request_.make_audio_sink,
+        request_.uri, output_, silent ? Pipeline::AudioSinkMaker{} : options.make_audio_sink,
         pipeline_events());
-    if (!silent_)
-        without_device_ = !request_.find_sound();
-    sound_trial_ = Clock::now() + sound_pause_;
+    sound_.on_pipeline(!silent && options.find_sound(), Clock::now());
     trick_.emplace(*pipeline_, *output_);
 }
 
@@ -247,6 +268,7 @@ bool Playback::open_again()
 {
     if (opener_.joinable())
         opener_.join();
+    break_.on_new_pipeline();
     make_pipeline();
     return pipeline_->open();
 }
@@ -263,8 +285,8 @@ PipelineEvents Playback::pipeline_events()
     PipelineEvents events;
     events.ready = [this, post] {
         post([this] {
-            if (on_ready_)
-                std::exchange(on_ready_, nullptr)();
+            if (wait_)
+                std::exchange(wait_, std::nullopt)->ready();
         });
     };
     events.ended = [this, post] { post([this] { on_ended(); }); };
@@ -281,7 +303,7 @@ PipelineEvents Playback::pipeline_events()
     };
     events.clock_lost = [this, post] {
         post([this] {
-            if (phase_ == Phase::Running && !paused_ && !trick_->stepping()) {
+            if (phase_ == Phase::Playing && !trick_->stepping()) {
                 pipeline_->hold();
                 pipeline_->play();
             }
@@ -301,17 +323,19 @@ void Playback::on_first_frame()
         return;
     }
     duration_ = pipeline_->duration();
+    phase_ = Phase::AwaitingSubtitle;
     await_subtitle();
 }
 
 void Playback::on_nothing_came()
 {
-    const auto waited = Clock::now() - opening_since_;
-    if (waited > (system_up_ ? request_.patience : LONGEST_SET_UP))
+    const auto waited = Clock::now() - waiting_since_;
+    const auto patience = request_.options->patience;
+    if (waited > (phase_ == Phase::SettingUp ? LONGEST_SET_UP : patience))
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
-    else if (opened_ && pipeline_ && pipeline_->reader_gave_up())
+    else if (phase_ == Phase::AwaitingFrame && pipeline_ && pipeline_->reader_gave_up())
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its reader found nothing in it");
-    else if (waited > request_.patience / 2 && output_->width() > 0 && !silent_)
+    else if (waited > patience / 2 && output_->width() > 0 && !sound_.silent())
         // Pictures but no sound arrived: a sound track without contents must not stop the show.
         go_silent("no sound arrives");
     else
@@ -320,26 +344,27 @@ void Playback::on_nothing_came()
 
 void Playback::tell_result(std::function<void()> result)
 {
-    if (results_released_)
-        result();
+    if (held_results_)
+        held_results_->push_back(std::move(result));
     else
-        held_results_.push_back(std::move(result));
+        result();
 }
 
 // Runs when the caller has said all it wants to say about this file, looping included.
 void Playback::finish_preparation()
 {
-    if (phase_ != Phase::Opening)
+    if (phase_ != Phase::Prepared)
         return;
     if (sound_unsupported_ && !pipeline_->has_sound()) {
-        if (!missing_sound_.empty())
+        const std::string &missing = missing_decoders_[Track::Sound];
+        if (!missing.empty())
             PLATFORM_LOGW("player", "%s plays in silence: no decoder is installed for it (%s)",
-                          name_.c_str(), missing_sound_.c_str());
-        listener_->on_sound_unsupported(*this);
+                          name_.c_str(), missing.c_str());
+        events_.sound_unsupported(*this);
     }
     const auto prepared = [this] {
         phase_ = Phase::Ready;
-        listener_->on_prepared(*this);
+        events_.prepared(*this);
     };
     if (!looping_ || !pipeline_->goes_in_rounds()) {
         prepared();
@@ -357,10 +382,7 @@ void Playback::fail(int error_code, const std::string &why)
     if (phase_ == Phase::Failed)
         return;
     PLATFORM_LOGW("player", "%s cannot be played: %s", name_.c_str(), why.c_str());
-    phase_ = Phase::Failed;
-    on_ready_ = nullptr;
-    output_->close();
-    tell_result([this, error_code] { listener_->on_failed(*this, error_code); });
+    end_in_failure([this, error_code] { events_.failed(*this, error_code); });
 }
 
 void Playback::interrupt(const std::string &why)
@@ -368,10 +390,15 @@ void Playback::interrupt(const std::string &why)
     if (phase_ == Phase::Failed)
         return;
     PLATFORM_LOGW("player", "%s was interrupted: %s", name_.c_str(), why.c_str());
+    end_in_failure([this] { events_.interrupted(*this); });
+}
+
+void Playback::end_in_failure(std::function<void()> tell)
+{
     phase_ = Phase::Failed;
-    on_ready_ = nullptr;
+    wait_.reset();
     output_->close();
-    tell_result([this] { listener_->on_interrupted(*this); });
+    tell_result(std::move(tell));
 }
 
 } // namespace platform

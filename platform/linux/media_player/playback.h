@@ -4,10 +4,12 @@
  */
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <functional>
 #include <future>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -17,7 +19,10 @@
 #include "media_player/display_settings.h"
 #include "media_player/frame_output.h"
 #include "media_player/pipeline.h"
-#include "media_player/subtitle_loader.h"
+#include "media_player/player_options.h"
+#include "media_player/progress_watch.h"
+#include "media_player/rounds.h"
+#include "media_player/sound_recovery.h"
 #include "media_player/task_queue.h"
 #include "media_player/trick_play.h"
 
@@ -25,21 +30,19 @@ namespace platform {
 
 class Playback;
 
-/** Hears what becomes of a file; on the file's thread. */
-class PlaybackListener {
-  public:
-    virtual ~PlaybackListener() = default;
-    virtual void on_prepared(Playback &from) = 0;
-    virtual void on_completed(Playback &from) = 0;
+/** What becomes of a file; told on the file's thread. */
+struct PlaybackEvents {
+    std::function<void(Playback &from)> prepared;
+    std::function<void(Playback &from)> completed;
     /** The file plays on in silence. */
-    virtual void on_sound_unsupported(Playback &from) = 0;
+    std::function<void(Playback &from)> sound_unsupported;
     /** The file cannot be prepared; nothing more comes. */
-    virtual void on_failed(Playback &from, int error_code) = 0;
+    std::function<void(Playback &from, int error_code)> failed;
     /** Something else took what is needed; nothing more comes. */
-    virtual void on_interrupted(Playback &from) = 0;
-    virtual void on_subtitle(Playback &from, const SubtitleTrack::Cue &cue) = 0;
-    /** The speed went back to 1.0 by itself. @param request the set_rate() it answers */
-    virtual void on_normal_speed(Playback &from, uint64_t request) = 0;
+    std::function<void(Playback &from)> interrupted;
+    std::function<void(Playback &from, const SubtitleTrack::Cue &cue)> subtitle;
+    /** The speed went back to 1.0 by itself; `request` is the set_rate() it answers. */
+    std::function<void(Playback &from, uint64_t request)> normal_speed;
 };
 
 struct PlaybackRequest {
@@ -47,14 +50,7 @@ struct PlaybackRequest {
     std::string subtitle; ///< path; empty: none
     std::shared_ptr<DisplaySettings> display;
     bool looping = false;
-    Pipeline::AudioSinkMaker make_audio_sink;
-    std::function<bool()>
-        find_sound; ///< whether there is a sound device; looks again for a lost one
-    std::chrono::milliseconds sound_pause{60000}; ///< from losing the sound to the first new try
-    std::function<bool()> set_up;              ///< waits for the media system; false: there is none
-    std::chrono::milliseconds patience{15000}; ///< longest wait for the first frame
-    SubtitleLoader::Load load_subtitle;
-    std::chrono::milliseconds subtitle_patience{3000}; ///< longest wait for it, past that frame
+    std::shared_ptr<const PlayerOptions> options;
     std::shared_future<void> predecessor;        ///< the file before, as far as it still goes away
     std::shared_future<void> before_predecessor; ///< and the one before that
 };
@@ -66,8 +62,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
      *
      * @return null when there is no thread for it
      */
-    static std::shared_ptr<Playback> open(PlaybackRequest request,
-                                          std::shared_ptr<PlaybackListener> listener);
+    static std::shared_ptr<Playback> open(PlaybackRequest request, PlaybackEvents events);
 
     // Any thread; all return at once, but for close(), which waits for a frame being drawn.
     void release_results();
@@ -89,20 +84,56 @@ class Playback : public std::enable_shared_from_this<Playback> {
     int height() const { return output_->height(); }
     bool has_subtitle() const { return has_subtitle_; }
 
-    Playback(PlaybackRequest request, std::shared_ptr<PlaybackListener> listener);
+    Playback(PlaybackRequest request, PlaybackEvents events);
     ~Playback();
 
   private:
     using Clock = TaskQueue::Clock;
-    enum class Phase { Opening, Ready, Running, Ended, Failed };
+
+    /**
+     * A picture that was sought is given up after this, and the play goes on with what there is.
+     * Even an exact seek decodes one stretch between key frames, mostly well below a second's work.
+     */
+    static constexpr auto LONGEST_SEEK = std::chrono::milliseconds(5000);
+
+    /** In their order; up to Ready the file is being prepared. */
+    enum class Phase {
+        SettingUp,        ///< the media system is not up yet
+        Opening,          ///< the opener is at work
+        AwaitingFrame,    ///< opened; its first frame is to come
+        AwaitingSubtitle, ///< all else is ready
+        Prepared,         ///< ready, but not yet told so
+        Ready,
+        Playing,
+        Paused,
+        Ended,
+        Failed,
+    };
+    bool preparing() const { return phase_ < Phase::Ready; }
+    bool running() const { return phase_ == Phase::Playing || phase_ == Phase::Paused; }
+
+    /** Something that falls due; see deadlines(). */
+    struct Deadline {
+        std::optional<Clock::time_point> time;
+        void (Playback::*act)();
+    };
+
+    /** What is to follow when the pipeline has a frame ready, after opening or a seek. */
+    struct PipelineWait {
+        std::function<void()> ready;
+        Clock::time_point limit;
+        std::function<void()> too_late;
+    };
 
     // The thread.
     void run();
     void dispose();
+    std::array<Deadline, 6> deadlines() const;
     std::optional<Clock::time_point> next_deadline() const;
-    void on_deadline();
+    void act_on_deadline();
     void await_ready(std::function<void()> next, std::chrono::milliseconds limit,
                      std::function<void()> too_late);
+    void on_ready_too_late();
 
     // Preparation.
     void open_file();
@@ -111,10 +142,10 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void make_pipeline();
     bool open_again();
     PipelineEvents pipeline_events();
+    void begin_wait_for_first_frame();
+    void await_first_frame();
     void on_first_frame();
     void on_nothing_came();
-    void arm_first_frame();
-    void await_first_frame();
     void tell_result(std::function<void()> result);
     void finish_preparation();
 
@@ -127,21 +158,25 @@ class Playback : public std::enable_shared_from_this<Playback> {
 
     // Playing.
     void do_start();
+    void do_pause();
     void do_stop();
-    void run_from(GstClockTime position);
-    void take_speed(double rate);
+    void play_from(GstClockTime position);
+    void take_speed();
     void on_speed(TrickPlay::Next next);
     void on_speed_taken();
-    void back_to_normal(GstClockTime position);
+    void step_back();
+    void back_to_normal();
     void announce_normal_speed();
     void resume_pipeline();
     void on_ended();
     void warn_if_cut_short();
+    Rounds::Plan plan_for_round();
     void on_round_read(bool fresh);
+    void plan_round();
     void on_round_shown();
-    void follow_up_round();
-    void go_round();
-    void next_round();
+    void on_round_due();
+    void follow(Rounds::Step step);
+    void begin_round();
     void complete();
 
     // Trouble.
@@ -151,20 +186,21 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void go_silent(const std::string &why);
     bool sound_is_back();
     void renew_with_sound();
-    void watch_progress();
+    void look_for_stall();
     void on_broken(const std::string &why);
-    void check_broken();
-    void start_anew();
+    void look_at_broken();
+    void begin_anew();
     void fail(int error_code, const std::string &why);
     void interrupt(const std::string &why);
+    void end_in_failure(std::function<void()> tell);
 
-    PlaybackRequest request_;
-    std::shared_ptr<PlaybackListener> listener_;
+    const PlaybackRequest request_;
+    PlaybackEvents events_;
     const std::shared_ptr<FrameOutput> output_;
-    std::string name_; ///< for log lines
+    const std::string name_; ///< for log lines
     TaskQueue tasks_;
     std::promise<void> disposal_;
-    std::shared_future<void> disposed_;
+    const std::shared_future<void> disposed_;
     std::thread opener_;
     std::atomic<GstClockTime> duration_{GST_CLOCK_TIME_NONE};
     std::atomic<bool> has_subtitle_{false};
@@ -176,47 +212,27 @@ class Playback : public std::enable_shared_from_this<Playback> {
     std::unique_ptr<Pipeline> pipeline_;
     std::optional<TrickPlay> trick_;
 
-    std::shared_ptr<SubtitleLoader> subtitle_loader_;
-    bool subtitle_pending_ = false;                   ///< it is being read
-    std::optional<Clock::time_point> subtitle_limit_; ///< all else is ready and waits for it
-
-    Phase phase_ = Phase::Opening;
-    bool paused_ = false;
-    bool looping_ = false;
-    bool round_read_ = false; ///< a round has been read and not been followed up
-    bool round_is_last_ = false;
-    int rounds_ahead_ = 0; ///< rounds begun by the reader and not yet by the picture
-    bool needs_rewind_ = false;
-    bool system_up_ = false;
-    bool opened_ = false; ///< the opener has handed the pipeline over
-    Clock::time_point opening_since_;
+    // The thread's own.
+    Phase phase_ = Phase::SettingUp;
+    Clock::time_point waiting_since_; ///< for the media system, or for the first frame
+    std::optional<PipelineWait> wait_;
+    /** What came of the preparation, until the caller wants to hear it; null: it does. */
+    std::optional<std::vector<std::function<void()>>> held_results_{std::in_place};
+    std::map<Track, std::string> missing_decoders_; ///< in words
     bool sound_unsupported_ = false;
-    std::string missing_sound_; ///< decoders that are not installed, in words; empty: none
-    std::string missing_picture_;
-    bool silent_ = false;         ///< plays without sound, after trouble with it
-    bool without_device_ = false; ///< there was no sound device for it, or it was lost
-    bool sound_due_ = false;      ///< at the end of this round the sound is to be tried again
-    std::chrono::milliseconds sound_pause_;
-    Clock::time_point sound_trial_; ///< not before then
-    bool results_released_ = false;
-    std::vector<std::function<void()>> held_results_;
+    bool looping_;
+    bool needs_rewind_ = false;
     double wanted_rate_ = 1.0;
     uint64_t rate_request_ = 0;
-    bool rate_pending_ = false; ///< wanted_rate_ came while a seek was under way
 
-    std::function<void()> on_ready_;
-    std::function<void()> on_too_late_;
-    Clock::time_point ready_limit_;
+    std::shared_ptr<SubtitleLoader> subtitle_loader_;
+    bool subtitle_pending_ = false; ///< it is being read
+    std::optional<Clock::time_point> subtitle_limit_;
 
-    std::optional<Clock::time_point> round_time_; ///< when the next round is to begin
-    Clock::time_point last_round_;
-    std::optional<Clock::time_point> progress_check_;
-    Clock::time_point last_progress_;
-    uint64_t shown_at_progress_ = 0;
-    bool broken_ = false; ///< the pipeline has seen an error
-    std::optional<Clock::time_point> broken_check_;
-    uint64_t shown_at_check_ = 0;
-    Clock::time_point last_restart_;
+    SoundRecovery sound_;
+    Rounds rounds_;
+    StallWatch stall_;
+    BreakWatch break_;
 };
 
 } // namespace platform

@@ -2,10 +2,12 @@
 
 #include "log/platform_log.h"
 #include "media_player/playback.h"
-#include "media_player/playback_times.h"
 
 namespace platform {
 namespace {
+
+// Tracks need not end together, and lengths are told roundly: less than this is not "cut short".
+constexpr GstClockTime LONGEST_MISSING_END = 500 * GST_MSECOND;
 
 double seconds(GstClockTime time)
 {
@@ -16,9 +18,8 @@ double seconds(GstClockTime time)
 
 void Playback::do_start()
 {
-    if (phase_ == Phase::Running) {
-        if (!std::exchange(paused_, false))
-            return;
+    if (phase_ == Phase::Paused) {
+        phase_ = Phase::Playing;
         trick_->set_running(true);
         resume_pipeline();
         return;
@@ -26,73 +27,75 @@ void Playback::do_start()
     if (phase_ != Phase::Ready && phase_ != Phase::Ended)
         return;
     PLATFORM_LOGI("player", "playing %s", name_.c_str());
-    phase_ = Phase::Running;
-    paused_ = false;
+    phase_ = Phase::Playing;
     output_->set_visible(true);
-    last_round_ = Clock::now();
-    last_progress_ = Clock::now();
-    progress_check_ = Clock::now() + PROGRESS_INTERVAL;
-    if (broken_ && needs_rewind_) {
-        start_anew();
+    const auto now = Clock::now();
+    rounds_.on_start(now);
+    stall_.start(now);
+    if (break_.broken() && needs_rewind_) {
+        begin_anew();
         return;
     }
     if (needs_rewind_ || wanted_rate_ != 1.0 ||
         (looping_ && !trick_->in_rounds() && pipeline_->goes_in_rounds()))
-        run_from(0);
+        play_from(0);
     else
         resume_pipeline();
-    if (round_read_)
-        follow_up_round();
-    if (broken_check_)
-        broken_check_ = Clock::now() + BROKEN_START_PATIENCE;
+    if (rounds_.wants_plan())
+        plan_round();
+    break_.on_start(Clock::now());
 }
 
-// A file whose reader cannot seek still plays, once, from where it stands.
-void Playback::run_from(GstClockTime position)
+void Playback::do_pause()
 {
-    needs_rewind_ = false;
-    trick_->reset();
-    on_speed(trick_->begin(wanted_rate_, position, !paused_, looping_));
+    if (phase_ != Phase::Playing)
+        return;
+    phase_ = Phase::Paused;
+    trick_->set_running(false);
+    pipeline_->hold();
 }
 
 void Playback::do_stop()
 {
-    if (phase_ != Phase::Running && phase_ != Phase::Ready && phase_ != Phase::Ended)
+    if (!running() && phase_ != Phase::Ready && phase_ != Phase::Ended)
         return;
-    if (phase_ == Phase::Running)
+    if (running()) {
         PLATFORM_LOGI("player", "stopped %s", name_.c_str());
+        rounds_.reset();
+    }
     needs_rewind_ = needs_rewind_ || phase_ != Phase::Ready;
     phase_ = Phase::Ready;
-    on_ready_ = nullptr;
-    progress_check_.reset();
-    round_time_.reset();
-    sound_due_ = false;
-    rate_pending_ = false;
+    wait_.reset();
+    stall_.stop();
     wanted_rate_ = 1.0;
     trick_->reset();
     pipeline_->mute(false);
     pipeline_->hold();
 }
 
+// A file whose reader cannot seek still plays, once, from where it stands.
+void Playback::play_from(GstClockTime position)
+{
+    needs_rewind_ = false;
+    trick_->reset();
+    on_speed(trick_->begin(wanted_rate_, position, phase_ == Phase::Playing, looping_));
+}
+
 void Playback::resume_pipeline()
 {
-    if (!paused_ && !trick_->stepping())
+    if (phase_ == Phase::Playing && !trick_->stepping())
         pipeline_->play();
 }
 
-void Playback::take_speed(double rate)
+// A speed that is wanted while a seek is under way is taken up after it.
+void Playback::take_speed()
 {
-    if (on_ready_) {
-        rate_pending_ = true;
-        return;
-    }
-    rate_pending_ = false;
-    if (rate == trick_->rate())
+    if (wait_ || wanted_rate_ == trick_->rate())
         return;
     const GstClockTime now = trick_->stepping() ? trick_->position() : pipeline_->position();
     const GstClockTime position = GST_CLOCK_TIME_IS_VALID(now) ? now : 0;
-    PLATFORM_LOGI("player", "speed %.2f from %.1f s", rate, seconds(position));
-    on_speed(trick_->begin(rate, position, !paused_, looping_));
+    PLATFORM_LOGI("player", "speed %.2f from %.1f s", wanted_rate_, seconds(position));
+    on_speed(trick_->begin(wanted_rate_, position, phase_ == Phase::Playing, looping_));
 }
 
 void Playback::on_speed(TrickPlay::Next next)
@@ -102,15 +105,11 @@ void Playback::on_speed(TrickPlay::Next next)
     case TrickPlay::Next::Nothing:
         break;
     case TrickPlay::Next::AwaitFrame:
-        round_time_.reset();
-        round_read_ = false;
-        round_is_last_ = false;
-        sound_due_ = false;
-        rounds_ahead_ = 0;
+        rounds_.reset();
         await_ready([this] { on_speed_taken(); }, LONGEST_SEEK, [this] { on_speed_taken(); });
         break;
     case TrickPlay::Next::AtStart:
-        back_to_normal(0);
+        back_to_normal();
         break;
     case TrickPlay::Next::Refused:
         PLATFORM_LOGW("player", "%s cannot be sought; it plays at normal speed", name_.c_str());
@@ -124,45 +123,44 @@ void Playback::on_speed(TrickPlay::Next next)
 
 void Playback::on_speed_taken()
 {
-    if (phase_ != Phase::Running)
+    if (!running())
         return;
     trick_->frame_ready();
-    if (rate_pending_)
-        take_speed(wanted_rate_);
-    if (!on_ready_)
+    take_speed();
+    if (!wait_)
         resume_pipeline();
+}
+
+void Playback::step_back()
+{
+    on_speed(trick_->step());
 }
 
 void Playback::announce_normal_speed()
 {
     count_drops_ = true;
     wanted_rate_ = 1.0;
-    listener_->on_normal_speed(*this, rate_request_);
+    events_.normal_speed(*this, rate_request_);
 }
 
-void Playback::back_to_normal(GstClockTime position)
+void Playback::back_to_normal()
 {
     PLATFORM_LOGI("player", "backwards play came to the start; going on forward");
     announce_normal_speed();
-    on_speed(trick_->begin(1.0, position, !paused_, looping_));
+    on_speed(trick_->begin(1.0, 0, phase_ == Phase::Playing, looping_));
 }
 
 void Playback::on_ended()
 {
     // An end that was told before a seek may be heard of after it.
-    if (phase_ != Phase::Running || !output_->at_end() || trick_->stepping())
+    if (!running() || !output_->at_end() || trick_->stepping())
         return;
     if (trick_->rate() < 0) {
-        back_to_normal(0);
+        back_to_normal();
         return;
     }
     warn_if_cut_short();
-    if (!looping_)
-        complete();
-    else if (sound_is_back())
-        renew_with_sound();
-    else
-        go_round();
+    follow(rounds_.on_ended(plan_for_round(), Clock::now()));
 }
 
 // Readers take the end of a file that was cut off for the end of the film.
@@ -170,73 +168,69 @@ void Playback::warn_if_cut_short()
 {
     const GstClockTime length = duration_;
     const GstClockTime position = pipeline_->position();
-    if (broken_ || !GST_CLOCK_TIME_IS_VALID(length) || !GST_CLOCK_TIME_IS_VALID(position) ||
+    if (break_.broken() || !GST_CLOCK_TIME_IS_VALID(length) || !GST_CLOCK_TIME_IS_VALID(position) ||
         position + LONGEST_MISSING_END >= length)
         return;
     PLATFORM_LOGW("player", "%s is cut short: it ends after %.1f of %.1f s", name_.c_str(),
                   seconds(position), seconds(length));
 }
 
-// The reader is ahead of the picture: the next round is read while the end of this one is shown.
+Rounds::Plan Playback::plan_for_round()
+{
+    if (!looping_)
+        return Rounds::Plan::End;
+    return sound_is_back() ? Rounds::Plan::RenewSound : Rounds::Plan::GoOn;
+}
+
 void Playback::on_round_read(bool fresh)
 {
     if (!fresh)
         return;
-    round_read_ = true;
-    if (phase_ == Phase::Running)
-        follow_up_round();
+    rounds_.on_read();
+    if (running())
+        plan_round();
 }
 
-void Playback::follow_up_round()
+void Playback::plan_round()
 {
-    round_read_ = false;
-    if (!looping_)
-        round_is_last_ = true;
-    else if (sound_is_back())
-        sound_due_ = true;
-    else
-        go_round();
-    if ((round_is_last_ || sound_due_) && output_->at_end())
-        on_round_shown();
+    const bool shown = output_->at_end() && trick_->in_rounds();
+    follow(rounds_.plan_read(plan_for_round(), shown, Clock::now()));
 }
 
 void Playback::on_round_shown()
 {
-    if (phase_ != Phase::Running || !trick_->in_rounds())
-        return;
-    if (!looping_ && std::exchange(round_is_last_, false)) {
+    if (running() && trick_->in_rounds())
+        follow(rounds_.on_shown(looping_, Clock::now()));
+}
+
+void Playback::on_round_due()
+{
+    follow(rounds_.on_due());
+}
+
+void Playback::follow(Rounds::Step step)
+{
+    switch (step) {
+    case Rounds::Step::Nothing:
+        break;
+    case Rounds::Step::Begin:
+        begin_round();
+        break;
+    case Rounds::Step::Complete:
         complete();
-        return;
-    }
-    if (sound_due_) {
+        break;
+    case Rounds::Step::RenewSound:
         renew_with_sound();
-        return;
+        break;
     }
-    // Normally the next round is under way by now.
-    if (rounds_ahead_ > 0)
-        rounds_ahead_--;
-    else if (!round_time_)
-        round_time_ = Clock::now() + LONGEST_WAIT_FOR_ROUND;
 }
 
-void Playback::go_round()
+void Playback::begin_round()
 {
-    const auto due = last_round_ + SHORTEST_ROUND;
-    if (Clock::now() < due)
-        round_time_ = due;
-    else
-        next_round();
-}
-
-void Playback::next_round()
-{
-    last_round_ = Clock::now();
-    round_is_last_ = false;
-    if (trick_->next_round()) {
-        rounds_ahead_++;
-        return;
-    }
-    on_speed(trick_->begin(trick_->rate(), 0, !paused_, true));
+    const bool seamless = trick_->next_round();
+    rounds_.on_begun(seamless, Clock::now());
+    if (!seamless)
+        on_speed(trick_->begin(trick_->rate(), 0, phase_ == Phase::Playing, true));
 }
 
 void Playback::complete()
@@ -244,14 +238,15 @@ void Playback::complete()
     PLATFORM_LOGI("player", "%s has come to its end", name_.c_str());
     phase_ = Phase::Ended;
     needs_rewind_ = true;
-    on_ready_ = nullptr;
-    broken_check_.reset();
-    progress_check_.reset();
+    wait_.reset();
+    break_.stop();
+    stall_.stop();
+    rounds_.reset();
     wanted_rate_ = 1.0;
     trick_->reset();
     pipeline_->mute(false);
     pipeline_->hold();
-    listener_->on_completed(*this);
+    events_.completed(*this);
 }
 
 } // namespace platform

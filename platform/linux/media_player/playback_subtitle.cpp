@@ -10,8 +10,8 @@ void Playback::start_subtitle()
 {
     if (request_.subtitle.empty())
         return;
-    subtitle_loader_ =
-        SubtitleLoader::start(request_.subtitle, request_.load_subtitle, [weak = weak_from_this()] {
+    subtitle_loader_ = SubtitleLoader::start(
+        request_.subtitle, request_.options->load_subtitle, [weak = weak_from_this()] {
             if (const std::shared_ptr<Playback> playback = weak.lock())
                 playback->tasks_.post([self = playback.get()] { self->on_subtitle_read(); });
         });
@@ -22,10 +22,13 @@ void Playback::start_subtitle()
 
 void Playback::await_subtitle()
 {
-    if (subtitle_pending_)
-        subtitle_limit_ = Clock::now() + request_.subtitle_patience;
-    else
-        tell_result([this] { finish_preparation(); });
+    if (subtitle_pending_) {
+        subtitle_limit_ = Clock::now() + request_.options->subtitle_patience;
+        return;
+    }
+    subtitle_limit_.reset();
+    phase_ = Phase::Prepared;
+    tell_result([this] { finish_preparation(); });
 }
 
 void Playback::on_subtitle_read()
@@ -36,18 +39,17 @@ void Playback::on_subtitle_read()
     if (std::unique_ptr<SubtitleTrack> track = subtitle_loader_->take(error)) {
         has_subtitle_ = true;
         output_->set_subtitle(std::move(track), [this](const SubtitleTrack::Cue &cue) {
-            tasks_.post([this, cue] { listener_->on_subtitle(*this, cue); });
+            tasks_.post([this, cue] { events_.subtitle(*this, cue); });
         });
     } else {
         warn_about_subtitle(error);
     }
-    if (std::exchange(subtitle_limit_, std::nullopt))
+    if (phase_ == Phase::AwaitingSubtitle)
         await_subtitle();
 }
 
 void Playback::give_up_subtitle()
 {
-    subtitle_limit_.reset();
     subtitle_pending_ = false;
     subtitle_loader_->stop();
     warn_about_subtitle("it was not read in time");

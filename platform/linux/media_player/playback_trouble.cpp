@@ -1,17 +1,25 @@
-#include <algorithm>
 #include <utility>
 
 #include "log/platform_log.h"
 #include "media_player.h"
 #include "media_player/audio_sink.h"
 #include "media_player/playback.h"
-#include "media_player/playback_times.h"
 
 namespace platform {
+namespace {
+
+std::optional<std::chrono::nanoseconds> known(GstClockTime time)
+{
+    if (!GST_CLOCK_TIME_IS_VALID(time))
+        return {};
+    return std::chrono::nanoseconds(time);
+}
+
+} // namespace
 
 void Playback::on_decoder_missing(Track track, const std::string &what)
 {
-    std::string &missing = track == Track::Sound ? missing_sound_ : missing_picture_;
+    std::string &missing = missing_decoders_[track];
     if (missing.find(what) == std::string::npos)
         missing += (missing.empty() ? "" : ", ") + what;
     if (track == Track::Sound)
@@ -21,8 +29,10 @@ void Playback::on_decoder_missing(Track track, const std::string &what)
 // GStreamer's own sentence about a missing decoder does not say which one.
 std::string Playback::why_no_picture(const std::string &otherwise) const
 {
-    return missing_picture_.empty() ? otherwise
-                                    : "no decoder is installed for it (" + missing_picture_ + ")";
+    const auto missing = missing_decoders_.find(Track::Picture);
+    return missing == missing_decoders_.end()
+               ? otherwise
+               : "no decoder is installed for it (" + missing->second + ")";
 }
 
 void Playback::on_failure(const Failure &failure)
@@ -42,15 +52,13 @@ void Playback::on_failure(const Failure &failure)
         return;
     case Failure::Part::SoundDevice:
         forget_audio_sink();
-        without_device_ = true;
-        if (Clock::now() > sound_trial_)
-            sound_pause_ = request_.sound_pause; // it was good for a while
+        sound_.on_device_lost(Clock::now());
         go_silent(failure.text);
         return;
     default:
         break;
     }
-    if (phase_ == Phase::Opening)
+    if (preparing())
         fail(failure.code, why_no_picture(failure.text));
     else
         on_broken(failure.text);
@@ -59,12 +67,14 @@ void Playback::on_failure(const Failure &failure)
 // The pipeline is opened anew without its sound. The last picture stays until it is where it was.
 void Playback::go_silent(const std::string &why)
 {
-    if (std::exchange(silent_, true))
+    if (!sound_.go_silent())
         return;
     PLATFORM_LOGW("player", "%s plays in silence: %s", name_.c_str(), why.c_str());
-    if (phase_ == Phase::Opening) {
-        held_results_.clear();
-        arm_first_frame();
+    if (preparing()) {
+        if (held_results_)
+            held_results_->clear();
+        phase_ = Phase::AwaitingFrame;
+        begin_wait_for_first_frame();
         if (!open_again())
             fail(PLAYER_ERROR_INVALID_OPERATION, "it cannot be opened without sound either");
         return;
@@ -81,37 +91,29 @@ void Playback::go_silent(const std::string &why)
         return;
     const auto go_on = [this, position] {
         output_->set_visible(true);
-        run_from(GST_CLOCK_TIME_IS_VALID(position) ? position : 0);
+        play_from(GST_CLOCK_TIME_IS_VALID(position) ? position : 0);
     };
     await_ready(go_on, LONGEST_SEEK, give_up);
 }
 
 // Asked between two rounds of a file that plays over and over, which nothing else would ever bring
-// its sound back to. A device that is there and breaks each time holds the picture, so the tries
-// become rarer.
+// its sound back to.
 bool Playback::sound_is_back()
 {
-    const auto now = Clock::now();
-    const bool missed = without_device_ && (silent_ || pipeline_->has_sound());
-    if (!missed || broken_ || trick_->rate() != 1.0 || now < sound_trial_)
+    if (break_.broken() || trick_->rate() != 1.0 ||
+        !sound_.try_is_due(pipeline_->has_sound(), Clock::now()))
         return false;
-    sound_trial_ = now + sound_pause_;
-    if (!request_.find_sound())
-        return false;
-    sound_pause_ = std::min(sound_pause_ * 2, LONGEST_SOUND_PAUSE);
-    return true;
+    return request_.options->find_sound();
 }
 
 // A pipeline that was put together without a sound device takes none in later: it is opened anew.
 void Playback::renew_with_sound()
 {
-    sound_due_ = false;
-    round_is_last_ = false;
-    round_time_.reset();
-    silent_ = false;
+    rounds_.reset();
+    sound_.on_device_found();
     output_->set_visible(false);
     const auto give_up = [this] {
-        without_device_ = true;
+        sound_.on_failed_return();
         go_silent("its sound does not come back");
     };
     if (!open_again()) {
@@ -121,68 +123,46 @@ void Playback::renew_with_sound()
     const auto go_on = [this] {
         PLATFORM_LOGI("player", "%s plays with sound again", name_.c_str());
         output_->set_visible(true);
-        run_from(0);
+        play_from(0);
     };
     await_ready(go_on, LONGEST_SEEK, give_up);
 }
 
-// Some readers lose their way in a broken file without a word. A file is given up when no frame has
-// come for long, though its end should have been reached; slow slides are not to be mistaken for
-// it.
-void Playback::watch_progress()
+void Playback::look_for_stall()
 {
-    const auto now = Clock::now();
-    progress_check_ = now + PROGRESS_INTERVAL;
-    const uint64_t shown = output_->shown();
-    if (paused_ || on_ready_ || trick_->stepping() || shown != shown_at_progress_) {
-        shown_at_progress_ = shown;
-        last_progress_ = now;
-        return;
-    }
-    const auto still = now - last_progress_;
-    const GstClockTime length = duration_;
-    const GstClockTime position = output_->position();
-    if (still < SHORTEST_STALL)
-        return;
-    if (!GST_CLOCK_TIME_IS_VALID(length) || !GST_CLOCK_TIME_IS_VALID(position) ||
-        trick_->rate() < 0) {
-        if (still > LONGEST_STALL)
-            on_broken("no frame comes any more");
-        return;
-    }
-    const double gone = static_cast<double>(std::chrono::nanoseconds(still).count());
-    if (static_cast<double>(position) + gone * trick_->rate() > static_cast<double>(length))
-        on_broken("it stands still near its end");
+    StallWatch::Sight sight;
+    sight.shown = output_->shown();
+    sight.held = phase_ != Phase::Playing || wait_ || trick_->stepping();
+    sight.rate = trick_->rate();
+    sight.position = known(output_->position());
+    sight.length = known(duration_);
+    if (const char *why = stall_.look(sight, Clock::now()))
+        on_broken(why);
 }
 
 void Playback::on_broken(const std::string &why)
 {
-    if (broken_check_)
+    if (!break_.on_broken(output_->shown(), Clock::now()))
         return;
     PLATFORM_LOGW("player", "%s is broken and ends here: %s", name_.c_str(), why.c_str());
-    broken_ = true;
-    on_ready_ = nullptr;
-    shown_at_check_ = output_->shown();
-    broken_check_ = Clock::now() + BROKEN_PATIENCE;
+    wait_.reset();
 }
 
-void Playback::check_broken()
+void Playback::look_at_broken()
 {
-    const uint64_t shown = output_->shown();
-    if (phase_ != Phase::Running || paused_ || shown != shown_at_check_) {
-        shown_at_check_ = shown;
-        broken_check_ = Clock::now() + BROKEN_PATIENCE;
-        return;
-    }
-    broken_check_.reset();
-    if (looping_ && Clock::now() - last_restart_ > SHORTEST_LIFE_BETWEEN_BREAKS + BROKEN_PATIENCE) {
-        last_restart_ = Clock::now();
-        start_anew();
-    } else
+    switch (break_.look(output_->shown(), phase_ == Phase::Playing, looping_, Clock::now())) {
+    case BreakWatch::Verdict::Wait:
+        break;
+    case BreakWatch::Verdict::BeginAnew:
+        begin_anew();
+        break;
+    case BreakWatch::Verdict::End:
         complete();
+        break;
+    }
 }
 
-void Playback::start_anew()
+void Playback::begin_anew()
 {
     output_->set_visible(false);
     if (!open_again()) {

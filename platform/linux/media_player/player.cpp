@@ -57,7 +57,10 @@ std::shared_ptr<Player> Player::latest()
     return latest.player.lock();
 }
 
-Player::Player(PlayerOptions options) : options_(std::move(options)) {}
+Player::Player(PlayerOptions options)
+    : options_(std::make_shared<const PlayerOptions>(std::move(options)))
+{
+}
 
 void Player::destroy()
 {
@@ -157,16 +160,10 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
     request.subtitle = subtitle_;
     request.display = display_;
     request.looping = looping_;
-    request.make_audio_sink = options_.make_audio_sink;
-    request.find_sound = options_.find_sound;
-    request.sound_pause = options_.sound_pause;
-    request.set_up = options_.set_up;
-    request.patience = options_.patience;
-    request.load_subtitle = options_.load_subtitle;
-    request.subtitle_patience = options_.subtitle_patience;
+    request.options = options_;
     request.predecessor = previous_;
     request.before_predecessor = before_previous_;
-    const std::shared_ptr<Playback> opened = Playback::open(std::move(request), shared_from_this());
+    const std::shared_ptr<Playback> opened = Playback::open(std::move(request), playback_events());
     if (!opened)
         return PLAYER_ERROR_RESOURCE_LIMIT;
     prepared_ = {callback, user_data};
@@ -222,7 +219,7 @@ void Player::unprepare()
         subtitle_.clear();
         rate_ = 1.0;
         if (former)
-            remember(*former);
+            keep_as_predecessor(*former);
         if (calling_thread_ != std::this_thread::get_id())
             call_over_.wait(lock, [this] { return !calling_; });
     }
@@ -341,7 +338,23 @@ template <typename Change> void Player::tell(const Playback &from, Change change
     call_over_.notify_all();
 }
 
-void Player::on_prepared(Playback &from)
+// They keep the player alive until the file's thread ends.
+PlaybackEvents Player::playback_events()
+{
+    using std::placeholders::_1, std::placeholders::_2;
+    const std::shared_ptr<Player> self = shared_from_this();
+    PlaybackEvents events;
+    events.prepared = std::bind(&Player::on_prepared, self, _1);
+    events.completed = std::bind(&Player::on_completed, self, _1);
+    events.sound_unsupported = std::bind(&Player::on_sound_unsupported, self, _1);
+    events.failed = std::bind(&Player::on_failed, self, _1, _2);
+    events.interrupted = std::bind(&Player::on_interrupted, self, _1);
+    events.subtitle = std::bind(&Player::on_subtitle, self, _1, _2);
+    events.normal_speed = std::bind(&Player::on_normal_speed, self, _1, _2);
+    return events;
+}
+
+void Player::on_prepared(const Playback &from)
 {
     tell(from, [this]() -> std::function<void()> {
         state_ = PLAYER_STATE_READY;
@@ -351,7 +364,7 @@ void Player::on_prepared(Playback &from)
     });
 }
 
-void Player::on_completed(Playback &from)
+void Player::on_completed(const Playback &from)
 {
     tell(from, [this]() -> std::function<void()> {
         state_ = PLAYER_STATE_READY;
@@ -362,7 +375,7 @@ void Player::on_completed(Playback &from)
     });
 }
 
-void Player::on_sound_unsupported(Playback &from)
+void Player::on_sound_unsupported(const Playback &from)
 {
     tell(from, [this]() -> std::function<void()> {
         if (!error_.function)
@@ -373,25 +386,25 @@ void Player::on_sound_unsupported(Playback &from)
     });
 }
 
-void Player::remember(const Playback &former)
+void Player::keep_as_predecessor(const Playback &former)
 {
     before_previous_ = std::exchange(previous_, former.disposed());
 }
 
 // A file that has failed is let go of at once, so that its call can be answered by another try.
-void Player::retire()
+void Player::let_go_of_failed()
 {
     cancel_release();
     state_ = PLAYER_STATE_IDLE;
     rate_ = 1.0;
-    remember(*current_);
+    keep_as_predecessor(*current_);
     current_.reset();
 }
 
 void Player::on_failed(Playback &from, int error_code)
 {
     tell(from, [this, error_code]() -> std::function<void()> {
-        retire();
+        let_go_of_failed();
         if (!error_.function)
             return {};
         return
@@ -403,7 +416,7 @@ void Player::on_failed(Playback &from, int error_code)
 void Player::on_interrupted(Playback &from)
 {
     tell(from, [this]() -> std::function<void()> {
-        retire();
+        let_go_of_failed();
         if (!interrupted_.function)
             return {};
         return [callback = interrupted_] {
@@ -413,7 +426,7 @@ void Player::on_interrupted(Playback &from)
     from.close();
 }
 
-void Player::on_subtitle(Playback &from, const SubtitleTrack::Cue &cue)
+void Player::on_subtitle(const Playback &from, const SubtitleTrack::Cue &cue)
 {
     tell(from, [this, &cue]() -> std::function<void()> {
         if (!subtitle_updated_.function)
@@ -425,7 +438,7 @@ void Player::on_subtitle(Playback &from, const SubtitleTrack::Cue &cue)
     });
 }
 
-void Player::on_normal_speed(Playback &from, uint64_t request)
+void Player::on_normal_speed(const Playback &from, uint64_t request)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (current_.get() == &from && request == rate_request_)

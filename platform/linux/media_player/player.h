@@ -16,27 +16,13 @@
 #include <Ecore.h>
 
 #include "media_player.h"
-#include "media_player/audio_sink.h"
-#include "media_player/media_system.h"
 #include "media_player/playback.h"
+#include "media_player/player_options.h"
 #include "media_player/player_status.h"
 
 namespace platform {
 
-/** What tests set otherwise. */
-struct PlayerOptions {
-    Pipeline::AudioSinkMaker make_audio_sink = platform::make_audio_sink;
-    std::function<bool()> find_sound = choose_audio_sink;
-    /** How long a looping file that lost its sound waits before it tries it again. */
-    std::chrono::milliseconds sound_pause{60000};
-    std::function<bool()> set_up = wait_for_media_system;
-    std::chrono::milliseconds patience{15000}; ///< longest wait for a first frame
-    SubtitleLoader::Load load_subtitle = SubtitleTrack::load;
-    /** How long a video whose first frame is there may wait for its subtitle. */
-    std::chrono::milliseconds subtitle_patience{3000};
-};
-
-class Player : public PlaybackListener, public std::enable_shared_from_this<Player> {
+class Player : public std::enable_shared_from_this<Player> {
   public:
     static std::shared_ptr<Player> create(PlayerOptions options = {});
 
@@ -87,13 +73,14 @@ class Player : public PlaybackListener, public std::enable_shared_from_this<Play
         void *user_data = nullptr;
     };
 
-    void on_prepared(Playback &from) override;
-    void on_completed(Playback &from) override;
-    void on_sound_unsupported(Playback &from) override;
-    void on_failed(Playback &from, int error_code) override;
-    void on_interrupted(Playback &from) override;
-    void on_subtitle(Playback &from, const SubtitleTrack::Cue &cue) override;
-    void on_normal_speed(Playback &from, uint64_t request) override;
+    PlaybackEvents playback_events();
+    void on_prepared(const Playback &from);
+    void on_completed(const Playback &from);
+    void on_sound_unsupported(const Playback &from);
+    void on_failed(Playback &from, int error_code);
+    void on_interrupted(Playback &from);
+    void on_subtitle(const Playback &from, const SubtitleTrack::Cue &cue);
+    void on_normal_speed(const Playback &from, uint64_t request);
 
     template <typename Change> void tell(const Playback &from, Change change);
     /** Lets the results of one file through, from the main loop. */
@@ -104,10 +91,10 @@ class Player : public PlaybackListener, public std::enable_shared_from_this<Play
     void schedule_release(const std::shared_ptr<Playback> &playback);
     void cancel_release();
     static void release_now(void *data);
-    void retire();
-    void remember(const Playback &former);
+    void let_go_of_failed();
+    void keep_as_predecessor(const Playback &former);
 
-    const PlayerOptions options_;
+    const std::shared_ptr<const PlayerOptions> options_;
     const std::shared_ptr<DisplaySettings> display_ = std::make_shared<DisplaySettings>();
 
     mutable std::mutex mutex_; ///< guards all below

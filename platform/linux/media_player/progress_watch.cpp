@@ -1,0 +1,89 @@
+#include "media_player/progress_watch.h"
+
+namespace platform {
+namespace {
+
+// How often it is looked whether frames still come. The stalls below count in seconds.
+constexpr auto INTERVAL = std::chrono::milliseconds(1000);
+
+// A file whose end should have been reached is given up after this long without a frame. Long
+// enough for a stick that wakes up; a film of stills with longer ones is saved by its length.
+constexpr auto SHORTEST_STALL = std::chrono::milliseconds(4000);
+
+// The same where no length tells when the end is due: there a still may well be meant.
+constexpr auto LONGEST_STALL = std::chrono::milliseconds(30000);
+
+// What was decoded before a file broke is still shown; this long without a frame is the end.
+// Several times the distance of frames, even of slow ones.
+constexpr auto BREAK_PATIENCE = std::chrono::milliseconds(700);
+
+// The same for a file that broke before it was started, whose first frame is still to come.
+constexpr auto BREAK_START_PATIENCE = std::chrono::milliseconds(1000);
+
+// A looping file that breaks anew at once is given up.
+constexpr auto SHORTEST_LIFE_BETWEEN_BREAKS = std::chrono::milliseconds(1000);
+
+} // namespace
+
+void StallWatch::start(Time now)
+{
+    last_progress_ = now;
+    due_ = now + INTERVAL;
+}
+
+const char *StallWatch::look(const Sight &sight, Time now)
+{
+    due_ = now + INTERVAL;
+    if (sight.held || sight.shown != shown_) {
+        shown_ = sight.shown;
+        last_progress_ = now;
+        return nullptr;
+    }
+    const auto still = now - last_progress_;
+    if (still < SHORTEST_STALL)
+        return nullptr;
+    if (!sight.length || !sight.position || sight.rate < 0)
+        return still > LONGEST_STALL ? "no frame comes any more" : nullptr;
+    const std::chrono::duration<double, std::nano> gone = still * sight.rate;
+    return *sight.position + gone > *sight.length ? "it stands still near its end" : nullptr;
+}
+
+void BreakWatch::on_new_pipeline()
+{
+    broken_ = false;
+    due_.reset();
+}
+
+bool BreakWatch::on_broken(uint64_t shown, Time now)
+{
+    if (due_)
+        return false;
+    broken_ = true;
+    shown_ = shown;
+    due_ = now + BREAK_PATIENCE;
+    return true;
+}
+
+void BreakWatch::on_start(Time now)
+{
+    if (due_)
+        due_ = now + BREAK_START_PATIENCE;
+}
+
+BreakWatch::Verdict BreakWatch::look(uint64_t shown, bool playing, bool looping, Time now)
+{
+    if (!playing || shown != shown_) {
+        shown_ = shown;
+        due_ = now + BREAK_PATIENCE;
+        return Verdict::Wait;
+    }
+    due_.reset();
+    const bool lived = !last_new_beginning_ ||
+                       now - *last_new_beginning_ > SHORTEST_LIFE_BETWEEN_BREAKS + BREAK_PATIENCE;
+    if (!looping || !lived)
+        return Verdict::End;
+    last_new_beginning_ = now;
+    return Verdict::BeginAnew;
+}
+
+} // namespace platform
