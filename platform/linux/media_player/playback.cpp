@@ -371,7 +371,7 @@ void Playback::finish_preparation()
         return;
     }
     // A stretch that ends in a round has to be one from the beginning; seeking later would show.
-    if (trick_->begin(1.0, 0, false, true) == TrickPlay::Next::AwaitFrame)
+    if (trick_->begin(1.0, 0, false, true, Clock::now()) == TrickPlay::Next::AwaitFrame)
         await_ready(prepared, LONGEST_SEEK, prepared);
     else
         prepared();

@@ -161,6 +161,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void do_pause();
     void do_stop();
     void play_from(GstClockTime position);
+    void begin_stretch(double rate, GstClockTime position);
     void take_speed();
     void on_speed(TrickPlay::Next next);
     void on_speed_taken();

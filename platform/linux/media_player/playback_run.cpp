@@ -20,7 +20,7 @@ void Playback::do_start()
 {
     if (phase_ == Phase::Paused) {
         phase_ = Phase::Playing;
-        trick_->set_running(true);
+        trick_->set_running(true, Clock::now());
         resume_pipeline();
         return;
     }
@@ -51,7 +51,7 @@ void Playback::do_pause()
     if (phase_ != Phase::Playing)
         return;
     phase_ = Phase::Paused;
-    trick_->set_running(false);
+    trick_->set_running(false, Clock::now());
     pipeline_->hold();
 }
 
@@ -78,7 +78,12 @@ void Playback::play_from(GstClockTime position)
 {
     needs_rewind_ = false;
     trick_->reset();
-    on_speed(trick_->begin(wanted_rate_, position, phase_ == Phase::Playing, looping_));
+    begin_stretch(wanted_rate_, position);
+}
+
+void Playback::begin_stretch(double rate, GstClockTime position)
+{
+    on_speed(trick_->begin(rate, position, phase_ == Phase::Playing, looping_, Clock::now()));
 }
 
 void Playback::resume_pipeline()
@@ -92,10 +97,10 @@ void Playback::take_speed()
 {
     if (wait_ || wanted_rate_ == trick_->rate())
         return;
-    const GstClockTime now = trick_->stepping() ? trick_->position() : pipeline_->position();
-    const GstClockTime position = GST_CLOCK_TIME_IS_VALID(now) ? now : 0;
+    const GstClockTime here = trick_->position(Clock::now());
+    const GstClockTime position = GST_CLOCK_TIME_IS_VALID(here) ? here : 0;
     PLATFORM_LOGI("player", "speed %.2f from %.1f s", wanted_rate_, seconds(position));
-    on_speed(trick_->begin(wanted_rate_, position, phase_ == Phase::Playing, looping_));
+    begin_stretch(wanted_rate_, position);
 }
 
 void Playback::on_speed(TrickPlay::Next next)
@@ -125,7 +130,7 @@ void Playback::on_speed_taken()
 {
     if (!running())
         return;
-    trick_->frame_ready();
+    trick_->frame_ready(phase_ == Phase::Playing, Clock::now());
     take_speed();
     if (!wait_)
         resume_pipeline();
@@ -133,7 +138,7 @@ void Playback::on_speed_taken()
 
 void Playback::step_back()
 {
-    on_speed(trick_->step());
+    on_speed(trick_->step(Clock::now()));
 }
 
 void Playback::announce_normal_speed()
@@ -147,7 +152,7 @@ void Playback::back_to_normal()
 {
     PLATFORM_LOGI("player", "backwards play came to the start; going on forward");
     announce_normal_speed();
-    on_speed(trick_->begin(1.0, 0, phase_ == Phase::Playing, looping_));
+    begin_stretch(1.0, 0);
 }
 
 void Playback::on_ended()
@@ -230,7 +235,7 @@ void Playback::begin_round()
     const bool seamless = trick_->next_round();
     rounds_.on_begun(seamless, Clock::now());
     if (!seamless)
-        on_speed(trick_->begin(trick_->rate(), 0, phase_ == Phase::Playing, true));
+        begin_stretch(trick_->rate(), 0);
 }
 
 void Playback::complete()

@@ -1,28 +1,20 @@
 #include "media_player/trick_play.h"
 
-#include <algorithm>
-
 namespace platform {
-namespace {
-
-// Steps that follow each other faster gain nothing for the eye and cost a lot of decoding.
-constexpr auto SHORTEST_STEP = std::chrono::milliseconds(80);
-
-} // namespace
 
 TrickPlay::TrickPlay(Pipeline &pipeline, const FrameOutput &output)
     : pipeline_(pipeline), output_(output)
 {
 }
 
-TrickPlay::Next TrickPlay::begin(double rate, GstClockTime position, bool running, bool in_rounds)
+TrickPlay::Next TrickPlay::begin(double rate, GstClockTime position, bool running, bool in_rounds,
+                                 Time now)
 {
     rate_ = rate;
-    stepping_ = false;
-    running_ = running;
+    steps_.reset();
     pipeline_.mute(rate != 1.0);
     if (rate < 0 && !pipeline_.plays_backwards()) {
-        start_stepping(position, running);
+        start_stepping(position, running, now);
         return Next::Nothing;
     }
     origin_ = position;
@@ -30,7 +22,7 @@ TrickPlay::Next TrickPlay::begin(double rate, GstClockTime position, bool runnin
         return Next::AwaitFrame;
     if (rate > 0)
         return Next::Refused;
-    start_stepping(position, running);
+    start_stepping(position, running, now);
     return Next::Nothing;
 }
 
@@ -49,74 +41,48 @@ bool TrickPlay::next_round()
     return in_rounds_ && pipeline_.next_round(rate_);
 }
 
-void TrickPlay::start_stepping(GstClockTime position, bool running)
+void TrickPlay::start_stepping(GstClockTime position, bool running, Time now)
 {
     pipeline_.hold();
-    stepping_ = true;
     in_rounds_ = false;
-    running_ = running;
-    origin_ = position;
-    origin_time_ = Clock::now();
-    last_step_ = origin_time_ - SHORTEST_STEP;
-    shown_ = GST_CLOCK_TIME_NONE;
+    steps_.emplace(std::chrono::nanoseconds(position), rate_, running, now);
 }
 
-void TrickPlay::frame_ready()
+void TrickPlay::frame_ready(bool running, Time now)
 {
-    if (stepping_) {
-        // A file that lands behind the place asked for must not be asked for it again and again.
-        shown_ = std::min(output_.position(), asked_);
-    } else if (rate_ < 0 && output_.direction() >= 0) {
-        start_stepping(origin_, running_);
-    }
+    const GstClockTime shown = output_.position();
+    if (steps_)
+        steps_->on_shown(GST_CLOCK_TIME_IS_VALID(shown) ? std::chrono::nanoseconds(shown)
+                                                        : std::chrono::nanoseconds::max());
+    else if (rate_ < 0 && output_.direction() >= 0)
+        start_stepping(origin_, running, now);
 }
 
-void TrickPlay::set_running(bool running)
+void TrickPlay::set_running(bool running, Time now)
 {
-    if (running == running_)
-        return;
-    origin_ = position();
-    origin_time_ = Clock::now();
-    running_ = running;
+    if (steps_)
+        steps_->set_running(running, now);
 }
 
-GstClockTime TrickPlay::position() const
+GstClockTime TrickPlay::position(Time now) const
 {
-    if (!running_)
-        return origin_;
-    const auto elapsed =
-        std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now() - origin_time_).count();
-    const double gone = static_cast<double>(elapsed) * -rate_;
-    return gone >= static_cast<double>(origin_) ? 0 : origin_ - static_cast<GstClockTime>(gone);
+    return steps_ ? static_cast<GstClockTime>(steps_->place(now).count()) : pipeline_.position();
 }
 
-std::optional<TrickPlay::Clock::time_point> TrickPlay::deadline() const
+std::optional<TrickPlay::Time> TrickPlay::deadline() const
 {
-    if (!stepping_ || !running_)
-        return {};
-    Clock::time_point next = last_step_ + SHORTEST_STEP;
-    if (GST_CLOCK_TIME_IS_VALID(shown_)) {
-        // The key frame on screen is the right one until its own place has been passed.
-        const GstClockTime ahead = origin_ > shown_ ? origin_ - shown_ : 0;
-        const auto wait = static_cast<int64_t>(static_cast<double>(ahead + GST_MSECOND) / -rate_);
-        next = std::max(next, origin_time_ + std::chrono::duration_cast<Clock::duration>(
-                                                 std::chrono::nanoseconds(wait)));
-    }
-    return next;
+    return steps_ ? steps_->due() : std::nullopt;
 }
 
-TrickPlay::Next TrickPlay::step()
+TrickPlay::Next TrickPlay::step(Time now)
 {
-    const auto due = deadline();
-    if (!due || Clock::now() < *due)
+    const auto place = steps_ ? steps_->step(now) : std::nullopt;
+    if (!place)
         return Next::Nothing;
-    const GstClockTime place = position();
-    if (place == 0)
+    if (place->count() == 0)
         return Next::AtStart;
-    last_step_ = Clock::now();
-    asked_ = place;
     Pipeline::Seek seek;
-    seek.position = place;
+    seek.position = static_cast<GstClockTime>(place->count());
     seek.key_frame = true;
     return pipeline_.seek(seek) ? Next::AwaitFrame : Next::Refused;
 }
@@ -124,7 +90,7 @@ TrickPlay::Next TrickPlay::step()
 void TrickPlay::reset()
 {
     rate_ = 1.0;
-    stepping_ = false;
+    steps_.reset();
 }
 
 } // namespace platform

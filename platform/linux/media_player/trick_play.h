@@ -7,21 +7,21 @@
 
 #include <optional>
 
+#include "media_player/backward_steps.h"
 #include "media_player/pipeline.h"
-#include "media_player/task_queue.h"
 
 namespace platform {
 
 class TrickPlay {
   public:
-    using Clock = TaskQueue::Clock;
+    using Time = BackwardSteps::Time;
 
     TrickPlay(Pipeline &pipeline, const FrameOutput &output);
 
     double rate() const { return rate_; }
 
     /** Whether the picture steps in a held pipeline instead of playing. */
-    bool stepping() const { return stepping_; }
+    bool stepping() const { return steps_.has_value(); }
 
     /** Whether the present stretch ends in a round that next_round() follows up without a seam. */
     bool in_rounds() const { return in_rounds_; }
@@ -40,47 +40,40 @@ class TrickPlay {
     /**
      * Takes up a speed.
      *
-     * @param position  where the file is now
+     * @param position  where the file is
      * @param running   whether it plays, or is held
      * @param in_rounds whether it is to be played over and over
      */
-    Next begin(double rate, GstClockTime position, bool running, bool in_rounds);
+    Next begin(double rate, GstClockTime position, bool running, bool in_rounds, Time now);
 
-    /** The frame that was waited for has been shown; steps instead, where smooth play failed. */
-    void frame_ready();
+    /** The frame that was waited for is there; steps instead, where smooth play failed. */
+    void frame_ready(bool running, Time now);
 
     /** Holds stepping, or goes on with it. */
-    void set_running(bool running);
+    void set_running(bool running, Time now);
 
     /** When to call step(); nothing when there are no steps to do. */
-    std::optional<Clock::time_point> deadline() const;
+    std::optional<Time> deadline() const;
 
     /** Goes one step back, if it is time. */
-    Next step();
+    Next step(Time now);
 
-    /** Media time while stepping. */
-    GstClockTime position() const;
+    /** Media time; GST_CLOCK_TIME_NONE when unknown. */
+    GstClockTime position(Time now) const;
 
     /** Forgets speed and steps; touches no pipeline. */
     void reset();
 
   private:
     bool seek_to(double rate, GstClockTime position, bool in_rounds);
-    void start_stepping(GstClockTime position, bool running);
+    void start_stepping(GstClockTime position, bool running, Time now);
 
     Pipeline &pipeline_;
     const FrameOutput &output_;
     double rate_ = 1.0;
-    bool stepping_ = false;
+    GstClockTime origin_ = 0; ///< where the last seek went
     bool in_rounds_ = false;
-    bool running_ = false;
-
-    // While stepping: the place and time from which the present place is reckoned.
-    GstClockTime origin_ = 0;
-    Clock::time_point origin_time_;
-    GstClockTime shown_ = GST_CLOCK_TIME_NONE; ///< the key frame on screen
-    GstClockTime asked_ = 0;                   ///< the place of the step under way
-    Clock::time_point last_step_;
+    std::optional<BackwardSteps> steps_;
 };
 
 } // namespace platform
