@@ -94,7 +94,7 @@ TEST_F(Playing, APausedFileHoldsItsPictureAndGoesOn)
 TEST_F(Playing, ALoopingFileGoesRoundWithoutCompleting)
 {
     Clip short_clip;
-    short_clip.frames = 20;
+    short_clip.frames = 12;
     for (const char *name :
          {"a.mp4", "a.mkv", "a.ts", "a.avi", "a.flv", "a.ogg", "a.asf", "a.mpeg"}) {
         SCOPED_TRACE(name);
@@ -107,9 +107,9 @@ TEST_F(Playing, ALoopingFileGoesRoundWithoutCompleting)
         int64_t last = 0;
         EXPECT_TRUE(wait_for([&] {
             const int64_t now = position();
-            rounds += now + 300 < last;
+            rounds += now + 200 < last;
             last = now;
-            return rounds == 3;
+            return rounds == 2;
         })) << "after "
             << rounds << " rounds, at " << last;
         EXPECT_EQ(count("completed"), 0);

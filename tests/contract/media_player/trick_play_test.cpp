@@ -14,12 +14,12 @@ namespace {
 
 class TrickPlay : public PlayerTest {
   protected:
-    /** Plays five seconds with a key frame in each half. */
-    testing::AssertionResult play(const std::string &name, int key_distance = 15)
+    /** Plays three seconds with a key frame in each half. */
+    testing::AssertionResult play(const std::string &name)
     {
         Clip facts;
-        facts.frames = 150;
-        facts.key_distance = key_distance;
+        facts.frames = 90;
+        facts.key_distance = 15;
         return playing(clip(name, facts));
     }
 
@@ -28,51 +28,37 @@ class TrickPlay : public PlayerTest {
     {
         return wait_for([=, this] { return position() >= milliseconds; });
     }
+
+    /** The same, in less time. */
+    bool hurry_to(int64_t milliseconds)
+    {
+        return player_->set_rate(4.0) == PLAYER_ERROR_NONE && reach(milliseconds);
+    }
 };
 
 class EveryContainer : public TrickPlay, public testing::WithParamInterface<const char *> {};
 
-TEST_P(EveryContainer, GoesForwardAtDoubleSpeed)
+TEST_P(EveryContainer, GoesForwardAndBackwardsAtDoubleSpeedAndOnAtNormalSpeed)
 {
     ASSERT_TRUE(play(std::string("a.") + GetParam()));
-    ASSERT_TRUE(reach(600));
+    ASSERT_TRUE(reach(100));
     ASSERT_EQ(player_->set_rate(2.0), PLAYER_ERROR_NONE);
-    ASSERT_TRUE(reach(1400));
+    ASSERT_TRUE(reach(500));
     const auto start = std::chrono::steady_clock::now();
     const int64_t from = position();
-
-    ASSERT_TRUE(reach(3400));
-
+    ASSERT_TRUE(reach(1700));
     const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
-    const double speed = static_cast<double>(position() - from) / took.count();
-    EXPECT_GT(speed, 1.6);
-    EXPECT_LT(speed, 2.5);
+    EXPECT_GT(static_cast<double>(position() - from) / took.count(), 1.5);
     EXPECT_EQ(player_->rate(), 2.0);
-    EXPECT_TRUE(wait_for_event("completed"));
-}
 
-TEST_P(EveryContainer, GoesBackwardsToTheStartAndThenForward)
-{
-    ASSERT_TRUE(play(std::string("a.") + GetParam()));
-    ASSERT_TRUE(reach(2800));
     ASSERT_EQ(player_->set_rate(-2.0), PLAYER_ERROR_NONE);
     EXPECT_EQ(player_->rate(), -2.0);
+    ASSERT_TRUE(wait_for([this] { return position() < 900; }));
 
-    // Backwards, picture after picture.
-    int64_t last = position();
-    int steps = 0;
-    EXPECT_TRUE(wait_for([&] {
-        const int64_t now = position();
-        steps += now < last;
-        last = now;
-        return player_->rate() == 1.0;
-    }));
-
-    EXPECT_GE(steps, 2);
-    EXPECT_LT(last, 700);
-    EXPECT_EQ(player_->state(), PLAYER_STATE_PLAYING);
-    EXPECT_THAT(events(), Not(Contains("completed")));
-    EXPECT_TRUE(reach(last + 800));
+    ASSERT_EQ(player_->set_rate(1.0), PLAYER_ERROR_NONE);
+    const int64_t turned = position();
+    EXPECT_TRUE(reach(turned + 300));
+    EXPECT_EQ(player_->rate(), 1.0);
     EXPECT_EQ(count("completed"), 0);
 }
 
@@ -81,38 +67,32 @@ INSTANTIATE_TEST_SUITE_P(Containers, EveryContainer,
                                          "mkv", "tp"),
                          [](const auto &container) { return container.param; });
 
-TEST_F(TrickPlay, BackwardsWithFarApartKeyFramesTakesTheTimeItShould)
+TEST_F(TrickPlay, GoesBackwardsToTheStartAndThenForward)
 {
-    ASSERT_TRUE(play("a.mp4", 60));
-    ASSERT_TRUE(reach(3000));
-    const auto start = std::chrono::steady_clock::now();
-    ASSERT_EQ(player_->set_rate(-2.0), PLAYER_ERROR_NONE);
+    // The one goes backwards by itself, the other steps.
+    for (const char *name : {"a.mp4", "a.ts"}) {
+        SCOPED_TRACE(name);
+        player_->unprepare();
+        ASSERT_TRUE(play(name));
+        ASSERT_TRUE(hurry_to(2000));
+        ASSERT_EQ(player_->set_rate(-2.0), PLAYER_ERROR_NONE);
 
-    ASSERT_TRUE(wait_for([this] { return player_->rate() == 1.0; }));
+        // Picture after picture.
+        int64_t last = position();
+        int steps = 0;
+        EXPECT_TRUE(wait_for([&] {
+            const int64_t here = position();
+            steps += here < last;
+            last = here;
+            return player_->rate() == 1.0;
+        }));
 
-    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-    EXPECT_GT(took.count(), 1.2);
-    EXPECT_LT(took.count(), 6);
-}
-
-TEST_F(TrickPlay, NormalSpeedComesBackFromEither)
-{
-    for (const double rate : {2.0, -2.0}) {
-        for (const char *name : {"a.mp4", "a.ts"}) {
-            SCOPED_TRACE(testing::Message() << rate << " " << name);
-            player_->unprepare();
-            ASSERT_TRUE(play(name));
-            ASSERT_TRUE(reach(1500));
-            player_->set_rate(rate);
-            ASSERT_TRUE(wait_for([&] { return rate > 0 ? position() > 2200 : position() < 1000; }));
-
-            ASSERT_EQ(player_->set_rate(1.0), PLAYER_ERROR_NONE);
-
-            const int64_t from = position();
-            EXPECT_TRUE(wait_for([&] { return position() > from + 300; }));
-            EXPECT_EQ(player_->rate(), 1.0);
-        }
+        EXPECT_GE(steps, 2);
+        EXPECT_LT(last, 700);
+        EXPECT_EQ(player_->state(), PLAYER_STATE_PLAYING);
+        EXPECT_TRUE(reach(last + 800));
     }
+    EXPECT_EQ(count("completed"), 0);
 }
 
 TEST_F(TrickPlay, TheSameSpeedAgainChangesNothing)
@@ -138,9 +118,9 @@ TEST_F(TrickPlay, PauseHoldsAndStartGoesOnInBothDirections)
         SCOPED_TRACE(name);
         player_->unprepare();
         ASSERT_TRUE(play(name));
-        ASSERT_TRUE(reach(2500));
+        ASSERT_TRUE(hurry_to(2000));
         player_->set_rate(-2.0);
-        ASSERT_TRUE(wait_for([this] { return position() < 2400; }));
+        ASSERT_TRUE(wait_for([this] { return position() < 1900; }));
         ASSERT_EQ(player_->pause(), PLAYER_ERROR_NONE);
         int64_t held = 0;
         // A frame that was on its way may still come.
@@ -172,7 +152,7 @@ TEST_F(TrickPlay, ASpeedSetWhilePausedHoldsFromTheStartOn)
 TEST_F(TrickPlay, ManyChangesInARowEndWithTheLast)
 {
     ASSERT_TRUE(play("a.mkv"));
-    ASSERT_TRUE(reach(1500));
+    ASSERT_TRUE(reach(500));
     for (int i = 0; i < 20; i++)
         ASSERT_EQ(player_->set_rate(i % 2 ? -2.0 : 2.0), PLAYER_ERROR_NONE);
     ASSERT_EQ(player_->set_rate(1.0), PLAYER_ERROR_NONE);
