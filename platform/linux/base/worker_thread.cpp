@@ -4,6 +4,8 @@
 #include <deque>
 #include <mutex>
 #include <system_error>
+#include <thread>
+#include <utility>
 
 #include <pthread.h>
 
@@ -21,10 +23,13 @@ constexpr std::chrono::milliseconds PATIENCE{200};
 struct WorkerThread::Core {
     std::mutex mutex;
     std::condition_variable changed;
-    std::deque<std::function<void()>> tasks;
+    std::deque<Task> tasks;
     std::atomic<bool> stopping{false};
-    bool ended = false;
+    bool started = false;
     std::atomic<std::thread::id> thread;
+    std::promise<void> end;
+    const std::shared_future<void> ended = end.get_future().share();
+    Duties duties; ///< the thread's own from its start on
 };
 
 WorkerThread::WorkerThread(const char *name) : name_(name), core_(std::make_shared<Core>()) {}
@@ -34,19 +39,34 @@ WorkerThread::~WorkerThread()
     stop();
 }
 
-bool WorkerThread::post(std::function<void()> task)
+bool WorkerThread::start(Duties duties)
+{
+    const std::lock_guard<std::mutex> lock(core_->mutex);
+    return !core_->started && start_locked(std::move(duties));
+}
+
+bool WorkerThread::start_locked(Duties duties)
 {
     if (core_->stopping)
         return false;
-    if (!thread_.joinable()) {
-        try {
-            thread_ = std::thread([core = core_] { run(core); });
-        } catch (const std::system_error &) {
-            return false;
-        }
-        pthread_setname_np(thread_.native_handle(), name_);
+    core_->duties = std::move(duties);
+    try {
+        std::thread thread([core = core_] { run(core); });
+        pthread_setname_np(thread.native_handle(), name_);
+        thread.detach();
+    } catch (const std::system_error &) {
+        core_->duties = {};
+        return false;
     }
+    core_->started = true;
+    return true;
+}
+
+bool WorkerThread::post(Task task)
+{
     const std::lock_guard<std::mutex> lock(core_->mutex);
+    if (core_->stopping || !(core_->started || start_locked({})))
+        return false;
     core_->tasks.push_back(std::move(task));
     core_->changed.notify_all();
     return true;
@@ -54,21 +74,38 @@ bool WorkerThread::post(std::function<void()> task)
 
 void WorkerThread::run(const std::shared_ptr<Core> &core)
 {
+    core->end.set_value_at_thread_exit();
     core->thread = std::this_thread::get_id();
+    const Duties &duties = core->duties;
     std::unique_lock<std::mutex> lock(core->mutex);
-    for (;;) {
-        core->changed.wait(lock, [&] { return core->stopping || !core->tasks.empty(); });
+    const auto something = [&] { return core->stopping || !core->tasks.empty(); };
+    while (!core->stopping) {
+        std::optional<Clock::time_point> deadline;
+        if (duties.next_deadline) {
+            lock.unlock();
+            deadline = duties.next_deadline();
+            lock.lock();
+        }
+        if (deadline)
+            core->changed.wait_until(lock, *deadline, something);
+        else
+            core->changed.wait(lock, something);
         if (core->stopping)
             break;
-        std::function<void()> task = std::move(core->tasks.front());
-        core->tasks.pop_front();
+        Task task = duties.on_deadline;
+        if (!core->tasks.empty()) {
+            task = std::move(core->tasks.front());
+            core->tasks.pop_front();
+        }
         lock.unlock();
         task();
         task = nullptr; // what it holds may end with it, and must not under the lock
         lock.lock();
     }
-    core->ended = true;
-    core->changed.notify_all();
+    lock.unlock();
+    if (duties.at_end)
+        duties.at_end();
+    core->duties = {};
 }
 
 bool WorkerThread::wait_until(Clock::time_point time) const
@@ -87,22 +124,39 @@ bool WorkerThread::is_calling() const
     return core_->thread.load() == std::this_thread::get_id();
 }
 
-void WorkerThread::stop()
+void WorkerThread::close()
 {
-    std::deque<std::function<void()>> dropped; // goes after the lock
-    std::unique_lock<std::mutex> lock(core_->mutex);
+    std::deque<Task> dropped; // goes after the lock
+    const std::lock_guard<std::mutex> lock(core_->mutex);
     core_->stopping = true;
     dropped.swap(core_->tasks);
     core_->changed.notify_all();
-    if (!thread_.joinable())
-        return;
-    const bool ended =
-        !is_calling() && core_->changed.wait_for(lock, PATIENCE, [this] { return core_->ended; });
-    lock.unlock();
-    if (ended)
-        thread_.join();
-    else
-        thread_.detach();
+}
+
+bool WorkerThread::wait_for_end(std::optional<std::chrono::milliseconds> patience) const
+{
+    {
+        const std::lock_guard<std::mutex> lock(core_->mutex);
+        if (!core_->started)
+            return true;
+    }
+    if (is_calling())
+        return false;
+    if (patience)
+        return core_->ended.wait_for(*patience) == std::future_status::ready;
+    core_->ended.wait();
+    return true;
+}
+
+void WorkerThread::stop()
+{
+    close();
+    wait_for_end(PATIENCE);
+}
+
+std::shared_future<void> WorkerThread::ended() const
+{
+    return core_->ended;
 }
 
 } // namespace platform

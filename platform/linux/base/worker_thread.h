@@ -1,20 +1,30 @@
 /**
  * A thread for work that may take long or, at a dying disk, for ever: runs tasks in order, started
- * with the first one. Everything is for any thread but where it says otherwise.
+ * with the first one. It outlives its WorkerThread where it has to. Everything is for any thread.
  */
 #pragma once
 
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <future>
 #include <memory>
-#include <thread>
+#include <optional>
 
 namespace platform {
 
 class WorkerThread {
   public:
     using Clock = std::chrono::steady_clock;
+    using Task = std::function<void()>;
+
+    /** What the thread does besides its tasks. */
+    struct Duties {
+        /** When on_deadline is to be called unless a task comes before, if ever. */
+        std::function<std::optional<Clock::time_point>()> next_deadline;
+        Task on_deadline;
+        Task at_end; ///< the last thing of all
+    };
 
     /** @param name of the thread, as debuggers show it; a literal of at most 15 characters */
     explicit WorkerThread(const char *name);
@@ -22,31 +32,52 @@ class WorkerThread {
     WorkerThread(const WorkerThread &) = delete;
     WorkerThread &operator=(const WorkerThread &) = delete;
 
-    /** Queues a task; owner's thread. @return false when there is no thread to be had. */
-    bool post(std::function<void()> task);
+    /**
+     * Starts the thread with duties; one without is started by its first task.
+     *
+     * @return false when there is no thread to be had, or it was started or closed before
+     */
+    bool start(Duties duties);
 
-    /** Sleeps in a task. @return false when the worker is to stop. */
+    /** Queues a task. @return false when there is no thread to be had, or it was closed */
+    bool post(Task task);
+
+    /** Sleeps in a task. @return false when the worker is to stop */
     bool wait_until(Clock::time_point time) const;
 
-    /** Set for good by stop(); for tasks to look at, also when they outlive the worker. */
+    /** Set for good by close(); for tasks to look at, also when they outlive the worker. */
     const std::atomic<bool> &stopping() const;
 
     /** Whether a task of this worker is the caller. */
     bool is_calling() const;
 
+    /** Drops the queued tasks and tells the running one to give up; returns at once. */
+    void close();
+
     /**
-     * Drops the queued tasks and has the running one give up. Waits for it a moment; a task that
-     * hangs in reading a dying disk, or that is the caller, ends on its own.
+     * Waits until the thread has ended, after a close(). A task never waits for its own.
+     *
+     * @param patience how long; nothing: as long as it takes
+     * @return false when it was not in time
+     */
+    bool wait_for_end(std::optional<std::chrono::milliseconds> patience) const;
+
+    /**
+     * close(), and a moment's wait: a task that hangs in reading a dying disk, or that is the
+     * caller, ends on its own.
      */
     void stop();
+
+    /** Done when the thread has ended; never when there was none. */
+    std::shared_future<void> ended() const;
 
   private:
     struct Core;
     static void run(const std::shared_ptr<Core> &core);
+    bool start_locked(Duties duties);
 
     const char *const name_;
     const std::shared_ptr<Core> core_;
-    std::thread thread_;
 };
 
 } // namespace platform

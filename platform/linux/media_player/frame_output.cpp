@@ -12,7 +12,7 @@ int64_t milliseconds(GstClockTime time)
 
 FrameOutput::FrameOutput(std::shared_ptr<DisplaySettings> display) : display_(std::move(display)) {}
 
-void FrameOutput::set_subtitle(std::unique_ptr<SubtitleTrack> subtitle,
+void FrameOutput::set_subtitle(std::shared_ptr<SubtitleTrack> subtitle,
                                std::function<void(const SubtitleTrack::Cue &)> on_cue)
 {
     const std::lock_guard<std::mutex> lock(mutex_);

@@ -22,7 +22,7 @@ class FrameOutput {
     explicit FrameOutput(std::shared_ptr<DisplaySettings> display);
 
     /** The file's subtitle, before it is visible. `on_cue` hears each text as it appears. */
-    void set_subtitle(std::unique_ptr<SubtitleTrack> subtitle,
+    void set_subtitle(std::shared_ptr<SubtitleTrack> subtitle,
                       std::function<void(const SubtitleTrack::Cue &)> on_cue);
 
     /** `on_end` hears when the last frame of a stretch has been shown. */
@@ -94,7 +94,7 @@ class FrameOutput {
     GstVideoInfo info_ = {};
     Orientation stored_;
     FramePainter painter_;
-    std::unique_ptr<SubtitleTrack> subtitle_;
+    std::shared_ptr<SubtitleTrack> subtitle_;
     std::function<void(const SubtitleTrack::Cue &)> on_cue_;
     const SubtitleTrack::Cue *reported_cue_ = nullptr;
 

@@ -6,7 +6,6 @@
 #include "log/platform_log.h"
 #include "media_player.h"
 #include "media_player/media_uri.h"
-#include "media_player/thread_start.h"
 
 namespace platform {
 namespace {
@@ -42,19 +41,24 @@ std::string name_of(const std::string &uri)
 std::shared_ptr<Playback> Playback::open(PlaybackRequest request, PlaybackEvents events)
 {
     auto playback = std::make_shared<Playback>(std::move(request), std::move(events));
+    Playback &self = *playback;
+    WorkerThread::Duties duties;
+    duties.next_deadline = [&self] { return self.next_deadline(); };
+    duties.on_deadline = [&self] { self.act_on_deadline(); };
     // The thread keeps its file alive, and may outlive everybody else who knows it.
-    std::thread thread = start_thread("a file", [playback] { playback->run(); });
-    if (!thread.joinable())
+    duties.at_end = [playback] { playback->dispose(); };
+    if (!self.thread_.start(std::move(duties))) {
+        PLATFORM_LOGW("player", "there is no thread for %s", self.name_.c_str());
         return nullptr;
-    thread.detach();
+    }
+    self.thread_.post([&self] { self.begin(); });
     return playback;
 }
 
 Playback::Playback(PlaybackRequest request, PlaybackEvents events)
     : request_(std::move(request)), events_(std::move(events)),
       output_(std::make_shared<FrameOutput>(request_.display)), name_(name_of(request_.uri)),
-      disposed_(disposal_.get_future()), looping_(request_.looping),
-      sound_(request_.options->sound_pause)
+      looping_(request_.looping), sound_(request_.options->sound_pause)
 {
 }
 
@@ -62,7 +66,7 @@ Playback::~Playback() = default;
 
 void Playback::release_results()
 {
-    tasks_.post([this] {
+    thread_.post([this] {
         if (!held_results_)
             return;
         const auto results = *std::exchange(held_results_, std::nullopt);
@@ -73,22 +77,22 @@ void Playback::release_results()
 
 void Playback::start()
 {
-    tasks_.post([this] { do_start(); });
+    thread_.post([this] { do_start(); });
 }
 
 void Playback::pause()
 {
-    tasks_.post([this] { do_pause(); });
+    thread_.post([this] { do_pause(); });
 }
 
 void Playback::stop()
 {
-    tasks_.post([this] { do_stop(); });
+    thread_.post([this] { do_stop(); });
 }
 
 void Playback::set_rate(double rate, uint64_t request)
 {
-    tasks_.post([this, rate, request] {
+    thread_.post([this, rate, request] {
         rate_request_ = request;
         wanted_rate_ = rate;
         if (running())
@@ -98,12 +102,12 @@ void Playback::set_rate(double rate, uint64_t request)
 
 void Playback::set_looping(bool looping)
 {
-    tasks_.post([this, looping] { looping_ = looping; });
+    thread_.post([this, looping] { looping_ = looping; });
 }
 
 void Playback::redraw()
 {
-    tasks_.post([this] {
+    thread_.post([this] {
         if (phase_ == Phase::Ended || phase_ == Phase::Paused)
             output_->redraw();
     });
@@ -111,37 +115,25 @@ void Playback::redraw()
 
 void Playback::close()
 {
-    closing_ = true;
-    tasks_.close();
+    thread_.close();
     output_->close();
 }
 
-void Playback::run()
+void Playback::begin()
 {
-    disposal_.set_value_at_thread_exit();
     begin_wait_for_first_frame();
-    opener_ = start_thread("the opening of a file", [this] { open_file(); });
-    if (!opener_.joinable())
+    if (!opener_.post([this] { open_file(); }))
         fail(PLAYER_ERROR_RESOURCE_LIMIT, "there is no thread to open it");
-    while (!tasks_.closed()) {
-        if (const TaskQueue::Task task = tasks_.take(next_deadline()))
-            task();
-        else if (!tasks_.closed())
-            act_on_deadline();
-    }
-    dispose();
 }
 
 void Playback::dispose()
 {
-    if (subtitle_loader_)
-        subtitle_loader_->stop();
-    if (opener_.joinable())
-        opener_.join();
+    subtitle_reader_.close();
+    opener_.close();
+    opener_.wait_for_end({});
     trick_.reset();
     pipeline_.reset();
-    if (subtitle_loader_)
-        subtitle_loader_->wait_for_end(LONGEST_WAIT_FOR_SUBTITLE_END);
+    subtitle_reader_.wait_for_end(LONGEST_WAIT_FOR_SUBTITLE_END);
     events_ = {};
 }
 
@@ -206,7 +198,7 @@ void Playback::await_first_frame()
 void Playback::open_file()
 {
     const int code = try_open();
-    tasks_.post([this, code] {
+    thread_.post([this, code] {
         // Where the pipeline told a reason, that has been dealt with by now.
         if (code != PLAYER_ERROR_NONE && preparing() && !sound_.silent())
             fail(code, "it cannot be opened");
@@ -219,7 +211,7 @@ int Playback::try_open()
 {
     if (!request_.options->set_up())
         return PLAYER_ERROR_INVALID_OPERATION;
-    tasks_.post([this] {
+    thread_.post([this] {
         if (phase_ != Phase::SettingUp)
             return;
         phase_ = Phase::Opening;
@@ -231,9 +223,9 @@ int Playback::try_open()
         if (const int code = check_media_file(path))
             return code;
     }
-    output_->set_end_listener([this] { tasks_.post([this] { on_round_shown(); }); });
-    tasks_.post([this] { start_subtitle(); });
-    if (closing_)
+    output_->set_end_listener([this] { thread_.post([this] { on_round_shown(); }); });
+    thread_.post([this] { start_subtitle(); });
+    if (thread_.stopping())
         return PLAYER_ERROR_NONE;
     make_pipeline();
     return pipeline_->open() ? PLAYER_ERROR_NONE : PLAYER_ERROR_INVALID_OPERATION;
@@ -266,8 +258,8 @@ void Playback::make_pipeline()
 
 bool Playback::open_again()
 {
-    if (opener_.joinable())
-        opener_.join();
+    opener_.close();
+    opener_.wait_for_end({});
     break_.on_new_pipeline();
     make_pipeline();
     return pipeline_->open();
@@ -276,8 +268,8 @@ bool Playback::open_again()
 PipelineEvents Playback::pipeline_events()
 {
     // What a pipeline told before it was replaced is of no interest any more.
-    const auto post = [this, generation = generation_](TaskQueue::Task task) {
-        tasks_.post([this, generation, task = std::move(task)] {
+    const auto post = [this, generation = generation_](WorkerThread::Task task) {
+        thread_.post([this, generation, task = std::move(task)] {
             if (generation == generation_)
                 task();
         });

@@ -13,9 +13,9 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "base/worker_thread.h"
 #include "media_player/display_settings.h"
 #include "media_player/frame_output.h"
 #include "media_player/pipeline.h"
@@ -23,7 +23,6 @@
 #include "media_player/progress_watch.h"
 #include "media_player/rounds.h"
 #include "media_player/sound_recovery.h"
-#include "media_player/task_queue.h"
 #include "media_player/trick_play.h"
 
 namespace platform {
@@ -75,7 +74,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void close();
 
     /** Done when the file has been let go of. */
-    std::shared_future<void> disposed() const { return disposed_; }
+    std::shared_future<void> disposed() const { return thread_.ended(); }
 
     /** Facts for a status report; any thread. */
     GstClockTime position() const { return output_->position(); }
@@ -88,7 +87,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     ~Playback();
 
   private:
-    using Clock = TaskQueue::Clock;
+    using Clock = WorkerThread::Clock;
 
     /**
      * A picture that was sought is given up after this, and the play goes on with what there is.
@@ -126,7 +125,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     };
 
     // The thread.
-    void run();
+    void begin();
     void dispose();
     std::array<Deadline, 6> deadlines() const;
     std::optional<Clock::time_point> next_deadline() const;
@@ -152,7 +151,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     // Its subtitle.
     void start_subtitle();
     void await_subtitle();
-    void on_subtitle_read();
+    void on_subtitle_read(const std::shared_ptr<SubtitleTrack> &track, const std::string &error);
     void give_up_subtitle();
     void warn_about_subtitle(const std::string &why) const;
 
@@ -199,13 +198,11 @@ class Playback : public std::enable_shared_from_this<Playback> {
     PlaybackEvents events_;
     const std::shared_ptr<FrameOutput> output_;
     const std::string name_; ///< for log lines
-    TaskQueue tasks_;
-    std::promise<void> disposal_;
-    const std::shared_future<void> disposed_;
-    std::thread opener_;
+    WorkerThread thread_{"file"};
+    WorkerThread opener_{"file-opener"};
+    WorkerThread subtitle_reader_{"subtitle"};
     std::atomic<GstClockTime> duration_{GST_CLOCK_TIME_NONE};
     std::atomic<bool> has_subtitle_{false};
-    std::atomic<bool> closing_{false};
     std::atomic<bool> count_drops_{true};
 
     // Made by the opener, then used by the thread alone.
@@ -226,7 +223,6 @@ class Playback : public std::enable_shared_from_this<Playback> {
     double wanted_rate_ = 1.0;
     uint64_t rate_request_ = 0;
 
-    std::shared_ptr<SubtitleLoader> subtitle_loader_;
     bool subtitle_pending_ = false; ///< it is being read
     std::optional<Clock::time_point> subtitle_limit_;
 

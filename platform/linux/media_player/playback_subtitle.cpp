@@ -5,17 +5,24 @@
 
 namespace platform {
 
-// Read beside the opening of the video, which is mostly the longer of the two.
+// Read beside the opening of the video, which is mostly the longer of the two, and on a thread of
+// its own: a subtitle that is slow to read, or made to be slow, must hold up neither the video nor
+// its closing.
 void Playback::start_subtitle()
 {
     if (request_.subtitle.empty())
         return;
-    subtitle_loader_ = SubtitleLoader::start(
-        request_.subtitle, request_.options->load_subtitle, [weak = weak_from_this()] {
-            if (const std::shared_ptr<Playback> playback = weak.lock())
-                playback->tasks_.post([self = playback.get()] { self->on_subtitle_read(); });
-        });
-    subtitle_pending_ = subtitle_loader_ != nullptr;
+    const auto read = [weak = weak_from_this(), path = request_.subtitle,
+                       load = request_.options->load_subtitle,
+                       &stopping = subtitle_reader_.stopping()] {
+        std::string error;
+        const std::shared_ptr<SubtitleTrack> track =
+            load(path, error, [&stopping] { return stopping.load(); });
+        if (const std::shared_ptr<Playback> playback = weak.lock())
+            playback->thread_.post(
+                [self = playback.get(), track, error] { self->on_subtitle_read(track, error); });
+    };
+    subtitle_pending_ = subtitle_reader_.post(read);
     if (!subtitle_pending_)
         warn_about_subtitle("there is no thread to read it");
 }
@@ -31,15 +38,15 @@ void Playback::await_subtitle()
     tell_result([this] { finish_preparation(); });
 }
 
-void Playback::on_subtitle_read()
+void Playback::on_subtitle_read(const std::shared_ptr<SubtitleTrack> &track,
+                                const std::string &error)
 {
     if (!std::exchange(subtitle_pending_, false))
         return;
-    std::string error;
-    if (std::unique_ptr<SubtitleTrack> track = subtitle_loader_->take(error)) {
+    if (track) {
         has_subtitle_ = true;
-        output_->set_subtitle(std::move(track), [this](const SubtitleTrack::Cue &cue) {
-            tasks_.post([this, cue] { events_.subtitle(*this, cue); });
+        output_->set_subtitle(track, [this](const SubtitleTrack::Cue &cue) {
+            thread_.post([this, cue] { events_.subtitle(*this, cue); });
         });
     } else {
         warn_about_subtitle(error);
@@ -51,7 +58,7 @@ void Playback::on_subtitle_read()
 void Playback::give_up_subtitle()
 {
     subtitle_pending_ = false;
-    subtitle_loader_->stop();
+    subtitle_reader_.close();
     warn_about_subtitle("it was not read in time");
     await_subtitle();
 }

@@ -3,13 +3,19 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
+#include <string>
 
 #include "media_player/audio_sink.h"
 #include "media_player/media_system.h"
 #include "media_player/pipeline.h"
-#include "media_player/subtitle_loader.h"
+#include "subtitles/subtitle_track.h"
 
 namespace platform {
+
+/** SubtitleTrack::load(), or what a test has in its place. */
+using SubtitleLoad = std::function<std::unique_ptr<SubtitleTrack>(
+    const std::string &path, std::string &error, const StopRequest &stop)>;
 
 struct PlayerOptions {
     Pipeline::AudioSinkMaker make_audio_sink = platform::make_audio_sink;
@@ -20,7 +26,7 @@ struct PlayerOptions {
     /** Waits for the media system; false: there is none. */
     std::function<bool()> set_up = wait_for_media_system;
     std::chrono::milliseconds patience{15000}; ///< longest wait for a first frame
-    SubtitleLoader::Load load_subtitle = SubtitleTrack::load;
+    SubtitleLoad load_subtitle = SubtitleTrack::load;
     /** How long a video whose first frame is there may wait for its subtitle. */
     std::chrono::milliseconds subtitle_patience{3000};
 };

@@ -202,6 +202,34 @@ TEST_F(States, TheNextFileCanBePreparedInsideACallback)
     on_event_ = nullptr;
 }
 
+TEST_F(States, TheNextFilesCallbackWaitsForThePresentOne)
+{
+    Clip facts;
+    facts.frames = 10;
+    const std::string file = clip("a.mp4", facts);
+    std::atomic<bool> calling{false};
+    std::atomic<bool> together{false};
+    on_event_ = [&](const std::string &event) {
+        together = together || calling;
+        if (event != "completed" || count("completed") > 1)
+            return;
+        calling = true;
+        player_->unprepare();
+        prepare(file);
+        // Time enough for the next file to be ready, and to be told so.
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
+        while (!together && std::chrono::steady_clock::now() < limit)
+            std::this_thread::yield();
+        calling = false;
+    };
+    ASSERT_TRUE(playing(file));
+
+    EXPECT_TRUE(wait_for([this] { return count("prepared") == 2; }));
+
+    EXPECT_FALSE(together);
+    on_event_ = nullptr;
+}
+
 // The C interface: what a null or an impossible argument is answered with.
 
 TEST_F(States, TheInterfaceRefusesNullAndImpossibleArguments)

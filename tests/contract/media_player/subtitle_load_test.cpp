@@ -17,7 +17,7 @@ using platform::SubtitleTrack;
 /** Stands for a subtitle on a slow disk: read when the test says so, or never. */
 class SlowSubtitle {
   public:
-    platform::SubtitleLoader::Load loader()
+    platform::SubtitleLoad loader()
     {
         return [this](const std::string &path, std::string &error,
                       const platform::StopRequest &stop) -> std::unique_ptr<SubtitleTrack> {

@@ -1,0 +1,140 @@
+// A thread for slow work: order, deadlines, and an end that waits for nobody too long.
+
+#include <gmock/gmock.h>
+
+#include "base/worker_thread.h"
+
+using platform::WorkerThread;
+using namespace std::chrono_literals;
+
+namespace {
+
+TEST(WorkerThread, RunsTasksInTheirOrder)
+{
+    WorkerThread worker("test");
+    std::vector<int> ran;
+    std::promise<void> done;
+
+    for (int i = 0; i < 100; i++)
+        EXPECT_TRUE(worker.post([&ran, i] { ran.push_back(i); }));
+    worker.post([&done] { done.set_value(); });
+    done.get_future().wait();
+
+    std::vector<int> expected(100);
+    for (int i = 0; i < 100; i++)
+        expected[static_cast<size_t>(i)] = i;
+    EXPECT_EQ(ran, expected);
+}
+
+TEST(WorkerThread, TakesNothingAfterItWasClosed)
+{
+    WorkerThread worker("test");
+    worker.close();
+
+    EXPECT_FALSE(worker.post([] { FAIL(); }));
+    EXPECT_FALSE(worker.start({}));
+    EXPECT_TRUE(worker.wait_for_end({})) << "there is no thread to wait for";
+}
+
+TEST(WorkerThread, ClosingDropsWhatWaitsAndTellsTheTaskThatRuns)
+{
+    WorkerThread worker("test");
+    std::promise<void> begun;
+    bool slept_to_the_end = true;
+    worker.post([&] {
+        begun.set_value();
+        slept_to_the_end = worker.wait_until(WorkerThread::Clock::now() + 1h);
+    });
+    worker.post([] { FAIL() << "it was dropped"; });
+    begun.get_future().wait();
+
+    worker.close();
+
+    EXPECT_TRUE(worker.wait_for_end({}));
+    EXPECT_FALSE(slept_to_the_end);
+    EXPECT_TRUE(worker.stopping());
+}
+
+TEST(WorkerThread, ATaskThatHangsIsLeftToItself)
+{
+    std::promise<void> release;
+    std::promise<void> begun;
+    std::shared_future<void> ended;
+    {
+        WorkerThread worker("test");
+        ended = worker.ended();
+        worker.post([&begun, wait = release.get_future().share()] {
+            begun.set_value();
+            wait.wait();
+        });
+        begun.get_future().wait();
+    }
+    EXPECT_EQ(ended.wait_for(0s), std::future_status::timeout);
+
+    release.set_value();
+    ended.wait();
+}
+
+TEST(WorkerThread, MayBeEndedByItsOwnTask)
+{
+    auto worker = std::make_unique<WorkerThread>("test");
+    const std::shared_future<void> ended = worker->ended();
+    std::promise<bool> was_calling;
+    EXPECT_FALSE(worker->is_calling());
+
+    WorkerThread &self = *worker;
+    self.post(
+        [&was_calling, owned = std::make_shared<std::unique_ptr<WorkerThread>>(std::move(worker))] {
+            was_calling.set_value((*owned)->is_calling());
+            owned->reset();
+        });
+
+    ended.wait();
+    EXPECT_TRUE(was_calling.get_future().get());
+}
+
+TEST(WorkerThread, CallsWhenADeadlineHasPassedAndAtItsEnd)
+{
+    WorkerThread worker("test");
+    std::promise<int> enough;
+    std::promise<void> at_end;
+    int calls = 0;
+    WorkerThread::Duties duties;
+    duties.next_deadline = [&]() -> std::optional<WorkerThread::Clock::time_point> {
+        if (calls == 3)
+            return {};
+        return WorkerThread::Clock::now();
+    };
+    duties.on_deadline = [&] {
+        if (++calls == 3)
+            enough.set_value(calls);
+    };
+    duties.at_end = [&] { at_end.set_value(); };
+
+    ASSERT_TRUE(worker.start(duties));
+    EXPECT_FALSE(worker.start(duties)) << "it runs already";
+
+    EXPECT_EQ(enough.get_future().get(), 3);
+    worker.stop();
+    at_end.get_future().wait();
+    EXPECT_EQ(calls, 3);
+}
+
+TEST(WorkerThread, KeepsAliveWhatItsDutiesHold)
+{
+    auto held = std::make_shared<int>(1);
+    const std::weak_ptr<int> alive = held;
+    WorkerThread worker("test");
+    WorkerThread::Duties duties;
+    duties.at_end = [held] {};
+    held.reset();
+    worker.start(std::move(duties));
+    EXPECT_FALSE(alive.expired());
+
+    worker.close();
+    worker.wait_for_end({});
+
+    EXPECT_TRUE(alive.expired());
+}
+
+} // namespace
