@@ -14,11 +14,11 @@ namespace {
 
 class TrickPlay : public PlayerTest {
   protected:
-    /** Plays three seconds with a key frame in each half. */
+    /** Plays four seconds with a key frame in each half. */
     testing::AssertionResult play(const std::string &name)
     {
         Clip facts;
-        facts.frames = 90;
+        facts.frames = 120;
         facts.key_distance = 15;
         return playing(clip(name, facts));
     }
@@ -74,7 +74,7 @@ TEST_F(TrickPlay, GoesBackwardsToTheStartAndThenForward)
         SCOPED_TRACE(name);
         player_->unprepare();
         ASSERT_TRUE(play(name));
-        ASSERT_TRUE(hurry_to(2000));
+        ASSERT_TRUE(hurry_to(2800));
         ASSERT_EQ(player_->set_rate(-2.0), PLAYER_ERROR_NONE);
 
         // Picture after picture.
