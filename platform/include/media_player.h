@@ -170,7 +170,11 @@ int player_pause(player_h player);
 /** Reads the state. @param state receives it; untouched on failure. */
 int player_get_state(player_h player, player_state_e *state);
 
-/** Plays over and over without a seam, and never completes; any state. */
+/**
+ * Plays over and over without a seam, and does not complete; any state. A file that breaks in the
+ * middle is begun anew each time. One that breaks within its first second, or cannot be opened
+ * again, completes.
+ */
 int player_set_looping(player_h player, bool looping);
 
 /**

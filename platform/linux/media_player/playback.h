@@ -218,6 +218,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     std::optional<std::vector<std::function<void()>>> held_results_{std::in_place};
     std::map<Track, std::string> missing_decoders_; ///< in words
     bool sound_unsupported_ = false;
+    bool damage_told_ = false; ///< a file that plays over and over would tell it each time
     bool looping_;
     bool needs_rewind_ = false;
     double wanted_rate_ = 1.0;

@@ -230,8 +230,11 @@ void Playback::follow(Rounds::Step step)
     }
 }
 
+// What becomes of a broken file is decided when all that was read of it has been shown.
 void Playback::begin_round()
 {
+    if (break_.broken())
+        return;
     const bool seamless = trick_->next_round();
     rounds_.on_begun(seamless, Clock::now());
     if (!seamless)

@@ -144,13 +144,19 @@ void Playback::on_broken(const std::string &why)
 {
     if (!break_.on_broken(output_->shown(), Clock::now()))
         return;
-    PLATFORM_LOGW("player", "%s is broken and ends here: %s", name_.c_str(), why.c_str());
+    if (!std::exchange(damage_told_, true))
+        PLATFORM_LOGW("player", "%s is broken and ends here: %s", name_.c_str(), why.c_str());
     wait_.reset();
 }
 
 void Playback::look_at_broken()
 {
-    switch (break_.look(output_->shown(), phase_ == Phase::Playing, looping_, Clock::now())) {
+    BreakWatch::Sight sight;
+    sight.shown = output_->shown();
+    sight.playing = phase_ == Phase::Playing;
+    sight.looping = looping_;
+    sight.position = known(output_->position());
+    switch (break_.look(sight, Clock::now())) {
     case BreakWatch::Verdict::Wait:
         break;
     case BreakWatch::Verdict::BeginAnew:
@@ -164,6 +170,7 @@ void Playback::look_at_broken()
 
 void Playback::begin_anew()
 {
+    break_.on_begun_anew(output_->shown());
     output_->set_visible(false);
     if (!open_again()) {
         complete();

@@ -20,8 +20,8 @@ constexpr auto BREAK_PATIENCE = std::chrono::milliseconds(700);
 // The same for a file that broke before it was started, whose first frame is still to come.
 constexpr auto BREAK_START_PATIENCE = std::chrono::milliseconds(1000);
 
-// A looping file that breaks anew at once is given up.
-constexpr auto SHORTEST_LIFE_BETWEEN_BREAKS = std::chrono::milliseconds(1000);
+// A looping file that breaks sooner in its film is not begun anew: there is too little of it.
+constexpr auto SHORTEST_LIFE = std::chrono::milliseconds(1000);
 
 } // namespace
 
@@ -70,20 +70,18 @@ void BreakWatch::on_start(Time now)
         due_ = now + BREAK_START_PATIENCE;
 }
 
-BreakWatch::Verdict BreakWatch::look(uint64_t shown, bool playing, bool looping, Time now)
+BreakWatch::Verdict BreakWatch::look(const Sight &sight, Time now)
 {
-    if (!playing || shown != shown_) {
-        shown_ = shown;
+    if (!sight.playing || sight.shown != shown_) {
+        shown_ = sight.shown;
         due_ = now + BREAK_PATIENCE;
         return Verdict::Wait;
     }
     due_.reset();
-    const bool lived = !last_new_beginning_ ||
-                       now - *last_new_beginning_ > SHORTEST_LIFE_BETWEEN_BREAKS + BREAK_PATIENCE;
-    if (!looping || !lived)
-        return Verdict::End;
-    last_new_beginning_ = now;
-    return Verdict::BeginAnew;
+    // The position is that of the run before where this one has shown nothing.
+    const bool lived =
+        sight.shown > shown_before_ && sight.position && *sight.position >= SHORTEST_LIFE;
+    return sight.looping && lived ? Verdict::BeginAnew : Verdict::End;
 }
 
 } // namespace platform

@@ -44,10 +44,21 @@ class StallWatch {
     uint64_t shown_ = 0; ///< at the last progress
 };
 
-/** A file that broke: when what it had decoded has been shown, and whether to begin it anew. */
+/**
+ * A file that broke: when what it had decoded has been shown, and whether to begin it anew. A file
+ * that plays over and over is begun anew each time, unless too little of it can be shown.
+ */
 class BreakWatch {
   public:
     using Time = std::chrono::steady_clock::time_point;
+
+    /** What can be seen of a file's play. */
+    struct Sight {
+        uint64_t shown = 0;   ///< frames so far
+        bool playing = false; ///< frames are to be expected
+        bool looping = false;
+        std::optional<std::chrono::nanoseconds> position; ///< of the newest frame
+    };
 
     /** Whether the pipeline has seen an error. */
     bool broken() const { return broken_; }
@@ -61,25 +72,22 @@ class BreakWatch {
     /** A file that broke before it was started still owes its first frame. */
     void on_start(Time now);
 
+    /** The file is begun anew. @param shown frames so far */
+    void on_begun_anew(uint64_t shown) { shown_before_ = shown; }
+
     /** The file has come to its end. */
     void stop() { due_.reset(); }
 
     std::optional<Time> due() const { return due_; }
 
     enum class Verdict { Wait, BeginAnew, End };
-
-    /**
-     * @param shown   frames so far
-     * @param playing whether frames are to be expected
-     * @param looping whether the file plays over and over, and so may begin anew
-     */
-    Verdict look(uint64_t shown, bool playing, bool looping, Time now);
+    Verdict look(const Sight &sight, Time now);
 
   private:
     bool broken_ = false;
     std::optional<Time> due_;
-    uint64_t shown_ = 0; ///< at the last look
-    std::optional<Time> last_new_beginning_;
+    uint64_t shown_ = 0;        ///< at the last look
+    uint64_t shown_before_ = 0; ///< when it was begun
 };
 
 } // namespace platform

@@ -30,6 +30,36 @@ class BadFile : public PlayerTest {
             return "nothing";
         return events()[before];
     }
+
+    /** A clip whose reader stumbles over a frame. @return its path */
+    std::string breaks_at(int frame)
+    {
+        Clip facts;
+        facts.frames = frame + 30;
+        facts.sound = false;
+        // Large enough for the reader to be still far from that frame when the first one is there.
+        facts.encoder_options = "bitrate=40000 pass=cbr option-string=nal-hrd=cbr";
+        std::string contents = read_file(clip("breaks.mp4", facts));
+        const size_t sizes = contents.find("stsz") + 16;
+        contents.replace(sizes + 4 * static_cast<size_t>(frame), 4, "\x7f\xff\xff\xff");
+        write_file(path("breaks.mp4"), contents);
+        return path("breaks.mp4");
+    }
+
+    /** Plays a file over and over. */
+    testing::AssertionResult looping(const std::string &file)
+    {
+        platform::PlayerOptions options = usual_options();
+        options.make_audio_sink = [this, make = options.make_audio_sink] {
+            openings_++;
+            return make();
+        };
+        make_player(options);
+        player_->set_looping(true);
+        return playing(file);
+    }
+
+    std::atomic<int> openings_{0}; ///< how often a looping file was opened
 };
 
 TEST_F(BadFile, AMissingFileIsAnError)
@@ -137,6 +167,44 @@ TEST_F(BadFile, ABrokenFileThatLoopsGoesRound)
         EXPECT_TRUE(wait_for([this] { return position() < 500; }));
     }
     EXPECT_THAT(events(), ElementsAre("prepared"));
+}
+
+TEST_F(BadFile, ALoopThatBreaksIsBegunAnewEachTime)
+{
+    testing::internal::CaptureStderr();
+    ASSERT_TRUE(looping(breaks_at(40)));
+
+    EXPECT_TRUE(wait_for([this] { return openings_ == 3 && position() < 1000; }));
+
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(log, HasSubstr("breaks.mp4 is broken"));
+    EXPECT_EQ(log.find("is broken"), log.rfind("is broken")) << "said once: " << log;
+}
+
+TEST_F(BadFile, ALoopThatBreaksInItsFirstSecondCompletes)
+{
+    ASSERT_TRUE(looping(breaks_at(20)));
+
+    EXPECT_TRUE(wait_for_event("completed"));
+
+    EXPECT_THAT(events(), ElementsAre("prepared", "completed"));
+    EXPECT_EQ(player_->state(), PLAYER_STATE_READY);
+    EXPECT_EQ(openings_, 1);
+}
+
+TEST_F(BadFile, ALoopThatBreaksAndCannotBeOpenedAgainCompletes)
+{
+    write_file(path("noise"), std::string(100000, '\x55'));
+    const std::string file = breaks_at(40);
+    ASSERT_TRUE(looping(file));
+    // The one that plays is read on as long as it is open.
+    ASSERT_EQ(rename(path("noise").c_str(), file.c_str()), 0);
+
+    EXPECT_TRUE(wait_for_event("completed"));
+
+    EXPECT_THAT(events(), ElementsAre("prepared", "completed"));
+    EXPECT_EQ(openings_, 2);
 }
 
 TEST_F(BadFile, ABrokenFileCanBeStartedAgain)

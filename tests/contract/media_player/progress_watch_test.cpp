@@ -116,14 +116,28 @@ TEST_F(StallWatchTest, WhereNoLengthTellsTheEndThirtySecondsAreGiven)
 
 class BreakWatchTest : public testing::Test {
   protected:
-    Verdict look_after(std::chrono::milliseconds time, bool looping = false)
+    void SetUp() override
+    {
+        sight_.shown = 10;
+        sight_.playing = true;
+        sight_.position = 1000ms;
+    }
+
+    Verdict look_after(std::chrono::milliseconds time)
     {
         now_ += time;
-        return watch_.look(shown_, true, looping, now_);
+        return watch_.look(sight_, now_);
+    }
+
+    /** The file breaks and has shown what it had. */
+    Verdict breaks()
+    {
+        watch_.on_broken(sight_.shown, now_);
+        return look_after(700ms);
     }
 
     BreakWatch watch_;
-    uint64_t shown_ = 10;
+    BreakWatch::Sight sight_;
     BreakWatch::Time now_ = BreakWatch::Time(1h);
 };
 
@@ -137,9 +151,9 @@ TEST_F(BreakWatchTest, ASoundFileIsNotLookedAt)
 
 TEST_F(BreakWatchTest, WhatWasDecodedIsShownToItsEnd)
 {
-    EXPECT_TRUE(watch_.on_broken(shown_, now_));
+    EXPECT_TRUE(watch_.on_broken(sight_.shown, now_));
     EXPECT_EQ(watch_.due(), now_ + 700ms);
-    shown_ += 5;
+    sight_.shown += 5;
     EXPECT_EQ(look_after(700ms), Verdict::Wait);
     EXPECT_EQ(watch_.due(), now_ + 700ms);
 
@@ -151,50 +165,67 @@ TEST_F(BreakWatchTest, WhatWasDecodedIsShownToItsEnd)
 
 TEST_F(BreakWatchTest, ASecondErrorMeanwhileIsNoNews)
 {
-    watch_.on_broken(shown_, now_);
+    watch_.on_broken(sight_.shown, now_);
     now_ += 500ms;
 
-    EXPECT_FALSE(watch_.on_broken(shown_, now_));
+    EXPECT_FALSE(watch_.on_broken(sight_.shown, now_));
 
     EXPECT_EQ(watch_.due(), now_ + 200ms);
 }
 
 TEST_F(BreakWatchTest, AFileThatIsNotPlayingIsWaitedFor)
 {
-    watch_.on_broken(shown_, now_);
-    now_ += 1min;
+    watch_.on_broken(sight_.shown, now_);
+    sight_.playing = false;
 
-    EXPECT_EQ(watch_.look(shown_, false, true, now_), Verdict::Wait);
+    EXPECT_EQ(look_after(1min), Verdict::Wait);
 }
 
 TEST_F(BreakWatchTest, AFileThatBrokeBeforeItsStartHasASecondForItsFirstFrame)
 {
-    watch_.on_broken(shown_, now_);
+    watch_.on_broken(sight_.shown, now_);
 
     watch_.on_start(now_);
 
     EXPECT_EQ(watch_.due(), now_ + 1000ms);
 }
 
-TEST_F(BreakWatchTest, ALoopingFileBeginsAnewUnlessItBreaksAtOnceAgain)
+TEST_F(BreakWatchTest, ALoopingFileIsBegunAnewEachTime)
 {
-    watch_.on_broken(shown_, now_);
-    ASSERT_EQ(look_after(700ms, true), Verdict::BeginAnew);
+    sight_.looping = true;
+    for (int round = 0; round < 3; round++) {
+        SCOPED_TRACE(round);
+        EXPECT_EQ(breaks(), Verdict::BeginAnew);
+        watch_.on_begun_anew(sight_.shown);
+        watch_.on_new_pipeline();
+        EXPECT_FALSE(watch_.broken());
+        sight_.shown += 30;
+    }
+}
+
+TEST_F(BreakWatchTest, ALoopingFileWithLessThanASecondToShowEnds)
+{
+    sight_.looping = true;
+    sight_.position = 999ms;
+    EXPECT_EQ(breaks(), Verdict::End);
+
+    sight_.position.reset();
+    EXPECT_EQ(breaks(), Verdict::End);
+}
+
+TEST_F(BreakWatchTest, ALoopingFileThatShowsNothingWhenBegunAnewEnds)
+{
+    sight_.looping = true;
+    ASSERT_EQ(breaks(), Verdict::BeginAnew);
+    watch_.on_begun_anew(sight_.shown);
     watch_.on_new_pipeline();
-    EXPECT_FALSE(watch_.broken());
 
-    now_ += 1s;
-    watch_.on_broken(shown_, now_);
-    EXPECT_EQ(look_after(701ms, true), Verdict::BeginAnew);
-
-    now_ += 1s;
-    watch_.on_broken(shown_, now_);
-    EXPECT_EQ(look_after(700ms, true), Verdict::End);
+    EXPECT_EQ(breaks(), Verdict::End);
 }
 
 TEST_F(BreakWatchTest, ANewPipelineIsNotJudgedByTheOldOnesBreak)
 {
-    watch_.on_broken(shown_, now_);
+    watch_.on_broken(sight_.shown, now_);
 
     watch_.on_new_pipeline();
 
