@@ -172,7 +172,7 @@ TEST_F(BadFile, ABrokenFileThatLoopsGoesRound)
 TEST_F(BadFile, ALoopThatBreaksIsBegunAnewEachTime)
 {
     testing::internal::CaptureStderr();
-    ASSERT_TRUE(looping(breaks_at(40)));
+    ASSERT_TRUE(looping(breaks_at(50)));
 
     EXPECT_TRUE(wait_for([this] { return openings_ == 3 && position() < 1000; }));
 
@@ -196,7 +196,7 @@ TEST_F(BadFile, ALoopThatBreaksInItsFirstSecondCompletes)
 TEST_F(BadFile, ALoopThatBreaksAndCannotBeOpenedAgainCompletes)
 {
     write_file(path("noise"), std::string(100000, '\x55'));
-    const std::string file = breaks_at(40);
+    const std::string file = breaks_at(50);
     ASSERT_TRUE(looping(file));
     // The one that plays is read on as long as it is open.
     ASSERT_EQ(rename(path("noise").c_str(), file.c_str()), 0);
