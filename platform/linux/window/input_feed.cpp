@@ -1,13 +1,16 @@
 #include "window/input_feed.h"
 
-#include <algorithm>
-
 #include <Ecore_Input.h>
 #include <Ecore_Input_Evas.h>
+#include <Efl_Canvas.h>
 
 namespace platform {
 
 namespace {
+
+const Efl_Event_Description *const EVENTS_OF_THE_POINTER[] = {
+    EFL_EVENT_POINTER_IN, EFL_EVENT_POINTER_OUT,  EFL_EVENT_POINTER_DOWN,
+    EFL_EVENT_POINTER_UP, EFL_EVENT_POINTER_MOVE, EFL_EVENT_POINTER_WHEEL};
 
 Evas_Object *transparent_rectangle(Evas *canvas)
 {
@@ -21,7 +24,7 @@ Evas_Object *transparent_rectangle(Evas *canvas)
 } // namespace
 
 InputFeed::InputFeed(Evas *from, Evas_Object *window)
-    : window_(window), to_(evas_object_evas_get(window)), catcher_(transparent_rectangle(from)),
+    : to_(evas_object_evas_get(window)), catcher_(transparent_rectangle(from)),
       observer_(transparent_rectangle(to_)),
       key_down_(ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key_down, this)),
       key_up_(ecore_event_handler_add(ECORE_EVENT_KEY_UP, on_key_up, this)),
@@ -34,6 +37,8 @@ InputFeed::InputFeed(Evas *from, Evas_Object *window)
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_OUT, on_out, this);
     evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_WHEEL, on_wheel, this);
     evas_object_repeat_events_set(observer_, EINA_TRUE);
+    for (const Efl_Event_Description *event : EVENTS_OF_THE_POINTER)
+        efl_event_callback_forwarder_add(observer_, event, window);
 }
 
 InputFeed::~InputFeed()
@@ -52,36 +57,6 @@ void InputFeed::turn(Size panel, int degrees)
     const Size content = turned_size(panel, degrees);
     evas_object_geometry_set(catcher_, 0, 0, panel.width, panel.height);
     evas_object_geometry_set(observer_, 0, 0, content.width, content.height);
-}
-
-bool InputFeed::takes(Evas_Callback_Type type)
-{
-    return type >= EVAS_CALLBACK_MOUSE_IN && type <= EVAS_CALLBACK_MOUSE_WHEEL;
-}
-
-void InputFeed::observe(Evas_Callback_Type type, Evas_Object_Event_Cb callback, void *data)
-{
-    observers_.push_back(std::make_unique<Observer>(Observer{window_, type, callback, data}));
-    evas_object_event_callback_add(observer_, type, on_observed, observers_.back().get());
-}
-
-void *InputFeed::ignore(Evas_Callback_Type type, Evas_Object_Event_Cb callback, const void *wanted)
-{
-    const auto found = std::find_if(observers_.begin(), observers_.end(), [&](const auto &o) {
-        return o->type == type && o->callback == callback && (!wanted || o->data == wanted);
-    });
-    if (found == observers_.end())
-        return nullptr;
-    void *data = (*found)->data;
-    evas_object_event_callback_del_full(observer_, type, on_observed, found->get());
-    observers_.erase(found);
-    return data;
-}
-
-void InputFeed::on_observed(void *data, Evas *canvas, Evas_Object *, void *info)
-{
-    const Observer observer = *static_cast<const Observer *>(data);
-    observer.callback(observer.data, canvas, observer.window, info);
 }
 
 void InputFeed::leave()

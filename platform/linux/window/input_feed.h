@@ -3,9 +3,6 @@
  */
 #pragma once
 
-#include <memory>
-#include <vector>
-
 #include <Ecore.h>
 #include <Evas.h>
 
@@ -19,7 +16,7 @@ namespace platform {
  *
  * A real window sees all that the pointer does on its canvas, whichever object it is meant for. The
  * toolkit does not give a window events that a program feeds, so the content's canvas has a
- * rectangle above everything that sees them in the window's place and keeps them from nobody.
+ * rectangle above everything that forwards them to the window and keeps them from nobody.
  */
 class InputFeed {
   public:
@@ -41,30 +38,7 @@ class InputFeed {
      */
     void leave();
 
-    /** Whether it is on the feed to bring events of this type to the window. */
-    static bool takes(Evas_Callback_Type type);
-
-    /** Calls back as the toolkit would for the window. */
-    void observe(Evas_Callback_Type type, Evas_Object_Event_Cb callback, void *data);
-
-    /**
-     * Ends it.
-     *
-     * @param data which of several requests with the same callback; null: any
-     * @return the data it was asked for with, or null when there was no such request
-     */
-    void *ignore(Evas_Callback_Type type, Evas_Object_Event_Cb callback,
-                 const void *wanted = nullptr);
-
   private:
-    struct Observer {
-        Evas_Object *window;
-        Evas_Callback_Type type;
-        Evas_Object_Event_Cb callback;
-        void *data;
-    };
-
-    static void on_observed(void *data, Evas *, Evas_Object *, void *info);
     static void on_move(void *data, Evas *, Evas_Object *, void *info);
     static void on_down(void *data, Evas *, Evas_Object *, void *info);
     static void on_up(void *data, Evas *, Evas_Object *, void *info);
@@ -77,9 +51,7 @@ class InputFeed {
     void move_to(int x, int y, unsigned int timestamp);
     void come_back(unsigned int timestamp);
 
-    Evas_Object *window_;
     Evas *to_;
-    std::vector<std::unique_ptr<Observer>> observers_;
     Evas_Object *catcher_;
     Evas_Object *observer_;
     Ecore_Event_Handler *key_down_;

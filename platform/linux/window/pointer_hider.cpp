@@ -1,11 +1,11 @@
 #include "window/pointer_hider.h"
 
+#include <dlfcn.h>
 #include <utility>
 
 #include <Ecore_Input.h>
 
 #include "window/ecore_wl2_more.h"
-#include "window/toolkits_own.h"
 
 namespace platform {
 
@@ -25,9 +25,9 @@ bool hidden = false; ///< the toolkit's shape is kept for later
 
 void set_pointer(Ecore_Wl2_Input *input, const PointerShape &wanted)
 {
-    static const auto own = toolkits_own<void (*)(Ecore_Wl2_Input *, wl_surface *, int, int)>(
-        "ecore_wl2_input_pointer_set");
-    own(input, wanted.surface, wanted.hot_x, wanted.hot_y);
+    static const auto toolkits_own = reinterpret_cast<decltype(&ecore_wl2_input_pointer_set)>(
+        dlsym(RTLD_NEXT, "ecore_wl2_input_pointer_set"));
+    toolkits_own(input, wanted.surface, wanted.hot_x, wanted.hot_y);
 }
 
 Ecore_Wl2_Input *default_input()

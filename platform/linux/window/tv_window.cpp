@@ -112,12 +112,6 @@ Evas_Object *TvWindow::take()
     return inner_;
 }
 
-Size TvWindow::content_size() const
-{
-    const PanelModel &panel = PanelModel::get();
-    return turned_size({panel.width(), panel.height()}, panel.angle());
-}
-
 void TvWindow::make_outer(const std::string &name)
 {
     outer_ = elm_win_add(nullptr, name.c_str(), ELM_WIN_BASIC);
@@ -152,8 +146,7 @@ void TvWindow::make_inner(const std::string &name)
     // The image would take the pointer unturned; the input feed does it instead.
     evas_object_pass_events_set(image_, EINA_TRUE);
     evas_object_show(image_);
-    input_ =
-        std::make_unique<InputFeed>(evas_object_evas_get(outer_), evas_object_evas_get(inner_));
+    input_ = std::make_unique<InputFeed>(evas_object_evas_get(outer_), inner_);
     pointer_ = std::make_unique<PointerHider>([this] {
         if (input_)
             input_->leave();
@@ -265,6 +258,9 @@ void TvWindow::place_content()
         evas_map_free(map);
     }
     input_->turn(panel, degrees);
+    // The toolkit turns and resizes nothing here, a canvas in an image has no such thing: it only
+    // keeps the angle for whoever asks. The function without the resize loses memory each time.
+    elm_win_rotation_with_resize_set(inner_, degrees);
     evas_object_resize(inner_, content.width, content.height);
     fit_frame(content);
 }

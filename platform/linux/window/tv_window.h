@@ -6,14 +6,12 @@
  * Two Elementary windows make one. The outer window is the real one and never turns; the inner one,
  * which the application gets, has the turned size, is drawn into an image of the outer one, and is
  * shown, hidden and deleted by the application as if it were real. A window that was hidden cannot
- * be shown again: the toolkit never draws on its surface again once it has been unmapped. What an
- * application asks of its window through functions that only a real window can answer is answered
- * by interposed.cpp.
+ * be shown again: the toolkit never draws on its surface again once it has been unmapped. What the
+ * toolkit cannot answer for the inner window is answered by efl_on_tv.cpp.
  */
 #pragma once
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 
@@ -57,18 +55,8 @@ class TvWindow {
     Evas_Object *outer() const { return outer_; }
     Ecore_Evas *outer_canvas() const { return outer_canvas_; }
 
-    /** What brings pointer and keys to the content; null once the content has gone. */
-    InputFeed *input() const { return input_.get(); }
-
-    /** The size of the content as it stands now, turned. */
-    Size content_size() const;
-
     /** Waits for the compositor where that can be done without a deadlock. */
     void sync();
-
-    /** Keeps a hint for the window manager; no Linux compositor knows the set's hints. */
-    void keep_hint(const std::string &hint, const std::string &value) { hints_[hint] = value; }
-    const std::map<std::string, std::string> &hints() const { return hints_; }
 
   private:
     TvWindow(Ecore_Wl2_Display *display, const std::string &name, Listener listener);
@@ -89,7 +77,6 @@ class TvWindow {
     void delete_outer();
 
     Ecore_Wl2_Display *display_;
-    std::map<std::string, std::string> hints_;
     Listener listener_;
     Evas_Object *outer_ = nullptr;
     Evas_Object *inner_ = nullptr;

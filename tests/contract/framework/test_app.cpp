@@ -91,21 +91,17 @@ void on_resize(void *, Evas *, Evas_Object *object, void *)
     say_screen("resized");
 }
 
-void on_mouse_down(void *, Evas *, Evas_Object *, void *info)
+void on_mouse_down(void *, Evas *, Evas_Object *object, void *info)
 {
     const auto *event = static_cast<const Evas_Event_Mouse_Down *>(info);
-    say("down %d at %d,%d", event->button, event->canvas.x, event->canvas.y);
+    say("down %d at %d,%d%s", event->button, event->canvas.x, event->canvas.y,
+        object == window ? "" : " of a stranger");
 }
 
 void on_mouse_move(void *, Evas *, Evas_Object *, void *info)
 {
     const auto *event = static_cast<const Evas_Event_Mouse_Move *>(info);
     say("pointer at %d,%d", event->cur.canvas.x, event->cur.canvas.y);
-}
-
-void on_unwanted_down(void *, Evas *, Evas_Object *, void *)
-{
-    say("unwanted");
 }
 
 void on_inner_key(void *, Evas *, Evas_Object *, void *info)
@@ -177,14 +173,6 @@ void make_window()
     evas_object_event_callback_add(window, EVAS_CALLBACK_RESIZE, on_resize, nullptr);
     evas_object_event_callback_add(window, EVAS_CALLBACK_MOUSE_DOWN, on_mouse_down, nullptr);
     evas_object_event_callback_add(window, EVAS_CALLBACK_MOUSE_MOVE, on_mouse_move, nullptr);
-    // Two that are taken back at once must never be heard of.
-    evas_object_event_callback_add(window, EVAS_CALLBACK_MOUSE_DOWN, on_unwanted_down, window);
-    evas_object_event_callback_add(window, EVAS_CALLBACK_MOUSE_UP, on_unwanted_down, window);
-    say("taken back %d %d",
-        evas_object_event_callback_del(window, EVAS_CALLBACK_MOUSE_DOWN, on_unwanted_down) ==
-            window,
-        evas_object_event_callback_del_full(window, EVAS_CALLBACK_MOUSE_UP, on_unwanted_down,
-                                            window) == window);
     evas_object_smart_callback_add(
         window, "wm,rotation,changed",
         [](void *, Evas_Object *, void *) { say_screen("rotation"); }, nullptr);

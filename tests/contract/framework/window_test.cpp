@@ -12,6 +12,7 @@ namespace framework_test {
 namespace {
 
 using testing::Contains;
+using testing::HasSubstr;
 using testing::Not;
 
 constexpr Colour RED = {255, 0, 0};
@@ -109,8 +110,8 @@ TEST_P(TurnedWindowTest, ThePointerHitsWhatItShows)
         {"mousemove", std::to_string(turn.button_x), std::to_string(turn.button_y), "click", "1"});
     EXPECT_TRUE(app->hears("clicked"));
     EXPECT_EQ(quit(*app), 0);
-    EXPECT_THAT(app->lines(), Contains("taken back 1 1"));
-    EXPECT_THAT(app->lines(), Not(Contains("unwanted")));
+    // A window hears of what is meant for a widget as well, and of everything once.
+    EXPECT_THAT(app->lines(), Contains(HasSubstr("down")).Times(2));
 }
 
 TEST_P(TurnedWindowTest, KeysReachTheFocusedWidgetAndThenTheApplication)
@@ -120,7 +121,7 @@ TEST_P(TurnedWindowTest, KeysReachTheFocusedWidgetAndThenTheApplication)
     Screen::get().input({"key", "Escape"});
     EXPECT_TRUE(app->hears("widget key XF86Back"));
     EXPECT_TRUE(app->hears("key XF86Back XF86Back"));
-    EXPECT_EQ(quit(*app), 0);
+    EXPECT_EQ(quit(*app), 0) << app->errors();
 }
 
 INSTANTIATE_TEST_SUITE_P(Angles, TurnedWindowTest, testing::ValuesIn(TURNS), [](const auto &given) {
@@ -192,7 +193,7 @@ TEST_F(WindowTest, ClosingItEndsTheApplication)
     app->say("close");
     EXPECT_EQ(app->finish(), 0) << app->errors();
     EXPECT_EQ(app->lines().back(), "terminate");
-    EXPECT_THAT(app->errors(), testing::HasSubstr("the window was closed"));
+    EXPECT_THAT(app->errors(), HasSubstr("the window was closed"));
 }
 
 TEST_F(WindowTest, ResizesTheContentInFrontOfTheRotationEvent)
@@ -228,7 +229,7 @@ TEST_F(WindowTest, DoesNotTurnOnASetWithoutRotator)
     app->say("turn 90");
     EXPECT_TRUE(app->hears("done turn 90"));
     EXPECT_EQ(quit(*app), 0);
-    EXPECT_THAT(app->lines(), Not(Contains(testing::HasSubstr("rotat"))));
+    EXPECT_THAT(app->lines(), Not(Contains(HasSubstr("rotat"))));
 }
 
 TEST_F(WindowTest, ThePointerIsSeenAndFeltOnlyWhileItIsMoved)
