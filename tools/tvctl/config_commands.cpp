@@ -5,6 +5,7 @@
 
 #include <Ecore.h>
 
+#include "base/toolkit_handles.h"
 #include "command.h"
 #include "config_store.h"
 #include "config_store/config_files.h"
@@ -110,11 +111,11 @@ class WatchLoop {
     {
         setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
         ecore_init();
-        handler_ = ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, quit, nullptr);
+        handler_.reset(ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, quit, nullptr));
     }
     ~WatchLoop()
     {
-        ecore_event_handler_del(handler_);
+        handler_.reset();
         ecore_shutdown();
     }
     WatchLoop(const WatchLoop &) = delete;
@@ -127,7 +128,7 @@ class WatchLoop {
     }
 
   private:
-    Ecore_Event_Handler *handler_;
+    platform::EventHandlerPtr handler_;
 };
 
 int watch_everything()

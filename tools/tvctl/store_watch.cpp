@@ -35,23 +35,17 @@ StoreWatch::StoreWatch(std::string state_dir, std::string runtime_dir,
 {
 }
 
-StoreWatch::~StoreWatch()
-{
-    if (handler_)
-        ecore_main_fd_handler_del(handler_);
-}
-
 bool StoreWatch::start()
 {
     if (!inotify_ || !watch_root(ROOTS[0]) || !watch_root(ROOTS[1]))
         return false;
-    handler_ = ecore_main_fd_handler_add(
+    handler_.reset(ecore_main_fd_handler_add(
         inotify_.number(), ECORE_FD_READ,
         [](void *data, Ecore_Fd_Handler *) -> Eina_Bool {
             static_cast<StoreWatch *>(data)->read_changes();
             return ECORE_CALLBACK_RENEW;
         },
-        this, nullptr, nullptr);
+        this, nullptr, nullptr));
     return handler_ != nullptr;
 }
 

@@ -8,6 +8,7 @@
 #include <Ecore.h>
 
 #include "base/descriptor.h"
+#include "base/toolkit_handles.h"
 #include "config_store/config_files.h"
 
 struct inotify_event;
@@ -19,7 +20,6 @@ class StoreWatch {
     /** @param on_change called from the main loop with the name of each key written or removed */
     StoreWatch(std::string state_dir, std::string runtime_dir,
                std::function<void(const std::string &key)> on_change);
-    ~StoreWatch();
     StoreWatch(const StoreWatch &) = delete;
     StoreWatch &operator=(const StoreWatch &) = delete;
 
@@ -41,7 +41,7 @@ class StoreWatch {
     const std::function<void(const std::string &)> on_change_;
     platform::ConfigFiles files_;
     platform::Descriptor inotify_;
-    Ecore_Fd_Handler *handler_ = nullptr;
+    platform::FdHandlerPtr handler_;
     std::map<int, std::string> prefixes_; // of the keys in each watched folder, by watch
 };
 

@@ -30,11 +30,6 @@ bool ConfigWatcher::Trace::operator!=(const Trace &other) const
 
 ConfigWatcher::ConfigWatcher(const ConfigFiles &files) : files_(files) {}
 
-ConfigWatcher::~ConfigWatcher()
-{
-    close();
-}
-
 bool ConfigWatcher::add(const std::string &key, Owner owner, Callback callback)
 {
     for (auto &[number, registration] : registrations_) {
@@ -48,8 +43,8 @@ bool ConfigWatcher::add(const std::string &key, Owner owner, Callback callback)
     // What happened before this call is not for the new registration, also when it waits in the
     // kernel still.
     read_changes();
-    if (!changes_.empty() && job_ == nullptr)
-        job_ = ecore_job_add(on_job, this);
+    if (!changes_.empty() && !job_)
+        job_.reset(ecore_job_add(on_job, this));
     const std::string path = files_.folder(key);
     Folder &folder = folders_[path];
     if (folder.watch < 0 && !files_.make_folder(key))
@@ -103,28 +98,22 @@ bool ConfigWatcher::remove(const std::string &key, Owner owner)
 
 bool ConfigWatcher::open()
 {
-    if (handler_ != nullptr)
+    if (handler_)
         return true;
     inotify_ = Descriptor(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
     if (!inotify_)
         return fail("the store");
-    handler_ = ecore_main_fd_handler_add(inotify_.number(), ECORE_FD_READ, on_readable, this,
-                                         nullptr, nullptr);
+    handler_.reset(ecore_main_fd_handler_add(inotify_.number(), ECORE_FD_READ, on_readable, this,
+                                             nullptr, nullptr));
     errno = ENOSYS;
-    return handler_ != nullptr || fail("without a main loop the store");
+    return handler_ || fail("without a main loop the store");
 }
 
 void ConfigWatcher::close()
 {
-    if (handler_ != nullptr)
-        ecore_main_fd_handler_del(handler_);
-    if (job_ != nullptr)
-        ecore_job_del(job_);
-    if (retry_ != nullptr)
-        ecore_timer_del(retry_);
-    handler_ = nullptr;
-    job_ = nullptr;
-    retry_ = nullptr;
+    handler_.reset();
+    job_.reset();
+    retry_.reset();
     inotify_ = Descriptor();
     folders_.clear();
     changes_.clear();
@@ -182,17 +171,15 @@ void ConfigWatcher::rewatch_lost()
             compare(folder);
             continue;
         }
-        if (retry_ == nullptr)
+        if (!retry_)
             PLATFORM_LOGW("config_store", "%s cannot be watched for now: %s", path.c_str(),
                           std::strerror(errno));
         failed = true;
     }
-    if (failed && retry_ == nullptr) {
-        retry_ = ecore_timer_add(RETRY_S, on_retry, this);
-    } else if (!failed && retry_ != nullptr) {
-        ecore_timer_del(retry_);
-        retry_ = nullptr;
-    }
+    if (!failed)
+        retry_.reset();
+    else if (!retry_)
+        retry_.reset(ecore_timer_add(RETRY_S, on_retry, this));
 }
 
 void ConfigWatcher::compare(Folder &folder)
@@ -252,7 +239,7 @@ Eina_Bool ConfigWatcher::on_readable(void *data, Ecore_Fd_Handler *)
 void ConfigWatcher::on_job(void *data)
 {
     auto &self = *static_cast<ConfigWatcher *>(data);
-    self.job_ = nullptr;
+    static_cast<void>(self.job_.release()); // it goes by itself
     self.deliver();
 }
 

@@ -19,6 +19,7 @@
 #include <sys/inotify.h>
 
 #include "base/descriptor.h"
+#include "base/toolkit_handles.h"
 #include "config_store/config_files.h"
 
 namespace platform {
@@ -31,7 +32,6 @@ class ConfigWatcher {
 
     /** @param files the store; must outlive the watcher */
     explicit ConfigWatcher(const ConfigFiles &files);
-    ~ConfigWatcher();
     ConfigWatcher(const ConfigWatcher &) = delete;
     ConfigWatcher &operator=(const ConfigWatcher &) = delete;
 
@@ -91,9 +91,9 @@ class ConfigWatcher {
 
     const ConfigFiles &files_;
     Descriptor inotify_;
-    Ecore_Fd_Handler *handler_ = nullptr;
-    Ecore_Job *job_ = nullptr;
-    Ecore_Timer *retry_ = nullptr;
+    FdHandlerPtr handler_;
+    JobPtr job_;
+    TimerPtr retry_;
     std::map<uint64_t, Registration> registrations_;
     std::map<std::string, Folder> folders_;
     std::deque<Change> changes_;

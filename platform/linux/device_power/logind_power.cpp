@@ -68,9 +68,7 @@ void LogindPower::take_delay_lock()
 
 void LogindPower::release_delay_lock()
 {
-    if (release_timer_)
-        ecore_timer_del(release_timer_);
-    release_timer_ = nullptr;
+    release_timer_.reset();
     lock_ = Descriptor();
 }
 
@@ -78,15 +76,15 @@ void LogindPower::release_delay_lock_soon()
 {
     if (release_timer_)
         return;
-    release_timer_ = ecore_timer_add(
+    release_timer_.reset(ecore_timer_add(
         LOCK_SECONDS,
         [](void *data) -> Eina_Bool {
             auto *self = static_cast<LogindPower *>(data);
-            self->release_timer_ = nullptr;
+            static_cast<void>(self->release_timer_.release()); // it goes by itself
             self->release_delay_lock();
             return ECORE_CALLBACK_CANCEL;
         },
-        this);
+        this));
 }
 
 void LogindPower::prepare(PowerEvent begin, const Eldbus_Message *message)

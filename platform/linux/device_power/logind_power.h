@@ -9,6 +9,7 @@
 
 #include "app_framework/injection.h"
 #include "base/descriptor.h"
+#include "base/toolkit_handles.h"
 #include "bus/bus_connection.h"
 
 namespace platform {
@@ -36,7 +37,7 @@ class LogindPower {
     SignalHandlerPtr shutdown_;
     SignalHandlerPtr sleep_;
     Eldbus_Pending *pending_lock_ = nullptr;
-    Ecore_Timer *release_timer_ = nullptr;
+    TimerPtr release_timer_;
     Descriptor lock_;
 };
 

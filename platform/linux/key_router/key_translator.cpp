@@ -75,12 +75,6 @@ KeyTranslator::KeyTranslator()
     }
 }
 
-KeyTranslator::~KeyTranslator()
-{
-    ecore_event_handler_del(down_);
-    ecore_event_handler_del(up_);
-}
-
 void inject_key(const std::string &tv_key_name)
 {
     PLATFORM_LOGI(SERVICE, "key %s pressed from outside", tv_key_name.c_str());

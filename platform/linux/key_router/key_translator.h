@@ -4,20 +4,19 @@
  */
 #pragma once
 
-#include <Ecore.h>
+#include "base/toolkit_handles.h"
 
 namespace platform {
 
 class KeyTranslator {
   public:
     KeyTranslator();
-    ~KeyTranslator();
     KeyTranslator(const KeyTranslator &) = delete;
     KeyTranslator &operator=(const KeyTranslator &) = delete;
 
   private:
-    Ecore_Event_Handler *down_;
-    Ecore_Event_Handler *up_;
+    const EventHandlerPtr down_;
+    const EventHandlerPtr up_;
 };
 
 } // namespace platform

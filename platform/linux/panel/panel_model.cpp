@@ -88,13 +88,13 @@ bool PanelModel::turn_to(int degrees)
         return true;
     }
     target_ = wanted;
-    timer_ = ecore_timer_add(
+    timer_.reset(ecore_timer_add(
         Settings::get().turning_time_s,
         [](void *data) -> Eina_Bool {
             static_cast<PanelModel *>(data)->finish_turn();
             return ECORE_CALLBACK_CANCEL;
         },
-        this);
+        this));
     PLATFORM_LOGI(SERVICE, "turning from %d to %d degrees", angle(), target_);
     report(is_portrait(wanted) ? DISPLAY_ROTATOR_TURNING_TO_PORTRAIT
                                : DISPLAY_ROTATOR_TURNING_TO_LANDSCAPE);
@@ -113,9 +113,7 @@ void PanelModel::set_first_angle(int degrees)
 
 void PanelModel::stop()
 {
-    if (timer_)
-        ecore_timer_del(timer_);
-    timer_ = nullptr;
+    timer_.reset();
     target_ = -1;
 }
 
@@ -136,7 +134,7 @@ void PanelModel::on_size(std::function<void()> listener)
 
 void PanelModel::finish_turn()
 {
-    timer_ = nullptr;
+    static_cast<void>(timer_.release()); // it goes by itself
     angle_ = target_;
     // The turn counts as under way until the content has followed: whoever is told that it is over
     // finds the window as it is going to stay.

@@ -13,6 +13,8 @@
 
 #include <Ecore.h>
 
+#include "base/toolkit_handles.h"
+
 namespace platform {
 
 class PanelModel {
@@ -85,7 +87,7 @@ class PanelModel {
     std::atomic<double> scale_{1.0};
     std::atomic<int> angle_{0};
     int target_ = -1;
-    Ecore_Timer *timer_ = nullptr;
+    TimerPtr timer_;
     std::vector<std::function<void(int)>> status_listeners_;
     std::vector<std::function<void(int)>> angle_listeners_;
     std::vector<std::function<void()>> size_listeners_;

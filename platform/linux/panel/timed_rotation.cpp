@@ -45,7 +45,7 @@ void TimedRotation::start()
     on_own_write([this](const std::string &key, int value) { wrote(key, value); });
     // Behind the application's own handler or before it: either acts on the same event.
     if (!keys_)
-        keys_ = ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key, this);
+        keys_.reset(ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key, this));
     // The panel outlives the application, and its listeners stay.
     if (!following_)
         PanelModel::get().on_angle([this](int) { arm(); });
@@ -55,9 +55,7 @@ void TimedRotation::start()
 void TimedRotation::stop()
 {
     on_own_write({});
-    if (keys_)
-        ecore_event_handler_del(keys_);
-    keys_ = nullptr;
+    keys_.reset();
     on_ = false;
     launched_ = false;
     armed_at_.reset();

@@ -13,6 +13,8 @@
 
 #include <Ecore.h>
 
+#include "base/toolkit_handles.h"
+
 namespace platform {
 
 class TimedRotation {
@@ -50,7 +52,7 @@ class TimedRotation {
     bool following_ = false;
     int running_s_ = 0;
     std::optional<double> armed_at_;
-    Ecore_Event_Handler *keys_ = nullptr;
+    EventHandlerPtr keys_;
 };
 
 } // namespace platform

@@ -6,9 +6,9 @@
  */
 #pragma once
 
-#include <memory>
-
 #include <Elementary.h>
+
+#include "base/toolkit_handles.h"
 
 namespace platform {
 
@@ -27,19 +27,6 @@ class Rehearsal {
     bool done() const { return done_; }
 
   private:
-    struct TimerEnd {
-        void operator()(Ecore_Timer *timer) const { ecore_timer_del(timer); }
-    };
-    struct IdlerEnd {
-        void operator()(Ecore_Idler *idler) const { ecore_idler_del(idler); }
-    };
-    struct CanvasEnd {
-        void operator()(Ecore_Evas *canvas) const { ecore_evas_free(canvas); }
-    };
-    struct ObjectEnd {
-        void operator()(Evas_Object *object) const { evas_object_del(object); }
-    };
-
     void wait();
     bool step();
     bool open_stage();
@@ -54,11 +41,11 @@ class Rehearsal {
     static Eina_Bool on_idle(void *data);
 
     Evas_Object *window_;
-    std::unique_ptr<Ecore_Timer, TimerEnd> timer_;
-    std::unique_ptr<Ecore_Idler, IdlerEnd> idler_;
-    std::unique_ptr<Ecore_Evas, CanvasEnd> canvas_;
-    std::unique_ptr<Evas_Object, ObjectEnd> stage_; ///< a window on that canvas
-    Evas_Object *popup_ = nullptr;
+    TimerPtr timer_;
+    IdlerPtr idler_;
+    CanvasPtr canvas_;
+    ObjectPtr stage_;              ///< a window on that canvas
+    Evas_Object *popup_ = nullptr; ///< goes with the window
     Evas_Object *list_ = nullptr;
     int step_ = 0;
     bool done_ = false;

@@ -139,9 +139,7 @@ void WidgetManager::outlive_container(Evas_Object *widget)
 
 void WidgetManager::release_shells()
 {
-    if (release_job_)
-        ecore_job_del(release_job_);
-    release_job_ = nullptr;
+    release_job_.reset();
     std::vector<Evas_Object *> shells;
     shells.swap(shells_);
     for (Evas_Object *shell : shells)
@@ -172,13 +170,13 @@ void WidgetManager::on_content_deleted(void *data, Evas *, Evas_Object *object, 
     auto *self = static_cast<WidgetManager *>(data);
     self->shells_.push_back(efl_ref(object));
     if (!self->release_job_)
-        self->release_job_ = ecore_job_add(on_control_returned, self);
+        self->release_job_.reset(ecore_job_add(on_control_returned, self));
 }
 
 void WidgetManager::on_control_returned(void *data)
 {
     auto *self = static_cast<WidgetManager *>(data);
-    self->release_job_ = nullptr;
+    static_cast<void>(self->release_job_.release()); // it goes by itself
     self->release_shells();
 }
 

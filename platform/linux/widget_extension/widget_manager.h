@@ -10,6 +10,8 @@
 
 #include <Elementary.h>
 
+#include "base/toolkit_handles.h"
+
 namespace platform {
 
 class Rehearsal;
@@ -66,7 +68,7 @@ class WidgetManager {
     double scale_ = 1.0;
     std::vector<Evas_Object *> widgets_; ///< those that live
     std::vector<Evas_Object *> shells_;  ///< deleted widgets whose names are still held
-    Ecore_Job *release_job_ = nullptr;
+    JobPtr release_job_;
 };
 
 } // namespace platform

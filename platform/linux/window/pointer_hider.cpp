@@ -47,9 +47,6 @@ PointerHider::PointerHider(std::function<void()> on_hidden)
 
 PointerHider::~PointerHider()
 {
-    ecore_event_handler_del(move_);
-    if (timer_)
-        ecore_timer_del(timer_);
     hidden = false;
 }
 
@@ -67,20 +64,20 @@ void PointerHider::moved()
     // One timer runs on through any number of moves and is set anew only when it ends.
     if (timer_)
         return;
-    timer_ = ecore_timer_add(
+    timer_.reset(ecore_timer_add(
         SECONDS_AT_REST,
         [](void *data) -> Eina_Bool {
             auto *hider = static_cast<PointerHider *>(data);
             const double rest = ecore_loop_time_get() - hider->last_move_;
             if (rest < SECONDS_AT_REST) {
-                ecore_timer_interval_set(hider->timer_, SECONDS_AT_REST - rest);
+                ecore_timer_interval_set(hider->timer_.get(), SECONDS_AT_REST - rest);
                 return ECORE_CALLBACK_RENEW;
             }
-            hider->timer_ = nullptr;
+            static_cast<void>(hider->timer_.release()); // it goes by itself
             hider->hide();
             return ECORE_CALLBACK_CANCEL;
         },
-        this);
+        this));
 }
 
 void PointerHider::show()

@@ -8,6 +8,8 @@
 
 #include <Ecore.h>
 
+#include "base/toolkit_handles.h"
+
 namespace platform {
 
 class PointerHider {
@@ -26,8 +28,8 @@ class PointerHider {
     void hide();
 
     const std::function<void()> on_hidden_;
-    Ecore_Event_Handler *move_;
-    Ecore_Timer *timer_ = nullptr;
+    const EventHandlerPtr move_;
+    TimerPtr timer_;
     double last_move_ = 0.0;
 };
 

@@ -4,7 +4,6 @@
 #include <memory>
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <unistd.h>
 #include <utility>
 
 #include <wayland-client.h>
@@ -60,7 +59,7 @@ ConnectionWatch::ConnectionWatch(wl_display *display, std::function<void()> on_b
       // Handlers that are always called come after those whose descriptor is ready, in the order
       // they were added, so this one is called after the toolkit's.
       handler_(ecore_main_fd_handler_add(
-          alarm_, static_cast<Ecore_Fd_Handler_Flags>(ECORE_FD_READ | ECORE_FD_ALWAYS),
+          alarm_.number(), static_cast<Ecore_Fd_Handler_Flags>(ECORE_FD_READ | ECORE_FD_ALWAYS),
           [](void *data, Ecore_Fd_Handler *) -> Eina_Bool {
               static_cast<ConnectionWatch *>(data)->after_sleep();
               return ECORE_CALLBACK_RENEW;
@@ -68,17 +67,11 @@ ConnectionWatch::ConnectionWatch(wl_display *display, std::function<void()> on_b
           this, nullptr, nullptr))
 {
     ecore_main_fd_handler_prepare_callback_set(
-        handler_,
+        handler_.get(),
         [](void *data, Ecore_Fd_Handler *) {
             static_cast<ConnectionWatch *>(data)->before_sleep();
         },
         this);
-}
-
-ConnectionWatch::~ConnectionWatch()
-{
-    ecore_main_fd_handler_del(handler_);
-    close(alarm_);
 }
 
 void ConnectionWatch::before_sleep()
@@ -86,14 +79,14 @@ void ConnectionWatch::before_sleep()
     toolkit_reads_ = true;
     // A broken connection never wakes the loop again, so the loop must not go to sleep on it.
     if (!broken_ && wl_display_get_error(display_) != 0)
-        eventfd_write(alarm_, 1);
+        eventfd_write(alarm_.number(), 1);
 }
 
 void ConnectionWatch::after_sleep()
 {
     toolkit_reads_ = false;
     eventfd_t alarms = 0;
-    if (broken_ || eventfd_read(alarm_, &alarms) != 0)
+    if (broken_ || eventfd_read(alarm_.number(), &alarms) != 0)
         return;
     broken_ = true;
     on_broken_();

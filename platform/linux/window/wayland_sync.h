@@ -8,6 +8,9 @@
 
 #include <Ecore.h>
 
+#include "base/descriptor.h"
+#include "base/toolkit_handles.h"
+
 struct wl_display;
 
 namespace platform {
@@ -24,7 +27,6 @@ class ConnectionWatch {
   public:
     /** @param on_broken called once, on the main loop, when the compositor has gone for good */
     ConnectionWatch(wl_display *display, std::function<void()> on_broken);
-    ~ConnectionWatch();
     ConnectionWatch(const ConnectionWatch &) = delete;
     ConnectionWatch &operator=(const ConnectionWatch &) = delete;
 
@@ -37,8 +39,8 @@ class ConnectionWatch {
 
     wl_display *display_;
     std::function<void()> on_broken_;
-    int alarm_;
-    Ecore_Fd_Handler *handler_;
+    const Descriptor alarm_;
+    const FdHandlerPtr handler_;
     bool toolkit_reads_ = false;
     bool broken_ = false;
 };
