@@ -14,6 +14,7 @@
 #include <unistd.h>
 
 #include "base/descriptor.h"
+#include "base/regular_file.h"
 #include "log/platform_log.h"
 
 namespace platform {
@@ -44,24 +45,6 @@ std::string text_of(int value)
     return std::to_string(value) + "\n";
 }
 
-bool read_text(int descriptor, std::string &text)
-{
-    char buffer[LONGEST_TEXT + 1];
-    size_t size = 0;
-    for (;;) {
-        const ssize_t length = ::read(descriptor, buffer + size, sizeof buffer - size);
-        if (length < 0 && errno == EINTR)
-            continue;
-        if (length < 0)
-            return false;
-        size += static_cast<size_t>(length);
-        if (length == 0 || size == sizeof buffer)
-            break;
-    }
-    text.assign(buffer, size);
-    return size <= LONGEST_TEXT;
-}
-
 bool write_text(int descriptor, const std::string &text)
 {
     size_t done = 0;
@@ -76,22 +59,11 @@ bool write_text(int descriptor, const std::string &text)
     return true;
 }
 
-// Not blocking and not following, so that whatever lies in a key's place cannot hold us up.
-Descriptor open_regular(const std::string &path, int mode)
-{
-    Descriptor file(open(path.c_str(), mode | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    struct stat status = {};
-    if (file && (fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode)))
-        return Descriptor();
-    return file;
-}
-
 /** The whole text of a small file; empty when it cannot be read. */
 std::string small_text(const std::string &path)
 {
-    const Descriptor file = open_regular(path, O_RDONLY);
     std::string text;
-    return file && read_text(file.number(), text) ? text : std::string();
+    return read_regular_file(path, LONGEST_TEXT, text) == 0 ? text : std::string();
 }
 
 bool sync_folder(const std::string &folder)
@@ -315,7 +287,7 @@ bool ConfigFiles::confirm(const std::string &key, int value) const
     int present = 0;
     if (!read(key, present) || present != value)
         return false;
-    const Descriptor file = open_regular(path(key), O_RDWR | O_NOFOLLOW);
+    const Descriptor file = open_regular_file(path(key), O_RDWR | O_NOFOLLOW);
     if (!file)
         return false;
     return !survives(key) || (fdatasync(file.number()) == 0 && sync_folder(folder(key)));
@@ -341,7 +313,7 @@ void ConfigFiles::sweep(const std::string &folder)
         if (name.front() != '.' || name.find(TEMPORARY_MARK) == std::string_view::npos)
             continue;
         const std::string path = folder + "/" + entry->d_name;
-        const Descriptor file = open_regular(path, O_RDONLY | O_NOFOLLOW);
+        const Descriptor file = open_regular_file(path, O_RDONLY | O_NOFOLLOW);
         if (file && flock(file.number(), LOCK_EX | LOCK_NB) == 0 && unlink(path.c_str()) == 0)
             PLATFORM_LOGI("config_store", "removed %s, left behind by a crash", path.c_str());
     }

@@ -9,13 +9,10 @@
 #include <mutex>
 #include <string_view>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <ini.h>
 
-#include "base/descriptor.h"
 #include "base/paths.h"
+#include "base/regular_file.h"
 #include "log/platform_log.h"
 
 namespace platform {
@@ -216,37 +213,25 @@ class TvConfReader {
     int line_ = 0;
 };
 
-// The whole file; a message in `error` when that fails.
+// The whole file, nothing where there is none; a message in `error` when that fails.
 std::string read_file(const std::string &path, std::string &error)
 {
-    // Not blocking, so that a pipe in the file's place cannot hold up the start.
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    struct stat status = {};
-    if (file.number() < 0 || fstat(file.number(), &status) != 0) {
-        if (errno != ENOENT)
-            error = std::strerror(errno);
-        return {};
-    }
-    if (!S_ISREG(status.st_mode)) {
-        error = "not a file";
-        return {};
-    }
     std::string text;
-    char piece[4096];
-    for (;;) {
-        const ssize_t length = ::read(file.number(), piece, sizeof piece);
-        if (length < 0 && errno == EINTR)
-            continue;
-        if (length < 0)
-            error = std::strerror(errno);
-        if (length <= 0)
-            return text;
-        text.append(piece, static_cast<size_t>(length));
-        if (text.size() > LARGEST_FILE) {
-            error = "larger than 1 MiB";
-            return {};
-        }
+    switch (const int reason = read_regular_file(path, LARGEST_FILE, text)) {
+    case 0:
+    case ENOENT:
+        break;
+    case EISDIR:
+    case EINVAL:
+        error = "not a file";
+        break;
+    case EFBIG:
+        error = "larger than 1 MiB";
+        break;
+    default:
+        error = std::strerror(reason);
     }
+    return text;
 }
 
 } // namespace

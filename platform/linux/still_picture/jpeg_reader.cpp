@@ -1,9 +1,11 @@
 #include "still_picture/jpeg_reader.h"
 
+#include <cerrno>
 #include <cstring>
 
 #include <jerror.h>
 
+#include "base/regular_file.h"
 #include "still_picture/exif_orientation.h"
 #include "still_picture/row_scaler.h"
 
@@ -127,11 +129,12 @@ template <typename Step> bool JpegReader::guarded(const Step &step)
 bool JpegReader::open(const std::string &path)
 {
     exif_.reserve(LONGEST_SEGMENT);
-    const int refusal = file_.open(path);
-    if (refusal != 0) {
-        snprintf(message_, sizeof message_, "%s", strerror(refusal));
+    file_ = open_regular_file(path);
+    if (!file_) {
+        snprintf(message_, sizeof message_, "%s", strerror(errno));
         return false;
     }
+    posix_fadvise(file_.number(), 0, 0, POSIX_FADV_SEQUENTIAL);
     const bool parsed = guarded([this] {
         codec_.client_data = this; // creating keeps it, and may already have an error to tell
         jpeg_create_decompress(&codec_);
@@ -164,11 +167,11 @@ bool JpegReader::next_piece()
         give_up("Cancelled");
     if (at_end_)
         give_up("Premature end of JPEG file");
-    const int length = file_.read();
+    const ssize_t length = read_piece(file_.number(), piece_.data(), piece_.size());
     if (length < 0)
-        give_up(strerror(-length));
+        give_up(strerror(errno));
     if (length > 0) {
-        source_.next_input_byte = file_.data();
+        source_.next_input_byte = piece_.data();
         source_.bytes_in_buffer = static_cast<size_t>(length);
         return true;
     }

@@ -1,20 +1,23 @@
 /**
  * One JPEG file, decoded once: the header first, the pixels later, straight into the size that is
  * wanted, row by row. Everything that libjpeg has to say ends up in error(). One thread at a time;
- * a flag set by any thread makes it give up soon.
+ * a flag set by any thread makes it give up soon. The file is read in pieces and never mapped: it
+ * may be on a USB stick that is pulled at any moment.
  */
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <csetjmp>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <vector>
 
 #include <jpeglib.h>
 
+#include "base/descriptor.h"
 #include "still_picture/image.h"
-#include "still_picture/jpeg_file.h"
 
 namespace platform {
 
@@ -60,7 +63,8 @@ class JpegReader {
     static JpegReader &of(j_decompress_ptr codec);
 
     const std::atomic<bool> &cancelled_;
-    JpegFile file_;
+    Descriptor file_;
+    std::array<uint8_t, size_t{64} * 1024> piece_;
     std::vector<uint8_t> exif_;
     int orientation_ = 1;
     bool header_read_ = false;

@@ -1,0 +1,53 @@
+#include "base/regular_file.h"
+
+#include <cerrno>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace platform {
+
+Descriptor open_regular_file(const std::string &path, int flags)
+{
+    Descriptor file(open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    struct stat status = {};
+    if (!file || fstat(file.number(), &status) != 0)
+        return Descriptor();
+    if (S_ISREG(status.st_mode))
+        return file;
+    file = Descriptor();
+    errno = S_ISDIR(status.st_mode) ? EISDIR : EINVAL;
+    return file;
+}
+
+ssize_t read_piece(int descriptor, void *buffer, size_t size)
+{
+    ssize_t length;
+    do {
+        length = ::read(descriptor, buffer, size);
+    } while (length < 0 && errno == EINTR);
+    return length;
+}
+
+int read_regular_file(const std::string &path, size_t limit, std::string &content,
+                      const std::function<bool()> &stop)
+{
+    content.clear();
+    const Descriptor file = open_regular_file(path);
+    if (!file)
+        return errno;
+    char piece[64 * 1024];
+    while (!stop || !stop()) {
+        const ssize_t length = read_piece(file.number(), piece, sizeof piece);
+        if (length < 0)
+            return errno;
+        if (length == 0)
+            return 0;
+        if (static_cast<size_t>(length) > limit - content.size())
+            return EFBIG;
+        content.append(piece, static_cast<size_t>(length));
+    }
+    return ECANCELED;
+}
+
+} // namespace platform

@@ -1,0 +1,42 @@
+/**
+ * Reading files where anything may lie in a file's place: only regular files are opened, and
+ * nothing waits for a pipe's writer or grows with a file that has no end. Any thread; waits for the
+ * disk only.
+ */
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+
+#include <fcntl.h>
+#include <sys/types.h>
+
+#include "base/descriptor.h"
+
+namespace platform {
+
+/**
+ * Opens a regular file. Child processes do not get it.
+ *
+ * @param flags of open(2), added to what keeps it from blocking
+ * @return no descriptor on failure, with errno set: EISDIR for a folder, EINVAL for what is neither
+ */
+Descriptor open_regular_file(const std::string &path, int flags = O_RDONLY);
+
+/** read(2), begun anew when a signal interrupts it. */
+ssize_t read_piece(int descriptor, void *buffer, size_t size);
+
+/**
+ * Reads a regular file to its end.
+ *
+ * @param limit   bytes that the file may have
+ * @param content receives the bytes; what was read so far on failure
+ * @param stop    asked before each piece; true gives up. Empty: never
+ * @return an errno value, 0 when all was read; as open_regular_file(), EFBIG for a file over the
+ *         limit, ECANCELED for one given up
+ */
+int read_regular_file(const std::string &path, size_t limit, std::string &content,
+                      const std::function<bool()> &stop = {});
+
+} // namespace platform
