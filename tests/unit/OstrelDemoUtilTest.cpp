@@ -286,6 +286,7 @@ TEST_F(OstrelDemoUtilTest, ATextThatGrowsFromItselfComesToAnEnd)
                 testing::MatchesRegex("x+<<A>>"));
     EXPECT_THAT(COstrelDemoUtil::CombinateString("<<A>>", "<<B>>x", "<<A>>y"),
                 testing::MatchesRegex("<<[AB]>>[xy]+"));
+    EXPECT_EQ(COstrelDemoUtil::CombinateString("<<A>> <<B>>", "<<A>>", "y"), "<<A>> y");
 }
 
 // ---- GetDefaultPath, CheckPathExist ----

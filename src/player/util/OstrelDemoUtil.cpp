@@ -129,8 +129,10 @@ std::string COstrelDemoUtil::CombinateString(std::string strFormat, std::string 
         const size_t uiSlot = SlotAt(strResult, uiPos);
         if (uiSlot < arrSlots.size()) {
             iExpansionsInTurn = uiPos < uiSlotTextEnd ? iExpansionsInTurn + 1 : 0;
-            if (iExpansionsInTurn > MAX_EXPANSIONS_IN_TURN)
-                break;
+            if (iExpansionsInTurn > MAX_EXPANSIONS_IN_TURN) {
+                uiPos = strResult.find(OPENING_MARK, uiSlotTextEnd);
+                continue;
+            }
             const std::string &strText = arrSlots[uiSlot];
             strResult.replace(uiPos, TOKEN_LENGTH, strText);
             uiSlotTextEnd =
