@@ -125,10 +125,11 @@ ConfigFiles::ConfigFiles(std::string state_dir, std::string runtime_dir,
 // wait for it find its work done, and keys that were written since stay. The new id is written
 // before anything is removed, so that a full medium does not cost the keys at each start anew, and
 // takes its place afterwards, so that a crash in between leaves none of them.
-void ConfigFiles::forget_former_boot() const
+void ConfigFiles::forget_former_boot()
 {
     const std::string stamp = runtime_dir_ + "/boot_id";
     const auto is_this_boot = [&] { return boot_id_.empty() || small_text(stamp) == boot_id_; };
+    memory_is_former_ = false;
     if (is_this_boot())
         return;
     const Descriptor lock(open(runtime_dir_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -140,8 +141,9 @@ void ConfigFiles::forget_former_boot() const
     const Descriptor file(
         open(next.path().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0644));
     if (!file || !write_text(file.number(), boot_id_)) {
-        PLATFORM_LOGE("config_store", "%s could not be written: %s; memory keys stay",
+        PLATFORM_LOGE("config_store", "%s could not be written: %s; memory keys are not used",
                       next.path().c_str(), std::strerror(errno));
+        memory_is_former_ = true;
         return;
     }
     std::map<std::string, int> former;
@@ -200,7 +202,7 @@ std::string ConfigFiles::folder(const std::string &key) const
 
 bool ConfigFiles::read(const std::string &key, int &value) const
 {
-    if (!is_valid_key(key))
+    if (!is_valid_key(key) || (memory_is_former_ && !survives(key)))
         return false;
     return parse(small_text(path(key)), value);
 }
@@ -254,8 +256,13 @@ ConfigFiles::Outcome ConfigFiles::write_once(const std::string &key, int value)
 {
     if (!make_folder(key))
         return Outcome::Failed;
-    if (!survives(key))
+    if (!survives(key)) {
         forget_former_boot();
+        if (memory_is_former_) {
+            errno = EIO;
+            return Outcome::Failed;
+        }
+    }
     if (confirm(key, value))
         return Outcome::Done;
     sweep(folder(key));
@@ -323,7 +330,8 @@ std::map<std::string, int> ConfigFiles::list() const
 {
     std::map<std::string, int> found;
     list_below(std::string(DB), found);
-    list_below(std::string(MEMORY), found);
+    if (!memory_is_former_)
+        list_below(std::string(MEMORY), found);
     return found;
 }
 

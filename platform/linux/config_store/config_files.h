@@ -62,7 +62,7 @@ class ConfigFiles {
   private:
     enum class Outcome { Done, Again, Failed };
 
-    void forget_former_boot() const;
+    void forget_former_boot();
     Outcome write_once(const std::string &key, int value);
     bool confirm(const std::string &key, int value) const;
     void sweep(const std::string &folder);
@@ -71,7 +71,9 @@ class ConfigFiles {
 
     const std::string state_dir_;
     const std::string runtime_dir_;
-    const std::string boot_id_; ///< empty when nobody tells
+    const std::string boot_id_;
+    bool memory_is_former_ = false; ///< its keys are an earlier boot's, and could not be removed
+                                    ///< ///< empty when nobody tells
     std::set<std::string> swept_;
     uint64_t temporaries_ = 0;
 };

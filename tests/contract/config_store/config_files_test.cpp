@@ -306,14 +306,22 @@ TEST_F(ConfigBoot, KeysStayWhereTheBootCannotBeTold)
     EXPECT_THAT(log.text(), HasSubstr("boot_id cannot be read"));
 }
 
-TEST_F(ConfigBoot, KeysStayWhereTheBootCannotBeNoted)
+TEST_F(ConfigBoot, FormerKeysAreNotUsedWhereTheBootCannotBeNoted)
 {
     ASSERT_TRUE(files().write("memory/key", 1));
     restart("second");
     fs::create_directory(scratch_ / "run/boot_id.new-0");
     const CapturedLog log;
-    EXPECT_THAT(files().list(), ElementsAre(Pair("memory/key", 1)));
+    ConfigFiles files = this->files();
+    int value = 0;
+    EXPECT_FALSE(files.read("memory/key", value));
+    EXPECT_FALSE(files.write("memory/key", 2));
+    EXPECT_THAT(files.list(), IsEmpty());
     EXPECT_THAT(log.text(), HasSubstr("boot_id.new-0 could not be written: Is a directory"));
+
+    fs::remove(scratch_ / "run/boot_id.new-0");
+    EXPECT_TRUE(files.write("memory/key", 2));
+    EXPECT_THAT(files.list(), ElementsAre(Pair("memory/key", 2)));
 }
 
 TEST_F(ConfigBoot, WhatOneProcessHasWrittenIsSafeFromTheNextThatStarts)
