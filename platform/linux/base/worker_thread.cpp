@@ -106,6 +106,7 @@ void WorkerThread::run(const std::shared_ptr<Core> &core)
     if (duties.at_end)
         duties.at_end();
     core->duties = {};
+    core->thread = std::thread::id(); // which another thread may be given
 }
 
 bool WorkerThread::wait_until(Clock::time_point time) const
