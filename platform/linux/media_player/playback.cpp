@@ -58,7 +58,7 @@ std::shared_ptr<Playback> Playback::open(PlaybackRequest request, PlaybackEvents
 Playback::Playback(PlaybackRequest request, PlaybackEvents events)
     : request_(std::move(request)), events_(std::move(events)),
       output_(std::make_shared<FrameOutput>(request_.display)), name_(name_of(request_.uri)),
-      looping_(request_.looping), sound_(request_.options->sound_pause)
+      sound_(request_.options->sound_pause), looping_(request_.looping)
 {
 }
 

@@ -209,6 +209,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     int generation_ = 0; ///< of the pipeline
     std::unique_ptr<Pipeline> pipeline_;
     std::optional<TrickPlay> trick_;
+    SoundRecovery sound_;
 
     // The thread's own.
     Phase phase_ = Phase::SettingUp;
@@ -227,7 +228,6 @@ class Playback : public std::enable_shared_from_this<Playback> {
     bool subtitle_pending_ = false; ///< it is being read
     std::optional<Clock::time_point> subtitle_limit_;
 
-    SoundRecovery sound_;
     Rounds rounds_;
     StallWatch stall_;
     BreakWatch break_;

@@ -80,6 +80,7 @@ void Playback::go_silent(const std::string &why)
         return;
     }
     const GstClockTime position = output_->position();
+    rounds_.reset();
     output_->set_visible(false);
     needs_rewind_ = phase_ == Phase::Ready;
     const auto give_up = [this] { on_broken("it does not come back without sound"); };
@@ -145,7 +146,7 @@ void Playback::on_broken(const std::string &why)
     if (!break_.on_broken(output_->shown(), Clock::now()))
         return;
     if (!std::exchange(damage_told_, true))
-        PLATFORM_LOGW("player", "%s is broken and ends here: %s", name_.c_str(), why.c_str());
+        PLATFORM_LOGW("player", "%s is broken: %s", name_.c_str(), why.c_str());
     wait_.reset();
 }
 
@@ -171,6 +172,7 @@ void Playback::look_at_broken()
 void Playback::begin_anew()
 {
     break_.on_begun_anew(output_->shown());
+    rounds_.reset();
     output_->set_visible(false);
     if (!open_again()) {
         complete();
@@ -179,7 +181,9 @@ void Playback::begin_anew()
     const auto go_on = [this] {
         output_->set_visible(true);
         needs_rewind_ = false;
-        resume_pipeline();
+        take_speed();
+        if (!wait_)
+            resume_pipeline();
     };
     await_ready(go_on, LONGEST_SEEK, [this] { complete(); });
 }

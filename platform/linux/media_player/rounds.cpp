@@ -1,5 +1,7 @@
 #include "media_player/rounds.h"
 
+#include <utility>
+
 namespace platform {
 namespace {
 
@@ -17,6 +19,7 @@ void Rounds::reset()
 {
     read_ = Read::Underway;
     ahead_ = 0;
+    picture_waits_ = false;
     due_.reset();
 }
 
@@ -37,9 +40,12 @@ Rounds::Step Rounds::on_shown(bool looping, Time now)
     if (read_ == Read::BeforeRenewal)
         return Step::RenewSound;
     // Normally the next round is under way by now.
-    if (ahead_ > 0)
+    if (ahead_ > 0) {
         ahead_--;
-    else if (!due_)
+        return Step::Nothing;
+    }
+    picture_waits_ = true;
+    if (!due_)
         due_ = now + LONGEST_WAIT_FOR_ROUND;
     return Step::Nothing;
 }
@@ -76,7 +82,8 @@ void Rounds::on_begun(bool seamless, Time now)
 {
     last_begun_ = now;
     read_ = Read::Underway;
-    if (seamless)
+    due_.reset();
+    if (seamless && !std::exchange(picture_waits_, false))
         ahead_++;
 }
 

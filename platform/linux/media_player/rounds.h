@@ -60,7 +60,8 @@ class Rounds {
 
     enum class Read { Underway, Unplanned, Last, BeforeRenewal };
     Read read_ = Read::Underway;
-    int ahead_ = 0; ///< rounds begun by the reader and not yet by the picture
+    int ahead_ = 0;              ///< rounds begun by the reader and not yet by the picture
+    bool picture_waits_ = false; ///< the last picture has had its time, and no round is ahead
     std::optional<Time> due_;
     Time last_begun_;
 };

@@ -182,6 +182,18 @@ TEST_F(BadFile, ALoopThatBreaksIsBegunAnewEachTime)
     EXPECT_EQ(log.find("is broken"), log.rfind("is broken")) << "said once: " << log;
 }
 
+TEST_F(BadFile, ALoopThatIsBegunAnewKeepsItsSpeed)
+{
+    testing::internal::CaptureStderr();
+    ASSERT_TRUE(looping(breaks_at(50)));
+    ASSERT_TRUE(wait_for([this] { return position() > 200; }));
+    ASSERT_EQ(player_->set_rate(2.0), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(wait_for([this] { return openings_ == 3; }));
+
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("speed 2.00 from 0.0 s"));
+}
+
 TEST_F(BadFile, ALoopThatBreaksInItsFirstSecondCompletes)
 {
     ASSERT_TRUE(looping(breaks_at(20)));

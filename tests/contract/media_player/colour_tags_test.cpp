@@ -227,7 +227,8 @@ struct Output {
     std::string options; ///< of ffmpeg
 };
 
-// Ogg and the program streams of MPEG are missing: what they carry cannot state a range.
+// Ogg is missing because Theora states no range, and a program stream of MPEG because H.264 in one
+// is not played.
 std::vector<Output> h264_in_all_containers(const std::string &tags)
 {
     std::vector<Output> outputs;

@@ -85,6 +85,30 @@ TEST_F(RoundsTest, AReaderThatDoesNotTellTheEndIsHelpedOn)
     EXPECT_EQ(rounds_.on_due(), Step::Begin);
 }
 
+TEST_F(RoundsTest, AReaderThatNeverTellsTheEndIsHelpedOnRoundAfterRound)
+{
+    for (int round = 0; round < 3; round++) {
+        SCOPED_TRACE(round);
+        now_ += 2s;
+        shown();
+        ASSERT_TRUE(rounds_.due());
+        ASSERT_EQ(rounds_.on_due(), Step::Begin);
+        rounds_.on_begun(true, now_);
+    }
+}
+
+TEST_F(RoundsTest, AWordThatComesLateButComesNeedsNoHelp)
+{
+    now_ += 2s;
+    shown();
+    ASSERT_TRUE(rounds_.due());
+
+    ASSERT_EQ(read(Plan::GoOn), Step::Begin);
+    rounds_.on_begun(true, now_);
+
+    EXPECT_FALSE(rounds_.due()) << "it would begin twice";
+}
+
 TEST_F(RoundsTest, TheLastRoundIsCompleteWhenItHasBeenShown)
 {
     EXPECT_EQ(read(Plan::End), Step::Nothing);

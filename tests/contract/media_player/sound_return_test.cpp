@@ -85,5 +85,23 @@ TEST_F(SoundReturn, ALoopThatBeganWithoutADeviceTakesOneUpThatComesLater)
     EXPECT_THAT(events(), ElementsAre("prepared"));
 }
 
+TEST_F(SoundReturn, ADeviceThatBreaksEachTimeDoesNotStopTheLoop)
+{
+    platform::PlayerOptions options = sound_options();
+    options.make_audio_sink = [this] {
+        sinks_++;
+        platform::ElementPtr sink = platform::make_element("alsasink");
+        g_object_set(sink.get(), "device", "no such device", nullptr);
+        return sink;
+    };
+    make_player(options);
+    ASSERT_TRUE(playing_in_a_loop(clip("a.mp4")));
+
+    EXPECT_TRUE(wait_for([this] { return sinks_ >= 3; }));
+
+    EXPECT_TRUE(goes_round());
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+}
+
 } // namespace
 } // namespace player_test

@@ -1,6 +1,7 @@
 // Which call fits which state.
 
 #include <cmath>
+#include <future>
 
 #include <gmock/gmock.h>
 
@@ -207,26 +208,27 @@ TEST_F(States, TheNextFilesCallbackWaitsForThePresentOne)
     Clip facts;
     facts.frames = 10;
     const std::string file = clip("a.mp4", facts);
-    std::atomic<bool> calling{false};
-    std::atomic<bool> together{false};
+    std::promise<void> next;
+    std::future<void> next_told = next.get_future();
+    std::future_status while_calling = std::future_status::deferred;
     on_event_ = [&](const std::string &event) {
-        together = together || calling;
+        if (event == "prepared" && count("completed") == 1)
+            next.set_value();
         if (event != "completed" || count("completed") > 1)
             return;
-        calling = true;
         player_->unprepare();
         prepare(file);
-        // Time enough for the next file to be ready, and to be told so.
-        const auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
-        while (!together && std::chrono::steady_clock::now() < limit)
+        // Its length is known when its first frame is there; all that is left is to be told.
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(40);
+        while (player_->status().duration_ms < 0 && std::chrono::steady_clock::now() < limit)
             std::this_thread::yield();
-        calling = false;
+        while_calling = next_told.wait_for(std::chrono::milliseconds(200));
     };
     ASSERT_TRUE(playing(file));
 
     EXPECT_TRUE(wait_for([this] { return count("prepared") == 2; }));
 
-    EXPECT_FALSE(together);
+    EXPECT_EQ(while_calling, std::future_status::timeout);
     on_event_ = nullptr;
 }
 
