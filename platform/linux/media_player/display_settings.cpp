@@ -1,6 +1,5 @@
 #include "media_player/display_settings.h"
 
-#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -9,25 +8,10 @@
 namespace platform {
 namespace {
 
-bool covers(const Rect &area, int width, int height)
-{
-    return area.x <= 0 && area.y <= 0 && area.x + area.width >= width &&
-           area.y + area.height >= height;
-}
-
 Rect in_pixels(const Rect &area, double scale)
 {
     const auto pixels = [scale](int units) { return static_cast<int>(std::lround(units * scale)); };
     return {pixels(area.x), pixels(area.y), pixels(area.width), pixels(area.height)};
-}
-
-Rect clipped(const Rect &area, int width, int height)
-{
-    const int left = std::clamp(area.x, 0, width);
-    const int top = std::clamp(area.y, 0, height);
-    const int right = std::clamp(area.x + area.width, left, width);
-    const int bottom = std::clamp(area.y + area.height, top, height);
-    return {left, top, right - left, bottom - top};
 }
 
 } // namespace
@@ -67,11 +51,11 @@ DisplayView DisplaySettings::view() const
     view.panel_angle = PanelModel::get().angle();
     if (!plane_)
         return view;
-    const int width = plane_->width();
-    const int height = plane_->height();
+    const Size plane = {plane_->width(), plane_->height()};
     const Rect area = in_pixels(area_, PanelModel::get().scale());
-    const bool whole = !confined_ || covers(area, width, height) || covers(area, height, width);
-    view.area = whole ? Rect{0, 0, width, height} : clipped(area, width, height);
+    const bool unconfined =
+        !confined_ || area.covers(whole(plane)) || area.covers(whole(plane.turned()));
+    view.area = unconfined ? whole(plane) : clipped(area, plane);
     return view;
 }
 

@@ -8,22 +8,10 @@
 #include <memory>
 #include <mutex>
 
+#include "base/geometry.h"
 #include "video_plane/video_plane.h"
 
 namespace platform {
-
-struct Rect {
-    int x = 0;
-    int y = 0;
-    int width = 0;
-    int height = 0;
-};
-
-inline bool operator==(const Rect &one, const Rect &other)
-{
-    return one.x == other.x && one.y == other.y && one.width == other.width &&
-           one.height == other.height;
-}
 
 /** The settings at one moment. */
 struct DisplayView {

@@ -11,10 +11,7 @@ constexpr int PIXEL_BYTES = 4;
 // A square of this many pixels of both pictures stays in the first-level cache.
 constexpr int TILE = 32;
 
-bool on_its_side(const Orientation &orientation)
-{
-    return orientation.degrees % 180 != 0;
-}
+constexpr Orientation MIRRORED = {false, true, false};
 
 // The proportions a frame is shown with, as whole numbers that are good for products of 64 bits.
 struct Proportions {
@@ -28,7 +25,7 @@ Proportions proportions_of(const GstVideoInfo &info, const Orientation &orientat
     const int64_t pixel_height = std::max(GST_VIDEO_INFO_PAR_D(&info), 1);
     Proportions shown = {GST_VIDEO_INFO_WIDTH(&info) * pixel_width,
                          GST_VIDEO_INFO_HEIGHT(&info) * pixel_height};
-    if (on_its_side(orientation))
+    if (orientation.transposed)
         std::swap(shown.width, shown.height);
     return shown;
 }
@@ -45,47 +42,16 @@ void black_out(PlaneBuffer &picture, int x, int y, int width, int height)
 
 void paint_bars(PlaneBuffer &picture, const Rect &inside)
 {
-    const int right = inside.x + inside.width;
-    const int bottom = inside.y + inside.height;
+    const int right = inside.right();
+    const int bottom = inside.bottom();
     black_out(picture, 0, 0, picture.width(), inside.y);
     black_out(picture, 0, bottom, picture.width(), picture.height() - bottom);
     black_out(picture, 0, inside.y, inside.x, inside.height);
     black_out(picture, right, inside.y, picture.width() - right, inside.height);
 }
 
-// The way through the upright picture while the turned one is filled row by row.
-struct Walk {
-    ptrdiff_t first; ///< pixel that goes to the top left corner
-    ptrdiff_t right; ///< from one to the pixel that goes to the right of it
-    ptrdiff_t down;  ///< from one to the pixel that goes below it
-};
-
-Walk walk_through(int width, int height, const Orientation &orientation)
-{
-    const ptrdiff_t row = width;
-    Walk walk = {0, 1, row};
-    switch (orientation.degrees) {
-    case 90:
-        walk = {(height - 1) * row, -row, 1};
-        break;
-    case 180:
-        walk = {(height - 1) * row + width - 1, -1, -row};
-        break;
-    case 270:
-        walk = {width - 1, row, -1};
-        break;
-    default:
-        break;
-    }
-    if (orientation.mirrored) {
-        const ptrdiff_t column = walk.first % row;
-        walk.first += (width - 1 - column) - column;
-        (on_its_side(orientation) ? walk.down : walk.right) *= -1;
-    }
-    return walk;
-}
-
-void copy_turned(const uint32_t *upright, const Walk &walk, PlaneBuffer &picture, const Rect &area)
+void copy_turned(const uint32_t *upright, const Orientation::Walk &walk, PlaneBuffer &picture,
+                 const Rect &area)
 {
     for (int top = 0; top < area.height; top += TILE) {
         const int bottom = std::min(top + TILE, area.height);
@@ -108,19 +74,19 @@ Orientation orientation_of(GstVideoOrientationMethod method)
 {
     switch (method) {
     case GST_VIDEO_ORIENTATION_90R:
-        return {90, false};
+        return Orientation::clockwise(90);
     case GST_VIDEO_ORIENTATION_180:
-        return {180, false};
+        return Orientation::clockwise(180);
     case GST_VIDEO_ORIENTATION_90L:
-        return {270, false};
+        return Orientation::clockwise(270);
     case GST_VIDEO_ORIENTATION_HORIZ:
-        return {0, true};
+        return MIRRORED;
     case GST_VIDEO_ORIENTATION_VERT:
-        return {180, true};
+        return MIRRORED.then_clockwise(180);
     case GST_VIDEO_ORIENTATION_UL_LR:
-        return {270, true};
+        return MIRRORED.then_clockwise(270);
     case GST_VIDEO_ORIENTATION_UR_LL:
-        return {90, true};
+        return MIRRORED.then_clockwise(90);
     default:
         return {};
     }
@@ -133,25 +99,15 @@ Orientation viewer_orientation(const GstVideoInfo &info, const Orientation &stor
     int turn = view.rotation;
     if (upright.height > upright.width && view.panel_angle != 0)
         turn = 360 - view.panel_angle;
-    return {(stored.degrees + turn) % 360, stored.mirrored};
+    return stored.then_clockwise(turn);
 }
 
 Rect fitted_area(const GstVideoInfo &info, const Orientation &orientation, const Rect &area)
 {
     const Proportions shown = proportions_of(info, orientation);
-    if (area.width <= 0 || area.height <= 0 || shown.width <= 0 || shown.height <= 0)
+    if (area.empty() || shown.width <= 0 || shown.height <= 0)
         return {area.x, area.y, 0, 0};
-    int64_t width = area.width;
-    int64_t height = area.height;
-    if (shown.width * area.height > shown.height * area.width)
-        height = (shown.height * area.width + shown.width / 2) / shown.width;
-    else
-        width = (shown.width * area.height + shown.height / 2) / shown.height;
-    width = std::clamp<int64_t>(width, 1, area.width);
-    height = std::clamp<int64_t>(height, 1, area.height);
-    return {area.x + static_cast<int>(area.width - width) / 2,
-            area.y + static_cast<int>(area.height - height) / 2, static_cast<int>(width),
-            static_cast<int>(height)};
+    return centred(fit(shown.width, shown.height, area.size()), area);
 }
 
 bool FramePainter::paint(const GstVideoInfo &info, GstBuffer *frame, const Orientation &stored,
@@ -159,27 +115,23 @@ bool FramePainter::paint(const GstVideoInfo &info, GstBuffer *frame, const Orien
 {
     const Orientation orientation = viewer_orientation(info, stored, view);
     const Rect area = fitted_area(info, orientation, view.area);
-    if (area.x < 0 || area.y < 0 || area.x + area.width > picture.width() ||
-        area.y + area.height > picture.height())
+    if (!whole({picture.width(), picture.height()}).covers(area))
         return false;
     paint_bars(picture, area);
-    if (area.width == 0 || area.height == 0)
+    if (area.empty())
         return true;
-    if (orientation.degrees == 0 && !orientation.mirrored)
+    if (orientation == Orientation())
         return convert(info, frame,
                        picture.pixels() + static_cast<size_t>(area.y) * picture.stride() +
                            static_cast<size_t>(area.x) * PIXEL_BYTES,
                        area.width, area.height, picture.stride());
 
-    int width = area.width;
-    int height = area.height;
-    if (on_its_side(orientation))
-        std::swap(width, height);
-    scratch_.resize(static_cast<size_t>(width) * height);
-    if (!convert(info, frame, reinterpret_cast<uint8_t *>(scratch_.data()), width, height,
-                 width * PIXEL_BYTES))
+    const Size upright = orientation.of(area.size());
+    scratch_.resize(static_cast<size_t>(upright.area()));
+    if (!convert(info, frame, reinterpret_cast<uint8_t *>(scratch_.data()), upright.width,
+                 upright.height, upright.width * PIXEL_BYTES))
         return false;
-    copy_turned(scratch_.data(), walk_through(width, height, orientation), picture, area);
+    copy_turned(scratch_.data(), orientation.walk(area.size()), picture, area);
     return true;
 }
 

@@ -11,16 +11,11 @@
 #include <memory>
 #include <vector>
 
+#include "base/orientation.h"
 #include "media_player/display_settings.h"
 #include "media_player/gst_ptr.h"
 
 namespace platform {
-
-/** How a picture is turned: first mirrored left to right, then turned clockwise. */
-struct Orientation {
-    int degrees = 0;
-    bool mirrored = false;
-};
 
 /** What a stream's tag means. */
 Orientation orientation_of(GstVideoOrientationMethod method);

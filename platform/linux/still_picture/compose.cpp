@@ -1,5 +1,7 @@
 #include "still_picture/compose.h"
 
+#include <algorithm>
+
 #include "still_picture/row_scaler.h"
 
 namespace platform {
@@ -16,20 +18,21 @@ uint32_t *row_of(PlaneBuffer &buffer, int y)
     return reinterpret_cast<uint32_t *>(buffer.pixels() + static_cast<size_t>(y) * buffer.stride());
 }
 
-void copy_straight(const Image &image, const Turn &turn, PlaneBuffer &out, int left, int top)
+void copy_straight(const Image &image, const Orientation &turn, PlaneBuffer &out, int left, int top)
 {
     const Size size = image.size;
     for (int y = 0; y < size.height; ++y) {
-        const uint32_t *from = image.row(turn.mirror_y ? size.height - 1 - y : y);
+        const uint32_t *from = image.row(turn.mirrored_y ? size.height - 1 - y : y);
         uint32_t *to = row_of(out, top + y) + left;
-        if (turn.mirror_x)
+        if (turn.mirrored_x)
             std::reverse_copy(from, from + size.width, to);
         else
             std::copy_n(from, size.width, to);
     }
 }
 
-void copy_transposed(const Image &image, const Turn &turn, PlaneBuffer &out, int left, int top)
+void copy_transposed(const Image &image, const Orientation &turn, PlaneBuffer &out, int left,
+                     int top)
 {
     const Size size = turn.of(image.size); // as it will lie
     const auto copy_block = [&](int x_begin, int y_begin) {
@@ -37,9 +40,9 @@ void copy_transposed(const Image &image, const Turn &turn, PlaneBuffer &out, int
         const int y_end = std::min(y_begin + BLOCK, size.height);
         for (int y = y_begin; y < y_end; ++y) {
             uint32_t *to = row_of(out, top + y) + left;
-            const int column = turn.mirror_y ? size.height - 1 - y : y;
+            const int column = turn.mirrored_y ? size.height - 1 - y : y;
             for (int x = x_begin; x < x_end; ++x)
-                to[x] = image.row(turn.mirror_x ? size.width - 1 - x : x)[column];
+                to[x] = image.row(turn.mirrored_x ? size.width - 1 - x : x)[column];
         }
     };
     for (int y = 0; y < size.height; y += BLOCK) {
@@ -48,24 +51,24 @@ void copy_transposed(const Image &image, const Turn &turn, PlaneBuffer &out, int
     }
 }
 
-void draw_bars(PlaneBuffer &out, int left, int top, const Size &picture)
+void draw_bars(PlaneBuffer &out, const Rect &picture)
 {
     for (int y = 0; y < out.height(); ++y) {
         uint32_t *row = row_of(out, y);
-        if (y < top || y >= top + picture.height) {
+        if (y < picture.y || y >= picture.bottom()) {
             std::fill_n(row, out.width(), BLACK);
         } else {
-            std::fill(row, row + left, BLACK);
-            std::fill(row + left + picture.width, row + out.width(), BLACK);
+            std::fill(row, row + picture.x, BLACK);
+            std::fill(row + picture.right(), row + out.width(), BLACK);
         }
     }
 }
 
 } // namespace
 
-Turn Turn::upright(int orientation)
+Orientation upright_orientation(int exif_orientation)
 {
-    switch (orientation) {
+    switch (exif_orientation) {
     case 2:
         return {false, true, false};
     case 3:
@@ -85,14 +88,6 @@ Turn Turn::upright(int orientation)
     }
 }
 
-Turn Turn::then_clockwise(int degrees) const
-{
-    Turn turned = *this;
-    for (int quarter = degrees / 90; quarter > 0; --quarter)
-        turned = {!turned.transpose, !turned.mirror_y, turned.mirror_x};
-    return turned;
-}
-
 Size size_to_keep(const Size &stored, const Size &panel)
 {
     const Size straight = fit(stored, panel);
@@ -101,22 +96,21 @@ Size size_to_keep(const Size &stored, const Size &panel)
     return stored.holds(larger) ? larger : stored;
 }
 
-void compose(const Image &image, const Size &stored, const Turn &turn, PlaneBuffer &out)
+void compose(const Image &image, const Size &stored, const Orientation &turn, PlaneBuffer &out)
 {
-    const Size fitted = fit(turn.of(stored), {out.width(), out.height()});
-    const int left = (out.width() - fitted.width) / 2;
-    const int top = (out.height() - fitted.height) / 2;
+    const Size plane = {out.width(), out.height()};
+    const Rect area = centred(fit(turn.of(stored), plane), whole(plane));
 
-    const Size wanted = turn.of(fitted); // in the file's own orientation
+    const Size wanted = turn.of(area.size()); // in the file's own orientation
     Image scaled;
     if (image.size != wanted)
         scaled = RowScaler::scale(image, wanted);
     const Image &exact = image.size != wanted ? scaled : image;
-    if (turn.transpose)
-        copy_transposed(exact, turn, out, left, top);
+    if (turn.transposed)
+        copy_transposed(exact, turn, out, area.x, area.y);
     else
-        copy_straight(exact, turn, out, left, top);
-    draw_bars(out, left, top, fitted);
+        copy_straight(exact, turn, out, area.x, area.y);
+    draw_bars(out, area);
 }
 
 } // namespace platform

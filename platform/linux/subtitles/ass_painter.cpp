@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "base/orientation.h"
 #include "log/platform_log.h"
 #include "subtitles/ass_adjust.h"
 #include "subtitles/ass_text.h"
@@ -90,8 +91,8 @@ const Overlay &AssPainter::overlay_at(int64_t position_ms, int width, int height
         width_ = width;
         height_ = height;
         degrees_ = degrees;
-        const bool lying = degrees == 90 || degrees == 270;
-        fit_to(lying ? height : width, lying ? width : height);
+        const Size upright = Orientation::clockwise(degrees).of({width, height});
+        fit_to(upright.width, upright.height);
     }
     int changed = 0;
     const ASS_Image *images =

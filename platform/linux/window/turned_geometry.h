@@ -4,7 +4,7 @@
  */
 #pragma once
 
-#include "base/geometry.h"
+#include "base/orientation.h"
 
 namespace platform {
 
@@ -14,9 +14,9 @@ namespace platform {
  * @param panel   native size in pixels
  * @param degrees clockwise turn of the panel: 0, 90, 180 or 270
  */
-inline Size turned_size(Size panel, int degrees)
+inline Size turned_size(const Size &panel, int degrees)
 {
-    return degrees % 180 != 0 ? panel.turned() : panel;
+    return Orientation::clockwise(degrees).of(panel);
 }
 
 /**
@@ -24,18 +24,9 @@ inline Size turned_size(Size panel, int degrees)
  *
  * @param point counted from the panel's native top left corner
  */
-inline Point turned_point(Point point, Size panel, int degrees)
+inline Point turned_point(const Point &point, const Size &panel, int degrees)
 {
-    switch (degrees) {
-    case 90:
-        return {panel.height - 1 - point.y, point.x};
-    case 180:
-        return {panel.width - 1 - point.x, panel.height - 1 - point.y};
-    case 270:
-        return {point.y, panel.width - 1 - point.x};
-    default:
-        return point;
-    }
+    return Orientation::clockwise(degrees).place(point, turned_size(panel, degrees));
 }
 
 } // namespace platform

@@ -64,15 +64,6 @@ TEST(Scaling, IsDoneWithTheLastRow)
     EXPECT_TRUE(scaler.done());
 }
 
-TEST(Fitting, KeepsTheProportionsAndFillsOneSide)
-{
-    EXPECT_EQ(fit({4000, 3000}, {1920, 1080}), (Size{1440, 1080}));
-    EXPECT_EQ(fit({3000, 4000}, {1920, 1080}), (Size{810, 1080}));
-    EXPECT_EQ(fit({1920, 1080}, {1920, 1080}), (Size{1920, 1080}));
-    EXPECT_EQ(fit({65500, 1}, {1920, 1080}), (Size{1920, 1}));
-    EXPECT_EQ(fit({1, 65500}, {1920, 1080}), (Size{1, 1080}));
-}
-
 TEST(KeptSize, IsEnoughForThePanelAtEveryAngleAndNeverMoreThanTheFileHas)
 {
     const Size panel{1920, 1080};
@@ -80,18 +71,6 @@ TEST(KeptSize, IsEnoughForThePanelAtEveryAngleAndNeverMoreThanTheFileHas)
     EXPECT_EQ(size_to_keep({2160, 3840}, panel), (Size{1080, 1920})) << "fills a turned panel";
     EXPECT_EQ(size_to_keep({3840, 2160}, panel), (Size{1920, 1080}));
     EXPECT_EQ(size_to_keep({640, 480}, panel), (Size{640, 480}));
-}
-
-TEST(Turning, FourQuartersAreNoTurn)
-{
-    for (int orientation = 1; orientation <= 8; ++orientation) {
-        const Turn upright = Turn::upright(orientation);
-        const Turn round =
-            upright.then_clockwise(90).then_clockwise(90).then_clockwise(90).then_clockwise(90);
-        EXPECT_EQ(round.transpose, upright.transpose) << orientation;
-        EXPECT_EQ(round.mirror_x, upright.mirror_x) << orientation;
-        EXPECT_EQ(round.mirror_y, upright.mirror_y) << orientation;
-    }
 }
 
 } // namespace
