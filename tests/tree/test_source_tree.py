@@ -74,6 +74,54 @@ def test_platform_includes_nothing_of_the_player(source_dir, files):
     assert not wrong, "\n".join(wrong)
 
 
+def floors(source_dir):
+    """The folders of the Linux platform by floor, counted from the ground, as DESIGN.md has them."""
+    section = re.search(r"^## Floors[^\n]*\n(.*?)^## ", read(source_dir, "DESIGN.md"),
+                        re.MULTILINE | re.DOTALL).group(1)
+    found = {}
+    for item in re.findall(r"^(\d+)\. (.*?)(?::|\n(?! ))", section, re.MULTILINE | re.DOTALL):
+        for folder in re.findall(r"`(\w+)`", item[1]):
+            assert folder not in found, f"{folder} stands on two floors"
+            found[folder] = int(item[0])
+    return found
+
+
+def needs(source_dir, folder):
+    text = read(source_dir, f"platform/linux/{folder}/CMakeLists.txt")
+    match = re.search(r"^platform_service\([^)]*\bNEEDS ([^)]*)\)", text, re.MULTILINE)
+    return set(match.group(1).split()) if match else set()
+
+
+def circle(arrows):
+    """Folders that reach each other along the arrows; empty when there are none."""
+    left = {folder: set(targets) for folder, targets in arrows.items()}
+    while ends := [folder for folder, targets in left.items() if not targets & left.keys()]:
+        for folder in ends:
+            del left[folder]
+    return sorted(left)
+
+
+def test_platform_folders_lean_only_on_lower_floors(source_dir, files):
+    floor = floors(source_dir)
+    folders = {name.split("/")[2] for name in files
+               if name.startswith("platform/linux/") and name.count("/") > 2}
+    assert floor.keys() == folders
+    included = {folder: set() for folder in folders}
+    for name in files:
+        if name.startswith("platform/linux/") and name.endswith(CODE):
+            own = name.split("/")[2]
+            targets = {include[1:-1].split("/")[0] for include in includes(read(source_dir, name))}
+            included[own] |= (targets & folders) - {own}
+    linked = {folder: needs(source_dir, folder) for folder in folders}
+    wrong = [f"{folder} leans on {target}, which stands above it"
+             for folder in sorted(folders) for target in sorted(included[folder] | linked[folder])
+             if floor[target] > floor[folder]]
+    wrong += [f"{folder} includes {target}, but NEEDS does not name it"
+              for folder in sorted(folders) for target in sorted(included[folder] - linked[folder])]
+    assert not wrong, "\n".join(wrong)
+    assert not circle({folder: included[folder] | linked[folder] for folder in folders})
+
+
 def test_platform_headers_define_each_type_once(source_dir, files):
     # Two types of one name are undefined behaviour that no compiler sees: the linker keeps one.
     places = {}

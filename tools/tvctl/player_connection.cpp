@@ -7,8 +7,8 @@
 
 #include <Ecore.h>
 
-#include "app_framework/bus_names.h"
 #include "bus/bus_connection.h"
+#include "bus/bus_names.h"
 #include "command.h"
 
 namespace tvctl {

@@ -8,7 +8,6 @@
 
 #include "app_framework/command_line.h"
 #include "app_framework/early_start.h"
-#include "app_framework/injection.h"
 #include "app_framework/message_catalogue.h"
 #include "app_framework/session_watch.h"
 #include "app_framework/single_instance.h"
@@ -137,7 +136,8 @@ bool Application::start_services()
         update_visibility();
     });
     if (instance_->connection())
-        control_start(instance_->connection());
+        control_start(instance_->connection(),
+                      {[this] { return first_launch_; }, [this] { announce_language_change(); }});
     return true;
 }
 
@@ -250,15 +250,10 @@ void Application::announce(app_event_type_e type)
     }
 }
 
-timespec first_launch_time()
-{
-    return Application::get().first_launch();
-}
-
-void announce_language_change()
+void Application::announce_language_change()
 {
     choose_catalogue_language();
-    Application::get().announce(APP_EVENT_LANGUAGE_CHANGED);
+    announce(APP_EVENT_LANGUAGE_CHANGED);
     // The application has had the toolkit choose the language, which sets every part of the locale.
     setlocale(LC_NUMERIC, "C");
 }

@@ -49,11 +49,8 @@ class Application {
     app_event_handler_h add_event_handler(app_event_type_e type, app_event_cb callback,
                                           void *user_data);
 
-    /** When the first launch request was handed over; 0 before. */
-    timespec first_launch() const { return first_launch_; }
-
-    /** Tells a system event to its handlers. */
-    void announce(app_event_type_e type);
+    /** Tells the application that the system language is another one now. */
+    void announce_language_change();
 
   private:
     enum class Phase { Idle, Starting, Running, Ending };
@@ -70,11 +67,12 @@ class Application {
     void signalled();
     void compositor_gone();
     void update_visibility();
+    void announce(app_event_type_e type);
 
     ui_app_lifecycle_callback_s callbacks_ = {};
     void *user_data_ = nullptr;
     Phase phase_ = Phase::Idle;
-    timespec first_launch_ = {};
+    timespec first_launch_ = {}; ///< by the real-time clock; 0 before the first request
     bool quit_asked_ = false;
     int exit_status_ = 0;
     bool window_seen_ = true;

@@ -5,7 +5,7 @@
 
 #include <Ecore.h>
 
-#include "app_framework/bus_names.h"
+#include "bus/bus_names.h"
 #include "log/platform_log.h"
 
 namespace platform {

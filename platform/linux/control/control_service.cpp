@@ -5,12 +5,13 @@
 #include <string>
 #include <utility>
 
-#include "app_framework/bus_names.h"
-#include "app_framework/injection.h"
+#include "bus/bus_names.h"
 #include "control/message_arguments.h"
 #include "control/status_answers.h"
 #include "control/status_report.h"
+#include "device_power/power_service.h"
 #include "key_router/key_names.h"
+#include "key_router/key_translator.h"
 #include "log/log_line.h"
 #include "log/platform_log.h"
 #include "panel/panel_model.h"
@@ -27,6 +28,7 @@ constexpr char REFUSED[] = "org.tizen.OstrelDemoPlayerTv.Error.Refused";
 /** The service while it is on the bus. */
 struct Service {
     Eldbus_Service_Interface *interface = nullptr;
+    ControlledApplication application;
     std::shared_ptr<StatusAnswers> status;
 };
 
@@ -98,7 +100,7 @@ Eldbus_Message *on_power(const Eldbus_Service_Interface *interface, const Eldbus
     if (event == events.end())
         return invalid(call, "Power takes off, standby or wakeup");
     answer_now(interface, call);
-    inject_power(event->second);
+    PowerService::get().raise(event->second);
     return nullptr;
 }
 
@@ -108,7 +110,7 @@ Eldbus_Message *on_language(const Eldbus_Service_Interface *interface, const Eld
     if (!name || !set_language(*name))
         return invalid(call, "Language takes a language and country like ko_KR");
     answer_now(interface, call);
-    announce_language_change();
+    service().application.announce_language_change();
     return nullptr;
 }
 
@@ -176,7 +178,8 @@ const Eldbus_Service_Interface_Desc DESCRIPTION = {
 
 } // namespace
 
-bool control_start(Eldbus_Connection *connection, StorageReader read)
+bool control_start(Eldbus_Connection *connection, ControlledApplication application,
+                   StorageReader read)
 {
     if (connection == nullptr || service().interface != nullptr)
         return false;
@@ -186,7 +189,8 @@ bool control_start(Eldbus_Connection *connection, StorageReader read)
         PLATFORM_LOGW("control", "the control interface could not be put on the session bus");
         return false;
     }
-    service() = {interface, StatusAnswers::create(std::move(read))};
+    auto status = StatusAnswers::create(std::move(read), application.first_launch);
+    service() = {interface, std::move(application), std::move(status)};
     return true;
 }
 

@@ -21,14 +21,19 @@ struct StatusAnswers::Delivery {
     StorageFacts facts;
 };
 
-std::shared_ptr<StatusAnswers> StatusAnswers::create(StorageReader read)
+std::shared_ptr<StatusAnswers> StatusAnswers::create(StorageReader read,
+                                                     std::function<timespec()> list_made)
 {
-    std::shared_ptr<StatusAnswers> answers(new StatusAnswers(std::move(read)));
+    std::shared_ptr<StatusAnswers> answers(
+        new StatusAnswers(std::move(read), std::move(list_made)));
     answers->self_ = answers;
     return answers;
 }
 
-StatusAnswers::StatusAnswers(StorageReader read) : read_(std::move(read)) {}
+StatusAnswers::StatusAnswers(StorageReader read, std::function<timespec()> list_made)
+    : read_(std::move(read)), list_made_(std::move(list_made))
+{
+}
 
 StatusAnswers::~StatusAnswers()
 {
@@ -50,8 +55,8 @@ void StatusAnswers::read_next()
     while (!reading_ && !waiting_.empty()) {
         const Waiting &first = waiting_.front();
         reading_ =
-            worker_.post([read = read_, question = storage_question(first.status), owner = self_,
-                          number = first.number, &stopping = worker_.stopping()] {
+            worker_.post([read = read_, question = storage_question(first.status, list_made_()),
+                          owner = self_, number = first.number, &stopping = worker_.stopping()] {
                 auto delivery = std::make_unique<Delivery>(Delivery{owner, number, read(question)});
                 // Once the service has ended, the toolkit may have, too.
                 if (!stopping)

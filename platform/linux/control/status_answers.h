@@ -21,8 +21,12 @@ class StatusAnswers {
   public:
     using Answer = std::function<void(const Status &status)>;
 
-    /** @param read called in a thread, for one question at a time */
-    static std::shared_ptr<StatusAnswers> create(StorageReader read);
+    /**
+     * @param read      called in a thread, for one question at a time
+     * @param list_made tells when the player made its lists; called on the main-loop thread
+     */
+    static std::shared_ptr<StatusAnswers> create(StorageReader read,
+                                                 std::function<timespec()> list_made);
 
     /** Whoever has no answer yet gets none. */
     ~StatusAnswers();
@@ -42,7 +46,7 @@ class StatusAnswers {
     };
     struct Delivery;
 
-    explicit StatusAnswers(StorageReader read);
+    StatusAnswers(StorageReader read, std::function<timespec()> list_made);
     void read_next();
     void take(unsigned int number, StorageFacts facts);
     void give(unsigned int number, StorageFacts facts);
@@ -50,6 +54,7 @@ class StatusAnswers {
     static Eina_Bool on_deadline(void *data);
 
     const StorageReader read_;
+    const std::function<timespec()> list_made_;
     std::weak_ptr<StatusAnswers> self_;
     std::list<Waiting> waiting_;
     unsigned int asked_ = 0;

@@ -1,7 +1,6 @@
 #include "control/status_report.h"
 
 #include "app_context/app_context_state.h"
-#include "app_framework/injection.h"
 #include "config_store/config_files.h"
 #include "config_store/key_names.h"
 #include "config_store/known_keys.h"
@@ -70,10 +69,10 @@ Status collect_status()
     return status;
 }
 
-StorageQuestion storage_question(const Status &status)
+StorageQuestion storage_question(const Status &status, const timespec &list_made)
 {
     const bool direct_backlight = Settings::get().store_content_type == DIRECT_BACKLIGHT;
-    return {status.file(), direct_backlight, first_launch_time(), usb_changes()};
+    return {status.file(), direct_backlight, list_made, usb_changes()};
 }
 
 } // namespace platform

@@ -62,8 +62,12 @@ struct Status {
 /** The status at this moment, without what the storage has to be asked. */
 Status collect_status();
 
-/** What the storage has to be asked for a status of this moment. */
-StorageQuestion storage_question(const Status &status);
+/**
+ * What the storage has to be asked for a status of this moment.
+ *
+ * @param list_made when the player made its lists, by the real-time clock; 0 before
+ */
+StorageQuestion storage_question(const Status &status, const timespec &list_made);
 
 /** All of it as named values, for programs. */
 std::vector<StatusNode> status_nodes(const Status &status);

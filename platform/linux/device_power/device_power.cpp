@@ -81,11 +81,6 @@ void PowerService::stop()
     state_subscriptions_.clear();
 }
 
-void inject_power(PowerEvent event)
-{
-    PowerService::get().raise(event);
-}
-
 namespace {
 
 int subscribe(PowerEvent event, device_power_cb callback, void *user_data)

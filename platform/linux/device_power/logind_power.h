@@ -7,10 +7,10 @@
 
 #include <Ecore.h>
 
-#include "app_framework/injection.h"
 #include "base/descriptor.h"
 #include "base/toolkit_handles.h"
 #include "bus/bus_connection.h"
+#include "device_power/power_service.h"
 
 namespace platform {
 

@@ -6,12 +6,17 @@
 #include <memory>
 #include <vector>
 
-#include "app_framework/injection.h"
 #include "device_power.h"
 
 namespace platform {
 
 class LogindPower;
+
+enum class PowerEvent {
+    Off,
+    Standby,
+    Wakeup,
+};
 
 class PowerService {
   public:

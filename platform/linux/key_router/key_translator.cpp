@@ -5,7 +5,6 @@
 
 #include <Ecore_Input.h>
 
-#include "app_framework/injection.h"
 #include "key_router/key_names.h"
 #include "log/platform_log.h"
 #include "settings/settings.h"

@@ -12,8 +12,8 @@ namespace platform {
 std::string language();
 
 /**
- * Makes another language the system's until the program ends. Whoever calls this also announces
- * the change (app_framework/injection.h).
+ * Makes another language the system's until the program ends. Whoever calls this also has the
+ * framework announce the change.
  *
  * @param name language and country, e.g. "ko_KR"
  * @return false, nothing changed, for anything else

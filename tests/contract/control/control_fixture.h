@@ -89,6 +89,7 @@ class ControlFixture : public testing::Test {
     store_test::Environment locale_{"LC_ALL", "C"};
     store_test::Environment system_modules_{"ECORE_NO_SYSTEM_MODULES", "1"};
     store_test::Environment no_bus_{"DBUS_SESSION_BUS_ADDRESS"};
+    store_test::Environment no_system_bus_{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere"};
     store_test::Environment no_default_bus_{"XDG_RUNTIME_DIR", scratch_ / "xdg"};
     std::optional<store_test::Environment> address_;
     std::unique_ptr<store_test::Child> bus_;

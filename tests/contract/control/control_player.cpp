@@ -1,21 +1,23 @@
-// A stand-in for a running player: the real control service on the session bus, and in place of the
-// parts that it acts on, functions that print what was asked of them. Ends on SIGTERM and on the
-// power event "off". With TEST_STORAGE_GATE set, the storage answers only once somebody has opened
-// that pipe for writing.
+// A stand-in for a running player: the real control service on the session bus. It prints what
+// reaches it of keys, power events and other news, and what it plays is made up. Ends on SIGTERM
+// and on the power event "off". With TEST_STORAGE_GATE set, the storage answers only once somebody
+// has opened that pipe for writing.
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <string>
 
 #include <Ecore.h>
+#include <Ecore_Input.h>
 #include <fcntl.h>
 #include <unistd.h>
 
 #include "app_context.h"
-#include "app_framework/bus_names.h"
-#include "app_framework/injection.h"
 #include "bus/bus_connection.h"
+#include "bus/bus_names.h"
 #include "control/control.h"
+#include "device_power.h"
+#include "device_power/power_service.h"
 #include "media_player/player_status.h"
 #include "panel/panel_model.h"
 #include "still_picture/picture_status.h"
@@ -82,6 +84,12 @@ platform::StorageFacts read_behind_the_gate(const platform::StorageQuestion &que
     return platform::read_storage(question);
 }
 
+Eina_Bool on_key(void *, int, void *event)
+{
+    say(std::string("key ") + static_cast<Ecore_Event_Key *>(event)->keyname);
+    return ECORE_CALLBACK_PASS_ON;
+}
+
 Eina_Bool quit(void *, int, void *)
 {
     ecore_main_loop_quit();
@@ -91,23 +99,6 @@ Eina_Bool quit(void *, int, void *)
 } // namespace
 
 namespace platform {
-
-void inject_key(const std::string &tv_key_name)
-{
-    say("key " + tv_key_name);
-}
-
-void inject_power(PowerEvent event)
-{
-    say("power " + std::to_string(static_cast<int>(event)));
-    if (event == PowerEvent::Off)
-        ecore_main_loop_quit();
-}
-
-void announce_language_change()
-{
-    say("language changed");
-}
 
 PlayerStatus current_player_status()
 {
@@ -128,11 +119,6 @@ PictureStatus current_picture_status()
     return {};
 }
 
-timespec first_launch_time()
-{
-    return {};
-}
-
 std::shared_ptr<VideoPlane> VideoPlane::current()
 {
     static const auto plane = std::make_shared<CountingPlane>();
@@ -145,15 +131,27 @@ int main()
 {
     using namespace platform;
     ecore_init();
+    ecore_event_init();
     int result = 1;
     if (BusConnectionPtr bus = connect_session_bus()) {
         Eldbus_Service_Interface *application =
             eldbus_service_interface_register(bus.get(), BUS_OBJECT, &APPLICATION);
-        if (control_start(bus.get(), read_behind_the_gate) && !control_start(bus.get())) {
+        const ControlledApplication controlled = {[] { return timespec{}; },
+                                                  [] { say("language changed"); }};
+        if (control_start(bus.get(), controlled, read_behind_the_gate) &&
+            !control_start(bus.get(), controlled)) {
             app_context_manager_init();
             SettingsAPI::Get()->DisableItemsByList({"broadcasting", "pip"}, "org.example.app");
             PanelModel::get().on_angle(
                 [](int degrees) { say("panel " + std::to_string(degrees)); });
+            ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key, nullptr);
+            device_power_subscribe_poweroff(
+                [](void *) {
+                    say("power off");
+                    ecore_main_loop_quit();
+                },
+                nullptr);
+            device_power_subscribe_standby([](void *) { say("power standby"); }, nullptr);
             ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, quit, nullptr);
             eldbus_name_request(bus.get(), BUS_NAME, ELDBUS_NAME_REQUEST_FLAG_DO_NOT_QUEUE, on_name,
                                 nullptr);
@@ -162,8 +160,10 @@ int main()
         }
         control_stop();
         control_stop();
+        PowerService::get().stop();
         eldbus_service_interface_unregister(application);
     }
+    ecore_event_shutdown();
     ecore_shutdown();
     return result;
 }

@@ -48,9 +48,9 @@ TEST_F(Control, PanelIsTurned)
 TEST_F(Control, PowerEventIsRaisedAndTheCallerAnsweredThoughThePlayerEnds)
 {
     EXPECT_EQ(tvctl({"power", "standby"}).status, 0);
-    EXPECT_TRUE(player_says("power 1"));
+    EXPECT_TRUE(player_says("power standby"));
     EXPECT_EQ(tvctl({"power", "off"}).status, 0);
-    EXPECT_TRUE(player_says("power 0"));
+    EXPECT_TRUE(player_says("power off"));
     EXPECT_EQ(player_->finish(), 0) << player_->err_text();
     const Outcome outcome = tvctl({"power", "off"});
     EXPECT_EQ(outcome.status, 3);

@@ -18,27 +18,14 @@
 #include <Elementary.h>
 
 #include "app_framework.h"
-#include "app_framework/injection.h"
-#include "control/control.h"
+#include "app_framework/application.h"
 #include "device_power.h"
 #include "display_rotator.h"
 #include "efl_on_tv.h"
 #include "key_router.h"
+#include "key_router/key_translator.h"
 #include "panel/panel_model.h"
 #include "window/tv_window.h"
-
-// The control service has a contract of its own; this application goes without it.
-namespace platform {
-bool control_start(Eldbus_Connection *, StorageReader)
-{
-    return true;
-}
-void control_stop() {}
-StorageFacts read_storage(const StorageQuestion &)
-{
-    return {};
-}
-} // namespace platform
 
 namespace {
 
@@ -251,7 +238,7 @@ void obey(const std::string &command)
         keyboard_asked_for = true;
         tell_keyboard();
     } else if (command == "language") {
-        platform::announce_language_change();
+        platform::Application::get().announce_language_change();
     } else if (command.compare(0, 5, "turn ") == 0) {
         platform::PanelModel::get().turn_to(std::atoi(command.c_str() + 5));
     } else if (command.compare(0, 6, "press ") == 0) {
