@@ -313,24 +313,3 @@ def test_file_map_matches_the_tree(source_dir, files):
                      if not any(path.startswith(f"{other}/") for other in named
                                 if other.count("/") >= 1))
     assert not unnamed, f"in the tree, but not in DESIGN.md: {unnamed}"
-
-
-# The platform tells staff what the player is going to do, and may not ask the player's own sources.
-TABLES_OF_BOTH = [
-    ("src/player/control/RotationTimer.cpp", r"ZavoTimerTable\[\] = \{([^}]*)\}",
-     "platform/linux/panel/timed_rotation.cpp", r"INTERVALS_S = \{([^}]*)\}"),
-    ("src/player/control/PlayList.cpp", r" VIDEO_EXTENSIONS\[\] =\s*(\"[^\"]*\")",
-     "platform/linux/control/content_list.cpp", r" VIDEOS\[\] =\s*(\"[^\"]*\")"),
-    ("src/player/control/PlayList.cpp", r"(\"\.smp4[^\"]*\")",
-     "platform/linux/control/content_list.cpp", r"(\"\.smp4[^\"]*\")"),
-    ("src/player/control/PlayList.cpp", r"(\"\.jpg[^\"]*\")",
-     "platform/linux/control/content_list.cpp", r"(\"\.jpg[^\"]*\")"),
-]
-
-
-@pytest.mark.parametrize("players, in_player, platforms, in_platform", TABLES_OF_BOTH)
-def test_platform_agrees_with_the_player_on_its_tables(source_dir, players, in_player, platforms,
-                                                       in_platform):
-    told = re.findall(in_player, read(source_dir, players))
-    assert len(told) == 1, players
-    assert re.findall(in_platform, read(source_dir, platforms)) == told

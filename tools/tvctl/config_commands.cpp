@@ -9,7 +9,7 @@
 #include "command.h"
 #include "config_store.h"
 #include "config_store/config_files.h"
-#include "config_store/known_keys.h"
+#include "player_rules/config_keys.h"
 #include "settings/settings.h"
 #include "store_watch.h"
 

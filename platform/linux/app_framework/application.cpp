@@ -19,6 +19,7 @@
 #include "panel/panel_model.h"
 #include "panel/rotation_state.h"
 #include "panel/timed_rotation.h"
+#include "player_rules/launch_rules.h"
 #include "window/tv_window.h"
 
 namespace platform {
@@ -27,14 +28,6 @@ namespace {
 
 constexpr char SERVICE[] = "app_framework";
 constexpr char WINDOW_NAME[] = "ostrel-demo-player-tv";
-
-/** Requests of the factory and of the ambient mode leave what plays as it is. */
-bool starts_playback(const Extras &extras)
-{
-    const auto below = extras.find("__K_RELOCATE_BELOW");
-    return extras.count("mode") == 0 &&
-           (below == extras.end() || below->second != "com.norvane.tv.aod");
-}
 
 enum ExitStatus { DONE = 0, COULD_NOT_RUN = 1, BAD_COMMAND_LINE = 2 };
 

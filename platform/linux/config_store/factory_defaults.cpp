@@ -2,31 +2,16 @@
 
 #include "config_store.h"
 
-#include "config_store/key_names.h"
+#include "player_rules/config_keys.h"
 
 namespace platform {
 
-namespace {
-
-struct Default {
-    const char *key;
-    int value;
-};
-
-constexpr Default DEFAULTS[] = {
-    {DEMO_MODE_KEY, 0}, // play all
-    {FILE_MODE_KEY, 1}, // landscape
-    {ROTATION_AUTO_MODE_KEY, 0}, {PORTRAIT_TIMER_KEY, 0}, {LANDSCAPE_TIMER_KEY, 0},
-};
-
-} // namespace
-
 void write_factory_defaults()
 {
-    for (const Default &entry : DEFAULTS) {
+    for (const KnownKey &key : known_keys()) {
         int present = 0;
-        if (vconf_get_int(entry.key, &present) != 0)
-            vconf_set_int(entry.key, entry.value);
+        if (key.factory && vconf_get_int(key.name, &present) != 0)
+            vconf_set_int(key.name, *key.factory);
     }
 }
 

@@ -10,11 +10,11 @@
 #include "control/status_answers.h"
 #include "control/status_report.h"
 #include "device_power/power_service.h"
-#include "key_router/key_names.h"
 #include "key_router/key_translator.h"
 #include "log/log_line.h"
 #include "log/platform_log.h"
 #include "panel/panel_model.h"
+#include "player_rules/key_names.h"
 #include "system_facts/language.h"
 #include "usb_storage/usb_devices.h"
 

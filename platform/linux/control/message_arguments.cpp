@@ -5,7 +5,7 @@
 #include <numeric>
 #include <vector>
 
-#include "key_router/key_names.h"
+#include "player_rules/key_names.h"
 
 namespace platform {
 

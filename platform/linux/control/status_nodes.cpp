@@ -2,6 +2,7 @@
 
 #include "base/paths.h"
 #include "control/status_report.h"
+#include "player_rules/config_keys.h"
 
 namespace platform {
 
@@ -133,11 +134,7 @@ const std::string &Status::file() const
 
 int Status::selection() const
 {
-    const int word = selection_word.value_or(0);
-    if (word == 0 || word == -1)
-        return word;
-    const auto bits = static_cast<unsigned int>(word);
-    return static_cast<int>((panel.angle % 180 != 0 ? bits >> 8 : bits) & 0xFF);
+    return selection_of(selection_word.value_or(0), panel.angle % 180 != 0);
 }
 
 std::vector<StatusNode> status_nodes(const Status &status)

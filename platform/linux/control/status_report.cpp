@@ -2,10 +2,9 @@
 
 #include "app_context/app_context_state.h"
 #include "config_store/config_files.h"
-#include "config_store/key_names.h"
-#include "config_store/known_keys.h"
 #include "panel/panel_model.h"
 #include "panel/timed_rotation.h"
+#include "player_rules/config_keys.h"
 #include "settings/settings.h"
 #include "system_facts.h"
 #include "system_facts/language.h"

@@ -7,9 +7,9 @@
 #include <set>
 #include <string>
 
-#include "key_router/key_names.h"
 #include "key_router/shortcuts_inhibitor.h"
 #include "log/platform_log.h"
+#include "player_rules/key_names.h"
 
 namespace platform {
 

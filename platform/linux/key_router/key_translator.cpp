@@ -5,8 +5,8 @@
 
 #include <Ecore_Input.h>
 
-#include "key_router/key_names.h"
 #include "log/platform_log.h"
+#include "player_rules/key_names.h"
 #include "settings/settings.h"
 
 namespace platform {

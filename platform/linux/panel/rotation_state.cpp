@@ -1,9 +1,9 @@
 #include "panel/rotation_state.h"
 
 #include "config_store.h"
-#include "config_store/key_names.h"
 #include "log/platform_log.h"
 #include "panel/panel_model.h"
+#include "player_rules/config_keys.h"
 #include "settings/settings.h"
 
 namespace platform {

@@ -1,23 +1,18 @@
 #include "panel/timed_rotation.h"
 
-#include <array>
 #include <cstring>
 
 #include <Ecore_Input.h>
 
 #include "config_store.h"
-#include "config_store/key_names.h"
 #include "config_store/own_writes.h"
 #include "panel/panel_model.h"
+#include "player_rules/config_keys.h"
+#include "player_rules/key_names.h"
 
 namespace platform {
 
 namespace {
-
-constexpr char PANEL_KEY[] = "XF86PanelEnter";
-
-/** What the stored timer indices stand for. */
-constexpr std::array<int, 10> INTERVALS_S = {300, 330, 360, 390, 420, 450, 480, 540, 600, 900};
 
 bool in_portrait()
 {
@@ -36,8 +31,7 @@ int TimedRotation::interval_s(bool portrait)
 {
     int index = 0;
     vconf_get_int(portrait ? PORTRAIT_TIMER_KEY : LANDSCAPE_TIMER_KEY, &index);
-    const bool known = index >= 0 && index < static_cast<int>(INTERVALS_S.size());
-    return INTERVALS_S[known ? static_cast<size_t>(index) : 0];
+    return rotation_interval_s(index);
 }
 
 void TimedRotation::start()
@@ -48,7 +42,7 @@ void TimedRotation::start()
         keys_.reset(ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key, this));
     // The panel outlives the application, and its listeners stay.
     if (!following_)
-        PanelModel::get().on_angle([this](int) { arm(); });
+        PanelModel::get().on_angle([this](int) { restart(); });
     following_ = true;
 }
 
@@ -56,53 +50,41 @@ void TimedRotation::stop()
 {
     on_own_write({});
     keys_.reset();
-    on_ = false;
-    launched_ = false;
-    armed_at_.reset();
+    timer_ = {};
 }
 
 void TimedRotation::launched()
 {
-    if (!launched_) {
-        int stored = 0;
-        vconf_get_int(ROTATION_AUTO_MODE_KEY, &stored);
-        on_ = stored != 0;
-    }
-    launched_ = true;
-    arm();
+    int stored = 0;
+    vconf_get_int(ROTATION_AUTO_MODE_KEY, &stored);
+    timer_.launched(stored != 0);
+    restart();
 }
 
 std::optional<double> TimedRotation::left_s() const
 {
-    if (!armed_at_ || PanelModel::get().turning())
-        return std::nullopt;
-    const double left = *armed_at_ + running_s_ - ecore_time_get();
-    return left > 0 ? std::optional<double>(left) : std::nullopt;
+    return PanelModel::get().turning() ? std::nullopt : timer_.left_s(ecore_time_get());
 }
 
 void TimedRotation::wrote(const std::string &key, int value)
 {
-    if (key == ROTATION_AUTO_MODE_KEY)
-        on_ = value != 0;
-    else if (key != (in_portrait() ? PORTRAIT_TIMER_KEY : LANDSCAPE_TIMER_KEY))
-        return;
-    arm();
+    if (timer_.wrote(key, value, in_portrait()))
+        restart();
 }
 
-void TimedRotation::arm()
+void TimedRotation::restart()
 {
-    armed_at_.reset();
-    if (!on_ || !launched_ || !PanelModel::get().can_turn())
-        return;
-    running_s_ = interval_s(in_portrait());
-    armed_at_ = ecore_time_get();
+    if (PanelModel::get().can_turn())
+        timer_.restart(ecore_time_get(), interval_s(in_portrait()));
+    else
+        timer_.give_up();
 }
 
 Eina_Bool TimedRotation::on_key(void *data, int /*type*/, void *event)
 {
     const char *name = static_cast<const Ecore_Event_Key *>(event)->keyname;
     if (name && std::strcmp(name, PANEL_KEY) == 0)
-        static_cast<TimedRotation *>(data)->armed_at_.reset();
+        static_cast<TimedRotation *>(data)->timer_.give_up();
     return ECORE_CALLBACK_PASS_ON;
 }
 

@@ -1,10 +1,7 @@
 /**
- * When the application turns the panel next by itself. The timer is the application's own and asks
- * nothing of the platform until it fires, so this follows what is seen of it: the configuration
- * keys that the application writes when it starts its timer anew, the panel's turns and the launch
- * requests, after which it starts it too, and the panel key, at which it gives it up. Values that
- * others write to the keys count when the application reads them next, and here no sooner.
- * Main-loop thread only.
+ * When the application turns the panel next by itself: feeds the model of the application's timer
+ * with what is seen of it, its writes to the configuration, the panel's turns, the launch requests
+ * and the panel key. Main-loop thread only.
  */
 #pragma once
 
@@ -14,6 +11,7 @@
 #include <Ecore.h>
 
 #include "base/toolkit_handles.h"
+#include "player_rules/rotation_timer.h"
 
 namespace platform {
 
@@ -30,7 +28,7 @@ class TimedRotation {
     void launched();
 
     /** Whether the application has timed rotation switched on. */
-    bool on() const { return on_; }
+    bool on() const { return timer_.on(); }
 
     /**
      * Seconds until the panel is turned; nothing while timed rotation is off or the panel turns,
@@ -44,14 +42,11 @@ class TimedRotation {
   private:
     TimedRotation() = default;
     void wrote(const std::string &key, int value);
-    void arm();
+    void restart();
     static Eina_Bool on_key(void *data, int type, void *event);
 
-    bool on_ = false;
-    bool launched_ = false;
+    RotationTimerModel timer_;
     bool following_ = false;
-    int running_s_ = 0;
-    std::optional<double> armed_at_;
     EventHandlerPtr keys_;
 };
 

@@ -7,6 +7,7 @@
 #include <langinfo.h>
 
 #include "log/platform_log.h"
+#include "player_rules/popup_size.h"
 #include "widget_extension.h"
 #include "widget_extension/popup_panel.h"
 #include "widget_extension/widget_manager.h"
@@ -19,8 +20,6 @@ constexpr double BUSY_SECONDS = 1.0;
 /** Room for a popup with its shadow, in layout units. */
 constexpr double STAGE_WIDTH_UNITS = 140.0;
 constexpr double STAGE_HEIGHT_UNITS = 110.0;
-constexpr double LIST_WIDTH_UNITS = 120.0;
-constexpr double LIST_HEIGHT_UNITS = 55.0;
 
 /** The letters of the language in force, as far as the names of days and months hold them. */
 std::string local_letters(nl_item first, int count)
@@ -159,8 +158,8 @@ bool Rehearsal::open_stage()
 void Rehearsal::put_on_popup()
 {
     WidgetManager &manager = WidgetManager::get();
-    const int width = manager.pixels(LIST_WIDTH_UNITS);
-    const int height = manager.pixels(LIST_HEIGHT_UNITS);
+    const int width = manager.pixels(OPTIONS_WIDTH_UNITS);
+    const int height = manager.pixels(OPTIONS_HEIGHT_UNITS);
     popup_ = create_popup(stage_.get());
     Evas_Object *layout = elm_velt_layout_add(popup_);
     list_ = make_list(layout);

@@ -16,7 +16,7 @@
 
 #include "base/descriptor.h"
 #include "config_store/config_files.h"
-#include "config_store/known_keys.h"
+#include "player_rules/config_keys.h"
 #include "store_support/captured_log.h"
 #include "store_support/scratch.h"
 

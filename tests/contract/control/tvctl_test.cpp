@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "config_store/known_keys.h"
 #include "control_fixture.h"
+#include "player_rules/config_keys.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 
 #include <gmock/gmock.h>
 
-#include "key_router/key_names.h"
+#include "player_rules/key_names.h"
 #include "set_keys.h"
 #include "store_support/scratch.h"
 

@@ -1,4 +1,4 @@
-#include "key_router/key_names.h"
+#include "player_rules/key_names.h"
 
 #include <algorithm>
 

@@ -11,6 +11,9 @@
 
 namespace platform {
 
+/** Turns the panel, where the player takes it up. */
+inline constexpr char PANEL_KEY[] = "XF86PanelEnter";
+
 /** Every key of the set's remote control, each once. */
 const std::vector<const char *> &tv_key_names();
 

@@ -1,0 +1,264 @@
+// What the Linux platform knows about the player, held against the player itself.
+
+#include <algorithm>
+#include <climits>
+#include <set>
+
+#include "main_test.h"
+#include "player_rules/config_keys.h"
+#include "player_rules/content_rules.h"
+#include "player_rules/key_names.h"
+#include "player_rules/launch_rules.h"
+#include "player_rules/popup_size.h"
+#include "player_rules/rotation_timer.h"
+#include "widget_extension.h"
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::EndsWith;
+using testing::UnorderedElementsAreArray;
+
+namespace {
+
+class PlayerRulesTest : public PlayerTest {
+  protected:
+    void set_portrait(bool portrait)
+    {
+        set_panel(portrait ? ROTATION_TYPE_PORTRAIT : ROTATION_TYPE_LANDSCAPE);
+    }
+};
+
+TEST_F(PlayerRulesTest, ConfigurationKeysHaveThePlayersNames)
+{
+    const std::vector<std::string> players = {
+        ConfigKey::USE_MODE,        ConfigKey::DEMO_MODE,       ConfigKey::FILE_MODE,
+        ConfigKey::LANDSCAPE_TIMER, ConfigKey::PORTRAIT_TIMER,  ConfigKey::ROTATION_AUTO_MODE,
+        ConfigKey::ROTATION_STATE,  ConfigKey::PLAYBACK_STATUS, ConfigKey::START_RELAUNCH_TIMER};
+    const std::vector<std::string> platforms = {
+        platform::USE_MODE_KEY,       platform::DEMO_MODE_KEY,
+        platform::FILE_MODE_KEY,      platform::LANDSCAPE_TIMER_KEY,
+        platform::PORTRAIT_TIMER_KEY, platform::ROTATION_AUTO_MODE_KEY,
+        platform::ROTATION_STATE_KEY, platform::PLAYBACK_STATUS_KEY,
+        platform::RELAUNCH_TIMER_KEY};
+    EXPECT_EQ(platforms, players);
+    std::vector<std::string> known;
+    for (const platform::KnownKey &key : platform::known_keys())
+        known.emplace_back(key.name);
+    EXPECT_THAT(known, UnorderedElementsAreArray(players));
+}
+
+TEST_F(PlayerRulesTest, ANewSetBeginsInLandscapeWithThePlayersFirstValues)
+{
+    EXPECT_EQ(platform::find_known_key("file_mode")->factory, ENDEMO_FILE_MODE_LANDSCAPE);
+    for (const char *key : {"demo_mode", "landscape_timer", "portrait_timer", "rotation_auto_mode"})
+        EXPECT_EQ(platform::find_known_key(key)->factory, 0) << key;
+}
+
+TEST_F(PlayerRulesTest, KeysOfTheSetAreAllThatThePlayerKnows)
+{
+    std::set<int> types;
+    for (const char *name : platform::tv_key_names())
+        types.insert(COstrelDemoUtil::GetKeyType(name));
+    for (int type = KEY_TYPE_BACK; type <= KEY_TYPE_UNKNOWN; ++type)
+        EXPECT_EQ(types.count(type), type == 11 ? 0u : 1u) << "type " << type;
+    EXPECT_EQ(COstrelDemoUtil::GetKeyType(platform::PANEL_KEY), KEY_TYPE_ROTATE);
+
+    make_window();
+    fake_.forget();
+    COstrelDemoUtil::RegisterKeys(player_.m_pWlSurface);
+    const Lines removed = fake_.of({"KeyRouter_Remove_Key"});
+    ASSERT_FALSE(removed.empty());
+    for (const std::string &line : removed) {
+        const size_t begin = line.find('"') + 1;
+        const std::string name = line.substr(begin, line.rfind('"') - begin);
+        EXPECT_TRUE(platform::is_tv_key_name(name)) << line;
+    }
+}
+
+TEST_F(PlayerRulesTest, EveryTranslationIsAKeyOfTheSetAndEachTypeCanBeTyped)
+{
+    // A plain keyboard has these under the set's own names.
+    std::set<int> types = {KEY_TYPE_ENTER, KEY_TYPE_PREVIOUS, KEY_TYPE_NEXT};
+    for (const auto &[typed, name] : platform::default_key_translations()) {
+        EXPECT_TRUE(platform::is_tv_key_name(name)) << typed;
+        types.insert(COstrelDemoUtil::GetKeyType(name.c_str()));
+    }
+    for (int type = KEY_TYPE_BACK; type < KEY_TYPE_UNKNOWN; ++type)
+        EXPECT_EQ(types.count(type), type == 11 ? 0u : 1u) << "type " << type;
+}
+
+TEST_F(PlayerRulesTest, FilesAreOfThePlayersKinds)
+{
+    std::vector<std::string> names = {
+        "none",         ".hidden.mkv",    "b.",        "a.m",           "old.ts.bak",
+        "portrait.avi", "PORTRAIT_x.Mp4", "portrait_", "xportrait_a.ts"};
+    for (const char *extension :
+         {"ts",   "avi", "mp4", "asf",  "wmv", "ogg", "flv", "mpeg", "mkv", "tp",  "jpg", "jpeg",
+          "smp4", "TS",  "JPG", "mp4x", "jpe", "mov", "png", "srt",  "txt", "smi", "mpl", "mp3"}) {
+        for (const char *stem : {"a.", "portrait_a."})
+            names.push_back(stem + std::string(extension));
+    }
+    for (const bool direct_backlight : {false, true}) {
+        fake_.system.store_content_type = direct_backlight ? 1 : 0;
+        std::vector<std::string> expected[4];
+        for (const std::string &name : names) {
+            const platform::ContentKind kind = platform::content_kind(name, direct_backlight);
+            if (kind == platform::ContentKind::Other)
+                continue;
+            expected[(platform::is_portrait_content(name) ? 1 : 0) +
+                     (kind == platform::ContentKind::Photo ? 2 : 0)]
+                .push_back(name);
+        }
+        fake_.storage.add_folder(FOLDER, names);
+        player_.m_CreatePlayList();
+        int number = 0;
+        for (const auto *list : {&player_.m_vdcLandscapeVideos, &player_.m_vdcPortraitVideos,
+                                 &player_.m_vdcLandscapePhotos, &player_.m_vdcPortraitPhotos}) {
+            std::vector<std::string> played;
+            for (const stPlayListItem &item : *list)
+                played.push_back(item.strFileName);
+            ASSERT_FALSE(played.empty());
+            EXPECT_THAT(expected[number++], ElementsAreArray(played));
+        }
+    }
+}
+
+TEST_F(PlayerRulesTest, SelectionIsDecodedAsThePlayerDecodesIt)
+{
+    for (const int word : {0, -1, -2, 1, 0xFF, 0x100, 0x0203, 0xFF00, 0xFFFF, 0x12345, INT_MIN}) {
+        fake_.store.values[ConfigKey::DEMO_MODE] = word;
+        for (const bool portrait : {false, true}) {
+            set_portrait(portrait);
+            EXPECT_EQ(platform::selection_of(word, portrait),
+                      player_.m_GetFileMode(ENDEMO_FILE_MODE_CURRENT))
+                << word << (portrait ? " upright" : "");
+        }
+    }
+}
+
+TEST_F(PlayerRulesTest, IntervalsAreThoseOfThePlayersTimer)
+{
+    fake_.rotator.supported = true;
+    player_.m_bRotationAutoMode = true;
+    const int count = static_cast<int>(platform::ROTATION_INTERVALS_S.size());
+    for (int index = -1; index <= count; ++index) {
+        fake_.store.values[ConfigKey::LANDSCAPE_TIMER] = index;
+        player_.m_UpdateZavoTimer();
+        EXPECT_THAT(fake_.loop.timers(), ElementsAre(platform::rotation_interval_s(index)))
+            << index;
+    }
+}
+
+/** The player with its remote control, and the platform's model of its rotation timer beside it. */
+class PlayersRotationTimerTest : public PlayerRulesTest {
+  protected:
+    void begin(bool portrait, int stored)
+    {
+        fake_.rotator.supported = true;
+        portrait_ = portrait;
+        set_portrait(portrait);
+        fake_.store.values[ConfigKey::ROTATION_STATE] = portrait ? 2 : 1;
+        fake_.store.values[ConfigKey::ROTATION_AUTO_MODE] = stored;
+        fake_.store.values[ConfigKey::LANDSCAPE_TIMER] = 8;
+        fake_.store.values[ConfigKey::PORTRAIT_TIMER] = 2;
+        created({"a.mp4", "b.mp4", "portrait_c.mp4", "portrait_d.mp4"});
+        player_.StartDemoPlayer();
+        model_.launched(stored != 0);
+        model_.restart(fake_.loop.now(), interval());
+        fake_.forget();
+    }
+
+    int interval()
+    {
+        return platform::rotation_interval_s(
+            fake_.store.values[portrait_ ? ConfigKey::PORTRAIT_TIMER : ConfigKey::LANDSCAPE_TIMER]);
+    }
+
+    /** Presses a key, tells the model what the platform sees of it, and compares the two. */
+    void press(const char *key)
+    {
+        fake_.loop.advance(1.0);
+        fake_.forget();
+        fake_.loop.press_key(key);
+        fake_.loop.drain_pipe();
+        if (key == std::string(platform::PANEL_KEY))
+            model_.give_up();
+        bool started = false;
+        for (const std::string &line : fake_.of({"vconf_set_int"})) {
+            const size_t name = line.find('"') + 1;
+            const size_t name_end = line.find('"', name);
+            const int value = std::stoi(line.substr(line.find(", ", name_end) + 2));
+            if (model_.wrote(line.substr(name, name_end - name), value, portrait_)) {
+                model_.restart(fake_.loop.now(), interval());
+                started = model_.on();
+            }
+        }
+        const std::string start = "ecore_timer_add(" + std::to_string(interval()) + ", controller)";
+        const Lines timers = fake_.of({"ecore_timer_add"});
+        EXPECT_EQ(std::count(timers.begin(), timers.end(), start), started ? 1 : 0) << key;
+        expect_same(key);
+    }
+
+    void expect_same(const char *after)
+    {
+        EXPECT_EQ(model_.on(), player_.m_bRotationAutoMode) << after;
+        EXPECT_EQ(model_.left_s(fake_.loop.now()).has_value(), player_.m_pZavoTimer != nullptr)
+            << after;
+    }
+
+    platform::RotationTimerModel model_;
+    bool portrait_ = false;
+};
+
+TEST_F(PlayersRotationTimerTest, IsFollowedThroughEveryKeyThatMovesIt)
+{
+    begin(false, 1);
+    expect_same("the launch");
+    for (const char *key : {"XF86LowerChannel", "XF86RaiseChannel", "XF86ChannelGuide", "XF86Color",
+                            "XF86LowerChannel", "XF86More", "XF86LowerChannel"})
+        press(key);
+    press(platform::PANEL_KEY);
+}
+
+TEST_F(PlayersRotationTimerTest, IsFollowedOnTheUprightPanelFromASwitchThatWasOff)
+{
+    begin(true, 0);
+    expect_same("the launch");
+    for (const char *key : {"XF86RaiseChannel", "XF86Color", "XF86LowerChannel", "XF86RaiseChannel",
+                            "XF86ChannelGuide", "XF86Color"})
+        press(key);
+}
+
+TEST_F(PlayerRulesTest, OptionsHaveThePlayersSize)
+{
+    make_window();
+    EXPECT_TRUE(player_.m_CreatePopUp());
+    const std::string size =
+        ", " + std::to_string(elm_velt_unit_to_pixel(platform::OPTIONS_WIDTH_UNITS)) + ", " +
+        std::to_string(elm_velt_unit_to_pixel(platform::OPTIONS_HEIGHT_UNITS)) + ")";
+    EXPECT_THAT(fake_.of({"elm_velt_popup_content_set"}), ElementsAre(EndsWith(size)));
+}
+
+class PlayersLaunchTest : public MainTest {};
+
+TEST_F(PlayersLaunchTest, RequestsStartPlaybackWhereThePlayerStartsIt)
+{
+    for (const char *below : {"", "com.norvane.tv.aod", "com.norvane.tv.other"}) {
+        for (const char *mode : {"", "factory_start", "factory_stop"}) {
+            fake::Application::Extras extras = {{"path_location", "usb"}};
+            if (*below != '\0')
+                extras["__K_RELOCATE_BELOW"] = below;
+            if (*mode != '\0')
+                extras["mode"] = mode;
+            bool started = false;
+            run_created([&] {
+                fake_.app.launch(extras);
+                started = has_controller();
+            });
+            EXPECT_EQ(platform::starts_playback({extras.begin(), extras.end()}), started)
+                << below << " " << mode;
+        }
+    }
+}
+
+} // namespace
