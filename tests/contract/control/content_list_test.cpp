@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include "control/content_list.h"
+#include "control/storage_facts.h"
 #include "store_support/scratch.h"
 #include "turkish_locale.h"
 
