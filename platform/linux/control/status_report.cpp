@@ -74,4 +74,30 @@ StorageQuestion storage_question(const Status &status, const timespec &list_made
     return {status.file(), direct_backlight, list_made, usb_changes()};
 }
 
+Status::Playing Status::playing() const
+{
+    if (!player.path.empty() && player.state >= PLAYER_STATE_READY)
+        return Playing::Video;
+    return picture.shown ? Playing::Photo : Playing::Nothing;
+}
+
+const std::string &Status::file() const
+{
+    static const std::string none;
+    switch (playing()) {
+    case Playing::Video:
+        return player.path;
+    case Playing::Photo:
+        return picture.path;
+    case Playing::Nothing:
+        break;
+    }
+    return none;
+}
+
+int Status::selection() const
+{
+    return selection_of(selection_word.value_or(0), panel.angle % 180 != 0);
+}
+
 } // namespace platform

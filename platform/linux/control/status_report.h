@@ -4,12 +4,14 @@
  */
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
+#include <variant>
 #include <vector>
 
-#include "control/status_text.h"
 #include "control/storage_facts.h"
 #include "media_player/player_status.h"
 #include "still_picture/picture_status.h"
@@ -69,8 +71,25 @@ Status collect_status();
  */
 StorageQuestion storage_question(const Status &status, const timespec &list_made);
 
+struct StatusNode;
+
+/** Nothing, a truth, a number, a text, a list of texts, or named values. */
+using StatusValue = std::variant<std::monostate, bool, int64_t, double, std::string,
+                                 std::vector<std::string>, std::vector<StatusNode>>;
+
+struct StatusNode {
+    std::string name;
+    StatusValue value;
+};
+
 /** All of it as named values, for programs. */
 std::vector<StatusNode> status_nodes(const Status &status);
+
+/**
+ * One JSON object. A byte that belongs to no UTF-8 character becomes the escape of a lone low
+ * surrogate (0xFF is \\udcff), which programs that handle file names as Python does turn back.
+ */
+std::string status_as_json(const std::vector<StatusNode> &status);
 
 /** What shop staff want to know, a few lines of text. Any bytes of file names come out readable. */
 std::string status_summary(const Status &status);

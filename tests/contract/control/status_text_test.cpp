@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "control/status_text.h"
+#include "control/status_report.h"
 
 namespace {
 

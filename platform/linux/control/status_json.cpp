@@ -1,8 +1,11 @@
-// The status as programs read it, and what follows from it.
+// The status as programs read it.
+
+#include <cstdio>
+#include <string_view>
 
 #include "base/paths.h"
 #include "control/status_report.h"
-#include "player_rules/config_keys.h"
+#include "log/log_line.h"
 
 namespace platform {
 
@@ -109,33 +112,85 @@ std::vector<StatusNode> panel_nodes(const PanelStatus &panel)
     };
 }
 
-} // namespace
+template <typename... Functions> struct Overloaded : Functions... {
+    using Functions::operator()...;
+};
+template <typename... Functions> Overloaded(Functions...) -> Overloaded<Functions...>;
 
-Status::Playing Status::playing() const
+std::string number(double value)
 {
-    if (!player.path.empty() && player.state >= PLAYER_STATE_READY)
-        return Playing::Video;
-    return picture.shown ? Playing::Photo : Playing::Nothing;
-}
-
-const std::string &Status::file() const
-{
-    static const std::string none;
-    switch (playing()) {
-    case Playing::Video:
-        return player.path;
-    case Playing::Photo:
-        return picture.path;
-    case Playing::Nothing:
-        break;
+    char text[64];
+    std::snprintf(text, sizeof text, "%.6g", value);
+    // The decimal sign is the locale's; JSON knows one only.
+    for (char &c : text) {
+        if (c == ',')
+            c = '.';
     }
-    return none;
+    return text;
 }
 
-int Status::selection() const
+std::string json_string(std::string_view text)
 {
-    return selection_of(selection_word.value_or(0), panel.angle % 180 != 0);
+    std::string json = "\"";
+    for (size_t at = 0; at < text.size();) {
+        const auto byte = static_cast<unsigned char>(text[at]);
+        if (const size_t length = printable_length(text, at); length != 0) {
+            if (byte == '"' || byte == '\\')
+                json += '\\';
+            json += text.substr(at, length);
+            at += length;
+            continue;
+        }
+        char escape[8];
+        std::snprintf(escape, sizeof escape, byte < 0x80 ? "\\u%04x" : "\\udc%02x",
+                      static_cast<unsigned>(byte));
+        json += escape;
+        ++at;
+    }
+    return json + "\"";
 }
+
+std::string json_value(const StatusValue &value);
+
+template <typename List, typename Writer>
+std::string joined(const List &list, const char *separator, Writer write)
+{
+    std::string text;
+    for (const auto &item : list) {
+        if (!text.empty())
+            text += separator;
+        text += write(item);
+    }
+    return text;
+}
+
+std::string json_object(const std::vector<StatusNode> &nodes)
+{
+    return "{" +
+           joined(nodes, ", ",
+                  [](const StatusNode &node) {
+                      return json_string(node.name) + ": " + json_value(node.value);
+                  }) +
+           "}";
+}
+
+std::string json_value(const StatusValue &value)
+{
+    return std::visit(Overloaded{
+                          [](std::monostate) { return std::string("null"); },
+                          [](bool truth) { return std::string(truth ? "true" : "false"); },
+                          [](int64_t whole) { return std::to_string(whole); },
+                          [](double real) { return number(real); },
+                          [](const std::string &text) { return json_string(text); },
+                          [](const std::vector<std::string> &texts) {
+                              return "[" + joined(texts, ", ", json_string) + "]";
+                          },
+                          [](const std::vector<StatusNode> &nodes) { return json_object(nodes); },
+                      },
+                      value);
+}
+
+} // namespace
 
 std::vector<StatusNode> status_nodes(const Status &status)
 {
@@ -163,6 +218,11 @@ std::vector<StatusNode> status_nodes(const Status &status)
         {"blocked_items", blocked},
         {"config", keys},
     };
+}
+
+std::string status_as_json(const std::vector<StatusNode> &status)
+{
+    return json_object(status) + "\n";
 }
 
 } // namespace platform
