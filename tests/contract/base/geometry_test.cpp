@@ -20,7 +20,7 @@ TEST(Fitting, KeepsTheProportionsAndFillsOneSide)
     EXPECT_EQ(fit({4000, 3000}, FULL_HD), (Size{1440, 1080}));
     EXPECT_EQ(fit({3000, 4000}, FULL_HD), (Size{810, 1080}));
     EXPECT_EQ(fit(FULL_HD, FULL_HD), FULL_HD);
-    EXPECT_EQ(fit({3, 2}, {200, 200}), (Size{200, 133}));
+    EXPECT_EQ(fit({3, 2}, {100, 100}), (Size{100, 67})) << "rounded, not cut off";
     EXPECT_EQ(fit({2, 3}, {100, 100}), (Size{67, 100})) << "rounded, not cut off";
 }
 
