@@ -207,7 +207,16 @@ bool ConfigFiles::read(const std::string &key, int &value) const
     return parse(small_text(path(key)), value);
 }
 
-bool ConfigFiles::make_folder(const std::string &key) const
+bool ConfigFiles::make_folder(const std::string &key)
+{
+    if (!make_folders(key))
+        return false;
+    if (!survives(key))
+        forget_former_boot();
+    return true;
+}
+
+bool ConfigFiles::make_folders(const std::string &key) const
 {
     const std::string wanted = folder(key);
     struct stat status = {};
@@ -256,12 +265,9 @@ ConfigFiles::Outcome ConfigFiles::write_once(const std::string &key, int value)
 {
     if (!make_folder(key))
         return Outcome::Failed;
-    if (!survives(key)) {
-        forget_former_boot();
-        if (memory_is_former_) {
-            errno = EIO;
-            return Outcome::Failed;
-        }
+    if (memory_is_former_ && !survives(key)) {
+        errno = EIO;
+        return Outcome::Failed;
     }
     if (confirm(key, value))
         return Outcome::Done;

@@ -57,11 +57,12 @@ class ConfigFiles {
     std::string folder(const std::string &key) const;
 
     /** Makes a key's folder. @return false with errno set. */
-    bool make_folder(const std::string &key) const;
+    bool make_folder(const std::string &key);
 
   private:
     enum class Outcome { Done, Again, Failed };
 
+    bool make_folders(const std::string &key) const;
     void forget_former_boot();
     Outcome write_once(const std::string &key, int value);
     bool confirm(const std::string &key, int value) const;

@@ -28,7 +28,7 @@ bool ConfigWatcher::Trace::operator!=(const Trace &other) const
            changed.tv_sec != other.changed.tv_sec || changed.tv_nsec != other.changed.tv_nsec;
 }
 
-ConfigWatcher::ConfigWatcher(const ConfigFiles &files) : files_(files) {}
+ConfigWatcher::ConfigWatcher(ConfigFiles &files) : files_(files) {}
 
 bool ConfigWatcher::add(const std::string &key, Owner owner, Callback callback)
 {

@@ -31,7 +31,7 @@ class ConfigWatcher {
     using Callback = std::function<void(const std::string &key)>;
 
     /** @param files the store; must outlive the watcher */
-    explicit ConfigWatcher(const ConfigFiles &files);
+    explicit ConfigWatcher(ConfigFiles &files);
     ConfigWatcher(const ConfigWatcher &) = delete;
     ConfigWatcher &operator=(const ConfigWatcher &) = delete;
 
@@ -89,7 +89,7 @@ class ConfigWatcher {
     static void on_job(void *data);
     static Eina_Bool on_retry(void *data);
 
-    const ConfigFiles &files_;
+    ConfigFiles &files_;
     Descriptor inotify_;
     FdHandlerPtr handler_;
     JobPtr job_;

@@ -28,6 +28,7 @@ using platform::Descriptor;
 using store_test::CapturedLog;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::Pair;
 
 class ConfigFilesTest : public testing::Test {

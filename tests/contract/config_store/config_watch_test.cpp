@@ -323,7 +323,7 @@ TEST_F(ConfigWatch, BadArgumentsAndUnknownRegistrationsAreRefused)
 
 TEST_F(ConfigWatch, FolderThatCannotBeMadeCannotBeWatched)
 {
-    store_test::write_file(path("memory/" + std::string("blocked")), "1\n");
+    ASSERT_EQ(vconf_set_int("memory/blocked", 1), 0);
     const store_test::CapturedLog log;
     EXPECT_EQ(vconf_notify_key_changed("memory/blocked/a", hear, &listener_), -1);
     EXPECT_EQ(vconf_ignore_key_changed("memory/blocked/a", hear), -1);
