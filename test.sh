@@ -143,7 +143,7 @@ else
         build_into build -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSANITIZE=OFF
     fi
     if [ $all = yes ] || [ $asan_only = yes ]; then
-        build_into build-asan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSANITIZE=ON \
+        build_into build-asan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSANITIZE=address \
             "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g"
     fi
     if [ $unit = yes ]; then

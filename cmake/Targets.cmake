@@ -28,10 +28,15 @@ add_library(project_flags INTERFACE)
 target_compile_options(project_flags INTERFACE
   -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion -Wno-psabi
   $<$<STREQUAL:${PLATFORM},linux>:-Werror> -fno-omit-frame-pointer)
-if(SANITIZE)
+if(SANITIZE STREQUAL "address")
   target_compile_options(project_flags INTERFACE -fsanitize=address,undefined
     -fno-sanitize-recover=undefined)
   target_link_options(project_flags INTERFACE -fsanitize=address,undefined)
+elseif(SANITIZE STREQUAL "thread")
+  target_compile_options(project_flags INTERFACE -fsanitize=thread)
+  target_link_options(project_flags INTERFACE -fsanitize=thread)
+elseif(SANITIZE)
+  message(FATAL_ERROR "SANITIZE is OFF, address or thread, not \"${SANITIZE}\"")
 endif()
 
 # platform_service(name SOURCES ... [PACKAGES imported targets] [NEEDS other services])
