@@ -28,7 +28,7 @@ class SessionWatch {
     static void on_loaded(void *data, Eldbus_Proxy *proxy, void *event);
 
     void follow(const char *path);
-    void take(const Eina_Value *active);
+    void take(const Eina_Value *value);
 
     std::function<void(bool)> on_change_;
     BusConnectionPtr connection_;
