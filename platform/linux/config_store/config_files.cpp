@@ -117,19 +117,22 @@ ConfigFiles::ConfigFiles(std::string state_dir, std::string runtime_dir,
         PLATFORM_LOGW("config_store", "%s cannot be read; memory keys may outlive a restart",
                       boot_id_file.c_str());
     // Where there is no key nothing needs to go, and reading makes no folder.
-    if (open_directory(path(std::string(MEMORY))))
-        forget_former_boot();
+    memory_is_former_ = open_directory(path(std::string(MEMORY))) != nullptr;
+    if (memory_is_former_)
+        enter_boot();
 }
 
-// The id of the boot lies beside the keys. The lock lets one process alone remove them: those that
-// wait for it find its work done, and keys that were written since stay. The new id is written
-// before anything is removed, so that a full medium does not cost the keys at each start anew, and
-// takes its place afterwards, so that a crash in between leaves none of them.
-void ConfigFiles::forget_former_boot()
+// The id of the boot lies beside the keys, from the moment on in which they can be there. Keys go
+// only as long as those that were there at first may be an earlier boot's. The lock lets one
+// process alone remove them: those that wait for it find its work done, and keys that were written
+// since stay. The new id is written before anything is removed, so that a full medium does not cost
+// the keys at each start anew, and takes its place afterwards, so that a crash in between leaves
+// none of them.
+void ConfigFiles::enter_boot()
 {
     const std::string stamp = runtime_dir_ + "/boot_id";
     const auto is_this_boot = [&] { return boot_id_.empty() || small_text(stamp) == boot_id_; };
-    memory_is_former_ = false;
+    const bool maybe_former = std::exchange(memory_is_former_, false);
     if (is_this_boot())
         return;
     const Descriptor lock(open(runtime_dir_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -141,13 +144,15 @@ void ConfigFiles::forget_former_boot()
     const Descriptor file(
         open(next.path().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0644));
     if (!file || !write_text(file.number(), boot_id_)) {
-        PLATFORM_LOGE("config_store", "%s could not be written: %s; memory keys are not used",
-                      next.path().c_str(), std::strerror(errno));
-        memory_is_former_ = true;
+        PLATFORM_LOGE("config_store", "%s could not be written: %s; memory keys %s",
+                      next.path().c_str(), std::strerror(errno),
+                      maybe_former ? "are not used" : "may outlive a restart");
+        memory_is_former_ = maybe_former;
         return;
     }
     std::map<std::string, int> former;
-    list_below(std::string(MEMORY), former);
+    if (maybe_former)
+        list_below(std::string(MEMORY), former);
     for (const auto &[key, value] : former) {
         if (unlink(path(key).c_str()) != 0)
             PLATFORM_LOGE("config_store", "%s of an earlier boot could not be removed: %s",
@@ -212,7 +217,7 @@ bool ConfigFiles::make_folder(const std::string &key)
     if (!make_folders(key))
         return false;
     if (!survives(key))
-        forget_former_boot();
+        enter_boot();
     return true;
 }
 

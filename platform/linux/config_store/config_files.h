@@ -63,7 +63,7 @@ class ConfigFiles {
     enum class Outcome { Done, Again, Failed };
 
     bool make_folders(const std::string &key) const;
-    void forget_former_boot();
+    void enter_boot();
     Outcome write_once(const std::string &key, int value);
     bool confirm(const std::string &key, int value) const;
     void sweep(const std::string &folder);
@@ -73,7 +73,7 @@ class ConfigFiles {
     const std::string state_dir_;
     const std::string runtime_dir_;
     const std::string boot_id_;
-    bool memory_is_former_ = false; ///< its keys are an earlier boot's, and could not be removed
+    bool memory_is_former_ = false; ///< its keys may be an earlier boot's
                                     ///< ///< empty when nobody tells
     std::set<std::string> swept_;
     uint64_t temporaries_ = 0;
