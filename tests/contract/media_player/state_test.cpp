@@ -169,6 +169,8 @@ TEST_F(States, UnprepareInsideACallbackDoesNotHang)
     ASSERT_TRUE(playing(file));
     ASSERT_TRUE(wait_for_event("completed"));
     EXPECT_TRUE(wait_for([this] { return player_->state() == PLAYER_STATE_IDLE; }));
+    // Waits for the callback to return.
+    player_->unprepare();
     on_event_ = nullptr;
 
     EXPECT_TRUE(prepared(file));
@@ -200,6 +202,7 @@ TEST_F(States, TheNextFileCanBePreparedInsideACallback)
     ASSERT_TRUE(playing(file));
 
     EXPECT_TRUE(wait_for([this] { return count("prepared") == 2; }));
+    player_->unprepare();
     on_event_ = nullptr;
 }
 
@@ -228,6 +231,8 @@ TEST_F(States, TheNextFilesCallbackWaitsForThePresentOne)
 
     EXPECT_TRUE(wait_for([this] { return count("prepared") == 2; }));
 
+    // Waits for the callback to return.
+    player_->unprepare();
     EXPECT_EQ(while_calling, std::future_status::timeout);
     on_event_ = nullptr;
 }
