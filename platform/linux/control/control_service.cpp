@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/ascii_case.h"
 #include "bus/bus_names.h"
 #include "control/status_answers.h"
 #include "control/status_report.h"
@@ -63,14 +64,13 @@ void answer_now(const Eldbus_Service_Interface *interface, const Eldbus_Message 
 // Letters to insert, remove or change to make one text of the other; upper case counts as lower.
 size_t distance(const std::string &from, const std::string &to)
 {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c; };
     std::vector<size_t> row(to.size() + 1);
     std::iota(row.begin(), row.end(), size_t{0});
     for (size_t i = 0; i < from.size(); ++i) {
         size_t diagonal = row[0];
         row[0] = i + 1;
         for (size_t j = 0; j < to.size(); ++j) {
-            const size_t change = diagonal + (lower(from[i]) != lower(to[j]) ? 1 : 0);
+            const size_t change = diagonal + (lower_case(from[i]) != lower_case(to[j]) ? 1 : 0);
             diagonal = row[j + 1];
             row[j + 1] = std::min({change, row[j] + 1, row[j + 1] + 1});
         }
