@@ -32,7 +32,7 @@ bool is_known(const std::string &name)
 
 Options parse_options(int argc, char **argv)
 {
-    enum { only = 'o', seconds = 's', quick = 'q', list = 'l', colours = 'c', help = 'h' };
+    enum { only = 1, seconds, quick, list, colours, help }; // no letters, see below
     static const option long_options[] = {{"only", required_argument, nullptr, only},
                                           {"seconds", required_argument, nullptr, seconds},
                                           {"quick", no_argument, nullptr, quick},
@@ -68,12 +68,17 @@ Options parse_options(int argc, char **argv)
             options.action = Options::Action::colours;
             break;
         case help:
+        case 'h':
             options.action = Options::Action::help;
             return options;
         case ':':
             return complain(std::string(argv[optind - 1]) + " needs a value.");
         default:
-            return complain(std::string("Unknown option ") + argv[optind - 1] + ".");
+            // The argument of an unknown letter is not passed yet: more may stand behind it.
+            return complain("Unknown option " +
+                            (optopt > help ? std::string{'-', static_cast<char>(optopt)}
+                                           : std::string(argv[optind - 1])) +
+                            ".");
         }
     }
     if (options.action != Options::Action::make)

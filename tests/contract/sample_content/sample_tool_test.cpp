@@ -62,22 +62,26 @@ TEST(SampleTool, ListsItsItems)
 
 TEST(SampleTool, BadUsageIsToldAndGivesStatusTwo)
 {
-    const std::vector<std::vector<std::string>> wrong = {
-        {},
-        {""},
-        {"a", "b"},
-        {"--nonsense", "a"},
-        {"--only", "nothing.mp4", "a"},
-        {"--only"},
-        {"--seconds", "0", "a"},
-        {"--seconds", "abc", "a"},
-        {"--seconds", "601", "a"},
-        {"--seconds", "nan", "a"},
+    const std::string folder = "Exactly one folder is to be named.";
+    const std::string seconds = "--seconds takes a number from 1 to 600.";
+    const std::vector<std::pair<std::vector<std::string>, std::string>> wrong = {
+        {{}, folder},
+        {{""}, folder},
+        {{"a", "b"}, folder},
+        {{"--nonsense", "a"}, "Unknown option --nonsense."},
+        {{"--quick=3", "a"}, "Unknown option --quick=3."},
+        {{"a", "-xq"}, "Unknown option -x."},
+        {{"--only", "nothing.mp4", "a"}, "There is no item \"nothing.mp4\"; see --list."},
+        {{"--only"}, "--only needs a value."},
+        {{"--seconds", "0", "a"}, seconds},
+        {{"--seconds", "abc", "a"}, seconds},
+        {{"--seconds", "601", "a"}, seconds},
+        {{"--seconds", "nan", "a"}, seconds},
     };
-    for (const auto &arguments : wrong) {
+    for (const auto &[arguments, complaint] : wrong) {
         const ToolResult result = run_tool(arguments);
         EXPECT_EQ(result.status, 2) << testing::PrintToString(arguments);
-        EXPECT_THAT(result.output, HasSubstr("Usage:"));
+        EXPECT_THAT(result.output, HasSubstr("make-sample-content: " + complaint + "\nUsage:"));
     }
 }
 
