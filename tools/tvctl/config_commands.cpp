@@ -1,17 +1,14 @@
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
 #include <Ecore.h>
 
 #include "base/toolkit_handles.h"
 #include "command.h"
-#include "config_store.h"
 #include "config_store/config_files.h"
+#include "config_store/config_watcher.h"
 #include "player_rules/config_keys.h"
 #include "settings/settings.h"
-#include "store_watch.h"
 
 namespace tvctl {
 
@@ -82,20 +79,15 @@ int list(const Arguments &arguments)
     return EXIT_DONE;
 }
 
-void print_key(const std::string &key)
+void print_key(const platform::ConfigFiles &files, const std::string &key)
 {
     int value = 0;
-    if (vconf_get_int(key.c_str(), &value) == 0)
+    if (files.read(key, value))
         std::printf("%s %d\n", key.c_str(), value);
     else
         std::printf("%s -\n", key.c_str());
     // Whoever reads this waits for the line, not for a full buffer.
     std::fflush(stdout);
-}
-
-void print_change(keynode_t *node, void *)
-{
-    print_key(vconf_keynode_get_name(node));
 }
 
 Eina_Bool quit(void *, int, void *)
@@ -131,37 +123,25 @@ class WatchLoop {
     platform::EventHandlerPtr handler_;
 };
 
-int watch_everything()
-{
-    const WatchLoop loop;
-    const platform::Settings &settings = platform::Settings::get();
-    StoreWatch store(settings.state_dir, settings.runtime_dir, print_key);
-    if (!store.start())
-        return refuse(std::string("the store cannot be watched: ") + std::strerror(errno));
-    return loop.run();
-}
-
 int watch(const Arguments &arguments)
 {
-    if (arguments.empty())
-        return watch_everything();
     std::vector<std::string> names;
     for (const std::string &argument : arguments) {
         names.push_back(full_name(argument));
         if (!platform::ConfigFiles::is_valid_key(names.back()))
             return refuse_name(names.back());
     }
+    if (names.empty())
+        names = {"db/", "memory/"};
     const WatchLoop loop;
-    int result = EXIT_DONE;
+    platform::ConfigFiles files = store();
+    platform::ConfigWatcher watcher(files);
     for (const std::string &name : names) {
-        if (vconf_notify_key_changed(name.c_str(), print_change, nullptr) != 0)
-            result = refuse(name + " cannot be watched");
+        if (!watcher.add(name, nullptr,
+                         [&files](const std::string &key) { print_key(files, key); }))
+            return refuse(name + " cannot be watched");
     }
-    if (result == EXIT_DONE)
-        result = loop.run();
-    for (const std::string &name : names)
-        vconf_ignore_key_changed(name.c_str(), print_change);
-    return result;
+    return loop.run();
 }
 
 } // namespace

@@ -346,19 +346,29 @@ std::map<std::string, int> ConfigFiles::list() const
     return found;
 }
 
-void ConfigFiles::list_below(const std::string &prefix, std::map<std::string, int> &found) const
+std::vector<std::string> ConfigFiles::children(const std::string &prefix) const
 {
+    std::vector<std::string> names;
     const Directory directory = open_directory(path(prefix));
     while (const dirent *entry = directory ? readdir(directory.get()) : nullptr) {
-        const std::string key = prefix + entry->d_name;
-        if (!is_valid_key(key))
+        const std::string name = prefix + entry->d_name;
+        if (!is_valid_key(name))
             continue;
         struct stat status = {};
+        const bool is_folder = lstat(path(name).c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+        names.push_back(is_folder ? name + "/" : name);
+    }
+    return names;
+}
+
+void ConfigFiles::list_below(const std::string &prefix, std::map<std::string, int> &found) const
+{
+    for (const std::string &name : children(prefix)) {
         int value = 0;
-        if (lstat(path(key).c_str(), &status) == 0 && S_ISDIR(status.st_mode))
-            list_below(key + "/", found);
-        else if (read(key, value))
-            found[key] = value;
+        if (name.back() == '/')
+            list_below(name, found);
+        else if (read(name, value))
+            found[name] = value;
     }
 }
 

@@ -9,6 +9,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace platform {
 
@@ -52,6 +53,14 @@ class ConfigFiles {
     /** Every key that can be read, with its value. */
     std::map<std::string, int> list() const;
 
+    /**
+     * What stands in one folder under names that a key can have: the files, and with a slash at the
+     * end the folders. Links to folders are files.
+     *
+     * @param prefix what the names of the folder's keys begin with, the last slash included
+     */
+    std::vector<std::string> children(const std::string &prefix) const;
+
     /** File and folder of a valid key. */
     std::string path(const std::string &key) const;
     std::string folder(const std::string &key) const;
@@ -72,9 +81,8 @@ class ConfigFiles {
 
     const std::string state_dir_;
     const std::string runtime_dir_;
-    const std::string boot_id_;
+    const std::string boot_id_;     ///< empty when nobody tells
     bool memory_is_former_ = false; ///< its keys may be an earlier boot's
-                                    ///< ///< empty when nobody tells
     std::set<std::string> swept_;
     uint64_t temporaries_ = 0;
 };

@@ -5,7 +5,8 @@
  *
  * One write is one call, but for two things the kernel does: equal events that follow each other
  * before they are read are one, and when its queue overflows, the keys are compared with what they
- * were and those that differ are reported once. A key that is removed is reported too.
+ * were and those that differ are reported once. A key that is removed is reported too, and so is
+ * one that comes or goes with its whole folder.
  */
 #pragma once
 
@@ -16,11 +17,13 @@
 #include <string>
 
 #include <Ecore.h>
-#include <sys/inotify.h>
+#include <sys/stat.h>
 
 #include "base/descriptor.h"
 #include "base/toolkit_handles.h"
 #include "config_store/config_files.h"
+
+struct inotify_event;
 
 namespace platform {
 
@@ -39,7 +42,8 @@ class ConfigWatcher {
      * Calls `callback` after each write from now on. The same key and owner again replace the
      * callback. Callbacks may call add() and remove().
      *
-     * @param key a valid key
+     * @param key a valid key; or "db/" or "memory/" for every key below it, those included that
+     *            nobody has heard of before
      * @return false when the key's folder cannot be watched, with the reason in the log
      */
     bool add(const std::string &key, Owner owner, Callback callback);
@@ -69,18 +73,27 @@ class ConfigWatcher {
     };
 
     struct Folder {
-        int watch = -1;
-        std::map<std::string, Trace> keys; ///< the registered keys in it
+        int watch = -1;                    ///< negative when it is lost
+        std::map<std::string, Trace> keys; ///< those in it that somebody wants to hear of
     };
+
+    /** Folders by what the names of their keys begin with, up to the last slash. */
+    using Folders = std::map<std::string, Folder>;
 
     bool open();
     void close();
-    bool watch(const std::string &path, Folder &folder);
     bool fail(const std::string &what);
+    void drop_unneeded();
+    bool is_named(const std::string &prefix) const;
+    bool is_whole(const std::string &prefix) const;
+    bool watch(const std::string &prefix, Folder &folder);
     void read_changes();
     void take(const inotify_event &event);
+    void take_entry(const Folders::iterator &folder, const std::string &name, uint32_t mask);
+    void lose_tree(const std::string &prefix);
     void rewatch_lost();
-    void compare(Folder &folder);
+    void watch_below(const std::string &prefix);
+    void compare(const std::string &prefix, Folder &folder);
     void note(const std::string &key);
     void deliver();
     Trace trace(const std::string &key) const;
@@ -95,7 +108,7 @@ class ConfigWatcher {
     JobPtr job_;
     TimerPtr retry_;
     std::map<uint64_t, Registration> registrations_;
-    std::map<std::string, Folder> folders_;
+    Folders folders_;
     std::deque<Change> changes_;
     uint64_t next_registration_ = 0;
     uint64_t next_change_ = 0;

@@ -160,8 +160,11 @@ TEST_F(Tvctl, WatchWithoutAKeyPrintsChangesOfKeysThatNobodyKnewBefore)
     EXPECT_TRUE(wait_for(watch, "db/new/folder/key 7\n"));
     ASSERT_EQ(tvctl({"config", "set", "db/new/folder/key", "8"}).status, 0);
     EXPECT_TRUE(wait_for(watch, "db/new/folder/key 8\n"));
-    std::filesystem::remove_all(in_store("state/db/new"));
+    std::filesystem::rename(in_store("state/db/new"), in_store("state/db/moved"));
     EXPECT_TRUE(wait_for(watch, "db/new/folder/key -\n"));
+    EXPECT_TRUE(wait_for(watch, "db/moved/folder/key 8\n"));
+    std::filesystem::remove_all(in_store("state/db/moved"));
+    EXPECT_TRUE(wait_for(watch, "db/moved/folder/key -\n"));
     std::filesystem::remove_all(in_store("run/memory"));
     EXPECT_TRUE(wait_for(watch, "memory/old -\n"));
     ASSERT_NO_FATAL_FAILURE(change_until_seen(watch, "memory/again"));
