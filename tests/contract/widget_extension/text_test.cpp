@@ -44,6 +44,7 @@ TEST_F(TextTest, TheFirstLetterWithADirectionDecides)
 {
     EXPECT_TRUE(reads_right_to_left("مشاهد من الطبيعة.mp4"));
     EXPECT_TRUE(reads_right_to_left("123 - שלום world"));
+    EXPECT_TRUE(reads_right_to_left("😀 مشاهد.mp4"));
     EXPECT_FALSE(reads_right_to_left("City مشاهد"));
     EXPECT_FALSE(reads_right_to_left("서울의 밤"));
     EXPECT_FALSE(reads_right_to_left("… «Élan» مشاهد"));
