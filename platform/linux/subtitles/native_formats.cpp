@@ -94,6 +94,28 @@ std::string xml_text(const std::string &xml)
     return text;
 }
 
+/**
+ * The place of the bracket that ends a tag, npos when there is none before a limit: the first one
+ * outside quotation marks, or the very first where a mark was forgotten.
+ */
+size_t end_of_tag(const std::string &text, size_t from, size_t limit)
+{
+    size_t first = std::string::npos;
+    char quote = '\0';
+    for (size_t i = from; i < limit; ++i) {
+        const char c = text[i];
+        if (c == '>' && quote == '\0')
+            return i;
+        if (c == '>')
+            first = std::min(first, i);
+        else if (quote != '\0')
+            quote = c == quote ? '\0' : quote;
+        else if (c == '"' || c == '\'')
+            quote = c;
+    }
+    return first;
+}
+
 std::optional<std::string> attribute(const std::string &tag, const char *name)
 {
     const std::string key = std::string(name) + "=";
@@ -201,16 +223,11 @@ std::vector<PlainCue> read_ttxt(const std::string &text)
 {
     static const char opening[] = "<TextSample ";
     std::vector<PlainCue> cues;
-    size_t tag_end = 0;
     for (size_t at = text.find(opening); at != std::string::npos;) {
         const size_t next = text.find(opening, at + 1);
-        if (tag_end <= at)
-            tag_end = text.find('>', at);
-        if (tag_end == std::string::npos)
-            break;
-        // A tag that the next one begins in is no tag. A file full of them, with one end for all,
-        // is not to be looked through or copied to that end for each.
-        if (next < tag_end) {
+        const size_t tag_end = end_of_tag(text, at, std::min(next, text.size()));
+        // A tag that the next one begins in is no tag.
+        if (tag_end == std::string::npos) {
             at = next;
             continue;
         }

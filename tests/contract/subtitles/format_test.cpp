@@ -163,6 +163,19 @@ TEST_F(SubtitleTest, OverlappingTextsAreAllDrawnAndTheLatestIsTold)
     EXPECT_GT(both.changed_box().height(), alone.changed_box().height() * 3 / 2);
 }
 
+TEST_F(SubtitleTest, BracketsInAnAttributeDoNotEndItsTag)
+{
+    const auto track =
+        load("a.ttxt", "<TextStream><TextSample sampleTime=\"00:00:01.000\" text=\"1 > 0\"/>\n"
+                       "<TextSample text='\"2\" > 1' sampleTime='00:00:02.000'/>\n"
+                       "<TextSample sampleTime=\"00:00:03.000\" note=\">Unclosed</TextSample>\n"
+                       "</TextStream>\n");
+    ASSERT_NE(track, nullptr);
+    EXPECT_EQ(text_at(*track, 1500), "1 > 0");
+    EXPECT_EQ(text_at(*track, 2500), "\"2\" > 1");
+    EXPECT_EQ(text_at(*track, 3500), "Unclosed");
+}
+
 TEST_F(SubtitleTest, BilingualSamiShowsItsFirstLanguageOnly)
 {
     const auto track = load("a.smi", "<SAMI><BODY>\n"
