@@ -6,29 +6,32 @@ cd "$(dirname "$(readlink -f "$0")")"
 usage() {
     cat <<TEXT
 Usage: ./test.sh [OPTION]...
-Builds the player twice, plainly into build/ and with the address and undefined-behaviour sanitizers
-into build-asan/, and runs all tests. The last lines are the test runners' own summaries.
+Builds the player plainly into build/, with the address and undefined-behaviour sanitizers into
+build-asan/, and what has threads with the thread sanitizer into build-tsan/, and runs all tests. Each
+suite ends with the test runner's own summary; the last lines tell where the time went.
 
 With one or more of these, only the named suites run:
   --unit         the player against the recording platform, and the checks of the source tree
   --contract     each service of the Linux platform by itself
   --e2e          the real program in a real compositor, looked at from outside
   --lint         clang-tidy and cppcheck over the sources
-  --asan         the suites above (or, alone: all of them) in the build with sanitizers only
+  --tsan         the tests of what has threads, with the thread sanitizer
+  --asan         --unit, --contract and --e2e, or those of them that are named, in build-asan/ only
   --coverage     unit and contract tests in build-coverage/, and a report of the lines they reach
+  --quick        for between two edits: --unit and --contract, and of --e2e one demo loop
 
   --nightly      a million events against the model of the player instead of 50,000, and new ones
-                 each day; alone: with all suites
+                 each day; the thread sanitizer looks at the unit tests as well
   -k EXPR        only tests whose name matches (a regular expression; for --e2e a pytest expression)
-  -j N           run N tests side by side (default: the number of processors)
+  -j N           use N processors (default: all); tests that mostly wait run several to a processor
   --no-install   do not install missing packages
   -h, --help     this text
 
-Logs and pictures of failed end-to-end tests are kept in out/e2e/.
+Logs and pictures of failed end-to-end tests are kept in out/e2e/, results and times in out/tests/.
 TEXT
 }
 
-unit=no contract=no e2e=no lint=no asan_only=no coverage=no install=yes
+unit=no contract=no e2e=no lint=no tsan=no asan=no coverage=no quick=no nightly=no install=yes
 expression=""
 jobs=$(nproc)
 while [ $# -gt 0 ]; do
@@ -37,9 +40,12 @@ while [ $# -gt 0 ]; do
         --contract) contract=yes ;;
         --e2e) e2e=yes ;;
         --lint) lint=yes ;;
-        --asan) asan_only=yes ;;
+        --tsan) tsan=yes ;;
+        --asan) asan=yes ;;
         --coverage) coverage=yes ;;
+        --quick) quick=yes ;;
         --nightly)
+            nightly=yes
             export MODEL_EVENTS=${MODEL_EVENTS:-1000000} MODEL_SEED=${MODEL_SEED:-$(date +%Y%m%d)0000}
             echo "== The model's first sequence is MODEL_SEED=$MODEL_SEED" ;;
         --no-install) install=no ;;
@@ -53,27 +59,53 @@ while [ $# -gt 0 ]; do
     shift
 done
 case $jobs in '' | *[!0-9]* | 0) usage >&2; exit 2 ;; esac
-if [ $coverage = yes ] && { [ $e2e = yes ] || [ $lint = yes ] || [ $asan_only = yes ]; }; then
+if [ $coverage = yes ] && [ $e2e$lint$tsan$asan$quick != nonononono ]; then
     echo "test.sh: --coverage goes with --unit and --contract only" >&2
     exit 2
 fi
+if [ $asan = yes ] && [ $lint$tsan != nono ]; then
+    echo "test.sh: --asan goes with --unit, --contract and --e2e only" >&2
+    exit 2
+fi
+if [ $quick = yes ] && [ $unit$contract$e2e$lint$tsan$asan != nononononono ]; then
+    echo "test.sh: --quick chooses the suites itself" >&2
+    exit 2
+fi
 all=no
-if [ $unit$contract$e2e$lint = nononono ]; then
-    unit=yes contract=yes e2e=yes lint=yes all=yes
+if [ $unit$contract$e2e$lint$tsan = nonononono ]; then
+    unit=yes contract=yes e2e=yes
+    [ $asan$coverage$quick != nonono ] || all=yes lint=yes tsan=yes
 fi
 
 if [ $install = yes ]; then
     packaging/install-missing.sh build run demo test
 fi
 
-# The list of leaks in libraries needs whole call stacks to recognise them.
-export ASAN_OPTIONS="detect_leaks=1:fast_unwind_on_malloc=0:detect_stack_use_after_return=1:strict_string_checks=1${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
+# The list of leaks in libraries needs whole call stacks to recognise them. Reading one takes longer
+# than all else, so it ends with the 14 innermost calls, where the names in the list are.
+export ASAN_OPTIONS="detect_leaks=1:fast_unwind_on_malloc=0:malloc_context_size=14:detect_stack_use_after_return=1:strict_string_checks=1${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
 export LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp:print_suppressions=0${LSAN_OPTIONS:+:$LSAN_OPTIONS}"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1${UBSAN_OPTIONS:+:$UBSAN_OPTIONS}"
+export TSAN_OPTIONS="suppressions=$PWD/tests/tsan.supp:ignore_noninstrumented_modules=1:second_deadlock_stack=1${TSAN_OPTIONS:+:$TSAN_OPTIONS}"
+# Without these ccache keeps nothing that is compiled with precompiled headers.
+export CCACHE_SLOPPINESS=pch_defines,time_macros
+
+results=$PWD/out/tests
+mkdir -p "$results"
+rm -f "$results"/*
+
+# timed NAME COMMAND...: runs it and notes its seconds for the end.
+timed() {
+    local name=$1 began=$SECONDS status=0
+    shift
+    "$@" || status=$?
+    printf '%6d s  %s\n' $((SECONDS - began)) "$name" >>"$results/seconds"
+    return $status
+}
 
 # build_into DIRECTORY [CMake option...]
 build_into() {
-    local directory=$1 launcher=()
+    local directory=$1 launcher=() targets=()
     shift
     if command -v ccache >/dev/null; then
         launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
@@ -82,13 +114,54 @@ build_into() {
     mkdir -p "$directory"
     cmake -S . -B "$directory" -G Ninja -DBUILD_TESTING=ON "${launcher[@]}" "$@" \
         >"$directory/configure.log" 2>&1 || { cat "$directory/configure.log" >&2; return 1; }
-    # The end-to-end tests alone need only what they start.
-    local targets=()
-    if [ $unit$contract = nono ]; then
+    if [ "$directory" = build-tsan ]; then
+        targets=("${with_threads[@]}")
+    elif [ $unit$contract = nono ]; then
+        # The end-to-end tests alone need only what they start.
         targets=(ostrel-demo-player-tv tvctl make-sample-content resources timer_speed)
     fi
     ninja -C "$directory" "${targets[@]}"
 }
+
+build_plainly() {
+    build_into build -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSANITIZE=OFF
+}
+
+# build_with SANITIZER DIRECTORY
+build_with() {
+    build_into "$2" -DCMAKE_BUILD_TYPE=RelWithDebInfo "-DSANITIZE=$1" \
+        "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g"
+}
+
+# What the thread sanitizer looks at: the programs, and the labels of their tests. The rest of the
+# player runs on the main loop, so that it has little to find there and looks at night only.
+with_threads=(unit_event_manager_threads contract_config_store contract_media_player
+    contract_video_plane)
+threads_label=threads
+if [ $nightly = yes ]; then
+    with_threads+=(unit_util unit_control unit_main unit_model)
+    threads_label='threads|unit'
+fi
+
+# beside NAME COMMAND...: runs it in the background, at the lowest priority, while suites run that
+# mostly wait. await NAME shows what it has printed, and ends with its status.
+declare -A background=()
+beside() {
+    # With a process group of its own, to be ended with all that it has started.
+    set -m
+    { renice -n 19 -p $BASHPID >/dev/null; timed "$@"; } >"$results/$1.log" 2>&1 &
+    background[$1]=$!
+    set +m
+}
+
+await() {
+    local status=0
+    wait "${background[$1]}" || status=$?
+    unset "background[$1]"
+    cat "$results/$1.log"
+    return $status
+}
+trap 'for group in "${background[@]}"; do kill -- "-$group"; done 2>/dev/null || true' EXIT
 
 # The suites go on after a failure, so that one run shows all there is to mend.
 failed=()
@@ -98,44 +171,57 @@ suite() {
     local name=$1
     shift
     echo "== $name"
-    "$@" || failed+=("$name")
+    timed "$name" "$@" || failed+=("$name")
 }
 
 # run_ctest DIRECTORY: the unit and contract tests wanted. The contract tests are named after their
-# programs' suites, so they are told apart by the folder they were built in.
+# programs' suites, so they are told apart by the folder they were built in. Four at a time on each
+# processor, because most wait most of the time; those that compute count as several.
 run_ctest() {
-    local directory=$1 arguments=(--output-on-failure --timeout 400 -j "$jobs")
+    local folder=$1 arguments=(--output-on-failure --timeout 400 -j $((4 * jobs)))
     [ -z "$expression" ] || arguments+=(-R "$expression")
-    if [ $unit = no ]; then
-        directory+=/tests/contract
+    if [ "$1" = build-tsan ]; then
+        arguments+=(-L "$threads_label")
     elif [ $contract = no ]; then
-        directory+=/tests/unit
+        folder+=/tests/unit
+    elif [ $unit = no ]; then
+        folder+=/tests/contract
     fi
-    arguments+=(--test-dir "$directory")
+    arguments+=(--test-dir "$folder")
     [ "$(ctest "${arguments[@]}" -N | sed -n 's/^Total Tests: //p')" = 0 ] || found=yes
-    ctest "${arguments[@]}"
+    ctest "${arguments[@]}" --output-junit "$results/$1.ctest.xml"
 }
 
-# run_pytest BUILD_DIRECTORY [pytest argument...]
+# run_pytest BUILD_DIRECTORY FOLDER [pytest argument...]
 run_pytest() {
-    local directory=$1
-    shift
+    local directory=$1 folder=$2
+    shift 2
     [ -z "$expression" ] || set -- "$@" -k "$expression"
     # The directory is one word with its option: pytest learns of the option only from our conftest,
     # and takes a word of its own for a place to look for tests.
     local status=0
-    /usr/bin/python3 -m pytest -p no:cacheprovider -n "$jobs" "--build-dir=$directory" "$@" || status=$?
+    /usr/bin/python3 -m pytest -p no:cacheprovider "--build-dir=$directory" \
+        "--junitxml=$results/$directory.$folder.xml" "$@" "tests/$folder" || status=$?
     # With -k, that this suite has no such test is no failure of it.
     [ $status -ne 5 ] || [ -z "$expression" ] || return 0
     found=yes
     return $status
 }
 
+# run_suites BUILD_DIRECTORY NOTE [pytest argument...]: those wanted, in one build. The end-to-end
+# tests wait for the screen most of the time.
+run_suites() {
+    local directory=$1 note=$2
+    shift 2
+    [ $unit$contract = nono ] || suite "Unit and contract tests$note" run_ctest "$directory"
+    [ $e2e = no ] ||
+        suite "End-to-end tests$note" run_pytest "$directory" e2e -n $((2 * jobs)) "$@"
+}
+
 if [ $coverage = yes ]; then
     build_into build-coverage -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=--coverage \
         -DCMAKE_EXE_LINKER_FLAGS=--coverage
     find build-coverage -name '*.gcda' -delete
-    e2e=no
     suite "Unit and contract tests, counting lines" run_ctest build-coverage
     suite "Coverage" gcovr -j "$jobs" --filter '(src|platform/linux|tools)/' \
         --exclude-throw-branches --gcov-ignore-parse-errors --print-summary \
@@ -143,39 +229,38 @@ if [ $coverage = yes ]; then
     # The contract tests alone do not run the player's own code.
     [ $unit = no ] || suite "Coverage of src/" gcovr -a build-coverage/coverage.json \
         --filter src/ --fail-under-line 98 --fail-under-branch 90 --print-summary
+elif [ $all = yes ]; then
+    timed "Building build" build_plainly
+    beside "Building build-asan" build_with address build-asan
+    suite "Source tree" run_pytest build tree -q -n "$jobs"
+    run_suites build ""
+    await "Building build-asan"
+    beside "Building build-tsan" build_with thread build-tsan
+    [ -n "$expression" ] || beside "Lint" packaging/lint.sh build
+    run_suites build-asan " with sanitizers" -m demo_loop
+    await "Building build-tsan"
+    suite "Tests of threads" run_ctest build-tsan
+    [ -n "$expression" ] || await "Lint" || failed+=("Lint")
 else
-    if [ $asan_only = no ]; then
-        build_into build -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSANITIZE=OFF
+    if [ $asan = yes ]; then
+        timed "Building build-asan" build_with address build-asan
+        run_suites build-asan " with sanitizers"
+    elif [ $unit$contract$e2e$lint != nononono ]; then
+        timed "Building build" build_plainly
+        [ $unit = no ] || suite "Source tree" run_pytest build tree -q -n "$jobs"
+        [ $lint = no ] || suite "Lint" packaging/lint.sh build
+        if [ $quick = yes ]; then run_suites build "" -m demo_loop; else run_suites build ""; fi
     fi
-    if [ $all = yes ] || [ $asan_only = yes ]; then
-        build_into build-asan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSANITIZE=address \
-            "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g"
-    fi
-    if [ $unit = yes ]; then
-        checked=build
-        [ $asan_only = no ] || checked=build-asan
-        suite "Source tree" run_pytest $checked -q tests/tree
-    fi
-    if [ $lint = yes ] && [ $asan_only = no ] && [ -z "$expression" ]; then
-        suite "Lint" packaging/lint.sh build
-    fi
-    if [ $unit = yes ] || [ $contract = yes ]; then
-        [ $asan_only = yes ] || suite "Unit and contract tests" run_ctest build
-        if [ $all = yes ] || [ $asan_only = yes ]; then
-            suite "Unit and contract tests with sanitizers" run_ctest build-asan
-        fi
-    fi
-    if [ $e2e = yes ]; then
-        if [ $asan_only = yes ]; then
-            suite "End-to-end tests with sanitizers" run_pytest build-asan tests/e2e
-        else
-            suite "End-to-end tests" run_pytest build tests/e2e
-            if [ $all = yes ]; then
-                suite "One demo loop with sanitizers" run_pytest build-asan -m sanitizer_loop tests/e2e
-            fi
-        fi
+    if [ $tsan = yes ]; then
+        timed "Building build-tsan" build_with thread build-tsan
+        suite "Tests of threads" run_ctest build-tsan
     fi
 fi
+
+echo "== Where the time went"
+cat "$results/seconds"
+printf '%6d s  all\n' $SECONDS
+packaging/slowest-tests.py "$results"
 
 if [ $found = no ] && [ -n "$expression" ]; then
     failed+=("no test is named like '$expression'")

@@ -14,7 +14,7 @@ committed), and runs there, as root and with network, WHAT:
   all    one after the other, each in a system of its own
   --keep leaves the system and its out/ folder for a look around
 Needs root and the package debootstrap. The demo and the commands take about ten minutes each, the
-tests forty.
+tests about twenty.
 TEXT
 }
 

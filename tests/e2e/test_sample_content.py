@@ -20,7 +20,7 @@ def arrow_is_up(screen, upper_edge):
             and not screen.near(*places[opposite[upper_edge]], WHITE))
 
 
-@pytest.mark.sanitizer_loop
+@pytest.mark.demo_loop
 @pytest.mark.parametrize("rotation_state, portrait, upper_edge",
                          [(1, False, "top"), (2, True, "left")],
                          ids=["landscape panel", "portrait panel"])
