@@ -86,7 +86,8 @@ fi
 export ASAN_OPTIONS="detect_leaks=1:fast_unwind_on_malloc=0:malloc_context_size=14:detect_stack_use_after_return=1:strict_string_checks=1${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
 export LSAN_OPTIONS="suppressions=$PWD/tests/lsan.supp:print_suppressions=0${LSAN_OPTIONS:+:$LSAN_OPTIONS}"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1${UBSAN_OPTIONS:+:$UBSAN_OPTIONS}"
-export TSAN_OPTIONS="suppressions=$PWD/tests/tsan.supp:ignore_noninstrumented_modules=1:second_deadlock_stack=1${TSAN_OPTIONS:+:$TSAN_OPTIONS}"
+# What the C library reads or writes for its caller is left out: mostly that is another library's.
+export TSAN_OPTIONS="suppressions=$PWD/tests/tsan.supp:ignore_interceptors_accesses=1:second_deadlock_stack=1${TSAN_OPTIONS:+:$TSAN_OPTIONS}"
 # Without these ccache keeps nothing that is compiled with precompiled headers.
 export CCACHE_SLOPPINESS=pch_defines,time_macros
 
@@ -98,6 +99,7 @@ rm -f "$results"/*
 timed() {
     local name=$1 began=$SECONDS status=0
     shift
+    echo "== $name"
     "$@" || status=$?
     printf '%6d s  %s\n' $((SECONDS - began)) "$name" >>"$results/seconds"
     return $status
@@ -110,7 +112,6 @@ build_into() {
     if command -v ccache >/dev/null; then
         launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     fi
-    echo "== Building into $directory/"
     mkdir -p "$directory"
     cmake -S . -B "$directory" -G Ninja -DBUILD_TESTING=ON "${launcher[@]}" "$@" \
         >"$directory/configure.log" 2>&1 || { cat "$directory/configure.log" >&2; return 1; }
@@ -161,17 +162,21 @@ await() {
     cat "$results/$1.log"
     return $status
 }
-trap 'for group in "${background[@]}"; do kill -- "-$group"; done 2>/dev/null || true' EXIT
+
+end_background() {
+    local group
+    for group in "${background[@]}"; do
+        kill -- "-$group" 2>/dev/null || true
+    done
+}
+trap end_background EXIT
 
 # The suites go on after a failure, so that one run shows all there is to mend.
 failed=()
 # Whether any suite had a test to run: a mistyped -k has none, and must not look like success.
 found=no
 suite() {
-    local name=$1
-    shift
-    echo "== $name"
-    timed "$name" "$@" || failed+=("$name")
+    timed "$@" || failed+=("$1")
 }
 
 # run_ctest DIRECTORY: the unit and contract tests wanted. The contract tests are named after their
@@ -219,7 +224,7 @@ run_suites() {
 }
 
 if [ $coverage = yes ]; then
-    build_into build-coverage -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=--coverage \
+    timed "Building build-coverage" build_into build-coverage -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=--coverage \
         -DCMAKE_EXE_LINKER_FLAGS=--coverage
     find build-coverage -name '*.gcda' -delete
     suite "Unit and contract tests, counting lines" run_ctest build-coverage
