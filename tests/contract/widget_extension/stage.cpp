@@ -36,6 +36,9 @@ void Stage::open_house()
     setenv("OSTREL_DEMO_RESOURCE_DIR", BUILT_RESOURCE_DIR, 0);
     setenv("ECORE_NO_SYSTEM_MODULES", "1", 1);
     setenv("ELM_ENGINE", "buffer", 1);
+    // With a thread that draws, a window that goes while the machine is busy goes too early: the
+    // toolkit does not wait long for that thread, and crashes.
+    setenv("ECORE_EVAS_FORCE_SYNC_RENDER", "1", 1);
     efreet_cache_disable();
     elm_init(0, nullptr);
     elm_app_base_scale_set(2.0);
