@@ -2,6 +2,7 @@
 
 #include "player/control/OstrelDemoPlayer.h"
 
+#include "player/util/Efl.h"
 #include "player/util/Log.h"
 #include "widget_extension.h"
 
@@ -94,10 +95,7 @@ Eina_Bool COstrelDemoPlayer::m_OnDisclaimerTimeOutCB(void *data)
         return ECORE_CALLBACK_CANCEL;
     evas_object_hide(pThis->m_pDisclaimerImageBox);
     evas_object_hide(pThis->m_pDisclaimerRootLayout);
-    if (pThis->m_pDisclaimerTimer != nullptr) {
-        ecore_timer_del(pThis->m_pDisclaimerTimer);
-        pThis->m_pDisclaimerTimer = nullptr;
-    }
+    DeleteTimer(pThis->m_pDisclaimerTimer);
     LOGI("time out, evas hide, delete timer");
     return ECORE_CALLBACK_CANCEL;
 }
@@ -108,22 +106,13 @@ void COstrelDemoPlayer::m_HideDisclaimer()
         return;
     evas_object_hide(m_pDisclaimerRootLayout);
     evas_object_hide(m_pDisclaimerImageBox);
-    if (m_pDisclaimerTimer != nullptr) {
-        ecore_timer_del(m_pDisclaimerTimer);
-        m_pDisclaimerTimer = nullptr;
-    }
+    DeleteTimer(m_pDisclaimerTimer);
 }
 
 void COstrelDemoPlayer::m_DestroyDisclaimer()
 {
     if (!COstrelDemoUtil::bShowDisclaimer())
         return;
-    if (m_pDisclaimerRootLayout != nullptr) {
-        evas_object_del(m_pDisclaimerRootLayout);
-        m_pDisclaimerRootLayout = nullptr;
-    }
-    if (m_pDisclaimerImageBox != nullptr) {
-        evas_object_del(m_pDisclaimerImageBox);
-        m_pDisclaimerImageBox = nullptr;
-    }
+    DeleteObject(m_pDisclaimerRootLayout);
+    DeleteObject(m_pDisclaimerImageBox);
 }

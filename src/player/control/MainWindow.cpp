@@ -7,13 +7,13 @@
 
 #include "app_context.h"
 #include "app_framework.h"
+#include "player/util/Efl.h"
 #include "player/util/Log.h"
 #include "widget_extension.h"
 
 namespace {
 
 constexpr char WINDOW_NAME[] = "ostrel-demo-player-tv";
-constexpr int PRIMARY_BUTTON = 1;
 
 void AddHole(Evas_Object *pWindow)
 {

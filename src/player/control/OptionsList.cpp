@@ -3,18 +3,14 @@
 
 #include "player/control/OstrelDemoPlayer.h"
 
-#include <libintl.h>
-
 #include <cstring>
 
+#include "player/util/Efl.h"
 #include "player/util/Log.h"
 #include "sound_route.h"
 #include "widget_extension.h"
 
 namespace {
-
-constexpr char TEXT_DOMAIN[] = "ostrel-demo-player-tv";
-constexpr int PRIMARY_BUTTON = 1;
 
 stItemData *ItemDataOf(const Elm_Object_Item *pRow)
 {
@@ -27,8 +23,8 @@ bool COstrelDemoPlayer::m_InitItemList()
 {
     LOGD("");
     m_vdcItemList.clear();
-    m_vdcItemList.push_back({-1, dgettext(TEXT_DOMAIN, "SID_OFF")});
-    m_vdcItemList.push_back({0, dgettext(TEXT_DOMAIN, "COM_HTS_SID_PLAY_ALL")});
+    m_vdcItemList.push_back({-1, Translated("SID_OFF")});
+    m_vdcItemList.push_back({0, Translated("COM_HTS_SID_PLAY_ALL")});
     int iNumber = 0;
     for (const stPlayListItem &stEntry : m_vdcPlayList) {
         ++iNumber;

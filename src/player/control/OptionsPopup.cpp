@@ -2,17 +2,13 @@
 
 #include "player/control/OstrelDemoPlayer.h"
 
-#include <libintl.h>
-
 #include <memory>
 
+#include "player/util/Efl.h"
 #include "player/util/Log.h"
 #include "widget_extension.h"
 
 namespace {
-
-constexpr char TEXT_DOMAIN[] = "ostrel-demo-player-tv";
-constexpr int PRIMARY_BUTTON = 1;
 
 // In layout units.
 constexpr double LIST_WIDTH = 120.0;
@@ -26,14 +22,6 @@ constexpr int FREE_LAYOUT = 1;
 constexpr int CONTENT_FIRST = 5;
 constexpr int FIRST_SLOT = 0;
 
-void DeleteObject(Evas_Object *&pObject)
-{
-    if (pObject == nullptr)
-        return;
-    evas_object_del(pObject);
-    pObject = nullptr;
-}
-
 } // namespace
 
 bool COstrelDemoPlayer::m_CreatePopUp()
@@ -42,7 +30,7 @@ bool COstrelDemoPlayer::m_CreatePopUp()
     m_pPopup = elm_velt_popup_add(m_pWindow);
     elm_velt_popup_style_set(m_pPopup, POPUP_STYLE_OPTIONS);
     elm_popup_orient_set(m_pPopup, ELM_POPUP_ORIENT_CENTER);
-    elm_velt_popup_title_set(m_pPopup, dgettext(TEXT_DOMAIN, "COM_SID_DEMO"));
+    elm_velt_popup_title_set(m_pPopup, Translated("COM_SID_DEMO"));
     m_CreatePopupList();
 
     Elm_Genlist_Item_Class *pItemClass = elm_genlist_item_class_new();
@@ -108,7 +96,7 @@ void COstrelDemoPlayer::m_CreatePopupButton()
     if (pButton == nullptr)
         return;
     elm_velt_button_style_set(pButton, 0, 0);
-    elm_velt_button_text_set(pButton, dgettext(TEXT_DOMAIN, "SID_OK"));
+    elm_velt_button_text_set(pButton, Translated("SID_OK"));
     elm_velt_popup_button_focus_set(m_pPopup, CONTENT_FIRST);
     elm_velt_popup_button_set(m_pPopup, pButton, FIRST_SLOT);
     evas_object_smart_callback_add(pButton, "clicked", m_OnButtonResponseCB, this);
@@ -125,10 +113,7 @@ bool COstrelDemoPlayer::DestroyPopup()
         return false;
     evas_object_hide(m_pPopup);
     COstrelDemoUtil::SetBlockEPOP(false);
-    if (m_pDestroyPopupTimer != nullptr) {
-        ecore_timer_del(m_pDestroyPopupTimer);
-        m_pDestroyPopupTimer = nullptr;
-    }
+    DeleteTimer(m_pDestroyPopupTimer);
     // Not deleted here: the call may come from a callback of the popup's own button or list.
     m_pDestroyPopupTimer = ecore_timer_add(TEAR_DOWN_DELAY_S, m_OnDestroyPopTimerCB, this);
     return true;

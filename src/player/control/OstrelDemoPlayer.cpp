@@ -3,30 +3,10 @@
 #include "player/control/OstrelDemoPlayer.h"
 
 #include "app_context.h"
+#include "player/util/Efl.h"
 #include "player/util/EventManager.h"
 #include "player/util/Log.h"
 #include "widget_extension.h"
-
-namespace {
-
-/** Deletes a widget or object of the controller's and forgets it. */
-void DeleteObject(Evas_Object *&pObject)
-{
-    if (pObject == nullptr)
-        return;
-    evas_object_del(pObject);
-    pObject = nullptr;
-}
-
-void DeleteTimer(Ecore_Timer *&pTimer)
-{
-    if (pTimer == nullptr)
-        return;
-    ecore_timer_del(pTimer);
-    pTimer = nullptr;
-}
-
-} // namespace
 
 COstrelDemoPlayer::COstrelDemoPlayer()
 {

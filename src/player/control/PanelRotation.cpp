@@ -2,6 +2,7 @@
 
 #include "player/control/OstrelDemoPlayer.h"
 
+#include "player/util/Efl.h"
 #include "player/util/EventManager.h"
 #include "player/util/Log.h"
 
@@ -88,10 +89,7 @@ bool COstrelDemoPlayer::m_ChangeRotationType()
     const bool bPortrait = COstrelDemoUtil::IsPortraitMode();
 
     // Before the test for content, so that a refused turn ends the timed rotation as well.
-    if (m_pZavoTimer != nullptr) {
-        ecore_timer_del(m_pZavoTimer);
-        m_pZavoTimer = nullptr;
-    }
+    DeleteTimer(m_pZavoTimer);
     const bool bHasContent = bPortrait
                                  ? !m_vdcLandscapeVideos.empty() || !m_vdcLandscapePhotos.empty()
                                  : !m_vdcPortraitVideos.empty() || !m_vdcPortraitPhotos.empty();

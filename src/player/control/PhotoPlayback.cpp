@@ -2,6 +2,7 @@
 
 #include "player/control/OstrelDemoPlayer.h"
 
+#include "player/util/Efl.h"
 #include "player/util/EventManager.h"
 #include "player/util/Log.h"
 
@@ -90,10 +91,7 @@ void COstrelDemoPlayer::RenderPicture(_pictrel_s *pPicture)
 void COstrelDemoPlayer::m_DestroyPhoto()
 {
     LOGI("");
-    if (m_pSlideShowTimer != nullptr) {
-        ecore_timer_del(m_pSlideShowTimer);
-        m_pSlideShowTimer = nullptr;
-    }
+    DeleteTimer(m_pSlideShowTimer);
     if (m_pPicture != nullptr) {
         pictrel_destroy(&m_pPicture);
         m_pPicture = nullptr;
@@ -131,10 +129,7 @@ void COstrelDemoPlayer::StopSlideShow()
     }
     m_bSlideShowStarted = false;
     // The end timer runs on; only the slide show's own timer is stopped.
-    if (m_pSlideShowTimer != nullptr) {
-        ecore_timer_del(m_pSlideShowTimer);
-        m_pSlideShowTimer = nullptr;
-    }
+    DeleteTimer(m_pSlideShowTimer);
 }
 
 Eina_Bool COstrelDemoPlayer::m_OnStartSlideShowCB(void *data)

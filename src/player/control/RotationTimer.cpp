@@ -2,16 +2,14 @@
 
 #include "player/control/OstrelDemoPlayer.h"
 
-#include <libintl.h>
-
 #include <cstdio>
 
+#include "player/util/Efl.h"
 #include "player/util/Log.h"
 #include "widget_extension.h"
 
 namespace {
 
-constexpr char TEXT_DOMAIN[] = "ostrel-demo-player-tv";
 constexpr double TOAST_TIME_S = 3.0;
 constexpr int POPUP_STYLE_TOAST = 4;
 
@@ -36,12 +34,10 @@ std::string IntervalText(const char *pWholeMinutesId, const char *pMinutesAndSec
     const int iMinutes = iSeconds / SECONDS_PER_MINUTE;
     std::snprintf(szMinutes, sizeof(szMinutes), "%d", iMinutes);
     if (iSeconds == SECONDS_PER_MINUTE * iMinutes)
-        return COstrelDemoUtil::CombinateString(dgettext(TEXT_DOMAIN, pWholeMinutesId), szMinutes,
-                                                "");
+        return COstrelDemoUtil::CombinateString(Translated(pWholeMinutesId), szMinutes, "");
     char szSeconds[256] = {};
     std::snprintf(szSeconds, sizeof(szSeconds), "%d", iSeconds - SECONDS_PER_MINUTE * iMinutes);
-    return COstrelDemoUtil::CombinateString(dgettext(TEXT_DOMAIN, pMinutesAndSecondsId), szMinutes,
-                                            szSeconds);
+    return COstrelDemoUtil::CombinateString(Translated(pMinutesAndSecondsId), szMinutes, szSeconds);
 }
 
 } // namespace
@@ -50,10 +46,7 @@ bool COstrelDemoPlayer::m_UpdateNotificationLabel(std::string strContent)
 {
     LOGI("strContent = %s", strContent.c_str());
     DestroyPopup();
-    if (m_pNotificationLabel != nullptr) {
-        evas_object_del(m_pNotificationLabel);
-        m_pNotificationLabel = nullptr;
-    }
+    DeleteObject(m_pNotificationLabel);
     m_pNotificationLabel = elm_velt_popup_add(m_pWindow);
     if (m_pNotificationLabel == nullptr)
         return true;
@@ -96,8 +89,8 @@ void COstrelDemoPlayer::m_CreateRotationOnOffLabel()
     LOGI("");
     char szText[128] = {};
     const bool bSwitchOn = !m_bRotationAutoMode;
-    const char *pTitle = dgettext(TEXT_DOMAIN, "COM_ID_QUENDIRA_ROTATION");
-    const char *pState = dgettext(TEXT_DOMAIN, bSwitchOn ? "SID_ON" : "SID_OFF");
+    const char *pTitle = Translated("COM_ID_QUENDIRA_ROTATION");
+    const char *pState = Translated(bSwitchOn ? "SID_ON" : "SID_OFF");
     std::snprintf(szText, sizeof(szText), "%s %s", pTitle, pState);
     m_bRotationAutoMode = bSwitchOn;
     COstrelDemoUtil::SetConfigInt(ConfigKey::ROTATION_AUTO_MODE, bSwitchOn ? 1 : 0);
@@ -107,10 +100,7 @@ void COstrelDemoPlayer::m_CreateRotationOnOffLabel()
 void COstrelDemoPlayer::m_UpdateZavoTimer()
 {
     LOGI("");
-    if (m_pZavoTimer != nullptr) {
-        ecore_timer_del(m_pZavoTimer);
-        m_pZavoTimer = nullptr;
-    }
+    DeleteTimer(m_pZavoTimer);
     if (!COstrelDemoUtil::IsSupportRotator() || !m_bRotationAutoMode)
         return;
     int iIndex = 0;
