@@ -102,7 +102,7 @@ void COstrelDemoPlayer::m_HandlePlayerCompleted()
 void COstrelDemoPlayer::m_HandlePlayerPrepared()
 {
     // A stop that came after the preparation makes this event stale.
-    if (m_iVideoPlayerState != 2 || m_hPlayer == nullptr)
+    if (m_iVideoPlayerState != VIDEO_STATE_PREPARED || m_hPlayer == nullptr)
         return;
     const char *pName = m_uiCurPlayIndex < m_vdcPlayList.size()
                             ? m_vdcPlayList[m_uiCurPlayIndex].strFileName.c_str()

@@ -75,6 +75,13 @@ enum ENDEMO_PLAYING_TYPE {
     PLAYING_TYPE_PHOTO = 1,
 };
 
+/** How far the media player is with a video. */
+enum ENDEMO_VIDEO_STATE {
+    VIDEO_STATE_STOPPED = 0,
+    VIDEO_STATE_PREPARING = 1,
+    VIDEO_STATE_PREPARED = 2,
+};
+
 class COstrelDemoPlayer {
   public:
     COstrelDemoPlayer();
@@ -293,8 +300,8 @@ class COstrelDemoPlayer {
     int m_iPlayIndex = -1;            /**< menu selection: -1 none yet, 0 all, n only entry n */
     unsigned int m_uiCurPlayIndex = 0;
     int m_iPlayingType = PLAYING_TYPE_VIDEO; /**< kind of what is on screen */
-    /** 0 stopped, 1 preparing, 2 prepared. The media player's thread writes it as well. */
-    std::atomic<int> m_iVideoPlayerState{0};
+    /** An ENDEMO_VIDEO_STATE. The media player's thread writes it as well. */
+    std::atomic<int> m_iVideoPlayerState{VIDEO_STATE_STOPPED};
     std::string m_strFolderPath;
     std::string m_strPlayPath;     /**< full path of the current file */
     std::string m_strSubtitlePath; /**< full path of its subtitle, or empty */

@@ -12,8 +12,6 @@ constexpr double NORMAL_SPEED = 1.0;
 constexpr double FORWARD_SPEED = 2.0;
 constexpr double REWIND_SPEED = -2.0;
 
-enum { VIDEO_STATE_STOPPED = 0, VIDEO_STATE_PREPARING = 1, VIDEO_STATE_PREPARED = 2 };
-
 void SendPlayerErrorEvent()
 {
     CEventManager::GetInstance()->SendEvent(ENDEMO_EVENT_PLAYER_ERROR, 0);
