@@ -167,9 +167,6 @@ class COstrelDemoPlayer {
     void m_HandlePauseKey();
     void m_HandleStopKey();
     void m_HandleStepKey(bool bNext);
-    void m_HandleRotationOnOffKey();
-    void m_HandleTimerKey(ENDEMO_ROTATION_STATUS enStatus);
-    void m_HandleTimerResetKey();
 
     // ContentLocation.cpp
     std::string m_GetFolderPath();
@@ -281,6 +278,9 @@ class COstrelDemoPlayer {
     static Eina_Bool m_OnSetFocusIdlerCB(void *data);
 
     // RotationTimer.cpp
+    void m_HandleRotationOnOffKey();
+    void m_HandleTimerKey(ENDEMO_ROTATION_STATUS enStatus);
+    void m_HandleTimerResetKey();
     bool m_UpdateNotificationLabel(std::string strContent);
     void m_ShowPopup(ENDEMO_ROTATION_STATUS enZavoMode, int iTimerIndex);
     void m_CreateRotationOnOffLabel();

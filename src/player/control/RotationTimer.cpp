@@ -1,4 +1,4 @@
-// Timed rotation: its interval timer, and the toasts that confirm what staff set.
+// Timed rotation: its interval timer, the keys that set it, and the toasts that confirm them.
 
 #include "player/control/OstrelDemoPlayer.h"
 
@@ -119,4 +119,39 @@ Eina_Bool COstrelDemoPlayer::m_OnZavoTimeOutCB(void *data)
     if (pThis != nullptr)
         pThis->m_ChangeRotationType();
     return ECORE_CALLBACK_RENEW;
+}
+
+void COstrelDemoPlayer::m_HandleRotationOnOffKey()
+{
+    if (!COstrelDemoUtil::IsSupportRotator())
+        return;
+    m_CreateRotationOnOffLabel();
+    m_UpdateZavoTimer();
+}
+
+void COstrelDemoPlayer::m_HandleTimerKey(ENDEMO_ROTATION_STATUS enStatus)
+{
+    if (!COstrelDemoUtil::IsSupportRotator())
+        return;
+    const bool bPortraitTimer = enStatus == ROTATION_STATUS_PORTRAIT_TIMER;
+    const char *pKey = bPortraitTimer ? ConfigKey::PORTRAIT_TIMER : ConfigKey::LANDSCAPE_TIMER;
+    int iValue = 0;
+    if (!COstrelDemoUtil::GetConfigInt(pKey, iValue))
+        return;
+    // Leads back into the table from any stored number, and cannot overflow.
+    iValue = (iValue % ZAVO_TIMER_COUNT + ZAVO_TIMER_COUNT + 1) % ZAVO_TIMER_COUNT;
+    COstrelDemoUtil::SetConfigInt(pKey, iValue);
+    if (COstrelDemoUtil::IsPortraitMode() == bPortraitTimer)
+        m_UpdateZavoTimer();
+    m_ShowPopup(enStatus, iValue);
+}
+
+void COstrelDemoPlayer::m_HandleTimerResetKey()
+{
+    if (!COstrelDemoUtil::IsSupportRotator())
+        return;
+    COstrelDemoUtil::SetConfigInt(ConfigKey::LANDSCAPE_TIMER, 0);
+    COstrelDemoUtil::SetConfigInt(ConfigKey::PORTRAIT_TIMER, 0);
+    m_UpdateZavoTimer();
+    m_ShowPopup(ROTATION_STATUS_TIMER_RESET, 0);
 }
