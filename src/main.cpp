@@ -202,7 +202,7 @@ void Terminate(void *data)
 int elm_main(int argc, char **argv)
 {
     LOGD("");
-    AppData stAppData = {"org.tizen.ostrel-demo-player-tv", nullptr};
+    AppData stAppData = {APP_ID, nullptr};
 
     ui_app_lifecycle_callback_s stCallbacks = {};
     stCallbacks.create = Create;

@@ -17,7 +17,6 @@
 
 namespace {
 
-constexpr char APP_ID[] = "org.tizen.ostrel-demo-player-tv";
 constexpr char DEFAULT_FOLDER[] = "/opt/data/demo_movie";
 constexpr char SHOW_DISCLAIMER_FEATURE[] =
     "com.norvane/featureconf/ostrel_demo_player.show_disclaimer";

@@ -11,6 +11,9 @@
 
 struct wl_surface;
 
+/** What the set calls the program. */
+inline constexpr char APP_ID[] = "org.tizen.ostrel-demo-player-tv";
+
 /** How the window stands, as the window manager reports it. Portrait is {1, 3}. */
 enum ENDEMO_ROTATION_TYPE : int {
     ROTATION_TYPE_LANDSCAPE = 0,         /**< 0 degrees */
