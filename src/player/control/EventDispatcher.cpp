@@ -73,15 +73,7 @@ void COstrelDemoPlayer::m_HandlePlayerCompleted()
     m_uiCurPlayIndex = static_cast<unsigned int>(uiNext);
     m_AppendEntryNames();
 
-    if (GetPlayingType(static_cast<int>(m_uiCurPlayIndex)) != m_iPlayingType) {
-        if (m_iPlayingType == PLAYING_TYPE_PHOTO) {
-            m_DestroyPhoto();
-            m_iPlayingType = PLAYING_TYPE_VIDEO;
-        } else {
-            StopVideo();
-            m_iPlayingType = PLAYING_TYPE_PHOTO;
-        }
-    }
+    m_SwitchPlayingType(m_GetCurrentType());
 
     // Only now, with the kinds switched, does repeat off end the show.
     if (!m_bRepeat) {
@@ -91,12 +83,8 @@ void COstrelDemoPlayer::m_HandlePlayerCompleted()
     }
     LOGD("Repeat Mode is on");
     // Empty while the panel is on its way to the orientation that has content.
-    if (m_IsPlayListEmpty())
-        return;
-    if (m_iPlayingType == PLAYING_TYPE_PHOTO)
-        OnPlayPhoto(m_strPlayPath);
-    else
-        OnPlayVideo(m_strPlayPath, m_strSubtitlePath);
+    if (!m_IsPlayListEmpty())
+        m_PlayPaths();
 }
 
 void COstrelDemoPlayer::m_HandlePlayerPrepared()

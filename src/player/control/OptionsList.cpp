@@ -129,7 +129,7 @@ void COstrelDemoPlayer::m_ChooseEntry(int iIndex)
         return;
     }
     // Play all: a video just plays on into the list, a photo needs the slide show for that.
-    if (GetPlayingType(static_cast<int>(m_uiCurPlayIndex)) == PLAYING_TYPE_PHOTO)
+    if (m_GetCurrentType() == PLAYING_TYPE_PHOTO)
         StartSlideShow();
 }
 
@@ -166,8 +166,7 @@ void COstrelDemoPlayer::m_OnItemSelectedCB(void *data, Evas_Object * /*pObject*/
         COstrelDemoUtil::SetConfigInt(ConfigKey::DEMO_MODE, pThis->m_iPlayIndex);
         if (pThis->m_iPlayIndex != 0)
             pThis->m_PlayContents();
-        else if (pThis->GetPlayingType(static_cast<int>(pThis->m_uiCurPlayIndex)) ==
-                 PLAYING_TYPE_PHOTO)
+        else if (pThis->m_GetCurrentType() == PLAYING_TYPE_PHOTO)
             pThis->StartSlideShow();
     }
     pThis->DestroyPopup();

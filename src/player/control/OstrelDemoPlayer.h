@@ -190,6 +190,9 @@ class COstrelDemoPlayer {
     void m_SetFolderPaths();
     void m_AppendEntryNames();
     bool m_PlayCurrentEntry();
+    void m_SwitchPlayingType(int iType);
+    bool m_PlayPaths();
+    int m_GetCurrentType();
 
     // VideoPlayback.cpp
     bool m_CreateVideoPlayer();

@@ -13,6 +13,12 @@ int COstrelDemoPlayer::GetPlayingType(int iIndex)
     return m_vdcPlayList[static_cast<size_t>(iIndex)].iType;
 }
 
+/** Kind of the current entry, which need not be on screen yet. */
+int COstrelDemoPlayer::m_GetCurrentType()
+{
+    return GetPlayingType(static_cast<int>(m_uiCurPlayIndex));
+}
+
 void COstrelDemoPlayer::SetRepeatOption(bool bRepeat)
 {
     LOGI("%d", bRepeat);
@@ -92,17 +98,28 @@ bool COstrelDemoPlayer::m_PlayCurrentEntry()
 {
     m_AppendEntryNames();
     LOGD("%s", m_strPlayPath.c_str());
-    const int iType = GetPlayingType(static_cast<int>(m_uiCurPlayIndex));
+    const int iType = m_GetCurrentType();
     LOGD("%d %d", iType, m_iPlayingType);
-    if (iType != m_iPlayingType) {
-        if (m_iPlayingType == PLAYING_TYPE_VIDEO) {
-            StopVideo();
-            m_iPlayingType = PLAYING_TYPE_PHOTO;
-        } else {
-            m_DestroyPhoto();
-            m_iPlayingType = PLAYING_TYPE_VIDEO;
-        }
+    m_SwitchPlayingType(iType);
+    return m_PlayPaths();
+}
+
+/** Lets go of what is on screen when an entry of another kind follows. */
+void COstrelDemoPlayer::m_SwitchPlayingType(int iType)
+{
+    if (iType == m_iPlayingType)
+        return;
+    if (m_iPlayingType == PLAYING_TYPE_VIDEO) {
+        StopVideo();
+        m_iPlayingType = PLAYING_TYPE_PHOTO;
+    } else {
+        m_DestroyPhoto();
+        m_iPlayingType = PLAYING_TYPE_VIDEO;
     }
+}
+
+bool COstrelDemoPlayer::m_PlayPaths()
+{
     if (m_iPlayingType == PLAYING_TYPE_PHOTO)
         return OnPlayPhoto(m_strPlayPath);
     return OnPlayVideo(m_strPlayPath, m_strSubtitlePath);

@@ -23,7 +23,7 @@ void COstrelDemoPlayer::m_HandleKey(int iKeyType)
         m_HandleStopKey();
         break;
     case KEY_TYPE_PLAY_PAUSE:
-        if (GetPlayingType(static_cast<int>(m_uiCurPlayIndex)) == PLAYING_TYPE_VIDEO)
+        if (m_GetCurrentType() == PLAYING_TYPE_VIDEO)
             OnResumeOrPause();
         break;
     case KEY_TYPE_SOUND_OUTPUT:
@@ -78,7 +78,7 @@ void COstrelDemoPlayer::m_HandleEnterKey()
 {
     if (DestroyPopup())
         return;
-    if (GetPlayingType(static_cast<int>(m_uiCurPlayIndex)) == PLAYING_TYPE_PHOTO)
+    if (m_GetCurrentType() == PLAYING_TYPE_PHOTO)
         StopSlideShow();
     if (m_pPopup != nullptr || m_bRotating)
         return;
@@ -87,7 +87,7 @@ void COstrelDemoPlayer::m_HandleEnterKey()
 
 void COstrelDemoPlayer::m_HandlePlayKey()
 {
-    const int iType = GetPlayingType(static_cast<int>(m_uiCurPlayIndex));
+    const int iType = m_GetCurrentType();
     if (iType == PLAYING_TYPE_PHOTO) {
         m_SetFileMode(ENDEMO_FILE_MODE_CURRENT, 0);
         m_iPlayIndex = 0;
@@ -99,7 +99,7 @@ void COstrelDemoPlayer::m_HandlePlayKey()
 
 void COstrelDemoPlayer::m_HandlePauseKey()
 {
-    const int iType = GetPlayingType(static_cast<int>(m_uiCurPlayIndex));
+    const int iType = m_GetCurrentType();
     if (iType == PLAYING_TYPE_PHOTO)
         StopSlideShow();
     else if (iType == PLAYING_TYPE_VIDEO)
@@ -108,7 +108,7 @@ void COstrelDemoPlayer::m_HandlePauseKey()
 
 void COstrelDemoPlayer::m_HandleStopKey()
 {
-    if (GetPlayingType(static_cast<int>(m_uiCurPlayIndex)) != PLAYING_TYPE_VIDEO)
+    if (m_GetCurrentType() != PLAYING_TYPE_VIDEO)
         return;
     StopVideo();
     m_DeactiveWindow();
@@ -119,7 +119,7 @@ void COstrelDemoPlayer::m_HandleStepKey(bool bNext)
 {
     if (m_vdcPlayList.size() < 2)
         return;
-    if (GetPlayingType(static_cast<int>(m_uiCurPlayIndex)) == PLAYING_TYPE_PHOTO)
+    if (m_GetCurrentType() == PLAYING_TYPE_PHOTO)
         StopSlideShow();
     if (bNext)
         m_PlayNextFile();
