@@ -66,19 +66,14 @@ int COstrelDemoPlayer::StartDemoPlayer()
     }
 
     // A panel that stands the wrong way is turned first; the turn's events start the play-back.
-    if (COstrelDemoUtil::IsSupportRotator()) {
-        if (iFileMode != ENDEMO_FILE_MODE_PORTRAIT && iMode != 0 &&
-            COstrelDemoUtil::IsPortraitMode()) {
-            COstrelDemoUtil::SetConfigInt(ConfigKey::FILE_MODE, ENDEMO_FILE_MODE_LANDSCAPE);
-            COstrelDemoUtil::ChangePanelRotation();
-            return 0;
-        }
-        if (iFileMode == ENDEMO_FILE_MODE_PORTRAIT && iMode != 0 &&
-            !COstrelDemoUtil::IsPortraitMode()) {
-            COstrelDemoUtil::SetConfigInt(ConfigKey::FILE_MODE, ENDEMO_FILE_MODE_PORTRAIT);
-            COstrelDemoUtil::ChangePanelRotation();
-            return 0;
-        }
+    const bool bToPortrait = iFileMode == ENDEMO_FILE_MODE_PORTRAIT;
+    if (COstrelDemoUtil::IsSupportRotator() && iMode != 0 &&
+        COstrelDemoUtil::IsPortraitMode() != bToPortrait) {
+        COstrelDemoUtil::SetConfigInt(ConfigKey::FILE_MODE, bToPortrait
+                                                                ? ENDEMO_FILE_MODE_PORTRAIT
+                                                                : ENDEMO_FILE_MODE_LANDSCAPE);
+        COstrelDemoUtil::ChangePanelRotation();
+        return 0;
     }
 
     m_CreateDisclaimer();

@@ -180,6 +180,7 @@ class COstrelDemoPlayer {
     int m_InitPlayList();
     void m_SortFile(const char *pName, const char *pVideoExtensions,
                     std::vector<std::string> &vdcSubtitles);
+    bool m_HasContent(bool bPortrait);
     int m_RequestRotation(bool bToPortrait, int iMode);
 
     // PlaySequence.cpp

@@ -90,10 +90,7 @@ bool COstrelDemoPlayer::m_ChangeRotationType()
 
     // Before the test for content, so that a refused turn ends the timed rotation as well.
     DeleteTimer(m_pZavoTimer);
-    const bool bHasContent = bPortrait
-                                 ? !m_vdcLandscapeVideos.empty() || !m_vdcLandscapePhotos.empty()
-                                 : !m_vdcPortraitVideos.empty() || !m_vdcPortraitPhotos.empty();
-    if (!bHasContent)
+    if (!m_HasContent(!bPortrait))
         return false;
 
     COstrelDemoUtil::SetConfigInt(ConfigKey::FILE_MODE, bPortrait ? ENDEMO_FILE_MODE_LANDSCAPE

@@ -11,6 +11,14 @@ namespace {
 constexpr double PHOTO_TIME_S = 5.0;
 constexpr double PHOTO_TIME_ROTATOR_S = 180.0;
 
+void DestroyPicture(_pictrel_s *&pPicture)
+{
+    if (pPicture == nullptr)
+        return;
+    pictrel_destroy(&pPicture);
+    pPicture = nullptr;
+}
+
 } // namespace
 
 bool COstrelDemoPlayer::OnPlayPhoto(std::string strPath)
@@ -18,10 +26,7 @@ bool COstrelDemoPlayer::OnPlayPhoto(std::string strPath)
     LOGI("%s", strPath.c_str());
     if (!m_InitPictureDisplay())
         return false;
-    if (m_pPicture != nullptr) {
-        pictrel_destroy(&m_pPicture);
-        m_pPicture = nullptr;
-    }
+    DestroyPicture(m_pPicture);
     if (pictrel_create_from_url(strPath.c_str(), &m_pPicture) != 0) {
         LOGE("PICTURE_ERROR_CREATE");
         return false;
@@ -92,10 +97,7 @@ void COstrelDemoPlayer::m_DestroyPhoto()
 {
     LOGI("");
     DeleteTimer(m_pSlideShowTimer);
-    if (m_pPicture != nullptr) {
-        pictrel_destroy(&m_pPicture);
-        m_pPicture = nullptr;
-    }
+    DestroyPicture(m_pPicture);
     if (m_pPictureDisplay != 0) {
         pictrel_destroy_display(&m_pPictureDisplay);
         m_pPictureDisplay = 0;

@@ -117,26 +117,31 @@ int COstrelDemoPlayer::m_InitPlayList()
     const int iMode = m_GetFileMode(ENDEMO_FILE_MODE_CURRENT);
     const bool bPortrait = COstrelDemoUtil::IsPortraitMode();
 
-    const auto &vdcVideos = bPortrait ? m_vdcPortraitVideos : m_vdcLandscapeVideos;
-    const auto &vdcPhotos = bPortrait ? m_vdcPortraitPhotos : m_vdcLandscapePhotos;
-    if (vdcVideos.empty() && vdcPhotos.empty())
+    if (!m_HasContent(bPortrait))
         return m_RequestRotation(!bPortrait, iMode);
 
     if (bPortrait)
         LOGI("add portrait contents in play list");
     else
         LOGI("add landscape files in play list");
+    const auto &vdcVideos = bPortrait ? m_vdcPortraitVideos : m_vdcLandscapeVideos;
+    const auto &vdcPhotos = bPortrait ? m_vdcPortraitPhotos : m_vdcLandscapePhotos;
     m_vdcPlayList = vdcVideos;
     m_vdcPlayList.insert(m_vdcPlayList.end(), vdcPhotos.begin(), vdcPhotos.end());
     return 1;
 }
 
+/** Whether anything in the folder suits a panel that stands so. */
+bool COstrelDemoPlayer::m_HasContent(bool bPortrait)
+{
+    return bPortrait ? !m_vdcPortraitVideos.empty() || !m_vdcPortraitPhotos.empty()
+                     : !m_vdcLandscapeVideos.empty() || !m_vdcLandscapePhotos.empty();
+}
+
 /** Nothing suits the panel as it stands: turns it, if the other orientation has content. */
 int COstrelDemoPlayer::m_RequestRotation(bool bToPortrait, int iMode)
 {
-    const auto &vdcVideos = bToPortrait ? m_vdcPortraitVideos : m_vdcLandscapeVideos;
-    const auto &vdcPhotos = bToPortrait ? m_vdcPortraitPhotos : m_vdcLandscapePhotos;
-    if (!COstrelDemoUtil::IsSupportRotator() || (vdcVideos.empty() && vdcPhotos.empty())) {
+    if (!COstrelDemoUtil::IsSupportRotator() || !m_HasContent(bToPortrait)) {
         COstrelDemoUtil::SetConfigInt(ConfigKey::PLAYBACK_STATUS, PLAYBACK_STATUS_NO_CONTENT);
         return -1;
     }
