@@ -49,7 +49,8 @@ enum {
  * asks for no room on their behalf: an overlay never makes its window grow. In a right-to-left
  * layout the columns of the alignment grid change sides. */
 Evas_Object *elm_velt_layout_add(Evas_Object *parent);
-/** @param type 1: free layout, each item placed by its own alignment. */
+enum { ELM_VELT_LAYOUT_FREE = 1 /**< each item placed by its own alignment */ };
+/** @param type ELM_VELT_LAYOUT_FREE */
 void elm_velt_layout_type_set(Evas_Object *layout, int type);
 /** Places a layout's items, or an item in its layout. @param align 1..9 as above. */
 void elm_velt_layout_align_set(Evas_Object *object, int align);

@@ -9,7 +9,6 @@
 namespace {
 
 constexpr double DISCLAIMER_TIME_S = 5.0;
-constexpr int FREE_LAYOUT = 1;
 constexpr int KEEP_PROPORTIONS = 1;
 
 /** One version of the picture; the size counts as layout units and as pixels. */
@@ -39,7 +38,7 @@ void COstrelDemoPlayer::m_CreateDisclaimer()
         LOGE("NULL == m_pDisclaimerRootLayout");
         return;
     }
-    elm_velt_layout_type_set(m_pDisclaimerRootLayout, FREE_LAYOUT);
+    elm_velt_layout_type_set(m_pDisclaimerRootLayout, ELM_VELT_LAYOUT_FREE);
     evas_object_size_hint_weight_set(m_pDisclaimerRootLayout, EVAS_HINT_EXPAND, EVAS_HINT_EXPAND);
     elm_win_resize_object_add(m_pWindow, m_pDisclaimerRootLayout);
     elm_velt_layout_align_set(m_pDisclaimerRootLayout, ELM_VELT_ALIGN_BOTTOM);

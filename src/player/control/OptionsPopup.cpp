@@ -18,7 +18,6 @@ constexpr double POPUP_TIME_S = 30.0;
 constexpr double TEAR_DOWN_DELAY_S = 0.5;
 
 constexpr int POPUP_STYLE_OPTIONS = 0;
-constexpr int FREE_LAYOUT = 1;
 constexpr int CONTENT_FIRST = 5;
 constexpr int FIRST_SLOT = 0;
 
@@ -58,7 +57,7 @@ bool COstrelDemoPlayer::m_CreatePopUp()
 void COstrelDemoPlayer::m_CreatePopupList()
 {
     m_pPopupLayout = elm_velt_layout_add(m_pPopup);
-    elm_velt_layout_type_set(m_pPopupLayout, FREE_LAYOUT);
+    elm_velt_layout_type_set(m_pPopupLayout, ELM_VELT_LAYOUT_FREE);
     const int iWidth = elm_velt_unit_to_pixel(LIST_WIDTH);
     const int iHeight = elm_velt_unit_to_pixel(LIST_HEIGHT);
     elm_velt_object_size_min_set(m_pPopupLayout, iWidth, iHeight);
