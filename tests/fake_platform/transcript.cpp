@@ -9,11 +9,16 @@
 namespace fake {
 namespace {
 
-// These answer a question about the set and log it each time they are asked.
+// These answer a question about the set or the player, and log it each time they are asked.
 bool only_answers(const std::string &function)
 {
-    static const std::set<std::string> functions = {"IsPortraitMode", "IsSupportRotator",
-                                                    "GetWindowRotationType", "bShowDisclaimer"};
+    static const std::set<std::string> functions = {
+        "CheckPathExist",   "GetConfigInt",           "GetExtraData",
+        "GetPlayingType",   "GetSystemLanguage",      "GetWindowRotationType",
+        "IsPortraitMode",   "IsRTLOrientation",       "IsSupportRotator",
+        "bShowDisclaimer",  "isDirectBacklightModel", "m_GetFileMode",
+        "m_GetPlayerState", "m_GetPlayBackStatus",    "m_GetPlaybackFolderPath",
+        "m_GetResourcePath"};
     return functions.count(function) != 0;
 }
 

@@ -45,12 +45,12 @@ class Transcript {
     Lines logs() const;
 
     /**
-     * Calls and log lines together, in order. Left out are the calls that only ask, and the log
-     * lines of the utility functions that only answer a question: how often they are asked is free.
+     * What was done: calls and log lines together, in order. Left out are the calls that only ask,
+     * and the log lines of the functions that only answer: how often they are asked is free.
      */
     Lines lines() const;
 
-    /** Everything, in order: for operations whose every question and answer is to be held. */
+    /** Everything, in order: for operations that are themselves a question. */
     Lines all() const;
 
     /** Calls of any kind whose function name starts with one of the prefixes, in order. */

@@ -1,6 +1,6 @@
 // The readable cases; DisclaimerTranscriptTest.cpp goes through all situations.
 
-#include "player_test.h"
+#include "player_fixture.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -39,24 +39,22 @@ TEST_F(DisclaimerTest, TheOverlayIsBuiltHidden)
 {
     player_.m_CreateDisclaimer();
 
-    EXPECT_THAT(
-        fake_.lines(),
-        LinesAre("elm_velt_layout_add(window#1)", "elm_velt_layout_type_set(layout#1, 1)",
-                 "evas_object_size_hint_weight_set(layout#1, 1, 1)",
-                 "elm_win_resize_object_add(window#1, layout#1)",
-                 "elm_velt_layout_align_set(layout#1, 8)", "elm_velt_imagebox_add(layout#1)",
-                 "I \"ostrel_demo/player_img_china_disclaimer.png path[/res/landscape.png]\"",
-                 "I \"add[/res/landscape.png]\"",
-                 "elm_velt_imagebox_file_set(imagebox#1, \"/res/landscape.png\")",
-                 "elm_velt_imagebox_responsive_rule_set(imagebox#1, 1)",
-                 "elm_object_focus_allow_set(image#1, false)",
-                 "elm_velt_layout_align_set(imagebox#1, 8)",
-                 "elm_velt_object_resize_policy_set(imagebox#1, 4, 4)",
-                 // 240 by 135 units; the minimum has its two values swapped.
-                 "elm_velt_object_size_max_set(imagebox#1, 1920, 1080)",
-                 "elm_velt_object_size_min_set(imagebox#1, 1080, 1920)",
-                 "elm_velt_layout_item_append(layout#1, imagebox#1, 1920, 1080)",
-                 "evas_object_hide(layout#1)", "evas_object_hide(imagebox#1)"));
+    EXPECT_THAT(fake_.lines(),
+                LinesAre("elm_velt_layout_add(window#1)", "elm_velt_layout_type_set(layout#1, 1)",
+                         "evas_object_size_hint_weight_set(layout#1, 1, 1)",
+                         "elm_win_resize_object_add(window#1, layout#1)",
+                         "elm_velt_layout_align_set(layout#1, 8)",
+                         "elm_velt_imagebox_add(layout#1)", "I \"add[/res/landscape.png]\"",
+                         "elm_velt_imagebox_file_set(imagebox#1, \"/res/landscape.png\")",
+                         "elm_velt_imagebox_responsive_rule_set(imagebox#1, 1)",
+                         "elm_object_focus_allow_set(image#1, false)",
+                         "elm_velt_layout_align_set(imagebox#1, 8)",
+                         "elm_velt_object_resize_policy_set(imagebox#1, 4, 4)",
+                         // 240 by 135 units; the minimum has its two values swapped.
+                         "elm_velt_object_size_max_set(imagebox#1, 1920, 1080)",
+                         "elm_velt_object_size_min_set(imagebox#1, 1080, 1920)",
+                         "elm_velt_layout_item_append(layout#1, imagebox#1, 1920, 1080)",
+                         "evas_object_hide(layout#1)", "evas_object_hide(imagebox#1)"));
     EXPECT_FALSE(shown());
 }
 

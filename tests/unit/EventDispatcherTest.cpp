@@ -1,6 +1,6 @@
 // Events of the players: errors, ends and results.
 
-#include "event_dispatcher_test.h"
+#include "event_dispatcher_fixture.h"
 
 #include <cstdio>
 
@@ -29,7 +29,7 @@ TEST_P(RecordTest, WithoutAControllerItIsDroppedAfterItsTrace)
 {
     CPlayerInspector::m_OnHandleEcorePipeCB(nullptr, &record_, sizeof record_);
 
-    EXPECT_THAT(fake_.all(), LinesAre(trace_of(&record_)));
+    EXPECT_THAT(fake_.lines(), LinesAre(trace_of(&record_)));
 }
 
 INSTANTIATE_TEST_SUITE_P(Ids, RecordTest, testing::Range(-1, 13));
@@ -54,7 +54,7 @@ TEST_F(EventDispatcherTest, AMissingRecordIsDroppedAfterItsTrace)
     CPlayerInspector::m_OnHandleEcorePipeCB(controller_.get(), nullptr, 0);
     CPlayerInspector::m_OnHandleEcorePipeCB(nullptr, nullptr, 24);
 
-    EXPECT_THAT(fake_.all(), LinesAre("I \"pEvent = (nil)\"", "I \"pEvent = (nil)\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"pEvent = (nil)\"", "I \"pEvent = (nil)\""));
 }
 
 // ---- 1: player error ----
@@ -104,6 +104,129 @@ TEST_F(EventDispatcherTest, AnErrorThatCannotBeStoredEndsTheProgramAllTheSame)
 
 // ---- 2: player completed ----
 
+class CompletedTest : public EventDispatcherTest {
+  protected:
+    // Ends the current entry, with a choice in force, and tells which one is played.
+    std::string next_after(unsigned int current, int chosen)
+    {
+        player_.m_uiCurPlayIndex = current;
+        player_.m_iPlayIndex = chosen;
+        fake_.media.uri.clear();
+        dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
+        EXPECT_EQ(player_.m_iPlayIndex, chosen);
+        EXPECT_EQ(status(), -1);
+        return fake_.media.uri;
+    }
+};
+
+TEST_F(CompletedTest, TheNextEntryIsPlayedAndAfterTheLastTheFirst)
+{
+    EXPECT_EQ(next_after(0, 0), "/opt/data/demo_movie/b.mp4");
+    EXPECT_EQ(next_after(1, 0), "/opt/data/demo_movie/c.mp4");
+    EXPECT_EQ(next_after(2, 0), "/opt/data/demo_movie/a.mp4");
+}
+
+TEST_F(CompletedTest, AChosenEntryIsPlayedAgain)
+{
+    EXPECT_EQ(next_after(0, 3), "/opt/data/demo_movie/c.mp4");
+    EXPECT_EQ(next_after(2, 3), "/opt/data/demo_movie/c.mp4");
+    EXPECT_EQ(next_after(1, 1), "/opt/data/demo_movie/a.mp4");
+}
+
+TEST_F(CompletedTest, AChoiceBeyondTheListIsTheFirstEntry)
+{
+    EXPECT_EQ(next_after(1, 4), "/opt/data/demo_movie/a.mp4");
+}
+
+TEST_F(CompletedTest, WithoutAChoiceTheSameEntryIsPlayedAgain)
+{
+    EXPECT_EQ(next_after(1, -1), "/opt/data/demo_movie/b.mp4");
+    EXPECT_EQ(next_after(7, -1), "/opt/data/demo_movie/a.mp4") << "of a list that grew shorter";
+}
+
+TEST_F(CompletedTest, TheNextVideoIsSetUpWithItsSubtitle)
+{
+    player_.m_vdcPlayList[1].strSubtitleName = "b.srt";
+    fake_.media.state = PLAYER_STATE_PLAYING;
+
+    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
+
+    EXPECT_EQ(rest(), join({{"I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 3\"",
+                             "D \"Repeat Mode is on\""},
+                            video_lines("/opt/data/demo_movie/b.mp4", "/opt/data/demo_movie/b.srt",
+                                        PLAYER_STATE_PLAYING, false)}));
+    EXPECT_EQ(player_.m_strPlayPath, "/opt/data/demo_movie/b.mp4");
+
+    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
+    EXPECT_EQ(player_.m_strSubtitlePath, "") << "the third has none";
+}
+
+TEST_F(CompletedTest, PathsAreMadeOfTheFolderInForce)
+{
+    player_.m_bFolderContentsPlayer = true;
+    player_.m_strFolderPath = "/demo/show/";
+    player_.m_vdcPlayList[1].strSubtitleName = "b.srt";
+
+    EXPECT_EQ(next_after(0, 0), "/demo/show/b.mp4");
+    EXPECT_EQ(fake_.media.subtitle_path, "/demo/show/b.srt");
+}
+
+TEST_F(CompletedTest, FromVideoToPhotoTheVideoIsStopped)
+{
+    fill_play_list({"a.mp4", "b.jpg"});
+    fake_.media.state = PLAYER_STATE_PLAYING;
+
+    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
+
+    EXPECT_EQ(rest(), join({{"I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 2\""},
+                            video_stopping_lines(PLAYER_STATE_PLAYING),
+                            {"D \"Repeat Mode is on\""},
+                            photo_lines("/opt/data/demo_movie/b.jpg", 1, false, false)}));
+    EXPECT_EQ(player_.m_iPlayingType, PLAYING_TYPE_PHOTO);
+}
+
+// A late report while a photo is on the screen.
+TEST_F(CompletedTest, FromPhotoToVideoThePhotoIsReleased)
+{
+    show_photo();
+    fill_play_list({"a.jpg", "b.mp4"});
+
+    EXPECT_EQ(next_after(0, 0), "/opt/data/demo_movie/b.mp4");
+
+    EXPECT_THAT(fake_.of({"pictrel_"}),
+                LinesAre("pictrel_destroy(picture#1)", "pictrel_destroy_display(1)"));
+    EXPECT_EQ(player_.m_iPlayingType, PLAYING_TYPE_VIDEO);
+}
+
+TEST_F(CompletedTest, WithRepeatOffTheProgramEndsOnceTheKindHasChanged)
+{
+    fill_play_list({"a.mp4", "b.jpg"});
+    player_.m_bRepeat = false;
+
+    dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
+
+    EXPECT_EQ(rest(), join({{"I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 2\""},
+                            video_stopping_lines(PLAYER_STATE_IDLE),
+                            {"D \"Repeat Mode is off\""},
+                            exit_lines()}));
+    EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
+    EXPECT_EQ(player_.m_iPlayingType, PLAYING_TYPE_PHOTO);
+}
+
+// The list is empty while the panel turns to the orientation that has content.
+TEST_F(CompletedTest, AnEmptyListPlaysNothing)
+{
+    fill_play_list({});
+    for (const int chosen : {-1, 0, 2}) {
+        EXPECT_EQ(next_after(1, chosen), "");
+        EXPECT_EQ(fake_.lines().back(), "W \"play list is empty\"");
+        EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
+        EXPECT_EQ(player_.m_strPlayPath, FOLDER);
+        EXPECT_EQ(player_.m_strSubtitlePath, "");
+    }
+    EXPECT_EQ(fake_.app.exit_requests, 0);
+}
+
 TEST_F(EventDispatcherTest, AVideoThatIsRefusedIsNotReplacedByAnother)
 {
     fake_.media.state = PLAYER_STATE_READY;
@@ -111,8 +234,7 @@ TEST_F(EventDispatcherTest, AVideoThatIsRefusedIsNotReplacedByAnother)
 
     dispatch(ENDEMO_EVENT_PLAYER_COMPLETED);
 
-    EXPECT_EQ(rest(), join({folder_lines(),
-                            {"I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 3\"",
+    EXPECT_EQ(rest(), join({{"I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 3\"",
                              "D \"Repeat Mode is on\"", "I \"/opt/data/demo_movie/b.mp4 \""},
                             video_stopping_lines(PLAYER_STATE_READY),
                             {"player_set_uri(\"/opt/data/demo_movie/b.mp4\")",
@@ -139,18 +261,14 @@ class PreparedTest : public EventDispatcherTest, public testing::WithParamInterf
     static Lines turned_and_started()
     {
         const std::string rotation = GetParam() == 1 ? "2" : "0";
-        return {"I \"1 b.mp4\"",
-                "I \"\"",
-                window_type_line(GetParam()),
-                "player_set_display_rotation(" + rotation + ")",
-                "I \"enNextRotation =" + rotation + "\"",
-                "player_start()"};
+        return {"I \"1 b.mp4\"", "I \"\"", "player_set_display_rotation(" + rotation + ")",
+                "I \"enNextRotation =" + rotation + "\"", "player_start()"};
     }
 
     static Lines told()
     {
-        return {panel_line(upright()), writes(ConfigKey::FILE_MODE, upright() ? 2 : 1),
-                "I \"player_start successful\"", writes(ConfigKey::PLAYBACK_STATUS, 1)};
+        return {writes(ConfigKey::FILE_MODE, upright() ? 2 : 1), "I \"player_start successful\"",
+                writes(ConfigKey::PLAYBACK_STATUS, 1)};
     }
 };
 
@@ -158,7 +276,7 @@ TEST_P(PreparedTest, TheVideoIsStarted)
 {
     dispatch(ENDEMO_EVENT_PLAYER_PREPARED);
 
-    EXPECT_EQ(rest(), join({turned_and_started(), disclaimer_feature_lines(false), told()}));
+    EXPECT_EQ(rest(), join({turned_and_started(), told()}));
     EXPECT_EQ(fake_.media.state, PLAYER_STATE_PLAYING);
 }
 
@@ -168,7 +286,7 @@ TEST_P(PreparedTest, AStartedVideoShowsTheDisclaimer)
     player_.m_CreateDisclaimer();
     fake_.forget();
     player_.m_ShowDisclaimer();
-    const Lines shown = fake_.all();
+    const Lines shown = fake_.lines();
 
     dispatch(ENDEMO_EVENT_PLAYER_PREPARED);
 
@@ -198,8 +316,8 @@ TEST_P(PreparedTest, AVideoThatCannotBeTurnedIsStarted)
     dispatch(ENDEMO_EVENT_PLAYER_PREPARED);
 
     Lines lines = turned_and_started();
-    lines[4] = "E \"set_display_rotation failed\"";
-    EXPECT_EQ(rest(), join({lines, disclaimer_feature_lines(false), told()}));
+    lines[3] = "E \"set_display_rotation failed\"";
+    EXPECT_EQ(rest(), join({lines, told()}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Panels, PreparedTest, testing::Values(0, 1, 2, 3));
@@ -264,9 +382,8 @@ TEST_F(EventDispatcherTest, APhotoThatCannotBeParsedIsSkipped)
 
     dispatch(ENDEMO_EVENT_PHOTO_PARSED, 1);
 
-    EXPECT_EQ(rest(), join({{writes(ConfigKey::PLAYBACK_STATUS, 3)},
-                            folder_lines(),
-                            {"D \"/opt/data/demo_movie/b.jpg\"", "D \"1 1\""},
+    EXPECT_EQ(rest(), join({{writes(ConfigKey::PLAYBACK_STATUS, 3),
+                             "D \"/opt/data/demo_movie/b.jpg\"", "D \"1 1\""},
                             photo_lines("/opt/data/demo_movie/b.jpg", 2, true, true)}));
     EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
 }
@@ -285,27 +402,11 @@ TEST_F(EventDispatcherTest, OtherParseResultsDoNothing)
 
 class DecodedTest : public EventDispatcherTest {
   protected:
-    static Lines told()
-    {
-        return {"I \"decode success\"", writes(ConfigKey::PLAYBACK_STATUS, 1),
-                reads(ConfigKey::DEMO_MODE)};
-    }
+    static Lines told() { return {"I \"decode success\"", writes(ConfigKey::PLAYBACK_STATUS, 1)}; }
 
-    // The panel is asked for its half of the selection.
-    static Lines chosen(int entry)
-    {
-        return {panel_line(false), "E \"eMode=0 iMenuType=" + std::to_string(entry) + "\""};
-    }
+    static Lines rendered() { return {"I \"Start Render Picture\"", "pictrel_render(picture#1)"}; }
 
-    static Lines rendered()
-    {
-        return {"I \"Start Render Picture\"", window_type_line(0), "pictrel_render(picture#1)"};
-    }
-
-    static Lines slide_show()
-    {
-        return join({{"I \"\""}, rotator_lines(false), {"ecore_timer_add(5, controller)"}});
-    }
+    static Lines slide_show() { return {"I \"\"", "ecore_timer_add(5, controller)"}; }
 };
 
 TEST_F(DecodedTest, ADecodedPhotoIsRenderedAndTheSlideShowStarts)
@@ -327,7 +428,7 @@ TEST_F(DecodedTest, AChosenPhotoStartsNoSlideShow)
 
     dispatch(ENDEMO_EVENT_PHOTO_DECODED, 3);
 
-    EXPECT_EQ(rest(), join({told(), chosen(1), rendered()}));
+    EXPECT_EQ(rest(), join({told(), rendered()}));
     EXPECT_FALSE(player_.m_bSlideShowStarted);
     EXPECT_THAT(fake_.loop.timers(), IsEmpty());
 }
@@ -349,7 +450,7 @@ TEST_F(DecodedTest, AChoiceForTheOtherOrientationDoesNotCount)
 
     dispatch(ENDEMO_EVENT_PHOTO_DECODED, 3);
 
-    EXPECT_EQ(rest(), join({told(), chosen(0), rendered(), slide_show()}));
+    EXPECT_EQ(rest(), join({told(), rendered(), slide_show()}));
 }
 
 TEST_F(DecodedTest, APhotoThatIsGoneIsNotRendered)
@@ -374,9 +475,8 @@ TEST_F(DecodedTest, APhotoThatCannotBeDecodedIsSkipped)
         dispatch(ENDEMO_EVENT_PHOTO_DECODED, result);
 
         n += 2;
-        EXPECT_EQ(rest(), join({{"E \"decode failed\"", writes(ConfigKey::PLAYBACK_STATUS, 3)},
-                                folder_lines(),
-                                {"D \"/opt/data/demo_movie/b.jpg\"", "D \"1 1\""},
+        EXPECT_EQ(rest(), join({{"E \"decode failed\"", writes(ConfigKey::PLAYBACK_STATUS, 3),
+                                 "D \"/opt/data/demo_movie/b.jpg\"", "D \"1 1\""},
                                 photo_lines("/opt/data/demo_movie/b.jpg", n, true, true)}))
             << result;
         EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);

@@ -1,7 +1,14 @@
-#include "launch_lines.h"
-#include "start_lines.h"
+#include <algorithm>
+
+#include "main_fixture.h"
+#include "player_lines.h"
+
+using testing::Contains;
+using testing::IsEmpty;
 
 namespace {
+
+using Extras = fake::Application::Extras;
 
 // ---- main, elm_main ----
 
@@ -15,9 +22,9 @@ TEST_F(MainTest, MainStartsElementaryAndTheFramework)
               }),
               7);
 
-    EXPECT_THAT(fake_.all(), LinesAre("ecore_time_unix_get()", "elm_init(1, argv)", "D \"\"",
-                                      "ui_app_add_event_handler(LANGUAGE_CHANGED, null)",
-                                      "ui_app_main(1, argv)", "elm_shutdown()"));
+    EXPECT_THAT(fake_.lines(), LinesAre("elm_init(1, argv)", "D \"\"",
+                                        "ui_app_add_event_handler(LANGUAGE_CHANGED, null)",
+                                        "ui_app_main(1, argv)", "elm_shutdown()"));
     EXPECT_EQ(_elm_startup_time, 1000.0);
 }
 
@@ -37,11 +44,8 @@ class MainCreateTest : public MainTest {
   protected:
     static Lines keys_and_panel(int state)
     {
-        return {"I \"\"",
-                "I \"\"",
-                "VirtualKey_Initialize(0)",
+        return {"I \"\"", "I \"\"", "VirtualKey_Initialize(0)",
                 "ecore_event_handler_add(DEVICE_ADD, null)",
-                reads("db/sysman/rotation_state"),
                 "I \"Roation Value = " + std::to_string(state) + " \""};
     }
 
@@ -55,11 +59,9 @@ class MainCreateTest : public MainTest {
                 "device_power_subscribe_state_changed_event()",
                 "app_context_manager_init()",
                 "D \"1\"",
-                "SettingsAPI::Get()",
                 "SettingsAPI::DisableItemsByList(\"broadcasting picturesize pip game-mode "
                 "delete-contents-list tools-demo-update tools-picture-demo\", "
-                "\"org.tizen.ostrel-demo-player-tv\")",
-                "ua_UI_orientation_get()"};
+                "\"org.tizen.ostrel-demo-player-tv\")"};
     }
 
     void expect_creation(const Lines &expected)
@@ -67,7 +69,7 @@ class MainCreateTest : public MainTest {
         run([&] {
             fake_.forget();
             EXPECT_TRUE(fake_.app.create());
-            EXPECT_EQ(fake_.all(), expected);
+            EXPECT_EQ(fake_.lines(), expected);
         });
     }
 };
@@ -83,9 +85,7 @@ TEST_F(MainCreateTest, ARightToLeftSetIsMirrored)
 {
     fake_.system.ui_orientation = 1;
 
-    expect_creation(join({keys_and_panel(1),
-                          set_up(),
-                          {"I \"RTL_UI_ORIENTATION\"", "elm_config_mirrored_set(true)"}}));
+    expect_creation(join({keys_and_panel(1), set_up(), {"elm_config_mirrored_set(true)"}}));
 }
 
 TEST_F(MainCreateTest, TheStoredRotationIsTaken)
@@ -102,7 +102,7 @@ TEST_F(MainCreateTest, AnUnreadableRotationHoldsNothingUp)
     fake_.store.values.erase("db/sysman/rotation_state");
 
     Lines keys = keys_and_panel(0);
-    keys.back() = "E \"GetConfigInt key [db/sysman/rotation_state] faild\"";
+    keys.pop_back();
     expect_creation(join({keys, set_up(), {"elm_config_mirrored_set(false)"}}));
 }
 
@@ -120,118 +120,157 @@ TEST_F(MainCreateTest, AServiceThatFailsHoldsNothingUp)
 
 // ---- Launch requests ----
 
+const Extras FOLDER_CONTENTS = {{"demo_player_mode", "folder_contents_player"}};
+
 class LaunchTest : public MainTest {
   protected:
-    // The folder that is scanned, and whether it is looked for on the sticks.
-    static Lines folder(const Extras &extras)
+    static Lines watching_both_keys()
     {
-        const auto path = extras.find("folder_path");
-        const std::string built_in = "opendir(\"/opt/data/demo_movie/\")";
-        if (path == extras.end())
-            return has_extra(extras, "path_location", "usb")
-                       ? Lines{built_in, "usb_device_get_device_list(8)",
-                               "opendir(\"/media/a//opt/data/demo_movie//\")"}
-                       : Lines{built_in, built_in};
-        if (path->second.empty())
-            return {built_in, built_in};
-        if (!has_extra(extras, "path_location", "usb"))
-            return {"opendir(\"" + path->second + "\")"};
-        return {"usb_device_get_device_list(8)", "opendir(\"/media/a/" + path->second + "/\")"};
+        return {"vconf_notify_key_changed(\"db/ostrel-demo-player-tv/demo_mode\", null)",
+                "vconf_notify_key_changed(\"db/menu/support/use_mode\", null)"};
     }
 
-    void add_folders()
+    // What a request for a folder's contents does before the controller has its turn.
+    static Lines choosing_all_and_watching_one_key()
     {
-        fake_.storage.sticks = {"/media/a"};
-        for (const char *folder :
-             {"/demo/show", "/media/a/demo/show", "/media/a/opt/data/demo_movie"})
-            fake_.storage.add_folder(folder, {"x.mp4"});
+        return {writes(DEMO_MODE, 0), watching_both_keys().front()};
+    }
+
+    // What came before the first step of a new controller.
+    Lines before_the_controller() const
+    {
+        const Lines lines = fake_.lines();
+        const auto made = std::find(lines.begin(), lines.end(), "D \"\"");
+        EXPECT_NE(made, lines.end()) << "no controller was made";
+        return Lines(lines.begin(), made);
+    }
+
+    // The folder that is scanned at a launch.
+    std::string scanned_folder(const Extras &extras)
+    {
+        std::string folder;
+        run_created([&] {
+            fake_.app.launch(extras);
+            const Lines opened = fake_.of({"opendir"});
+            folder = opened.empty() ? "none" : opened.back();
+        });
+        return folder;
     }
 
     // A request whose extras cannot be had is as one without any.
-    void expect_launched_without_extras();
+    void expect_launched_without_extras()
+    {
+        run_created([this] {
+            fake_.app.launch({{"mode", "factory_stop"}, {"demo_player_mode", "no"}});
 
-    void expect_launch(const Extras &extras)
+            EXPECT_EQ(before_the_controller(), join({{"I \"\""}, watching_both_keys()}));
+            EXPECT_EQ(exits(), 0);
+        });
+    }
+
+    void expect_refused(const Extras &extras, int requests_to_end)
     {
         run_created([&] {
             fake_.app.launch(extras);
 
-            const Lines expected = request_lines(extras);
-            const Lines all = fake_.all();
-            EXPECT_EQ(has_controller(), !is_refused(extras));
-            EXPECT_EQ(exits(), is_stop(extras) ? 1 : 0);
-            if (is_refused(extras)) {
-                EXPECT_EQ(all, expected);
-                return;
-            }
-            ASSERT_GE(all.size(), expected.size() + 2);
-            const auto rest = all.begin() + static_cast<long>(expected.size());
-            EXPECT_EQ(Lines(all.begin(), rest), expected);
-            EXPECT_EQ(Lines(rest, rest + 2), Lines({"D \"\"", "D \"\""})) << "the controller";
-            EXPECT_EQ(fake_.of({"usb_device_get_device_list", "opendir"}), folder(extras));
-            EXPECT_EQ(all.back(), "I \"change TV_VCONF_START_RELAUNCH_TIMER to 3\"");
+            EXPECT_FALSE(has_controller());
+            EXPECT_EQ(fake_.lines(),
+                      requests_to_end == 0 ? Lines({"I \"\""}) : join({{"I \"\""}, exit_lines()}));
+            EXPECT_EQ(exits(), requests_to_end);
         });
     }
 };
 
-void LaunchTest::expect_launched_without_extras()
+TEST_F(LaunchTest, WatchesTheKeysThatEndTheDemoAndMakesTheController)
 {
     run_created([this] {
-        fake_.app.launch({{"mode", "factory_stop"}, {"folder_path", "/demo/show/"}});
+        fake_.app.launch();
 
-        const Lines expected = request_lines({});
-        const Lines all = fake_.all();
-        ASSERT_GE(all.size(), expected.size());
-        EXPECT_EQ(Lines(all.begin(), all.begin() + static_cast<long>(expected.size())), expected);
-        EXPECT_TRUE(has_controller());
+        EXPECT_EQ(before_the_controller(), join({{"I \"\""}, watching_both_keys()}));
+        EXPECT_EQ(fake_.lines().back(), "I \"change TV_VCONF_START_RELAUNCH_TIMER to 3\"");
         EXPECT_EQ(exits(), 0);
     });
 }
 
-class LaunchScene : public LaunchTest {
-  public:
-    void TestBody() override {}
-
-    void expect(const Extras &extras)
-    {
-        add_folders();
-        expect_launch(extras);
-    }
-};
-
-// Null for an extra that is not there.
-struct LaunchExtra {
-    const char *key;
-    std::vector<const char *> values;
-};
-
-TEST(LaunchTableTest, EveryCombinationOfExtrasIsReadInOrder)
+TEST_F(LaunchTest, ExtrasAreLoggedAsTheyAreRead)
 {
-    const LaunchExtra extras[] = {
-        {"__K_RELOCATE_BELOW", {nullptr, "com.norvane.tv.aod", "com.norvane.tv.other", ""}},
-        {"mode", {nullptr, "factory_stop", "factory_start", "Factory_Stop", ""}},
-        {"demo_player_mode", {nullptr, "folder_contents_player", "Folder_Contents_Player"}},
-        {"repeat_mode", {nullptr, "no"}},
-        {"folder_path", {nullptr, "/demo/show/", ""}},
-        {"path_location", {nullptr, "usb", "USB"}}};
-    size_t combinations = 1;
-    for (const LaunchExtra &entry : extras)
-        combinations *= entry.values.size();
+    run_created([this] {
+        fake_.app.launch({{"repeat_mode", "no"}});
 
-    for (size_t n = 0; n < combinations && !testing::Test::HasFailure(); ++n) {
-        fake::Application::Extras chosen;
-        std::string trace;
-        size_t rest = n;
-        for (const LaunchExtra &entry : extras) {
-            const char *value = entry.values[rest % entry.values.size()];
-            rest /= entry.values.size();
-            if (value == nullptr)
-                continue;
-            chosen[entry.key] = value;
-            trace += std::string(entry.key) + "=" + value + " ";
-        }
-        SCOPED_TRACE(trace);
-        LaunchScene().expect(chosen);
+        EXPECT_THAT(fake_.logs(), Contains("I \"ExtraKey:repeat_mode,pStrExtraValue:no\""));
+        EXPECT_THAT(fake_.logs(), Contains("I \"Get ExtraKey:mode,fail\""));
+    });
+}
+
+TEST_F(LaunchTest, FolderContentsChooseAllAndMenusDoNotEndThem)
+{
+    run_created([this] {
+        fake_.app.launch(FOLDER_CONTENTS);
+
+        EXPECT_EQ(before_the_controller(), join({{"I \"\""}, choosing_all_and_watching_one_key()}));
+    });
+}
+
+TEST_F(LaunchTest, FolderContentsModeIsComparedWithItsCase)
+{
+    run_created([this] {
+        fake_.app.launch({{"demo_player_mode", "Folder_Contents_Player"}});
+
+        EXPECT_EQ(before_the_controller(), join({{"I \"\""}, watching_both_keys()}));
+    });
+}
+
+TEST_F(LaunchTest, WithoutAFolderTheBuiltInOneIsScanned)
+{
+    EXPECT_EQ(scanned_folder({}), "opendir(\"/opt/data/demo_movie/\")");
+    EXPECT_EQ(scanned_folder({{"folder_path", ""}}), "opendir(\"/opt/data/demo_movie/\")");
+}
+
+TEST_F(LaunchTest, AFolderIsScannedAsItStands)
+{
+    EXPECT_EQ(scanned_folder({{"folder_path", "/demo/show"}}), "opendir(\"/demo/show\")");
+}
+
+TEST_F(LaunchTest, AFolderOnAStickIsLookedForThere)
+{
+    fake_.storage.sticks = {"/media/a"};
+
+    EXPECT_EQ(scanned_folder({{"folder_path", "show"}, {"path_location", "usb"}}),
+              "opendir(\"/media/a/show/\")");
+}
+
+TEST_F(LaunchTest, TheLocationIsComparedWithItsCase)
+{
+    fake_.storage.sticks = {"/media/a"};
+
+    EXPECT_EQ(scanned_folder({{"folder_path", "/demo/show/"}, {"path_location", "USB"}}),
+              "opendir(\"/demo/show/\")");
+}
+
+TEST_F(LaunchTest, ARequestToGoBelowTheAlwaysOnScreenIsIgnored)
+{
+    expect_refused({{"__K_RELOCATE_BELOW", "com.norvane.tv.aod"}, {"mode", "factory_stop"}}, 0);
+}
+
+TEST_F(LaunchTest, ARequestToGoBelowAnythingElseIsAnyRequest)
+{
+    for (const char *other : {"com.norvane.tv.other", ""}) {
+        run_created([&] {
+            fake_.app.launch({{"__K_RELOCATE_BELOW", other}});
+            EXPECT_TRUE(has_controller()) << other;
+        });
     }
+}
+
+TEST_F(LaunchTest, AFactoryStopEndsTheProgram)
+{
+    expect_refused({{"mode", "factory_stop"}}, 1);
+}
+
+TEST_F(LaunchTest, AnyOtherModeStartsAndEndsNothing)
+{
+    for (const char *mode : {"factory_start", "Factory_Stop", ""})
+        expect_refused({{"mode", mode}, {"demo_player_mode", "folder_contents_player"}}, 0);
 }
 
 TEST_F(MainTest, ALaunchWithoutDataOnlyWarns)
@@ -239,7 +278,7 @@ TEST_F(MainTest, ALaunchWithoutDataOnlyWarns)
     run_created([this] {
         fake_.app.launch_without_data({{"mode", "factory_stop"}});
 
-        EXPECT_THAT(fake_.all(), LinesAre("I \"\"", "W \"pAppData is null\""));
+        EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "W \"pAppData is null\""));
     });
 }
 
@@ -291,29 +330,21 @@ INSTANTIATE_TEST_SUITE_P(Values, RepeatModeTest,
 TEST_F(LaunchTest, ARelaunchStartsTheOldListAnew)
 {
     fake_.storage.add_folder("/demo/show", {"x.mp4"});
-    const Extras other = {{"folder_path", "/demo/show/"},
-                          {"repeat_mode", "no"},
-                          {"demo_player_mode", "folder_contents_player"}};
 
     run_created([&] {
         fake_.app.launch();
         fake_.registry.name(app_controller(), "controller");
         fake_.forget();
 
-        fake_.app.launch(other);
+        fake_.app.launch({{"folder_path", "/demo/show/"},
+                          {"repeat_mode", "no"},
+                          {"demo_player_mode", "folder_contents_player"}});
 
-        // The request itself chooses all.
-        const Start start = {false, ROTATION_TYPE_LANDSCAPE, 1, 0, false};
-        const OnScreen nothing = {false, 0, PLAYER_STATE_IDLE, ""};
-        EXPECT_EQ(fake_.all(),
-                  join({request_lines(other),
-                        selection_lines(start),
-                        panel_check_lines(start),
-                        disclaimer_feature_lines(false),
-                        timed_rotation_lines(start),
-                        {"D \"0\""},
-                        folder_lines(),
-                        entry_lines("/opt/data/demo_movie/a.mp4", "", false, nothing, false)}));
+        const std::string first = "/opt/data/demo_movie/a.mp4";
+        EXPECT_EQ(fake_.lines(), join({{"I \"\""},
+                                       choosing_all_and_watching_one_key(),
+                                       {"I \"\"", "D \"0\"", "D \"" + first + "\"", "D \"0 0\""},
+                                       video_lines(first, "", PLAYER_STATE_IDLE, false)}));
 
         // The new repeat mode is not taken either, nor the keys of the new player mode.
         fake_.media.fire_prepared();
@@ -324,6 +355,94 @@ TEST_F(LaunchTest, ARelaunchStartsTheOldListAnew)
         fake_.media.fire_completed();
         fake_.loop.drain_pipe();
         EXPECT_EQ(exits(), 0);
+    });
+}
+
+TEST_F(LaunchTest, ARelaunchWithoutContentOnlyLogs)
+{
+    fake_.storage.add_folder("/opt/data/demo_movie", {});
+
+    run_created([this] {
+        fake_.app.launch();
+        fake_.forget();
+
+        fake_.app.launch();
+
+        EXPECT_EQ(fake_.lines(),
+                  join({{"I \"\""}, watching_both_keys(), {"I \"play list is empty\""}}));
+    });
+}
+
+TEST_F(LaunchTest, ARelaunchDuringAPhotoBeginsWithTheFirstVideo)
+{
+    fake_.storage.add_folder("/opt/data/demo_movie", {"a.mp4", "b.jpg"});
+
+    run_created([this] {
+        launch_and_start();
+        fake_.loop.press_key("XF86NextChapter");
+        fake_.loop.drain_pipe();
+        ASSERT_EQ(fake_.pictures.path(), "/opt/data/demo_movie/b.jpg");
+        fake_.forget();
+
+        fake_.app.launch();
+
+        EXPECT_THAT(fake_.of({"pictrel_", "player_set_uri"}),
+                    LinesAre("pictrel_destroy(picture#1)", "pictrel_destroy_display(1)",
+                             "player_set_uri(\"/opt/data/demo_movie/a.mp4\")"));
+    });
+}
+
+TEST_F(LaunchTest, ARelaunchAfterOffWasChosenEndsTheProgram)
+{
+    run_created([this] {
+        fake_.app.launch();
+        fake_.store.values[DEMO_MODE] = -1;
+        fake_.forget();
+
+        fake_.app.launch();
+
+        EXPECT_EQ(fake_.lines(),
+                  join({{"I \"\""}, watching_both_keys(), {"I \"\""}, exit_lines()}));
+    });
+}
+
+TEST_F(LaunchTest, ARefusedRelaunchLeavesWhatPlays)
+{
+    run_created([this] {
+        launch_and_start();
+        for (const Extras &extras : {Extras{{"__K_RELOCATE_BELOW", "com.norvane.tv.aod"}},
+                                     Extras{{"mode", "factory_start"}}}) {
+            fake_.forget();
+            fake_.app.launch(extras);
+            EXPECT_THAT(fake_.lines(), LinesAre("I \"\""));
+        }
+        EXPECT_EQ(exits(), 0);
+    });
+}
+
+// The timer of the first disclaimer ends the second one early.
+TEST_F(LaunchTest, AfterARelaunchTheOldTimerHidesTheNewDisclaimer)
+{
+    fake_.system.has_disclaimer = true;
+    run_created([this] {
+        fake_.app.launch();
+        for (const double seconds : {3.0, 1.0}) {
+            fake_.app.launch();
+            fake_.media.fire_prepared();
+            fake_.loop.drain_pipe();
+            fake_.loop.advance(seconds);
+        }
+        fake_.forget();
+
+        fake_.loop.advance(1.0);
+
+        EXPECT_THAT(fake_.lines(),
+                    LinesAre("evas_object_hide(imagebox#2)", "evas_object_hide(layout#2)",
+                             "ecore_timer_del(timer#2)",
+                             "I \"time out, evas hide, delete timer\""));
+        fake_.forget();
+        fake_.loop.advance(10.0);
+        EXPECT_THAT(fake_.lines(), IsEmpty());
     });
 }
 
@@ -377,7 +496,7 @@ class FailedCreationTest : public MainTest {
             fake_.app.launch();
 
             EXPECT_EQ(exits(), 1);
-            const Lines lines = fake_.all();
+            const Lines lines = fake_.lines();
             ASSERT_GE(lines.size(), 4U);
             EXPECT_EQ(Lines(lines.end() - 4, lines.end()),
                       Lines({writes("memory/ostrel-demo-player-tv/playback_status", status),

@@ -1,7 +1,7 @@
 // The end of the controller's life, and a day of it.
 
+#include "player_fixture.h"
 #include "player_lines.h"
-#include "player_test.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -89,15 +89,15 @@ TEST_F(OstrelDemoPlayerEndTest, ReleaseClosesPopupThenVideoThenPhoto)
 
     player_.ReleaseResource();
 
-    EXPECT_EQ(fake_.all(), join({popup_closing_lines("popup#1"),
-                                 video_stopping_lines(PLAYER_STATE_PLAYING), picture_gone()}));
+    EXPECT_EQ(fake_.lines(), join({popup_closing_lines("popup#1"),
+                                   video_stopping_lines(PLAYER_STATE_PLAYING), picture_gone()}));
 }
 
 TEST_F(OstrelDemoPlayerEndTest, ReleaseOfNothingOnlyLogs)
 {
     player_.ReleaseResource();
 
-    EXPECT_THAT(fake_.all(), LinesAre("I \"\"", "I \"\"", "I \"\"", "I \"Destroy end\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\"", "I \"\"", "I \"Destroy end\""));
 }
 
 // ---- Destructor ----
@@ -109,7 +109,7 @@ TEST_F(OstrelDemoPlayerEndTest, TheDestructorReleasesEverythingInItsOrder)
     destroy_controller();
 
     // Timers: 1 timed rotation, 2 disclaimer, 3 rotation delay, 4 closing of the popup.
-    EXPECT_EQ(fake_.all(),
+    EXPECT_EQ(fake_.lines(),
               join({popup_closing_lines("popup#2"), video_stopping_lines(PLAYER_STATE_PLAYING),
                     picture_gone(), player_and_pipe_gone(), keys_gone(), block_gone(),
                     widgets_gone(), window_gone()}));
@@ -127,20 +127,20 @@ TEST_F(OstrelDemoPlayerEndTest, WhatCannotBeReleasedHoldsNothingElseUp)
     destroy_controller();
 
     const std::string refused = "E \"app_context_manager_unset_epop_block falied\"";
-    EXPECT_EQ(fake_.all(),
-              join({{"I \"\"", "evas_object_hide(popup#2)"},
-                    block_gone(),
-                    {refused, "ecore_timer_add(0.5, controller)", "I \"\"", "player_get_state()",
-                     "player_stop()", "E \"player_stop error\"", "player_unprepare()",
-                     "E \"player_unprepare error\""},
-                    picture_gone(),
-                    {"D \"\"", "player_destroy()", "E \"player_destroy error\"", "I \"\"",
-                     "ecore_pipe_del(pipe#1)", "display_rotator_remove_cb()"},
-                    keys_gone(),
-                    block_gone(),
-                    {refused},
-                    widgets_gone(),
-                    window_gone()}));
+    EXPECT_EQ(
+        fake_.lines(),
+        join({{"I \"\"", "evas_object_hide(popup#2)"},
+              block_gone(),
+              {refused, "ecore_timer_add(0.5, controller)", "I \"\"", "player_stop()",
+               "E \"player_stop error\"", "player_unprepare()", "E \"player_unprepare error\""},
+              picture_gone(),
+              {"D \"\"", "player_destroy()", "E \"player_destroy error\"", "I \"\"",
+               "ecore_pipe_del(pipe#1)", "display_rotator_remove_cb()"},
+              keys_gone(),
+              block_gone(),
+              {refused},
+              widgets_gone(),
+              window_gone()}));
 }
 
 TEST_F(OstrelDemoPlayerEndTest, AControllerThatWasNeverStartedOwnsLess)
@@ -149,20 +149,20 @@ TEST_F(OstrelDemoPlayerEndTest, AControllerThatWasNeverStartedOwnsLess)
 
     destroy_controller();
 
-    EXPECT_EQ(fake_.all(), join({{"I \"\""},
-                                 video_stopping_lines(PLAYER_STATE_IDLE),
-                                 {"I \"\"", "I \"Destroy end\""},
-                                 player_and_pipe_gone(),
-                                 keys_gone(),
-                                 block_gone(),
-                                 window_gone()}));
+    EXPECT_EQ(fake_.lines(), join({{"I \"\""},
+                                   video_stopping_lines(PLAYER_STATE_IDLE),
+                                   {"I \"\"", "I \"Destroy end\""},
+                                   player_and_pipe_gone(),
+                                   keys_gone(),
+                                   block_gone(),
+                                   window_gone()}));
 }
 
 TEST_F(OstrelDemoPlayerEndTest, AControllerThatWasNeverCreatedIsDestroyedQuietly)
 {
     destroy_controller();
 
-    EXPECT_EQ(fake_.all(),
+    EXPECT_EQ(fake_.lines(),
               join({{"I \"\"", "I \"\"", "I \"\"", "I \"Destroy end\"", "D \"\"", "I \"\"",
                      "display_rotator_remove_cb()", "I \"\"", "VirtualKey_Finalize()"},
                     block_gone(),

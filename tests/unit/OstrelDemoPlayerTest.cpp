@@ -1,7 +1,8 @@
 // The controller's birth and the start of the demo.
 
-#include "disclaimer_lines.h"
-#include "start_lines.h"
+#include <utility>
+
+#include "player_lines.h"
 
 using testing::IsEmpty;
 
@@ -58,7 +59,7 @@ TEST_F(OstrelDemoPlayerTest, TheConstructorOnlyLogs)
 {
     COstrelDemoPlayer second;
 
-    EXPECT_THAT(fake_.all(), LinesAre("D \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\""));
 }
 
 // ---- StartDemoPlayer ----
@@ -67,97 +68,157 @@ TEST_F(OstrelDemoPlayerTest, AnEmptyPlayListOnlyLogs)
 {
     EXPECT_EQ(player_.StartDemoPlayer(), 0);
 
-    EXPECT_THAT(fake_.all(), LinesAre("I \"play list is empty\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"play list is empty\""));
     EXPECT_EQ(fake_.app.exit_requests, 0);
 }
 
-class Scene : public PlayerTest {
-  public:
-    explicit Scene(const Start &start) : now_(start)
+// Two videos, of which the second was played last.
+class StartTest : public OstrelDemoPlayerTest {
+  protected:
+    StartTest()
     {
-        fake_.rotator.supported = now_.rotator;
-        store(ConfigKey::FILE_MODE, now_.file_mode);
-        store(ConfigKey::DEMO_MODE, now_.word);
         make_window();
         make_video_player();
         fill_play_list({"a.mp4", "b.mp4"});
-        player_.m_bRotationAutoMode = now_.timed;
         player_.m_uiCurPlayIndex = 1;
-        set_panel(static_cast<ENDEMO_ROTATION_TYPE>(now_.panel));
     }
 
-    void TestBody() override {}
-
-    void expect_start()
+    // The stored orientation, the menu choice of both, and how the panel stands.
+    void find(int file_mode, int word, ENDEMO_ROTATION_TYPE panel = ROTATION_TYPE_LANDSCAPE)
     {
-        const int mode = now_.mode();
-        Lines expected = selection_lines(now_);
-        if (mode == -1) {
-            expected += "I \"\"";
-            expected += exit_lines();
-        } else {
-            expected += panel_check_lines(now_);
-        }
-        const bool plays = mode != -1 && !now_.turns();
-        if (plays) {
-            expected += disclaimer_feature_lines(false);
-            expected += timed_rotation_lines(now_);
-            expected += playing_lines(mode);
-        }
-
-        EXPECT_EQ(player_.StartDemoPlayer(), now_.turns() ? 0 : 1);
-
-        EXPECT_EQ(fake_.all(), expected);
-        EXPECT_EQ(player_.m_iPlayIndex, plays ? mode : -1);
-        EXPECT_EQ(player_.m_uiCurPlayIndex, !plays || mode == 2 ? 1U : 0U);
-        EXPECT_EQ(fake_.media.preparing(), plays);
+        fake_.store.values[ConfigKey::FILE_MODE] = file_mode;
+        fake_.store.values[ConfigKey::DEMO_MODE] = word;
+        set_panel(panel);
     }
 
-  private:
-    void store(const char *key, std::optional<int> value)
+    void expect_played(const std::string &name, int selection)
     {
-        if (value)
-            fake_.store.values[key] = *value;
-        else
-            fake_.store.values.erase(key);
+        fake_.media.uri.clear();
+        EXPECT_EQ(player_.StartDemoPlayer(), 1);
+        EXPECT_EQ(fake_.media.uri, FOLDER + name);
+        EXPECT_EQ(player_.m_iPlayIndex, selection);
+        EXPECT_THAT(fake_.of({"VirtualKey"}), IsEmpty());
     }
 
-    static Lines playing_lines(int mode)
+    void expect_turned(int file_mode)
     {
-        Lines lines = {"D \"" + std::to_string(mode) + "\""};
-        lines += folder_lines();
-        if (mode > 2)
-            lines += writes(ConfigKey::DEMO_MODE, 0);
-        const std::string path = std::string(FOLDER) + (mode == 2 ? "b.mp4" : "a.mp4");
-        lines += {"D \"" + path + "\"", "D \"0 0\""};
-        lines += video_lines(path, "", PLAYER_STATE_IDLE, false);
-        return lines;
+        player_.m_bRotationAutoMode = true;
+        EXPECT_EQ(player_.StartDemoPlayer(), 0);
+        EXPECT_THAT(fake_.lines(), LinesAre(writes(ConfigKey::FILE_MODE, file_mode), "I \"\"",
+                                            "VirtualKey_Send_KeyCode(569, 2)"));
+        EXPECT_EQ(player_.m_iPlayIndex, -1);
+        EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
     }
-
-    const Start now_;
 };
 
-class StartTableTest : public testing::TestWithParam<std::tuple<bool, int, bool>> {};
-
-TEST_P(StartTableTest, ThePanelIsTurnedOrTheSelectionIsPlayed)
+TEST_F(StartTest, PlaysAllFromTheFirstEntry)
 {
-    const auto &[rotator, panel, timed] = GetParam();
-    for (const std::optional<int> file_mode : {std::optional<int>(), {-1}, {0}, {1}, {2}, {3}}) {
-        for (const std::optional<int> word :
-             {std::optional<int>(), {-1}, {0}, {0x0001}, {0x0100}, {0x0102}, {0x0201}, {0x0303}}) {
-            SCOPED_TRACE(testing::Message() << "file mode " << file_mode.value_or(-99) << ", word "
-                                            << word.value_or(-99));
-            Scene scene({rotator, panel, file_mode, word, timed});
-            scene.expect_start();
-            if (HasFailure())
-                return;
-        }
+    EXPECT_EQ(player_.StartDemoPlayer(), 1);
+
+    EXPECT_EQ(fake_.lines(),
+              join({{"I \"\"", "D \"0\"", "D \"/opt/data/demo_movie/a.mp4\"", "D \"0 0\""},
+                    video_lines("/opt/data/demo_movie/a.mp4", "", PLAYER_STATE_IDLE, false)}));
+    EXPECT_EQ(player_.m_iPlayIndex, 0);
+    EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
+}
+
+TEST_F(StartTest, LeavingEndsTheProgram)
+{
+    fake_.rotator.supported = true;
+    find(2, -1);
+
+    EXPECT_EQ(player_.StartDemoPlayer(), 1);
+
+    EXPECT_EQ(fake_.lines(), join({{"I \"\""}, exit_lines()}));
+    EXPECT_EQ(player_.m_iPlayIndex, -1);
+}
+
+TEST_F(StartTest, TheStoredOrientationSaysWhichChoiceCounts)
+{
+    find(1, 0x0102);
+    expect_played("b.mp4", 2);
+    find(2, 0x0102);
+    expect_played("a.mp4", 1);
+}
+
+TEST_F(StartTest, WithoutAStoredOrientationThePanelSaysIt)
+{
+    find(0, 0x0102);
+    expect_played("b.mp4", 2);
+    fake_.store.values.erase(ConfigKey::FILE_MODE);
+    set_panel(ROTATION_TYPE_PORTRAIT);
+    expect_played("a.mp4", 1);
+}
+
+TEST_F(StartTest, AnUnreadableChoiceIsAll)
+{
+    fake_.store.values.erase(ConfigKey::DEMO_MODE);
+    expect_played("a.mp4", 0);
+}
+
+TEST_F(StartTest, AChoiceBeyondTheListIsForgottenForAll)
+{
+    find(1, 0x0303);
+
+    expect_played("a.mp4", 3);
+
+    EXPECT_THAT(fake_.of({"vconf_set_int"}), LinesAre(writes(ConfigKey::DEMO_MODE, 0)));
+}
+
+TEST_F(StartTest, APanelThatStandsTheWrongWayIsTurnedFirst)
+{
+    fake_.rotator.supported = true;
+    for (const auto &[type, file_mode] :
+         {std::make_pair(ROTATION_TYPE_LANDSCAPE, 2), std::make_pair(ROTATION_TYPE_PORTRAIT, 1),
+          std::make_pair(ROTATION_TYPE_LANDSCAPE_REVERSE, 2),
+          std::make_pair(ROTATION_TYPE_PORTRAIT_REVERSE, 1)}) {
+        find(file_mode, 0x0102, type);
+        expect_turned(file_mode);
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Panels, StartTableTest,
-                         testing::Combine(testing::Bool(), testing::Values(0, 1, 2, 3),
-                                          testing::Bool()));
+// Any orientation but portrait counts as landscape.
+TEST_F(StartTest, AnUnknownOrientationIsLandscape)
+{
+    fake_.rotator.supported = true;
+    find(3, 0x0102, ROTATION_TYPE_PORTRAIT);
+    expect_turned(1);
+}
+
+TEST_F(StartTest, APanelThatStandsRightIsNotTurned)
+{
+    fake_.rotator.supported = true;
+    find(1, 0x0102);
+    expect_played("b.mp4", 2);
+    find(2, 0x0102, ROTATION_TYPE_PORTRAIT);
+    expect_played("a.mp4", 1);
+}
+
+TEST_F(StartTest, PlayAllTurnsNothing)
+{
+    fake_.rotator.supported = true;
+    find(2, 0);
+    expect_played("a.mp4", 0);
+    find(1, 0x0200, ROTATION_TYPE_PORTRAIT);
+    expect_played("a.mp4", 0);
+}
+
+TEST_F(StartTest, ASetWithoutRotatorPlaysAnyChoice)
+{
+    find(2, 0x0102);
+    expect_played("a.mp4", 1);
+}
+
+TEST_F(StartTest, TimedRotationIsArmedBeforePlaying)
+{
+    fake_.rotator.supported = true;
+    player_.m_bRotationAutoMode = true;
+
+    player_.StartDemoPlayer();
+
+    EXPECT_THAT(fake_.of({"ecore_timer_add", "player_prepare_async"}),
+                LinesAre("ecore_timer_add(300, controller)", "player_prepare_async(controller)"));
+}
 
 TEST_F(OstrelDemoPlayerTest, StartBuildsTheDisclaimerBeforePlaying)
 {
@@ -181,8 +242,6 @@ TEST_F(OstrelDemoPlayerTest, ARefusedFileIsReported)
 
 TEST_F(OstrelDemoPlayerTest, ARelaunchStartsAnewOnTheSameObject)
 {
-    const Start start = {false, ROTATION_TYPE_LANDSCAPE, 1, 1, false};
-    install_disclaimer_pictures(fake_.system);
     fake_.system.has_disclaimer = true;
     created({"a.mp4", "b.mp4"});
     player_.StartDemoPlayer();
@@ -197,15 +256,11 @@ TEST_F(OstrelDemoPlayerTest, ARelaunchStartsAnewOnTheSameObject)
 
     EXPECT_EQ(player_.m_iPlayIndex, 1);
     EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
-    Lines expected = selection_lines(start);
-    expected += panel_check_lines(start);
-    expected += disclaimer_creation_lines(true, Overlay::Full, false, "nothing");
-    expected += timed_rotation_lines(start);
-    expected += "D \"1\"";
-    expected += folder_lines();
-    expected += entry_lines("/opt/data/demo_movie/a.mp4", "", false,
-                            {false, 0, PLAYER_STATE_PLAYING, ""}, false);
-    EXPECT_EQ(fake_.all(), expected);
+    EXPECT_THAT(fake_.of({"evas_object_del", "elm_velt_layout_add", "elm_velt_imagebox_add",
+                          "player_stop", "player_set_uri"}),
+                LinesAre("evas_object_del(layout#1)", "evas_object_del(imagebox#1)",
+                         "elm_velt_layout_add(window#1)", "elm_velt_imagebox_add(layout#2)",
+                         "player_stop()", "player_set_uri(\"/opt/data/demo_movie/a.mp4\")"));
 }
 
 } // namespace

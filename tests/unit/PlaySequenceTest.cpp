@@ -1,5 +1,3 @@
-// The readable cases; PlaySequenceTranscriptTest.cpp goes through all small lists.
-
 #include <tuple>
 
 #include "player_lines.h"
@@ -60,7 +58,7 @@ TEST_F(PlaySequenceTest, AnIndexOutsideTheListHasNoType)
     EXPECT_EQ(player_.GetPlayingType(-1), -1);
     EXPECT_EQ(player_.GetPlayingType(2), -1);
 
-    EXPECT_THAT(fake_.lines(), LinesAre("W \"-1 2\"", "W \"2 2\""));
+    EXPECT_THAT(fake_.logs(), LinesAre("W \"-1 2\"", "W \"2 2\""));
 }
 
 TEST_F(PlaySequenceTest, TheRepeatOptionIsStoredAndLogged)
@@ -291,6 +289,35 @@ TEST_F(PlaySequenceTest, SteppingFromVideoToPhotoStopsTheVideo)
                                                       photo_lines("/opt/data/demo_movie/b.jpg")})));
 }
 
+TEST_F(PlaySequenceTest, SteppingFromPhotoToVideoReleasesThePhoto)
+{
+    fill_play_list({"a.mp4", "b.jpg"});
+    make_picture();
+    player_.m_iPlayingType = PLAYING_TYPE_PHOTO;
+    player_.m_uiCurPlayIndex = 1;
+
+    EXPECT_TRUE(player_.m_PlayPreviousFile());
+
+    EXPECT_EQ(player_.m_iPlayingType, PLAYING_TYPE_VIDEO);
+    EXPECT_EQ(fake_.calls(), join({{"pictrel_destroy(picture#1)", "pictrel_destroy_display(1)"},
+                                   video_lines("/opt/data/demo_movie/a.mp4")}));
+}
+
+TEST_F(PlaySequenceTest, AListOfOneEntryBeginsAnewAndLoops)
+{
+    fill_play_list({"a.mp4"});
+    for (const auto step :
+         {&CPlayerInspector::m_PlayNextFile, &CPlayerInspector::m_PlayPreviousFile}) {
+        fake_.forget();
+
+        EXPECT_TRUE((player_.*step)());
+
+        EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
+        EXPECT_THAT(media_calls(),
+                    ElementsAreArray(video_lines("/opt/data/demo_movie/a.mp4", true)));
+    }
+}
+
 // ---- Failures ----
 
 TEST_F(PlaySequenceTest, TheResultIsThatOfTheFileAndNothingElseIsTried)
@@ -311,7 +338,7 @@ TEST_F(PlaySequenceTest, TheResultIsThatOfTheFileAndNothingElseIsTried)
 
             EXPECT_FALSE((player_.*play)()) << function;
 
-            EXPECT_EQ(fake_.all().back(), std::string("E \"") + error + "\"");
+            EXPECT_EQ(fake_.lines().back(), std::string("E \"") + error + "\"");
             EXPECT_EQ(fake_.transcript.count(function), 1);
             EXPECT_EQ(player_.m_uiCurPlayIndex, 0U);
         }
@@ -324,15 +351,14 @@ TEST_F(PlaySequenceTest, AnEmptyListPlaysNothing)
         player_.m_iPlayIndex = selection;
         fake_.forget();
         EXPECT_FALSE(player_.m_PlayContents());
-        EXPECT_EQ(fake_.all(), join({{"D \"" + std::to_string(selection) + "\""},
-                                     folder_lines(),
-                                     {"W \"play list is empty\""}}));
+        EXPECT_THAT(fake_.lines(), LinesAre("D \"" + std::to_string(selection) + "\"",
+                                            "W \"play list is empty\""));
     }
 
     fake_.forget();
     EXPECT_FALSE(player_.m_PlayNextFile());
     EXPECT_FALSE(player_.m_PlayPreviousFile());
-    EXPECT_THAT(fake_.all(), LinesAre("W \"play list is empty\"", "W \"play list is empty\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("W \"play list is empty\"", "W \"play list is empty\""));
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 #include <climits>
 #include <set>
 
-#include "main_test.h"
+#include "main_fixture.h"
 #include "player_rules/config_keys.h"
 #include "player_rules/content_rules.h"
 #include "player_rules/key_names.h"

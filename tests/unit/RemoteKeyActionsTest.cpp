@@ -1,4 +1,4 @@
-#include "event_dispatcher_test.h"
+#include "event_dispatcher_fixture.h"
 #include "player_lines.h"
 
 using testing::ElementsAre;
@@ -58,6 +58,19 @@ TEST_F(RemoteKeyActionsTest, BackLeavesThePlayer)
                             exit_lines()}));
 }
 
+TEST_F(RemoteKeyActionsTest, BackOnAPhotoReleasesIt)
+{
+    show_photo();
+    player_.StartSlideShow();
+
+    key(KEY_TYPE_BACK);
+
+    EXPECT_THAT(fake_.of({"ecore_timer_del", "pictrel_"}),
+                LinesAre("ecore_timer_del(timer#1)", "pictrel_destroy(picture#1)",
+                         "pictrel_destroy_display(1)"));
+    EXPECT_EQ(fake_.app.exit_requests, 1);
+}
+
 TEST_F(RemoteKeyActionsTest, BackWhileThePopupIsTornDownDoesNotLeaveYet)
 {
     open_popup();
@@ -88,6 +101,19 @@ TEST_F(RemoteKeyActionsTest, ASecondEnterClosesThePopup)
     key(KEY_TYPE_ENTER);
 
     EXPECT_EQ(rest(), popup_closing_lines("popup#1"));
+}
+
+TEST_F(RemoteKeyActionsTest, EnterWhileThePopupIsTornDownOpensNone)
+{
+    show_photo();
+    player_.StartSlideShow();
+    open_popup();
+    player_.DestroyPopup();
+
+    key(KEY_TYPE_ENTER);
+
+    EXPECT_EQ(rest(), popup_closing_lines("popup#1", "timer#2"));
+    EXPECT_TRUE(player_.m_bSlideShowStarted) << "the slide show goes on";
 }
 
 TEST_F(RemoteKeyActionsTest, EnterWhileThePanelTurnsOpensNothing)
@@ -143,9 +169,8 @@ TEST_F(RemoteKeyActionsTest, PlayOnAPhotoPlaysTheWholeListOn)
 
     key(KEY_TYPE_PLAY);
 
-    EXPECT_EQ(rest(), join({{writes(ConfigKey::DEMO_MODE, 0), "I \"\""},
-                            rotator_lines(false),
-                            {"ecore_timer_add(5, controller)"}}));
+    EXPECT_EQ(rest(),
+              Lines({writes(ConfigKey::DEMO_MODE, 0), "I \"\"", "ecore_timer_add(5, controller)"}));
     EXPECT_EQ(player_.m_iPlayIndex, 0);
 }
 

@@ -1,4 +1,4 @@
-#include "player_test.h"
+#include "player_fixture.h"
 #include "set_keys.h"
 
 using testing::ElementsAre;
@@ -52,7 +52,7 @@ TEST_P(NamedKeyTest, IsPostedByItsTypeAndPassedOnWhoeverListens)
                 EXPECT_EQ(CPlayerInspector::m_OnECoreKeyDownCB(listener, event_type, &event),
                           ECORE_CALLBACK_PASS_ON);
 
-                EXPECT_EQ(fake_.all(), expected);
+                EXPECT_EQ(fake_.lines(), expected);
             }
         }
     }
@@ -63,7 +63,7 @@ TEST_F(RemoteKeyCallbacksTest, AMissingEventIsAKeyWithoutAName)
     EXPECT_EQ(CPlayerInspector::m_OnECoreKeyDownCB(controller_.get(), 7, nullptr),
               ECORE_CALLBACK_PASS_ON);
 
-    EXPECT_THAT(fake_.all(),
+    EXPECT_THAT(fake_.lines(),
                 LinesAre("I \"KeyName=(null) KeyEventType=7\"", "I \"(null)\"",
                          "I \"iEventID = 8 iParam1 = 17\"", "ecore_pipe_write(8, 17)"));
 }
@@ -110,7 +110,7 @@ TEST_P(NamedKeyTest, OnTheListOnlyReturnChoosesTheRow)
 
     EXPECT_EQ(fake_.widgets.fire(player_.m_pGenlist, EVAS_CALLBACK_KEY_DOWN, &event), 1);
 
-    EXPECT_EQ(fake_.all(), expected);
+    EXPECT_EQ(fake_.lines(), expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Used, NamedKeyTest, testing::ValuesIn(set_keys::USED));
@@ -120,7 +120,7 @@ TEST_F(RemoteKeyCallbacksTest, AMissingKeyRecordOnlyLogs)
 {
     CPlayerInspector::m_OnGenlistKeyDownCB(controller_.get(), nullptr, nullptr, nullptr);
 
-    EXPECT_THAT(fake_.all(), LinesAre("D \"\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("D \"\""));
 }
 
 } // namespace

@@ -1,8 +1,9 @@
-// The readable cases; RotationTimerTranscriptTest.cpp goes through the whole table.
+#include <utility>
 
 #include "player_lines.h"
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 namespace {
 
@@ -69,7 +70,56 @@ TEST_F(RotationTimerTest, AToastReplacesTheOneBefore)
               join({{"evas_object_del(popup#1)"}, toast_lines("popup#2", "second")}));
 }
 
+TEST_F(RotationTimerTest, AToastThatTimedOutStaysAnObjectUntilTheNext)
+{
+    player_.m_UpdateNotificationLabel("first");
+    Evas_Object *toast = player_.m_pNotificationLabel;
+    fake_.forget();
+
+    fake_.loop.advance(60.0);
+
+    EXPECT_EQ(player_.m_pNotificationLabel, toast);
+    EXPECT_THAT(fake_.lines(), IsEmpty());
+}
+
+TEST_F(RotationTimerTest, AToastClosesAnOpenPopupFirst)
+{
+    open_popup();
+
+    player_.m_UpdateNotificationLabel("hello");
+
+    EXPECT_EQ(fake_.lines(), join({{"I \"strContent = hello\""},
+                                   popup_closing_lines("popup#1"),
+                                   toast_lines("popup#2", "hello")}));
+}
+
+TEST_F(RotationTimerTest, WithoutAToastTheOldOneIsGoneAllTheSame)
+{
+    player_.m_UpdateNotificationLabel("first");
+    fake_.fail("elm_velt_popup_add");
+    fake_.forget();
+
+    EXPECT_TRUE(player_.m_UpdateNotificationLabel("second"));
+
+    EXPECT_THAT(fake_.calls(),
+                LinesAre("evas_object_del(popup#1)", "elm_velt_popup_add(window#1)"));
+    EXPECT_EQ(player_.m_pNotificationLabel, nullptr);
+}
+
 // ---- m_ShowPopup ----
+
+TEST_F(RotationTimerTest, EachIntervalIsToldInMinutesAndSeconds)
+{
+    const std::string intervals[] = {"5", "5:30", "6", "6:30", "7", "7:30", "8", "9", "10", "15"};
+    int index = 0;
+    for (const std::string &interval : intervals) {
+        player_.m_ShowPopup(LANDSCAPE_TIMER, index);
+        EXPECT_EQ(toast_text(), "L " + interval);
+        player_.m_ShowPopup(PORTRAIT_TIMER, index);
+        EXPECT_EQ(toast_text(), "P " + interval);
+        ++index;
+    }
+}
 
 TEST_F(RotationTimerTest, AStepIsLoggedAndToasted)
 {
@@ -98,8 +148,10 @@ TEST_F(RotationTimerTest, AnyOtherStatusShowsNothingAndLeavesThePopupOpen)
     open_popup();
 
     player_.m_ShowPopup(static_cast<ENDEMO_ROTATION_STATUS>(3), 0);
+    player_.m_ShowPopup(static_cast<ENDEMO_ROTATION_STATUS>(-1), 0);
 
-    EXPECT_THAT(fake_.lines(), LinesAre("I \"enZavoMode = 3 iTimerIndex = 0\""));
+    EXPECT_THAT(fake_.lines(), LinesAre("I \"enZavoMode = 3 iTimerIndex = 0\"",
+                                        "I \"enZavoMode = -1 iTimerIndex = 0\""));
     EXPECT_TRUE(fake_.widgets.visible(player_.m_pPopup));
 }
 
@@ -124,7 +176,59 @@ TEST_F(RotationTimerTest, ALongTranslationIsCutAt127Characters)
     EXPECT_EQ(toast_text(), std::string(127, 'x'));
 }
 
+TEST_F(RotationTimerTest, ASwitchThatCannotBeStoredIsMadeAllTheSame)
+{
+    fake_.fail("vconf_set_int");
+
+    player_.m_CreateRotationOnOffLabel();
+
+    EXPECT_TRUE(player_.m_bRotationAutoMode);
+    EXPECT_EQ(toast_text(), "Rotation On");
+}
+
 // ---- m_UpdateZavoTimer ----
+
+TEST_F(RotationTimerTest, TheIntervalOfThePresentOrientationIsArmed)
+{
+    player_.m_bRotationAutoMode = true;
+    fake_.store.values[ConfigKey::LANDSCAPE_TIMER] = 1;
+    fake_.store.values[ConfigKey::PORTRAIT_TIMER] = 9;
+    for (const auto &[type, seconds] :
+         {std::make_pair(ROTATION_TYPE_LANDSCAPE, 330), std::make_pair(ROTATION_TYPE_PORTRAIT, 900),
+          std::make_pair(ROTATION_TYPE_LANDSCAPE_REVERSE, 330),
+          std::make_pair(ROTATION_TYPE_PORTRAIT_REVERSE, 900)}) {
+        set_panel(type);
+
+        player_.m_UpdateZavoTimer();
+
+        const std::string text = std::to_string(seconds);
+        EXPECT_EQ(fake_.lines().back(), "ecore_timer_add(" + text + ", controller)");
+        EXPECT_THAT(fake_.logs(), testing::Contains("I \"set timer " + text + " sec\""));
+        EXPECT_THAT(fake_.loop.timers(), ElementsAre(seconds)) << "the one before is replaced";
+    }
+}
+
+TEST_F(RotationTimerTest, AnUnreadableIntervalIsFiveMinutes)
+{
+    player_.m_bRotationAutoMode = true;
+    fake_.store.values.erase(ConfigKey::LANDSCAPE_TIMER);
+
+    player_.m_UpdateZavoTimer();
+
+    EXPECT_THAT(fake_.loop.timers(), ElementsAre(300.0));
+}
+
+TEST_F(RotationTimerTest, ASetThatLostItsRotatorLosesItsTimer)
+{
+    player_.m_bRotationAutoMode = true;
+    player_.m_UpdateZavoTimer();
+    fake_.rotator.supported = false;
+
+    player_.m_UpdateZavoTimer();
+
+    EXPECT_EQ(player_.m_pZavoTimer, nullptr);
+    EXPECT_THAT(fake_.loop.timers(), IsEmpty());
+}
 
 // Other programs may write the keys as well.
 TEST_F(RotationTimerTest, AnIndexOutsideTheTableMeansFiveMinutes)
@@ -167,6 +271,18 @@ TEST_F(RotationTimerTest, TheTimerTurnsThePanelAndIsGoneWithTheTurn)
     EXPECT_THAT(fake_.lines(), LinesAre("I \"\"", "I \"\"", "ecore_timer_del(timer#1)",
                                         writes(ConfigKey::FILE_MODE, 2), "I \"\"",
                                         "VirtualKey_Send_KeyCode(569, 2)"));
+    EXPECT_EQ(player_.m_pZavoTimer, nullptr);
+}
+
+TEST_F(RotationTimerTest, WithoutContentForTheOtherOrientationTheTimerEndsItself)
+{
+    player_.m_bRotationAutoMode = true;
+    player_.m_UpdateZavoTimer();
+    fake_.forget();
+
+    fake_.loop.advance(300.0);
+
+    EXPECT_THAT(fake_.calls(), LinesAre("ecore_timer_del(timer#1)"));
     EXPECT_EQ(player_.m_pZavoTimer, nullptr);
 }
 

@@ -1,4 +1,4 @@
-#include "player_test.h"
+#include "player_fixture.h"
 
 #include <atomic>
 #include <thread>

@@ -1,6 +1,5 @@
 /**
- * Pieces that recur in transcripts of everything (`fake_.all()`): what the questions leave that
- * many operations ask, and the steps that many operations share.
+ * Pieces that recur in transcripts: the steps that many operations share.
  */
 #pragma once
 
@@ -8,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "player_test.h"
+#include "player_fixture.h"
 
 /** Adds lines behind others. */
 inline Lines &operator+=(Lines &lines, const Lines &more)
@@ -21,36 +20,6 @@ inline Lines &operator+=(Lines &lines, const std::string &line)
 {
     lines.push_back(line);
     return lines;
-}
-
-/** The question for the rotator, on a set that has one or none. */
-inline Lines rotator_lines(bool supported)
-{
-    if (!supported)
-        return {"display_rotator_get_status()", "E \"TV does not support rotation\""};
-    return {"display_rotator_get_status()", "I \"current rotator status is 0\"",
-            "I \"TV support rotation\""};
-}
-
-/** The question for the window's position. */
-inline std::string window_type_line(int type)
-{
-    return "I \"current window rotation type = " + std::to_string(type) + "\"";
-}
-
-/** The question whether the set shows a disclaimer. */
-inline Lines disclaimer_feature_lines(bool on)
-{
-    return {"system_info_get_custom_bool(\"com.norvane/featureconf/"
-            "ostrel_demo_player.show_disclaimer\")",
-            std::string("I \"bShowDisclaimer = ") + (on ? "1\"" : "0\"")};
-}
-
-/** The built-in folder asked for twice: once for the file, once for its subtitle. */
-inline Lines folder_lines()
-{
-    const std::string open = std::string("opendir(\"") + FOLDER + "\")";
-    return {open, "closedir()", open, "closedir()"};
 }
 
 /** Closing a popup. @param timer the tear-down timer that was pending, or an empty text. */
@@ -67,7 +36,7 @@ inline Lines popup_closing_lines(const std::string &popup, const std::string &ti
 /** Letting go of the video. @param state what the media player was doing. */
 inline Lines video_stopping_lines(player_state_e state)
 {
-    Lines lines = {"I \"\"", "player_get_state()"};
+    Lines lines = {"I \"\""};
     if (state != PLAYER_STATE_IDLE)
         lines += "player_stop()";
     lines += "player_unprepare()";
@@ -111,39 +80,10 @@ inline Lines photo_lines(const std::string &path, int n, bool display_ready, boo
     return lines;
 }
 
-/** What is on the screen when the next entry comes. */
-struct OnScreen {
-    bool photo;                   /**< and no video */
-    int pictures_made;            /**< so far, the one on the screen included */
-    player_state_e video;         /**< what the media player does */
-    std::string slide_show_timer; /**< its name, or an empty text */
-};
-
-/** Changing to an entry of the list and setting it up. */
-inline Lines entry_lines(const std::string &path, const std::string &subtitle, bool photo,
-                         const OnScreen &before, bool looping)
-{
-    Lines lines = {"D \"" + path + "\"",
-                   std::string("D \"") + (photo ? "1 " : "0 ") + (before.photo ? "1\"" : "0\"")};
-    if (photo && !before.photo) {
-        lines += video_stopping_lines(before.video);
-    } else if (!photo && before.photo) {
-        lines += "I \"\"";
-        if (!before.slide_show_timer.empty())
-            lines += "ecore_timer_del(" + before.slide_show_timer + ")";
-        lines += {"pictrel_destroy(picture#" + std::to_string(before.pictures_made) + ")",
-                  "pictrel_destroy_display(1)", "I \"Destroy end\""};
-    }
-    if (photo)
-        return lines += photo_lines(path, before.pictures_made + 1, before.photo, before.photo);
-    return lines += video_lines(path, subtitle, before.video, looping);
-}
-
 /** What is put into a new window, wherever it comes from. */
 inline Lines window_furnishing_lines()
 {
-    return {"evas_object_evas_get(window#1)",
-            "evas_object_rectangle_add(canvas#1)",
+    return {"evas_object_rectangle_add(canvas#1)",
             "evas_object_size_hint_weight_set(rectangle#1, 1, 1)",
             "evas_object_color_set(rectangle#1, 0, 0, 0, 0)",
             "evas_object_render_op_set(rectangle#1, COPY)",
@@ -155,20 +95,14 @@ inline Lines window_furnishing_lines()
 inline Lines window_setting_lines()
 {
     return {"elm_win_title_set(window#1, \"ostrel-demo-player-tv\")",
-            "elm_policy_set(QUIT, LAST_WINDOW_CLOSED)",
-            "elm_win_autodel_set(window#1, true)",
-            "elm_win_aux_hint_add(window#1, \"wm.screencontroller.exception\", \"3\")",
-            "evas_object_evas_get(window#1)",
-            "ecore_evas_ecore_evas_get(canvas#1)",
-            "ecore_evas_wayland2_window_get(ecore-evas#1)",
-            "ecore_wl2_window_surface_get(wayland-window#1)"};
+            "elm_policy_set(QUIT, LAST_WINDOW_CLOSED)", "elm_win_autodel_set(window#1, true)",
+            "elm_win_aux_hint_add(window#1, \"wm.screencontroller.exception\", \"3\")"};
 }
 
 /** Building the rows of the options. @param names number and name of each entry that has a row */
 inline Lines item_list_lines(const std::vector<std::string> &names)
 {
-    Lines lines = {"D \"\"", "dgettext(\"ostrel-demo-player-tv\", \"SID_OFF\")",
-                   "dgettext(\"ostrel-demo-player-tv\", \"COM_HTS_SID_PLAY_ALL\")"};
+    Lines lines = {"D \"\""};
     for (const std::string &name : names)
         lines += "I \"" + name + "\"";
     return lines;

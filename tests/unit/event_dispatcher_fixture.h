@@ -3,7 +3,7 @@
  */
 #pragma once
 
-#include "player_test.h"
+#include "player_fixture.h"
 
 #include "player/util/EventManager.h"
 
@@ -29,7 +29,7 @@ class EventDispatcherTest : public PlayerTest {
     // Everything that follows the two lines that every record leaves.
     Lines rest()
     {
-        const Lines all = fake_.all();
+        const Lines all = fake_.lines();
         EXPECT_GE(all.size(), 2U);
         if (all.size() < 2)
             return all;

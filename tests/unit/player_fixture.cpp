@@ -1,4 +1,4 @@
-#include "player_test.h"
+#include "player_fixture.h"
 
 #include <algorithm>
 
@@ -7,16 +7,6 @@
 std::string writes(const std::string &key, int value)
 {
     return "vconf_set_int(\"" + key + "\", " + std::to_string(value) + ")";
-}
-
-std::string reads(const std::string &key)
-{
-    return "vconf_get_int(\"" + key + "\")";
-}
-
-std::string panel_line(bool portrait)
-{
-    return portrait ? "I \"In Portrait Mode\"" : "E \"In Landscape Mode\"";
 }
 
 Lines without(const Lines &lines, const std::vector<std::string> &prefixes)

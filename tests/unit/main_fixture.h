@@ -17,7 +17,7 @@
 #include "platform.h"
 #include "player/util/EventManager.h"
 #include "player/util/OstrelDemoUtil.h"
-#include "player_test.h"
+#include "player_fixture.h"
 
 // main() of the player, under another name.
 int demo_player_main(int argc, char **argv);

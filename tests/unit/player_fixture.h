@@ -21,12 +21,6 @@ inline constexpr char FOLDER[] = "/opt/data/demo_movie/";
 /** The line of a write to the configuration store. */
 std::string writes(const std::string &key, int value);
 
-/** The line of a read from the configuration store, in transcripts of everything. */
-std::string reads(const std::string &key);
-
-/** What the question whether the panel stands upright leaves, in transcripts of everything. */
-std::string panel_line(bool portrait);
-
 /** Lines without those that start with one of the prefixes. */
 Lines without(const Lines &lines, const std::vector<std::string> &prefixes);
 
