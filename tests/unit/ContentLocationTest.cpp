@@ -1,7 +1,5 @@
 #include "player_fixture.h"
 
-#include <optional>
-
 using testing::IsEmpty;
 
 namespace {
@@ -186,132 +184,119 @@ TEST_F(ContentLocationTest, AMissingResourceYieldsAnEmptyPath)
 
 // ---- m_SetFileMode, m_GetFileMode ----
 
-// Each mode with each panel, each word in the store and each selection. No word means that the key
-// cannot be read, which leaves zero.
-class FileModeTest : public ContentLocationTest,
-                     public testing::WithParamInterface<std::tuple<int, int>> {
-  protected:
-    FileModeTest() { set_panel(panel()); }
-
-    static ENDEMO_FILE_MODE mode()
-    {
-        return static_cast<ENDEMO_FILE_MODE>(std::get<0>(GetParam()));
-    }
-    static ENDEMO_ROTATION_TYPE panel()
-    {
-        return static_cast<ENDEMO_ROTATION_TYPE>(std::get<1>(GetParam()));
-    }
-    static bool upright()
-    {
-        return panel() == ROTATION_TYPE_PORTRAIT || panel() == ROTATION_TYPE_PORTRAIT_REVERSE;
-    }
-
-    void store(std::optional<int> word)
-    {
-        if (word)
-            fake_.store.values[ConfigKey::DEMO_MODE] = *word;
-        else
-            fake_.store.values.erase(ConfigKey::DEMO_MODE);
-        fake_.forget();
-    }
-
-    static Lines told(int mode, int number)
-    {
-        return {"E \"eMode=" + std::to_string(mode) + " iMenuType=" + std::to_string(number) +
-                "\""};
-    }
-
-    const std::vector<std::optional<int>> words_ = {
-        std::nullopt, 0, -1, 1, 0x0102, 0x0500, 0x0005, 0x0F0F, 0xFFFF, 0x12345678, -2};
+/** A word in the store, a selection of one half of it, and the word with that selection. */
+struct Half {
+    int mode; /**< an ENDEMO_FILE_MODE, or what counts as one */
+    ENDEMO_ROTATION_TYPE panel;
+    int word;
+    int selection;
+    int stored = 0; /**< not looked at where a selection is read */
 };
 
-TEST_P(FileModeTest, ASelectionGoesToItsHalf)
-{
-    const int effective = mode() != 0 ? mode() : upright() ? 2 : 1;
-    for (const std::optional<int> word : words_) {
-        for (const int selection : {1, 2, 3, 0x10, 0xFF, 0x123, -2}) {
-            SCOPED_TRACE(testing::Message()
-                         << "word " << word.value_or(0) << " selection " << selection);
-            store(word);
-
-            player_.m_SetFileMode(mode(), selection);
-
-            const auto old = static_cast<unsigned int>(word.value_or(0));
-            const auto chosen = static_cast<unsigned int>(selection);
-            const auto stored = static_cast<int>(
-                effective == 2 ? chosen % 0x100 * 0x100 + old % 0x100 : chosen | (old & 0xFF00));
-            EXPECT_EQ(fake_.lines(),
-                      join({told(effective, stored), {writes(ConfigKey::DEMO_MODE, stored)}}));
-        }
+class FileModeTest : public ContentLocationTest, public testing::WithParamInterface<Half> {
+  protected:
+    FileModeTest()
+    {
+        set_panel(GetParam().panel);
+        fake_.store.values[ConfigKey::DEMO_MODE] = GetParam().word;
     }
+
+    const ENDEMO_FILE_MODE mode_ = static_cast<ENDEMO_FILE_MODE>(GetParam().mode);
+};
+
+class StoredSelectionTest : public FileModeTest {};
+
+TEST_P(StoredSelectionTest, GoesToItsHalf)
+{
+    player_.m_SetFileMode(mode_, GetParam().selection);
+
+    const bool upright = GetParam().panel % 2 == 1;
+    const int effective = mode_ != ENDEMO_FILE_MODE_CURRENT ? GetParam().mode
+                          : upright                         ? ENDEMO_FILE_MODE_PORTRAIT
+                                                            : ENDEMO_FILE_MODE_LANDSCAPE;
+    EXPECT_THAT(fake_.lines(), LinesAre("E \"eMode=" + std::to_string(effective) + " iMenuType=" +
+                                            std::to_string(GetParam().stored) + "\"",
+                                        writes(ConfigKey::DEMO_MODE, GetParam().stored)));
 }
 
-TEST_P(FileModeTest, PlayAllAndLeaveReplaceTheWholeWord)
-{
-    for (const std::optional<int> word : words_) {
-        for (const int selection : {0, -1}) {
-            store(word);
+constexpr auto FLAT = ROTATION_TYPE_LANDSCAPE;
+constexpr auto UPRIGHT = ROTATION_TYPE_PORTRAIT;
 
-            player_.m_SetFileMode(mode(), selection);
+INSTANTIATE_TEST_SUITE_P(OfThePanel, StoredSelectionTest,
+                         testing::Values(Half{0, FLAT, 0x0102, 3, 0x0103},
+                                         Half{0, UPRIGHT, 0x0102, 3, 0x0302},
+                                         Half{0, ROTATION_TYPE_LANDSCAPE_REVERSE, 0, 3, 0x0003},
+                                         Half{0, ROTATION_TYPE_PORTRAIT_REVERSE, 0, 3, 0x0300}));
+
+// Whatever is neither the panel nor portrait counts as landscape.
+INSTANTIATE_TEST_SUITE_P(OfOneOrientation, StoredSelectionTest,
+                         testing::Values(Half{1, UPRIGHT, 0x0102, 3, 0x0103},
+                                         Half{2, FLAT, 0x0102, 3, 0x0302},
+                                         Half{3, UPRIGHT, 0x0102, 3, 0x0103},
+                                         Half{-1, UPRIGHT, 0x0102, 3, 0x0103}));
+
+// A portrait selection is cut to its eight bits, a landscape one is not; the word keeps sixteen.
+INSTANTIATE_TEST_SUITE_P(OfManyBits, StoredSelectionTest,
+                         testing::Values(Half{1, FLAT, 0x0402, 0x123, 0x0523},
+                                         Half{2, FLAT, 0x0402, 0x123, 0x2302},
+                                         Half{1, FLAT, 0x12345678, 5, 0x5605},
+                                         Half{2, FLAT, 0x12345678, 5, 0x0578},
+                                         Half{1, FLAT, -2, 5, 0xFF05}, Half{2, FLAT, -2, 5, 0x05FE},
+                                         Half{1, FLAT, 0, -2, -2}, Half{2, FLAT, 0, -2, 0xFE00}));
+
+class ReadSelectionTest : public FileModeTest {};
+
+TEST_P(ReadSelectionTest, ComesFromItsHalf)
+{
+    EXPECT_EQ(player_.m_GetFileMode(mode_), GetParam().selection);
+
+    EXPECT_EQ(fake_.logs().back(), "E \"eMode=" + std::to_string(GetParam().mode) +
+                                       " iMenuType=" + std::to_string(GetParam().selection) + "\"");
+}
+
+INSTANTIATE_TEST_SUITE_P(Words, ReadSelectionTest,
+                         testing::Values(Half{0, FLAT, 0x0102, 2}, Half{0, UPRIGHT, 0x0102, 1},
+                                         Half{1, UPRIGHT, 0x0500, 0}, Half{2, FLAT, 0x0500, 5},
+                                         Half{3, UPRIGHT, 0x0102, 2}, Half{-1, FLAT, 0x0102, 2},
+                                         Half{1, FLAT, 0x12345678, 0x78},
+                                         Half{2, FLAT, 0x12345678, 0x56}, Half{1, FLAT, -2, 0xFE},
+                                         Half{2, FLAT, -2, 0xFF}));
+
+TEST_F(ContentLocationTest, PlayAllAndLeaveAreTheWholeWord)
+{
+    for (const int selection : {0, -1}) {
+        fake_.store.values[ConfigKey::DEMO_MODE] = 0x0102;
+        for (const auto mode :
+             {ENDEMO_FILE_MODE_CURRENT, ENDEMO_FILE_MODE_LANDSCAPE, ENDEMO_FILE_MODE_PORTRAIT}) {
+            fake_.forget();
+
+            player_.m_SetFileMode(mode, selection);
 
             EXPECT_THAT(fake_.lines(), LinesAre(writes(ConfigKey::DEMO_MODE, selection)));
+            EXPECT_EQ(player_.m_GetFileMode(mode), selection);
         }
     }
 }
 
-TEST_P(FileModeTest, ASelectionIsReadFromItsHalf)
+TEST_F(ContentLocationTest, AnUnreadableWordIsPlayAllAndNothingIsKeptOfIt)
 {
-    const bool upper = mode() == 2 || (mode() == 0 && upright());
-    for (const std::optional<int> word : words_) {
-        SCOPED_TRACE(testing::Message() << "word " << word.value_or(0));
-        store(word);
+    fake_.store.values.erase(ConfigKey::DEMO_MODE);
+    EXPECT_EQ(player_.m_GetFileMode(ENDEMO_FILE_MODE_CURRENT), 0);
 
-        const int read = player_.m_GetFileMode(mode());
-
-        EXPECT_THAT(fake_.lines(), IsEmpty());
-        if (word.value_or(0) == 0 || word.value_or(0) == -1) {
-            EXPECT_EQ(read, word.value_or(0));
-            continue;
-        }
-        const auto number = static_cast<unsigned int>(*word);
-        const auto half = static_cast<int>((upper ? number / 0x100 : number) % 0x100);
-        EXPECT_EQ(read, half);
-        EXPECT_EQ(fake_.logs().back(), told(mode(), half).front());
-    }
+    player_.m_SetFileMode(ENDEMO_FILE_MODE_PORTRAIT, 3);
+    EXPECT_EQ(fake_.store.get(ConfigKey::DEMO_MODE), 0x0300);
 }
 
-TEST_P(FileModeTest, ASelectionThatCannotBeStoredIsLost)
+TEST_F(ContentLocationTest, ASelectionThatCannotBeStoredIsLost)
 {
-    store(0x0102);
+    fake_.store.values[ConfigKey::DEMO_MODE] = 0x0102;
     fake_.fail("vconf_set_int");
 
-    player_.m_SetFileMode(mode(), 3);
+    player_.m_SetFileMode(ENDEMO_FILE_MODE_CURRENT, 3);
 
     EXPECT_EQ(fake_.lines().back(),
               "E \"SetConfigInt key db/ostrel-demo-player-tv/demo_mode,fail\"");
     EXPECT_EQ(fake_.store.get(ConfigKey::DEMO_MODE), 0x0102);
-}
-
-INSTANTIATE_TEST_SUITE_P(ModesAndPanels, FileModeTest,
-                         testing::Combine(testing::Values(0, 1, 2, 3, -1),
-                                          testing::Values(0, 1, 2, 3)));
-
-TEST_F(ContentLocationTest, ASelectionReplacesTheOldOneOfItsHalf)
-{
-    fake_.store.values[ConfigKey::DEMO_MODE] = 0x0102;
-
-    player_.m_SetFileMode(ENDEMO_FILE_MODE_CURRENT, 3);
-    EXPECT_EQ(fake_.store.get(ConfigKey::DEMO_MODE), 0x0103);
-
-    set_panel(ROTATION_TYPE_PORTRAIT);
-    player_.m_SetFileMode(ENDEMO_FILE_MODE_CURRENT, 3);
-    EXPECT_EQ(fake_.store.get(ConfigKey::DEMO_MODE), 0x0303);
-    EXPECT_EQ(player_.m_GetFileMode(ENDEMO_FILE_MODE_CURRENT), 3);
-
-    player_.m_SetFileMode(ENDEMO_FILE_MODE_CURRENT, 0);
-    for (const auto mode :
-         {ENDEMO_FILE_MODE_CURRENT, ENDEMO_FILE_MODE_LANDSCAPE, ENDEMO_FILE_MODE_PORTRAIT})
-        EXPECT_EQ(player_.m_GetFileMode(mode), 0) << mode;
 }
 
 } // namespace

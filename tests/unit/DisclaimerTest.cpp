@@ -1,5 +1,3 @@
-// The readable cases; DisclaimerTranscriptTest.cpp goes through all situations.
-
 #include "player_fixture.h"
 
 using testing::ElementsAre;

@@ -1,5 +1,3 @@
-// The readable cases; OptionsTranscriptTest.cpp goes through every row and selection.
-
 #include "player_fixture.h"
 
 #include <cstdlib>

@@ -93,9 +93,9 @@ TEST_F(PlaySequenceTest, PlayContentsLogsItsSteps)
 
     player_.m_PlayContents();
 
-    EXPECT_THAT(fake_.logs(), LinesAre("D \"2\"", "D \"/opt/data/demo_movie/b.mp4\"", "D \"0 0\"",
-                                       "I \"/opt/data/demo_movie/b.mp4 \"", "I \"\"",
-                                       "I \"player_set_looping false finish\""));
+    EXPECT_EQ(fake_.lines(),
+              join({{"D \"2\"", "D \"/opt/data/demo_movie/b.mp4\"", "D \"0 0\""},
+                    ::video_lines("/opt/data/demo_movie/b.mp4", "", PLAYER_STATE_IDLE, false)}));
 }
 
 TEST_F(PlaySequenceTest, ASelectionPlaysThatEntryAlone)
@@ -214,10 +214,9 @@ TEST_F(PlaySequenceTest, NextGoesToTheFollowingEntry)
     EXPECT_TRUE(player_.m_PlayNextFile());
 
     EXPECT_EQ(player_.m_uiCurPlayIndex, 1U);
-    EXPECT_THAT(media_calls(), ElementsAreArray(video_lines("/opt/data/demo_movie/b.mp4")));
-    EXPECT_THAT(fake_.logs(), LinesAre("D \"/opt/data/demo_movie/b.mp4\"", "D \"0 0\"",
-                                       "I \"/opt/data/demo_movie/b.mp4 \"", "I \"\"",
-                                       "I \"player_set_looping false finish\""));
+    EXPECT_EQ(fake_.lines(),
+              join({{"D \"/opt/data/demo_movie/b.mp4\"", "D \"0 0\""},
+                    ::video_lines("/opt/data/demo_movie/b.mp4", "", PLAYER_STATE_IDLE, false)}));
 }
 
 TEST_F(PlaySequenceTest, NextAfterTheLastEntryIsTheFirst)
