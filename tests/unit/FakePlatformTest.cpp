@@ -15,6 +15,7 @@
 #include "lines.h"
 #include "media_player.h"
 #include "platform.h"
+#include "player/util/OstrelDemoUtil.h"
 #include "still_picture.h"
 #include "system_facts.h"
 #include "usb_storage.h"
@@ -31,6 +32,20 @@ class FakePlatformTest : public testing::Test {
 
     fake::Platform &fake_;
 };
+
+// ---- Transcript ----
+
+TEST_F(FakePlatformTest, WhatIsOnlyAskedIsLeftOutOfWhatWasDone)
+{
+    COstrelDemoUtil::IsSupportRotator();
+    COstrelDemoUtil::SetBlockEPOP(true);
+
+    const Lines asked = {"display_rotator_get_status()", "E \"TV does not support rotation\""};
+    const Lines done = {"I \"Block E-POP = 1 \"", "app_context_manager_set_epop_block()"};
+    EXPECT_EQ(fake_.lines(), done);
+    EXPECT_THAT(fake_.all(), ElementsAre(asked[0], asked[1], done[0], done[1]));
+    EXPECT_THAT(fake_.of({"display_rotator"}), ElementsAre(asked[0]));
+}
 
 // ---- Misuse ----
 
