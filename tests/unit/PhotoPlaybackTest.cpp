@@ -228,6 +228,18 @@ TEST_F(PhotoPlaybackTest, DestroyingReleasesTimerPictureAndDisplay)
     EXPECT_TRUE(player_.m_bSlideShowStarted) << "the flag is left as it is";
 }
 
+TEST_F(PhotoPlaybackTest, WhatCannotBeDestroyedIsForgotten)
+{
+    make_picture();
+    fake_.fail("pictrel_destroy");
+    fake_.fail("pictrel_destroy_display");
+
+    player_.m_DestroyPhoto();
+
+    EXPECT_EQ(player_.m_pPicture, nullptr);
+    EXPECT_EQ(player_.m_pPictureDisplay, 0);
+}
+
 TEST_F(PhotoPlaybackTest, DestroyingLeavesTheEndTimer)
 {
     fake_.rotator.supported = true;
@@ -321,6 +333,18 @@ TEST_F(PhotoPlaybackTest, StoppingDeletesTheTimerAndMayBeRepeated)
                                         "I \"slideshow not started\""));
     EXPECT_FALSE(player_.m_bSlideShowStarted);
     EXPECT_EQ(player_.m_pSlideShowTimer, nullptr);
+}
+
+// So it is between the decoding of a photo and the start of its own time.
+TEST_F(PhotoPlaybackTest, ATimerOfAShowThatIsNotStartedRunsOn)
+{
+    player_.StartSlideShow();
+    player_.m_bSlideShowStarted = false;
+
+    player_.StopSlideShow();
+
+    EXPECT_NE(player_.m_pSlideShowTimer, nullptr);
+    EXPECT_THAT(fake_.loop.timers(), ElementsAre(5.0));
 }
 
 TEST_F(PhotoPlaybackTest, StoppingLeavesTheEndTimer)
