@@ -10,6 +10,25 @@ using testing::Values;
 
 namespace {
 
+// What is put into a new window, wherever it comes from.
+Lines window_furnishing_lines()
+{
+    return {"evas_object_rectangle_add(canvas#1)",
+            "evas_object_size_hint_weight_set(rectangle#1, 1, 1)",
+            "evas_object_color_set(rectangle#1, 0, 0, 0, 0)",
+            "evas_object_render_op_set(rectangle#1, COPY)",
+            "evas_object_show(rectangle#1)",
+            "elm_win_resize_object_add(window#1, rectangle#1)"};
+}
+
+// How a new window is set up.
+Lines window_setting_lines()
+{
+    return {"elm_win_title_set(window#1, \"ostrel-demo-player-tv\")",
+            "elm_policy_set(QUIT, LAST_WINDOW_CLOSED)", "elm_win_autodel_set(window#1, true)",
+            "elm_win_aux_hint_add(window#1, \"wm.screencontroller.exception\", \"3\")"};
+}
+
 class MainWindowTest : public PlayerTest {
   protected:
     void activate()

@@ -42,7 +42,12 @@ class RotationTimerTest : public PlayerTest {
 
     static Lines toast_lines(const std::string &toast, const std::string &text)
     {
-        return join({{"elm_velt_popup_add(window#1)"}, toast_showing_lines(toast, text)});
+        return {"elm_velt_popup_add(window#1)",
+                "elm_velt_popup_style_set(" + toast + ", 4)",
+                "elm_popup_orient_set(" + toast + ", CENTER)",
+                "elm_velt_popup_toast_text_set(" + toast + ", \"" + text + "\")",
+                "elm_popup_timeout_set(" + toast + ", 3)",
+                "evas_object_show(" + toast + ")"};
     }
 };
 

@@ -80,25 +80,6 @@ inline Lines photo_lines(const std::string &path, int n, bool display_ready, boo
     return lines;
 }
 
-/** What is put into a new window, wherever it comes from. */
-inline Lines window_furnishing_lines()
-{
-    return {"evas_object_rectangle_add(canvas#1)",
-            "evas_object_size_hint_weight_set(rectangle#1, 1, 1)",
-            "evas_object_color_set(rectangle#1, 0, 0, 0, 0)",
-            "evas_object_render_op_set(rectangle#1, COPY)",
-            "evas_object_show(rectangle#1)",
-            "elm_win_resize_object_add(window#1, rectangle#1)"};
-}
-
-/** How a new window is set up. */
-inline Lines window_setting_lines()
-{
-    return {"elm_win_title_set(window#1, \"ostrel-demo-player-tv\")",
-            "elm_policy_set(QUIT, LAST_WINDOW_CLOSED)", "elm_win_autodel_set(window#1, true)",
-            "elm_win_aux_hint_add(window#1, \"wm.screencontroller.exception\", \"3\")"};
-}
-
 /** Building the rows of the options. @param names number and name of each entry that has a row */
 inline Lines item_list_lines(const std::vector<std::string> &names)
 {
@@ -106,15 +87,6 @@ inline Lines item_list_lines(const std::vector<std::string> &names)
     for (const std::string &name : names)
         lines += "I \"" + name + "\"";
     return lines;
-}
-
-/** Showing a toast that was just made. */
-inline Lines toast_showing_lines(const std::string &toast, const std::string &text)
-{
-    return {"elm_velt_popup_style_set(" + toast + ", 4)",
-            "elm_popup_orient_set(" + toast + ", CENTER)",
-            "elm_velt_popup_toast_text_set(" + toast + ", \"" + text + "\")",
-            "elm_popup_timeout_set(" + toast + ", 3)", "evas_object_show(" + toast + ")"};
 }
 
 /** Short translations of what is told about the timed rotation. */
