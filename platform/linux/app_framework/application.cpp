@@ -144,8 +144,7 @@ void Application::stop_services()
     window_.reset();
     keys_.reset();
     instance_.reset();
-    for (Ecore_Event_Handler *handler : std::exchange(signal_handlers_, {}))
-        ecore_event_handler_del(handler);
+    signal_handlers_.clear();
 }
 
 void Application::follow_signals()
@@ -163,8 +162,10 @@ void Application::follow_signals()
         static_cast<Application *>(data)->signalled();
         return ECORE_CALLBACK_PASS_ON;
     };
-    signal_handlers_ = {ecore_event_handler_prepend(ECORE_EVENT_SIGNAL_EXIT, exit_asked, this),
-                        ecore_event_handler_prepend(ECORE_EVENT_SIGNAL_HUP, hung_up, this)};
+    signal_handlers_.emplace_back(
+        ecore_event_handler_prepend(ECORE_EVENT_SIGNAL_EXIT, exit_asked, this));
+    signal_handlers_.emplace_back(
+        ecore_event_handler_prepend(ECORE_EVENT_SIGNAL_HUP, hung_up, this));
 }
 
 void Application::signalled()

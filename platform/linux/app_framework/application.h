@@ -12,6 +12,7 @@
 #include <Ecore.h>
 
 #include "app_framework.h"
+#include "base/toolkit_handles.h"
 #include "launch/launch_request.h"
 
 /** A launch request as the application gets a pointer to it. */
@@ -80,7 +81,7 @@ class Application {
     bool paused_ = false;
 
     std::vector<std::unique_ptr<app_event_handler_s>> event_handlers_;
-    std::vector<Ecore_Event_Handler *> signal_handlers_;
+    std::vector<EventHandlerPtr> signal_handlers_;
     std::unique_ptr<SingleInstance> instance_;
     std::unique_ptr<SessionWatch> session_;
     std::unique_ptr<KeyTranslator> keys_;

@@ -23,14 +23,13 @@ SessionWatch::SessionWatch(std::function<void(bool)> on_change)
         return;
     manager_ = BusProxy(connection_.get(), LOGIND, LOGIND_PATH, LOGIND_MANAGER);
     if (manager_)
-        pending_ = eldbus_proxy_call(manager_.get(), "GetSessionByPID", on_session, this, -1, "u",
-                                     static_cast<unsigned int>(getpid()));
+        pending_.reset(eldbus_proxy_call(manager_.get(), "GetSessionByPID", on_session, this, -1,
+                                         "u", static_cast<unsigned int>(getpid())));
 }
 
 SessionWatch::~SessionWatch()
 {
-    if (pending_)
-        eldbus_pending_cancel(pending_);
+    pending_.reset();
     if (session_) {
         eldbus_proxy_event_callback_del(session_.get(), ELDBUS_PROXY_EVENT_PROPERTY_CHANGED,
                                         on_property, this);
@@ -42,7 +41,7 @@ SessionWatch::~SessionWatch()
 void SessionWatch::on_session(void *data, const Eldbus_Message *reply, Eldbus_Pending * /*pending*/)
 {
     auto *self = static_cast<SessionWatch *>(data);
-    self->pending_ = nullptr;
+    static_cast<void>(self->pending_.release()); // it goes by itself
     const char *path = nullptr;
     if (!eldbus_message_error_get(reply, nullptr, nullptr) &&
         eldbus_message_arguments_get(reply, "o", &path))

@@ -34,7 +34,7 @@ class SessionWatch {
     BusConnectionPtr connection_;
     BusProxy manager_;
     BusProxy session_;
-    Eldbus_Pending *pending_ = nullptr;
+    PendingCallPtr pending_;
     Eina_Bool active_ = EINA_TRUE;
 };
 

@@ -37,12 +37,6 @@ SingleInstance::SingleInstance(std::function<bool(Extras)> on_launch)
         nullptr);
 }
 
-SingleInstance::~SingleInstance()
-{
-    if (interface_)
-        eldbus_service_interface_unregister(interface_);
-}
-
 SingleInstance::Outcome SingleInstance::claim(const Extras &extras)
 {
     if (!connection_ || !publish()) {
@@ -80,10 +74,11 @@ bool SingleInstance::publish()
     };
     static const Eldbus_Service_Interface_Desc description = {
         BUS_APPLICATION_INTERFACE, methods, nullptr, nullptr, nullptr, nullptr};
-    interface_ = eldbus_service_interface_register(connection_.get(), BUS_OBJECT, &description);
+    interface_.reset(
+        eldbus_service_interface_register(connection_.get(), BUS_OBJECT, &description));
     if (!interface_)
         return false;
-    eldbus_service_object_data_set(interface_, INSTANCE_KEY, this);
+    eldbus_service_object_data_set(interface_.get(), INSTANCE_KEY, this);
     return true;
 }
 

@@ -26,7 +26,6 @@ class SingleInstance {
      *                  end and takes its place.
      */
     explicit SingleInstance(std::function<bool(Extras)> on_launch);
-    ~SingleInstance();
     SingleInstance(const SingleInstance &) = delete;
     SingleInstance &operator=(const SingleInstance &) = delete;
 
@@ -48,7 +47,7 @@ class SingleInstance {
 
     std::function<bool(Extras)> on_launch_;
     BusConnectionPtr connection_;
-    Eldbus_Service_Interface *interface_ = nullptr;
+    ServiceInterfacePtr interface_;
 };
 
 } // namespace platform

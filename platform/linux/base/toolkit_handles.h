@@ -25,6 +25,7 @@ using JobPtr = std::unique_ptr<Ecore_Job, HandleEnd<ecore_job_del>>;
 using IdlerPtr = std::unique_ptr<Ecore_Idler, HandleEnd<ecore_idler_del>>;
 using EventHandlerPtr = std::unique_ptr<Ecore_Event_Handler, HandleEnd<ecore_event_handler_del>>;
 using FdHandlerPtr = std::unique_ptr<Ecore_Fd_Handler, HandleEnd<ecore_main_fd_handler_del>>;
+using IteratorPtr = std::unique_ptr<Eina_Iterator, HandleEnd<eina_iterator_free>>;
 using CanvasPtr = std::unique_ptr<Ecore_Evas, HandleEnd<ecore_evas_free>>;
 using ObjectPtr = std::unique_ptr<Evas_Object, HandleEnd<evas_object_del>>;
 

@@ -3,8 +3,9 @@
 #include <cstdlib>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 #include <utility>
+
+#include "base/descriptor.h"
 
 namespace platform {
 
@@ -40,13 +41,9 @@ bool is_served(const std::string &path)
     if (path.size() >= sizeof address.sun_path)
         return true; // The bus library shall say what it makes of that.
     path.copy(address.sun_path, path.size());
-    const int client = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (client < 0)
-        return false;
-    const bool served =
-        ::connect(client, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0;
-    close(client);
-    return served;
+    const Descriptor client(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    return client && ::connect(client.number(), reinterpret_cast<const sockaddr *>(&address),
+                               sizeof address) == 0;
 }
 
 /**

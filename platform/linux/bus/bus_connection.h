@@ -11,6 +11,8 @@
 
 #include <Eldbus.h>
 
+#include "base/toolkit_handles.h"
+
 namespace platform {
 
 struct BusConnectionDeleter {
@@ -30,17 +32,17 @@ BusConnectionPtr connect_session_bus();
 /** The machine's bus; null as above. */
 BusConnectionPtr connect_system_bus();
 
-struct BusMessageDeleter {
-    void operator()(Eldbus_Message *message) const { eldbus_message_unref(message); }
-};
+using BusMessagePtr = std::unique_ptr<Eldbus_Message, HandleEnd<eldbus_message_unref>>;
+using SignalHandlerPtr =
+    std::unique_ptr<Eldbus_Signal_Handler, HandleEnd<eldbus_signal_handler_del>>;
+using ServiceInterfacePtr =
+    std::unique_ptr<Eldbus_Service_Interface, HandleEnd<eldbus_service_interface_unregister>>;
 
-using BusMessagePtr = std::unique_ptr<Eldbus_Message, BusMessageDeleter>;
-
-struct SignalHandlerDeleter {
-    void operator()(Eldbus_Signal_Handler *handler) const { eldbus_signal_handler_del(handler); }
-};
-
-using SignalHandlerPtr = std::unique_ptr<Eldbus_Signal_Handler, SignalHandlerDeleter>;
+/**
+ * A call that waits for its answer. Its end makes the callback one last time, with an error. A call
+ * is gone after its callback, which lets go of the owner with release().
+ */
+using PendingCallPtr = std::unique_ptr<Eldbus_Pending, HandleEnd<eldbus_pending_cancel>>;
 
 /** An object of another process and one interface of it; releases both together. */
 class BusProxy {

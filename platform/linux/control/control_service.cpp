@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/ascii_case.h"
+#include "bus/bus_connection.h"
 #include "bus/bus_names.h"
 #include "control/status_answers.h"
 #include "control/status_report.h"
@@ -31,7 +32,7 @@ constexpr char REFUSED[] = "org.tizen.OstrelDemoPlayerTv.Error.Refused";
 
 /** The service while it is on the bus. */
 struct Service {
-    Eldbus_Service_Interface *interface = nullptr;
+    ServiceInterfacePtr interface;
     ControlledApplication application;
     std::shared_ptr<StatusAnswers> status;
 };
@@ -260,23 +261,21 @@ const Eldbus_Service_Interface_Desc DESCRIPTION = {
 bool control_start(Eldbus_Connection *connection, ControlledApplication application,
                    StorageReader read)
 {
-    if (connection == nullptr || service().interface != nullptr)
+    if (connection == nullptr || service().interface)
         return false;
-    Eldbus_Service_Interface *interface =
-        eldbus_service_interface_register(connection, BUS_OBJECT, &DESCRIPTION);
-    if (interface == nullptr) {
+    ServiceInterfacePtr interface(
+        eldbus_service_interface_register(connection, BUS_OBJECT, &DESCRIPTION));
+    if (!interface) {
         PLATFORM_LOGW("control", "the control interface could not be put on the session bus");
         return false;
     }
     auto status = StatusAnswers::create(std::move(read), application.first_launch);
-    service() = {interface, std::move(application), std::move(status)};
+    service() = {std::move(interface), std::move(application), std::move(status)};
     return true;
 }
 
 void control_stop()
 {
-    if (service().interface != nullptr)
-        eldbus_service_interface_unregister(service().interface);
     service() = {};
 }
 

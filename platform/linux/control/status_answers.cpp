@@ -35,16 +35,11 @@ StatusAnswers::StatusAnswers(StorageReader read, std::function<timespec()> list_
 {
 }
 
-StatusAnswers::~StatusAnswers()
-{
-    for (const Waiting &waiting : waiting_)
-        ecore_timer_del(waiting.deadline);
-}
-
 void StatusAnswers::ask(Answer answer)
 {
-    waiting_.push_back({this, ++asked_, collect_status(), std::move(answer)});
-    waiting_.back().deadline = ecore_timer_add(LONGEST_READING_S, on_deadline, &waiting_.back());
+    waiting_.push_back({this, ++asked_, collect_status(), std::move(answer), nullptr});
+    waiting_.back().deadline.reset(
+        ecore_timer_add(LONGEST_READING_S, on_deadline, &waiting_.back()));
     read_next();
 }
 
@@ -89,7 +84,7 @@ Eina_Bool StatusAnswers::on_deadline(void *data)
     if (!self->late_)
         PLATFORM_LOGW("control", "the storage does not answer; the status goes without it");
     self->late_ = true;
-    waiting->deadline = nullptr;
+    static_cast<void>(waiting->deadline.release()); // it goes by itself
     self->give(waiting->number, {});
     return ECORE_CALLBACK_CANCEL;
 }
@@ -102,8 +97,7 @@ void StatusAnswers::give(unsigned int number, StorageFacts facts)
                      [number](const Waiting &waiting) { return waiting.number == number; });
     if (found == waiting_.end())
         return;
-    if (found->deadline)
-        ecore_timer_del(found->deadline);
+    found->deadline.reset();
     found->status.list = std::move(facts.list);
     found->status.usb = std::move(facts.usb);
     found->answer(found->status);

@@ -11,6 +11,7 @@
 
 #include <Ecore.h>
 
+#include "base/toolkit_handles.h"
 #include "base/worker_thread.h"
 #include "control/status_report.h"
 #include "control/storage_facts.h"
@@ -29,7 +30,7 @@ class StatusAnswers {
                                                  std::function<timespec()> list_made);
 
     /** Whoever has no answer yet gets none. */
-    ~StatusAnswers();
+    ~StatusAnswers() = default;
     StatusAnswers(const StatusAnswers &) = delete;
     StatusAnswers &operator=(const StatusAnswers &) = delete;
 
@@ -42,7 +43,7 @@ class StatusAnswers {
         unsigned int number;
         Status status;
         Answer answer;
-        Ecore_Timer *deadline = nullptr;
+        TimerPtr deadline;
     };
     struct Delivery;
 

@@ -42,28 +42,21 @@ LogindPower::LogindPower(std::function<void(PowerEvent)> on_event)
     take_delay_lock();
 }
 
-LogindPower::~LogindPower()
-{
-    if (pending_lock_)
-        eldbus_pending_cancel(pending_lock_);
-    release_delay_lock();
-}
-
 void LogindPower::take_delay_lock()
 {
     if (lock_ || pending_lock_)
         return;
-    pending_lock_ = eldbus_proxy_call(
+    pending_lock_.reset(eldbus_proxy_call(
         manager_.get(), "Inhibit",
         [](void *data, const Eldbus_Message *reply, Eldbus_Pending *) {
             auto *self = static_cast<LogindPower *>(data);
-            self->pending_lock_ = nullptr;
+            static_cast<void>(self->pending_lock_.release()); // it goes by itself
             int lock = -1;
             if (!eldbus_message_error_get(reply, nullptr, nullptr) &&
                 eldbus_message_arguments_get(reply, "h", &lock))
                 self->lock_ = Descriptor(lock);
         },
-        this, -1, "ssss", "shutdown:sleep", "Demo player", "The demo is being ended", "delay");
+        this, -1, "ssss", "shutdown:sleep", "Demo player", "The demo is being ended", "delay"));
 }
 
 void LogindPower::release_delay_lock()

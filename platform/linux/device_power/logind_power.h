@@ -21,7 +21,6 @@ namespace platform {
 class LogindPower {
   public:
     explicit LogindPower(std::function<void(PowerEvent)> on_event);
-    ~LogindPower();
     LogindPower(const LogindPower &) = delete;
     LogindPower &operator=(const LogindPower &) = delete;
 
@@ -36,9 +35,9 @@ class LogindPower {
     BusProxy manager_;
     SignalHandlerPtr shutdown_;
     SignalHandlerPtr sleep_;
-    Eldbus_Pending *pending_lock_ = nullptr;
-    TimerPtr release_timer_;
     Descriptor lock_;
+    TimerPtr release_timer_;
+    PendingCallPtr pending_lock_;
 };
 
 } // namespace platform

@@ -177,20 +177,18 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
 // the main loop has come back to itself.
 void Player::schedule_release(const std::shared_ptr<Playback> &playback)
 {
-    cancel_release();
+    release_job_.reset();
     auto *release = new Release{weak_from_this(), playback};
     if (eina_main_loop_is())
-        release_job_ = ecore_job_add(release_now, release);
+        release_job_.reset(ecore_job_add(release_now, release));
     else
         ecore_main_loop_thread_safe_call_async(release_now, release);
 }
 
-void Player::cancel_release()
+void Player::ReleaseJobEnd::operator()(Ecore_Job *job) const
 {
-    // A job is the main loop's own; one that cannot be deleted from here finds its file gone.
-    if (release_job_ && eina_main_loop_is())
-        delete static_cast<Release *>(ecore_job_del(release_job_));
-    release_job_ = nullptr;
+    if (eina_main_loop_is())
+        delete static_cast<Release *>(ecore_job_del(job));
 }
 
 void Player::release_now(void *data)
@@ -202,7 +200,7 @@ void Player::release_now(void *data)
     if (const std::shared_ptr<Player> player = release->player.lock()) {
         const std::lock_guard<std::mutex> lock(player->mutex_);
         if (player->current_ == playback)
-            player->release_job_ = nullptr;
+            static_cast<void>(player->release_job_.release()); // it goes by itself
     }
     playback->release_results();
 }
@@ -212,7 +210,7 @@ void Player::unprepare()
     std::shared_ptr<Playback> former;
     {
         std::unique_lock<std::mutex> lock(mutex_);
-        cancel_release();
+        release_job_.reset();
         former = std::exchange(current_, nullptr);
         state_ = PLAYER_STATE_IDLE;
         uri_.clear();
@@ -394,7 +392,7 @@ void Player::keep_as_predecessor(const Playback &former)
 // A file that has failed is let go of at once, so that its call can be answered by another try.
 void Player::let_go_of_failed()
 {
-    cancel_release();
+    release_job_.reset();
     state_ = PLAYER_STATE_IDLE;
     rate_ = 1.0;
     keep_as_predecessor(*current_);

@@ -88,8 +88,11 @@ class Player : public std::enable_shared_from_this<Player> {
         std::weak_ptr<Player> player;
         std::weak_ptr<Playback> playback;
     };
+    /** Of a job, which is the main loop's own: one that ends elsewhere finds its file gone. */
+    struct ReleaseJobEnd {
+        void operator()(Ecore_Job *job) const;
+    };
     void schedule_release(const std::shared_ptr<Playback> &playback);
-    void cancel_release();
     static void release_now(void *data);
     void let_go_of_failed();
     void keep_as_predecessor(const Playback &former);
@@ -111,7 +114,7 @@ class Player : public std::enable_shared_from_this<Player> {
     std::shared_ptr<Playback> current_;
     std::shared_future<void> previous_;
     std::shared_future<void> before_previous_;
-    Ecore_Job *release_job_ = nullptr;
+    std::unique_ptr<Ecore_Job, ReleaseJobEnd> release_job_;
 
     Callback<player_prepared_cb> prepared_;
     Callback<player_completed_cb> completed_;

@@ -28,20 +28,21 @@ std::unique_ptr<ShmBuffer> ShmBuffer::create(int width, int height)
         no_memory("size");
         return nullptr;
     }
-    const int file = memfd_create("video-plane", MFD_CLOEXEC);
-    if (file < 0) {
+    Descriptor file(memfd_create("video-plane", MFD_CLOEXEC));
+    if (!file) {
         no_memory("memfd_create");
         return nullptr;
     }
-    std::unique_ptr<ShmBuffer> buffer(new ShmBuffer(file, width, height));
-    if (ftruncate(file, bytes) < 0) {
+    std::unique_ptr<ShmBuffer> buffer(new ShmBuffer(std::move(file), width, height));
+    const int number = buffer->file_.number();
+    if (ftruncate(number, bytes) < 0) {
         no_memory("ftruncate");
         return nullptr;
     }
     // Populated at once, so that the streaming thread does not fault in thousands of pages while
     // it converts its first frames.
     void *memory =
-        mmap(nullptr, buffer->size(), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, file, 0);
+        mmap(nullptr, buffer->size(), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE, number, 0);
     if (memory == MAP_FAILED) {
         no_memory("mmap");
         return nullptr;
@@ -53,9 +54,8 @@ std::unique_ptr<ShmBuffer> ShmBuffer::create(int width, int height)
 bool ShmBuffer::share(wl_shm *shm)
 {
     const WaylandPtr<wl_shm_pool> pool(
-        wl_shm_create_pool(shm, file_, static_cast<int32_t>(size())));
-    close(file_);
-    file_ = -1;
+        wl_shm_create_pool(shm, file_.number(), static_cast<int32_t>(size())));
+    file_ = Descriptor();
     if (pool)
         handle.reset(wl_shm_pool_create_buffer(pool.get(), 0, width_, height_, stride(),
                                                WL_SHM_FORMAT_XRGB8888));
@@ -66,8 +66,6 @@ ShmBuffer::~ShmBuffer()
 {
     if (pixels_)
         munmap(pixels_, size());
-    if (file_ >= 0)
-        close(file_);
 }
 
 } // namespace platform

@@ -5,7 +5,9 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 
+#include "base/descriptor.h"
 #include "video_plane/video_plane.h"
 #include "video_plane/wayland_handles.h"
 
@@ -37,9 +39,12 @@ class ShmBuffer final : public PlaneBuffer {
     PlaneBufferPtr held;          ///< itself, while the compositor may still read it
 
   private:
-    ShmBuffer(int file, int width, int height) : file_(file), width_(width), height_(height) {}
+    ShmBuffer(Descriptor file, int width, int height)
+        : file_(std::move(file)), width_(width), height_(height)
+    {
+    }
 
-    int file_; // open until share()
+    Descriptor file_; // open until share()
     uint8_t *pixels_ = nullptr;
     const int width_;
     const int height_;

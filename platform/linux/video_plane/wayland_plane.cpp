@@ -10,7 +10,6 @@
 #include <poll.h>
 #include <pthread.h>
 #include <sys/eventfd.h>
-#include <unistd.h>
 
 #include "efl_on_tv.h"
 #include "log/platform_log.h"
@@ -51,23 +50,17 @@ WaylandPtr<Object> bind(wl_registry *registry, const wl_interface &interface, ui
 
 } // namespace
 
-WaylandPlane::Waker::Waker() : fd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-
-WaylandPlane::Waker::~Waker()
-{
-    if (fd_ >= 0)
-        ::close(fd_);
-}
+WaylandPlane::Waker::Waker() : event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
 void WaylandPlane::Waker::wake() const
 {
-    eventfd_write(fd_, 1);
+    eventfd_write(event_.number(), 1);
 }
 
 void WaylandPlane::Waker::drain() const
 {
     eventfd_t count = 0;
-    eventfd_read(fd_, &count);
+    eventfd_read(event_.number(), &count);
 }
 
 WaylandPlane::WaylandPlane(wl_display *display) : display_(display)

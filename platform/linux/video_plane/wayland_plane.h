@@ -16,6 +16,7 @@
 
 #include <Evas.h>
 
+#include "base/descriptor.h"
 #include "efl_on_tv.h"
 #include "video_plane/shm_buffer.h"
 #include "video_plane/video_plane.h"
@@ -67,13 +68,12 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     class Waker {
       public:
         Waker();
-        ~Waker();
-        int descriptor() const { return fd_; }
+        int descriptor() const { return event_.number(); }
         void wake() const;
         void drain() const;
 
       private:
-        int fd_;
+        const Descriptor event_;
     };
 
     explicit WaylandPlane(wl_display *display);

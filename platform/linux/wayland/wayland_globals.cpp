@@ -5,6 +5,7 @@
 
 #include <wayland-client.h>
 
+#include "base/toolkit_handles.h"
 #include "efl_on_tv.h"
 
 namespace platform {
@@ -15,15 +16,14 @@ void *bind_wayland_global(wl_registry *registry, const wl_interface &interface, 
     if (!registry || !display)
         return nullptr;
     void *bound = nullptr;
-    Eina_Iterator *globals = ecore_wl2_display_globals_get(display);
+    const IteratorPtr globals(ecore_wl2_display_globals_get(display));
     void *data = nullptr;
-    while (!bound && eina_iterator_next(globals, &data)) {
+    while (!bound && eina_iterator_next(globals.get(), &data)) {
         const auto *global = static_cast<const Ecore_Wl2_Global *>(data);
         if (std::strcmp(global->interface, interface.name) == 0)
             bound = wl_registry_bind(registry, global->id, &interface,
                                      std::min<uint32_t>(global->version, version));
     }
-    eina_iterator_free(globals);
     return bound;
 }
 

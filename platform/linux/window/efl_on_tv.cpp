@@ -6,6 +6,7 @@
 
 #include <Ecore.h>
 
+#include "base/toolkit_handles.h"
 #include "window/ecore_wl2_more.h"
 #include "window/tv_window.h"
 
@@ -33,10 +34,10 @@ Ecore_Wl2_Input *__wrap_ecore_wl2_input_default_input_get(const Ecore_Wl2_Displa
 {
     if (!display)
         return nullptr;
-    Eina_Iterator *inputs = ecore_wl2_display_inputs_get(const_cast<Ecore_Wl2_Display *>(display));
+    const platform::IteratorPtr inputs(
+        ecore_wl2_display_inputs_get(const_cast<Ecore_Wl2_Display *>(display)));
     void *first = nullptr;
-    const bool any = inputs && eina_iterator_next(inputs, &first);
-    eina_iterator_free(inputs);
+    const bool any = inputs && eina_iterator_next(inputs.get(), &first);
     return any ? __real_ecore_wl2_input_default_input_get(display) : nullptr;
 }
 

@@ -24,30 +24,21 @@ Evas_Object *transparent_rectangle(Evas *canvas)
 } // namespace
 
 InputFeed::InputFeed(Evas *from, Evas_Object *window)
-    : to_(evas_object_evas_get(window)), catcher_(transparent_rectangle(from)),
-      observer_(transparent_rectangle(to_)),
-      key_down_(ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key_down, this)),
-      key_up_(ecore_event_handler_add(ECORE_EVENT_KEY_UP, on_key_up, this)),
+    : to_(evas_object_evas_get(window)), observer_(transparent_rectangle(to_)),
+      catcher_(transparent_rectangle(from)),
       // Before the toolkit moves the canvas's pointer to where it has entered.
-      enter_(ecore_event_handler_prepend(ECORE_EVENT_MOUSE_IN, on_enter, this))
+      enter_(ecore_event_handler_prepend(ECORE_EVENT_MOUSE_IN, on_enter, this)),
+      key_up_(ecore_event_handler_add(ECORE_EVENT_KEY_UP, on_key_up, this)),
+      key_down_(ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key_down, this))
 {
-    evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_MOVE, on_move, this);
-    evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_DOWN, on_down, this);
-    evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_UP, on_up, this);
-    evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_OUT, on_out, this);
-    evas_object_event_callback_add(catcher_, EVAS_CALLBACK_MOUSE_WHEEL, on_wheel, this);
-    evas_object_repeat_events_set(observer_, EINA_TRUE);
+    evas_object_event_callback_add(catcher_.get(), EVAS_CALLBACK_MOUSE_MOVE, on_move, this);
+    evas_object_event_callback_add(catcher_.get(), EVAS_CALLBACK_MOUSE_DOWN, on_down, this);
+    evas_object_event_callback_add(catcher_.get(), EVAS_CALLBACK_MOUSE_UP, on_up, this);
+    evas_object_event_callback_add(catcher_.get(), EVAS_CALLBACK_MOUSE_OUT, on_out, this);
+    evas_object_event_callback_add(catcher_.get(), EVAS_CALLBACK_MOUSE_WHEEL, on_wheel, this);
+    evas_object_repeat_events_set(observer_.get(), EINA_TRUE);
     for (const Efl_Event_Description *event : EVENTS_OF_THE_POINTER)
-        efl_event_callback_forwarder_add(observer_, event, window);
-}
-
-InputFeed::~InputFeed()
-{
-    ecore_event_handler_del(key_down_);
-    ecore_event_handler_del(key_up_);
-    ecore_event_handler_del(enter_);
-    evas_object_del(catcher_);
-    evas_object_del(observer_);
+        efl_event_callback_forwarder_add(observer_.get(), event, window);
 }
 
 void InputFeed::turn(Size panel, int degrees)
@@ -55,8 +46,8 @@ void InputFeed::turn(Size panel, int degrees)
     panel_ = panel;
     degrees_ = degrees;
     const Size content = turned_size(panel, degrees);
-    evas_object_geometry_set(catcher_, 0, 0, panel.width, panel.height);
-    evas_object_geometry_set(observer_, 0, 0, content.width, content.height);
+    evas_object_geometry_set(catcher_.get(), 0, 0, panel.width, panel.height);
+    evas_object_geometry_set(observer_.get(), 0, 0, content.width, content.height);
 }
 
 void InputFeed::leave()

@@ -6,6 +6,7 @@
 #include <Ecore.h>
 #include <Evas.h>
 
+#include "base/toolkit_handles.h"
 #include "window/turned_geometry.h"
 
 namespace platform {
@@ -25,7 +26,6 @@ class InputFeed {
      * @param window the window of the content, which must outlive the feed
      */
     InputFeed(Evas *from, Evas_Object *window);
-    ~InputFeed();
     InputFeed(const InputFeed &) = delete;
     InputFeed &operator=(const InputFeed &) = delete;
 
@@ -51,16 +51,17 @@ class InputFeed {
     void move_to(int x, int y, unsigned int timestamp);
     void come_back(unsigned int timestamp);
 
-    Evas *to_;
-    Evas_Object *catcher_;
-    Evas_Object *observer_;
-    Ecore_Event_Handler *key_down_;
-    Ecore_Event_Handler *key_up_;
-    Ecore_Event_Handler *enter_;
+    Evas *const to_;
     Size panel_;
     int degrees_ = 0;
     bool away_ = true;
     Point last_{-1, -1}; // of the pointer, on the panel
+    // Behind what their callbacks use, and the rectangles outlive the handlers.
+    const ObjectPtr observer_;
+    const ObjectPtr catcher_;
+    const EventHandlerPtr enter_;
+    const EventHandlerPtr key_up_;
+    const EventHandlerPtr key_down_;
 };
 
 } // namespace platform

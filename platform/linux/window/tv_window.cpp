@@ -57,7 +57,7 @@ std::unique_ptr<TvWindow> TvWindow::create(const std::string &name, Listener lis
         PLATFORM_LOGE(SERVICE, "the toolkit's Wayland part could not start");
         return nullptr;
     }
-    Ecore_Wl2_Display *display = ecore_wl2_display_connect(nullptr);
+    ConnectionPtr display(ecore_wl2_display_connect(nullptr));
     if (!display) {
         const char *asked = getenv("WAYLAND_DISPLAY");
         PLATFORM_LOGE(SERVICE, "no Wayland compositor answers (WAYLAND_DISPLAY is %s)",
@@ -65,16 +65,22 @@ std::unique_ptr<TvWindow> TvWindow::create(const std::string &name, Listener lis
         ecore_wl2_shutdown();
         return nullptr;
     }
-    std::unique_ptr<TvWindow> window(new TvWindow(display, name, std::move(listener)));
+    std::unique_ptr<TvWindow> window(new TvWindow(std::move(display), name, std::move(listener)));
     return window->inner_ ? std::move(window) : nullptr;
 }
 
-TvWindow::TvWindow(Ecore_Wl2_Display *display, const std::string &name, Listener listener)
-    : display_(display), listener_(std::move(listener))
+void TvWindow::ConnectionEnd::operator()(Ecore_Wl2_Display *display) const
+{
+    ecore_wl2_display_disconnect(display);
+    ecore_wl2_shutdown();
+}
+
+TvWindow::TvWindow(ConnectionPtr display, const std::string &name, Listener listener)
+    : display_(std::move(display)), listener_(std::move(listener))
 {
     current_window = this;
     // The toolkit knows the outputs' sizes and the seat once it has seen the answers to its binds.
-    wl_display *connection = ecore_wl2_display_get(display_);
+    wl_display *connection = ecore_wl2_display_get(display_.get());
     wayland_roundtrip(connection);
     wl_display_dispatch_pending(connection);
     connection_watch_ =
@@ -91,17 +97,10 @@ TvWindow::TvWindow(Ecore_Wl2_Display *display, const std::string &name, Listener
 
 TvWindow::~TvWindow()
 {
-    if (device_)
-        ecore_event_handler_del(device_);
-    if (visible_job_)
-        ecore_job_del(visible_job_);
     if (inner_)
         evas_object_del(inner_);
     delete_outer();
     current_window = nullptr;
-    connection_watch_.reset();
-    ecore_wl2_display_disconnect(display_);
-    ecore_wl2_shutdown();
 }
 
 Evas_Object *TvWindow::take()
@@ -114,28 +113,28 @@ Evas_Object *TvWindow::take()
 
 void TvWindow::make_outer(const std::string &name)
 {
-    outer_ = elm_win_add(nullptr, name.c_str(), ELM_WIN_BASIC);
+    outer_.reset(elm_win_add(nullptr, name.c_str(), ELM_WIN_BASIC));
     if (!outer_) {
         PLATFORM_LOGE(SERVICE, "the window could not be made");
         return;
     }
-    outer_canvas_ = canvas_of(outer_);
-    elm_win_title_set(outer_, name.c_str());
-    elm_win_alpha_set(outer_, EINA_TRUE);
-    elm_win_borderless_set(outer_, EINA_TRUE);
-    elm_win_fullscreen_set(outer_, EINA_TRUE);
+    outer_canvas_ = canvas_of(outer_.get());
+    elm_win_title_set(outer_.get(), name.c_str());
+    elm_win_alpha_set(outer_.get(), EINA_TRUE);
+    elm_win_borderless_set(outer_.get(), EINA_TRUE);
+    elm_win_fullscreen_set(outer_.get(), EINA_TRUE);
 
     Size size;
-    ecore_wl2_display_screen_size_get(display_, &size.width, &size.height);
+    ecore_wl2_display_screen_size_get(display_.get(), &size.width, &size.height);
     if (size.width <= 0 || size.height <= 0)
         size = COMMON_PANEL;
-    evas_object_resize(outer_, size.width, size.height);
+    evas_object_resize(outer_.get(), size.width, size.height);
     PanelModel::get().set_size(size.width, size.height);
 }
 
 void TvWindow::make_inner(const std::string &name)
 {
-    inner_ = elm_win_add(outer_, name.c_str(), ELM_WIN_INLINED_IMAGE);
+    inner_ = elm_win_add(outer_.get(), name.c_str(), ELM_WIN_INLINED_IMAGE);
     if (!inner_) {
         PLATFORM_LOGE(SERVICE, "the window's content could not be made");
         return;
@@ -146,7 +145,7 @@ void TvWindow::make_inner(const std::string &name)
     // The image would take the pointer unturned; the input feed does it instead.
     evas_object_pass_events_set(image_, EINA_TRUE);
     evas_object_show(image_);
-    input_ = std::make_unique<InputFeed>(evas_object_evas_get(outer_), inner_);
+    input_ = std::make_unique<InputFeed>(evas_object_evas_get(outer_.get()), inner_);
     pointer_ = std::make_unique<PointerHider>([this] {
         if (input_)
             input_->leave();
@@ -170,39 +169,39 @@ void TvWindow::follow_events()
         },
         this);
     evas_object_event_callback_add(
-        outer_, EVAS_CALLBACK_RESIZE,
+        outer_.get(), EVAS_CALLBACK_RESIZE,
         [](void *data, Evas *, Evas_Object *, void *) { static_cast<TvWindow *>(data)->fit(); },
         this);
     evas_event_callback_add(
-        evas_object_evas_get(outer_), EVAS_CALLBACK_RENDER_FLUSH_POST,
+        evas_object_evas_get(outer_.get()), EVAS_CALLBACK_RENDER_FLUSH_POST,
         [](void *data, Evas *, void *) { static_cast<TvWindow *>(data)->frame_drawn(); }, this);
 
     evas_object_smart_callback_add(
-        outer_, "delete,request",
+        outer_.get(), "delete,request",
         [](void *data, Evas_Object *, void *) {
             static_cast<TvWindow *>(data)->listener_.closed();
         },
         this);
     evas_object_smart_callback_add(
-        outer_, "iconified",
+        outer_.get(), "iconified",
         [](void *data, Evas_Object *, void *) {
             static_cast<TvWindow *>(data)->listener_.seen(false);
         },
         this);
     evas_object_smart_callback_add(
-        outer_, "normal",
+        outer_.get(), "normal",
         [](void *data, Evas_Object *, void *) {
             static_cast<TvWindow *>(data)->listener_.seen(true);
         },
         this);
 
-    device_ = ecore_event_handler_add(
+    device_.reset(ecore_event_handler_add(
         ECORE_WL2_EVENT_DEVICE_ADDED,
         [](void *, int, void *) -> Eina_Bool {
             ecore_event_add(ECORE_EVENT_DEVICE_ADD, nullptr, nullptr, nullptr);
             return ECORE_CALLBACK_PASS_ON;
         },
-        nullptr);
+        nullptr));
 
     // The panel outlives every window, so its listener looks up the one that is there.
     static const bool following_the_panel = [] {
@@ -218,11 +217,11 @@ void TvWindow::follow_events()
 void TvWindow::fit()
 {
     Size size;
-    evas_object_geometry_get(outer_, nullptr, nullptr, &size.width, &size.height);
+    evas_object_geometry_get(outer_.get(), nullptr, nullptr, &size.width, &size.height);
     if (size.width <= 0 || size.height <= 0 || !inner_)
         return;
     Size output;
-    ecore_wl2_display_screen_size_get(display_, &output.width, &output.height);
+    ecore_wl2_display_screen_size_get(display_.get(), &output.width, &output.height);
     PanelModel::get().set_size(size.width, size.height, pixels_per_unit(output, size));
     place_content();
 }
@@ -281,14 +280,14 @@ void TvWindow::fit_frame(Size content)
 void TvWindow::shown()
 {
     awaiting_frame_ = true;
-    evas_object_show(outer_);
+    evas_object_show(outer_.get());
     // A window that is shown again has lost its picture, though nothing in it changed.
     const Size size = {PanelModel::get().width(), PanelModel::get().height()};
-    evas_damage_rectangle_add(evas_object_evas_get(outer_), 0, 0, size.width, size.height);
+    evas_damage_rectangle_add(evas_object_evas_get(outer_.get()), 0, 0, size.width, size.height);
     ecore_evas_focus_set(inner_canvas_, EINA_TRUE);
     Ecore_Wl2_Window *window = ecore_evas_wayland2_window_get(outer_canvas_);
     if (!idle_inhibitor_ && window)
-        idle_inhibitor_ = IdleInhibitor::create(ecore_wl2_display_registry_get(display_),
+        idle_inhibitor_ = IdleInhibitor::create(ecore_wl2_display_registry_get(display_.get()),
                                                 ecore_wl2_window_surface_get(window));
 }
 
@@ -296,7 +295,7 @@ void TvWindow::hidden()
 {
     awaiting_frame_ = false;
     idle_inhibitor_.reset();
-    evas_object_hide(outer_);
+    evas_object_hide(outer_.get());
     announce_visibility(false);
 }
 
@@ -312,21 +311,19 @@ void TvWindow::frame_drawn()
 // draw; and a window is hidden as part of its deletion, of which the application knows itself.
 void TvWindow::announce_visibility(bool visible)
 {
-    if (visible_job_)
-        ecore_job_del(visible_job_);
-    visible_job_ = nullptr;
+    visible_job_.reset();
     visible_ = visible;
     if (visible_ == announced_visible_)
         return;
-    visible_job_ = ecore_job_add(
+    visible_job_.reset(ecore_job_add(
         [](void *data) {
             auto *window = static_cast<TvWindow *>(data);
-            window->visible_job_ = nullptr;
+            static_cast<void>(window->visible_job_.release()); // it goes by itself
             window->announced_visible_ = window->visible_;
             evas_object_smart_callback_call(window->inner_, "visibility,changed",
                                             reinterpret_cast<void *>(intptr_t{window->visible_}));
         },
-        this);
+        this));
 }
 
 void TvWindow::inner_deleted()
@@ -334,42 +331,37 @@ void TvWindow::inner_deleted()
     inner_ = nullptr;
     inner_canvas_ = nullptr;
     awaiting_frame_ = false;
-    if (visible_job_)
-        ecore_job_del(visible_job_);
-    visible_job_ = nullptr;
+    visible_job_.reset();
     idle_inhibitor_.reset();
     pointer_.reset();
     input_.reset();
     if (!outer_)
         return;
     // The inner window is a child of the outer one and in the middle of its own deletion.
-    evas_object_hide(outer_);
-    delete_job_ = ecore_job_add(
+    evas_object_hide(outer_.get());
+    delete_job_.reset(ecore_job_add(
         [](void *data) {
             auto *window = static_cast<TvWindow *>(data);
-            window->delete_job_ = nullptr;
+            static_cast<void>(window->delete_job_.release()); // it goes by itself
             window->delete_outer();
         },
-        this);
+        this));
 }
 
 void TvWindow::delete_outer()
 {
-    if (delete_job_)
-        ecore_job_del(delete_job_);
-    delete_job_ = nullptr;
-    if (outer_)
-        evas_object_del(std::exchange(outer_, nullptr));
+    delete_job_.reset();
+    outer_.reset();
     outer_canvas_ = nullptr;
 }
 
 void TvWindow::sync()
 {
     if (connection_watch_->toolkit_reads()) {
-        ecore_wl2_display_flush(display_);
+        ecore_wl2_display_flush(display_.get());
         return;
     }
-    if (!wayland_roundtrip(ecore_wl2_display_get(display_)))
+    if (!wayland_roundtrip(ecore_wl2_display_get(display_.get())))
         PLATFORM_LOGW(SERVICE, "the compositor did not answer in time");
 }
 

@@ -18,6 +18,7 @@
 #include <Ecore.h>
 #include <Elementary.h>
 
+#include "base/toolkit_handles.h"
 #include "window/ecore_wl2_more.h"
 #include "window/idle_inhibitor.h"
 #include "window/input_feed.h"
@@ -52,14 +53,20 @@ class TvWindow {
     bool is(const Ecore_Evas *canvas) const { return canvas && canvas == inner_canvas_; }
 
     /** The real window. */
-    Evas_Object *outer() const { return outer_; }
+    Evas_Object *outer() const { return outer_.get(); }
     Ecore_Evas *outer_canvas() const { return outer_canvas_; }
 
     /** Waits for the compositor where that can be done without a deadlock. */
     void sync();
 
   private:
-    TvWindow(Ecore_Wl2_Display *display, const std::string &name, Listener listener);
+    /** Ends the connection, and with it the toolkit's Wayland part. */
+    struct ConnectionEnd {
+        void operator()(Ecore_Wl2_Display *display) const;
+    };
+    using ConnectionPtr = std::unique_ptr<Ecore_Wl2_Display, ConnectionEnd>;
+
+    TvWindow(ConnectionPtr display, const std::string &name, Listener listener);
 
     void make_outer(const std::string &name);
     void make_inner(const std::string &name);
@@ -76,10 +83,10 @@ class TvWindow {
     void announce_visibility(bool visible);
     void delete_outer();
 
-    Ecore_Wl2_Display *display_;
+    const ConnectionPtr display_; ///< outlives all below
     Listener listener_;
-    Evas_Object *outer_ = nullptr;
-    Evas_Object *inner_ = nullptr;
+    ObjectPtr outer_;
+    Evas_Object *inner_ = nullptr; ///< the application's, once it has taken it
     Evas_Object *image_ = nullptr;
     Ecore_Evas *outer_canvas_ = nullptr;
     Ecore_Evas *inner_canvas_ = nullptr;
@@ -87,9 +94,9 @@ class TvWindow {
     std::unique_ptr<PointerHider> pointer_;
     std::unique_ptr<IdleInhibitor> idle_inhibitor_;
     std::unique_ptr<ConnectionWatch> connection_watch_;
-    Ecore_Event_Handler *device_ = nullptr;
-    Ecore_Job *visible_job_ = nullptr;
-    Ecore_Job *delete_job_ = nullptr;
+    EventHandlerPtr device_;
+    JobPtr visible_job_;
+    JobPtr delete_job_;
     bool taken_ = false;
     bool awaiting_frame_ = false;
     bool visible_ = false;
