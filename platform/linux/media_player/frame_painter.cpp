@@ -1,15 +1,13 @@
 #include "media_player/frame_painter.h"
 
 #include <algorithm>
-#include <cstring>
+
+#include "video_plane/plane_drawing.h"
 
 namespace platform {
 namespace {
 
 constexpr int PIXEL_BYTES = 4;
-
-// A square of this many pixels of both pictures stays in the first-level cache.
-constexpr int TILE = 32;
 
 constexpr Orientation MIRRORED = {false, true, false};
 
@@ -28,44 +26,6 @@ Proportions proportions_of(const GstVideoInfo &info, const Orientation &orientat
     if (orientation.transposed)
         std::swap(shown.width, shown.height);
     return shown;
-}
-
-void black_out(PlaneBuffer &picture, int x, int y, int width, int height)
-{
-    if (width <= 0)
-        return;
-    for (int row = y; row < y + height; row++)
-        std::memset(picture.pixels() + static_cast<size_t>(row) * picture.stride() +
-                        static_cast<size_t>(x) * PIXEL_BYTES,
-                    0, static_cast<size_t>(width) * PIXEL_BYTES);
-}
-
-void paint_bars(PlaneBuffer &picture, const Rect &inside)
-{
-    const int right = inside.right();
-    const int bottom = inside.bottom();
-    black_out(picture, 0, 0, picture.width(), inside.y);
-    black_out(picture, 0, bottom, picture.width(), picture.height() - bottom);
-    black_out(picture, 0, inside.y, inside.x, inside.height);
-    black_out(picture, right, inside.y, picture.width() - right, inside.height);
-}
-
-void copy_turned(const uint32_t *upright, const Orientation::Walk &walk, PlaneBuffer &picture,
-                 const Rect &area)
-{
-    for (int top = 0; top < area.height; top += TILE) {
-        const int bottom = std::min(top + TILE, area.height);
-        for (int left = 0; left < area.width; left += TILE) {
-            const int right = std::min(left + TILE, area.width);
-            for (int y = top; y < bottom; y++) {
-                auto *to = reinterpret_cast<uint32_t *>(
-                    picture.pixels() + static_cast<size_t>(area.y + y) * picture.stride());
-                const uint32_t *from = upright + walk.first + y * walk.down + left * walk.right;
-                for (int x = left; x < right; x++, from += walk.right)
-                    to[area.x + x] = *from;
-            }
-        }
-    }
 }
 
 } // namespace
@@ -117,7 +77,7 @@ bool FramePainter::paint(const GstVideoInfo &info, GstBuffer *frame, const Orien
     const Rect area = fitted_area(info, orientation, view.area);
     if (!whole({picture.width(), picture.height()}).covers(area))
         return false;
-    paint_bars(picture, area);
+    black_out_around(area, picture);
     if (area.empty())
         return true;
     if (orientation == Orientation())
@@ -131,7 +91,7 @@ bool FramePainter::paint(const GstVideoInfo &info, GstBuffer *frame, const Orien
     if (!convert(info, frame, reinterpret_cast<uint8_t *>(scratch_.data()), upright.width,
                  upright.height, upright.width * PIXEL_BYTES))
         return false;
-    copy_turned(scratch_.data(), orientation.walk(area.size()), picture, area);
+    copy_turned(scratch_.data(), orientation, area, picture);
     return true;
 }
 

@@ -43,11 +43,10 @@ InputFeed::InputFeed(Evas *from, Evas_Object *window)
 
 void InputFeed::turn(Size panel, int degrees)
 {
-    panel_ = panel;
-    degrees_ = degrees;
-    const Size content = turned_size(panel, degrees);
+    turn_ = Orientation::clockwise(degrees);
+    content_ = turn_.of(panel);
     evas_object_geometry_set(catcher_.get(), 0, 0, panel.width, panel.height);
-    evas_object_geometry_set(observer_.get(), 0, 0, content.width, content.height);
+    evas_object_geometry_set(observer_.get(), 0, 0, content_.width, content_.height);
 }
 
 void InputFeed::leave()
@@ -70,7 +69,7 @@ void InputFeed::come_back(unsigned int timestamp)
 void InputFeed::move_to(int x, int y, unsigned int timestamp)
 {
     last_ = {x, y};
-    const Point point = turned_point({x, y}, panel_, degrees_);
+    const Point point = turn_.place(last_, content_);
     evas_event_feed_mouse_move(to_, point.x, point.y, timestamp, nullptr);
 }
 

@@ -6,8 +6,8 @@
 #include <Ecore.h>
 #include <Evas.h>
 
+#include "base/orientation.h"
 #include "base/toolkit_handles.h"
-#include "window/turned_geometry.h"
 
 namespace platform {
 
@@ -52,8 +52,8 @@ class InputFeed {
     void come_back(unsigned int timestamp);
 
     Evas *const to_;
-    Size panel_;
-    int degrees_ = 0;
+    Orientation turn_;
+    Size content_;
     bool away_ = true;
     Point last_{-1, -1}; // of the pointer, on the panel
     // Behind what their callbacks use, and the rectangles outlive the handlers.

@@ -8,6 +8,7 @@
 #include <wayland-client.h>
 
 #include "app_framework.h"
+#include "base/orientation.h"
 #include "log/platform_log.h"
 #include "panel/panel_model.h"
 
@@ -238,7 +239,7 @@ void TvWindow::place_content()
     const PanelModel &model = PanelModel::get();
     const Size panel = {model.width(), model.height()};
     const int degrees = model.angle();
-    const Size content = turned_size(panel, degrees);
+    const Size content = Orientation::clockwise(degrees).of(panel);
 
     evas_object_image_size_set(image_, content.width, content.height);
     evas_object_image_fill_set(image_, 0, 0, content.width, content.height);

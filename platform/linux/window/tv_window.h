@@ -18,12 +18,12 @@
 #include <Ecore.h>
 #include <Elementary.h>
 
+#include "base/geometry.h"
 #include "base/toolkit_handles.h"
 #include "window/ecore_wl2_more.h"
 #include "window/idle_inhibitor.h"
 #include "window/input_feed.h"
 #include "window/pointer_hider.h"
-#include "window/turned_geometry.h"
 #include "window/wayland_sync.h"
 
 namespace platform {
