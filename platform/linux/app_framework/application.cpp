@@ -11,7 +11,7 @@
 #include "app_framework/message_catalogue.h"
 #include "app_framework/session_watch.h"
 #include "app_framework/single_instance.h"
-#include "config_store/factory_defaults.h"
+#include "config_store/platform_store.h"
 #include "control/control.h"
 #include "device_power/power_service.h"
 #include "key_router/key_translator.h"

@@ -4,7 +4,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "bus/logind_names.h"
+#include "bus/bus_names.h"
 #include "log/platform_log.h"
 
 namespace platform {

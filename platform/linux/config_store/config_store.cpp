@@ -6,7 +6,8 @@
 
 #include "config_store/config_files.h"
 #include "config_store/config_watcher.h"
-#include "config_store/own_writes.h"
+#include "config_store/platform_store.h"
+#include "player_rules/config_keys.h"
 #include "settings/settings.h"
 
 struct _keynode_t {
@@ -46,6 +47,15 @@ platform::ConfigWatcher::Owner owner_of(vconf_callback_fn callback)
 
 } // namespace
 
+void platform::write_factory_defaults()
+{
+    for (const KnownKey &key : known_keys()) {
+        int present = 0;
+        if (key.factory && vconf_get_int(key.name, &present) != 0)
+            vconf_set_int(key.name, *key.factory);
+    }
+}
+
 void platform::on_own_write(std::function<void(const std::string &, int)> listener)
 {
     ConfigStore::get().own_write = std::move(listener);
@@ -74,11 +84,11 @@ int vconf_notify_key_changed(const char *key, vconf_callback_fn callback, void *
 {
     if (key == nullptr || callback == nullptr || !platform::ConfigFiles::is_valid_key(key))
         return -1;
-    const auto tell = [callback, user_data](const std::string &name) {
+    const auto notify = [callback, user_data](const std::string &name) {
         _keynode_t node{name};
         callback(&node, user_data);
     };
-    return ConfigStore::get().watcher().add(key, owner_of(callback), tell) ? 0 : -1;
+    return ConfigStore::get().watcher().add(key, owner_of(callback), notify) ? 0 : -1;
 }
 
 int vconf_ignore_key_changed(const char *key, vconf_callback_fn callback)

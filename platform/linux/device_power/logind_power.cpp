@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "bus/logind_names.h"
+#include "bus/bus_names.h"
 #include "log/platform_log.h"
 
 namespace platform {

@@ -5,7 +5,7 @@
 #include <Ecore_Input.h>
 
 #include "config_store.h"
-#include "config_store/own_writes.h"
+#include "config_store/platform_store.h"
 #include "panel/panel_model.h"
 #include "player_rules/config_keys.h"
 #include "player_rules/key_names.h"

@@ -5,28 +5,6 @@
 
 namespace platform {
 
-Orientation upright_orientation(int exif_orientation)
-{
-    switch (exif_orientation) {
-    case 2:
-        return {false, true, false};
-    case 3:
-        return {false, true, true};
-    case 4:
-        return {false, false, true};
-    case 5:
-        return {true, false, false};
-    case 6:
-        return {true, true, false};
-    case 7:
-        return {true, true, true};
-    case 8:
-        return {true, false, true};
-    default:
-        return {};
-    }
-}
-
 Size size_to_keep(const Size &stored, const Size &panel)
 {
     const Size straight = fit(stored, panel);

@@ -7,9 +7,6 @@
 
 namespace platform {
 
-/** What brings a picture upright. @param exif_orientation 1 to 8 */
-Orientation upright_orientation(int exif_orientation);
-
 /**
  * The size in which a decoded picture is kept: enough for the panel at every angle, never more than
  * the picture has.

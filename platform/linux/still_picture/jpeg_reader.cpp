@@ -151,7 +151,7 @@ bool JpegReader::open(const std::string &path)
         header_read_ = true;
     });
     if (parsed)
-        orientation_ = exif_orientation(exif_);
+        orientation_ = upright_orientation(exif_);
     exif_ = {};
     return parsed;
 }

@@ -17,6 +17,7 @@
 #include <jpeglib.h>
 
 #include "base/descriptor.h"
+#include "base/orientation.h"
 #include "still_picture/image.h"
 
 namespace platform {
@@ -35,8 +36,8 @@ class JpegReader {
     /** As it is in the file, not upright; after open(). */
     Size size() const;
 
-    /** EXIF orientation, 1 to 8; after open(). */
-    int orientation() const { return orientation_; }
+    /** What brings the picture upright; after open(). */
+    Orientation orientation() const { return orientation_; }
 
     /**
      * Decodes the picture; once, after open().
@@ -66,7 +67,7 @@ class JpegReader {
     Descriptor file_;
     std::array<uint8_t, size_t{64} * 1024> piece_;
     std::vector<uint8_t> exif_;
-    int orientation_ = 1;
+    Orientation orientation_;
     bool header_read_ = false;
     bool at_end_ = false;
     char message_[JMSG_LENGTH_MAX] = "";

@@ -107,7 +107,7 @@ void StillPicture::read_header(Time asked)
     }
     stored_ = reader_->size();
     orientation_ = reader_->orientation();
-    const Size upright = upright_orientation(orientation_).of(stored_);
+    const Size upright = orientation_.of(stored_);
     width = upright.width;
     height = upright.height;
     set_phase(Phase::parsed);
@@ -162,8 +162,7 @@ bool StillPicture::show(int degrees, pictrel_event_type_e done)
         return false;
     }
     try {
-        compose(image_, stored_, upright_orientation(orientation_).then_clockwise(degrees),
-                *buffer);
+        compose(image_, stored_, orientation_.then_clockwise(degrees), *buffer);
     } catch (const std::bad_alloc &) {
         PLATFORM_LOGW("still picture", "no memory to draw %s", path_.c_str());
         return false;

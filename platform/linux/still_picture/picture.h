@@ -84,7 +84,7 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     // The worker's until the picture is parsed or decoded, read-only then.
     std::unique_ptr<JpegReader> reader_;
     Size stored_;
-    int orientation_ = 1;
+    Orientation orientation_;
     Image image_;
 };
 

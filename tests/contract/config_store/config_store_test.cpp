@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "config_store.h"
-#include "config_store/own_writes.h"
+#include "config_store/platform_store.h"
 #include "config_store_fixture.h"
 
 namespace {

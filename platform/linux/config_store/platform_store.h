@@ -1,0 +1,24 @@
+/**
+ * What the platform itself asks of the configuration store, beside what the application does.
+ * Main-loop thread only.
+ */
+#pragma once
+
+#include <functional>
+#include <string>
+
+namespace platform {
+
+/**
+ * Writes each key that a set has when it leaves the factory and that does not exist yet, so that
+ * staff can step the intervals and other programs find something to read.
+ */
+void write_factory_defaults();
+
+/**
+ * Calls a function after each key that the application itself has written, even with the value it
+ * had; what others write is not told. One function at a time; an empty one ends it.
+ */
+void on_own_write(std::function<void(const std::string &key, int value)> listener);
+
+} // namespace platform
