@@ -43,7 +43,7 @@ def test_sound_output_key_moves_the_sound_between_the_two_outputs(screen, server
     assert server.default_sink() == "speakers"
 
     # From where somebody else has sent it, it comes to the set's own output.
-    server.tell("set-default-sink", "bystander")
+    server.pactl("set-default-sink", "bystander")
     screen.key("o")
     assert int(player.log.wait(KEY_HANDLED, count=3).group(1)) > 1
     wait_until(lambda: server.default_sink() == "speakers", "the sound back in the speakers")

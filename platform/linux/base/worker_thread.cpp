@@ -29,7 +29,7 @@ struct WorkerThread::Core {
     std::atomic<std::thread::id> thread;
     std::promise<void> end;
     const std::shared_future<void> ended = end.get_future().share();
-    Duties duties; ///< the thread's own from its start on
+    Hooks hooks; ///< the thread's own from its start on
 };
 
 WorkerThread::WorkerThread(const char *name) : name_(name), core_(std::make_shared<Core>()) {}
@@ -39,23 +39,23 @@ WorkerThread::~WorkerThread()
     stop();
 }
 
-bool WorkerThread::start(Duties duties)
+bool WorkerThread::start(Hooks hooks)
 {
     const std::lock_guard<std::mutex> lock(core_->mutex);
-    return !core_->started && start_locked(std::move(duties));
+    return !core_->started && start_locked(std::move(hooks));
 }
 
-bool WorkerThread::start_locked(Duties duties)
+bool WorkerThread::start_locked(Hooks hooks)
 {
     if (core_->stopping)
         return false;
-    core_->duties = std::move(duties);
+    core_->hooks = std::move(hooks);
     try {
         std::thread thread([core = core_] { run(core); });
         pthread_setname_np(thread.native_handle(), name_);
         thread.detach();
     } catch (const std::system_error &) {
-        core_->duties = {};
+        core_->hooks = {};
         return false;
     }
     core_->started = true;
@@ -76,14 +76,14 @@ void WorkerThread::run(const std::shared_ptr<Core> &core)
 {
     core->end.set_value_at_thread_exit();
     core->thread = std::this_thread::get_id();
-    const Duties &duties = core->duties;
+    const Hooks &hooks = core->hooks;
     std::unique_lock<std::mutex> lock(core->mutex);
     const auto something = [&] { return core->stopping || !core->tasks.empty(); };
     while (!core->stopping) {
         std::optional<Clock::time_point> deadline;
-        if (duties.next_deadline) {
+        if (hooks.next_deadline) {
             lock.unlock();
-            deadline = duties.next_deadline();
+            deadline = hooks.next_deadline();
             lock.lock();
         }
         if (deadline)
@@ -92,7 +92,7 @@ void WorkerThread::run(const std::shared_ptr<Core> &core)
             core->changed.wait(lock, something);
         if (core->stopping)
             break;
-        Task task = duties.on_deadline;
+        Task task = hooks.on_deadline;
         if (!core->tasks.empty()) {
             task = std::move(core->tasks.front());
             core->tasks.pop_front();
@@ -103,9 +103,9 @@ void WorkerThread::run(const std::shared_ptr<Core> &core)
         lock.lock();
     }
     lock.unlock();
-    if (duties.at_end)
-        duties.at_end();
-    core->duties = {};
+    if (hooks.at_end)
+        hooks.at_end();
+    core->hooks = {};
     core->thread = std::thread::id(); // which another thread may be given
 }
 
@@ -134,7 +134,7 @@ void WorkerThread::close()
     core_->changed.notify_all();
 }
 
-bool WorkerThread::wait_for_end(std::optional<std::chrono::milliseconds> patience) const
+bool WorkerThread::wait_for_end(std::optional<std::chrono::milliseconds> timeout) const
 {
     {
         const std::lock_guard<std::mutex> lock(core_->mutex);
@@ -143,7 +143,7 @@ bool WorkerThread::wait_for_end(std::optional<std::chrono::milliseconds> patienc
     }
     if (is_calling())
         return false;
-    if (patience && core_->ended.wait_for(*patience) != std::future_status::ready)
+    if (timeout && core_->ended.wait_for(*timeout) != std::future_status::ready)
         return false;
     core_->ended.wait();
     // The future does order the thread's work before what follows, but it is made ready inside the

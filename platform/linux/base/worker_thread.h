@@ -19,7 +19,7 @@ class WorkerThread {
     using Task = std::function<void()>;
 
     /** What the thread does besides its tasks. */
-    struct Duties {
+    struct Hooks {
         /** When on_deadline is to be called unless a task comes before, if ever. */
         std::function<std::optional<Clock::time_point>()> next_deadline;
         Task on_deadline;
@@ -33,11 +33,11 @@ class WorkerThread {
     WorkerThread &operator=(const WorkerThread &) = delete;
 
     /**
-     * Starts the thread with duties; one without is started by its first task.
+     * Starts the thread with hooks; one without is started by its first task.
      *
      * @return false when there is no thread to be had, or it was started or closed before
      */
-    bool start(Duties duties);
+    bool start(Hooks hooks);
 
     /** Queues a task. @return false when there is no thread to be had, or it was closed */
     bool post(Task task);
@@ -57,10 +57,10 @@ class WorkerThread {
     /**
      * Waits until the thread has ended, after a close(). A task never waits for its own.
      *
-     * @param patience how long; nothing: as long as it takes
+     * @param timeout how long; nothing: as long as it takes
      * @return false when it was not in time
      */
-    bool wait_for_end(std::optional<std::chrono::milliseconds> patience) const;
+    bool wait_for_end(std::optional<std::chrono::milliseconds> timeout) const;
 
     /**
      * close(), and a moment's wait: a task that hangs in reading a dying disk, or that is the
@@ -74,7 +74,7 @@ class WorkerThread {
   private:
     struct Core;
     static void run(const std::shared_ptr<Core> &core);
-    bool start_locked(Duties duties);
+    bool start_locked(Hooks hooks);
 
     const char *const name_;
     const std::shared_ptr<Core> core_;

@@ -117,9 +117,9 @@ ConfigFiles::ConfigFiles(std::string state_dir, std::string runtime_dir,
         PLATFORM_LOGW("config_store", "%s cannot be read; memory keys may outlive a restart",
                       boot_id_file.c_str());
     // Where there is no key nothing needs to go, and reading makes no folder.
-    memory_is_former_ = open_directory(path(std::string(MEMORY))) != nullptr;
-    if (memory_is_former_)
-        enter_boot();
+    memory_is_stale_ = open_directory(path(std::string(MEMORY))) != nullptr;
+    if (memory_is_stale_)
+        note_boot();
 }
 
 // The id of the boot lies beside the keys, from the moment on in which they can be there. Keys go
@@ -128,11 +128,11 @@ ConfigFiles::ConfigFiles(std::string state_dir, std::string runtime_dir,
 // since stay. The new id is written before anything is removed, so that a full medium does not cost
 // the keys at each start anew, and takes its place afterwards, so that a crash in between leaves
 // none of them.
-void ConfigFiles::enter_boot()
+void ConfigFiles::note_boot()
 {
     const std::string stamp = runtime_dir_ + "/boot_id";
     const auto is_this_boot = [&] { return boot_id_.empty() || small_text(stamp) == boot_id_; };
-    const bool maybe_former = std::exchange(memory_is_former_, false);
+    const bool maybe_stale = std::exchange(memory_is_stale_, false);
     if (is_this_boot())
         return;
     const Descriptor lock(open(runtime_dir_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -146,12 +146,12 @@ void ConfigFiles::enter_boot()
     if (!file || !write_text(file.number(), boot_id_)) {
         PLATFORM_LOGE("config_store", "%s could not be written: %s; memory keys %s",
                       next.path().c_str(), std::strerror(errno),
-                      maybe_former ? "are not used" : "may outlive a restart");
-        memory_is_former_ = maybe_former;
+                      maybe_stale ? "are not used" : "may outlive a restart");
+        memory_is_stale_ = maybe_stale;
         return;
     }
     std::map<std::string, int> former;
-    if (maybe_former)
+    if (maybe_stale)
         list_below(std::string(MEMORY), former);
     for (const auto &[key, value] : former) {
         if (unlink(path(key).c_str()) != 0)
@@ -207,7 +207,7 @@ std::string ConfigFiles::folder(const std::string &key) const
 
 bool ConfigFiles::read(const std::string &key, int &value) const
 {
-    if (!is_valid_key(key) || (memory_is_former_ && !survives(key)))
+    if (!is_valid_key(key) || (memory_is_stale_ && !survives(key)))
         return false;
     return parse(small_text(path(key)), value);
 }
@@ -217,7 +217,7 @@ bool ConfigFiles::make_folder(const std::string &key)
     if (!make_folders(key))
         return false;
     if (!survives(key))
-        enter_boot();
+        note_boot();
     return true;
 }
 
@@ -270,13 +270,13 @@ ConfigFiles::Outcome ConfigFiles::write_once(const std::string &key, int value)
 {
     if (!make_folder(key))
         return Outcome::Failed;
-    if (memory_is_former_ && !survives(key)) {
+    if (memory_is_stale_ && !survives(key)) {
         errno = EIO;
         return Outcome::Failed;
     }
-    if (confirm(key, value))
+    if (rewrite_unchanged(key, value))
         return Outcome::Done;
-    sweep(folder(key));
+    remove_leftovers(folder(key));
 
     const std::string temporary = temporary_path(key);
     Descriptor file(
@@ -300,7 +300,7 @@ ConfigFiles::Outcome ConfigFiles::write_once(const std::string &key, int value)
 // The player writes most of its keys again and again with the same value, and a sync of a slow
 // medium would cost frames each time. Opening the file for writing and closing it is what a watcher
 // has to see of it; the syncs find nothing to do unless the last writer left them out.
-bool ConfigFiles::confirm(const std::string &key, int value) const
+bool ConfigFiles::rewrite_unchanged(const std::string &key, int value) const
 {
     int present = 0;
     if (!read(key, present) || present != value)
@@ -321,9 +321,9 @@ std::string ConfigFiles::temporary_path(const std::string &key)
 
 // Removes what a crash in the middle of a write left behind: temporary files that nobody has
 // locked. Once per folder is enough.
-void ConfigFiles::sweep(const std::string &folder)
+void ConfigFiles::remove_leftovers(const std::string &folder)
 {
-    if (!swept_.insert(folder).second)
+    if (!folders_cleaned_.insert(folder).second)
         return;
     const Directory directory = open_directory(folder);
     while (const dirent *entry = directory ? readdir(directory.get()) : nullptr) {
@@ -341,7 +341,7 @@ std::map<std::string, int> ConfigFiles::list() const
 {
     std::map<std::string, int> found;
     list_below(std::string(DB), found);
-    if (!memory_is_former_)
+    if (!memory_is_stale_)
         list_below(std::string(MEMORY), found);
     return found;
 }

@@ -72,18 +72,18 @@ class ConfigFiles {
     enum class Outcome { Done, Again, Failed };
 
     bool make_folders(const std::string &key) const;
-    void enter_boot();
+    void note_boot();
     Outcome write_once(const std::string &key, int value);
-    bool confirm(const std::string &key, int value) const;
-    void sweep(const std::string &folder);
+    bool rewrite_unchanged(const std::string &key, int value) const;
+    void remove_leftovers(const std::string &folder);
     std::string temporary_path(const std::string &key);
     void list_below(const std::string &prefix, std::map<std::string, int> &found) const;
 
     const std::string state_dir_;
     const std::string runtime_dir_;
-    const std::string boot_id_;     ///< empty when nobody tells
-    bool memory_is_former_ = false; ///< its keys may be an earlier boot's
-    std::set<std::string> swept_;
+    const std::string boot_id_;    ///< empty when nobody tells
+    bool memory_is_stale_ = false; ///< its keys may be an earlier boot's
+    std::set<std::string> folders_cleaned_;
     uint64_t temporaries_ = 0;
 };
 

@@ -7,46 +7,46 @@ namespace {
 
 // A set without any sound is asked for it no more often than this: a sound server that hangs takes
 // seconds to answer, and each of them holds back a video.
-constexpr auto SHORTEST_TIME_BETWEEN_LOOKS = std::chrono::minutes(1);
+constexpr auto SHORTEST_TIME_BETWEEN_SEARCHES = std::chrono::minutes(1);
 
 } // namespace
 
 std::string AudioChoice::sink()
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    const auto now = world_.now();
-    if (sink_.empty() && (!last_look_ || now - *last_look_ >= SHORTEST_TIME_BETWEEN_LOOKS)) {
-        last_look_ = now;
-        sink_ = look();
+    const auto now = environment_.now();
+    if (sink_.empty() && (!last_search_ || now - *last_search_ >= SHORTEST_TIME_BETWEEN_SEARCHES)) {
+        last_search_ = now;
+        sink_ = find_sink();
     }
     return sink_;
 }
 
-std::string AudioChoice::look()
+std::string AudioChoice::find_sink()
 {
-    std::string wanted = world_.wanted();
+    std::string wanted = environment_.wanted();
     if (!wanted.empty()) {
         PLATFORM_LOGI("player", "sound goes to %s, as the environment says", wanted.c_str());
         return wanted;
     }
     for (const char *sink : {"pulsesink", "alsasink"}) {
-        if (!world_.opens(sink))
+        if (!environment_.opens(sink))
             continue;
         PLATFORM_LOGI("player", "%s %s",
-                      silence_told_ ? "there is sound again; it goes to" : "sound goes to", sink);
-        silence_told_ = false;
+                      silence_logged_ ? "there is sound again; it goes to" : "sound goes to", sink);
+        silence_logged_ = false;
         return sink;
     }
-    if (!silence_told_)
+    if (!silence_logged_)
         PLATFORM_LOGI("player", "there is no sound device; videos play in silence");
-    silence_told_ = true;
+    silence_logged_ = true;
     return {};
 }
 
 bool AudioChoice::is_shared() const
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    const bool silence = sink_.empty() && last_look_;
+    const bool silence = sink_.empty() && last_search_;
     return silence || sink_ == "pulsesink" || sink_ == "fakesink";
 }
 
@@ -54,7 +54,7 @@ void AudioChoice::forget()
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     sink_.clear();
-    last_look_.reset();
+    last_search_.reset();
 }
 
 } // namespace platform

@@ -1,7 +1,7 @@
 /**
  * Which sink the sound goes to. A choice stands until its device is lost; that there was no device
  * is no choice, and is looked into again, because a sound server may come up after the demo and a
- * cable may be put back. Any thread; looking takes as long as a sound server takes to answer.
+ * cable may be put back. Any thread; searching takes as long as a sound server takes to answer.
  */
 #pragma once
 
@@ -14,7 +14,7 @@
 namespace platform {
 
 /** What the choice goes by; tests have their own. */
-struct AudioWorld {
+struct AudioEnvironment {
     std::function<std::string()> wanted;                ///< element asked for by name; or empty
     std::function<bool(const std::string &sink)> opens; ///< whether a device answers
     std::function<std::chrono::steady_clock::time_point()> now;
@@ -22,10 +22,10 @@ struct AudioWorld {
 
 class AudioChoice {
   public:
-    explicit AudioChoice(AudioWorld world) : world_(std::move(world)) {}
+    explicit AudioChoice(AudioEnvironment environment) : environment_(std::move(environment)) {}
 
     /**
-     * Looks for a device, if none is chosen and the last look is not of the last minute.
+     * Looks for a device, if none is chosen and the last search is not of the last minute.
      *
      * @return the name of the sink's element; empty when there is no device
      */
@@ -38,13 +38,13 @@ class AudioChoice {
     void forget();
 
   private:
-    std::string look();
+    std::string find_sink();
 
-    const AudioWorld world_;
+    const AudioEnvironment environment_;
     mutable std::mutex mutex_; ///< guards all below
     std::string sink_;
-    std::optional<std::chrono::steady_clock::time_point> last_look_;
-    bool silence_told_ = false; ///< the log says that there is no device
+    std::optional<std::chrono::steady_clock::time_point> last_search_;
+    bool silence_logged_ = false; ///< the log says that there is no device
 };
 
 } // namespace platform

@@ -42,12 +42,12 @@ std::shared_ptr<Playback> Playback::open(PlaybackRequest request, PlaybackEvents
 {
     auto playback = std::make_shared<Playback>(std::move(request), std::move(events));
     Playback &self = *playback;
-    WorkerThread::Duties duties;
-    duties.next_deadline = [&self] { return self.next_deadline(); };
-    duties.on_deadline = [&self] { self.act_on_deadline(); };
+    WorkerThread::Hooks hooks;
+    hooks.next_deadline = [&self] { return self.next_deadline(); };
+    hooks.on_deadline = [&self] { self.act_on_deadline(); };
     // The thread keeps its file alive, and may outlive everybody else who knows it.
-    duties.at_end = [playback] { playback->dispose(); };
-    if (!self.thread_.start(std::move(duties))) {
+    hooks.at_end = [playback] { playback->dispose(); };
+    if (!self.thread_.start(std::move(hooks))) {
         PLATFORM_LOGW("player", "there is no thread for %s", self.name_.c_str());
         return nullptr;
     }
@@ -58,7 +58,7 @@ std::shared_ptr<Playback> Playback::open(PlaybackRequest request, PlaybackEvents
 Playback::Playback(PlaybackRequest request, PlaybackEvents events)
     : request_(std::move(request)), events_(std::move(events)),
       output_(std::make_shared<FrameOutput>(request_.display)), name_(name_of(request_.uri)),
-      sound_(request_.options->sound_pause), looping_(request_.looping)
+      sound_(request_.options->sound_retry_interval), looping_(request_.looping)
 {
 }
 
@@ -146,8 +146,8 @@ std::array<Playback::Deadline, 6> Playback::deadlines() const
     return {{{wait_ ? std::optional(wait_->limit) : std::nullopt, &Playback::on_ready_too_late},
              {subtitle_limit_, &Playback::give_up_subtitle},
              {rounds_.due(), &Playback::on_round_due},
-             {break_.due(), &Playback::look_at_broken},
-             {stall_.due(), &Playback::look_for_stall},
+             {break_.due(), &Playback::check_broken},
+             {stall_.due(), &Playback::check_for_stall},
              {step, &Playback::step_back}}};
 }
 
@@ -236,7 +236,7 @@ int Playback::try_open()
 void Playback::wait_for_others() const
 {
     const std::shared_future<void> &other =
-        audio_sink_is_shared() ? request_.before_predecessor : request_.predecessor;
+        audio_sink_is_shared() ? request_.before_previous : request_.previous;
     if (other.valid())
         other.wait_for(LONGEST_WAIT_FOR_PREDECESSOR);
 }
@@ -322,19 +322,19 @@ void Playback::on_first_frame()
 void Playback::on_nothing_came()
 {
     const auto waited = Clock::now() - waiting_since_;
-    const auto patience = request_.options->patience;
-    if (waited > (phase_ == Phase::SettingUp ? LONGEST_SET_UP : patience))
+    const auto timeout = request_.options->first_frame_timeout;
+    if (waited > (phase_ == Phase::SettingUp ? LONGEST_SET_UP : timeout))
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
     else if (phase_ == Phase::AwaitingFrame && pipeline_ && pipeline_->reader_gave_up())
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its reader found nothing in it");
-    else if (waited > patience / 2 && output_->width() > 0 && !sound_.silent())
+    else if (waited > timeout / 2 && output_->width() > 0 && !sound_.silent())
         // Pictures but no sound arrived: a sound track without contents must not stop the show.
         go_silent("no sound arrives");
     else
         await_first_frame();
 }
 
-void Playback::tell_result(std::function<void()> result)
+void Playback::report_result(std::function<void()> result)
 {
     if (held_results_)
         held_results_->push_back(std::move(result));
@@ -390,7 +390,7 @@ void Playback::end_in_failure(std::function<void()> tell)
     phase_ = Phase::Failed;
     wait_.reset();
     output_->close();
-    tell_result(std::move(tell));
+    report_result(std::move(tell));
 }
 
 } // namespace platform

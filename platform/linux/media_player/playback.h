@@ -50,8 +50,8 @@ struct PlaybackRequest {
     std::shared_ptr<DisplaySettings> display;
     bool looping = false;
     std::shared_ptr<const PlayerOptions> options;
-    std::shared_future<void> predecessor;        ///< the file before, as far as it still goes away
-    std::shared_future<void> before_predecessor; ///< and the one before that
+    std::shared_future<void> previous;        ///< the file before, as far as it still goes away
+    std::shared_future<void> before_previous; ///< and the one before that
 };
 
 class Playback : public std::enable_shared_from_this<Playback> {
@@ -145,7 +145,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void await_first_frame();
     void on_first_frame();
     void on_nothing_came();
-    void tell_result(std::function<void()> result);
+    void report_result(std::function<void()> result);
     void finish_preparation();
 
     // Its subtitle.
@@ -185,11 +185,11 @@ class Playback : public std::enable_shared_from_this<Playback> {
     std::string why_no_picture(const std::string &otherwise) const;
     void go_silent(const std::string &why);
     bool sound_is_back();
-    void renew_with_sound();
-    void look_for_stall();
+    void reopen_with_sound();
+    void check_for_stall();
     void on_broken(const std::string &why);
-    void look_at_broken();
-    void begin_anew();
+    void check_broken();
+    void restart();
     void fail(int error_code, const std::string &why);
     void interrupt(const std::string &why);
     void end_in_failure(std::function<void()> tell);
@@ -219,7 +219,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     std::optional<std::vector<std::function<void()>>> held_results_{std::in_place};
     std::map<Track, std::string> missing_decoders_; ///< in words
     bool sound_unsupported_ = false;
-    bool damage_told_ = false; ///< a file that plays over and over would tell it each time
+    bool damage_logged_ = false; ///< a file that plays over and over would tell it each time
     bool looping_;
     bool needs_rewind_ = false;
     double wanted_rate_ = 1.0;

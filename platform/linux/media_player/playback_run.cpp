@@ -33,7 +33,7 @@ void Playback::do_start()
     rounds_.on_start(now);
     stall_.start(now);
     if (break_.broken() && needs_rewind_) {
-        begin_anew();
+        restart();
         return;
     }
     if (needs_rewind_ || wanted_rate_ != 1.0 ||
@@ -184,7 +184,7 @@ Rounds::Plan Playback::plan_for_round()
 {
     if (!looping_)
         return Rounds::Plan::End;
-    return sound_is_back() ? Rounds::Plan::RenewSound : Rounds::Plan::GoOn;
+    return sound_is_back() ? Rounds::Plan::ReopenWithSound : Rounds::Plan::GoOn;
 }
 
 void Playback::on_round_read(bool fresh)
@@ -224,8 +224,8 @@ void Playback::follow(Rounds::Step step)
     case Rounds::Step::Complete:
         complete();
         break;
-    case Rounds::Step::RenewSound:
-        renew_with_sound();
+    case Rounds::Step::ReopenWithSound:
+        reopen_with_sound();
         break;
     }
 }

@@ -30,12 +30,12 @@ void Playback::start_subtitle()
 void Playback::await_subtitle()
 {
     if (subtitle_pending_) {
-        subtitle_limit_ = Clock::now() + request_.options->subtitle_patience;
+        subtitle_limit_ = Clock::now() + request_.options->subtitle_timeout;
         return;
     }
     subtitle_limit_.reset();
     phase_ = Phase::Prepared;
-    tell_result([this] { finish_preparation(); });
+    report_result([this] { finish_preparation(); });
 }
 
 void Playback::on_subtitle_read(const std::shared_ptr<SubtitleTrack> &track,

@@ -108,7 +108,7 @@ bool Playback::sound_is_back()
 }
 
 // A pipeline that was put together without a sound device takes none in later: it is opened anew.
-void Playback::renew_with_sound()
+void Playback::reopen_with_sound()
 {
     rounds_.reset();
     sound_.on_device_found();
@@ -129,15 +129,15 @@ void Playback::renew_with_sound()
     await_ready(go_on, LONGEST_SEEK, give_up);
 }
 
-void Playback::look_for_stall()
+void Playback::check_for_stall()
 {
-    StallWatch::Sight sight;
-    sight.shown = output_->shown();
-    sight.held = phase_ != Phase::Playing || wait_ || trick_->stepping();
-    sight.rate = trick_->rate();
-    sight.position = known(output_->position());
-    sight.length = known(duration_);
-    if (const char *why = stall_.look(sight, Clock::now()))
+    StallWatch::Progress progress;
+    progress.shown = output_->shown();
+    progress.held = phase_ != Phase::Playing || wait_ || trick_->stepping();
+    progress.rate = trick_->rate();
+    progress.position = known(output_->position());
+    progress.length = known(duration_);
+    if (const char *why = stall_.check(progress, Clock::now()))
         on_broken(why);
 }
 
@@ -145,23 +145,23 @@ void Playback::on_broken(const std::string &why)
 {
     if (!break_.on_broken(output_->shown(), Clock::now()))
         return;
-    if (!std::exchange(damage_told_, true))
+    if (!std::exchange(damage_logged_, true))
         PLATFORM_LOGW("player", "%s is broken: %s", name_.c_str(), why.c_str());
     wait_.reset();
 }
 
-void Playback::look_at_broken()
+void Playback::check_broken()
 {
-    BreakWatch::Sight sight;
-    sight.shown = output_->shown();
-    sight.playing = phase_ == Phase::Playing;
-    sight.looping = looping_;
-    sight.position = known(output_->position());
-    switch (break_.look(sight, Clock::now())) {
+    BreakWatch::Progress progress;
+    progress.shown = output_->shown();
+    progress.playing = phase_ == Phase::Playing;
+    progress.looping = looping_;
+    progress.position = known(output_->position());
+    switch (break_.check(progress, Clock::now())) {
     case BreakWatch::Verdict::Wait:
         break;
-    case BreakWatch::Verdict::BeginAnew:
-        begin_anew();
+    case BreakWatch::Verdict::Restart:
+        restart();
         break;
     case BreakWatch::Verdict::End:
         complete();
@@ -169,9 +169,9 @@ void Playback::look_at_broken()
     }
 }
 
-void Playback::begin_anew()
+void Playback::restart()
 {
-    break_.on_begun_anew(output_->shown());
+    break_.on_restart(output_->shown());
     rounds_.reset();
     output_->set_visible(false);
     if (!open_again()) {

@@ -16,7 +16,7 @@ constexpr double FASTEST = 5.0;
 
 // A file on a good disk is let go of in some tens of milliseconds. The main loop stands still in
 // destroy(), which the end of the program can bear for about so long; judged, not measured.
-constexpr auto LONGEST_GOODBYE = std::chrono::milliseconds(2000);
+constexpr auto LONGEST_CLOSING = std::chrono::milliseconds(2000);
 
 // The plane of a player that was given none: it plays, and nobody sees it.
 constexpr int UNSEEN_WIDTH = 1920;
@@ -75,7 +75,7 @@ void Player::destroy()
         if (calling_ && calling_thread_ == std::this_thread::get_id())
             return;
     }
-    const auto limit = std::chrono::steady_clock::now() + LONGEST_GOODBYE;
+    const auto limit = std::chrono::steady_clock::now() + LONGEST_CLOSING;
     for (const std::shared_future<void> &file : going)
         if (file.valid() && file.wait_until(limit) == std::future_status::timeout)
             PLATFORM_LOGW("player", "a file is slow to close; it is left to itself");
@@ -161,8 +161,8 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
     request.display = display_;
     request.looping = looping_;
     request.options = options_;
-    request.predecessor = previous_;
-    request.before_predecessor = before_previous_;
+    request.previous = previous_;
+    request.before_previous = before_previous_;
     const std::shared_ptr<Playback> opened = Playback::open(std::move(request), playback_events());
     if (!opened)
         return PLAYER_ERROR_RESOURCE_LIMIT;
@@ -217,7 +217,7 @@ void Player::unprepare()
         subtitle_.clear();
         rate_ = 1.0;
         if (former)
-            keep_as_predecessor(*former);
+            keep_as_previous(*former);
         if (calling_thread_ != std::this_thread::get_id())
             call_over_.wait(lock, [this] { return !calling_; });
     }
@@ -316,7 +316,7 @@ PlayerStatus Player::status() const
 
 // Makes one callback, unless its file is no longer the current one. `change` runs with the mutex
 // held, brings the state up to date and returns the call, which is made with the mutex released.
-template <typename Change> void Player::tell(const Playback &from, Change change)
+template <typename Change> void Player::notify(const Playback &from, Change change)
 {
     std::unique_lock<std::mutex> lock(mutex_);
     call_over_.wait(lock, [this] { return !calling_; });
@@ -354,7 +354,7 @@ PlaybackEvents Player::playback_events()
 
 void Player::on_prepared(const Playback &from)
 {
-    tell(from, [this]() -> std::function<void()> {
+    notify(from, [this]() -> std::function<void()> {
         state_ = PLAYER_STATE_READY;
         if (!prepared_.function)
             return {};
@@ -364,7 +364,7 @@ void Player::on_prepared(const Playback &from)
 
 void Player::on_completed(const Playback &from)
 {
-    tell(from, [this]() -> std::function<void()> {
+    notify(from, [this]() -> std::function<void()> {
         state_ = PLAYER_STATE_READY;
         rate_ = 1.0;
         if (!completed_.function)
@@ -375,7 +375,7 @@ void Player::on_completed(const Playback &from)
 
 void Player::on_sound_unsupported(const Playback &from)
 {
-    tell(from, [this]() -> std::function<void()> {
+    notify(from, [this]() -> std::function<void()> {
         if (!error_.function)
             return {};
         return [callback = error_] {
@@ -384,25 +384,25 @@ void Player::on_sound_unsupported(const Playback &from)
     });
 }
 
-void Player::keep_as_predecessor(const Playback &former)
+void Player::keep_as_previous(const Playback &former)
 {
     before_previous_ = std::exchange(previous_, former.disposed());
 }
 
 // A file that has failed is let go of at once, so that its call can be answered by another try.
-void Player::let_go_of_failed()
+void Player::discard_current()
 {
     release_job_.reset();
     state_ = PLAYER_STATE_IDLE;
     rate_ = 1.0;
-    keep_as_predecessor(*current_);
+    keep_as_previous(*current_);
     current_.reset();
 }
 
 void Player::on_failed(Playback &from, int error_code)
 {
-    tell(from, [this, error_code]() -> std::function<void()> {
-        let_go_of_failed();
+    notify(from, [this, error_code]() -> std::function<void()> {
+        discard_current();
         if (!error_.function)
             return {};
         return
@@ -413,8 +413,8 @@ void Player::on_failed(Playback &from, int error_code)
 
 void Player::on_interrupted(Playback &from)
 {
-    tell(from, [this]() -> std::function<void()> {
-        let_go_of_failed();
+    notify(from, [this]() -> std::function<void()> {
+        discard_current();
         if (!interrupted_.function)
             return {};
         return [callback = interrupted_] {
@@ -426,7 +426,7 @@ void Player::on_interrupted(Playback &from)
 
 void Player::on_subtitle(const Playback &from, const SubtitleTrack::Cue &cue)
 {
-    tell(from, [this, &cue]() -> std::function<void()> {
+    notify(from, [this, &cue]() -> std::function<void()> {
         if (!subtitle_updated_.function)
             return {};
         const auto duration = static_cast<unsigned long>(cue.duration_ms);

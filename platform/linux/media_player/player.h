@@ -82,7 +82,7 @@ class Player : public std::enable_shared_from_this<Player> {
     void on_subtitle(const Playback &from, const SubtitleTrack::Cue &cue);
     void on_normal_speed(const Playback &from, uint64_t request);
 
-    template <typename Change> void tell(const Playback &from, Change change);
+    template <typename Change> void notify(const Playback &from, Change change);
     /** Lets the results of one file through, from the main loop. */
     struct Release {
         std::weak_ptr<Player> player;
@@ -94,8 +94,8 @@ class Player : public std::enable_shared_from_this<Player> {
     };
     void schedule_release(const std::shared_ptr<Playback> &playback);
     static void release_now(void *data);
-    void let_go_of_failed();
-    void keep_as_predecessor(const Playback &former);
+    void discard_current();
+    void keep_as_previous(const Playback &former);
 
     const std::shared_ptr<const PlayerOptions> options_;
     const std::shared_ptr<DisplaySettings> display_ = std::make_shared<DisplaySettings>();

@@ -22,13 +22,13 @@ struct PlayerOptions {
     /** Whether there is a sound device; looks again for a lost one. */
     std::function<bool()> find_sound = choose_audio_sink;
     /** How long a looping file that lost its sound waits before it tries it again. */
-    std::chrono::milliseconds sound_pause{60000};
+    std::chrono::milliseconds sound_retry_interval{60000};
     /** Waits for the media system; false: there is none. */
     std::function<bool()> set_up = wait_for_media_system;
-    std::chrono::milliseconds patience{15000}; ///< longest wait for a first frame
+    std::chrono::milliseconds first_frame_timeout{15000}; ///< longest wait for a first frame
     SubtitleLoad load_subtitle = SubtitleTrack::load;
     /** How long a video whose first frame is there may wait for its subtitle. */
-    std::chrono::milliseconds subtitle_patience{3000};
+    std::chrono::milliseconds subtitle_timeout{3000};
 };
 
 } // namespace platform

@@ -3,7 +3,7 @@
 namespace platform {
 namespace {
 
-// How often it is looked whether frames still come. The stalls below count in seconds.
+// How often it is checked whether frames still come. The stalls below count in seconds.
 constexpr auto INTERVAL = std::chrono::milliseconds(1000);
 
 // A file whose end should have been reached is given up after this long without a frame. Long
@@ -31,21 +31,21 @@ void StallWatch::start(Time now)
     due_ = now + INTERVAL;
 }
 
-const char *StallWatch::look(const Sight &sight, Time now)
+const char *StallWatch::check(const Progress &progress, Time now)
 {
     due_ = now + INTERVAL;
-    if (sight.held || sight.shown != shown_) {
-        shown_ = sight.shown;
+    if (progress.held || progress.shown != shown_) {
+        shown_ = progress.shown;
         last_progress_ = now;
         return nullptr;
     }
     const auto still = now - last_progress_;
     if (still < SHORTEST_STALL)
         return nullptr;
-    if (!sight.length || !sight.position || sight.rate < 0)
+    if (!progress.length || !progress.position || progress.rate < 0)
         return still > LONGEST_STALL ? "no frame comes any more" : nullptr;
-    const std::chrono::duration<double, std::nano> gone = still * sight.rate;
-    return *sight.position + gone > *sight.length ? "it stands still near its end" : nullptr;
+    const std::chrono::duration<double, std::nano> gone = still * progress.rate;
+    return *progress.position + gone > *progress.length ? "it stands still near its end" : nullptr;
 }
 
 void BreakWatch::on_new_pipeline()
@@ -70,18 +70,18 @@ void BreakWatch::on_start(Time now)
         due_ = now + BREAK_START_PATIENCE;
 }
 
-BreakWatch::Verdict BreakWatch::look(const Sight &sight, Time now)
+BreakWatch::Verdict BreakWatch::check(const Progress &progress, Time now)
 {
-    if (!sight.playing || sight.shown != shown_) {
-        shown_ = sight.shown;
+    if (!progress.playing || progress.shown != shown_) {
+        shown_ = progress.shown;
         due_ = now + BREAK_PATIENCE;
         return Verdict::Wait;
     }
     due_.reset();
     // The position is that of the run before where this one has shown nothing.
     const bool lived =
-        sight.shown > shown_before_ && sight.position && *sight.position >= SHORTEST_LIFE;
-    return sight.looping && lived ? Verdict::BeginAnew : Verdict::End;
+        progress.shown > shown_before_ && progress.position && *progress.position >= SHORTEST_LIFE;
+    return progress.looping && lived ? Verdict::Restart : Verdict::End;
 }
 
 } // namespace platform

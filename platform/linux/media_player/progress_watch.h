@@ -21,7 +21,7 @@ class StallWatch {
     using Time = std::chrono::steady_clock::time_point;
 
     /** What can be seen of a file's play. */
-    struct Sight {
+    struct Progress {
         uint64_t shown = 0; ///< frames so far
         bool held = false;  ///< no frame is to be expected: paused, sought, stepping
         double rate = 1.0;
@@ -32,11 +32,11 @@ class StallWatch {
     void start(Time now);
     void stop() { due_.reset(); }
 
-    /** When to look() next, if ever. */
+    /** When to check() next, if ever. */
     std::optional<Time> due() const { return due_; }
 
     /** @return why the file is to be given up, a literal; null: it is not */
-    const char *look(const Sight &sight, Time now);
+    const char *check(const Progress &progress, Time now);
 
   private:
     std::optional<Time> due_;
@@ -53,7 +53,7 @@ class BreakWatch {
     using Time = std::chrono::steady_clock::time_point;
 
     /** What can be seen of a file's play. */
-    struct Sight {
+    struct Progress {
         uint64_t shown = 0;   ///< frames so far
         bool playing = false; ///< frames are to be expected
         bool looping = false;
@@ -73,20 +73,20 @@ class BreakWatch {
     void on_start(Time now);
 
     /** The file is begun anew. @param shown frames so far */
-    void on_begun_anew(uint64_t shown) { shown_before_ = shown; }
+    void on_restart(uint64_t shown) { shown_before_ = shown; }
 
     /** The file has come to its end. */
     void stop() { due_.reset(); }
 
     std::optional<Time> due() const { return due_; }
 
-    enum class Verdict { Wait, BeginAnew, End };
-    Verdict look(const Sight &sight, Time now);
+    enum class Verdict { Wait, Restart, End };
+    Verdict check(const Progress &progress, Time now);
 
   private:
     bool broken_ = false;
     std::optional<Time> due_;
-    uint64_t shown_ = 0;        ///< at the last look
+    uint64_t shown_ = 0;        ///< at the last check
     uint64_t shown_before_ = 0; ///< when it was begun
 };
 

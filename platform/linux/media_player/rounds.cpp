@@ -29,7 +29,7 @@ Rounds::Step Rounds::plan_read(Plan plan, bool at_end, Time now)
         read_ = Read::Underway;
         return go_on(now);
     }
-    read_ = plan == Plan::End ? Read::Last : Read::BeforeRenewal;
+    read_ = plan == Plan::End ? Read::Last : Read::BeforeReopening;
     return at_end ? on_shown(plan != Plan::End, now) : Step::Nothing;
 }
 
@@ -37,8 +37,8 @@ Rounds::Step Rounds::on_shown(bool looping, Time now)
 {
     if (read_ == Read::Last && !looping)
         return Step::Complete;
-    if (read_ == Read::BeforeRenewal)
-        return Step::RenewSound;
+    if (read_ == Read::BeforeReopening)
+        return Step::ReopenWithSound;
     // Normally the next round is under way by now.
     if (ahead_ > 0) {
         ahead_--;
@@ -55,8 +55,8 @@ Rounds::Step Rounds::on_ended(Plan plan, Time now)
     switch (plan) {
     case Plan::End:
         return Step::Complete;
-    case Plan::RenewSound:
-        return Step::RenewSound;
+    case Plan::ReopenWithSound:
+        return Step::ReopenWithSound;
     case Plan::GoOn:
         break;
     }

@@ -16,9 +16,9 @@ class Rounds {
 
     /** What is to follow the present round. */
     enum class Plan {
-        End,        ///< nothing: the file does not play over and over, or not any more
-        GoOn,       ///< the next round
-        RenewSound, ///< the next round, of the file opened anew with its sound
+        End,             ///< nothing: the file does not play over and over, or not any more
+        GoOn,            ///< the next round
+        ReopenWithSound, ///< the next round, of the file opened anew with its sound
     };
 
     /** What to do after a call. */
@@ -26,7 +26,7 @@ class Rounds {
         Nothing,
         Begin, ///< begin the next round, and tell on_begun()
         Complete,
-        RenewSound,
+        ReopenWithSound,
     };
 
     /** The play starts, or goes on after a stop. */
@@ -58,7 +58,7 @@ class Rounds {
   private:
     Step go_on(Time now);
 
-    enum class Read { Underway, Unplanned, Last, BeforeRenewal };
+    enum class Read { Underway, Unplanned, Last, BeforeReopening };
     Read read_ = Read::Underway;
     int ahead_ = 0;              ///< rounds begun by the reader and not yet by the picture
     bool picture_waits_ = false; ///< the last picture has had its time, and no round is ahead

@@ -41,10 +41,10 @@ class RotatorListeners {
 
     RotatorListeners()
     {
-        PanelModel::get().on_status([this](int status) { tell(status); });
+        PanelModel::get().on_status([this](int status) { notify(status); });
     }
 
-    void tell(int status)
+    void notify(int status)
     {
         display_rotator_status_t report = {status, PanelModel::get().angle()};
         // A callback may remove itself or others; those that are gone are not called any more.

@@ -26,7 +26,7 @@ bool is_portrait(int degrees)
 
 /** A listener may add further listeners, so the list is walked by index on a copy of each entry. */
 template <typename... Values>
-void tell(const std::vector<std::function<void(Values...)>> &listeners, Values... values)
+void notify(const std::vector<std::function<void(Values...)>> &listeners, Values... values)
 {
     for (size_t i = 0; i < listeners.size(); ++i) {
         const auto listener = listeners[i];
@@ -64,7 +64,7 @@ void PanelModel::set_size(int width, int height, double scale)
     else
         PLATFORM_LOGI(SERVICE, "the panel is %dx%d, windows on it %dx%d", pixel_width(),
                       pixel_height(), width, height);
-    tell(size_listeners_);
+    notify(size_listeners_);
 }
 
 bool PanelModel::can_turn() const
@@ -138,7 +138,7 @@ void PanelModel::finish_turn()
     angle_ = target_;
     // The turn counts as under way until the content has followed: whoever is told that it is over
     // finds the window as it is going to stay.
-    tell(angle_listeners_, angle());
+    notify(angle_listeners_, angle());
     target_ = -1;
     PLATFORM_LOGI(SERVICE, "turned to %d degrees", angle());
     report(DISPLAY_ROTATOR_IDLE);
@@ -146,7 +146,7 @@ void PanelModel::finish_turn()
 
 void PanelModel::report(int status)
 {
-    tell(status_listeners_, status);
+    notify(status_listeners_, status);
 }
 
 } // namespace platform

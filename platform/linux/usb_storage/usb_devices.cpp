@@ -14,7 +14,7 @@ namespace platform {
 
 namespace {
 
-UsbChanges &by_hand()
+UsbChanges &manual_changes()
 {
     static UsbChanges changes;
     return changes;
@@ -52,7 +52,7 @@ void report(bool available)
 
 const UsbChanges &usb_changes()
 {
-    return by_hand();
+    return manual_changes();
 }
 
 std::optional<std::vector<std::string>> usb_mount_paths(const UsbChanges &changes)
@@ -80,10 +80,10 @@ bool usb_add(const std::string &path)
     const std::string place = without_last_slashes(path);
     if (place.empty() || place.front() != '/' || !is_folder(place))
         return false;
-    std::vector<std::string> &removed = by_hand().removed;
+    std::vector<std::string> &removed = manual_changes().removed;
     removed.erase(std::remove(removed.begin(), removed.end(), place), removed.end());
-    if (!contains(usb_mount_paths(by_hand()).value_or(std::vector<std::string>()), place))
-        by_hand().added.push_back(place);
+    if (!contains(usb_mount_paths(manual_changes()).value_or(std::vector<std::string>()), place))
+        manual_changes().added.push_back(place);
     PLATFORM_LOGI("usb_storage", "%s was added", place.c_str());
     return true;
 }
@@ -91,15 +91,15 @@ bool usb_add(const std::string &path)
 bool usb_remove(const std::string &path)
 {
     const std::string place = without_last_slashes(path);
-    std::vector<std::string> &added = by_hand().added;
+    std::vector<std::string> &added = manual_changes().added;
     const bool was_added = contains(added, place);
     const bool listed =
-        contains(usb_mount_paths(by_hand()).value_or(std::vector<std::string>()), place);
+        contains(usb_mount_paths(manual_changes()).value_or(std::vector<std::string>()), place);
     if (!was_added && !listed)
         return false;
     added.erase(std::remove(added.begin(), added.end(), place), added.end());
     if (listed && !was_added)
-        by_hand().removed.push_back(place);
+        manual_changes().removed.push_back(place);
     PLATFORM_LOGI("usb_storage", "%s was removed", place.c_str());
     return true;
 }

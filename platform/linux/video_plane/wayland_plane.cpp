@@ -66,7 +66,7 @@ void WaylandPlane::Waker::drain() const
 WaylandPlane::WaylandPlane(wl_display *display) : display_(display)
 {
     // A frame on its way to the screen must not have to allocate.
-    living_.reserve(MOST_BUFFERS);
+    buffers_.reserve(MOST_BUFFERS);
     spare_.reserve(KEPT_BUFFERS);
 }
 
@@ -187,7 +187,7 @@ bool WaylandPlane::has_size(const ShmBuffer &buffer) const
 
 void WaylandPlane::forget(const ShmBuffer *buffer)
 {
-    living_.erase(std::remove(living_.begin(), living_.end(), buffer), living_.end());
+    buffers_.erase(std::remove(buffers_.begin(), buffers_.end(), buffer), buffers_.end());
     if (last_attached_ == buffer)
         last_attached_ = nullptr;
 }
@@ -213,14 +213,14 @@ WaylandPlane::~WaylandPlane()
 PlaneBufferPtr WaylandPlane::acquire()
 {
     const auto wrap = [this](std::unique_ptr<ShmBuffer> buffer) {
-        const auto give_back = [self = shared_from_this()](ShmBuffer *used) {
-            self->give_back(std::unique_ptr<ShmBuffer>(used));
+        const auto recycle = [self = shared_from_this()](ShmBuffer *used) {
+            self->recycle(std::unique_ptr<ShmBuffer>(used));
         };
-        return PlaneBufferPtr(std::shared_ptr<ShmBuffer>(buffer.release(), give_back));
+        return PlaneBufferPtr(std::shared_ptr<ShmBuffer>(buffer.release(), recycle));
     };
     {
         std::unique_lock<std::mutex> lock(mutex_);
-        if (closed_ || (spare_.empty() && living_.size() >= MOST_BUFFERS))
+        if (closed_ || (spare_.empty() && buffers_.size() >= MOST_BUFFERS))
             return nullptr;
         if (!spare_.empty()) {
             auto buffer = std::move(spare_.back()); // the last one used is the warmest
@@ -234,11 +234,11 @@ PlaneBufferPtr WaylandPlane::acquire()
         return nullptr;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
-        if (closed_ || living_.size() >= MOST_BUFFERS || !buffer->share(shm_.get()))
+        if (closed_ || buffers_.size() >= MOST_BUFFERS || !buffer->share(shm_.get()))
             return nullptr;
         static const wl_buffer_listener listener = {on_release};
         wl_buffer_add_listener(buffer->handle.get(), &listener, this);
-        living_.push_back(buffer.get());
+        buffers_.push_back(buffer.get());
     }
     return wrap(std::move(buffer));
 }
@@ -250,7 +250,7 @@ bool WaylandPlane::present(const PlaneBufferPtr &buffer)
     std::unique_lock<std::mutex> lock(mutex_);
     if (closed_ || broken_)
         return false;
-    if (std::find(living_.begin(), living_.end(), own) == living_.end()) {
+    if (std::find(buffers_.begin(), buffers_.end(), own) == buffers_.end()) {
         PLATFORM_LOGE("video plane", "a picture of another plane was presented");
         return false;
     }
@@ -296,7 +296,7 @@ PlaneBufferPtr WaylandPlane::copy_of(ShmBuffer *buffer)
     return copy;
 }
 
-void WaylandPlane::give_back(std::unique_ptr<ShmBuffer> buffer)
+void WaylandPlane::recycle(std::unique_ptr<ShmBuffer> buffer)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (!closed_ && spare_.size() < KEPT_BUFFERS && has_size(*buffer)) {
@@ -312,7 +312,7 @@ void WaylandPlane::on_release(void *data, wl_buffer *handle)
     auto *plane = static_cast<WaylandPlane *>(data);
     PlaneBufferPtr released; // goes after the lock, for its way back takes the lock again
     const std::lock_guard<std::mutex> lock(plane->mutex_);
-    for (ShmBuffer *buffer : plane->living_) {
+    for (ShmBuffer *buffer : plane->buffers_) {
         if (buffer->handle.get() == handle) {
             released = std::move(buffer->held);
             break;
@@ -374,7 +374,7 @@ void WaylandPlane::close()
         if (closed_)
             return;
         closed_ = true;
-        for (ShmBuffer *buffer : living_) {
+        for (ShmBuffer *buffer : buffers_) {
             if (buffer->held)
                 held.push_back(std::move(buffer->held));
         }
@@ -422,7 +422,7 @@ bool WaylandPlane::finish_later()
 void WaylandPlane::release_objects()
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    for (ShmBuffer *buffer : living_)
+    for (ShmBuffer *buffer : buffers_)
         buffer->handle.reset();
     for (const auto &buffer : spare_)
         forget(buffer.get());
@@ -437,7 +437,7 @@ void WaylandPlane::release_objects()
 size_t WaylandPlane::buffer_count() const
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return living_.size();
+    return buffers_.size();
 }
 
 } // namespace platform

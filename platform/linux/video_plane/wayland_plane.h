@@ -88,7 +88,7 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     bool fail(const char *step);
     void attach(ShmBuffer *buffer, const PlaneBufferPtr &reference);
     PlaneBufferPtr copy_of(ShmBuffer *buffer);
-    void give_back(std::unique_ptr<ShmBuffer> buffer);
+    void recycle(std::unique_ptr<ShmBuffer> buffer);
     bool finish_later();
     void release_objects();
     static void on_release(void *data, wl_buffer *handle);
@@ -109,8 +109,8 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
 
     mutable std::mutex mutex_; // guards what follows, and the surface against close()
     bool closed_ = false;
-    bool stretched_ = false;          // a picture's pixels need not be the window's units
-    std::vector<ShmBuffer *> living_; // every buffer there is
+    bool stretched_ = false;           // a picture's pixels need not be the window's units
+    std::vector<ShmBuffer *> buffers_; // every buffer there is
     std::vector<std::unique_ptr<ShmBuffer>> spare_; // those that nobody uses
     const ShmBuffer *last_attached_ = nullptr;      // for comparison only
     bool thread_ended_ = false;

@@ -67,7 +67,7 @@ Evas_Object *OptionList::create(Evas_Object *parent)
         return nullptr;
     auto *list = new OptionList(genlist);
     evas_object_data_set(genlist, LIST_KEY, list);
-    WidgetManager::get().adopt(genlist, "velt");
+    WidgetManager::get().set_up(genlist, "velt");
     // Rows of one class are equally high, so that a thousand of them need not be measured.
     elm_genlist_homogeneous_set(genlist, EINA_TRUE);
     elm_scroller_bounce_set(genlist, EINA_FALSE, EINA_FALSE);
@@ -152,12 +152,12 @@ void OptionList::show_state(Elm_Object_Item *item) const
         return;
     const bool focused = has_focus_ && elm_object_focused_item_get(genlist_) == item;
     const bool mirrored = elm_object_mirrored_get(genlist_);
-    const auto tell = [item](const char *signal) {
+    const auto emit = [item](const char *signal) {
         elm_object_item_signal_emit(item, signal, SIGNAL_SOURCE);
     };
-    tell(row->right_to_left == mirrored ? "velt,text,along" : "velt,text,against");
-    tell(marks_option_ ? "velt,option,on" : "velt,option,off");
-    tell(focused ? "velt,state,focused" : "velt,state,unfocused");
+    emit(row->right_to_left == mirrored ? "velt,text,along" : "velt,text,against");
+    emit(marks_option_ ? "velt,option,on" : "velt,option,off");
+    emit(focused ? "velt,state,focused" : "velt,state,unfocused");
 }
 
 void OptionList::set_focus(bool has_focus)

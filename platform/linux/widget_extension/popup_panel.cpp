@@ -65,7 +65,7 @@ Evas_Object *create_popup(Evas_Object *window)
     Evas_Object *popup = elm_popup_add(window);
     if (!popup)
         return nullptr;
-    WidgetManager::get().adopt(popup);
+    WidgetManager::get().set_up(popup);
     elm_popup_allow_events_set(popup, EINA_TRUE);
     // Above overlays, also those that the window gets while the popup is open.
     evas_object_layer_set(popup, POPUP_LAYER);

@@ -65,7 +65,7 @@ int elm_velt_unit_to_pixel(double units)
 
 Evas_Object *elm_velt_layout_add(Evas_Object *parent)
 {
-    return parent ? WidgetManager::get().adopt(FreeLayout::create(parent)) : nullptr;
+    return parent ? WidgetManager::get().set_up(FreeLayout::create(parent)) : nullptr;
 }
 
 void elm_velt_layout_type_set(Evas_Object *layout, int type)
@@ -130,7 +130,7 @@ void elm_velt_object_size_max_set(Evas_Object *object, int width, int height)
 
 Evas_Object *elm_velt_imagebox_add(Evas_Object *parent)
 {
-    return parent ? WidgetManager::get().adopt(create_image_box(parent)) : nullptr;
+    return parent ? WidgetManager::get().set_up(create_image_box(parent)) : nullptr;
 }
 
 void elm_velt_imagebox_file_set(Evas_Object *imagebox, const char *path)
@@ -239,7 +239,7 @@ Evas_Object *elm_velt_button_add(Evas_Object *parent)
 {
     if (!parent)
         return nullptr;
-    Evas_Object *button = WidgetManager::get().adopt(elm_button_add(parent), "velt");
+    Evas_Object *button = WidgetManager::get().set_up(elm_button_add(parent), "velt");
     if (button) {
         evas_object_smart_callback_add(button, "focused", on_button_focused, nullptr);
         evas_object_smart_callback_add(button, "unfocused", on_button_unfocused, nullptr);

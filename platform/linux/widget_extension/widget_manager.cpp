@@ -7,7 +7,7 @@
 
 #include "log/platform_log.h"
 #include "settings/settings.h"
-#include "widget_extension/rehearsal.h"
+#include "widget_extension/popup_prerender.h"
 
 namespace platform {
 namespace {
@@ -56,12 +56,12 @@ void WidgetManager::start(Evas_Object *window)
     // Our widgets show their focus themselves. The first key would switch Elementary's moving frame
     // on again, so it gets a style that draws nothing.
     elm_win_focus_highlight_style_set(window, "velt");
-    rehearsal_ = std::make_unique<Rehearsal>(window);
+    prerender_ = std::make_unique<PopupPrerender>(window);
 }
 
 void WidgetManager::stop()
 {
-    rehearsal_.reset();
+    prerender_.reset();
     if (window_) {
         evas_object_event_callback_del_full(window_, EVAS_CALLBACK_RESIZE, on_window_resized, this);
         evas_object_event_callback_del_full(window_, EVAS_CALLBACK_DEL, on_window_deleted, this);
@@ -71,12 +71,12 @@ void WidgetManager::stop()
         elm_theme_extension_del(nullptr, theme_.c_str());
         theme_.clear();
     }
-    release_shells();
+    release_held_widgets();
 }
 
 bool WidgetManager::is_prepared() const
 {
-    return rehearsal_ && rehearsal_->done();
+    return prerender_ && prerender_->done();
 }
 
 int WidgetManager::longer_side() const
@@ -110,7 +110,7 @@ void WidgetManager::update_scale()
         elm_object_scale_set(widget, scale_);
 }
 
-Evas_Object *WidgetManager::adopt(Evas_Object *widget, const char *style)
+Evas_Object *WidgetManager::set_up(Evas_Object *widget, const char *style)
 {
     if (!widget)
         return nullptr;
@@ -130,20 +130,20 @@ void WidgetManager::set_style(Evas_Object *widget, const char *style) const
 
 void WidgetManager::outlive_container(Evas_Object *widget)
 {
-    // Nobody holds pointers to what is rehearsed on another canvas, which ends before its shells.
+    // Nobody holds pointers to what is drawn ahead on another canvas, which is soon deleted.
     if (window_ && evas_object_evas_get(widget) != evas_object_evas_get(window_))
         return;
     evas_object_event_callback_del_full(widget, EVAS_CALLBACK_DEL, on_content_deleted, this);
     evas_object_event_callback_add(widget, EVAS_CALLBACK_DEL, on_content_deleted, this);
 }
 
-void WidgetManager::release_shells()
+void WidgetManager::release_held_widgets()
 {
     release_job_.reset();
-    std::vector<Evas_Object *> shells;
-    shells.swap(shells_);
-    for (Evas_Object *shell : shells)
-        efl_unref(shell);
+    std::vector<Evas_Object *> widgets;
+    widgets.swap(held_widgets_);
+    for (Evas_Object *widget : widgets)
+        efl_unref(widget);
 }
 
 void WidgetManager::on_window_resized(void *data, Evas *, Evas_Object *, void *)
@@ -154,8 +154,8 @@ void WidgetManager::on_window_resized(void *data, Evas *, Evas_Object *, void *)
 void WidgetManager::on_window_deleted(void *data, Evas *, Evas_Object *, void *)
 {
     auto *self = static_cast<WidgetManager *>(data);
-    if (self->rehearsal_)
-        self->rehearsal_->window_gone();
+    if (self->prerender_)
+        self->prerender_->window_gone();
     self->window_ = nullptr;
 }
 
@@ -168,7 +168,7 @@ void WidgetManager::on_widget_deleted(void *data, Evas *, Evas_Object *object, v
 void WidgetManager::on_content_deleted(void *data, Evas *, Evas_Object *object, void *)
 {
     auto *self = static_cast<WidgetManager *>(data);
-    self->shells_.push_back(efl_ref(object));
+    self->held_widgets_.push_back(efl_ref(object));
     if (!self->release_job_)
         self->release_job_.reset(ecore_job_add(on_control_returned, self));
 }
@@ -177,7 +177,7 @@ void WidgetManager::on_control_returned(void *data)
 {
     auto *self = static_cast<WidgetManager *>(data);
     static_cast<void>(self->release_job_.release()); // it goes by itself
-    self->release_shells();
+    self->release_held_widgets();
 }
 
 } // namespace platform

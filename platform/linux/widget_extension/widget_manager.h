@@ -14,7 +14,7 @@
 
 namespace platform {
 
-class Rehearsal;
+class PopupPrerender;
 
 class WidgetManager {
   public:
@@ -37,7 +37,7 @@ class WidgetManager {
     int pixels(double units) const;
 
     /** Gives a new widget its style of our theme, or none, and its scale. @return the widget. */
-    Evas_Object *adopt(Evas_Object *widget, const char *style = nullptr);
+    Evas_Object *set_up(Evas_Object *widget, const char *style = nullptr);
 
     /** Sets a style of our theme while the theme is loaded, else leaves Elementary's. */
     void set_style(Evas_Object *widget, const char *style) const;
@@ -54,7 +54,7 @@ class WidgetManager {
     ~WidgetManager();
     int longer_side() const;
     void update_scale();
-    void release_shells();
+    void release_held_widgets();
 
     static void on_window_resized(void *data, Evas *canvas, Evas_Object *object, void *event);
     static void on_window_deleted(void *data, Evas *canvas, Evas_Object *object, void *event);
@@ -63,11 +63,11 @@ class WidgetManager {
     static void on_control_returned(void *data);
 
     Evas_Object *window_ = nullptr;
-    std::unique_ptr<Rehearsal> rehearsal_;
+    std::unique_ptr<PopupPrerender> prerender_;
     std::string theme_; ///< the file that is loaded, or empty
     double scale_ = 1.0;
-    std::vector<Evas_Object *> widgets_; ///< those that live
-    std::vector<Evas_Object *> shells_;  ///< deleted widgets whose names are still held
+    std::vector<Evas_Object *> widgets_;      ///< those that live
+    std::vector<Evas_Object *> held_widgets_; ///< deleted widgets whose names are still held
     JobPtr release_job_;
 };
 

@@ -99,20 +99,20 @@ TEST(WorkerThread, CallsWhenADeadlineHasPassedAndAtItsEnd)
     std::promise<int> enough;
     std::promise<void> at_end;
     int calls = 0;
-    WorkerThread::Duties duties;
-    duties.next_deadline = [&]() -> std::optional<WorkerThread::Clock::time_point> {
+    WorkerThread::Hooks hooks;
+    hooks.next_deadline = [&]() -> std::optional<WorkerThread::Clock::time_point> {
         if (calls == 3)
             return {};
         return WorkerThread::Clock::now();
     };
-    duties.on_deadline = [&] {
+    hooks.on_deadline = [&] {
         if (++calls == 3)
             enough.set_value(calls);
     };
-    duties.at_end = [&] { at_end.set_value(); };
+    hooks.at_end = [&] { at_end.set_value(); };
 
-    ASSERT_TRUE(worker.start(duties));
-    EXPECT_FALSE(worker.start(duties)) << "it runs already";
+    ASSERT_TRUE(worker.start(hooks));
+    EXPECT_FALSE(worker.start(hooks)) << "it runs already";
 
     EXPECT_EQ(enough.get_future().get(), 3);
     worker.stop();
@@ -120,15 +120,15 @@ TEST(WorkerThread, CallsWhenADeadlineHasPassedAndAtItsEnd)
     EXPECT_EQ(calls, 3);
 }
 
-TEST(WorkerThread, KeepsAliveWhatItsDutiesHold)
+TEST(WorkerThread, KeepsAliveWhatItsHooksHold)
 {
     auto held = std::make_shared<int>(1);
     const std::weak_ptr<int> alive = held;
     WorkerThread worker("test");
-    WorkerThread::Duties duties;
-    duties.at_end = [held] {};
+    WorkerThread::Hooks hooks;
+    hooks.at_end = [held] {};
     held.reset();
-    worker.start(std::move(duties));
+    worker.start(std::move(hooks));
     EXPECT_FALSE(alive.expired());
 
     worker.close();

@@ -103,7 +103,7 @@ Eina_Bool on_key(void *, int, void *event)
     return ECORE_CALLBACK_PASS_ON;
 }
 
-void tell_keyboard()
+void report_keyboard()
 {
     if (has_keyboard && std::exchange(keyboard_asked_for, false))
         say("keyboard");
@@ -112,7 +112,7 @@ void tell_keyboard()
 Eina_Bool on_keyboard(void *, int, void *)
 {
     has_keyboard = true;
-    tell_keyboard();
+    report_keyboard();
     return ECORE_CALLBACK_PASS_ON;
 }
 
@@ -236,7 +236,7 @@ void obey(const std::string &command)
             VirtualKey_Send_KeyCode(VIRTUAL_KEY_CODE_ROTATE_PANEL, VIRTUAL_KEY_ACTION_CLICK));
     } else if (command == "keyboard") {
         keyboard_asked_for = true;
-        tell_keyboard();
+        report_keyboard();
     } else if (command == "language") {
         platform::Application::get().announce_language_change();
     } else if (command.compare(0, 5, "turn ") == 0) {

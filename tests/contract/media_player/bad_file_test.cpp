@@ -257,7 +257,7 @@ TEST_F(BadFile, AFileThatIsRubbishFromTheMiddleOnIsCompleted)
 TEST_F(BadFile, AFirstFrameThatNeverComesIsAnErrorAfterAWhile)
 {
     platform::PlayerOptions options;
-    options.patience = std::chrono::milliseconds(700);
+    options.first_frame_timeout = std::chrono::milliseconds(700);
     make_player(options);
     // A pipe that nobody writes to, behind a name that is no path.
     int ends[2];
@@ -273,7 +273,7 @@ TEST_F(BadFile, AFirstFrameThatNeverComesIsAnErrorAfterAWhile)
 TEST_F(BadFile, AMediaSystemThatIsSlowToStartIsWaitedFor)
 {
     platform::PlayerOptions options;
-    options.patience = std::chrono::seconds(4);
+    options.first_frame_timeout = std::chrono::seconds(4);
     std::promise<bool> set_up;
     options.set_up = [started = set_up.get_future().share()] { return started.get(); };
     make_player(options);
@@ -298,7 +298,7 @@ TEST_F(BadFile, AMediaSystemThatDoesNotStartIsAnError)
 TEST_F(BadFile, SoundThatNeverArrivesDoesNotStopThePicture)
 {
     platform::PlayerOptions options;
-    options.patience = std::chrono::seconds(8);
+    options.first_frame_timeout = std::chrono::seconds(8);
     options.make_audio_sink = [] {
         platform::ElementPtr sink = platform::make_element("fakesink");
         const platform::PadPtr pad(gst_element_get_static_pad(sink.get(), "sink"));

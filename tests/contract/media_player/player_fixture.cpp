@@ -106,7 +106,7 @@ void PlayerTest::make_plane()
 platform::PlayerOptions PlayerTest::usual_options()
 {
     platform::PlayerOptions options;
-    options.patience = std::chrono::seconds(60);
+    options.first_frame_timeout = std::chrono::seconds(60);
     return options;
 }
 

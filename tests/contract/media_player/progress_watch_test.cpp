@@ -15,9 +15,9 @@ class StallWatchTest : public testing::Test {
   protected:
     void SetUp() override
     {
-        sight_.shown = 100;
-        sight_.position = 2s;
-        sight_.length = 10s;
+        progress_.shown = 100;
+        progress_.position = 2s;
+        progress_.length = 10s;
         watch_.start(now_);
         look_after(1s); // the first frames
     }
@@ -25,12 +25,12 @@ class StallWatchTest : public testing::Test {
     std::string look_after(std::chrono::milliseconds time)
     {
         now_ += time;
-        const char *why = watch_.look(sight_, now_);
+        const char *why = watch_.check(progress_, now_);
         return why ? why : "";
     }
 
     StallWatch watch_;
-    StallWatch::Sight sight_;
+    StallWatch::Progress progress_;
     StallWatch::Time now_ = StallWatch::Time(1h);
 };
 
@@ -60,7 +60,7 @@ TEST_F(StallWatchTest, AFileThatShouldBeAtItsEndIsGivenUp)
 
 TEST_F(StallWatchTest, AFileNearItsEndHasFourSeconds)
 {
-    sight_.position = 9900ms;
+    progress_.position = 9900ms;
 
     ASSERT_EQ(look_after(3999ms), "");
 
@@ -69,16 +69,16 @@ TEST_F(StallWatchTest, AFileNearItsEndHasFourSeconds)
 
 TEST_F(StallWatchTest, TheEndComesSoonerAtDoubleSpeed)
 {
-    sight_.rate = 2.0;
+    progress_.rate = 2.0;
 
     EXPECT_EQ(look_after(4001ms), "it stands still near its end");
 }
 
 TEST_F(StallWatchTest, AFrameBeginsTheWaitAnew)
 {
-    sight_.position = 9900ms;
+    progress_.position = 9900ms;
     look_after(3s);
-    sight_.shown++;
+    progress_.shown++;
     EXPECT_EQ(look_after(1s), "");
 
     EXPECT_EQ(look_after(3s), "");
@@ -87,9 +87,9 @@ TEST_F(StallWatchTest, AFrameBeginsTheWaitAnew)
 
 TEST_F(StallWatchTest, NothingIsExpectedOfAHeldFile)
 {
-    sight_.held = true;
+    progress_.held = true;
     EXPECT_EQ(look_after(1h), "");
-    sight_.held = false;
+    progress_.held = false;
 
     EXPECT_EQ(look_after(8s), "");
 }
@@ -98,15 +98,15 @@ TEST_F(StallWatchTest, WhereNoLengthTellsTheEndThirtySecondsAreGiven)
 {
     struct Unknown {
         const char *what;
-        void (*make)(StallWatch::Sight &);
+        void (*make)(StallWatch::Progress &);
     };
     for (const Unknown &unknown :
-         {Unknown{"length", [](StallWatch::Sight &sight) { sight.length.reset(); }},
-          Unknown{"position", [](StallWatch::Sight &sight) { sight.position.reset(); }},
-          Unknown{"direction", [](StallWatch::Sight &sight) { sight.rate = -2.0; }}}) {
+         {Unknown{"length", [](StallWatch::Progress &progress) { progress.length.reset(); }},
+          Unknown{"position", [](StallWatch::Progress &progress) { progress.position.reset(); }},
+          Unknown{"direction", [](StallWatch::Progress &progress) { progress.rate = -2.0; }}}) {
         SCOPED_TRACE(unknown.what);
-        sight_ = {sight_.shown + 1, false, 1.0, 2s, 10s};
-        unknown.make(sight_);
+        progress_ = {progress_.shown + 1, false, 1.0, 2s, 10s};
+        unknown.make(progress_);
         ASSERT_EQ(look_after(1s), "");
 
         EXPECT_EQ(look_after(30s), "");
@@ -118,26 +118,26 @@ class BreakWatchTest : public testing::Test {
   protected:
     void SetUp() override
     {
-        sight_.shown = 10;
-        sight_.playing = true;
-        sight_.position = 1000ms;
+        progress_.shown = 10;
+        progress_.playing = true;
+        progress_.position = 1000ms;
     }
 
     Verdict look_after(std::chrono::milliseconds time)
     {
         now_ += time;
-        return watch_.look(sight_, now_);
+        return watch_.check(progress_, now_);
     }
 
     /** The file breaks and has shown what it had. */
     Verdict breaks()
     {
-        watch_.on_broken(sight_.shown, now_);
+        watch_.on_broken(progress_.shown, now_);
         return look_after(700ms);
     }
 
     BreakWatch watch_;
-    BreakWatch::Sight sight_;
+    BreakWatch::Progress progress_;
     BreakWatch::Time now_ = BreakWatch::Time(1h);
 };
 
@@ -151,9 +151,9 @@ TEST_F(BreakWatchTest, ASoundFileIsNotLookedAt)
 
 TEST_F(BreakWatchTest, WhatWasDecodedIsShownToItsEnd)
 {
-    EXPECT_TRUE(watch_.on_broken(sight_.shown, now_));
+    EXPECT_TRUE(watch_.on_broken(progress_.shown, now_));
     EXPECT_EQ(watch_.due(), now_ + 700ms);
-    sight_.shown += 5;
+    progress_.shown += 5;
     EXPECT_EQ(look_after(700ms), Verdict::Wait);
     EXPECT_EQ(watch_.due(), now_ + 700ms);
 
@@ -165,25 +165,25 @@ TEST_F(BreakWatchTest, WhatWasDecodedIsShownToItsEnd)
 
 TEST_F(BreakWatchTest, ASecondErrorMeanwhileIsNoNews)
 {
-    watch_.on_broken(sight_.shown, now_);
+    watch_.on_broken(progress_.shown, now_);
     now_ += 500ms;
 
-    EXPECT_FALSE(watch_.on_broken(sight_.shown, now_));
+    EXPECT_FALSE(watch_.on_broken(progress_.shown, now_));
 
     EXPECT_EQ(watch_.due(), now_ + 200ms);
 }
 
 TEST_F(BreakWatchTest, AFileThatIsNotPlayingIsWaitedFor)
 {
-    watch_.on_broken(sight_.shown, now_);
-    sight_.playing = false;
+    watch_.on_broken(progress_.shown, now_);
+    progress_.playing = false;
 
     EXPECT_EQ(look_after(1min), Verdict::Wait);
 }
 
 TEST_F(BreakWatchTest, AFileThatBrokeBeforeItsStartHasASecondForItsFirstFrame)
 {
-    watch_.on_broken(sight_.shown, now_);
+    watch_.on_broken(progress_.shown, now_);
 
     watch_.on_start(now_);
 
@@ -192,32 +192,32 @@ TEST_F(BreakWatchTest, AFileThatBrokeBeforeItsStartHasASecondForItsFirstFrame)
 
 TEST_F(BreakWatchTest, ALoopingFileIsBegunAnewEachTime)
 {
-    sight_.looping = true;
+    progress_.looping = true;
     for (int round = 0; round < 3; round++) {
         SCOPED_TRACE(round);
-        EXPECT_EQ(breaks(), Verdict::BeginAnew);
-        watch_.on_begun_anew(sight_.shown);
+        EXPECT_EQ(breaks(), Verdict::Restart);
+        watch_.on_restart(progress_.shown);
         watch_.on_new_pipeline();
         EXPECT_FALSE(watch_.broken());
-        sight_.shown += 30;
+        progress_.shown += 30;
     }
 }
 
 TEST_F(BreakWatchTest, ALoopingFileWithLessThanASecondToShowEnds)
 {
-    sight_.looping = true;
-    sight_.position = 999ms;
+    progress_.looping = true;
+    progress_.position = 999ms;
     EXPECT_EQ(breaks(), Verdict::End);
 
-    sight_.position.reset();
+    progress_.position.reset();
     EXPECT_EQ(breaks(), Verdict::End);
 }
 
 TEST_F(BreakWatchTest, ALoopingFileThatShowsNothingWhenBegunAnewEnds)
 {
-    sight_.looping = true;
-    ASSERT_EQ(breaks(), Verdict::BeginAnew);
-    watch_.on_begun_anew(sight_.shown);
+    progress_.looping = true;
+    ASSERT_EQ(breaks(), Verdict::Restart);
+    watch_.on_restart(progress_.shown);
     watch_.on_new_pipeline();
 
     EXPECT_EQ(breaks(), Verdict::End);
@@ -225,7 +225,7 @@ TEST_F(BreakWatchTest, ALoopingFileThatShowsNothingWhenBegunAnewEnds)
 
 TEST_F(BreakWatchTest, ANewPipelineIsNotJudgedByTheOldOnesBreak)
 {
-    watch_.on_broken(sight_.shown, now_);
+    watch_.on_broken(progress_.shown, now_);
 
     watch_.on_new_pipeline();
 

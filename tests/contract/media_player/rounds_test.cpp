@@ -133,14 +133,14 @@ TEST_F(RoundsTest, ALastRoundGoesOnWhenItIsToLoopAgain)
 
 TEST_F(RoundsTest, TheSoundIsRenewedWhenTheRoundHasBeenShown)
 {
-    EXPECT_EQ(read(Plan::RenewSound), Step::Nothing);
+    EXPECT_EQ(read(Plan::ReopenWithSound), Step::Nothing);
 
-    EXPECT_EQ(shown(), Step::RenewSound);
+    EXPECT_EQ(shown(), Step::ReopenWithSound);
 }
 
 TEST_F(RoundsTest, ARoundThatWasShownAlreadyIsRenewedAtOnce)
 {
-    EXPECT_EQ(read(Plan::RenewSound, true), Step::RenewSound);
+    EXPECT_EQ(read(Plan::ReopenWithSound, true), Step::ReopenWithSound);
 }
 
 TEST_F(RoundsTest, ASeekForgetsTheRoundsBefore)
@@ -148,7 +148,7 @@ TEST_F(RoundsTest, ASeekForgetsTheRoundsBefore)
     now_ += 2s;
     read(Plan::GoOn);
     rounds_.on_begun(true, now_);
-    read(Plan::RenewSound);
+    read(Plan::ReopenWithSound);
 
     rounds_.reset();
 
@@ -173,7 +173,7 @@ TEST_F(RoundsTest, TheEndOfAReaderWithoutRoundsIsFollowedAsPlanned)
     now_ += 2s;
 
     EXPECT_EQ(rounds_.on_ended(Plan::End, now_), Step::Complete);
-    EXPECT_EQ(rounds_.on_ended(Plan::RenewSound, now_), Step::RenewSound);
+    EXPECT_EQ(rounds_.on_ended(Plan::ReopenWithSound, now_), Step::ReopenWithSound);
     EXPECT_EQ(rounds_.on_ended(Plan::GoOn, now_), Step::Begin);
 }
 

@@ -15,7 +15,7 @@ class SoundReturn : public PlayerTest {
     platform::PlayerOptions sound_options()
     {
         platform::PlayerOptions options = usual_options();
-        options.sound_pause = std::chrono::milliseconds(100);
+        options.sound_retry_interval = std::chrono::milliseconds(100);
         options.find_sound = [this] { return there_is_sound_.load(); };
         options.make_audio_sink = [this] {
             platform::ElementPtr sink = platform::make_element("fakeaudiosink");

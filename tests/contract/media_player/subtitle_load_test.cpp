@@ -61,11 +61,11 @@ class SubtitleLoad : public PlayerTest {
         EXPECT_TRUE(!slow_.begun() || slow_.stopped() || released_);
     }
 
-    void make_slow_player(std::chrono::milliseconds subtitle_patience)
+    void make_slow_player(std::chrono::milliseconds subtitle_timeout)
     {
         platform::PlayerOptions options = usual_options();
         options.load_subtitle = slow_.loader();
-        options.subtitle_patience = subtitle_patience;
+        options.subtitle_timeout = subtitle_timeout;
         make_player(options);
         player_->set_subtitle_path(path("a.srt"));
     }
@@ -123,9 +123,9 @@ TEST_F(SubtitleLoad, AVideoThatIsReadyWaitsForItsSubtitleAndShowsItFromTheFirstF
 TEST_F(SubtitleLoad, ItsTimeDoesNotCountAsWaitingForTheFirstFrame)
 {
     platform::PlayerOptions options;
-    options.patience = std::chrono::seconds(4);
+    options.first_frame_timeout = std::chrono::seconds(4);
     options.load_subtitle = slow_.loader();
-    options.subtitle_patience = std::chrono::seconds(100);
+    options.subtitle_timeout = std::chrono::seconds(100);
     make_player(options);
     player_->set_subtitle_path(path("a.srt"));
     ASSERT_EQ(prepare(clip("a.mp4")), PLAYER_ERROR_NONE);

@@ -27,20 +27,20 @@ class SoundServer:
         wait_until(lambda: os.path.exists(path) or self._process.poll() is not None,
                    "the sound server")
         assert self._process.poll() is None, f"it did not start; see {tv.folder}/sound-server.log"
-        self.tell("set-default-sink", sinks[0])
+        self.pactl("set-default-sink", sinks[0])
 
-    def tell(self, *arguments):
+    def pactl(self, *arguments):
         done = subprocess.run(["pactl", "--format=json", *arguments], env=self._environment,
                               capture_output=True, text=True, timeout=30, check=True)
         return done.stdout
 
     def default_sink(self):
-        return json.loads(self.tell("info"))["default_sink_name"]
+        return json.loads(self.pactl("info"))["default_sink_name"]
 
     def playing_on(self):
         """Names of the sinks to which programs play at the moment."""
-        names = {sink["index"]: sink["name"] for sink in json.loads(self.tell("list", "sinks"))}
-        return [names[stream["sink"]] for stream in json.loads(self.tell("list", "sink-inputs"))
+        names = {sink["index"]: sink["name"] for sink in json.loads(self.pactl("list", "sinks"))}
+        return [names[stream["sink"]] for stream in json.loads(self.pactl("list", "sink-inputs"))
                 if not stream["corked"]]
 
     def stop(self):

@@ -13,7 +13,7 @@ using platform::WidgetManager;
 
 namespace {
 
-class RehearsalTest : public WidgetTest {};
+class PopupPrerenderTest : public WidgetTest {};
 
 const std::vector<std::string> ROWS = {"Off", "Play all", "City lights", "Ocean"};
 
@@ -33,10 +33,10 @@ void open_popup(Stage &stage)
 }
 
 /** Shows a popup and a toast, the first of this process, and ends it. */
-[[noreturn]] void open_first_and_exit(bool rehearsed)
+[[noreturn]] void open_first_and_exit(bool prerendered)
 {
     Stage stage(1920, 1080);
-    if (rehearsed && !Stage::until(prepared))
+    if (prerendered && !Stage::until(prepared))
         std::_Exit(2);
     const OpenedFiles files;
     open_popup(stage);
@@ -59,19 +59,19 @@ unsigned int count_windows()
 } // namespace
 
 // Only a fresh process has a first popup, hence these two.
-TEST_F(RehearsalTest, WithoutOneTheFirstPopupOpensFontFiles)
+TEST_F(PopupPrerenderTest, WithoutOneTheFirstPopupOpensFontFiles)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(open_first_and_exit(false), ExitedWithCode(1), "opened .*[.]tt");
 }
 
-TEST_F(RehearsalTest, AfterOneTheFirstPopupAndTheFirstToastOpenNoFile)
+TEST_F(PopupPrerenderTest, AfterOneTheFirstPopupAndTheFirstToastOpenNoFile)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(open_first_and_exit(true), ExitedWithCode(0), "");
 }
 
-TEST_F(RehearsalTest, AFileOfTheResourcesWouldBeNoticed)
+TEST_F(PopupPrerenderTest, AFileOfTheResourcesWouldBeNoticed)
 {
     const std::string picture = BUILT_RESOURCE_DIR "/theme/images/tick.png";
     const OpenedFiles files;
@@ -81,7 +81,7 @@ TEST_F(RehearsalTest, AFileOfTheResourcesWouldBeNoticed)
     EXPECT_THAT(files.paths(), ElementsAre(picture));
 }
 
-TEST_F(RehearsalTest, NothingOfItIsSeen)
+TEST_F(PopupPrerenderTest, NothingOfItIsSeen)
 {
     Stage stage(1280, 720);
     bool seen = false;
@@ -94,7 +94,7 @@ TEST_F(RehearsalTest, NothingOfItIsSeen)
     EXPECT_FALSE(seen);
 }
 
-TEST_F(RehearsalTest, NothingOfItIsLeft)
+TEST_F(PopupPrerenderTest, NothingOfItIsLeft)
 {
     Stage stage(1280, 720);
     const unsigned int windows = count_windows();
@@ -103,7 +103,7 @@ TEST_F(RehearsalTest, NothingOfItIsLeft)
     EXPECT_EQ(count_windows(), windows);
 }
 
-TEST_F(RehearsalTest, APopupThatIsOpenMeanwhileKeepsItsFocus)
+TEST_F(PopupPrerenderTest, APopupThatIsOpenMeanwhileKeepsItsFocus)
 {
     ShownPopup shown(ROWS, 2, {1280, 720});
     ASSERT_FALSE(prepared());
@@ -115,7 +115,7 @@ TEST_F(RehearsalTest, APopupThatIsOpenMeanwhileKeepsItsFocus)
     EXPECT_EQ(shown.scene.rows_deleted, 0);
 }
 
-TEST_F(RehearsalTest, AnotherLanguageBringsAnother)
+TEST_F(PopupPrerenderTest, AnotherLanguageBringsAnother)
 {
     Stage stage(1280, 720);
     ASSERT_TRUE(Stage::until(prepared));
@@ -124,7 +124,7 @@ TEST_F(RehearsalTest, AnotherLanguageBringsAnother)
     EXPECT_TRUE(Stage::until(prepared));
 }
 
-TEST_F(RehearsalTest, TheWindowMayGoAtAnyPointOfIt)
+TEST_F(PopupPrerenderTest, TheWindowMayGoAtAnyPointOfIt)
 {
     // Each round ends one step further into it: whatever is there then goes with the window.
     for (int steps = 0; steps < 6; ++steps) {

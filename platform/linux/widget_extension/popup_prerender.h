@@ -1,8 +1,7 @@
 /**
  * The first popup would have to load fonts, pictures, drawings and classes while somebody waits for
- * it. A rehearsal does that soon after the window has come up: it puts on a popup and a toast on a
- * canvas of its own, in memory, and takes them away again. What they needed stays in the caches.
- * Main-loop thread only.
+ * it. So a popup and a toast are drawn soon after the window has come up, on a canvas of their own
+ * in memory, and deleted again. What they needed stays in the caches. Main-loop thread only.
  */
 #pragma once
 
@@ -12,13 +11,13 @@
 
 namespace platform {
 
-class Rehearsal {
+class PopupPrerender {
   public:
     /** Waits for the window's first frame, for the busy time after it, and for an idle moment. */
-    explicit Rehearsal(Evas_Object *window);
-    ~Rehearsal();
-    Rehearsal(const Rehearsal &) = delete;
-    Rehearsal &operator=(const Rehearsal &) = delete;
+    explicit PopupPrerender(Evas_Object *window);
+    ~PopupPrerender();
+    PopupPrerender(const PopupPrerender &) = delete;
+    PopupPrerender &operator=(const PopupPrerender &) = delete;
 
     /** The window is being deleted: ends what there is. */
     void window_gone();
@@ -29,9 +28,9 @@ class Rehearsal {
   private:
     void wait();
     bool step();
-    bool open_stage();
-    void put_on_popup();
-    void put_on_toast();
+    bool make_offscreen_window();
+    void make_popup();
+    void make_toast();
     void draw();
     void stop();
 
@@ -44,7 +43,7 @@ class Rehearsal {
     TimerPtr timer_;
     IdlerPtr idler_;
     CanvasPtr canvas_;
-    ObjectPtr stage_;              ///< a window on that canvas
+    ObjectPtr offscreen_window_;   ///< a window on that canvas
     Evas_Object *popup_ = nullptr; ///< goes with the window
     Evas_Object *list_ = nullptr;
     int step_ = 0;

@@ -1,4 +1,4 @@
-#include "widget_extension/rehearsal.h"
+#include "widget_extension/popup_prerender.h"
 
 #include <cstring>
 #include <memory>
@@ -18,8 +18,8 @@ namespace {
 /** The window's first frame is followed by the start of the film, which nothing shall hold up. */
 constexpr double BUSY_SECONDS = 1.0;
 /** Room for a popup with its shadow, in layout units. */
-constexpr double STAGE_WIDTH_UNITS = 140.0;
-constexpr double STAGE_HEIGHT_UNITS = 110.0;
+constexpr double CANVAS_WIDTH_UNITS = 140.0;
+constexpr double CANVAS_HEIGHT_UNITS = 110.0;
 
 /** The letters of the language in force, as far as the names of days and months hold them. */
 std::string local_letters(nl_item first, int count)
@@ -66,19 +66,19 @@ Evas_Object *make_list(Evas_Object *parent)
 
 } // namespace
 
-Rehearsal::Rehearsal(Evas_Object *window) : window_(window)
+PopupPrerender::PopupPrerender(Evas_Object *window) : window_(window)
 {
     evas_object_smart_callback_add(window_, "language,changed", on_language, this);
     evas_event_callback_add(evas_object_evas_get(window_), EVAS_CALLBACK_RENDER_FLUSH_POST,
                             on_frame, this);
 }
 
-Rehearsal::~Rehearsal()
+PopupPrerender::~PopupPrerender()
 {
     window_gone();
 }
 
-void Rehearsal::window_gone()
+void PopupPrerender::window_gone()
 {
     stop();
     if (!window_)
@@ -89,32 +89,32 @@ void Rehearsal::window_gone()
     window_ = nullptr;
 }
 
-void Rehearsal::stop()
+void PopupPrerender::stop()
 {
     timer_.reset();
     idler_.reset();
     popup_ = nullptr;
     list_ = nullptr;
-    stage_.reset();
+    offscreen_window_.reset();
     canvas_.reset();
     step_ = 0;
 }
 
-void Rehearsal::wait()
+void PopupPrerender::wait()
 {
     stop();
     done_ = false;
     timer_.reset(ecore_timer_add(BUSY_SECONDS, on_time, this));
 }
 
-bool Rehearsal::step()
+bool PopupPrerender::step()
 {
     // One after the other, so that a key in between is answered before the next.
     switch (step_++) {
     case 0:
-        return open_stage();
+        return make_offscreen_window();
     case 1:
-        put_on_popup();
+        make_popup();
         return true;
     case 2:
         elm_object_focus_set(list_, EINA_TRUE);
@@ -124,7 +124,7 @@ bool Rehearsal::step()
         draw();
         return true;
     case 4:
-        put_on_toast();
+        make_toast();
         return true;
     default:
         draw();
@@ -137,30 +137,30 @@ bool Rehearsal::step()
     }
 }
 
-bool Rehearsal::open_stage()
+bool PopupPrerender::make_offscreen_window()
 {
     WidgetManager &manager = WidgetManager::get();
     // Not a window inside the player's: drawing that one from outside its parent's turn leaves the
     // parent waiting for a frame that never comes.
-    canvas_.reset(ecore_evas_buffer_new(manager.pixels(STAGE_WIDTH_UNITS),
-                                        manager.pixels(STAGE_HEIGHT_UNITS)));
-    stage_.reset(canvas_ ? elm_win_fake_add(canvas_.get()) : nullptr);
-    if (!stage_)
+    canvas_.reset(ecore_evas_buffer_new(manager.pixels(CANVAS_WIDTH_UNITS),
+                                        manager.pixels(CANVAS_HEIGHT_UNITS)));
+    offscreen_window_.reset(canvas_ ? elm_win_fake_add(canvas_.get()) : nullptr);
+    if (!offscreen_window_)
         return false;
     ecore_evas_alpha_set(canvas_.get(), EINA_TRUE);
     ecore_evas_manual_render_set(canvas_.get(), EINA_TRUE);
     ecore_evas_show(canvas_.get());
-    elm_win_focus_highlight_style_set(stage_.get(), "velt");
-    evas_object_show(stage_.get());
+    elm_win_focus_highlight_style_set(offscreen_window_.get(), "velt");
+    evas_object_show(offscreen_window_.get());
     return true;
 }
 
-void Rehearsal::put_on_popup()
+void PopupPrerender::make_popup()
 {
     WidgetManager &manager = WidgetManager::get();
     const int width = manager.pixels(OPTIONS_WIDTH_UNITS);
     const int height = manager.pixels(OPTIONS_HEIGHT_UNITS);
-    popup_ = create_popup(stage_.get());
+    popup_ = create_popup(offscreen_window_.get());
     Evas_Object *layout = elm_velt_layout_add(popup_);
     list_ = make_list(layout);
     elm_velt_popup_title_set(popup_, ("Demo" + local_letters(DAY_1, 2)).c_str());
@@ -172,47 +172,47 @@ void Rehearsal::put_on_popup()
     evas_object_show(popup_);
 }
 
-void Rehearsal::put_on_toast()
+void PopupPrerender::make_toast()
 {
     evas_object_del(popup_);
     list_ = nullptr;
-    popup_ = create_popup(stage_.get());
+    popup_ = create_popup(offscreen_window_.get());
     set_popup_style(popup_, PopupStyle::toast);
     set_toast_text(popup_, "abcdefghijklmnopqrstuvwxyz: 0123456789");
     evas_object_show(popup_);
 }
 
-void Rehearsal::draw()
+void PopupPrerender::draw()
 {
     evas_smart_objects_calculate(ecore_evas_get(canvas_.get()));
     ecore_evas_manual_render(canvas_.get());
 }
 
-void Rehearsal::on_frame(void *data, Evas *canvas, void *)
+void PopupPrerender::on_frame(void *data, Evas *canvas, void *)
 {
     evas_event_callback_del_full(canvas, EVAS_CALLBACK_RENDER_FLUSH_POST, on_frame, data);
-    static_cast<Rehearsal *>(data)->wait();
+    static_cast<PopupPrerender *>(data)->wait();
 }
 
-void Rehearsal::on_language(void *data, Evas_Object *, void *)
+void PopupPrerender::on_language(void *data, Evas_Object *, void *)
 {
     // Another language may bring other letters and other fonts.
-    auto *self = static_cast<Rehearsal *>(data);
+    auto *self = static_cast<PopupPrerender *>(data);
     if (self->done_ || self->timer_ || self->idler_)
         self->wait();
 }
 
-Eina_Bool Rehearsal::on_time(void *data)
+Eina_Bool PopupPrerender::on_time(void *data)
 {
-    auto *self = static_cast<Rehearsal *>(data);
+    auto *self = static_cast<PopupPrerender *>(data);
     static_cast<void>(self->timer_.release()); // it goes by itself
     self->idler_.reset(ecore_idler_add(on_idle, data));
     return ECORE_CALLBACK_CANCEL;
 }
 
-Eina_Bool Rehearsal::on_idle(void *data)
+Eina_Bool PopupPrerender::on_idle(void *data)
 {
-    auto *self = static_cast<Rehearsal *>(data);
+    auto *self = static_cast<PopupPrerender *>(data);
     if (self->step())
         return ECORE_CALLBACK_RENEW;
     static_cast<void>(self->idler_.release()); // it goes by itself
