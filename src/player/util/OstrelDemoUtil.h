@@ -9,6 +9,8 @@
 
 #include <Eina.h>
 
+#include "player/util/KeyTypes.h"
+
 struct wl_surface;
 
 /** What the set calls the program. */
@@ -27,27 +29,6 @@ enum ENDEMO_ROTATION_STATUS : int {
     ROTATION_STATUS_LANDSCAPE_TIMER = 0,
     ROTATION_STATUS_PORTRAIT_TIMER = 1,
     ROTATION_STATUS_TIMER_RESET = 2,
-};
-
-/** What a key asks for. The numbers travel in events; 11 is left free on purpose. */
-enum ENDEMO_KEY_TYPE : int {
-    KEY_TYPE_BACK = 0,
-    KEY_TYPE_ENTER = 1,
-    KEY_TYPE_PLAY = 2,
-    KEY_TYPE_PAUSE = 3,
-    KEY_TYPE_STOP = 4,
-    KEY_TYPE_PLAY_PAUSE = 5,
-    KEY_TYPE_SOUND_OUTPUT = 6,
-    KEY_TYPE_REWIND = 7,
-    KEY_TYPE_FORWARD = 8,
-    KEY_TYPE_PREVIOUS = 9,
-    KEY_TYPE_NEXT = 10,
-    KEY_TYPE_ROTATION_AUTO = 12,
-    KEY_TYPE_ROTATE = 13,
-    KEY_TYPE_PORTRAIT_TIMER = 14,
-    KEY_TYPE_LANDSCAPE_TIMER = 15,
-    KEY_TYPE_TIMER_RESET = 16,
-    KEY_TYPE_UNKNOWN = 17,
 };
 
 /** The configuration keys that the player reads, writes or watches; all integers. */

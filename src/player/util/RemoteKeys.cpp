@@ -1,4 +1,4 @@
-// The keys of the remote control: grabbing them for the window, and what each asks for.
+// The keys of the remote control: grabbing them for the window, and key names to key types.
 
 #include "player/util/OstrelDemoUtil.h"
 
@@ -131,31 +131,10 @@ void COstrelDemoUtil::UnregisterKeys(wl_surface *pWlSurface)
 
 int COstrelDemoUtil::GetKeyType(const char *pKeyName)
 {
-    static const std::map<std::string, int> s_mapKeyTypes = {
-        {"XF86Back", KEY_TYPE_BACK},
-        {"Return", KEY_TYPE_ENTER},
-        {"XF86AudioPlay", KEY_TYPE_PLAY},
-        {"XF86AudioPause", KEY_TYPE_PAUSE},
-        {"XF86AudioStop", KEY_TYPE_STOP},
-        {"XF86PlayBack", KEY_TYPE_PLAY_PAUSE},
-        {"XF86PlayBackGame", KEY_TYPE_SOUND_OUTPUT},
-        {"XF86AudioRewind", KEY_TYPE_REWIND},
-        {"XF86AudioNext", KEY_TYPE_FORWARD},
-        {"XF86PreviousChapter", KEY_TYPE_PREVIOUS},
-        {"Left", KEY_TYPE_PREVIOUS},
-        {"XF86NextChapter", KEY_TYPE_NEXT},
-        {"Right", KEY_TYPE_NEXT},
-        {"XF86Color", KEY_TYPE_ROTATION_AUTO},
-        {"XF86More", KEY_TYPE_ROTATION_AUTO},
-        {"XF86PanelEnter", KEY_TYPE_ROTATE},
-        {"XF86RaiseChannel", KEY_TYPE_PORTRAIT_TIMER},
-        {"XF86LowerChannel", KEY_TYPE_LANDSCAPE_TIMER},
-        {"XF86ChannelGuide", KEY_TYPE_TIMER_RESET},
-    };
-
     LOGI("%s", pKeyName != nullptr ? pKeyName : "(null)");
     if (pKeyName == nullptr)
         return KEY_TYPE_UNKNOWN;
-    const auto it = s_mapKeyTypes.find(pKeyName);
-    return it != s_mapKeyTypes.end() ? it->second : KEY_TYPE_UNKNOWN;
+    const std::map<std::string, int> &mapKeyTypes = GetKeyTypes();
+    const auto it = mapKeyTypes.find(pKeyName);
+    return it != mapKeyTypes.end() ? it->second : KEY_TYPE_UNKNOWN;
 }
