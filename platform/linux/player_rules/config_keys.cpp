@@ -10,10 +10,11 @@ const std::vector<KnownKey> &known_keys()
 {
     constexpr int LAST_INTERVAL = static_cast<int>(ROTATION_INTERVALS_S.size()) - 1;
     static const std::vector<KnownKey> keys = {
-        {USE_MODE_KEY, INT_MIN, INT_MAX, {}, "use mode of the set; 0 ends the demo"},
+        {"db/menu/support/use_mode", INT_MIN, INT_MAX, {}, "use mode of the set; 0 ends the demo"},
         {DEMO_MODE_KEY, -1, 0xFFFF, 0,
          "menu selection: 0 play all, -1 leave, else one file (portrait in the high byte)"},
-        {FILE_MODE_KEY, INT_MIN, INT_MAX, 1, "orientation in force: 1 landscape, 2 portrait"},
+        {"db/ostrel-demo-player-tv/file_mode", INT_MIN, INT_MAX, 1,
+         "orientation in force: 1 landscape, 2 portrait"},
         {LANDSCAPE_TIMER_KEY, 0, LAST_INTERVAL, 0, "landscape timer index"},
         {PORTRAIT_TIMER_KEY, 0, LAST_INTERVAL, 0, "portrait timer index"},
         {ROTATION_AUTO_MODE_KEY, 0, 1, 0, "turn the panel by timer: 0 or 1"},
@@ -22,12 +23,12 @@ const std::vector<KnownKey> &known_keys()
          3,
          {},
          "panel: 1 landscape, 2 portrait, 3 landscape reversed, 0 portrait reversed"},
-        {PLAYBACK_STATUS_KEY,
+        {"memory/ostrel-demo-player-tv/playback_status",
          INT_MIN,
          INT_MAX,
          {},
          "0 stopped, 1 playing, 2 nothing to play, 3 error or file skipped"},
-        {RELAUNCH_TIMER_KEY,
+        {"memory/usb-launcher-service/start_relaunch_timer",
          INT_MIN,
          INT_MAX,
          {},
