@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "media_player/player_options.h"
 #include "media_player/sound_recovery.h"
 
 namespace {
@@ -28,7 +29,7 @@ class SoundRecoveryTest : public testing::Test {
 
     bool try_is_due() { return sound_.try_is_due(false, now_); }
 
-    SoundRecovery sound_{1min};
+    SoundRecovery sound_{platform::PlayerOptions().sound_retry_interval};
     SoundRecovery::Time now_ = SoundRecovery::Time(1h);
 };
 
