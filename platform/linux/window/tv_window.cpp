@@ -40,6 +40,11 @@ constexpr Size COMMON_PANEL = {1920, 1080};
 
 TvWindow *current_window = nullptr;
 
+template <auto CALL> void on_object(void *data, Evas *, Evas_Object *, void *)
+{
+    (static_cast<TvWindow *>(data)->*CALL)();
+}
+
 Ecore_Evas *canvas_of(Evas_Object *window)
 {
     return ecore_evas_ecore_evas_get(evas_object_evas_get(window));
@@ -155,24 +160,12 @@ void TvWindow::make_inner(const std::string &name)
 
 void TvWindow::follow_events()
 {
-    evas_object_event_callback_add(
-        inner_, EVAS_CALLBACK_SHOW,
-        [](void *data, Evas *, Evas_Object *, void *) { static_cast<TvWindow *>(data)->shown(); },
-        this);
-    evas_object_event_callback_add(
-        inner_, EVAS_CALLBACK_HIDE,
-        [](void *data, Evas *, Evas_Object *, void *) { static_cast<TvWindow *>(data)->hidden(); },
-        this);
-    evas_object_event_callback_add(
-        inner_, EVAS_CALLBACK_DEL,
-        [](void *data, Evas *, Evas_Object *, void *) {
-            static_cast<TvWindow *>(data)->inner_deleted();
-        },
-        this);
-    evas_object_event_callback_add(
-        outer_.get(), EVAS_CALLBACK_RESIZE,
-        [](void *data, Evas *, Evas_Object *, void *) { static_cast<TvWindow *>(data)->fit(); },
-        this);
+    evas_object_event_callback_add(inner_, EVAS_CALLBACK_SHOW, on_object<&TvWindow::shown>, this);
+    evas_object_event_callback_add(inner_, EVAS_CALLBACK_HIDE, on_object<&TvWindow::hidden>, this);
+    evas_object_event_callback_add(inner_, EVAS_CALLBACK_DEL, on_object<&TvWindow::inner_deleted>,
+                                   this);
+    evas_object_event_callback_add(outer_.get(), EVAS_CALLBACK_RESIZE, on_object<&TvWindow::fit>,
+                                   this);
     evas_event_callback_add(
         evas_object_evas_get(outer_.get()), EVAS_CALLBACK_RENDER_FLUSH_POST,
         [](void *data, Evas *, void *) { static_cast<TvWindow *>(data)->frame_drawn(); }, this);
