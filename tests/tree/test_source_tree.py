@@ -122,6 +122,20 @@ def test_platform_folders_lean_only_on_lower_floors(source_dir, files):
     assert not circle({folder: included[folder] | linked[folder] for folder in folders})
 
 
+# Folders of tests/contract that no service has the name of; its CMakeLists.txt tells what they are.
+NO_SERVICE = {"desktop_support", "sample_content", "seam", "store_support"}
+
+
+def test_contract_tests_stand_in_folders_of_the_services_names(source_dir, files):
+    tested = {name.split("/")[2] for name in files
+              if name.startswith("tests/contract/") and name.count("/") > 2}
+    services = set(floors(source_dir))
+    assert not tested - services - NO_SERVICE, "tests/contract has folders of no service's name"
+    assert NO_SERVICE <= tested
+    listfile = read(source_dir, "tests/contract/CMakeLists.txt")
+    assert not [name for name in NO_SERVICE if name not in listfile]
+
+
 def test_platform_headers_define_each_type_once(source_dir, files):
     # Two types of one name are undefined behaviour that no compiler sees: the linker keeps one.
     places = {}

@@ -16,6 +16,7 @@
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::EndsWith;
+using testing::UnorderedElementsAre;
 using testing::UnorderedElementsAreArray;
 
 namespace {
@@ -238,6 +239,20 @@ TEST_F(PlayerRulesTest, OptionsHaveThePlayersSize)
 }
 
 class PlayersLaunchTest : public MainTest {};
+
+TEST_F(PlayersLaunchTest, ExtrasHaveTheNamesThatThePlayerAsksFor)
+{
+    run_created([&] { launch_and_start({{"path_location", "usb"}}); });
+    std::set<std::string> asked;
+    for (const std::string &line : fake_.of({"app_control_get_extra_data"})) {
+        const size_t begin = line.find('"') + 1;
+        asked.insert(line.substr(begin, line.rfind('"') - begin));
+    }
+    EXPECT_THAT(asked,
+                UnorderedElementsAre(platform::FOLDER_PATH_EXTRA, platform::PATH_LOCATION_EXTRA,
+                                     platform::PLAYER_MODE_EXTRA, platform::REPEAT_MODE_EXTRA,
+                                     platform::MODE_EXTRA, platform::RELOCATE_BELOW_EXTRA));
+}
 
 TEST_F(PlayersLaunchTest, RequestsStartPlaybackWhereThePlayerStartsIt)
 {

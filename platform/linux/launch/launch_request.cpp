@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "base/utf8.h"
+#include "player_rules/launch_rules.h"
 
 namespace platform {
 
@@ -16,14 +17,14 @@ struct Option {
 };
 
 constexpr std::array<Option, 5> OPTIONS = {{
-    {"folder_path", "DIR/", "play this folder; the path ends in a slash"},
-    {"path_location", "usb", "the folder lies on a USB stick"},
-    {"demo_player_mode", "folder_contents_player", "play a chosen folder's contents"},
-    {"repeat_mode", "no",
+    {FOLDER_PATH_EXTRA, "DIR/", "play this folder; the path ends in a slash"},
+    {PATH_LOCATION_EXTRA, "usb", "the folder lies on a USB stick"},
+    {PLAYER_MODE_EXTRA, "folder_contents_player", "play a chosen folder's contents"},
+    {REPEAT_MODE_EXTRA, "no",
      "end once a video has played to its end; photos\n"
      "never end it, nor does a list of one video,\n"
      "which the player loops"},
-    {"mode", "factory_start|factory_stop", "what the factory asks for"},
+    {MODE_EXTRA, "factory_start|factory_stop", "what the factory asks for"},
 }};
 
 constexpr size_t HELP_BEGINS = 44;

@@ -16,7 +16,6 @@
 
 #include "base/descriptor.h"
 #include "config_store/config_files.h"
-#include "player_rules/config_keys.h"
 #include "store_support/captured_log.h"
 #include "store_support/scratch.h"
 
@@ -344,26 +343,6 @@ TEST_F(ConfigBoot, WhatOneProcessHasWrittenIsSafeFromTheNextThatStarts)
     store_test::write_file(scratch_ / "run/memory/key", "2\n");
     flock(lock.number(), LOCK_UN);
     EXPECT_THAT(next.get(), ElementsAre(Pair("memory/key", 2)));
-}
-
-TEST(KnownKeys, AreValidAndFoundByTheirLastName)
-{
-    for (const platform::KnownKey &key : platform::known_keys()) {
-        EXPECT_TRUE(ConfigFiles::is_valid_key(key.name)) << key.name;
-        EXPECT_EQ(platform::find_known_key(key.name), &key);
-        EXPECT_EQ(platform::find_known_key(fs::path(key.name).filename().string()), &key);
-    }
-    EXPECT_EQ(platform::find_known_key("nonsense"), nullptr);
-    EXPECT_EQ(platform::find_known_key(""), nullptr);
-}
-
-TEST(KnownKeys, TimersReachFromZeroToNine)
-{
-    for (const char *name : {"portrait_timer", "landscape_timer"}) {
-        ASSERT_NE(platform::find_known_key(name), nullptr);
-        EXPECT_EQ(platform::find_known_key(name)->lowest, 0);
-        EXPECT_EQ(platform::find_known_key(name)->highest, 9);
-    }
 }
 
 } // namespace

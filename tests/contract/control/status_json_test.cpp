@@ -9,7 +9,7 @@ namespace {
 using platform::status_as_json;
 using platform::StatusNode;
 
-TEST(StatusText, EveryKindOfValueHasItsJson)
+TEST(StatusJson, EveryKindOfValueHasItsJson)
 {
     EXPECT_EQ(status_as_json({{"nothing", {}},
                               {"truth", true},
@@ -24,7 +24,7 @@ TEST(StatusText, EveryKindOfValueHasItsJson)
               "\"empty\": {}}\n");
 }
 
-TEST(StatusText, AnyBytesMakeValidJson)
+TEST(StatusJson, AnyBytesMakeValidJson)
 {
     EXPECT_EQ(status_as_json({{"k", std::string("\"\\\n\x01\xFF\xC3\xA4\x7F\xED\xA0\x80")}}),
               "{\"k\": \"\\\"\\\\\\u000a\\u0001\\udcff\xC3\xA4\\u007f\\udced\\udca0\\udc80\"}\n");

@@ -7,9 +7,9 @@
 
 #include <gmock/gmock.h>
 
-#include "desktop.h"
+#include "desktop_support/desktop.h"
 
-namespace framework_test {
+namespace desktop_test {
 namespace {
 
 using testing::AllOf;
@@ -46,15 +46,6 @@ TEST_F(LifecycleTest, AnOrdinaryLifeLogsNoErrorLine)
     EXPECT_EQ(quit(*app), 0);
     EXPECT_THAT(app->errors(),
                 AllOf(Not(HasSubstr("E/")), Not(HasSubstr("ERR<")), Not(HasSubstr("CRI<"))));
-}
-
-TEST_F(LifecycleTest, ConfiguredKeyThatTheSetDoesNotHaveIsWarnedOf)
-{
-    write_settings("[keys]\nF9 = XF86Bak\nF10 = XF86Back\n");
-    auto app = start_and_show();
-    EXPECT_EQ(quit(*app), 0);
-    EXPECT_THAT(app->errors(), HasSubstr("[keys] F9 in tv.conf: the set has no key \"XF86Bak\"\n"));
-    EXPECT_THAT(app->errors(), Not(HasSubstr("F10")));
 }
 
 TEST_F(LifecycleTest, ExtrasOfTheCommandLineArriveByteForByte)
@@ -195,6 +186,17 @@ TEST_F(LifecycleTest, EndingInTheRequestBringsTerminate)
     EXPECT_THAT(calls(app->lines()), ElementsAre("create", "control", "terminate"));
 }
 
+TEST_F(LifecycleTest, AThreadEndsTheApplicationInGoodOrderWhileItsLoopSleeps)
+{
+    auto app = start_and_show();
+    app->say("quit-from-a-thread");
+    ASSERT_TRUE(app->hears("done quit-from-a-thread"));
+    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_THAT(app->further_lines(), ElementsAre("terminate"));
+    EXPECT_THAT(app->errors(), AllOf(HasSubstr("ending"), Not(HasSubstr("E/")),
+                                     Not(HasSubstr("ERR<")), Not(HasSubstr("CRI<"))));
+}
+
 TEST_F(LifecycleTest, ARefusedCreateEndsWithStatusOne)
 {
     auto app = start({}, {{"TEST_CREATE_FAILS", "1"}});
@@ -260,4 +262,4 @@ TEST_F(LifecycleTest, HelpAndVersionGoToTheStandardOutput)
 }
 
 } // namespace
-} // namespace framework_test
+} // namespace desktop_test

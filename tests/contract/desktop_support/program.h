@@ -11,7 +11,7 @@
 
 #include <sys/types.h>
 
-namespace framework_test {
+namespace desktop_test {
 
 /** Long enough for a loaded machine; nothing that works ever takes it. */
 inline constexpr double DEADLINE_S = 30.0;
@@ -66,4 +66,4 @@ class Program {
     std::string errors_;
 };
 
-} // namespace framework_test
+} // namespace desktop_test

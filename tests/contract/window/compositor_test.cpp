@@ -4,9 +4,9 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include "desktop.h"
+#include "desktop_support/desktop.h"
 
-namespace framework_test {
+namespace desktop_test {
 namespace {
 
 using testing::Contains;
@@ -68,4 +68,4 @@ TEST_F(BareCompositorTest, ScreenThatShowsWindowsAsTheyAreHasOneSizeOnly)
 }
 
 } // namespace
-} // namespace framework_test
+} // namespace desktop_test

@@ -1,4 +1,4 @@
-#include "program.h"
+#include "desktop_support/program.h"
 
 #include <chrono>
 #include <csignal>
@@ -11,7 +11,7 @@
 
 #include <gtest/gtest.h>
 
-namespace framework_test {
+namespace desktop_test {
 
 namespace {
 
@@ -171,4 +171,4 @@ void Program::take(int timeout_ms)
     }
 }
 
-} // namespace framework_test
+} // namespace desktop_test

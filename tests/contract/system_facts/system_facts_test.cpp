@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "resource_path.h"
 #include "settings/settings.h"
 #include "settings/tv_conf.h"
 #include "store_support/scratch.h"
@@ -25,10 +24,8 @@ class SystemFacts : public testing::Test {
     {
         scratch_ = new store_test::ScratchDir;
         const Environment conf("OSTREL_DEMO_TV_CONF", *scratch_ / "tv.conf");
-        const Environment resources("OSTREL_DEMO_RESOURCE_DIR", scratch_->path());
         store_test::write_file(*scratch_ / "tv.conf",
                                "[product]\ndisclaimer = yes\nstore_content_type = 1\n");
-        store_test::write_file(*scratch_ / "image/a.png", "picture");
         platform::Settings::get();
     }
     static void TearDownTestSuite()
@@ -142,23 +139,6 @@ TEST_F(SystemFacts, LanguageSetAtRunTimeWins)
     EXPECT_TRUE(platform::set_language("ar_AE"));
     EXPECT_EQ(language(), "ar_AE");
     EXPECT_EQ(ua_UI_orientation_get(), UI_ORIENTATION_RIGHT_TO_LEFT);
-}
-
-TEST_F(SystemFacts, ResourceIsFoundByItsPath)
-{
-    char *path = getResourcePath("org.tizen.video-player-tv", "image/a.png");
-    ASSERT_NE(path, nullptr);
-    EXPECT_EQ(store_test::read_file(path), "picture");
-    freeResourcePath(path);
-}
-
-TEST_F(SystemFacts, MissingResourceIsNull)
-{
-    EXPECT_EQ(getResourcePath("org.tizen.video-player-tv", "image/b.png"), nullptr);
-    EXPECT_EQ(getResourcePath("org.tizen.video-player-tv", ""), nullptr);
-    EXPECT_EQ(getResourcePath("org.tizen.video-player-tv", nullptr), nullptr);
-    EXPECT_EQ(getResourcePath(nullptr, "image/a.png"), nullptr);
-    freeResourcePath(nullptr);
 }
 
 } // namespace

@@ -10,10 +10,10 @@
 
 #include <gtest/gtest.h>
 
-#include "program.h"
+#include "desktop_support/program.h"
 #include "store_support/scratch.h"
 
-namespace framework_test {
+namespace desktop_test {
 
 inline constexpr int SCREEN_WIDTH = 640;
 inline constexpr int SCREEN_HEIGHT = 400;
@@ -98,4 +98,4 @@ class DesktopTest : public testing::Test {
     Program::Variables variables_;
 };
 
-} // namespace framework_test
+} // namespace desktop_test

@@ -1,4 +1,4 @@
-#include "desktop.h"
+#include "desktop_support/desktop.h"
 
 #include <csignal>
 #include <cstdint>
@@ -7,7 +7,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-namespace framework_test {
+namespace desktop_test {
 
 namespace {
 
@@ -176,4 +176,4 @@ std::string DesktopTest::stored_rotation_state() const
     return store_test::read_file(folder_ / "state/db/sysman/rotation_state");
 }
 
-} // namespace framework_test
+} // namespace desktop_test

@@ -1,0 +1,61 @@
+// What the login manager says about power.
+
+#include <gmock/gmock.h>
+
+#include "desktop_support/login_manager_test.h"
+
+namespace desktop_test {
+namespace {
+
+using DevicePowerTest = LoginManagerTest;
+
+TEST_F(DevicePowerTest, AShutdownIsAPowerOff)
+{
+    auto app = known_app();
+    manager_->say("shutdown 1");
+    EXPECT_TRUE(app->hears("power off"));
+    EXPECT_TRUE(app->hears("power state 0"));
+    EXPECT_EQ(quit(*app), 0) << app->errors();
+}
+
+TEST_F(DevicePowerTest, SleepIsStandbyAndItsEndAWakeUp)
+{
+    auto app = known_app();
+    manager_->say("sleep 1");
+    EXPECT_TRUE(app->hears("power standby"));
+    EXPECT_TRUE(app->hears("power state 1"));
+    manager_->say("sleep 0");
+    EXPECT_TRUE(app->hears("power wakeup"));
+    EXPECT_TRUE(app->hears("power state 2"));
+    EXPECT_EQ(quit(*app), 0) << app->errors();
+}
+
+TEST_F(DevicePowerTest, TheMachineWaitsForTheEndButNotForEver)
+{
+    auto app = known_app();
+    EXPECT_TRUE(locks_are(1));
+    manager_->say("shutdown 1");
+    EXPECT_TRUE(app->hears("power off"));
+    EXPECT_TRUE(locks_are(0));
+    EXPECT_EQ(quit(*app), 0) << app->errors();
+}
+
+TEST_F(DevicePowerTest, AnEndedApplicationHoldsNothingUp)
+{
+    auto app = known_app();
+    EXPECT_EQ(quit(*app), 0) << app->errors();
+    EXPECT_TRUE(locks_are(0));
+}
+
+TEST_F(DevicePowerTest, ABusThatGoesAwayIsNoPowerEvent)
+{
+    auto app = known_app();
+    system_bus_.kill();
+    app->say("sync");
+    EXPECT_TRUE(app->hears("done sync"));
+    EXPECT_EQ(quit(*app), 0) << app->errors();
+    EXPECT_THAT(app->lines(), testing::Not(testing::Contains(testing::HasSubstr("power"))));
+}
+
+} // namespace
+} // namespace desktop_test
