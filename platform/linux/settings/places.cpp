@@ -54,7 +54,7 @@ std::string home_dir()
     passwd entry = {};
     passwd *found = nullptr;
     if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&
-        found != nullptr && found->pw_dir != nullptr && found->pw_dir[0] == '/')
+        found != nullptr && found->pw_dir[0] == '/')
         return without_last_slashes(found->pw_dir);
     return {};
 }

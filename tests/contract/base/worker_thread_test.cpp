@@ -93,6 +93,17 @@ TEST(WorkerThread, MayBeEndedByItsOwnTask)
     EXPECT_TRUE(was_calling.get_future().get());
 }
 
+TEST(WorkerThread, WhatATaskHeldMayUseTheWorkerAsItGoes)
+{
+    WorkerThread worker("test");
+    std::promise<void> done;
+    std::shared_ptr<void> held(nullptr,
+                               [&](void *) { worker.post([&done] { done.set_value(); }); });
+    worker.post([held] {});
+    held.reset();
+    done.get_future().wait();
+}
+
 TEST(WorkerThread, CallsWhenADeadlineHasPassedAndAtItsEnd)
 {
     WorkerThread worker("test");

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <pwd.h>
 #include <sys/stat.h>
 
 #include "settings/places.h"
@@ -16,6 +17,23 @@ using store_test::CapturedLog;
 using store_test::Environment;
 using testing::EndsWith;
 using testing::HasSubstr;
+
+/** The home folder in the user's entry; a user without an entry when null. */
+char *home_in_entry = nullptr;
+
+} // namespace
+
+// The linker sends the calls of this program's own objects here.
+extern "C" int __wrap_getpwuid_r(uid_t, passwd *entry, char *, size_t, passwd **found);
+
+int __wrap_getpwuid_r(uid_t, passwd *entry, char *, size_t, passwd **found)
+{
+    entry->pw_dir = home_in_entry;
+    *found = home_in_entry ? entry : nullptr;
+    return 0;
+}
+
+namespace {
 
 class Places : public testing::Test {
   protected:
@@ -43,6 +61,18 @@ TEST_F(Places, RelativeXdgVariableIsIgnored)
 {
     const Environment xdg("XDG_STATE_HOME", "state");
     EXPECT_EQ(platform::find_state_dir(), scratch_ / "home/.local/state/ostrel-demo-player-tv");
+}
+
+TEST_F(Places, WithoutHomeTheUsersEntryNamesIt)
+{
+    const Environment home("HOME");
+    std::string named = "/somewhere/";
+    home_in_entry = named.data();
+    EXPECT_EQ(platform::find_state_dir(), "/somewhere/.local/state/ostrel-demo-player-tv");
+    named = "nowhere";
+    EXPECT_EQ(platform::find_state_dir(), "/var/lib/ostrel-demo-player-tv");
+    home_in_entry = nullptr;
+    EXPECT_EQ(platform::find_state_dir(), "/var/lib/ostrel-demo-player-tv");
 }
 
 TEST_F(Places, RelativeOwnVariableBecomesAbsolute)
