@@ -2,6 +2,7 @@
 
 import os
 import re
+import runpy
 import shutil
 import subprocess
 
@@ -132,6 +133,10 @@ def test_contract_tests_stand_in_folders_of_the_services_names(source_dir, files
     services = set(floors(source_dir))
     assert not tested - services - NO_SERVICE, "tests/contract has folders of no service's name"
     assert NO_SERVICE <= tested
+    elsewhere = runpy.run_path(
+        os.path.join(source_dir, "tools", "mutation-test"))["TESTED_THROUGH"]
+    assert services - tested == set(elsewhere), "which tests judge these services?"
+    assert {folder for folders in elsewhere.values() for folder in folders} <= tested
     listfile = read(source_dir, "tests/contract/CMakeLists.txt")
     assert not [name for name in NO_SERVICE if name not in listfile]
 

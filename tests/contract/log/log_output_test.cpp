@@ -24,6 +24,26 @@ constexpr int WRITTEN = 10;
 constexpr int LOST = 11;
 constexpr int LEFT_OUT = 12;
 
+/** Where the standard error's bytes go, a few with each call, while it is there. */
+std::string *taken_in_pieces = nullptr;
+
+} // namespace
+
+// The linker sends the calls of this program's own objects here.
+extern "C" ssize_t __wrap_write(int descriptor, const void *bytes, size_t count);
+extern "C" ssize_t __real_write(int descriptor, const void *bytes, size_t count);
+
+ssize_t __wrap_write(int descriptor, const void *bytes, size_t count)
+{
+    if (!taken_in_pieces || descriptor != STDERR_FILENO)
+        return __real_write(descriptor, bytes, count);
+    constexpr size_t PIECE = 7;
+    taken_in_pieces->append(static_cast<const char *>(bytes), std::min(count, PIECE));
+    return static_cast<ssize_t>(std::min(count, PIECE));
+}
+
+namespace {
+
 class LogOutput : public testing::Test {
   protected:
     Environment level_{"OSTREL_DEMO_LOG_LEVEL"};
@@ -146,6 +166,17 @@ TEST_F(LogOutput, LongTextStaysOneLine)
     EXPECT_EQ(child.finish(), WRITTEN);
     EXPECT_THAT(child.err_text(), EndsWith("): " + text + "\n"));
     EXPECT_EQ(std::count(child.err_text().begin(), child.err_text().end(), '\n'), 1);
+}
+
+TEST_F(LogOutput, ALineThatIsTakenInPiecesArrivesWhole)
+{
+    std::string line;
+    taken_in_pieces = &line;
+    const int written = __dlog_print(LOG_ID_APPS, DLOG_ERROR, "TAG", "%s", "text of some length");
+    taken_in_pieces = nullptr;
+    EXPECT_THAT(line, StartsWith("E/TAG("));
+    EXPECT_THAT(line, EndsWith("): text of some length\n"));
+    EXPECT_EQ(written, static_cast<int>(line.size()));
 }
 
 TEST_F(LogOutput, LinesOfSeveralThreadsDoNotMix)
