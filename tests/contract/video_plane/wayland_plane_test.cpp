@@ -67,6 +67,17 @@ class WaylandPlaneTest : public WaylandPlaneMaking {
         return std::strtol(call.c_str(), nullptr, 10) == SYS_futex;
     }
 
+    /** Descriptors of this process for the memory of pictures. */
+    static long open_pictures()
+    {
+        const std::filesystem::directory_iterator files("/proc/self/fd");
+        return std::count_if(begin(files), end(files), [](const auto &file) {
+            std::error_code gone; // the folder's own descriptor
+            return read_symlink(file.path(), gone).string().find("video-plane") !=
+                   std::string::npos;
+        });
+    }
+
     static size_t buffers(const std::shared_ptr<VideoPlane> &plane)
     {
         return std::dynamic_pointer_cast<WaylandPlane>(plane)->buffer_count();
@@ -190,6 +201,13 @@ TEST_F(WaylandPlaneTest, GoesOnWhileAnEventKeepsTheMainLoopBusy)
     EXPECT_TRUE(run([&] { return busy.shown >= 0; }));
     EXPECT_EQ(busy.shown, 100);
     ecore_pipe_del(pipe);
+}
+
+TEST_F(WaylandPlaneTest, HoldsNoFileOpenForAPictureThatTheCompositorKnows)
+{
+    const PlaneBufferPtr shown = picture(*plane_, 0x808080);
+    ASSERT_TRUE(plane_->present(shown));
+    EXPECT_EQ(open_pictures(), 0);
 }
 
 TEST_F(WaylandPlaneTest, LimitsItsBuffersWhenNoneComesBack)
