@@ -97,6 +97,15 @@ TEST_F(Control, UsbFolderThatIsNotThereIsRefused)
     EXPECT_EQ(tvctl({"usb", "remove", scratch_ / "stick"}).status, 1);
 }
 
+TEST_F(Control, ARefusalIsInThePlayersLogToo)
+{
+    EXPECT_EQ(tvctl({"usb", "add", scratch_ / "missing"}).status, 1);
+    player_->signal(SIGTERM);
+    EXPECT_EQ(player_->finish(), 0);
+    EXPECT_THAT(player_->err_text(), HasSubstr("W/PLATFORM"));
+    EXPECT_THAT(player_->err_text(), HasSubstr("UsbAdd refused: "));
+}
+
 TEST_F(Control, LaunchRequestIsHandedOverWithAnyBytes)
 {
     EXPECT_EQ(tvctl({"launch", "--folder_path", "/a b/\xFF/", "--repeat_mode=no", "--extra",

@@ -45,6 +45,15 @@ TEST_F(StallWatchTest, LooksOnceASecondUntilItIsStopped)
     EXPECT_FALSE(watch_.due());
 }
 
+TEST_F(StallWatchTest, TheWaitForTheFirstFrameBeginsWithTheStart)
+{
+    StallWatch watch;
+    const StallWatch::Sight nothing = {};
+    watch.start(now_);
+    EXPECT_EQ(watch.look(nothing, now_ + 30s), nullptr);
+    EXPECT_STREQ(watch.look(nothing, now_ + 31s), "no frame comes any more");
+}
+
 TEST_F(StallWatchTest, ASlideThatStandsInTheMiddleIsNoStall)
 {
     for (int second = 1; second <= 7; second++)

@@ -255,7 +255,18 @@ TEST_F(States, TheInterfaceRefusesNullAndImpossibleArguments)
     EXPECT_EQ(player_set_uri(player, ""), BAD);
     EXPECT_EQ(player_set_subtitle_path(player, nullptr), BAD);
     EXPECT_EQ(player_set_display(player, PLAYER_DISPLAY_TYPE_OVERLAY, nullptr), BAD);
-    EXPECT_EQ(player_resize_video_render_rect(player, 0, 0, 0, 100), BAD);
+    // Far beyond any panel, and so small that sums of it do not overflow.
+    constexpr int LARGEST = 1 << 20;
+    EXPECT_EQ(player_resize_video_render_rect(player, LARGEST, -LARGEST, LARGEST, LARGEST), OK);
+    EXPECT_EQ(player_resize_video_render_rect(player, -LARGEST, LARGEST, 1, 1), OK);
+    for (const int bad : {-1, 0, LARGEST + 1}) {
+        EXPECT_EQ(player_resize_video_render_rect(player, 0, 0, bad, 100), BAD) << bad;
+        EXPECT_EQ(player_resize_video_render_rect(player, 0, 0, 100, bad), BAD) << bad;
+    }
+    for (const int bad : {-LARGEST - 1, LARGEST + 1}) {
+        EXPECT_EQ(player_resize_video_render_rect(player, bad, 0, 100, 100), BAD) << bad;
+        EXPECT_EQ(player_resize_video_render_rect(player, 0, bad, 100, 100), BAD) << bad;
+    }
     EXPECT_EQ(player_get_state(player, nullptr), BAD);
     EXPECT_EQ(player_get_playback_rate(player, nullptr), BAD);
 
