@@ -323,7 +323,6 @@ void thin_out(AssScript &script)
         return false;
     };
     std::vector<AssEvent> kept;
-    kept.reserve(script.events.size());
     for (AssEvent &event : script.events) {
         if (!is_too_many(event))
             kept.push_back(std::move(event));

@@ -123,6 +123,17 @@ TEST_P(SubtitleFormat, IsReadAndDrawn)
     EXPECT_TRUE(complaints().empty()) << complaints().front();
 }
 
+TEST_P(SubtitleFormat, IsKnownByItsContentUnderAForeignName)
+{
+    const FormatCase &format = GetParam();
+    for (const char *foreign : {"a.smi", "a.psb"}) {
+        const auto track = load(foreign, format.content);
+        ASSERT_NE(track, nullptr) << foreign;
+        EXPECT_EQ(text_at(*track, format.first_at), "Good morning") << foreign;
+        EXPECT_EQ(text_at(*track, format.second_at), "Two\nlines") << foreign;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Each, SubtitleFormat, testing::ValuesIn(FORMAT_CASES),
                          [](const auto &test) { return std::string(test.param.title); });
 
