@@ -151,6 +151,23 @@ TEST_F(SubtitleTest, CueTellsItsStartAndDuration)
     EXPECT_EQ(track->cue_at(63500), nullptr);
 }
 
+TEST_F(SubtitleTest, TimesOfFormatsThatOnlyWeReadHaveHoursMinutesAndFractions)
+{
+    const std::pair<const char *, const char *> files[] = {
+        {"a.psb", "{1:02:03.250}{1:02:05}Late\n"},
+        {"a.ttxt", "<TextStream version=\"1.1\">\n"
+                   "<TextSample sampleTime=\"01:02:03.250\" text=\"Late\"/>\n"
+                   "<TextSample sampleTime=\"01:02:05.000\" text=\"\"/>\n</TextStream>\n"}};
+    for (const auto &[name, content] : files) {
+        const auto track = load(name, content);
+        ASSERT_NE(track, nullptr) << name;
+        const auto *cue = track->cue_at(3724000);
+        ASSERT_NE(cue, nullptr) << name;
+        EXPECT_EQ(cue->start_ms, 3723250) << name;
+        EXPECT_EQ(cue->duration_ms, 1750) << name;
+    }
+}
+
 TEST_F(SubtitleTest, LastTextWithoutAnEndStaysForSomeSeconds)
 {
     const auto track = load("a.smi", "<SAMI><BODY>\n<SYNC Start=1000><P>The end\n</BODY></SAMI>\n");
