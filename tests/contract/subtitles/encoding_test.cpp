@@ -79,6 +79,15 @@ TEST_P(SubtitleEncoding, IsRecognised)
 INSTANTIATE_TEST_SUITE_P(Each, SubtitleEncoding, testing::ValuesIn(ENCODING_CASES),
                          [](const auto &test) { return std::string(test.param.title); });
 
+TEST_F(SubtitleTest, OneLetterBeyondAsciiMakesUtf8WhereverItStands)
+{
+    for (const char *text : {"é", "né", "né."}) {
+        const auto track = load("a.srt", one_cue_srt(text));
+        ASSERT_NE(track, nullptr) << text;
+        EXPECT_EQ(text_at(*track, 2000), text);
+    }
+}
+
 TEST_F(SubtitleTest, OneBadByteDoesNotTurnUtf8IntoSomethingElse)
 {
     std::string text = "안녕하세요 여러분 반갑습니다";
