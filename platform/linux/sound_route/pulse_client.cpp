@@ -117,8 +117,7 @@ bool PulseClient::wait_until(const std::function<bool()> &done)
         const int64_t left_us = deadline_us_ - static_cast<int64_t>(pa_rtclock_now());
         if (left_us <= 0)
             return false;
-        // Rounded up, so that the last part of a millisecond is not spent spinning.
-        const int wait_us = static_cast<int>(std::min<int64_t>(left_us + 999, INT32_MAX));
+        const int wait_us = static_cast<int>(std::min<int64_t>(left_us, INT32_MAX));
         if (pa_mainloop_prepare(loop_.get(), wait_us) < 0 || pa_mainloop_poll(loop_.get()) < 0 ||
             pa_mainloop_dispatch(loop_.get()) < 0)
             return false;

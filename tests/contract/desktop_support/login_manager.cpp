@@ -47,7 +47,7 @@ Eldbus_Message *inhibit(const Eldbus_Service_Interface *, const Eldbus_Message *
     Eldbus_Message *reply = eldbus_message_method_return_new(call);
     eldbus_message_arguments_append(reply, "h", ends[1]);
     close(ends[1]);
-    say(std::string("locked ") + what + " " + mode);
+    say(std::string("locked ") + what + " " + mode + " by " + who + ": " + why);
     return reply;
 }
 

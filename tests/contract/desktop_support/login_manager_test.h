@@ -19,10 +19,11 @@ class LoginManagerTest : public DesktopTest {
     }
 
     /** An application that the login manager has answered. */
-    std::unique_ptr<Program> known_app()
+    std::unique_ptr<Program> known_app(const Program::Variables &more = {})
     {
-        auto app = start_and_show();
-        EXPECT_TRUE(manager_->hears("locked shutdown:sleep delay"));
+        auto app = start_and_show(more);
+        EXPECT_TRUE(
+            manager_->hears("locked shutdown:sleep delay by Demo player: The demo is being ended"));
         return app;
     }
 

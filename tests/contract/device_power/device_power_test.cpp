@@ -18,6 +18,14 @@ TEST_F(DevicePowerTest, AShutdownIsAPowerOff)
     EXPECT_EQ(quit(*app), 0) << app->errors();
 }
 
+TEST_F(DevicePowerTest, APowerOffIsToldToWhoWantsNothingElse)
+{
+    auto app = known_app({{"TEST_POWER_OFF_ONLY", "1"}});
+    manager_->say("shutdown 1");
+    EXPECT_TRUE(app->hears("power off"));
+    EXPECT_EQ(quit(*app), 0) << app->errors();
+}
+
 TEST_F(DevicePowerTest, SleepIsStandbyAndItsEndAWakeUp)
 {
     auto app = known_app();

@@ -4,12 +4,15 @@
 #include <set>
 #include <string>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "key_router.h"
 #include "set_keys.h"
+#include "store_support/captured_log.h"
 
 namespace {
+
+using testing::HasSubstr;
 
 class KeyListTest : public testing::Test {
   protected:
@@ -79,9 +82,12 @@ TEST_F(KeyListTest, AGrabIsTakenWithoutACompositorsHelpAndReleased)
     auto *surface = reinterpret_cast<wl_surface *>(list_.get());
     KeyRouter_Initialize(nullptr, nullptr, nullptr, 0);
     KeyRouter_Add_All_Key(5, list_.get());
+    const store_test::CapturedLog log;
     EXPECT_TRUE(KeyRouter_Set_KeyList(surface, list_.get()));
+    EXPECT_THAT(log.text(), HasSubstr(std::to_string(list_->count) + " keys grabbed\n"));
     EXPECT_TRUE(KeyRouter_Set_KeyList(surface, list_.get()));
     EXPECT_TRUE(KeyRouter_UnSet_KeyList(surface, list_.get()));
+    EXPECT_THAT(log.text(), HasSubstr("keys released\n"));
     EXPECT_FALSE(KeyRouter_UnSet_KeyList(surface, list_.get())) << "nothing is grabbed any more";
     KeyRouter_Finalize();
 }

@@ -1,6 +1,7 @@
 // The set's window in a real compositor: what is on the screen, and what pointer and keys do.
 
 #include <algorithm>
+#include <chrono>
 #include <regex>
 
 #include <gmock/gmock.h>
@@ -258,8 +259,24 @@ TEST_F(WindowTest, ThePointerIsSeenAndFeltOnlyWhileItIsMoved)
     EXPECT_TRUE(app->hears("pointer at 99,450"));
     EXPECT_TRUE(wait_until([&] { return seen_at(450, 300); })) << app->errors();
     EXPECT_TRUE(wait_until([&] { return !seen_at(450, 300); }));
+    EXPECT_TRUE(app->hears("pointer gone")) << "what it stood on is still pointed at";
     Screen::get().input({"mousemove", "480", "200"});
     EXPECT_TRUE(wait_until([&] { return seen_at(480, 200); }));
+    EXPECT_EQ(quit(*app), 0);
+}
+
+TEST_F(WindowTest, ThePointerStaysForAsLongAsItIsMoved)
+{
+    auto app = start_and_show({{"WAYLAND_DEBUG", "client"}});
+    EXPECT_TRUE(wait_until([&] { return app->errors().find(", nil, ") != std::string::npos; }));
+    const size_t before = app->errors().size();
+    // Longer than it would stay at rest.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(3500);
+    for (int x = 300; std::chrono::steady_clock::now() < end; x = 700 - x)
+        Screen::get().input({"mousemove", std::to_string(x), "300"});
+    const std::string meanwhile = app->errors().substr(before);
+    EXPECT_THAT(meanwhile, testing::ContainsRegex("set_cursor\\([0-9]+, wl_surface"));
+    EXPECT_THAT(meanwhile, Not(testing::ContainsRegex("set_cursor\\([0-9]+, nil")));
     EXPECT_EQ(quit(*app), 0);
 }
 
