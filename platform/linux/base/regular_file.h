@@ -5,8 +5,11 @@
  */
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include <fcntl.h>
@@ -15,6 +18,12 @@
 #include "base/descriptor.h"
 
 namespace platform {
+
+/** Changes when another file takes a file's place, or when it is written to. */
+using FileStamp = std::array<int64_t, 5>;
+
+/** @return nothing where there is no file, or none that can be seen */
+std::optional<FileStamp> file_stamp(const std::string &path);
 
 /**
  * Opens a regular file. Child processes do not get it.

@@ -60,6 +60,12 @@ void FrameOutput::set_at_end(bool at_end)
         on_end_();
 }
 
+bool FrameOutput::is_painted_for(const DisplayView &view) const
+{
+    return painted_ && painted_view_ == view && painted_->width() == view.plane->width() &&
+           painted_->height() == view.plane->height();
+}
+
 bool FrameOutput::paint(GstBuffer *frame, GstClockTime position, const DisplayView &view)
 {
     painted_.reset();
@@ -83,11 +89,15 @@ void FrameOutput::prepare(GstBuffer *frame, GstClockTime position)
     const std::lock_guard<std::mutex> lock(mutex_);
     if (closed_)
         return;
+    const DisplayView view = display_->view();
+    // The frame that filled the pipeline comes once more when the pipeline starts to run.
+    if (frame_.get() == frame && frame_position_ == position && is_painted_for(view))
+        return;
     if (frame_.get() != frame)
         frame_.reset(gst_buffer_ref(frame));
     frame_position_ = position;
     frame_shown_ = false;
-    paint(frame, position, display_->view());
+    paint(frame, position, view);
 }
 
 bool FrameOutput::show(GstBuffer *frame, GstClockTime position)
@@ -97,14 +107,12 @@ bool FrameOutput::show(GstBuffer *frame, GstClockTime position)
         return true;
     if (GST_CLOCK_TIME_IS_VALID(position))
         position_ = position;
-    // The frame that filled the pipeline comes a second time when the pipeline starts to run.
+    // So does the one on screen after a pause.
     if (frame_shown_ && frame_.get() == frame)
         return true;
     const DisplayView view = display_->view();
-    if (!painted_ || !(painted_view_ == view)) {
-        if (!paint(frame, position, view))
-            return true;
-    }
+    if (!is_painted_for(view) && !paint(frame, position, view))
+        return true;
     const bool presented = view.plane->present(painted_);
     painted_.reset();
     frame_shown_ = true;

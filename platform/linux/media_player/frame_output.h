@@ -75,6 +75,7 @@ class FrameOutput {
     int height() const { return height_; }
 
   private:
+    bool is_painted_for(const DisplayView &view) const;
     bool paint(GstBuffer *frame, GstClockTime position, const DisplayView &view);
     void report_cue(GstClockTime position);
 

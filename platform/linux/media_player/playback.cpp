@@ -30,12 +30,6 @@ constexpr auto LOOK_AFTER_OPENING = std::chrono::milliseconds(250);
 // cold disk. Nothing plays before its end, so it is given up late.
 constexpr auto LONGEST_SET_UP = std::chrono::seconds(180);
 
-std::string name_of(const std::string &uri)
-{
-    std::string path = local_path(uri);
-    return path.empty() ? uri : path;
-}
-
 } // namespace
 
 std::shared_ptr<Playback> Playback::open(PlaybackRequest request, PlaybackEvents events)
@@ -57,12 +51,22 @@ std::shared_ptr<Playback> Playback::open(PlaybackRequest request, PlaybackEvents
 
 Playback::Playback(PlaybackRequest request, PlaybackEvents events)
     : request_(std::move(request)), events_(std::move(events)),
-      output_(std::make_shared<FrameOutput>(request_.display)), name_(name_of(request_.uri)),
-      sound_(request_.options->sound_retry_interval), looping_(request_.looping)
+      output_(std::make_shared<FrameOutput>(request_.display)), path_(local_path(request_.uri)),
+      name_(path_.empty() ? request_.uri : path_),
+      sound_(request_.options->sound_retry_interval), looping_(request_.looping),
+      subtitle_(request_.subtitle)
 {
 }
 
 Playback::~Playback() = default;
+
+void Playback::adopt(const std::string &subtitle, bool looping)
+{
+    thread_.post([this, subtitle, looping] {
+        looping_ = looping;
+        take_subtitle(subtitle);
+    });
+}
 
 void Playback::release_results()
 {
@@ -70,6 +74,10 @@ void Playback::release_results()
         if (!held_results_)
             return;
         const auto results = *std::exchange(held_results_, std::nullopt);
+        if (phase_ == Phase::Prepared && file_stamp(path_) != stamp_) {
+            open_changed_file();
+            return;
+        }
         for (const auto &result : results)
             result();
     });
@@ -102,7 +110,11 @@ void Playback::set_rate(double rate, uint64_t request)
 
 void Playback::set_looping(bool looping)
 {
-    thread_.post([this, looping] { looping_ = looping; });
+    thread_.post([this, looping] {
+        looping_ = looping;
+        if (phase_ == Phase::Playing)
+            end_.start(Clock::now());
+    });
 }
 
 void Playback::redraw()
@@ -138,7 +150,7 @@ void Playback::dispose()
 }
 
 /** All that can fall due, the more urgent first. */
-std::array<Playback::Deadline, 6> Playback::deadlines() const
+std::array<Playback::Deadline, 7> Playback::deadlines() const
 {
     std::optional<Clock::time_point> step;
     if (phase_ == Phase::Playing && !wait_)
@@ -148,7 +160,8 @@ std::array<Playback::Deadline, 6> Playback::deadlines() const
              {rounds_.due(), &Playback::on_round_due},
              {break_.due(), &Playback::check_broken},
              {stall_.due(), &Playback::check_for_stall},
-             {step, &Playback::step_back}}};
+             {step, &Playback::step_back},
+             {end_.due(), &Playback::check_for_end}}};
 }
 
 std::optional<Playback::Clock::time_point> Playback::next_deadline() const
@@ -218,17 +231,28 @@ int Playback::try_open()
         begin_wait_for_first_frame();
     });
     wait_for_others();
-    const std::string path = local_path(request_.uri);
-    if (!path.empty()) {
-        if (const int code = check_media_file(path))
+    if (!path_.empty()) {
+        if (const int code = check_media_file(path_))
             return code;
     }
+    thread_.post([this, stamp = file_stamp(path_)] { stamp_ = stamp; });
     output_->set_end_listener([this] { thread_.post([this] { on_round_shown(); }); });
     thread_.post([this] { start_subtitle(); });
     if (thread_.stopping())
         return PLAYER_ERROR_NONE;
     make_pipeline();
     return pipeline_->open() ? PLAYER_ERROR_NONE : PLAYER_ERROR_INVALID_OPERATION;
+}
+
+// Not a matter of the caller's: to it the file has not been opened before.
+void Playback::open_changed_file()
+{
+    PLATFORM_LOGI("player", "%s has changed and is opened anew", name_.c_str());
+    phase_ = Phase::AwaitingFrame;
+    begin_wait_for_first_frame();
+    stamp_ = file_stamp(path_);
+    if (!open_again())
+        fail(PLAYER_ERROR_INVALID_OPERATION, "it cannot be opened");
 }
 
 // Two files can be open at a time, so that a change between them is quick, but no more. Where they
@@ -373,21 +397,26 @@ void Playback::fail(int error_code, const std::string &why)
 {
     if (phase_ == Phase::Failed)
         return;
-    PLATFORM_LOGW("player", "%s cannot be played: %s", name_.c_str(), why.c_str());
-    end_in_failure([this, error_code] { events_.failed(*this, error_code); });
+    end_in_failure([this, error_code, why] {
+        PLATFORM_LOGW("player", "%s cannot be played: %s", name_.c_str(), why.c_str());
+        events_.failed(*this, error_code);
+    });
 }
 
 void Playback::interrupt(const std::string &why)
 {
     if (phase_ == Phase::Failed)
         return;
-    PLATFORM_LOGW("player", "%s was interrupted: %s", name_.c_str(), why.c_str());
-    end_in_failure([this] { events_.interrupted(*this); });
+    end_in_failure([this, why] {
+        PLATFORM_LOGW("player", "%s was interrupted: %s", name_.c_str(), why.c_str());
+        events_.interrupted(*this);
+    });
 }
 
 void Playback::end_in_failure(std::function<void()> tell)
 {
     phase_ = Phase::Failed;
+    has_failed_ = true;
     wait_.reset();
     output_->close();
     report_result(std::move(tell));

@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "base/regular_file.h"
 #include "base/worker_thread.h"
 #include "media_player/display_settings.h"
 #include "media_player/frame_output.h"
@@ -42,6 +43,8 @@ struct PlaybackEvents {
     std::function<void(Playback &from, const SubtitleTrack::Cue &cue)> subtitle;
     /** The speed went back to 1.0 by itself; `request` is the set_rate() it answers. */
     std::function<void(Playback &from, uint64_t request)> normal_speed;
+    /** It will soon have played to its end, and not begin anew. */
+    std::function<void(Playback &from)> nearly_over;
 };
 
 struct PlaybackRequest {
@@ -64,6 +67,9 @@ class Playback : public std::enable_shared_from_this<Playback> {
     static std::shared_ptr<Playback> open(PlaybackRequest request, PlaybackEvents events);
 
     // Any thread; all return at once, but for close(), which waits for a frame being drawn.
+    /** Says what the caller wants of a file that was opened ahead of the call; before its results. */
+    void adopt(const std::string &subtitle, bool looping);
+    /** A file that has changed since it was opened is opened anew first. */
     void release_results();
     void start();
     void pause();
@@ -82,6 +88,9 @@ class Playback : public std::enable_shared_from_this<Playback> {
     int width() const { return output_->width(); }
     int height() const { return output_->height(); }
     bool has_subtitle() const { return has_subtitle_; }
+
+    /** Whether it could not be prepared; any thread. */
+    bool has_failed() const { return has_failed_; }
 
     Playback(PlaybackRequest request, PlaybackEvents events);
     ~Playback();
@@ -127,7 +136,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     // The thread.
     void begin();
     void dispose();
-    std::array<Deadline, 6> deadlines() const;
+    std::array<Deadline, 7> deadlines() const;
     std::optional<Clock::time_point> next_deadline() const;
     void act_on_deadline();
     void await_ready(std::function<void()> next, std::chrono::milliseconds limit,
@@ -137,6 +146,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     // Preparation.
     void open_file();
     int try_open();
+    void open_changed_file();
     void wait_for_others() const;
     void make_pipeline();
     bool open_again();
@@ -149,9 +159,11 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void finish_preparation();
 
     // Its subtitle.
+    void take_subtitle(const std::string &path);
     void start_subtitle();
     void await_subtitle();
-    void on_subtitle_read(const std::shared_ptr<SubtitleTrack> &track, const std::string &error);
+    void on_subtitle_read(const std::string &path, const std::shared_ptr<SubtitleTrack> &track,
+                          const std::string &error);
     void give_up_subtitle();
     void warn_about_subtitle(const std::string &why) const;
 
@@ -175,6 +187,8 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void plan_round();
     void on_round_shown();
     void on_round_due();
+    void check_for_end();
+    static std::optional<std::chrono::nanoseconds> known(GstClockTime time);
     void follow(Rounds::Step step);
     void begin_round();
     void complete();
@@ -197,12 +211,14 @@ class Playback : public std::enable_shared_from_this<Playback> {
     const PlaybackRequest request_;
     PlaybackEvents events_;
     const std::shared_ptr<FrameOutput> output_;
+    const std::string path_; ///< of a local file; empty: it is none
     const std::string name_; ///< for log lines
     WorkerThread thread_{"file"};
     WorkerThread opener_{"file-opener"};
     WorkerThread subtitle_reader_{"subtitle"};
     std::atomic<GstClockTime> duration_{GST_CLOCK_TIME_NONE};
     std::atomic<bool> has_subtitle_{false};
+    std::atomic<bool> has_failed_{false};
     std::atomic<bool> count_drops_{true};
 
     // Made by the opener, then used by the thread alone.
@@ -213,6 +229,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
 
     // The thread's own.
     Phase phase_ = Phase::SettingUp;
+    std::optional<FileStamp> stamp_;  ///< of the file, as it was opened
     Clock::time_point waiting_since_; ///< for the media system, or for the first frame
     std::optional<PipelineWait> wait_;
     /** What came of the preparation, until the caller wants to hear it; null: it does. */
@@ -225,12 +242,15 @@ class Playback : public std::enable_shared_from_this<Playback> {
     double wanted_rate_ = 1.0;
     uint64_t rate_request_ = 0;
 
+    std::string subtitle_;          ///< path; empty: none is wanted
+    std::string subtitle_begun_;    ///< the one whose reading was begun last
     bool subtitle_pending_ = false; ///< it is being read
     std::optional<Clock::time_point> subtitle_limit_;
 
     Rounds rounds_;
     StallWatch stall_;
     BreakWatch break_;
+    EndWatch end_;
 };
 
 } // namespace platform

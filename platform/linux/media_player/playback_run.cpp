@@ -21,6 +21,7 @@ void Playback::do_start()
     if (phase_ == Phase::Paused) {
         phase_ = Phase::Playing;
         trick_->set_running(true, Clock::now());
+        end_.start(Clock::now());
         resume_pipeline();
         return;
     }
@@ -32,6 +33,7 @@ void Playback::do_start()
     const auto now = Clock::now();
     rounds_.on_start(now);
     stall_.start(now);
+    end_.start(now);
     if (break_.broken() && needs_rewind_) {
         restart();
         return;
@@ -106,6 +108,8 @@ void Playback::take_speed()
 void Playback::on_speed(TrickPlay::Next next)
 {
     count_drops_ = trick_->rate() == 1.0;
+    if (phase_ == Phase::Playing)
+        end_.start(Clock::now());
     switch (next) {
     case TrickPlay::Next::Nothing:
         break;
@@ -211,6 +215,22 @@ void Playback::on_round_shown()
 void Playback::on_round_due()
 {
     follow(rounds_.on_due());
+}
+
+std::optional<std::chrono::nanoseconds> Playback::known(GstClockTime time)
+{
+    if (!GST_CLOCK_TIME_IS_VALID(time))
+        return {};
+    return std::chrono::nanoseconds(time);
+}
+
+void Playback::check_for_end()
+{
+    end_.stop();
+    if (phase_ != Phase::Playing || looping_ || trick_->rate() != 1.0)
+        return;
+    if (end_.look({known(output_->position()), known(duration_)}, Clock::now()))
+        events_.nearly_over(*this);
 }
 
 void Playback::follow(Rounds::Step step)

@@ -10,21 +10,40 @@ namespace platform {
 // its closing.
 void Playback::start_subtitle()
 {
-    if (request_.subtitle.empty())
+    if (subtitle_.empty() || subtitle_ == subtitle_begun_)
         return;
-    const auto read = [weak = weak_from_this(), path = request_.subtitle,
+    subtitle_begun_ = subtitle_;
+    const auto read = [weak = weak_from_this(), path = subtitle_,
                        load = request_.options->load_subtitle,
                        &stopping = subtitle_reader_.stopping()] {
         std::string error;
         const std::shared_ptr<SubtitleTrack> track =
             load(path, error, [&stopping] { return stopping.load(); });
         if (const std::shared_ptr<Playback> playback = weak.lock())
-            playback->thread_.post(
-                [self = playback.get(), track, error] { self->on_subtitle_read(track, error); });
+            playback->thread_.post([self = playback.get(), path, track, error] {
+                self->on_subtitle_read(path, track, error);
+            });
     };
     subtitle_pending_ = subtitle_reader_.post(read);
     if (!subtitle_pending_)
         warn_about_subtitle("there is no thread to read it");
+}
+
+// A file that was opened ahead may have been opened with another one, or with none.
+void Playback::take_subtitle(const std::string &path)
+{
+    if (path == subtitle_)
+        return;
+    subtitle_ = path;
+    subtitle_pending_ = false;
+    has_subtitle_ = false;
+    output_->set_subtitle(nullptr, {});
+    start_subtitle();
+    if (phase_ == Phase::Prepared || phase_ == Phase::AwaitingSubtitle) {
+        held_results_->clear();
+        phase_ = Phase::AwaitingSubtitle;
+        await_subtitle();
+    }
 }
 
 void Playback::await_subtitle()
@@ -38,10 +57,11 @@ void Playback::await_subtitle()
     report_result([this] { finish_preparation(); });
 }
 
-void Playback::on_subtitle_read(const std::shared_ptr<SubtitleTrack> &track,
+void Playback::on_subtitle_read(const std::string &path,
+                                const std::shared_ptr<SubtitleTrack> &track,
                                 const std::string &error)
 {
-    if (!std::exchange(subtitle_pending_, false))
+    if (path != subtitle_ || !std::exchange(subtitle_pending_, false))
         return;
     if (track) {
         has_subtitle_ = true;
@@ -66,7 +86,7 @@ void Playback::give_up_subtitle()
 void Playback::warn_about_subtitle(const std::string &why) const
 {
     PLATFORM_LOGW("player", "%s plays without its subtitle %s: %s", name_.c_str(),
-                  request_.subtitle.c_str(), why.c_str());
+                  subtitle_.c_str(), why.c_str());
 }
 
 } // namespace platform

@@ -6,17 +6,6 @@
 #include "media_player/playback.h"
 
 namespace platform {
-namespace {
-
-std::optional<std::chrono::nanoseconds> known(GstClockTime time)
-{
-    if (!GST_CLOCK_TIME_IS_VALID(time))
-        return {};
-    return std::chrono::nanoseconds(time);
-}
-
-} // namespace
-
 void Playback::on_decoder_missing(Track track, const std::string &what)
 {
     std::string &missing = missing_decoders_[track];

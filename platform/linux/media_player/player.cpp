@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "log/platform_log.h"
+#include "media_player/audio_sink.h"
 #include "media_player/media_system.h"
 #include "media_player/media_uri.h"
 
@@ -44,6 +45,7 @@ std::shared_ptr<Player> Player::create(PlayerOptions options)
 {
     start_media_system();
     auto player = std::make_shared<Player>(std::move(options));
+    player->join_lookahead();
     LatestPlayer &latest = latest_player();
     const std::lock_guard<std::mutex> lock(latest.mutex);
     latest.player = player;
@@ -57,6 +59,23 @@ std::shared_ptr<Player> Player::latest()
     return latest.player.lock();
 }
 
+void Player::join_lookahead()
+{
+    if (!options_->lookahead)
+        return;
+    const std::weak_ptr<Player> weak = weak_from_this();
+    Lookahead::Opener opener;
+    opener.open = [weak](const PlayedItem &item) {
+        if (const std::shared_ptr<Player> player = weak.lock())
+            player->open_ahead(item);
+    };
+    opener.drop = [weak] {
+        if (const std::shared_ptr<Player> player = weak.lock())
+            player->drop_ahead();
+    };
+    options_->lookahead->set_opener(ContentKind::Video, std::move(opener));
+}
+
 Player::Player(PlayerOptions options)
     : options_(std::make_shared<const PlayerOptions>(std::move(options)))
 {
@@ -65,10 +84,14 @@ Player::Player(PlayerOptions options)
 void Player::destroy()
 {
     unprepare();
-    std::shared_future<void> going[2];
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         state_ = PLAYER_STATE_NONE;
+    }
+    drop_ahead();
+    std::shared_future<void> going[2];
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
         going[0] = before_previous_;
         going[1] = previous_;
         // From inside a callback the file's own thread would wait for itself.
@@ -151,26 +174,74 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
         return PLAYER_ERROR_INVALID_STATE;
     if (uri_.empty() || current_)
         return PLAYER_ERROR_INVALID_OPERATION;
-    PlaybackRequest request;
-    request.uri = media_uri(uri_);
-    if (request.uri.empty())
+    if (media_uri(uri_).empty())
         return PLAYER_ERROR_INVALID_PARAMETER;
-    if (!display_->has_plane())
-        display_->set_plane(VideoPlane::offscreen(UNSEEN_WIDTH, UNSEEN_HEIGHT));
-    request.subtitle = subtitle_;
-    request.display = display_;
-    request.looping = looping_;
-    request.options = options_;
-    request.previous = previous_;
-    request.before_previous = before_previous_;
-    const std::shared_ptr<Playback> opened = Playback::open(std::move(request), playback_events());
+    std::shared_ptr<Playback> opened = take_ahead();
+    if (!opened)
+        opened = open({uri_, subtitle_});
     if (!opened)
         return PLAYER_ERROR_RESOURCE_LIMIT;
+    if (options_->lookahead)
+        options_->lookahead->on_begun({uri_, subtitle_});
     prepared_ = {callback, user_data};
     rate_ = 1.0;
     current_ = opened;
     schedule_release(current_);
     return PLAYER_ERROR_NONE;
+}
+
+std::shared_ptr<Playback> Player::open(const PlayedItem &item)
+{
+    if (!display_->has_plane())
+        display_->set_plane(VideoPlane::offscreen(UNSEEN_WIDTH, UNSEEN_HEIGHT));
+    PlaybackRequest request;
+    request.uri = media_uri(item.path);
+    request.subtitle = item.subtitle;
+    request.display = display_;
+    request.looping = looping_;
+    request.options = options_;
+    request.previous = current_ ? current_->disposed() : previous_;
+    request.before_previous = current_ ? previous_ : before_previous_;
+    return Playback::open(std::move(request), playback_events());
+}
+
+// Where two files cannot share the sound device the second one would play in silence.
+void Player::open_ahead(const PlayedItem &item)
+{
+    if (!audio_sink_is_shared())
+        return;
+    drop_ahead();
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (state_ != PLAYER_STATE_NONE && !media_uri(item.path).empty())
+        ahead_ = {item.path, open(item)};
+}
+
+void Player::drop_ahead()
+{
+    std::shared_ptr<Playback> dropped;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        dropped = std::exchange(ahead_, {}).playback;
+        if (dropped)
+            keep_as_predecessor(*dropped);
+    }
+    if (dropped)
+        dropped->close();
+}
+
+// One that could not be prepared beside the file that played may well be prepared alone.
+std::shared_ptr<Playback> Player::take_ahead()
+{
+    const Ahead ahead = std::exchange(ahead_, {});
+    if (!ahead.playback)
+        return nullptr;
+    if (ahead.uri != uri_ || ahead.playback->has_failed()) {
+        keep_as_predecessor(*ahead.playback);
+        ahead.playback->close();
+        return nullptr;
+    }
+    ahead.playback->adopt(subtitle_, looping_);
+    return ahead.playback;
 }
 
 // The caller goes on about this file after the call that prepares it. So nothing is told before
@@ -287,6 +358,9 @@ int Player::set_rate(double rate)
         return PLAYER_ERROR_INVALID_STATE;
     rate_ = rate;
     current_->set_rate(rate, ++rate_request_);
+    // Another decoder beside one that plays fast is too much, and the end is far away again.
+    if (rate != 1.0 && options_->lookahead)
+        options_->lookahead->drop();
     return PLAYER_ERROR_NONE;
 }
 
@@ -349,6 +423,7 @@ PlaybackEvents Player::playback_events()
     events.interrupted = std::bind(&Player::on_interrupted, self, _1);
     events.subtitle = std::bind(&Player::on_subtitle, self, _1, _2);
     events.normal_speed = std::bind(&Player::on_normal_speed, self, _1, _2);
+    events.nearly_over = std::bind(&Player::on_nearly_over, self, _1);
     return events;
 }
 
@@ -441,6 +516,19 @@ void Player::on_normal_speed(const Playback &from, uint64_t request)
     const std::lock_guard<std::mutex> lock(mutex_);
     if (current_.get() == &from && request == rate_request_)
         rate_ = 1.0;
+}
+
+void Player::on_nearly_over(const Playback &from)
+{
+    std::string uri;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (current_.get() != &from)
+            return;
+        uri = uri_;
+    }
+    if (options_->lookahead)
+        options_->lookahead->on_nearly_over(uri);
 }
 
 PlayerStatus current_player_status()

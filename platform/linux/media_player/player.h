@@ -52,6 +52,10 @@ class Player : public std::enable_shared_from_this<Player> {
     /** See DisplaySettings::set_area(); a picture that stands is drawn anew. */
     void set_area(const Rect &area);
 
+    /** Opens a file in the hope that prepare_async() will ask for it. Any thread. */
+    void open_ahead(const PlayedItem &item);
+    void drop_ahead();
+
     // As in the C interface.
     int prepare_async(player_prepared_cb callback, void *user_data);
     void unprepare();
@@ -73,6 +77,7 @@ class Player : public std::enable_shared_from_this<Player> {
         void *user_data = nullptr;
     };
 
+    void join_lookahead();
     PlaybackEvents playback_events();
     void on_prepared(const Playback &from);
     void on_completed(const Playback &from);
@@ -81,6 +86,10 @@ class Player : public std::enable_shared_from_this<Player> {
     void on_interrupted(Playback &from);
     void on_subtitle(const Playback &from, const SubtitleTrack::Cue &cue);
     void on_normal_speed(const Playback &from, uint64_t request);
+    void on_nearly_over(const Playback &from);
+
+    std::shared_ptr<Playback> open(const PlayedItem &item);
+    std::shared_ptr<Playback> take_ahead();
 
     template <typename Change> void notify(const Playback &from, Change change);
     /** Lets the results of one file through, from the main loop. */
@@ -112,6 +121,11 @@ class Player : public std::enable_shared_from_this<Player> {
     double rate_ = 1.0;
     uint64_t rate_request_ = 0;
     std::shared_ptr<Playback> current_;
+    /** Waits, prepared, to become the current one; nobody hears of it before. */
+    struct Ahead {
+        std::string uri; ///< as set_uri() would give it
+        std::shared_ptr<Playback> playback;
+    } ahead_;
     std::shared_future<void> previous_;
     std::shared_future<void> before_previous_;
     std::unique_ptr<Ecore_Job, ReleaseJobEnd> release_job_;

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "lookahead/lookahead.h"
 #include "media_player/audio_sink.h"
 #include "media_player/media_system.h"
 #include "media_player/pipeline.h"
@@ -29,6 +30,8 @@ struct PlayerOptions {
     SubtitleLoad load_subtitle = SubtitleTrack::load;
     /** How long a video whose first frame is there may wait for its subtitle. */
     std::chrono::milliseconds subtitle_timeout{3000};
+    /** Names the file that is opened ahead, and hears of those that are played; null: none is. */
+    Lookahead *lookahead = &Lookahead::get();
 };
 
 } // namespace platform

@@ -23,6 +23,10 @@ constexpr auto BREAK_START_PATIENCE = std::chrono::milliseconds(1000);
 // A looping file that breaks sooner in its film is not begun anew: there is too little of it.
 constexpr auto SHORTEST_LIFE = std::chrono::milliseconds(1000);
 
+// Opening a file takes some tenths of a second, several times that on a cold disk or a small machine
+// that decodes another one meanwhile. Its memory is taken for no longer.
+constexpr auto NEAR_THE_END = std::chrono::seconds(4);
+
 } // namespace
 
 void StallWatch::start(Time now)
@@ -82,6 +86,18 @@ BreakWatch::Verdict BreakWatch::check(const Progress &progress, Time now)
     const bool lived =
         progress.shown > shown_before_ && progress.position && *progress.position >= SHORTEST_LIFE;
     return progress.looping && lived ? Verdict::Restart : Verdict::End;
+}
+
+bool EndWatch::look(const Sight &sight, Time now)
+{
+    due_.reset();
+    if (!sight.length)
+        return true;
+    const auto left = *sight.length - sight.position.value_or(std::chrono::nanoseconds(0));
+    if (left <= NEAR_THE_END)
+        return true;
+    due_ = now + (left - NEAR_THE_END);
+    return false;
 }
 
 } // namespace platform

@@ -1,7 +1,7 @@
 /**
- * Watches whether a file's frames still come: one that stalls without a word, and one that has told
- * that it is broken and shows what was decoded before. Both decide only. One thread at a time,
- * which tells the time.
+ * Watches whether a file's frames still come: one that stalls without a word, one that has told
+ * that it is broken and shows what was decoded before, and one that will soon have shown them all.
+ * They decide only. One thread at a time, which tells the time.
  */
 #pragma once
 
@@ -88,6 +88,31 @@ class BreakWatch {
     std::optional<Time> due_;
     uint64_t shown_ = 0;        ///< at the last check
     uint64_t shown_before_ = 0; ///< when it was begun
+};
+
+/** When a file that plays on its own will soon be over, so that another can be opened meanwhile. */
+class EndWatch {
+  public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    /** What can be seen of a file's play. */
+    struct Sight {
+        std::optional<std::chrono::nanoseconds> position; ///< of the newest frame
+        std::optional<std::chrono::nanoseconds> length;
+    };
+
+    /** The file begins to play forward, once, at normal speed. */
+    void start(Time now) { due_ = now; }
+    void stop() { due_.reset(); }
+
+    /** When to look() next, if ever. */
+    std::optional<Time> due() const { return due_; }
+
+    /** @return true, once, when the end is near; where nothing tells the length it always is */
+    bool look(const Sight &sight, Time now);
+
+  private:
+    std::optional<Time> due_;
 };
 
 } // namespace platform

@@ -1,5 +1,10 @@
 #include "player_rules/content_rules.h"
 
+#include <algorithm>
+#include <memory>
+
+#include <dirent.h>
+
 #include "base/ascii_case.h"
 
 namespace platform {
@@ -12,6 +17,10 @@ constexpr std::string_view VIDEOS_OF_DIRECT_BACKLIGHT =
     ".smp4/.ts/.avi/.mp4/.asf/.wmv/.ogg/.flv/.mpeg/.mkv/.tp";
 constexpr std::string_view PHOTOS = ".jpg/.jpeg";
 constexpr std::string_view PORTRAIT_PREFIX = "portrait_";
+
+struct DirectoryCloser {
+    void operator()(DIR *directory) const { closedir(directory); }
+};
 
 } // namespace
 
@@ -31,6 +40,44 @@ ContentKind content_kind(std::string_view name, bool direct_backlight)
 bool is_portrait_content(std::string_view name)
 {
     return find_nocase(name.substr(0, PORTRAIT_PREFIX.size()), PORTRAIT_PREFIX) == 0;
+}
+
+std::optional<ContentList> content_list(const std::string &path, bool direct_backlight)
+{
+    const size_t slash = path.rfind('/');
+    if (slash == std::string::npos)
+        return std::nullopt;
+    const std::string name = path.substr(slash + 1);
+    const std::unique_ptr<DIR, DirectoryCloser> directory(
+        opendir(path.substr(0, slash + 1).c_str()));
+    if (!directory)
+        return std::nullopt;
+
+    ContentList list;
+    list.portrait = is_portrait_content(name);
+    std::vector<std::string> photos;
+    while (const dirent *entry = readdir(directory.get())) {
+        if (is_portrait_content(entry->d_name) != list.portrait)
+            continue;
+        switch (content_kind(entry->d_name, direct_backlight)) {
+        case ContentKind::Video:
+            list.names.emplace_back(entry->d_name);
+            break;
+        case ContentKind::Photo:
+            photos.emplace_back(entry->d_name);
+            break;
+        case ContentKind::Other:
+            break;
+        }
+    }
+    list.videos = list.names.size();
+    list.names.insert(list.names.end(), photos.begin(), photos.end());
+
+    const auto found = std::find(list.names.begin(), list.names.end(), name);
+    if (found == list.names.end())
+        return std::nullopt;
+    list.position = static_cast<size_t>(found - list.names.begin());
+    return list;
 }
 
 } // namespace platform

@@ -1,10 +1,13 @@
 /**
- * Which files of a folder the player plays, told by their names alone, and on which panel. Any
- * thread.
+ * Which files of a folder the player plays, told by their names alone, on which panel, and in which
+ * order. Any thread.
  */
 #pragma once
 
+#include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace platform {
 
@@ -19,5 +22,24 @@ ContentKind content_kind(std::string_view name, bool direct_backlight);
 
 /** Whether a file is for the upright panel. */
 bool is_portrait_content(std::string_view name);
+
+/**
+ * The list that a playing file stands in, as its folder tells it: the folder's files of one
+ * orientation, videos before photos, each in the order of the directory.
+ */
+struct ContentList {
+    bool portrait = false;          ///< the list for the upright panel
+    std::vector<std::string> names; ///< names of the files, in the order in which they play
+    size_t videos = 0;              ///< how many of them are videos; photos follow
+    size_t position = 0;            ///< of the file in question, counted from 0
+};
+
+/**
+ * Looks a file up in its list. Takes as long as the file system does.
+ *
+ * @param path the file, as the player names it to its libraries
+ * @return nothing where the folder cannot be read or does not hold the file as one of a list
+ */
+std::optional<ContentList> content_list(const std::string &path, bool direct_backlight);
 
 } // namespace platform
