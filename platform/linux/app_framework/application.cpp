@@ -16,10 +16,12 @@
 #include "device_power/power_service.h"
 #include "key_router/key_translator.h"
 #include "log/platform_log.h"
+#include "media_player/media_system.h"
 #include "panel/panel_model.h"
 #include "panel/rotation_state.h"
 #include "panel/timed_rotation.h"
 #include "player_rules/launch_rules.h"
+#include "still_picture/picture_ahead.h"
 #include "window/tv_window.h"
 
 namespace platform {
@@ -105,6 +107,9 @@ int Application::launch(const Extras &extras)
 
 bool Application::start_services()
 {
+    // It takes the longest by far, so it goes on beside all the rest.
+    start_media_system();
+    PictureAhead::get().join_lookahead();
     bind_message_catalogue();
     write_factory_defaults();
     announce_device_events();

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <initializer_list>
 
+#include <malloc.h>
+
 #include <Efreet.h>
 
 namespace platform {
@@ -12,6 +14,12 @@ namespace platform {
 namespace {
 
 constexpr int KEEP_USERS_CHOICE = 0;
+
+// Blocks of this size and more are mapped by themselves and go back to the system when they are
+// freed. The allocator starts with this size, but raises it up to a picture's with the first picture
+// that is freed; later ones would lie in the heap between small things that outlive them, and what
+// is free there would grow with every change of files.
+constexpr int MAPPED_BLOCK = 128 * 1024;
 
 sigset_t ending_signals()
 {
@@ -30,6 +38,9 @@ void prepare_process()
     // application in the ordinary way.
     const sigset_t signals = ending_signals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+
+    mallopt(M_MMAP_THRESHOLD, MAPPED_BLOCK);
+    mallopt(M_TRIM_THRESHOLD, MAPPED_BLOCK);
 
     // Modules that watch the battery and the host name; a demo has no use for either.
     setenv("ECORE_NO_SYSTEM_MODULES", "1", KEEP_USERS_CHOICE);

@@ -85,7 +85,7 @@ void Lookahead::wait_until_done()
 void Lookahead::open_after(const std::string &path)
 {
     const std::optional<PlayedItem> next = follower_of(path);
-    if (!next || next->path == open_path_ || environment_.memory_is_short())
+    if (!next || next->path == path || next->path == open_path_ || environment_.memory_is_short())
         return;
     drop_unless({});
     const Opener opener = opener_of(next->path);

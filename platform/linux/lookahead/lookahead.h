@@ -2,6 +2,7 @@
  * Has the next item opened while the present one still plays, so that nothing has to be waited for
  * between the two. Which item that is the application does not say: it is what followed the last
  * time, and before that the next one of the folder. A wrong guess costs some work and nothing else.
+ * An item that follows itself is left alone: it plays in rounds, or stands.
  *
  * One item is open ahead at a time, and none while memory is short. Any thread; nothing blocks.
  */

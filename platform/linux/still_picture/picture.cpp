@@ -3,6 +3,7 @@
 #include <new>
 
 #include "log/platform_log.h"
+#include "lookahead/lookahead.h"
 #include "still_picture/compose.h"
 #include "still_picture/picture_status.h"
 
@@ -21,6 +22,7 @@ StillPicture::StillPicture(std::string path) : _pictrel_s{}, path_(std::move(pat
 
 StillPicture *StillPicture::create(std::string path)
 {
+    Lookahead::get().on_begun({path, {}});
     auto picture = std::make_shared<StillPicture>(std::move(path));
     picture->self_ = picture;
     made_last = picture.get();
@@ -98,16 +100,22 @@ bool StillPicture::begin(Phase from, Phase to, void (StillPicture::*work)(Time))
 
 void StillPicture::read_header(Time asked)
 {
-    try {
-        reader_ = std::make_unique<JpegReader>(worker_.stopping());
-        if (!reader_->open(path_))
-            return fail(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED, asked, reader_->error());
-    } catch (const std::bad_alloc &) {
-        return fail(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED, asked, "no memory");
+    if (plane_)
+        decoded_ = PictureAhead::get().take(path_, panel(), worker_.stopping());
+    if (!decoded_) {
+        decoded_ = std::make_unique<DecodedPicture>();
+        try {
+            reader_ = std::make_unique<JpegReader>(worker_.stopping());
+            if (!reader_->open(path_))
+                return fail(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED, asked,
+                            reader_->error());
+        } catch (const std::bad_alloc &) {
+            return fail(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED, asked, "no memory");
+        }
+        decoded_->stored = reader_->size();
+        decoded_->orientation = reader_->orientation();
     }
-    stored_ = reader_->size();
-    orientation_ = reader_->orientation();
-    const Size upright = orientation_.of(stored_);
+    const Size upright = decoded_->orientation.of(decoded_->stored);
     width = upright.width;
     height = upright.height;
     set_phase(Phase::parsed);
@@ -117,8 +125,7 @@ void StillPicture::read_header(Time asked)
 void StillPicture::read_pixels(Time asked)
 {
     try {
-        const Size kept = size_to_keep(stored_, {plane_->width(), plane_->height()});
-        if (!reader_->decode(kept, image_))
+        if (reader_ && !reader_->decode(size_to_keep(decoded_->stored, panel()), decoded_->image))
             return fail(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODE_FAILED, asked,
                         reader_->error());
     } catch (const std::bad_alloc &) {
@@ -127,6 +134,11 @@ void StillPicture::read_pixels(Time asked)
     reader_.reset();
     set_phase(Phase::decoded);
     deliver(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODED);
+}
+
+Size StillPicture::panel() const
+{
+    return {plane_->width(), plane_->height()};
 }
 
 void StillPicture::fail(pictrel_event_type_e type, pictrel_event_result_e result, Time asked,
@@ -162,7 +174,8 @@ bool StillPicture::show(int degrees, pictrel_event_type_e done)
         return false;
     }
     try {
-        compose(image_, stored_, orientation_.then_clockwise(degrees), *buffer);
+        compose(decoded_->image, decoded_->stored,
+                decoded_->orientation.then_clockwise(degrees), *buffer);
     } catch (const std::bad_alloc &) {
         PLATFORM_LOGW("still picture", "no memory to draw %s", path_.c_str());
         return false;
@@ -172,6 +185,7 @@ bool StillPicture::show(int degrees, pictrel_event_type_e done)
         post_event(PICTREL_EVENT_RESOURCE_CONFLICT, PICTREL_RESULT_RESOURCE_LOST);
         return false;
     }
+    Lookahead::get().on_nearly_over(path_);
     post_event(done, PICTREL_RESULT_DONE);
     return true;
 }

@@ -14,8 +14,8 @@
 #include "still_picture.h"
 
 #include "base/worker_thread.h"
-#include "still_picture/image.h"
 #include "still_picture/jpeg_reader.h"
+#include "still_picture/picture_ahead.h"
 #include "video_plane/video_plane.h"
 
 namespace platform {
@@ -56,6 +56,7 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     };
 
     bool begin(Phase from, Phase to, void (StillPicture::*work)(Time));
+    Size panel() const;
     void read_header(Time asked);
     void read_pixels(Time asked);
     void fail(pictrel_event_type_e type, pictrel_event_result_e result, Time asked,
@@ -82,10 +83,8 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     WorkerThread worker_{"still-picture"};
 
     // The worker's until the picture is parsed or decoded, read-only then.
-    std::unique_ptr<JpegReader> reader_;
-    Size stored_;
-    Orientation orientation_;
-    Image image_;
+    std::unique_ptr<JpegReader> reader_; ///< null also when the pixels are there from the beginning
+    std::unique_ptr<DecodedPicture> decoded_;
 };
 
 } // namespace platform

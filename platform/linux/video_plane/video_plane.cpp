@@ -1,5 +1,7 @@
 #include "video_plane/video_plane.h"
 
+#include <mutex>
+
 #include <Elementary.h>
 
 #include "log/platform_log.h"
@@ -12,10 +14,15 @@ namespace {
 
 constexpr const char *DATA_KEY = "platform-video-plane";
 
-std::weak_ptr<VideoPlane> &latest()
+struct Latest {
+    std::mutex mutex;
+    std::weak_ptr<VideoPlane> plane;
+};
+
+Latest &latest()
 {
-    static std::weak_ptr<VideoPlane> plane;
-    return plane;
+    static Latest latest;
+    return latest;
 }
 
 /** What a window keeps of its plane. */
@@ -42,7 +49,7 @@ void follow_the_panel()
     static const bool following = [] {
         PanelModel::get().on_size([] {
             const PanelModel &panel = PanelModel::get();
-            if (const auto plane = std::dynamic_pointer_cast<WaylandPlane>(latest().lock()))
+            if (const auto plane = std::dynamic_pointer_cast<WaylandPlane>(VideoPlane::current()))
                 plane->resize(
                     {panel.pixel_width(), panel.pixel_height(), panel.width(), panel.height()});
         });
@@ -76,14 +83,18 @@ std::shared_ptr<VideoPlane> VideoPlane::for_window(Evas_Object *window)
     evas_object_data_set(window, DATA_KEY, attachment.get());
     evas_object_event_callback_add(window, EVAS_CALLBACK_DEL, on_window_deleted,
                                    attachment.release());
-    latest() = plane;
+    {
+        const std::lock_guard<std::mutex> lock(latest().mutex);
+        latest().plane = plane;
+    }
     PLATFORM_LOGI("video plane", "made, %d x %d", plane->width(), plane->height());
     return plane;
 }
 
 std::shared_ptr<VideoPlane> VideoPlane::current()
 {
-    return latest().lock();
+    const std::lock_guard<std::mutex> lock(latest().mutex);
+    return latest().plane.lock();
 }
 
 } // namespace platform

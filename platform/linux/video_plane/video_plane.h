@@ -4,8 +4,7 @@
  * the plane is never blanked.
  *
  * On a Wayland window it is a subsurface with wl_shm buffers; without a window (tests) it is
- * memory only. for_window(), current() and offscreen() are for the main-loop thread, the rest for
- * any thread.
+ * memory only. for_window() and offscreen() are for the main-loop thread, the rest for any thread.
  */
 #pragma once
 
@@ -49,7 +48,7 @@ class VideoPlane {
      */
     static std::shared_ptr<VideoPlane> for_window(Evas_Object *window);
 
-    /** The plane of the window that got one last, for a status report; null when it is gone. */
+    /** The plane of the window that got one last, null when it is gone. */
     static std::shared_ptr<VideoPlane> current();
 
     /** A plane without a screen; `on_present` sees each picture, on the presenting thread. */

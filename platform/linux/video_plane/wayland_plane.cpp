@@ -20,7 +20,7 @@ namespace platform {
 namespace {
 
 /** Buffers kept for the next frames; making one costs milliseconds. */
-constexpr size_t KEPT_BUFFERS = 6;
+constexpr size_t KEPT_BUFFERS = 4;
 /** Buffers at most, so that a compositor that gives none back cannot eat the memory. */
 constexpr size_t MOST_BUFFERS = 16;
 /** Buffers made ahead of the first frame. */

@@ -107,6 +107,7 @@ platform::PlayerOptions PlayerTest::usual_options()
 {
     platform::PlayerOptions options;
     options.first_frame_timeout = std::chrono::seconds(60);
+    options.lookahead = nullptr;
     return options;
 }
 
