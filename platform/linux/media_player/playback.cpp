@@ -52,9 +52,8 @@ std::shared_ptr<Playback> Playback::open(PlaybackRequest request, PlaybackEvents
 Playback::Playback(PlaybackRequest request, PlaybackEvents events)
     : request_(std::move(request)), events_(std::move(events)),
       output_(std::make_shared<FrameOutput>(request_.display)), path_(local_path(request_.uri)),
-      name_(path_.empty() ? request_.uri : path_),
-      sound_(request_.options->sound_retry_interval), looping_(request_.looping),
-      subtitle_(request_.subtitle)
+      name_(path_.empty() ? request_.uri : path_), sound_(request_.options->sound_retry_interval),
+      looping_(request_.looping), subtitle_(request_.subtitle)
 {
 }
 
@@ -64,6 +63,8 @@ void Playback::adopt(const std::string &subtitle, bool looping)
 {
     thread_.post([this, subtitle, looping] {
         looping_ = looping;
+        if (stamp_ && stamp_ != file_stamp(path_))
+            open_changed_file();
         take_subtitle(subtitle);
     });
 }
@@ -74,10 +75,6 @@ void Playback::release_results()
         if (!held_results_)
             return;
         const auto results = *std::exchange(held_results_, std::nullopt);
-        if (phase_ == Phase::Prepared && file_stamp(path_) != stamp_) {
-            open_changed_file();
-            return;
-        }
         for (const auto &result : results)
             result();
     });
@@ -244,14 +241,15 @@ int Playback::try_open()
     return pipeline_->open() ? PLAYER_ERROR_NONE : PLAYER_ERROR_INVALID_OPERATION;
 }
 
-// Not a matter of the caller's: to it the file has not been opened before.
 void Playback::open_changed_file()
 {
     PLATFORM_LOGI("player", "%s has changed and is opened anew", name_.c_str());
+    held_results_->clear();
     phase_ = Phase::AwaitingFrame;
     begin_wait_for_first_frame();
-    stamp_ = file_stamp(path_);
-    if (!open_again())
+    if (const int code = check_media_file(path_))
+        fail(code, "it cannot be opened");
+    else if (!open_again())
         fail(PLAYER_ERROR_INVALID_OPERATION, "it cannot be opened");
 }
 

@@ -67,9 +67,11 @@ class Playback : public std::enable_shared_from_this<Playback> {
     static std::shared_ptr<Playback> open(PlaybackRequest request, PlaybackEvents events);
 
     // Any thread; all return at once, but for close(), which waits for a frame being drawn.
-    /** Says what the caller wants of a file that was opened ahead of the call; before its results. */
+    /**
+     * Says what the caller wants of a file that was opened ahead of the call; before its results. A
+     * file that has changed since then is opened anew.
+     */
     void adopt(const std::string &subtitle, bool looping);
-    /** A file that has changed since it was opened is opened anew first. */
     void release_results();
     void start();
     void pause();

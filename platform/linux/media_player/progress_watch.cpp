@@ -1,5 +1,7 @@
 #include "media_player/progress_watch.h"
 
+#include <algorithm>
+
 namespace platform {
 namespace {
 
@@ -23,9 +25,10 @@ constexpr auto BREAK_START_PATIENCE = std::chrono::milliseconds(1000);
 // A looping file that breaks sooner in its film is not begun anew: there is too little of it.
 constexpr auto SHORTEST_LIFE = std::chrono::milliseconds(1000);
 
-// Opening a file takes some tenths of a second, several times that on a cold disk or a small machine
-// that decodes another one meanwhile. Its memory is taken for no longer.
-constexpr auto NEAR_THE_END = std::chrono::seconds(4);
+// Opening a file takes some tenths of a second, several times that on a cold disk or a small
+// machine that decodes another one meanwhile. Its memory is taken for no longer. A short film's
+// beginning, when the one before it goes away, is left in peace.
+constexpr std::chrono::nanoseconds NEAR_THE_END = std::chrono::seconds(4);
 
 } // namespace
 
@@ -93,10 +96,11 @@ bool EndWatch::look(const Sight &sight, Time now)
     due_.reset();
     if (!sight.length)
         return true;
+    const auto near = std::min(NEAR_THE_END, *sight.length / 2);
     const auto left = *sight.length - sight.position.value_or(std::chrono::nanoseconds(0));
-    if (left <= NEAR_THE_END)
+    if (left <= near)
         return true;
-    due_ = now + (left - NEAR_THE_END);
+    due_ = now + (left - near);
     return false;
 }
 

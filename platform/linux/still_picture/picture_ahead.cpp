@@ -48,6 +48,17 @@ void PictureAhead::open(const std::string &path, const Size &panel)
         drop();
 }
 
+void PictureAhead::wait_until_done()
+{
+    std::shared_ptr<Work> work;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        work = work_;
+    }
+    if (work)
+        work->result.wait();
+}
+
 void PictureAhead::drop()
 {
     exchange(nullptr);

@@ -35,6 +35,9 @@ class PictureAhead {
     /** Begins to decode a picture for a panel of a size, in the place of any other. */
     void open(const std::string &path, const Size &panel);
 
+    /** Waits until the one that was opened has been decoded, or could not be; for tests. */
+    void wait_until_done();
+
     /** Lets go of it. */
     void drop();
 

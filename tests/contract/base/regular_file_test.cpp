@@ -15,6 +15,7 @@
 
 namespace {
 
+using platform::file_stamp;
 using platform::open_regular_file;
 using platform::read_piece;
 using platform::read_regular_file;
@@ -98,6 +99,24 @@ TEST_F(RegularFile, IsOpenedWithTheFlagsAskedFor)
     EXPECT_TRUE(open_regular_file(scratch_ / "link"));
     EXPECT_FALSE(open_regular_file(scratch_ / "link", O_RDONLY | O_NOFOLLOW));
     EXPECT_EQ(errno, ELOOP);
+}
+
+TEST_F(RegularFile, HasAnotherStampWhenItIsWrittenToOrReplaced)
+{
+    const auto stamp = file_stamp(write("text"));
+    EXPECT_EQ(file_stamp(path_), stamp);
+
+    const auto longer = file_stamp(write("more text"));
+    EXPECT_NE(longer, stamp);
+
+    const std::string copy = scratch_ / "copy";
+    std::filesystem::copy_file(path_, copy);
+    std::filesystem::last_write_time(copy, std::filesystem::last_write_time(path_));
+    std::filesystem::rename(copy, path_);
+    EXPECT_NE(file_stamp(path_), longer);
+
+    std::filesystem::remove(path_);
+    EXPECT_FALSE(file_stamp(path_));
 }
 
 TEST(ReadPiece, GoesOnAfterASignal)

@@ -1,4 +1,4 @@
-// When a file whose frames do not come is given up.
+// When a file whose frames do not come is given up, and when one is nearly over.
 
 #include <gtest/gtest.h>
 
@@ -8,6 +8,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using platform::BreakWatch;
+using platform::EndWatch;
 using platform::StallWatch;
 using Verdict = BreakWatch::Verdict;
 
@@ -239,6 +240,65 @@ TEST_F(BreakWatchTest, ANewPipelineIsNotJudgedByTheOldOnesBreak)
     watch_.on_new_pipeline();
 
     EXPECT_FALSE(watch_.broken());
+    EXPECT_FALSE(watch_.due());
+}
+
+class EndWatchTest : public testing::Test {
+  protected:
+    void SetUp() override { watch_.start(now_); }
+
+    bool look_at(std::chrono::nanoseconds position, std::chrono::nanoseconds length)
+    {
+        return watch_.look({position, length}, now_);
+    }
+
+    EndWatch watch_;
+    const EndWatch::Time now_ = EndWatch::Time(1h);
+};
+
+TEST_F(EndWatchTest, LooksAtOnceAndThenFourSecondsBeforeTheEnd)
+{
+    EXPECT_EQ(watch_.due(), now_);
+    EXPECT_FALSE(look_at(10s, 60s));
+    EXPECT_EQ(watch_.due(), now_ + 46s);
+
+    EXPECT_TRUE(look_at(56s, 60s));
+
+    EXPECT_FALSE(watch_.due()) << "it is told once";
+}
+
+TEST_F(EndWatchTest, AShortFilmIsNearlyOverAtItsHalf)
+{
+    EXPECT_FALSE(look_at(0s, 3s));
+    EXPECT_EQ(watch_.due(), now_ + 1500ms);
+
+    EXPECT_TRUE(look_at(1500ms, 3s));
+}
+
+TEST_F(EndWatchTest, LooksAgainWhenThePlayStoodStill)
+{
+    ASSERT_FALSE(look_at(10s, 60s));
+
+    EXPECT_FALSE(look_at(11s, 60s));
+
+    EXPECT_EQ(watch_.due(), now_ + 45s);
+}
+
+TEST_F(EndWatchTest, OneThatHasShownNothingIsAtItsBeginning)
+{
+    EXPECT_FALSE(watch_.look({std::nullopt, 60s}, now_));
+    EXPECT_EQ(watch_.due(), now_ + 56s);
+}
+
+TEST_F(EndWatchTest, OneOfUnknownLengthMayEndAtAnyTime)
+{
+    EXPECT_TRUE(watch_.look({10s, std::nullopt}, now_));
+}
+
+TEST_F(EndWatchTest, DoesNotLookWhenItIsStopped)
+{
+    watch_.stop();
+
     EXPECT_FALSE(watch_.due());
 }
 

@@ -1,0 +1,277 @@
+// A file that is opened while another one plays, in the hope that it is asked for next.
+
+#include <filesystem>
+
+#include <gmock/gmock.h>
+
+#include "media_player/audio_sink.h"
+#include "player_fixture.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace player_test {
+namespace {
+
+using platform::Lookahead;
+using platform::PlayedItem;
+
+class Ahead : public PlayerTest {
+  protected:
+    void SetUp() override
+    {
+        PlayerTest::SetUp();
+        make_player(counting_options());
+    }
+
+    /** Usual ones that count how often a file has been opened. */
+    platform::PlayerOptions counting_options()
+    {
+        platform::PlayerOptions options = usual_options();
+        options.make_audio_sink = [this] {
+            opened_++;
+            return platform::make_audio_sink();
+        };
+        return options;
+    }
+
+    /** Opens a file ahead and waits until it stands at its first frame. */
+    void open_ahead(const PlayedItem &item)
+    {
+        const int before = opened_;
+        player_->open_ahead(item);
+        ASSERT_TRUE(wait_for([&] { return opened_ > before && is_open(item.path); }));
+    }
+
+    static bool is_open(const std::string &path)
+    {
+        for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code gone;
+            if (std::filesystem::read_symlink(entry.path(), gone) == path)
+                return true;
+        }
+        return false;
+    }
+
+    bool is_let_go(const std::string &path) const
+    {
+        return wait_for([&] { return !is_open(path); });
+    }
+
+    std::atomic<int> opened_{0};
+};
+
+TEST_F(Ahead, AFileIsTakenAsItWasOpened)
+{
+    const std::string file = clip("a.mp4");
+    ASSERT_NO_FATAL_FAILURE(open_ahead({file, {}}));
+
+    ASSERT_TRUE(playing(file));
+
+    EXPECT_EQ(opened_, 1);
+    EXPECT_TRUE(wait_for_event("completed"));
+    EXPECT_THAT(events(), ElementsAre("prepared", "completed"));
+}
+
+TEST_F(Ahead, NothingIsToldOrSeenOfItBeforeItIsAskedFor)
+{
+    ASSERT_NO_FATAL_FAILURE(open_ahead({clip("a.mp4"), {}}));
+
+    EXPECT_TRUE(stays([this] { return events().empty() && shown() == 0; }, 0.3));
+    EXPECT_EQ(player_->state(), PLAYER_STATE_IDLE);
+    EXPECT_EQ(player_->status().path, "");
+}
+
+TEST_F(Ahead, AnotherFileThatIsAskedForTakesItsPlace)
+{
+    const std::string guessed = clip("a.mp4");
+    const std::string wanted = clip("b.mp4");
+    ASSERT_NO_FATAL_FAILURE(open_ahead({guessed, {}}));
+
+    ASSERT_TRUE(playing(wanted));
+
+    EXPECT_TRUE(is_let_go(guessed));
+    EXPECT_EQ(player_->status().path, wanted);
+    EXPECT_EQ(count("prepared"), 1);
+}
+
+TEST_F(Ahead, OneIsOpenAtATime)
+{
+    const std::string first = clip("a.mp4");
+    const std::string second = clip("b.mp4");
+    ASSERT_NO_FATAL_FAILURE(open_ahead({first, {}}));
+
+    ASSERT_NO_FATAL_FAILURE(open_ahead({second, {}}));
+
+    EXPECT_TRUE(is_let_go(first));
+}
+
+TEST_F(Ahead, AFileThatHasChangedIsOpenedAnew)
+{
+    const std::string file = clip("a.mp4");
+    ASSERT_NO_FATAL_FAILURE(open_ahead({file, {}}));
+    Clip larger;
+    larger.width = 320;
+    make_clip(path("new.mp4"), larger);
+    std::filesystem::rename(path("new.mp4"), file);
+
+    ASSERT_TRUE(playing(file));
+
+    EXPECT_EQ(player_->status().width, 320);
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+}
+
+TEST_F(Ahead, AFileThatIsGoneFailsAsItAlwaysDoes)
+{
+    const std::string file = clip("a.mp4");
+    ASSERT_NO_FATAL_FAILURE(open_ahead({file, {}}));
+    std::filesystem::remove(file);
+
+    ASSERT_EQ(prepare(file), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(wait_for([this] { return !events().empty(); }));
+    EXPECT_THAT(events(), ElementsAre("error " + std::to_string(PLAYER_ERROR_NO_SUCH_FILE)));
+}
+
+TEST_F(Ahead, OneThatCouldNotBePreparedIsTriedOnceMoreAndToldOfThenOnly)
+{
+    write_file(path("a.mp4"), "this is no film");
+    testing::internal::CaptureStderr();
+    player_->open_ahead({path("a.mp4"), {}});
+    ASSERT_TRUE(stays([this] { return events().empty(); }, 0.3));
+
+    ASSERT_EQ(prepare(path("a.mp4")), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(wait_for([this] { return !events().empty(); }));
+    EXPECT_THAT(events(), ElementsAre(HasSubstr("error ")));
+    const std::string log = testing::internal::GetCapturedStderr();
+    const size_t told = log.find("a.mp4 cannot be played");
+    EXPECT_NE(told, std::string::npos);
+    EXPECT_EQ(log.find("a.mp4 cannot be played", told + 1), std::string::npos) << log;
+}
+
+TEST_F(Ahead, ItIsShownWithTheSubtitleThatIsAskedFor)
+{
+    write_file(path("a.srt"), "1\n00:00:00,000 --> 00:00:10,000\nHello shop\n");
+    write_file(path("b.srt"), "1\n00:00:00,000 --> 00:00:10,000\nGood evening\n");
+    const std::string file = clip("a.mp4");
+    for (const char *guessed : {"", "a.srt", "b.srt"}) {
+        SCOPED_TRACE(guessed);
+        ASSERT_NO_FATAL_FAILURE(open_ahead({file, *guessed ? path(guessed) : ""}));
+        ASSERT_EQ(player_->set_subtitle_path(path("b.srt")), PLAYER_ERROR_NONE);
+
+        ASSERT_TRUE(playing(file));
+
+        EXPECT_TRUE(player_->status().has_subtitle);
+        EXPECT_TRUE(wait_for_event("subtitle 10000 Good evening"));
+        EXPECT_EQ(count("subtitle 10000 Hello shop"), 0);
+        player_->unprepare();
+    }
+}
+
+TEST_F(Ahead, ItIsShownWithoutASubtitleThatIsNotAskedFor)
+{
+    write_file(path("a.srt"), "1\n00:00:00,000 --> 00:00:10,000\nHello shop\n");
+    const std::string file = clip("a.mp4");
+    ASSERT_NO_FATAL_FAILURE(open_ahead({file, path("a.srt")}));
+
+    ASSERT_TRUE(playing(file));
+
+    EXPECT_FALSE(player_->status().has_subtitle);
+    EXPECT_TRUE(wait_for_event("completed"));
+    EXPECT_THAT(events(), ElementsAre("prepared", "completed"));
+}
+
+TEST_F(Ahead, ItGoesWithThePlayer)
+{
+    const std::string file = clip("a.mp4");
+    ASSERT_NO_FATAL_FAILURE(open_ahead({file, {}}));
+
+    player_->destroy();
+
+    EXPECT_FALSE(is_open(file)) << "destroying it waits for its files";
+    player_->open_ahead({file, {}});
+    EXPECT_EQ(opened_, 1) << "and opens none any more";
+}
+
+TEST_F(Ahead, NoneIsOpenedWhereTwoFilesCannotShareTheSoundDevice)
+{
+    platform::forget_audio_sink();
+    setenv("OSTREL_DEMO_AUDIO_SINK", "alsasink", 1);
+    platform::choose_audio_sink();
+
+    player_->open_ahead({clip("a.mp4"), {}});
+
+    setenv("OSTREL_DEMO_AUDIO_SINK", "fakesink", 1);
+    platform::forget_audio_sink();
+    platform::choose_audio_sink();
+    EXPECT_TRUE(stays([this] { return opened_ == 0; }, 0.2));
+}
+
+/** With a look-ahead that names what the test wants. */
+class AheadByItself : public Ahead {
+  protected:
+    void SetUp() override
+    {
+        Ahead::SetUp();
+        platform::PlayerOptions options = counting_options();
+        options.lookahead = &lookahead_;
+        make_player(options);
+        next_ = clip("next.mp4");
+    }
+
+    void TearDown() override
+    {
+        player_->destroy();
+        lookahead_.wait_until_done();
+        Ahead::TearDown();
+    }
+
+    std::string next_;
+    Lookahead lookahead_{{[this](const std::string &) {
+                              return PlayedItem{next_, {}};
+                          },
+                          [] { return false; }}};
+};
+
+TEST_F(AheadByItself, AFileNearItsEndHasTheNextOneOpened)
+{
+    ASSERT_TRUE(playing(clip("a.mp4")));
+
+    EXPECT_TRUE(wait_for([this] { return is_open(next_); }));
+
+    EXPECT_TRUE(wait_for_event("completed"));
+    player_->unprepare();
+    ASSERT_TRUE(playing(next_));
+    EXPECT_EQ(opened_, 2);
+}
+
+TEST_F(AheadByItself, AFileThatPlaysOverAndOverHasNone)
+{
+    player_->set_looping(true);
+    ASSERT_TRUE(playing(clip("a.mp4")));
+    const uint64_t begun = shown();
+
+    ASSERT_TRUE(wait_for([&] { return shown() > begun + 70; })) << "a round and more";
+
+    EXPECT_EQ(opened_, 1);
+}
+
+TEST_F(AheadByItself, ItIsLetGoOfWhenTheFilePlaysFast)
+{
+    Clip film;
+    film.frames = 600;
+    film.width = 64;
+    film.height = 36;
+    film.sound = false;
+    ASSERT_TRUE(playing(clip("a.mp4", film)));
+    lookahead_.on_nearly_over(path("a.mp4"));
+    ASSERT_TRUE(wait_for([this] { return is_open(next_); }));
+
+    ASSERT_EQ(player_->set_rate(2.0), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(is_let_go(next_));
+}
+
+} // namespace
+} // namespace player_test
