@@ -5,6 +5,9 @@
 #include <dirent.h>
 
 #include <cstring>
+#include <set>
+#include <string_view>
+#include <unordered_map>
 
 #include "player/util/Log.h"
 #include "player/util/NameCompare.h"
@@ -24,34 +27,38 @@ constexpr std::string_view PORTRAIT_PREFIX = "portrait_";
 constexpr double ROTATION_DELAY_S = 0.8;
 
 /**
- * The subtitle of a video: the first that carries the language suffix, else the last that carries
- * the video's name, else none.
+ * Gives each video the first subtitle that carries its name and the language suffix, else the last
+ * that carries its name, else none. The names are looked up in the subtitles and not the subtitles
+ * in the names: a folder may hold a hundred thousand of both.
  */
-std::string FindSubtitle(const std::string &strVideoName,
-                         const std::vector<std::string> &vdcSubtitles, const std::string &strSuffix)
-{
-    const size_t uiDot = strVideoName.rfind('.');
-    if (uiDot == std::string::npos)
-        return "";
-    const std::string strBase = strVideoName.substr(0, uiDot);
-
-    std::string strFound;
-    for (const std::string &strSubtitle : vdcSubtitles) {
-        if (strSubtitle.find(strBase) == std::string::npos)
-            continue;
-        strFound = strSubtitle;
-        // No suffix means no language to prefer.
-        if (!strSuffix.empty() && strSubtitle.find(strSuffix) != std::string::npos)
-            break;
-    }
-    return strFound;
-}
-
 void PairSubtitles(std::vector<stPlayListItem> &vdcVideos,
                    const std::vector<std::string> &vdcSubtitles, const std::string &strSuffix)
 {
-    for (stPlayListItem &stItem : vdcVideos)
-        stItem.strSubtitleName = FindSubtitle(stItem.strFileName, vdcSubtitles, strSuffix);
+    std::unordered_multimap<std::string_view, stPlayListItem *> mapVideos;
+    std::set<size_t> setLengths;
+    for (stPlayListItem &stItem : vdcVideos) {
+        const size_t uiDot = stItem.strFileName.rfind('.');
+        if (uiDot == std::string::npos)
+            continue;
+        mapVideos.emplace(std::string_view(stItem.strFileName).substr(0, uiDot), &stItem);
+        setLengths.insert(uiDot);
+    }
+
+    for (const std::string_view strSubtitle : vdcSubtitles) {
+        // No suffix means no language to prefer.
+        const bool bPreferred =
+            !strSuffix.empty() && strSubtitle.find(strSuffix) != std::string_view::npos;
+        for (const size_t uiLength : setLengths) {
+            for (size_t uiStart = 0; uiStart + uiLength <= strSubtitle.size(); ++uiStart) {
+                const auto [itFirst, itEnd] =
+                    mapVideos.equal_range(strSubtitle.substr(uiStart, uiLength));
+                for (auto itVideo = itFirst; itVideo != itEnd; ++itVideo)
+                    itVideo->second->strSubtitleName = strSubtitle;
+                if (bPreferred)
+                    mapVideos.erase(itFirst, itEnd);
+            }
+        }
+    }
 }
 
 } // namespace
