@@ -22,6 +22,7 @@
 #include "panel/timed_rotation.h"
 #include "player_rules/launch_rules.h"
 #include "still_picture/picture_ahead.h"
+#include "video_plane/video_plane.h"
 #include "window/tv_window.h"
 
 namespace platform {
@@ -125,6 +126,7 @@ bool Application::start_services()
         window_seen_ = seen;
         update_visibility();
     };
+    listener.content_seen = [](bool seen) { VideoPlane::set_covered(seen); };
     listener.compositor_gone = [this] { compositor_gone(); };
     window_ = TvWindow::create(WINDOW_NAME, std::move(listener));
     if (!window_)

@@ -229,7 +229,7 @@ void Playback::check_for_end()
     end_.stop();
     if (phase_ != Phase::Playing || looping_ || trick_->rate() != 1.0)
         return;
-    if (end_.look({known(output_->position()), known(duration_)}, Clock::now()))
+    if (end_.check({known(output_->position()), known(duration_)}, Clock::now()))
         events_.nearly_over(*this);
 }
 

@@ -223,7 +223,7 @@ void Player::drop_ahead()
         const std::lock_guard<std::mutex> lock(mutex_);
         dropped = std::exchange(ahead_, {}).playback;
         if (dropped)
-            keep_as_predecessor(*dropped);
+            keep_as_previous(*dropped);
     }
     if (dropped)
         dropped->close();
@@ -236,7 +236,7 @@ std::shared_ptr<Playback> Player::take_ahead()
     if (!ahead.playback)
         return nullptr;
     if (ahead.uri != uri_ || ahead.playback->has_failed()) {
-        keep_as_predecessor(*ahead.playback);
+        keep_as_previous(*ahead.playback);
         ahead.playback->close();
         return nullptr;
     }

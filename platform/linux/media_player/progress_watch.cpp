@@ -91,13 +91,13 @@ BreakWatch::Verdict BreakWatch::check(const Progress &progress, Time now)
     return progress.looping && lived ? Verdict::Restart : Verdict::End;
 }
 
-bool EndWatch::look(const Sight &sight, Time now)
+bool EndWatch::check(const Progress &progress, Time now)
 {
     due_.reset();
-    if (!sight.length)
+    if (!progress.length)
         return true;
-    const auto near = std::min(NEAR_THE_END, *sight.length / 2);
-    const auto left = *sight.length - sight.position.value_or(std::chrono::nanoseconds(0));
+    const auto near = std::min(NEAR_THE_END, *progress.length / 2);
+    const auto left = *progress.length - progress.position.value_or(std::chrono::nanoseconds(0));
     if (left <= near)
         return true;
     due_ = now + (left - near);

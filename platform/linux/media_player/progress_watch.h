@@ -96,7 +96,7 @@ class EndWatch {
     using Time = std::chrono::steady_clock::time_point;
 
     /** What can be seen of a file's play. */
-    struct Sight {
+    struct Progress {
         std::optional<std::chrono::nanoseconds> position; ///< of the newest frame
         std::optional<std::chrono::nanoseconds> length;
     };
@@ -105,11 +105,11 @@ class EndWatch {
     void start(Time now) { due_ = now; }
     void stop() { due_.reset(); }
 
-    /** When to look() next, if ever. */
+    /** When to check() next, if ever. */
     std::optional<Time> due() const { return due_; }
 
     /** @return true, once, when the end is near; where nothing tells the length it always is */
-    bool look(const Sight &sight, Time now);
+    bool check(const Progress &progress, Time now);
 
   private:
     std::optional<Time> due_;

@@ -14,6 +14,8 @@ namespace {
 
 constexpr const char *DATA_KEY = "platform-video-plane";
 
+bool windows_cover = true;
+
 struct Latest {
     std::mutex mutex;
     std::weak_ptr<VideoPlane> plane;
@@ -77,6 +79,7 @@ std::shared_ptr<VideoPlane> VideoPlane::for_window(Evas_Object *window)
     auto plane = WaylandPlane::create(window, size_for(window));
     if (!plane)
         return nullptr;
+    plane->set_covered(windows_cover);
     follow_the_panel();
 
     auto attachment = std::make_unique<Attachment>(Attachment{plane});
@@ -89,6 +92,13 @@ std::shared_ptr<VideoPlane> VideoPlane::for_window(Evas_Object *window)
     }
     PLATFORM_LOGI("video plane", "made, %d x %d", plane->width(), plane->height());
     return plane;
+}
+
+void VideoPlane::set_covered(bool covered)
+{
+    windows_cover = covered;
+    if (const auto plane = std::dynamic_pointer_cast<WaylandPlane>(current()))
+        plane->set_covered(covered);
 }
 
 std::shared_ptr<VideoPlane> VideoPlane::current()

@@ -51,6 +51,13 @@ class VideoPlane {
     /** The plane of the window that got one last, null when it is gone. */
     static std::shared_ptr<VideoPlane> current();
 
+    /**
+     * Says whether the windows have anything to show, which planes then lie under, from the window's
+     * next frame on. Under windows that have not the compositor would blend every picture with
+     * nothing. Main-loop thread only.
+     */
+    static void set_covered(bool covered);
+
     /** A plane without a screen; `on_present` sees each picture, on the presenting thread. */
     static std::shared_ptr<VideoPlane>
     offscreen(int width, int height, std::function<void(const PlaneBuffer &)> on_present = {});

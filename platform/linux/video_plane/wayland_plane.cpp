@@ -21,6 +21,12 @@ namespace {
 
 /** Buffers kept for the next frames; making one costs milliseconds. */
 constexpr size_t KEPT_BUFFERS = 4;
+/**
+ * How long the window has had nothing to show before the plane covers it. A compositor may have no
+ * use for frames of a window that cannot be seen, and the toolkit draws none before the compositor
+ * has answered its last.
+ */
+constexpr double QUIET_TIME_S = 0.5;
 /** Buffers at most, so that a compositor that gives none back cannot eat the memory. */
 constexpr size_t MOST_BUFFERS = 16;
 /** Buffers made ahead of the first frame. */
@@ -121,6 +127,7 @@ bool WaylandPlane::make_surface(wl_surface *parent, const PlaneSize &size)
         wl_subcompositor_get_subsurface(subcompositor_.get(), surface_.get(), parent));
     if (!subsurface_)
         return false;
+    parent_ = parent;
     wl_subsurface_set_position(subsurface_.get(), 0, 0);
     wl_subsurface_place_below(subsurface_.get(), parent);
     wl_subsurface_set_desync(subsurface_.get());
@@ -163,6 +170,32 @@ bool WaylandPlane::apply_size(const PlaneSize &size)
     if (viewport_ && stretched_)
         wp_viewport_set_destination(viewport_.get(), size.width, size.height);
     return true;
+}
+
+void WaylandPlane::set_covered(bool covered)
+{
+    place_above_timer_.reset();
+    if (!parent_)
+        return;
+    if (covered) {
+        wl_subsurface_place_below(subsurface_.get(), parent_);
+        return;
+    }
+    place_above_timer_.reset(ecore_timer_add(
+        QUIET_TIME_S,
+        [](void *data) -> Eina_Bool {
+            static_cast<WaylandPlane *>(data)->place_above();
+            return ECORE_CALLBACK_CANCEL;
+        },
+        this));
+}
+
+void WaylandPlane::place_above()
+{
+    static_cast<void>(place_above_timer_.release()); // its callback ends it
+    wl_subsurface_place_above(subsurface_.get(), parent_);
+    wl_surface_commit(parent_);
+    wl_display_flush(display_);
 }
 
 void WaylandPlane::resize(const PlaneSize &size)
@@ -374,6 +407,8 @@ void WaylandPlane::close()
         if (closed_)
             return;
         closed_ = true;
+        parent_ = nullptr;
+        place_above_timer_.reset();
         for (ShmBuffer *buffer : buffers_) {
             if (buffer->held)
                 held.push_back(std::move(buffer->held));

@@ -17,6 +17,7 @@
 #include <Evas.h>
 
 #include "base/descriptor.h"
+#include "base/toolkit_handles.h"
 #include "efl_on_tv.h"
 #include "video_plane/shm_buffer.h"
 #include "video_plane/video_plane.h"
@@ -52,6 +53,12 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
      * is on the screen is stretched until the next picture comes.
      */
     void resize(const PlaneSize &size);
+
+    /**
+     * Whether the window has anything to show. While it has the plane lies below it, from the
+     * window's next frame on; while it has not, above it. Main-loop thread only.
+     */
+    void set_covered(bool covered);
 
     int width() const override { return width_; }
     int height() const override { return height_; }
@@ -91,6 +98,7 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     void recycle(std::unique_ptr<ShmBuffer> buffer);
     bool finish_later();
     void release_objects();
+    void place_above();
     static void on_release(void *data, wl_buffer *handle);
 
     wl_display *const display_; // Ecore's
@@ -106,6 +114,9 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     WaylandPtr<wl_surface> surface_;
     WaylandPtr<wl_subsurface> subsurface_;
     WaylandPtr<wp_viewport> viewport_;
+
+    wl_surface *parent_ = nullptr; // the window's; null once the plane has been closed
+    TimerPtr place_above_timer_;
 
     mutable std::mutex mutex_; // guards what follows, and the surface against close()
     bool closed_ = false;

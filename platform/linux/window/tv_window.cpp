@@ -1,5 +1,6 @@
 #include "window/tv_window.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <string_view>
@@ -151,6 +152,9 @@ void TvWindow::make_inner(const std::string &name)
     // The image would take the pointer unturned; the input feed does it instead.
     evas_object_pass_events_set(image_, EINA_TRUE);
     evas_object_show(image_);
+    evas_event_callback_add(
+        evas_object_evas_get(inner_), EVAS_CALLBACK_RENDER_POST,
+        [](void *data, Evas *, void *) { static_cast<TvWindow *>(data)->content_drawn(); }, this);
     input_ = std::make_unique<InputFeed>(evas_object_evas_get(outer_.get()), inner_);
     pointer_ = std::make_unique<PointerHider>([this] {
         if (input_)
@@ -299,6 +303,20 @@ void TvWindow::frame_drawn()
         return;
     awaiting_frame_ = false;
     announce_visibility(true);
+}
+
+// Drawn into the image, but not yet shown: that is the outer window's next frame.
+void TvWindow::content_drawn()
+{
+    Size size;
+    evas_object_image_size_get(image_, &size.width, &size.height);
+    const auto *pixels = static_cast<const uint32_t *>(ecore_evas_buffer_pixels_get(inner_canvas_));
+    const bool seen = pixels && std::any_of(pixels, pixels + size.area(),
+                                            [](uint32_t pixel) { return pixel != 0; });
+    if (content_seen_ == seen)
+        return;
+    content_seen_ = seen;
+    listener_.content_seen(seen);
 }
 
 // Not at once: the canvas is still at work when a frame was drawn, and the application may want to

@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <Ecore.h>
@@ -33,6 +34,8 @@ class TvWindow {
     struct Listener {
         std::function<void()> closed;          ///< the user asked for the window to be closed
         std::function<void(bool)> seen;        ///< iconified (false) or back on the screen (true)
+        /** The application's window has something to show (true), or is all transparent. */
+        std::function<void(bool)> content_seen;
         std::function<void()> compositor_gone; ///< the connection broke for good
     };
 
@@ -80,6 +83,7 @@ class TvWindow {
     void hidden();
     void inner_deleted();
     void frame_drawn();
+    void content_drawn();
     void announce_visibility(bool visible);
     void delete_outer();
 
@@ -100,6 +104,7 @@ class TvWindow {
     bool taken_ = false;
     bool awaiting_frame_ = false;
     bool visible_ = false;
+    std::optional<bool> content_seen_;
     bool announced_visible_ = false;
 };
 

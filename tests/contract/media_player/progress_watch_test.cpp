@@ -247,9 +247,9 @@ class EndWatchTest : public testing::Test {
   protected:
     void SetUp() override { watch_.start(now_); }
 
-    bool look_at(std::chrono::nanoseconds position, std::chrono::nanoseconds length)
+    bool check_at(std::chrono::nanoseconds position, std::chrono::nanoseconds length)
     {
-        return watch_.look({position, length}, now_);
+        return watch_.check({position, length}, now_);
     }
 
     EndWatch watch_;
@@ -259,40 +259,40 @@ class EndWatchTest : public testing::Test {
 TEST_F(EndWatchTest, LooksAtOnceAndThenFourSecondsBeforeTheEnd)
 {
     EXPECT_EQ(watch_.due(), now_);
-    EXPECT_FALSE(look_at(10s, 60s));
+    EXPECT_FALSE(check_at(10s, 60s));
     EXPECT_EQ(watch_.due(), now_ + 46s);
 
-    EXPECT_TRUE(look_at(56s, 60s));
+    EXPECT_TRUE(check_at(56s, 60s));
 
     EXPECT_FALSE(watch_.due()) << "it is told once";
 }
 
 TEST_F(EndWatchTest, AShortFilmIsNearlyOverAtItsHalf)
 {
-    EXPECT_FALSE(look_at(0s, 3s));
+    EXPECT_FALSE(check_at(0s, 3s));
     EXPECT_EQ(watch_.due(), now_ + 1500ms);
 
-    EXPECT_TRUE(look_at(1500ms, 3s));
+    EXPECT_TRUE(check_at(1500ms, 3s));
 }
 
 TEST_F(EndWatchTest, LooksAgainWhenThePlayStoodStill)
 {
-    ASSERT_FALSE(look_at(10s, 60s));
+    ASSERT_FALSE(check_at(10s, 60s));
 
-    EXPECT_FALSE(look_at(11s, 60s));
+    EXPECT_FALSE(check_at(11s, 60s));
 
     EXPECT_EQ(watch_.due(), now_ + 45s);
 }
 
 TEST_F(EndWatchTest, OneThatHasShownNothingIsAtItsBeginning)
 {
-    EXPECT_FALSE(watch_.look({std::nullopt, 60s}, now_));
+    EXPECT_FALSE(watch_.check({std::nullopt, 60s}, now_));
     EXPECT_EQ(watch_.due(), now_ + 56s);
 }
 
 TEST_F(EndWatchTest, OneOfUnknownLengthMayEndAtAnyTime)
 {
-    EXPECT_TRUE(watch_.look({10s, std::nullopt}, now_));
+    EXPECT_TRUE(watch_.check({10s, std::nullopt}, now_));
 }
 
 TEST_F(EndWatchTest, DoesNotLookWhenItIsStopped)
