@@ -35,6 +35,19 @@ def wait_closed(screen, player, after, shows):
     wait_until(lambda: screen.shown() in shows, f"one of {shows} alone")
 
 
+def test_the_film_lies_over_the_window_only_while_the_window_is_empty(
+        tv, screen, content, two_videos):
+    player = tv.start(folder=content, WAYLAND_DEBUG="client")
+    player.tolerate(r"^\[ *\d+\.\d+\] ")
+    player.log.wait(r"wl_subsurface@\d+\.place_above")
+    here = open_options(screen, player)
+    player.log.wait(r"wl_subsurface@\d+\.place_below", after=here)
+    wait_focus_on_row(screen)
+    here = player.log.position()
+    screen.key("Escape")
+    player.log.wait(r"wl_subsurface@\d+\.place_above", after=here)
+
+
 def test_the_row_in_force_has_the_focus_and_enter_there_only_closes(
         tv, screen, player, two_videos):
     here = open_options(screen, player)

@@ -49,6 +49,19 @@ def test_no_black_frame_between_any_two_files(tv, screen, content, shelf):
     assert player.running()
 
 
+def test_the_next_file_is_opened_while_the_present_one_plays(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red", seconds=6)
+    shelf.video(content / "green.mp4", "green", seconds=6)
+    first, second = expected_order(content)
+    player = tv.start(folder=content)
+    screen.wait_for(first)
+    wait_until(lambda: {str(content / name) for name in listed(content)} <= set(player.open_files()),
+               lambda: f"both files open; open are {player.open_files()}")
+    assert screen.shown() == first
+    assert not player.log.find_all("m_OnPlayerCompletedCB")
+    screen.wait_for(second)
+
+
 def test_a_single_video_loops_without_completing(tv, screen, content, shelf):
     shelf.video(content / "only.mp4", "red", "green", seconds=1)
     with screen.record() as recorder:
@@ -153,7 +166,7 @@ def test_open_files_stay_few_over_many_items(tv, screen, content, shelf):
     for _ in range(8):
         for name in expected_order(content):
             screen.wait_for(name)
-            counts.append(player.open_files())
+            counts.append(len(player.open_files()))
             screen.key("Right")
     # Two rounds to warm up: caches of fonts, plugins and buffers fill once.
     assert max(counts[-6:]) <= max(counts[3:9]) + 3, counts

@@ -149,11 +149,11 @@ def test_hammered_next_key_ends_at_the_file_that_the_count_says(tv, screen, cont
     screen.wait_for(names[0])
     hammer(screen, player, "Right", 10, 30)
     screen.wait_for(names[0])
-    files, before = player.open_files(), memory_kilobytes(player)
+    files, before = len(player.open_files()), memory_kilobytes(player)
     hammer(screen, player, "Right", 10, 61)
     screen.wait_for(names[1])
-    wait_until(lambda: player.open_files() <= files + 3,
-               lambda: f"few open files again; {player.open_files()}, before {files}")
+    wait_until(lambda: len(player.open_files()) <= files + 3,
+               lambda: f"few open files again; {len(player.open_files())}, before {files}")
     assert memory_kilobytes(player) - before < MOST_KILOBYTES_MORE
 
 

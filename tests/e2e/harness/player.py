@@ -1,5 +1,6 @@
 """The player as a process: started, steered, read and audited from outside."""
 
+import contextlib
 import json
 import os
 import re
@@ -125,7 +126,13 @@ class Player:
         self.tolerated.extend(patterns)
 
     def open_files(self):
-        return len(os.listdir(f"/proc/{self.pid}/fd"))
+        """What its descriptors stand for: paths, or what the system calls a socket or pipe."""
+        folder = f"/proc/{self.pid}/fd"
+        names = []
+        for number in os.listdir(folder):
+            with contextlib.suppress(FileNotFoundError):
+                names.append(os.readlink(f"{folder}/{number}"))
+        return names
 
     def cpu_seconds(self):
         with open(f"/proc/{self.pid}/stat", encoding="ascii", errors="replace") as file:
