@@ -16,9 +16,9 @@ namespace {
 constexpr int KEEP_USERS_CHOICE = 0;
 
 // Blocks of this size and more are mapped by themselves and go back to the system when they are
-// freed. The allocator starts with this size, but raises it up to a picture's with the first picture
-// that is freed; later ones would lie in the heap between small things that outlive them, and what
-// is free there would grow with every change of files.
+// freed. The allocator starts with this size, but raises it up to a picture's with the first
+// picture that is freed; later ones would lie in the heap between small things that outlive them,
+// and what is free there would grow with every change of files.
 constexpr int MAPPED_BLOCK = 128 * 1024;
 
 sigset_t ending_signals()

@@ -174,8 +174,8 @@ bool StillPicture::show(int degrees, pictrel_event_type_e done)
         return false;
     }
     try {
-        compose(decoded_->image, decoded_->stored,
-                decoded_->orientation.then_clockwise(degrees), *buffer);
+        compose(decoded_->image, decoded_->stored, decoded_->orientation.then_clockwise(degrees),
+                *buffer);
     } catch (const std::bad_alloc &) {
         PLATFORM_LOGW("still picture", "no memory to draw %s", path_.c_str());
         return false;

@@ -19,7 +19,7 @@ namespace platform {
 
 /** All that is known of a picture when it has been decoded. */
 struct DecodedPicture {
-    Size stored; ///< as it is in the file, not upright
+    Size stored;             ///< as it is in the file, not upright
     Orientation orientation; ///< what brings it upright
     Image image;
 };

@@ -52,9 +52,9 @@ class VideoPlane {
     static std::shared_ptr<VideoPlane> current();
 
     /**
-     * Says whether the windows have anything to show, which planes then lie under, from the window's
-     * next frame on. Under windows that have not the compositor would blend every picture with
-     * nothing. Main-loop thread only.
+     * Says whether the windows have anything to show, which planes then lie under, from the
+     * window's next frame on. Under windows that have not the compositor would blend every picture
+     * with nothing. Main-loop thread only.
      */
     static void set_covered(bool covered);
 

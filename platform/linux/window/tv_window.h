@@ -32,8 +32,8 @@ namespace platform {
 class TvWindow {
   public:
     struct Listener {
-        std::function<void()> closed;          ///< the user asked for the window to be closed
-        std::function<void(bool)> seen;        ///< iconified (false) or back on the screen (true)
+        std::function<void()> closed;   ///< the user asked for the window to be closed
+        std::function<void(bool)> seen; ///< iconified (false) or back on the screen (true)
         /** The application's window has something to show (true), or is all transparent. */
         std::function<void(bool)> content_seen;
         std::function<void()> compositor_gone; ///< the connection broke for good
