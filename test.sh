@@ -136,8 +136,8 @@ build_with() {
 
 # What the thread sanitizer looks at: the programs, and the labels of their tests. The rest of the
 # player runs on the main loop, so that it has little to find there and looks at night only.
-with_threads=(unit_event_manager_threads contract_config_store contract_media_player
-    contract_video_plane)
+with_threads=(unit_event_manager_threads contract_base contract_config_store
+    contract_media_player contract_video_plane)
 threads_label=threads
 if [ $nightly = yes ]; then
     with_threads+=(unit_util unit_control unit_main unit_model)
