@@ -171,6 +171,20 @@ TEST_F(CompletedTest, PathsAreMadeOfTheFolderInForce)
     EXPECT_EQ(fake_.media.subtitle_path, "/demo/show/b.srt");
 }
 
+TEST_F(CompletedTest, WithoutTheStickTheNextEntryHasNoFolder)
+{
+    player_.m_bFolderContentsPlayer = true;
+    player_.m_bUsbLocation = true;
+    fake_.script.fail_always("usb_device_get_device_list");
+
+    EXPECT_EQ(next_after(0, 0), "b.mp4");
+
+    const Lines logs = fake_.logs();
+    EXPECT_EQ(Lines(logs.begin() + 2, logs.begin() + 5),
+              Lines({"E \"failed\"", "E \"failed\"",
+                     "I \"m_uiCurPlayIndex: 0, iPlayIndex: 0, m_vdcPlayList.size: 3\""}));
+}
+
 TEST_F(CompletedTest, FromVideoToPhotoTheVideoIsStopped)
 {
     fill_play_list({"a.mp4", "b.jpg"});

@@ -87,15 +87,17 @@ TEST_F(RotationTimerTest, AToastThatTimedOutStaysAnObjectUntilTheNext)
     EXPECT_THAT(fake_.lines(), IsEmpty());
 }
 
-TEST_F(RotationTimerTest, AToastClosesAnOpenPopupFirst)
+TEST_F(RotationTimerTest, AToastClosesAnOpenPopupAndThenReplacesTheOneBefore)
 {
+    player_.m_UpdateNotificationLabel("first");
     open_popup();
 
-    player_.m_UpdateNotificationLabel("hello");
+    player_.m_UpdateNotificationLabel("second");
 
-    EXPECT_EQ(fake_.lines(), join({{"I \"strContent = hello\""},
-                                   popup_closing_lines("popup#1"),
-                                   toast_lines("popup#2", "hello")}));
+    EXPECT_EQ(fake_.lines(), join({{"I \"strContent = second\""},
+                                   popup_closing_lines("popup#2"),
+                                   {"evas_object_del(popup#1)"},
+                                   toast_lines("popup#3", "second")}));
 }
 
 TEST_F(RotationTimerTest, WithoutAToastTheOldOneIsGoneAllTheSame)
