@@ -1,0 +1,86 @@
+"""Rows about what it costs: processor time and memory."""
+
+import shutil
+
+from harness.content import picture
+from rows_pictures import NEXT_ITEM
+from stage import PLAYER, decoding_ticks
+from table import Figure, at_most, at_most_mpv, at_most_of_mpv, row, slope
+
+WINDOW_SECONDS = 10
+WARM_UP_SECONDS = 4
+SMALL_CLIPS = 6
+# The first fifth of a run fills caches, plugins and the arenas of threads.
+SETTLED_AFTER = 0.2
+SAMPLES = 200
+
+
+@row("cpu",
+     Figure("cpu", "processor time of program and compositor, 1080p30 H.264, in 10 s", "ticks",
+            "at most 0.75 of mpv's", at_most_of_mpv(0.75)),
+     Figure("cpu-compositor", "the compositor's part of it", "ticks", "at most mpv's", at_most_mpv),
+     Figure("cpu-decoding", "decoding those pictures alone", "ticks", "– (what nobody can save)",
+            lambda player, mpv: True),
+     beside_mpv=True)
+def cpu(stage, who, results):
+    film = stage.film(WINDOW_SECONDS)
+    folder = stage.folder("loop", lambda made: shutil.copy(film, made))
+    with stage.run(who, folder, loop_file=True) as (run, _):
+        run.wait(NEXT_ITEM)
+        run.watch(WARM_UP_SECONDS)
+        before = run.ticks()
+        run.watch(WINDOW_SECONDS)
+        program, compositor = (after - begin for begin, after in zip(before, run.ticks()))
+    results.note("cpu", who, program + compositor)
+    results.note("cpu-compositor", who, compositor)
+    if who == PLAYER:
+        results.note("cpu-decoding", who, decoding_ticks(film))
+
+
+@row("photo-stands",
+     Figure("photo-ticks", "a photo standing for 10 s: ticks of the program", "ticks", "0",
+            at_most(0)),
+     Figure("photo-switches", "the same: context switches of all its threads", "", "0", at_most(0)))
+def photo_stands(stage, who, results):
+    folder = stage.folder(
+        "one-photo", lambda made: picture(made / "photo.jpg", "orange", size=(1920, 1080)))
+    with stage.run(who, folder) as (run, screen):
+        screen.wait_for("orange")
+        run.wait("popup and toast are ready")
+        run.watch(WARM_UP_SECONDS)
+        before = run.ticks()[0], run.context_switches()
+        run.watch(WINDOW_SECONDS)
+        after = run.ticks()[0], run.context_switches()
+    results.note("photo-ticks", who, after[0] - before[0])
+    results.note("photo-switches", who, after[1] - before[1])
+
+
+@row("memory",
+     Figure("slope", "private memory that a change of small clips leaves behind", "kB",
+            "under 1", lambda player, mpv: player < 1),
+     Figure("private", "private memory at the end of that", "MB", "–", lambda player, mpv: True),
+     Figure("threads", "threads more at its end than when it had settled", "", "at most 2",
+            at_most(2)),
+     Figure("descriptors", "descriptors more, likewise", "", "at most 2", at_most(2)),
+     only_once=True)
+def memory(stage, who, results):
+    def fill(folder):
+        for number in range(SMALL_CLIPS):
+            shutil.copy(stage.small_clip(), folder / f"clip-{number}.mp4")
+
+    with stage.run(who, stage.folder("small-clips", fill)) as (run, _):
+        # Compared are moments right after a change, as late after it as the other.
+        step = max(1, results.changes // SAMPLES)
+        samples = []
+        for change in range(step, results.changes + 1, step):
+            run.wait(NEXT_ITEM, count=change)
+            samples.append((change, run.memory("RssAnon"), run.threads(), run.descriptors()))
+    private = [sample[:2] for sample in samples]
+    settled = [sample for sample in samples if sample[0] > SETTLED_AFTER * results.changes]
+    results.draw("private memory over small clips, MB by change", who, private)
+    results.note("slope", who, slope([sample[:2] for sample in settled]) * 1000)
+    results.note("private", who, private[-1][1])
+    middle = len(settled) // 2
+    for figure, column in (("threads", 2), ("descriptors", 3)):
+        results.note(figure, who, max(sample[column] for sample in settled[middle:])
+                     - max(sample[column] for sample in settled[:middle]))

@@ -1,0 +1,84 @@
+"""Rows about what a person waits for: the options popup, and a folder with very many names."""
+
+import os
+import re
+import shutil
+import subprocess
+
+from rows_pictures import CLIP_SECONDS
+from stage import UHD
+from table import Figure, at_most, row
+from wayland_trace import since
+
+FRAME_AT_60_HZ_MS = 1000 / 60
+POPUPS = 3
+OPEN_SECONDS = 1.5
+RETURN = 28
+LINKS_OF_A_FILE = 20000
+
+
+@row("options",
+     Figure("options-work", "options popup at 3840x2160: processor time to its first frame", "ms",
+            "at most 16.7", at_most(FRAME_AT_60_HZ_MS)),
+     Figure("options", "options key to its first frame there, over a playing film", "ms",
+            "at most 16.7", at_most(FRAME_AT_60_HZ_MS)),
+     Figure("options-film", "longest interval in the film meanwhile", "ms", "–",
+            lambda player, mpv: True))
+def options(stage, who, results):
+    gallery = stage.build / "tests/contract/widget_extension/velt-gallery"
+    told = subprocess.run([gallery, "popup", "3840x2160", stage.root / "popup.png", "time",
+                           "before=2"], check=True, capture_output=True, text=True,
+                          env={**os.environ,
+                               "OSTREL_DEMO_RESOURCE_DIR": str(stage.build / "res")})
+    results.note("options-work", who, float(re.search(r"first frame after ([\d.]+) ms", told.stdout)[1]))
+    folder = stage.folder(
+        "one-film", lambda made: shutil.copy(stage.film(10), made))
+    with stage.run(who, folder, size=UHD, traced=True) as (run, screen):
+        run.wait("popup and toast are ready")
+        run.watch(OPEN_SECONDS)
+        for _ in range(POPUPS):
+            screen.key("Return")
+            run.watch(OPEN_SECONDS)
+            screen.key("Escape")
+            run.watch(OPEN_SECONDS)
+        trace = run.end()
+    for pressed in (stamp for stamp, code in trace.keys if code == RETURN):
+        results.note("options", who, trace.interface_after(pressed))
+        around = [length for stamp, length in zip(trace.pictures()[1:], trace.intervals())
+                  if since(pressed, stamp) < 700]
+        if around:
+            results.note("options-film", who, max(around))
+
+
+@row("folder",
+     Figure("folder-100", "start to first picture, 100 videos and 50 subtitles", "ms", "–",
+            lambda player, mpv: True),
+     Figure("folder-10000", "the same with 10,000 and 5,000", "ms", "at most 400", at_most(400)),
+     Figure("folder-linear", "time that 100,000 and 50,000 add, by that of 10,000 (10: linear)", "",
+            "at most 15", at_most(15)))
+def folder_of_names(stage, who, results):
+    times = {}
+    for names in (100, 10_000, 100_000):
+        folder = stage.folder(f"names-{names}", lambda made, count=names: fill(stage, made, count))
+        with stage.run(who, folder, traced=True, log_level="warning") as (run, _):
+            # Without the line that the player logs for each name, which the bench would read.
+            run.wait_picture()
+            times[names] = run.first_picture(run.trace())
+    results.note("folder-100", who, times[100])
+    results.note("folder-10000", who, times[10_000])
+    results.note("folder-linear", who,
+                 (times[100_000] - times[100]) / max(1.0, times[10_000] - times[100]))
+
+
+def fill(stage, folder, names):
+    """A folder of so many videos, every other of which has a subtitle."""
+    for number in range(names):
+        if number % LINKS_OF_A_FILE == 0:
+            # A file system allows a file so many names only.
+            video = stage.root / f"video-{names}-{number}.mp4"
+            subtitle = video.with_suffix(".srt")
+            shutil.copy(stage.film(CLIP_SECONDS), video)
+            subtitle.write_text("1\n00:00:01,000 --> 00:00:02,000\nA subtitle\n")
+        os.link(video, folder / f"film-{number:06}.mp4")
+        if number % 2 == 0:
+            os.link(subtitle, folder / f"film-{number:06}.srt")
