@@ -119,7 +119,8 @@ build_into() {
         targets=("${with_threads[@]}")
     elif [ $unit$contract = nono ]; then
         # The end-to-end tests alone need only what they start.
-        targets=(ostrel-demo-player-tv tvctl make-sample-content resources timer_speed)
+        targets=(ostrel-demo-player-tv tvctl make-sample-content resources timer_speed
+            cost_counter)
     fi
     ninja -C "$directory" "${targets[@]}"
 }

@@ -4,6 +4,7 @@ Started by bench/run, which installs and builds what is needed.
 """
 
 import argparse
+import subprocess
 import sys
 from pathlib import Path
 
@@ -67,7 +68,13 @@ def measure(stage, options, results, machine):
             for who in row.programs if turn % 2 == 0 else reversed(row.programs):
                 print(f"round {turn + 1} of {options.rounds}: {row.name}, {who}",
                       file=sys.stderr, flush=True)
-                row.measure(stage, who, results)
+                try:
+                    row.measure(stage, who, results)
+                except (AssertionError, LookupError, OSError, RuntimeError,
+                        subprocess.SubprocessError) as trouble:
+                    # The other rows, and this one's other rounds, are worth having all the same.
+                    results.failures.append(f"{row.name}, {who}, round {turn + 1}")
+                    print(f"could not be measured: {trouble}", file=sys.stderr, flush=True)
         machine.note_load()
 
 
@@ -83,7 +90,8 @@ def main():
     place.mkdir(parents=True, exist_ok=True)
     write(place / "RESULTS.md", results, options, machine)
     print(f"written: {place}/RESULTS.md and RESULTS.png", file=sys.stderr)
+    return 1 if results.failures else 0
 
 
 if __name__ == "__main__":
-    main()
+    sys.exit(main())

@@ -62,7 +62,8 @@ def write(path, results, options, machine):
         "Written by `bench/run`; [README.md](README.md) tells how each figure is taken. Each is the",
         "median, with the smallest and the largest value and how many there are.", "",
         *machine.lines(),
-        f"- Rounds: {options.rounds}; changes of small clips: {results.changes}", "",
+        f"- Rounds: {options.rounds}; changes of small clips: {results.changes}",
+        *(f"- Could not be measured: {failure}" for failure in results.failures), "",
         *results.lines(options.rows), "", f"![Curves]({picture.name})", ""]
     path.write_text("\n".join(lines), encoding="utf-8")
 

@@ -26,7 +26,6 @@ def cpu(stage, who, results):
     film = stage.film(WINDOW_SECONDS)
     folder = stage.folder("loop", lambda made: shutil.copy(film, made))
     with stage.run(who, folder, loop_file=True) as (run, _):
-        run.wait(NEXT_ITEM)
         run.watch(WARM_UP_SECONDS)
         before = run.ticks()
         run.watch(WINDOW_SECONDS)
@@ -44,7 +43,7 @@ def cpu(stage, who, results):
 def photo_stands(stage, who, results):
     folder = stage.folder(
         "one-photo", lambda made: picture(made / "photo.jpg", "orange", size=(1920, 1080)))
-    with stage.run(who, folder) as (run, screen):
+    with stage.run(who, folder, log_level="debug") as (run, screen):
         screen.wait_for("orange")
         run.wait("popup and toast are ready")
         run.watch(WARM_UP_SECONDS)

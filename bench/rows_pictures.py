@@ -92,7 +92,7 @@ def photo(stage, who, results):
 def loop(stage, who, results):
     folder = stage.folder("loop", lambda made: shutil.copy(stage.film(FILM_SECONDS), made))
     with stage.run(who, folder, loop_file=True, traced=True) as (run, _):
-        run.wait(NEXT_ITEM)
+        run.wait_picture()
         run.watch(2.5 * FILM_SECONDS)
         trace = run.end()
     pictures, intervals = trace.pictures(), trace.intervals()

@@ -62,6 +62,7 @@ class Results:
     changes: int
     values: dict = field(default_factory=dict)
     curves: dict = field(default_factory=dict)
+    failures: list = field(default_factory=list)
 
     def note(self, figure, who, *values):
         self.values.setdefault((figure, who), []).extend(values)

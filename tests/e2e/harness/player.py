@@ -6,10 +6,12 @@ import os
 import re
 import shutil
 import signal
+import struct
 import subprocess
 import tempfile
 import threading
 import time
+from collections import namedtuple
 
 from . import audit
 from .screen import UNTIL_WE_END, stop_process
@@ -21,6 +23,8 @@ DEMO_MODE = f"db/{OWN_KEYS}/demo_mode"
 FILE_MODE = f"db/{OWN_KEYS}/file_mode"
 USE_MODE = "db/menu/support/use_mode"
 RELAUNCH_TIMER = "memory/usb-launcher-service/start_relaunch_timer"
+
+Costs = namedtuple("Costs", "allocations threads descriptors")
 
 
 class Log:
@@ -151,6 +155,7 @@ class Tv:
         self.state_dir = os.path.join(folder, "state")
         self.memory_dir = os.path.join(folder, "memory")
         self.conf = os.path.join(folder, "tv.conf")
+        self._costs = os.path.join(folder, "costs")
         self.players = []
         self._mark = os.path.basename(screen.folder)
         self._short = tempfile.mkdtemp(prefix="bus-")
@@ -213,15 +218,27 @@ class Tv:
             self.screen.player = player
         return player
 
-    def timers(self, speed, above=1.0):
-        """Environment for start(): the toolkit's timers of at least `above` seconds run `speed` times
-        as fast. The player itself knows nothing of it."""
-        library = os.path.join(self.build_dir, "tests", "preload", "libtimer_speed.so")
+    def _preloaded(self, name, **environment):
+        """Environment for start(): a library of tests/preload comes before the player's own."""
+        library = os.path.join(self.build_dir, "tests", "preload", f"lib{name}.so")
         assert os.path.exists(library), f"not built: {library}"
         # A sanitizer wants to be the first library, but can do without.
         checks = os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"
-        return {"LD_PRELOAD": library, "TIMER_SPEED": str(speed), "TIMER_SPEED_ABOVE": str(above),
-                "ASAN_OPTIONS": checks.lstrip(":")}
+        return {"LD_PRELOAD": library, "ASAN_OPTIONS": checks.lstrip(":"), **environment}
+
+    def timers(self, speed, above=1.0):
+        """Environment for start(): the toolkit's timers of at least `above` seconds run `speed` times
+        as fast. The player itself knows nothing of it."""
+        return self._preloaded("timer_speed", TIMER_SPEED=str(speed), TIMER_SPEED_ABOVE=str(above))
+
+    def counted(self):
+        """Environment for start(): what the player asks of the system is counted for costs()."""
+        return self._preloaded("cost_counter", COST_COUNTER=self._costs)
+
+    def costs(self):
+        """Heap allocations, threads started and descriptors opened since the start."""
+        with open(self._costs, "rb") as file:
+            return Costs(*struct.unpack("=3Q", file.read()))
 
     def relaunch(self, *arguments, folder=None):
         """A second start, which hands its request to the running player and ends."""
