@@ -22,8 +22,7 @@ LINKS_OF_A_FILE = 20000
             "at most 16.7", at_most(FRAME_AT_60_HZ_MS)),
      Figure("options", "options key to its first frame there, over a playing film", "ms",
             "at most 16.7", at_most(FRAME_AT_60_HZ_MS)),
-     Figure("options-film", "longest interval in the film meanwhile", "ms", "–",
-            lambda player, mpv: True))
+     Figure("options-film", "longest interval in the film meanwhile", "ms", "–", None))
 def options(stage, who, results):
     gallery = stage.build / "tests/contract/widget_extension/velt-gallery"
     told = subprocess.run([gallery, "popup", "3840x2160", stage.root / "popup.png", "time",
@@ -51,8 +50,7 @@ def options(stage, who, results):
 
 
 @row("folder",
-     Figure("folder-100", "start to first picture, 100 videos and 50 subtitles", "ms", "–",
-            lambda player, mpv: True),
+     Figure("folder-100", "start to first picture, 100 videos and 50 subtitles", "ms", "–", None),
      Figure("folder-10000", "the same with 10,000 and 5,000", "ms", "at most 400", at_most(400)),
      Figure("folder-linear", "time that 100,000 and 50,000 add, by that of 10,000 (10: linear)", "",
             "at most 15", at_most(15)))
@@ -64,8 +62,8 @@ def folder_of_names(stage, who, results):
             # Without the line that the player logs for each name, which the bench would read.
             run.wait_picture()
             times[names] = run.first_picture(run.trace())
-    results.note("folder-100", who, times[100])
-    results.note("folder-10000", who, times[10_000])
+        if names < 100_000:
+            results.note(f"folder-{names}", who, times[names])
     results.note("folder-linear", who,
                  (times[100_000] - times[100]) / max(1.0, times[10_000] - times[100]))
 

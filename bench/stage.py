@@ -38,12 +38,12 @@ class Run:
         if not self._process.running():
             raise RuntimeError("the program ended by itself: " + "\n".join(self.log.lines[-10:]))
 
-    def wait_picture(self):
+    def wait_picture(self, deadline_s=300):
         """Waits until a picture of the film is there."""
-        end = time.monotonic() + 120
+        end = time.monotonic() + deadline_s
         while not self.trace().pictures():
             if time.monotonic() > end:
-                raise RuntimeError("no picture within two minutes")
+                raise RuntimeError(f"no picture within {deadline_s} s")
             self.watch(0.1)
 
     def trace(self):
@@ -119,10 +119,11 @@ class Stage:
 
     @contextlib.contextmanager
     def run(self, who, content, *, size=FULL_HD, loop_file=False, traced=False,
-            log_level="info"):
-        """Plays the folder with the player or with mpv. Yields the run and the screen; at the end the
+            log_level="info", panel=None):
+        """Plays the folder with the player or with mpv, on a panel as tv.conf has it. Yields the run and the screen; at the end the
         program is ended, if the block has not done so."""
         tv = self._set(size)
+        tv.configure(**({"panel": panel} if panel else {}))
         environment = {"WAYLAND_DEBUG": "1"} if traced else {}
         started = time.time()
         if who == PLAYER:

@@ -10,13 +10,13 @@ from stage import MPV, PLAYER
 @dataclass(frozen=True)
 class Figure:
     """One line of the table. `reached` gets the player's median and mpv's, which is None where mpv
-    has none, and tells whether the player is as good as is wanted."""
+    has none, and tells whether the player is as good as is wanted; None where nothing is."""
 
     name: str
     what: str
     unit: str
     wanted: str
-    reached: Callable[[float, Optional[float]], bool]
+    reached: Optional[Callable[[float, Optional[float]], bool]]
 
 
 def at_most(bound):
@@ -80,7 +80,7 @@ class Results:
         values = self.values.get((figure.name, who))
         if not values:
             return "–"
-        median = f"{shown(statistics.median(values))} {figure.unit}"
+        median = f"{shown(statistics.median(values))} {figure.unit}".rstrip()
         if len(values) == 1:
             return median
         return f"{median} ({shown(min(values))}–{shown(max(values))}, n = {len(values)})"
@@ -89,6 +89,8 @@ class Results:
         player = self.median(figure, PLAYER)
         if player is None:
             return "not measured"
+        if figure.reached is None:
+            return "–"
         return "yes" if figure.reached(player, self.median(figure, MPV)) else "**no**"
 
     def lines(self, rows):
