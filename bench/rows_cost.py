@@ -22,9 +22,7 @@ SAMPLES = 200
      Figure("cpu-decoding", "decoding those pictures alone", "ticks", "– (nobody can save it)", None),
      beside_mpv=True)
 def cpu(stage, who, results):
-    film = stage.film(WINDOW_SECONDS)
-    folder = stage.folder("loop", lambda made: shutil.copy(film, made))
-    with stage.run(who, folder, loop_file=True) as (run, _):
+    with stage.run(who, stage.one_film(), loop_file=True) as (run, _):
         run.watch(WARM_UP_SECONDS)
         before = run.ticks()
         run.watch(WINDOW_SECONDS)
@@ -32,7 +30,7 @@ def cpu(stage, who, results):
     results.note("cpu", who, program + compositor)
     results.note("cpu-compositor", who, compositor)
     if who == PLAYER:
-        results.note("cpu-decoding", who, decoding_ticks(film))
+        results.note("cpu-decoding", who, decoding_ticks(stage.film(WINDOW_SECONDS)))
 
 
 @row("photo-stands",

@@ -3,6 +3,7 @@
 import shutil
 
 from harness.content import picture
+from stage import FILM_SECONDS
 from table import Figure, at_most, at_most_mpv, percentile, row
 from wayland_trace import since
 
@@ -11,7 +12,6 @@ CLIPS = 3
 # Two laps and a change of the third; the player learns the order of the files on the first.
 CHANGES = 2 * CLIPS + 1
 PHOTO_SECONDS = 5.0
-FILM_SECONDS = 10
 AROUND = 20
 NEXT_ITEM = r"OnPlay(Video|Photo)\(\d+\) > /|^Playing: /"
 
@@ -90,8 +90,7 @@ def photo(stage, who, results):
      Figure("interval-high", "98 of 100 intervals are below", "ms", "at most 33.5", at_most(33.5)),
      beside_mpv=True)
 def loop(stage, who, results):
-    folder = stage.folder("loop", lambda made: shutil.copy(stage.film(FILM_SECONDS), made))
-    with stage.run(who, folder, loop_file=True, traced=True) as (run, _):
+    with stage.run(who, stage.one_film(), loop_file=True, traced=True) as (run, _):
         run.wait_picture()
         run.watch(2.5 * FILM_SECONDS)
         trace = run.end()

@@ -30,9 +30,7 @@ def options(stage, who, results):
                           env={**os.environ,
                                "OSTREL_DEMO_RESOURCE_DIR": str(stage.build / "res")})
     results.note("options-work", who, float(re.search(r"first frame after ([\d.]+) ms", told.stdout)[1]))
-    folder = stage.folder(
-        "one-film", lambda made: shutil.copy(stage.film(10), made))
-    with stage.run(who, folder, size=UHD, traced=True, log_level="debug") as (run, screen):
+    with stage.run(who, stage.one_film(), size=UHD, traced=True, log_level="debug") as (run, screen):
         run.wait("popup and toast are ready")
         run.watch(OPEN_SECONDS)
         for _ in range(POPUPS):

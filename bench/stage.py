@@ -16,6 +16,7 @@ from wayland_trace import Trace, since, stamp_of
 PLAYER, MPV = "player", "mpv"
 FULL_HD, UHD = (1920, 1080), (3840, 2160)
 FRAMES_PER_SECOND = 30
+FILM_SECONDS = 10
 
 
 class Run:
@@ -150,6 +151,10 @@ class Stage:
         if not path.exists():
             make_clip(path, "1920x1080", seconds, "-b:v", "6M", "-bf", "2")
         return path
+
+    def one_film(self):
+        """A folder with nothing but a film of FILM_SECONDS."""
+        return self.folder("one-film", lambda made: shutil.copy(self.film(FILM_SECONDS), made))
 
     def small_clip(self):
         """A clip of 0.12 s, over before anything but the change itself takes time."""
