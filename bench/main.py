@@ -89,7 +89,7 @@ def main():
     place = SOURCE_DIR / ("bench" if full else "out/bench")
     place.mkdir(parents=True, exist_ok=True)
     write(place / "RESULTS.md", results, options, machine)
-    print(f"written: {place}/RESULTS.md and RESULTS.png", file=sys.stderr)
+    print(f"written: {place}/RESULTS.md", file=sys.stderr)
     return 1 if results.failures else 0
 
 

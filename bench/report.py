@@ -56,7 +56,8 @@ class Machine:
 def write(path, results, options, machine):
     """Writes the report to `path` and the picture beside it."""
     picture = path.with_suffix(".png")
-    draw(picture, results.curves)
+    if results.curves:
+        draw(picture, results.curves)
     lines = [
         "# What the player costs and how it changes items", "",
         "Written by `bench/run`; [README.md](README.md) tells how each figure is taken. Each is the",
@@ -64,14 +65,15 @@ def write(path, results, options, machine):
         *machine.lines(),
         f"- Rounds: {options.rounds}; changes of small clips: {results.changes}",
         *(f"- Could not be measured: {failure}" for failure in results.failures), "",
-        *results.lines(options.rows), "", f"![Curves]({picture.name})", ""]
+        *results.lines(options.rows), "",
+        *([f"![Curves]({picture.name})", ""] if results.curves else [])]
     path.write_text("\n".join(lines), encoding="utf-8")
 
 
 def draw(path, curves):
     """One chart under the other, the player's curves in one colour and mpv's in another."""
     charts = sorted({chart for chart, _ in curves})
-    image = Image.new("RGB", (WIDTH, max(1, len(charts)) * CHART_HEIGHT), GROUND)
+    image = Image.new("RGB", (WIDTH, len(charts) * CHART_HEIGHT), GROUND)
     canvas = ImageDraw.Draw(image)
     font = ImageFont.truetype(FONT, 16)
     for number, chart in enumerate(charts):
