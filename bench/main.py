@@ -8,8 +8,8 @@ import subprocess
 import sys
 from pathlib import Path
 
-import rows_cost  # noqa: F401 -- the rows enter the table as they are read
-import rows_pictures
+import rows_pictures  # the rows enter the table as these are read
+import rows_cost  # noqa: F401
 import rows_waits  # noqa: F401
 from report import Machine, write
 from stage import MPV, PLAYER, staged
@@ -19,11 +19,14 @@ SOURCE_DIR = Path(__file__).resolve().parent.parent
 FULL_ROUNDS = 5
 
 
-def number(text):
-    value = int(text)
-    if value < 1:
-        raise argparse.ArgumentTypeError(f"{text} is less than 1")
-    return value
+def at_least(least):
+    """What turns a word into a number and refuses a smaller one."""
+    def number(text):
+        value = int(text)
+        if value < least:
+            raise argparse.ArgumentTypeError(f"{text} is less than {least}")
+        return value
+    return number
 
 
 def arguments():
@@ -32,13 +35,15 @@ def arguments():
         prog="bench/run", description="Measures the player, and mpv beside it, row by row.",
         epilog="A run of all rows in at least five rounds is written to bench/RESULTS.md and .png, "
                "anything less to out/bench/.")
-    parser.add_argument("--rounds", type=number, default=FULL_ROUNDS,
+    parser.add_argument("--rounds", type=at_least(1), default=FULL_ROUNDS,
                         help=f"how often each row is run (default: {FULL_ROUNDS})")
     parser.add_argument("--quick", action="store_true", help="one round")
     parser.add_argument("--rows", metavar="NAME,...", default=",".join(names),
                         help=f"only these: {', '.join(names)}")
-    parser.add_argument("--changes", type=number, default=500,
+    parser.add_argument("--changes", type=at_least(50), default=500,
                         help="changes of small clips that memory is followed over (default: 500)")
+    parser.add_argument("--no-install", action="store_true",
+                        help="do not install missing packages")
     parser.add_argument("--build", type=Path, default=SOURCE_DIR / "build", help=argparse.SUPPRESS)
     options = parser.parse_args()
     wanted = options.rows.split(",")
@@ -71,7 +76,7 @@ def measure(stage, options, results, machine):
                 try:
                     row.measure(stage, who, results)
                 except (AssertionError, LookupError, OSError, RuntimeError,
-                        subprocess.SubprocessError) as trouble:
+                        ValueError, subprocess.SubprocessError) as trouble:
                     # The other rows, and this one's other rounds, are worth having all the same.
                     results.failures.append(f"{row.name}, {who}, round {turn + 1}")
                     print(f"could not be measured: {trouble}", file=sys.stderr, flush=True)

@@ -3,7 +3,6 @@
 import shutil
 
 from harness.content import picture
-from rows_pictures import NEXT_ITEM
 from stage import PLAYER, decoding_ticks
 from table import Figure, at_most, at_most_mpv, at_most_of_mpv, row, slope
 
@@ -70,7 +69,7 @@ def memory(stage, who, results):
         step = max(1, results.changes // SAMPLES)
         samples = []
         for change in range(step, results.changes + 1, step):
-            run.wait(NEXT_ITEM, count=change)
+            run.wait_item(change)
             samples.append((change, run.memory("RssAnon"), run.threads(), run.descriptors()))
     private = [sample[:2] for sample in samples]
     settled = [sample for sample in samples if sample[0] > SETTLED_AFTER * results.changes]

@@ -13,7 +13,6 @@ CLIPS = 3
 CHANGES = 2 * CLIPS + 1
 PHOTO_SECONDS = 5.0
 AROUND = 20
-NEXT_ITEM = r"OnPlay(Video|Photo)\(\d+\) > /|^Playing: /"
 
 
 def three_clips(stage):
@@ -36,7 +35,7 @@ def gap(stage, who, results):
         # The line of the next item comes when it is asked for; a second later it is seen.
         memory = []
         for count in range(1, CHANGES + 2):
-            run.wait(NEXT_ITEM, count=count)
+            run.wait_item(count)
             run.watch(1)
             memory.append((count, run.memory("VmRSS")))
         peak = run.memory("VmHWM")
@@ -67,10 +66,10 @@ def photo(stage, who, results):
         picture(folder / "photo.jpg", "orange", size=(1920, 1080))
 
     with stage.run(who, stage.folder("photo", fill), traced=True) as (run, screen):
-        run.wait(NEXT_ITEM)
+        run.wait_item(1)
         run.watch(1)
         with screen.record() as recorder:
-            run.wait(NEXT_ITEM, count=5)
+            run.wait_item(5)
             run.watch(1)
         trace = run.end()
     results.note("photo-black", who, sum(seen == "black" for _, seen in recorder.changes[1:]))

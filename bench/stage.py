@@ -11,7 +11,7 @@ from pathlib import Path
 
 from harness.player import Log, Player, Tv
 from harness.screen import UNTIL_WE_END, Screen, stop_process
-from wayland_trace import Trace, since, stamp_of
+from wayland_trace import ITEM, Trace, since, stamp_of
 
 PLAYER, MPV = "player", "mpv"
 FULL_HD, UHD = (1920, 1080), (3840, 2160)
@@ -28,10 +28,27 @@ class Run:
         self._started = started
         self.pid = process.pid
         self.log = process.log
+        self._lines_read = 0
+        self._items = 0
 
-    def wait(self, pattern, count=1, deadline_s=120):
-        """Waits for the count-th line of output that matches."""
-        self.log.wait(pattern, count=count, deadline_s=deadline_s)
+    def wait_item(self, count, deadline_s=120):
+        """Waits until the program has come to its count-th item."""
+        end = time.monotonic() + deadline_s
+        while True:
+            # Each line is looked at once: over thousands of changes there are very many.
+            lines = self.log.lines
+            while self._items < count and self._lines_read < len(lines):
+                self._items += bool(ITEM.search(lines[self._lines_read]))
+                self._lines_read += 1
+            if self._items >= count:
+                return
+            if time.monotonic() > end:
+                raise RuntimeError(f"no item {count} within {deadline_s} s")
+            self.watch(0.005)
+
+    def wait(self, pattern):
+        """Waits for a line of output that matches."""
+        self.log.wait(pattern, deadline_s=120)
 
     def watch(self, seconds):
         """Lets it run, which it must survive."""
