@@ -29,8 +29,10 @@ def options(stage, who, results):
                            "before=2"], check=True, capture_output=True, text=True,
                           env={**os.environ,
                                "OSTREL_DEMO_RESOURCE_DIR": str(stage.build / "res")})
-    results.note("options-work", who, float(re.search(r"first frame after ([\d.]+) ms", told.stdout)[1]))
-    with stage.run(who, stage.one_film(), size=UHD, traced=True, log_level="debug") as (run, screen):
+    work = re.search(r"first frame after ([\d.]+) ms", told.stdout)
+    results.note("options-work", who, float(work[1]))
+    with stage.run(who, stage.one_film(), size=UHD, traced=True,
+                   log_level="debug") as (run, screen):
         run.wait("popup and toast are ready")
         run.watch(OPEN_SECONDS)
         for _ in range(POPUPS):
@@ -40,7 +42,9 @@ def options(stage, who, results):
             run.watch(OPEN_SECONDS)
         trace = run.end()
     for pressed in (stamp for stamp, code in trace.keys if code == RETURN):
-        results.note("options", who, trace.interface_after(pressed))
+        shown_after = trace.interface_after(pressed)
+        if shown_after is not None:
+            results.note("options", who, shown_after)
         around = [length for stamp, length in zip(trace.pictures()[1:], trace.intervals())
                   if since(pressed, stamp) < 700]
         if around:
