@@ -16,6 +16,7 @@
 #include "device_power/power_service.h"
 #include "key_router/key_translator.h"
 #include "log/platform_log.h"
+#include "lookahead/lookahead.h"
 #include "media_player/media_system.h"
 #include "panel/panel_model.h"
 #include "panel/rotation_state.h"
@@ -144,6 +145,7 @@ bool Application::start_services()
 void Application::stop_services()
 {
     control_stop();
+    Lookahead::get().stop();
     session_.reset();
     PowerService::get().stop();
     PanelModel::get().stop();

@@ -49,6 +49,9 @@ class Lookahead {
     /** Drops what is open: the end of the present item is not near any more. */
     void drop();
 
+    /** Opens nothing any more, and ends the thread; at the end of the process. */
+    void stop() { thread_.stop(); }
+
     explicit Lookahead(Environment environment) : environment_(std::move(environment)) {}
 
     /** Waits until all that was said has been dealt with; for tests. */

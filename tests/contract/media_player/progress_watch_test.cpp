@@ -49,10 +49,10 @@ TEST_F(StallWatchTest, LooksOnceASecondUntilItIsStopped)
 TEST_F(StallWatchTest, TheWaitForTheFirstFrameBeginsWithTheStart)
 {
     StallWatch watch;
-    const StallWatch::Sight nothing = {};
+    const StallWatch::Progress nothing = {};
     watch.start(now_);
-    EXPECT_EQ(watch.look(nothing, now_ + 30s), nullptr);
-    EXPECT_STREQ(watch.look(nothing, now_ + 31s), "no frame comes any more");
+    EXPECT_EQ(watch.check(nothing, now_ + 30s), nullptr);
+    EXPECT_STREQ(watch.check(nothing, now_ + 31s), "no frame comes any more");
 }
 
 TEST_F(StallWatchTest, ASlideThatStandsInTheMiddleIsNoStall)
