@@ -21,7 +21,8 @@ With one or more of these, only the named suites run:
   --quick        for between two edits: --unit and --contract, and of --e2e one demo loop
 
   --nightly      a million events against the model of the player instead of 50,000, and new ones
-                 each day; the thread sanitizer looks at the unit tests as well
+                 each day; the thread sanitizer looks at the unit tests as well; after all suites,
+                 breaks the Linux platform on purpose to see whether its tests notice
   -k EXPR        only tests whose name matches (a regular expression; for --e2e a pytest expression)
   -j N           use N processors (default: all); tests that mostly wait run several to a processor
   --no-install   do not install missing packages
@@ -247,6 +248,9 @@ elif [ $all = yes ]; then
     await "Building build-tsan"
     suite "Tests of threads" run_ctest build-tsan
     [ -n "$expression" ] || await "Lint" || failed+=("Lint")
+    if [ $nightly = yes ] && [ -z "$expression" ]; then
+        suite "Faults on purpose" tools/mutation-test --platform --at-least 75 --jobs "$jobs"
+    fi
 else
     if [ $asan = yes ]; then
         timed "Building build-asan" build_with address build-asan

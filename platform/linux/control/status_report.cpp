@@ -14,8 +14,6 @@ namespace platform {
 
 namespace {
 
-constexpr int DIRECT_BACKLIGHT = 1;
-
 PanelStatus panel_status()
 {
     const PanelModel &panel = PanelModel::get();

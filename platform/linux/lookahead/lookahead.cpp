@@ -15,15 +15,10 @@ namespace {
 // With less than this left the system would have to take them from what plays.
 constexpr long LEAST_FREE_MEMORY_KB = 400L * 1024;
 
-bool direct_backlight()
-{
-    constexpr int DIRECT_BACKLIGHT = 1;
-    return Settings::get().store_content_type == DIRECT_BACKLIGHT;
-}
-
 std::optional<PlayedItem> next_in_folder(const std::string &path)
 {
-    const std::optional<ContentList> list = content_list(path, direct_backlight());
+    const bool direct_backlight = Settings::get().store_content_type == DIRECT_BACKLIGHT;
+    const std::optional<ContentList> list = content_list(path, direct_backlight);
     if (!list)
         return std::nullopt;
     const std::string &name = list->names[(list->position + 1) % list->names.size()];

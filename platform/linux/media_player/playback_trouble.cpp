@@ -6,6 +6,7 @@
 #include "media_player/playback.h"
 
 namespace platform {
+
 void Playback::on_decoder_missing(Track track, const std::string &what)
 {
     std::string &missing = missing_decoders_[track];

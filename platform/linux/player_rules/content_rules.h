@@ -17,7 +17,10 @@ enum class ContentKind {
     Photo,
 };
 
-/** @param direct_backlight whether the set is of the models that play one more kind of file */
+/** Product number 713 of the models that play one more kind of file. */
+constexpr int DIRECT_BACKLIGHT = 1;
+
+/** @param direct_backlight whether the set is of those models */
 ContentKind content_kind(std::string_view name, bool direct_backlight);
 
 /** Whether a file is for the upright panel. */

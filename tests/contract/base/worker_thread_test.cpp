@@ -101,7 +101,7 @@ TEST(WorkerThread, WhatATaskHeldMayUseTheWorkerAsItGoes)
                                [&](void *) { worker.post([&done] { done.set_value(); }); });
     worker.post([held] {});
     held.reset();
-    done.get_future().wait();
+    EXPECT_EQ(done.get_future().wait_for(std::chrono::seconds(40)), std::future_status::ready);
 }
 
 TEST(WorkerThread, CallsWhenADeadlineHasPassedAndAtItsEnd)
