@@ -109,10 +109,11 @@ int Application::launch(const Extras &extras)
 
 bool Application::start_services()
 {
-    // It takes the longest by far, so it goes on beside all the rest.
+    bind_message_catalogue();
+    // It takes the longest by far, so it goes on beside all the rest; but for what writes to the
+    // environment, which its thread reads.
     start_media_system();
     PictureAhead::get().join_lookahead();
-    bind_message_catalogue();
     write_factory_defaults();
     announce_device_events();
     rotation_state_start();

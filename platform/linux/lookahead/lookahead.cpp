@@ -41,7 +41,8 @@ bool memory_is_short()
 
 Lookahead &Lookahead::get()
 {
-    static Lookahead lookahead({next_in_folder, memory_is_short});
+    // Never destroyed: a process that ends without stop() leaves its thread to the system.
+    static auto &lookahead = *new Lookahead({next_in_folder, memory_is_short});
     return lookahead;
 }
 
@@ -89,6 +90,15 @@ void Lookahead::open_after(const std::string &path)
     PLATFORM_LOGD("lookahead", "opening %s ahead", next->path.c_str());
     open_path_ = next->path;
     opener.open(*next);
+    // Whatever was begun meanwhile has not found it open.
+    if (!is_latest(path))
+        drop_unless({});
+}
+
+bool Lookahead::is_latest(const std::string &path)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    return history_.latest().path == path;
 }
 
 std::optional<PlayedItem> Lookahead::follower_of(const std::string &path)

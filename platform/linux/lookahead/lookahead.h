@@ -60,6 +60,7 @@ class Lookahead {
   private:
     std::optional<PlayedItem> follower_of(const std::string &path);
     void open_after(const std::string &path);
+    bool is_latest(const std::string &path);
     void drop_unless(const std::string &path);
     Opener opener_of(const std::string &path);
 

@@ -63,6 +63,8 @@ void Playback::adopt(const std::string &subtitle, bool looping)
 {
     thread_.post([this, subtitle, looping] {
         looping_ = looping;
+        if (phase_ == Phase::Failed)
+            return;
         if (stamp_ && stamp_ != file_stamp(path_))
             open_changed_file();
         take_subtitle(subtitle);
@@ -208,7 +210,10 @@ void Playback::await_first_frame()
 void Playback::open_file()
 {
     const int code = try_open();
-    thread_.post([this, code] {
+    thread_.post([this, code, generation = generation_] {
+        // A file that has changed meanwhile has been opened anew.
+        if (generation != generation_)
+            return;
         // Where the pipeline told a reason, that has been dealt with by now.
         if (code != PLAYER_ERROR_NONE && preparing() && !sound_.silent())
             fail(code, "it cannot be opened");
@@ -414,7 +419,7 @@ void Playback::interrupt(const std::string &why)
 void Playback::end_in_failure(std::function<void()> tell)
 {
     phase_ = Phase::Failed;
-    has_failed_ = true;
+    worth_another_try_ = true;
     wait_.reset();
     output_->close();
     report_result(std::move(tell));

@@ -91,8 +91,8 @@ class Playback : public std::enable_shared_from_this<Playback> {
     int height() const { return output_->height(); }
     bool has_subtitle() const { return has_subtitle_; }
 
-    /** Whether it could not be prepared; any thread. */
-    bool has_failed() const { return has_failed_; }
+    /** Whether it could not be prepared, or not with its sound; any thread. */
+    bool is_worth_another_try() const { return worth_another_try_; }
 
     Playback(PlaybackRequest request, PlaybackEvents events);
     ~Playback();
@@ -220,7 +220,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     WorkerThread subtitle_reader_{"subtitle"};
     std::atomic<GstClockTime> duration_{GST_CLOCK_TIME_NONE};
     std::atomic<bool> has_subtitle_{false};
-    std::atomic<bool> has_failed_{false};
+    std::atomic<bool> worth_another_try_{false};
     std::atomic<bool> count_drops_{true};
 
     // Made by the opener, then used by the thread alone.

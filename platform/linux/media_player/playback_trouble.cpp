@@ -43,6 +43,7 @@ void Playback::on_failure(const Failure &failure)
     case Failure::Part::SoundDevice:
         forget_audio_sink();
         sound_.on_device_lost(Clock::now());
+        worth_another_try_ = true;
         go_silent(failure.text);
         return;
     default:
@@ -59,16 +60,20 @@ void Playback::go_silent(const std::string &why)
 {
     if (!sound_.go_silent())
         return;
-    PLATFORM_LOGW("player", "%s plays in silence: %s", name_.c_str(), why.c_str());
+    const auto warn = [this, why] {
+        PLATFORM_LOGW("player", "%s plays in silence: %s", name_.c_str(), why.c_str());
+    };
     if (preparing()) {
         if (held_results_)
             held_results_->clear();
+        report_result(warn);
         phase_ = Phase::AwaitingFrame;
         begin_wait_for_first_frame();
         if (!open_again())
             fail(PLAYER_ERROR_INVALID_OPERATION, "it cannot be opened without sound either");
         return;
     }
+    warn();
     const GstClockTime position = output_->position();
     rounds_.reset();
     output_->set_visible(false);

@@ -176,6 +176,8 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
         return PLAYER_ERROR_INVALID_OPERATION;
     if (media_uri(uri_).empty())
         return PLAYER_ERROR_INVALID_PARAMETER;
+    if (!display_->has_plane())
+        display_->set_plane(VideoPlane::offscreen(UNSEEN_WIDTH, UNSEEN_HEIGHT));
     std::shared_ptr<Playback> opened = take_ahead();
     if (!opened)
         opened = open({uri_, subtitle_});
@@ -192,8 +194,6 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
 
 std::shared_ptr<Playback> Player::open(const PlayedItem &item)
 {
-    if (!display_->has_plane())
-        display_->set_plane(VideoPlane::offscreen(UNSEEN_WIDTH, UNSEEN_HEIGHT));
     PlaybackRequest request;
     request.uri = media_uri(item.path);
     request.subtitle = item.subtitle;
@@ -235,7 +235,7 @@ std::shared_ptr<Playback> Player::take_ahead()
     const Ahead ahead = std::exchange(ahead_, {});
     if (!ahead.playback)
         return nullptr;
-    if (ahead.uri != uri_ || ahead.playback->has_failed()) {
+    if (ahead.uri != uri_ || ahead.playback->is_worth_another_try()) {
         keep_as_previous(*ahead.playback);
         ahead.playback->close();
         return nullptr;

@@ -30,6 +30,9 @@ constexpr auto SHORTEST_LIFE = std::chrono::milliseconds(1000);
 // beginning, when the one before it goes away, is left in peace.
 constexpr std::chrono::nanoseconds NEAR_THE_END = std::chrono::seconds(4);
 
+// The newest frame may stand, and the end with it; that is no reason to look all the time.
+constexpr std::chrono::nanoseconds SHORTEST_INTERVAL = std::chrono::milliseconds(100);
+
 } // namespace
 
 void StallWatch::start(Time now)
@@ -100,7 +103,7 @@ bool EndWatch::check(const Progress &progress, Time now)
     const auto left = *progress.length - progress.position.value_or(std::chrono::nanoseconds(0));
     if (left <= near)
         return true;
-    due_ = now + (left - near);
+    due_ = now + std::max(left - near, SHORTEST_INTERVAL);
     return false;
 }
 

@@ -21,7 +21,8 @@ constexpr auto LOOK_AFTER_CANCEL = std::chrono::milliseconds(20);
 
 PictureAhead &PictureAhead::get()
 {
-    static PictureAhead ahead;
+    // Never destroyed: a picture that is being decoded when the process ends is left to the system.
+    static auto &ahead = *new PictureAhead;
     return ahead;
 }
 

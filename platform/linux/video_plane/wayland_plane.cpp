@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstring>
 #include <system_error>
+#include <utility>
 
 #include <Ecore.h>
 #include <poll.h>
@@ -178,7 +179,8 @@ void WaylandPlane::set_covered(bool covered)
     if (!parent_)
         return;
     if (covered) {
-        wl_subsurface_place_below(subsurface_.get(), parent_);
+        if (std::exchange(above_, false))
+            restack(wl_subsurface_place_below);
         return;
     }
     place_above_timer_.reset(ecore_timer_add(
@@ -193,7 +195,15 @@ void WaylandPlane::set_covered(bool covered)
 void WaylandPlane::place_above()
 {
     static_cast<void>(place_above_timer_.release()); // its callback ends it
-    wl_subsurface_place_above(subsurface_.get(), parent_);
+    above_ = true;
+    restack(wl_subsurface_place_above);
+}
+
+// Committed at once, and not with the window's next frame: the toolkit may be waiting for an answer
+// to its last one, which a compositor may owe to a window that cannot be seen.
+void WaylandPlane::restack(void (*place)(wl_subsurface *, wl_surface *))
+{
+    place(subsurface_.get(), parent_);
     wl_surface_commit(parent_);
     wl_display_flush(display_);
 }

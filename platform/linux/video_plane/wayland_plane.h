@@ -55,8 +55,8 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     void resize(const PlaneSize &size);
 
     /**
-     * Whether the window has anything to show. While it has the plane lies below it, from the
-     * window's next frame on; while it has not, above it. Main-loop thread only.
+     * Whether the window has anything to show. While it has the plane lies below it, at the latest
+     * from the window's next frame on; while it has not, above it. Main-loop thread only.
      */
     void set_covered(bool covered);
 
@@ -99,6 +99,7 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     bool finish_later();
     void release_objects();
     void place_above();
+    void restack(void (*place)(wl_subsurface *, wl_surface *));
     static void on_release(void *data, wl_buffer *handle);
 
     wl_display *const display_; // Ecore's
@@ -116,6 +117,7 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     WaylandPtr<wp_viewport> viewport_;
 
     wl_surface *parent_ = nullptr; // the window's; null once the plane has been closed
+    bool above_ = false;
     TimerPtr place_above_timer_;
 
     mutable std::mutex mutex_; // guards what follows, and the surface against close()

@@ -45,13 +45,17 @@ class LookaheadTest : public testing::Test {
 
     std::string in_folder_ = "/b.mp4"; ///< what the folder has next
     bool memory_is_short_ = false;
+    std::function<void()> while_looking_ = [] {};
     std::vector<std::string> calls_; ///< the look-ahead's thread's, until it is done
     Lookahead lookahead_{{[this](const std::string &) -> std::optional<PlayedItem> {
                               if (in_folder_.empty())
                                   return std::nullopt;
                               return PlayedItem{in_folder_, {}};
                           },
-                          [this] { return memory_is_short_; }}};
+                          [this] {
+                              while_looking_();
+                              return memory_is_short_;
+                          }}};
 };
 
 TEST_F(LookaheadTest, TheNextOfTheFolderIsOpenedWhenAnItemIsNearlyOver)
@@ -138,6 +142,16 @@ TEST_F(LookaheadTest, AnItemThatIsOverAlreadyHasNothingOpened)
     lookahead_.on_nearly_over("/a.mp4");
 
     EXPECT_THAT(calls(), IsEmpty());
+}
+
+TEST_F(LookaheadTest, AnItemThatIsBegunWhileItIsLookedForIsNotOpenedTwice)
+{
+    while_looking_ = [this] { begin("/b.mp4"); };
+    begin("/a.mp4");
+
+    lookahead_.on_nearly_over("/a.mp4");
+
+    EXPECT_THAT(calls(), ElementsAre("video /b.mp4 ", "drop video"));
 }
 
 TEST_F(LookaheadTest, AnItemThatFollowsItselfIsLeftAlone)

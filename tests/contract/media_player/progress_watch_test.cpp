@@ -284,6 +284,13 @@ TEST_F(EndWatchTest, LooksAgainWhenThePlayStoodStill)
     EXPECT_EQ(watch_.due(), now_ + 45s);
 }
 
+TEST_F(EndWatchTest, DoesNotHurryWhileTheNewestFrameStands)
+{
+    EXPECT_FALSE(check_at(10s, 14s + 1us));
+
+    EXPECT_EQ(watch_.due(), now_ + 100ms);
+}
+
 TEST_F(EndWatchTest, OneThatHasShownNothingIsAtItsBeginning)
 {
     EXPECT_FALSE(watch_.check({std::nullopt, 60s}, now_));
