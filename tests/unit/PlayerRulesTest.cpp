@@ -76,12 +76,6 @@ TEST_F(PlayerRulesTest, KeysOfTheSetAreAllThatThePlayerKnows)
     }
 }
 
-TEST_F(PlayerRulesTest, EveryTranslationIsAKeyOfTheSet)
-{
-    for (const auto &[typed, name] : platform::default_key_translations())
-        EXPECT_TRUE(platform::is_tv_key_name(name)) << typed;
-}
-
 TEST_F(PlayerRulesTest, FilesAreOfThePlayersKinds)
 {
     std::vector<std::string> names = {
