@@ -45,10 +45,12 @@ def demo(source_dir, tmp_path, request):
     start.out = tmp_path / "out"
     yield start
     print(start.text() if output.exists() else "never started", file=sys.stderr)
-    left = audit.processes_marked(mark)
-    for process in left:
-        os.kill(process, signal.SIGKILL)
-    assert not left, "demo.sh left processes behind"
+    try:
+        # What was interrupted may still be on its way out.
+        wait_until(lambda: not audit.processes_marked(mark), "nothing left running by demo.sh")
+    finally:
+        for process in audit.processes_marked(mark):
+            os.kill(process, signal.SIGKILL)
     folders = list(scratch.glob("ostrel-demo.*"))
     shutil.rmtree(scratch)
     assert not folders, "demo.sh left its temporary folder behind"
