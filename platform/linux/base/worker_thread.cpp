@@ -74,7 +74,6 @@ bool WorkerThread::post(Task task)
 
 void WorkerThread::run(const std::shared_ptr<Core> &core)
 {
-    core->end.set_value_at_thread_exit();
     core->thread = std::this_thread::get_id();
     const Hooks &hooks = core->hooks;
     std::unique_lock<std::mutex> lock(core->mutex);
@@ -107,6 +106,7 @@ void WorkerThread::run(const std::shared_ptr<Core> &core)
         hooks.at_end();
     core->hooks = {};
     core->thread = std::thread::id(); // which another thread may be given
+    core->end.set_value();
 }
 
 bool WorkerThread::wait_until(Clock::time_point time) const

@@ -68,7 +68,7 @@ class WorkerThread {
      */
     void stop();
 
-    /** Done when the thread has ended; only for a worker that was started. */
+    /** Done when the thread has nothing left to do; only for a worker that was started. */
     std::shared_future<void> ended() const;
 
   private:
