@@ -11,6 +11,18 @@
 
 namespace platform {
 
+/** Whether degrees are 0, 90, 180 or 270. */
+constexpr bool is_quarter_turn(int degrees)
+{
+    return degrees >= 0 && degrees < 360 && degrees % 90 == 0;
+}
+
+/** Whether a landscape panel stands upright when it is turned by 0, 90, 180 or 270 degrees. */
+constexpr bool is_portrait(int degrees)
+{
+    return degrees % 180 != 0;
+}
+
 /** First transposed, rows for columns, then mirrored each way. The default changes nothing. */
 struct Orientation {
     bool transposed = false;

@@ -1,6 +1,7 @@
 #include "control/status_report.h"
 
 #include "app_context/app_context_state.h"
+#include "base/orientation.h"
 #include "config_store/config_files.h"
 #include "panel/panel_model.h"
 #include "panel/timed_rotation.h"
@@ -95,7 +96,7 @@ const std::string &Status::file() const
 
 int Status::selection() const
 {
-    return selection_of(selection_word.value_or(0), panel.angle % 180 != 0);
+    return selection_of(selection_word.value_or(0), is_portrait(panel.angle));
 }
 
 } // namespace platform

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "base/orientation.h"
 #include "base/paths.h"
 #include "control/status_report.h"
 #include "log/log_line.h"
@@ -119,7 +120,7 @@ std::string selection(const Status &status)
         return "play all";
     std::string number = "only number " + std::to_string(entry);
     const auto index = static_cast<size_t>(entry - 1);
-    if (!status.list || status.list->portrait != (status.panel.angle % 180 != 0))
+    if (!status.list || status.list->portrait != is_portrait(status.panel.angle))
         return number;
     return index < status.list->names.size() ? number + ", " + quoted(status.list->names[index])
                                              : number + ", which the list does not have";

@@ -61,14 +61,6 @@ class RotatorListeners {
     std::vector<Entry> entries_;
 };
 
-int present_status(const PanelModel &panel)
-{
-    if (!panel.turning())
-        return DISPLAY_ROTATOR_IDLE;
-    return panel.target() % 180 != 0 ? DISPLAY_ROTATOR_TURNING_TO_PORTRAIT
-                                     : DISPLAY_ROTATOR_TURNING_TO_LANDSCAPE;
-}
-
 } // namespace
 
 } // namespace platform
@@ -82,7 +74,7 @@ int display_rotator_get_status(display_rotator_status_t *status)
     const PanelModel &panel = PanelModel::get();
     if (!panel.can_turn())
         return DISPLAY_ROTATOR_ERROR_NOT_SUPPORTED;
-    *status = {platform::present_status(panel), panel.angle()};
+    *status = {panel.status(), panel.angle()};
     return 0;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "base/orientation.h"
 #include "display_rotator.h"
 #include "log/platform_log.h"
 #include "settings/settings.h"
@@ -17,11 +18,6 @@ int quarter_turns(int degrees)
 {
     const int turned = degrees % 360;
     return (turned < 0 ? turned + 360 : turned) / 90 * 90;
-}
-
-bool is_portrait(int degrees)
-{
-    return degrees % 180 != 0;
 }
 
 /** A listener may add further listeners, so the list is walked by index on a copy of each entry. */
@@ -72,6 +68,14 @@ bool PanelModel::can_turn() const
     return Settings::get().rotator;
 }
 
+int PanelModel::status() const
+{
+    if (!turning())
+        return DISPLAY_ROTATOR_IDLE;
+    return is_portrait(target_) ? DISPLAY_ROTATOR_TURNING_TO_PORTRAIT
+                                : DISPLAY_ROTATOR_TURNING_TO_LANDSCAPE;
+}
+
 bool PanelModel::turn_to(int degrees)
 {
     if (!can_turn()) {
@@ -96,8 +100,7 @@ bool PanelModel::turn_to(int degrees)
         },
         this));
     PLATFORM_LOGI(SERVICE, "turning from %d to %d degrees", angle(), target_);
-    report(is_portrait(wanted) ? DISPLAY_ROTATOR_TURNING_TO_PORTRAIT
-                               : DISPLAY_ROTATOR_TURNING_TO_LANDSCAPE);
+    notify(status_listeners_, status());
     return true;
 }
 
@@ -141,12 +144,7 @@ void PanelModel::finish_turn()
     notify(angle_listeners_, angle());
     target_ = -1;
     PLATFORM_LOGI(SERVICE, "turned to %d degrees", angle());
-    report(DISPLAY_ROTATOR_IDLE);
-}
-
-void PanelModel::report(int status)
-{
-    notify(status_listeners_, status);
+    notify(status_listeners_, status());
 }
 
 } // namespace platform

@@ -51,6 +51,9 @@ class PanelModel {
     /** Degrees that the turn under way ends at; -1 without one. */
     int target() const { return target_; }
 
+    /** Standing still or turning, and where to: a display_rotator_state_e value. */
+    int status() const;
+
     /**
      * Starts a turn: status 1 or 2, after the configured time the angle changes, then status 0. A
      * turn asked for during a turn, or to the present angle, is ignored with a log line.
@@ -68,7 +71,7 @@ class PanelModel {
     /** Gives up a turn under way, without a report; the angle stays. For the end of the program. */
     void stop();
 
-    /** Called on each change of status; the argument is a display_rotator_state_e value. */
+    /** Called with status() on each change of it. */
     void on_status(std::function<void(int)> listener);
 
     /** Called when size or scale have changed; read them from here. */
@@ -80,7 +83,6 @@ class PanelModel {
   private:
     PanelModel() = default;
     void finish_turn();
-    void report(int status);
 
     std::atomic<int> width_{0};
     std::atomic<int> height_{0};

@@ -4,6 +4,7 @@
 
 #include <Ecore_Input.h>
 
+#include "base/orientation.h"
 #include "config_store.h"
 #include "config_store/platform_store.h"
 #include "panel/panel_model.h"
@@ -16,7 +17,7 @@ namespace {
 
 bool in_portrait()
 {
-    return PanelModel::get().angle() % 180 != 0;
+    return is_portrait(PanelModel::get().angle());
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include <new>
 
+#include "base/orientation.h"
 #include "log/platform_log.h"
 #include "still_picture/picture.h"
 #include "still_picture/picture_display.h"
@@ -118,6 +119,6 @@ int pictrel_set_mixer_render(_pictrel_s *picture, int on)
 
 int pictrel_rotate(_pictrel_s *picture, int degrees)
 {
-    const bool known = degrees == 90 || degrees == 180 || degrees == 270;
-    return result(picture && known && of(picture)->rotate(degrees));
+    return result(picture && degrees != 0 && platform::is_quarter_turn(degrees) &&
+                  of(picture)->rotate(degrees));
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "base/orientation.h"
 #include "log/platform_log.h"
 #include "subtitles/ass_painter.h"
 #include "subtitles/ass_text.h"
@@ -34,10 +35,9 @@ class AssSubtitleTrack final : public SubtitleTrack {
     bool draw(int64_t position_ms, uint8_t *pixels, int width, int height, int stride,
               int degrees) override
     {
-        const bool good_turn = degrees == 0 || degrees == 90 || degrees == 180 || degrees == 270;
         const bool good_size =
             width > 0 && height > 0 && width <= LARGEST_SIDE && height <= LARGEST_SIDE;
-        if (!pixels || !good_turn || !good_size || stride < width * 4)
+        if (!pixels || !is_quarter_turn(degrees) || !good_size || stride < width * 4)
             return false;
         const Overlay &overlay = painter_->overlay_at(position_ms, width, height, degrees);
         overlay.blend(pixels, stride);

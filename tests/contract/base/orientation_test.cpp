@@ -38,6 +38,21 @@ TEST(OrientationTest, AQuarterTurnSwapsTheSides)
         EXPECT_EQ(Orientation::clockwise(degrees).of(STORED), STORED.turned());
 }
 
+TEST(OrientationTest, QuarterTurnsAreFourAndTwoOfThemStandUpright)
+{
+    std::vector<int> turns;
+    std::vector<int> upright;
+    for (int degrees = -360; degrees <= 450; degrees += 45) {
+        if (!is_quarter_turn(degrees))
+            continue;
+        turns.push_back(degrees);
+        if (is_portrait(degrees))
+            upright.push_back(degrees);
+    }
+    EXPECT_EQ(turns, (std::vector<int>{0, 90, 180, 270}));
+    EXPECT_EQ(upright, (std::vector<int>{90, 270}));
+}
+
 TEST(OrientationTest, FourQuartersAreNoTurn)
 {
     for (const Case &one : cases())
