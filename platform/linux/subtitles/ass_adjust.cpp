@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <Eina.h>
+
 namespace platform {
 
 namespace {
@@ -17,29 +19,6 @@ constexpr char BREAK_PLACE[] = "{\\fscx0} {\\fscx}";
 
 /** Shorter runs than this fit on a line of a portrait panel. */
 constexpr int LONGEST_UNBROKEN = 12;
-
-struct Letter {
-    char32_t code;
-    size_t length;
-};
-
-/** The letter of valid UTF-8 text that begins at a place. */
-Letter letter_at(const std::string &text, size_t at)
-{
-    const auto byte = [&text, at](size_t i) -> char32_t {
-        return at + i < text.size() ? static_cast<unsigned char>(text[at + i]) : 0;
-    };
-    const char32_t first = byte(0);
-    if (first < 0x80)
-        return {first, 1};
-    if (first < 0xE0)
-        return {(first & 0x1F) << 6 | (byte(1) & 0x3F), 2};
-    if (first < 0xF0)
-        return {(first & 0x0F) << 12 | (byte(1) & 0x3F) << 6 | (byte(2) & 0x3F), 3};
-    return {(first & 0x07) << 18 | (byte(1) & 0x3F) << 12 | (byte(2) & 0x3F) << 6 |
-                (byte(3) & 0x3F),
-            4};
-}
 
 bool is_ideographic(char32_t c)
 {
@@ -88,28 +67,29 @@ std::string with_break_places(const std::string &ass)
     bool in_block = false;
     int unbroken = 0;
     char32_t left = 0;
-    for (size_t i = 0; i < ass.size();) {
-        const Letter letter = letter_at(ass, i);
-        const std::string bytes = ass.substr(i, letter.length);
-        const bool escape = letter.code == '\\' && i + 1 < ass.size();
-        i += letter.length;
-        if (in_block || letter.code == '{') {
-            in_block = letter.code != '}';
+    int begin = 0;
+    int end = 0;
+    while (const char32_t letter = eina_unicode_utf8_next_get(ass.c_str(), &end)) {
+        const std::string bytes = ass.substr(begin, end - begin);
+        begin = end;
+        if (in_block || letter == '{') {
+            in_block = letter != '}';
             result += bytes;
             continue;
         }
-        if (letter.code == ' ' || escape)
+        const bool escape = letter == '\\' && ass[end] != '\0';
+        if (letter == ' ' || escape)
             unbroken = 0;
-        const bool zero_width_space = letter.code == 0x200B;
+        const bool zero_width_space = letter == 0x200B;
         if (zero_width_space ||
-            (unbroken >= LONGEST_UNBROKEN / 2 && may_break_between(left, letter.code))) {
+            (unbroken >= LONGEST_UNBROKEN / 2 && may_break_between(left, letter))) {
             result += BREAK_PLACE;
             unbroken = 0;
         }
         if (!zero_width_space)
             result += bytes;
         ++unbroken;
-        left = letter.code;
+        left = letter;
     }
     return result;
 }

@@ -4,9 +4,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <optional>
 
+#include <Eina.h>
+
 #include "base/ascii_case.h"
+#include "base/toolkit_handles.h"
 
 namespace platform {
 
@@ -30,25 +34,6 @@ std::optional<int64_t> parse_clock(const std::string &text)
     return result;
 }
 
-void append_utf8(std::string &text, unsigned long code)
-{
-    if (code < 0x80) {
-        text += static_cast<char>(code);
-    } else if (code < 0x800) {
-        text += static_cast<char>(0xC0 | (code >> 6));
-        text += static_cast<char>(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-        text += static_cast<char>(0xE0 | (code >> 12));
-        text += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-        text += static_cast<char>(0x80 | (code & 0x3F));
-    } else {
-        text += static_cast<char>(0xF0 | (code >> 18));
-        text += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
-        text += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-        text += static_cast<char>(0x80 | (code & 0x3F));
-    }
-}
-
 /** Appends what an XML entity without its "&" and ";" stands for; false when it is none. */
 bool append_entity(std::string &text, const std::string &name)
 {
@@ -66,7 +51,10 @@ bool append_entity(std::string &text, const std::string &name)
     const unsigned long code = std::strtoul(name.c_str() + (hex ? 2 : 1), nullptr, hex ? 16 : 10);
     if (code == 0 || code > 0x10FFFF || (code >= 0xD800 && code < 0xE000))
         return false;
-    append_utf8(text, code);
+    const Eina_Unicode character[] = {static_cast<Eina_Unicode>(code), 0};
+    const std::unique_ptr<char, HandleEnd<std::free>> bytes(
+        eina_unicode_unicode_to_utf8(character, nullptr));
+    text += bytes.get();
     return true;
 }
 

@@ -204,6 +204,15 @@ TEST_F(SubtitleTest, BracketsInAnAttributeDoNotEndItsTag)
     EXPECT_EQ(text_at(*track, 3500), "Unclosed");
 }
 
+TEST_F(SubtitleTest, EntitiesOfTimedTextAreTheirLettersAndWhatIsNoneStays)
+{
+    const auto track = load(
+        "a.ttxt", "<TextStream><TextSample sampleTime=\"00:00:01.000\">"
+                  "&amp;&#126;&#xE9;&#8364;&#x1F600; &#xD800; &nothing;</TextSample></TextStream>");
+    ASSERT_NE(track, nullptr);
+    EXPECT_EQ(text_at(*track, 1500), "&~é€😀 &#xD800; &nothing;");
+}
+
 TEST_F(SubtitleTest, BilingualSamiShowsItsFirstLanguageOnly)
 {
     const auto track = load("a.smi", "<SAMI><BODY>\n"
