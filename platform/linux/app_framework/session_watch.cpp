@@ -27,17 +27,6 @@ SessionWatch::SessionWatch(std::function<void(bool)> on_change)
                                          "u", static_cast<unsigned int>(getpid())));
 }
 
-SessionWatch::~SessionWatch()
-{
-    pending_.reset();
-    if (session_) {
-        eldbus_proxy_event_callback_del(session_.get(), ELDBUS_PROXY_EVENT_PROPERTY_CHANGED,
-                                        on_property, this);
-        eldbus_proxy_event_callback_del(session_.get(), ELDBUS_PROXY_EVENT_PROPERTY_LOADED,
-                                        on_loaded, this);
-    }
-}
-
 void SessionWatch::on_session(void *data, const Eldbus_Message *reply, Eldbus_Pending * /*pending*/)
 {
     auto *self = static_cast<SessionWatch *>(data);

@@ -18,7 +18,6 @@ class SessionWatch {
      *                  on it, with true when it returns
      */
     explicit SessionWatch(std::function<void(bool)> on_change);
-    ~SessionWatch();
     SessionWatch(const SessionWatch &) = delete;
     SessionWatch &operator=(const SessionWatch &) = delete;
 

@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <utility>
 
 #include "widget_extension/plain_text.h"
 #include "widget_extension/widget_manager.h"
@@ -15,18 +15,18 @@ constexpr const char *SIGNAL_SOURCE = "velt";
 
 /** What the genlist keeps for a row: the caller's class and data, and how the text reads. */
 struct Row {
-    Row(Elm_Genlist_Item_Class *item_class, void *row_data) : theirs(item_class), data(row_data)
-    {
-        elm_genlist_item_class_ref(theirs);
-    }
-    ~Row() { elm_genlist_item_class_unref(theirs); }
-    Row(const Row &) = delete;
-    Row &operator=(const Row &) = delete;
-
-    Elm_Genlist_Item_Class *theirs;
+    ItemClassReference theirs;
     void *data;
     bool right_to_left = false;
 };
+
+ItemClassReference reference_to(const Elm_Genlist_Item_Class *item_class)
+{
+    // Elementary takes the class as constant, but counts references in it.
+    auto *counted = const_cast<Elm_Genlist_Item_Class *>(item_class);
+    elm_genlist_item_class_ref(counted);
+    return ItemClassReference(counted);
+}
 
 char *text_of_row(void *data, Evas_Object *object, const char *part)
 {
@@ -86,15 +86,6 @@ OptionList *OptionList::of(const Evas_Object *object)
     return static_cast<OptionList *>(evas_object_data_get(object, LIST_KEY));
 }
 
-OptionList::~OptionList()
-{
-    // Rows that still live hold references of their own to both classes.
-    for (const ClassPair &pair : classes_) {
-        elm_genlist_item_class_free(pair.ours);
-        elm_genlist_item_class_unref(pair.theirs);
-    }
-}
-
 void OptionList::set_marks_option(bool marks)
 {
     marks_option_ = marks;
@@ -104,10 +95,10 @@ void OptionList::set_marks_option(bool marks)
 Elm_Genlist_Item_Class *OptionList::wrap(const Elm_Genlist_Item_Class *theirs)
 {
     for (const ClassPair &pair : classes_) {
-        if (pair.theirs == theirs)
-            return pair.ours;
+        if (pair.theirs.get() == theirs)
+            return pair.ours.get();
     }
-    Elm_Genlist_Item_Class *ours = elm_genlist_item_class_new();
+    decltype(ClassPair::ours) ours(elm_genlist_item_class_new());
     if (!ours)
         return nullptr;
     ours->item_style = theirs->item_style;
@@ -115,11 +106,8 @@ Elm_Genlist_Item_Class *OptionList::wrap(const Elm_Genlist_Item_Class *theirs)
     ours->func.content_get = theirs->func.content_get ? content_of_row : nullptr;
     ours->func.state_get = theirs->func.state_get ? state_of_row : nullptr;
     ours->func.del = delete_row;
-    // Elementary takes the class as constant, but counts references in it.
-    auto *counted = const_cast<Elm_Genlist_Item_Class *>(theirs);
-    elm_genlist_item_class_ref(counted);
-    classes_.push_back({counted, ours});
-    return ours;
+    classes_.push_back({reference_to(theirs), std::move(ours)});
+    return classes_.back().ours.get();
 }
 
 Elm_Object_Item *OptionList::append(const Elm_Genlist_Item_Class *item_class, void *data,
@@ -129,7 +117,7 @@ Elm_Object_Item *OptionList::append(const Elm_Genlist_Item_Class *item_class, vo
     Elm_Genlist_Item_Class *ours = wrap(item_class);
     if (!ours)
         return nullptr;
-    auto row = std::make_unique<Row>(const_cast<Elm_Genlist_Item_Class *>(item_class), data);
+    auto row = std::make_unique<Row>(Row{reference_to(item_class), data});
     Elm_Object_Item *item =
         elm_genlist_item_append(genlist_, ours, row.get(), parent, type, function, function_data);
     if (item)

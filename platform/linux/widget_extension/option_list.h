@@ -4,11 +4,17 @@
  */
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include <Elementary.h>
 
+#include "base/toolkit_handles.h"
+
 namespace platform {
+
+using ItemClassReference =
+    std::unique_ptr<Elm_Genlist_Item_Class, HandleEnd<elm_genlist_item_class_unref>>;
 
 class OptionList {
   public:
@@ -30,14 +36,13 @@ class OptionList {
 
   private:
     explicit OptionList(Evas_Object *genlist) : genlist_(genlist) {}
-    ~OptionList();
     OptionList(const OptionList &) = delete;
     OptionList &operator=(const OptionList &) = delete;
 
     /** A caller's row class and the one that the genlist gets in its place. */
     struct ClassPair {
-        Elm_Genlist_Item_Class *theirs;
-        Elm_Genlist_Item_Class *ours;
+        ItemClassReference theirs;
+        std::unique_ptr<Elm_Genlist_Item_Class, HandleEnd<elm_genlist_item_class_free>> ours;
     };
 
     Elm_Genlist_Item_Class *wrap(const Elm_Genlist_Item_Class *theirs);
@@ -54,6 +59,7 @@ class OptionList {
     Evas_Object *genlist_;
     bool marks_option_ = false;
     bool has_focus_ = false;
+    /** Rows that still live when it goes hold references of their own to both classes. */
     std::vector<ClassPair> classes_;
 };
 

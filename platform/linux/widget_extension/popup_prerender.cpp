@@ -43,7 +43,8 @@ void delete_row(void *data, Evas_Object *)
 Evas_Object *make_list(Evas_Object *parent)
 {
     Evas_Object *list = elm_velt_genlist_add(parent);
-    Elm_Genlist_Item_Class *row_class = elm_genlist_item_class_new();
+    const std::unique_ptr<Elm_Genlist_Item_Class, HandleEnd<elm_genlist_item_class_free>> row_class(
+        elm_genlist_item_class_new());
     if (!list || !row_class)
         return list;
     row_class->item_style = "C_TextTile_SingleLine_02";
@@ -56,11 +57,10 @@ Evas_Object *make_list(Evas_Object *parent)
           std::string("0123456789 _-.()&…"), local_letters(DAY_1, 7), local_letters(MON_1, 12),
           std::string("abc")}) {
         auto row_text = std::make_unique<std::string>(text);
-        if (elm_velt_genlist_item_append(list, row_class, row_text.get(), nullptr,
+        if (elm_velt_genlist_item_append(list, row_class.get(), row_text.get(), nullptr,
                                          ELM_GENLIST_ITEM_NONE, nullptr, nullptr))
             static_cast<void>(row_text.release()); // delete_row() has it from now on
     }
-    elm_genlist_item_class_free(row_class);
     return list;
 }
 
@@ -75,25 +75,16 @@ PopupPrerender::PopupPrerender(Evas_Object *window) : window_(window)
 
 PopupPrerender::~PopupPrerender()
 {
-    window_gone();
-}
-
-void PopupPrerender::window_gone()
-{
-    stop();
-    if (!window_)
-        return;
     evas_event_callback_del_full(evas_object_evas_get(window_), EVAS_CALLBACK_RENDER_FLUSH_POST,
                                  on_frame, this);
     evas_object_smart_callback_del_full(window_, "language,changed", on_language, this);
-    window_ = nullptr;
 }
 
 void PopupPrerender::stop()
 {
     timer_.reset();
     idler_.reset();
-    popup_ = nullptr;
+    popup_.reset();
     list_ = nullptr;
     offscreen_window_.reset();
     canvas_.reset();
@@ -160,26 +151,26 @@ void PopupPrerender::make_popup()
     WidgetManager &manager = WidgetManager::get();
     const int width = manager.pixels(OPTIONS_WIDTH_UNITS);
     const int height = manager.pixels(OPTIONS_HEIGHT_UNITS);
-    popup_ = create_popup(offscreen_window_.get());
-    Evas_Object *layout = elm_velt_layout_add(popup_);
+    popup_.reset(create_popup(offscreen_window_.get()));
+    Evas_Object *layout = elm_velt_layout_add(popup_.get());
     list_ = make_list(layout);
-    elm_velt_popup_title_set(popup_, ("Demo" + local_letters(DAY_1, 2)).c_str());
+    elm_velt_popup_title_set(popup_.get(), ("Demo" + local_letters(DAY_1, 2)).c_str());
     elm_velt_layout_item_append(layout, list_, width, height);
-    elm_velt_popup_content_set(popup_, layout, width, height);
-    Evas_Object *button = elm_velt_button_add(popup_);
+    elm_velt_popup_content_set(popup_.get(), layout, width, height);
+    Evas_Object *button = elm_velt_button_add(popup_.get());
     elm_velt_button_text_set(button, ("OK" + local_letters(DAY_1, 1)).c_str());
-    elm_velt_popup_button_set(popup_, button, 0);
-    evas_object_show(popup_);
+    elm_velt_popup_button_set(popup_.get(), button, 0);
+    evas_object_show(popup_.get());
 }
 
 void PopupPrerender::make_toast()
 {
-    evas_object_del(popup_);
+    popup_.reset();
     list_ = nullptr;
-    popup_ = create_popup(offscreen_window_.get());
-    set_popup_style(popup_, PopupStyle::toast);
-    set_toast_text(popup_, "abcdefghijklmnopqrstuvwxyz: 0123456789");
-    evas_object_show(popup_);
+    popup_.reset(create_popup(offscreen_window_.get()));
+    set_popup_style(popup_.get(), PopupStyle::toast);
+    set_toast_text(popup_.get(), "abcdefghijklmnopqrstuvwxyz: 0123456789");
+    evas_object_show(popup_.get());
 }
 
 void PopupPrerender::draw()

@@ -13,14 +13,15 @@ namespace platform {
 
 class PopupPrerender {
   public:
-    /** Waits for the window's first frame, for the busy time after it, and for an idle moment. */
+    /**
+     * Waits for the window's first frame, for the busy time after it, and for an idle moment.
+     *
+     * @param window outlives this
+     */
     explicit PopupPrerender(Evas_Object *window);
     ~PopupPrerender();
     PopupPrerender(const PopupPrerender &) = delete;
     PopupPrerender &operator=(const PopupPrerender &) = delete;
-
-    /** The window is being deleted: ends what there is. */
-    void window_gone();
 
     /** Whether it has taken place, and nothing of it is left but the caches. */
     bool done() const { return done_; }
@@ -39,12 +40,12 @@ class PopupPrerender {
     static Eina_Bool on_time(void *data);
     static Eina_Bool on_idle(void *data);
 
-    Evas_Object *window_;
+    Evas_Object *const window_;
     TimerPtr timer_;
     IdlerPtr idler_;
     CanvasPtr canvas_;
-    ObjectPtr offscreen_window_;   ///< a window on that canvas
-    Evas_Object *popup_ = nullptr; ///< goes with the window
+    ObjectPtr offscreen_window_; ///< a window on that canvas
+    ObjectPtr popup_;
     Evas_Object *list_ = nullptr;
     int step_ = 0;
     bool done_ = false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include <unistd.h>
 
@@ -140,10 +141,8 @@ void WidgetManager::outlive_container(Evas_Object *widget)
 void WidgetManager::release_held_widgets()
 {
     release_job_.reset();
-    std::vector<Evas_Object *> widgets;
-    widgets.swap(held_widgets_);
-    for (Evas_Object *widget : widgets)
-        efl_unref(widget);
+    // What goes may hold other contents, which are then held for the first time.
+    const auto going = std::exchange(held_widgets_, {});
 }
 
 void WidgetManager::on_window_resized(void *data, Evas *, Evas_Object *, void *)
@@ -154,8 +153,7 @@ void WidgetManager::on_window_resized(void *data, Evas *, Evas_Object *, void *)
 void WidgetManager::on_window_deleted(void *data, Evas *, Evas_Object *, void *)
 {
     auto *self = static_cast<WidgetManager *>(data);
-    if (self->prerender_)
-        self->prerender_->window_gone();
+    self->prerender_.reset();
     self->window_ = nullptr;
 }
 
@@ -168,7 +166,7 @@ void WidgetManager::on_widget_deleted(void *data, Evas *, Evas_Object *object, v
 void WidgetManager::on_content_deleted(void *data, Evas *, Evas_Object *object, void *)
 {
     auto *self = static_cast<WidgetManager *>(data);
-    self->held_widgets_.push_back(efl_ref(object));
+    self->held_widgets_.emplace_back(efl_ref(object));
     if (!self->release_job_)
         self->release_job_.reset(ecore_job_add(on_control_returned, self));
 }

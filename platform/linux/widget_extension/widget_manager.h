@@ -66,8 +66,9 @@ class WidgetManager {
     std::unique_ptr<PopupPrerender> prerender_;
     std::string theme_; ///< the file that is loaded, or empty
     double scale_ = 1.0;
-    std::vector<Evas_Object *> widgets_;      ///< those that live
-    std::vector<Evas_Object *> held_widgets_; ///< deleted widgets whose names are still held
+    std::vector<Evas_Object *> widgets_; ///< those that live
+    /** Deleted widgets whose names are still held. */
+    std::vector<std::unique_ptr<Evas_Object, HandleEnd<efl_unref>>> held_widgets_;
     JobPtr release_job_;
 };
 
