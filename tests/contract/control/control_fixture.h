@@ -2,13 +2,13 @@
 #pragma once
 
 #include <chrono>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "store_support/private_bus.h"
 #include "store_support/scratch.h"
 
 class ControlFixture : public testing::Test {
@@ -25,22 +25,12 @@ class ControlFixture : public testing::Test {
         std::filesystem::create_directories(scratch_ / "stick");
         store_test::write_file(scratch_ / "tv.conf",
                                "[panel]\nrotator = yes\nturning_time_s = 0.05\n");
-        store_test::write_file(
-            scratch_ / "bus.conf",
-            "<busconfig><type>session</type><listen>unix:tmpdir=" + scratch_.path() +
-                "</listen><policy context='default'><allow own='*'/>"
-                "<allow send_destination='*' eavesdrop='true'/>"
-                "<allow eavesdrop='true'/></policy></busconfig>");
     }
 
     void start_bus()
     {
-        bus_ = std::make_unique<store_test::Child>(
-            std::vector<std::string>{DBUS_DAEMON, "--nofork", "--nopidfile", "--print-address=1",
-                                     "--config-file=" + (scratch_ / "bus.conf")});
-        wait_for(*bus_, "\n");
-        const std::string &out = bus_->out_text();
-        address_.emplace("DBUS_SESSION_BUS_ADDRESS", out.substr(0, out.find('\n')));
+        bus_.emplace(scratch_ / "bus");
+        address_.emplace("DBUS_SESSION_BUS_ADDRESS", bus_->address());
     }
 
     void start_player()
@@ -80,8 +70,6 @@ class ControlFixture : public testing::Test {
     /** Long enough for a loaded machine; nothing that works ever takes it. */
     static constexpr std::chrono::seconds PATIENCE{30};
 
-    static constexpr char DBUS_DAEMON[] = "/usr/bin/dbus-daemon";
-
     store_test::ScratchDir scratch_;
     store_test::Environment conf_{"OSTREL_DEMO_TV_CONF", scratch_ / "tv.conf"};
     store_test::Environment state_{"OSTREL_DEMO_STATE_DIR", scratch_ / "state"};
@@ -92,6 +80,6 @@ class ControlFixture : public testing::Test {
     store_test::Environment no_system_bus_{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere"};
     store_test::Environment no_default_bus_{"XDG_RUNTIME_DIR", scratch_ / "xdg"};
     std::optional<store_test::Environment> address_;
-    std::unique_ptr<store_test::Child> bus_;
+    std::optional<store_test::PrivateBus> bus_;
     std::unique_ptr<store_test::Child> player_;
 };

@@ -115,15 +115,7 @@ Colour Screen::colour(int x, int y) const
     return {byte(2), byte(1), byte(0)};
 }
 
-Bus::Bus(const std::string &socket)
-    : socket_(socket),
-      daemon_({DBUS_DAEMON, "--session", "--nofork", "--nopidfile", "--address=" + address()}, {})
-{
-    if (!wait_until([this] { return answers(socket_); }))
-        give_up("the message bus", daemon_);
-}
-
-DesktopTest::DesktopTest() : session_bus_(folder_ / "bus")
+DesktopTest::DesktopTest()
 {
     Screen::get().bring_pointer_in();
     variables_ = Screen::get().variables();

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "desktop_support/program.h"
+#include "store_support/private_bus.h"
 #include "store_support/scratch.h"
 
 namespace desktop_test {
@@ -61,18 +62,6 @@ class Screen {
     std::string display_;
 };
 
-/** A message bus. */
-class Bus {
-  public:
-    explicit Bus(const std::string &socket);
-    std::string address() const { return "unix:path=" + socket_; }
-    void kill() { daemon_.signal(SIGKILL); }
-
-  private:
-    std::string socket_;
-    Program daemon_;
-};
-
 class DesktopTest : public testing::Test {
   protected:
     DesktopTest();
@@ -94,7 +83,7 @@ class DesktopTest : public testing::Test {
     std::string stored_rotation_state() const;
 
     const store_test::ScratchDir folder_;
-    Bus session_bus_;
+    store_test::PrivateBus session_bus_{folder_ / "bus"};
     Program::Variables variables_;
 };
 

@@ -11,7 +11,7 @@ namespace desktop_test {
 
 class LoginManagerTest : public DesktopTest {
   protected:
-    LoginManagerTest() : system_bus_(folder_ / "system")
+    LoginManagerTest()
     {
         variables_["DBUS_SYSTEM_BUS_ADDRESS"] = system_bus_.address();
         manager_ = std::make_unique<Program>(std::vector<std::string>{LOGIN_MANAGER}, variables_);
@@ -35,7 +35,7 @@ class LoginManagerTest : public DesktopTest {
         });
     }
 
-    Bus system_bus_;
+    store_test::PrivateBus system_bus_{folder_ / "system"};
     std::unique_ptr<Program> manager_;
 };
 
