@@ -11,13 +11,16 @@
 #include "player_rules/content_rules.h"
 #include "player_rules/key_names.h"
 #include "player_rules/launch_rules.h"
-#include "player_rules/popup_size.h"
 #include "player_rules/rotation_timer.h"
+#include "player_rules/user_interface.h"
 #include "widget_extension.h"
 
+using testing::Each;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::EndsWith;
+using testing::HasSubstr;
+using testing::StartsWith;
 using testing::UnorderedElementsAre;
 using testing::UnorderedElementsAreArray;
 
@@ -246,10 +249,26 @@ TEST_F(PlayersRotationTimerTest, IsFollowedOnTheUprightPanelFromASwitchThatWasOf
         press(key);
 }
 
-TEST_F(PlayerRulesTest, OptionsHaveThePlayersSize)
+TEST_F(PlayerRulesTest, WindowAndTextsHaveThePlayersNames)
+{
+    player_.m_CreateWindow();
+    player_.m_InitItemList();
+    const std::string window = std::string("(\"") + platform::WINDOW_NAME + "\")";
+    EXPECT_THAT(fake_.of({"app_get_preinitialized_window"}), ElementsAre(EndsWith(window)));
+    const std::string domain = std::string("dgettext(\"") + platform::TEXT_DOMAIN + "\", ";
+    const Lines texts = fake_.of({"dgettext"});
+    EXPECT_FALSE(texts.empty());
+    EXPECT_THAT(texts, Each(StartsWith(domain)));
+}
+
+TEST_F(PlayerRulesTest, OptionsHaveThePlayersSizeAndRows)
 {
     make_window();
+    player_.m_InitItemList();
     EXPECT_TRUE(player_.m_CreatePopUp());
+    const Lines rows = fake_.of({"elm_velt_genlist_item_append"});
+    EXPECT_FALSE(rows.empty());
+    EXPECT_THAT(rows, Each(HasSubstr(std::string(", ") + platform::OPTIONS_ROW_STYLE + ", ")));
     const std::string size =
         ", " + std::to_string(elm_velt_unit_to_pixel(platform::OPTIONS_WIDTH_UNITS)) + ", " +
         std::to_string(elm_velt_unit_to_pixel(platform::OPTIONS_HEIGHT_UNITS)) + ")";

@@ -22,6 +22,7 @@
 #include "panel/rotation_state.h"
 #include "panel/timed_rotation.h"
 #include "player_rules/launch_rules.h"
+#include "player_rules/user_interface.h"
 #include "still_picture/picture_ahead.h"
 #include "video_plane/video_plane.h"
 #include "window/tv_window.h"
@@ -31,7 +32,6 @@ namespace platform {
 namespace {
 
 constexpr char SERVICE[] = "app_framework";
-constexpr char WINDOW_NAME[] = "ostrel-demo-player-tv";
 
 enum ExitStatus { DONE = 0, COULD_NOT_RUN = 1, BAD_COMMAND_LINE = 2 };
 

@@ -6,6 +6,7 @@
 #include <map>
 #include <string>
 
+#include "player_rules/user_interface.h"
 #include "settings/settings.h"
 #include "system_facts/language.h"
 
@@ -16,8 +17,6 @@ extern "C" int _nl_msg_cat_cntr;
 namespace platform {
 
 namespace {
-
-constexpr char TEXT_DOMAIN[] = "ostrel-demo-player-tv";
 
 // Countries whose language we have in the form of another country only.
 std::string relative_of(const std::string &language)

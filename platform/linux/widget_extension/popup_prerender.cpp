@@ -7,7 +7,7 @@
 #include <langinfo.h>
 
 #include "log/platform_log.h"
-#include "player_rules/popup_size.h"
+#include "player_rules/user_interface.h"
 #include "widget_extension.h"
 #include "widget_extension/popup_panel.h"
 #include "widget_extension/widget_manager.h"
@@ -47,7 +47,7 @@ Evas_Object *make_list(Evas_Object *parent)
         elm_genlist_item_class_new());
     if (!list || !row_class)
         return list;
-    row_class->item_style = "C_TextTile_SingleLine_02";
+    row_class->item_style = OPTIONS_ROW_STYLE;
     row_class->func.text_get = text_of_row;
     row_class->func.del = delete_row;
     elm_velt_genlist_listoption_enable(list, true);
