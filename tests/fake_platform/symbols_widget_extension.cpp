@@ -23,7 +23,7 @@ Evas_Object *add(const char *function, const char *kind, Evas_Object *parent)
 }
 
 // An item belongs to its container from now on, wherever it was made.
-void adopt(const char *function, Evas_Object *container, Evas_Object *item)
+void append_child(const char *function, Evas_Object *container, Evas_Object *item)
 {
     fake::Widget *parent = the_fake().widgets.find(function, container);
     fake::Widget *child = the_fake().widgets.find(function, item);
@@ -80,7 +80,7 @@ void elm_velt_layout_align_set(Evas_Object *object, int align)
 void elm_velt_layout_item_append(Evas_Object *layout, Evas_Object *item, int width, int height)
 {
     the_fake().call("elm_velt_layout_item_append", layout, item, width, height);
-    adopt("elm_velt_layout_item_append", layout, item);
+    append_child("elm_velt_layout_item_append", layout, item);
 }
 
 void elm_velt_root_layout_render(Evas_Object *layout)
@@ -148,7 +148,7 @@ void elm_velt_popup_title_set(Evas_Object *popup, const char *title)
 void elm_velt_popup_content_set(Evas_Object *popup, Evas_Object *content, int width, int height)
 {
     the_fake().call("elm_velt_popup_content_set", popup, content, width, height);
-    adopt("elm_velt_popup_content_set", popup, content);
+    append_child("elm_velt_popup_content_set", popup, content);
 }
 
 void elm_velt_popup_button_focus_set(Evas_Object *popup, int focus)
@@ -159,7 +159,7 @@ void elm_velt_popup_button_focus_set(Evas_Object *popup, int focus)
 void elm_velt_popup_button_set(Evas_Object *popup, Evas_Object *button, int slot)
 {
     the_fake().call("elm_velt_popup_button_set", popup, button, slot);
-    adopt("elm_velt_popup_button_set", popup, button);
+    append_child("elm_velt_popup_button_set", popup, button);
 }
 
 void elm_velt_popup_toast_text_set(Evas_Object *toast, const char *text)

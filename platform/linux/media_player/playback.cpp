@@ -59,7 +59,7 @@ Playback::Playback(PlaybackRequest request, PlaybackEvents events)
 
 Playback::~Playback() = default;
 
-void Playback::adopt(const std::string &subtitle, bool looping)
+void Playback::apply_request(const std::string &subtitle, bool looping)
 {
     thread_.post([this, subtitle, looping] {
         looping_ = looping;

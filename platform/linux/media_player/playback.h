@@ -71,7 +71,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
      * Says what the caller wants of a file that was opened ahead of the call; before its results. A
      * file that has changed since then is opened anew.
      */
-    void adopt(const std::string &subtitle, bool looping);
+    void apply_request(const std::string &subtitle, bool looping);
     void release_results();
     void start();
     void pause();

@@ -240,7 +240,7 @@ std::shared_ptr<Playback> Player::take_ahead()
         ahead.playback->close();
         return nullptr;
     }
-    ahead.playback->adopt(subtitle_, looping_);
+    ahead.playback->apply_request(subtitle_, looping_);
     return ahead.playback;
 }
 

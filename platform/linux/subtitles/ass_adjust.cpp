@@ -27,7 +27,7 @@ bool is_ideographic(char32_t c)
 }
 
 /** Kana that may not begin a line: small ones and the length mark. */
-bool clings_to_the_left(char32_t c)
+bool may_not_begin_line(char32_t c)
 {
     static const char32_t small[] = U"ぁぃぅぇぉっゃゅょゎァィゥェォッャュョヮヵヶーゝゞヽヾ々";
     return std::find(std::begin(small), std::end(small) - 1, c) != std::end(small) - 1;
@@ -40,7 +40,7 @@ bool may_break_between(char32_t left, char32_t right)
         return left > 0x0E00 && left < 0x0F00;
     const bool after_full_stop =
         left == 0x3001 || left == 0x3002 || left == 0xFF01 || left == 0xFF0C || left == 0xFF1F;
-    return is_ideographic(right) && !clings_to_the_left(right) &&
+    return is_ideographic(right) && !may_not_begin_line(right) &&
            (is_ideographic(left) || after_full_stop);
 }
 

@@ -39,23 +39,23 @@ class Converter {
     iconv_t handle_;
 };
 
-struct Utf8Census {
+struct Utf8Counts {
     size_t long_sequences = 0;
     size_t bad_bytes = 0;
 };
 
-Utf8Census take_census(const std::string &text)
+Utf8Counts count_utf8(const std::string &text)
 {
-    Utf8Census census;
+    Utf8Counts counts;
     for (size_t i = 0; i < text.size();) {
         const size_t length = utf8_length(text, i);
         if (length == 0)
-            ++census.bad_bytes;
+            ++counts.bad_bytes;
         else if (length > 1)
-            ++census.long_sequences;
+            ++counts.long_sequences;
         i += std::max<size_t>(length, 1);
     }
-    return census;
+    return counts;
 }
 
 std::string replace_bad_utf8(const std::string &text)
@@ -228,8 +228,8 @@ std::optional<std::string> text_to_utf8(const std::string &bytes, std::string &e
         encoding = told;
     } else {
         // A few bad bytes, such as a file's cut end, do not turn UTF-8 into something else.
-        const Utf8Census census = take_census(bytes);
-        const bool utf8 = census.bad_bytes * 20 <= census.long_sequences;
+        const Utf8Counts counts = count_utf8(bytes);
+        const bool utf8 = counts.bad_bytes * 20 <= counts.long_sequences;
         if (!utf8 && looks_binary(bytes))
             return std::nullopt;
         encoding = utf8 ? "UTF-8" : guess_legacy_encoding(bytes);
