@@ -1,0 +1,84 @@
+/**
+ * The inner loops of colour conversion, in as many versions as the processor may have instruction
+ * sets. They work on a stretch of a row at a time, which the nearest cache holds. Any thread.
+ */
+#pragma once
+
+#include <cstdint>
+
+namespace platform::rows {
+
+constexpr int STRETCH = 256; ///< pixels at a time; even
+
+/** How a picture's samples lie in memory. All have one pair of differences for two by two pixels.
+ */
+enum class Format {
+    I420,    ///< 8 bits, each kind in a plane of its own
+    NV12,    ///< 8 bits, the two differences in turns
+    I420_10, ///< 10 bits in the lower ones of 16, each kind in a plane of its own
+    P010,    ///< 10 bits in the upper ones of 16, the two differences in turns
+};
+
+/**
+ * A stretch as numbers that fill 16 bits, whatever the picture had: luma over 2^15, differences
+ * over 2^16 around 0. Between two rows of differences they are weighted by distance.
+ */
+struct Stretch {
+    int16_t y[STRETCH];
+    int16_t u[STRETCH / 2 + 1]; ///< one for two pixels, and the one behind the last
+    int16_t v[STRETCH / 2 + 1];
+};
+
+/** Where the samples of a stretch begin. */
+struct Sources {
+    const void *y;
+    /** The nearer row of differences and the farther one; of interleaved ones v is not used. */
+    const void *u[2];
+    const void *v[2];
+    int differences; ///< how many there are up to the end of the row
+};
+
+/** The steps in a code of 0 to 255 with which sums are made. */
+constexpr int STEPS = 32;
+
+/** Blue, green and red in steps, from the numbers of a Stretch over 2^16. */
+struct Linear {
+    int16_t y;
+    int16_t offset; ///< of each, half a code for rounding among it
+    int16_t u[3];
+    int16_t v[3];
+};
+
+/** The same for light above white; colour_converter.cpp says how each is found. */
+struct Mapping {
+    bool scene; ///< codes are the scene's light (HLG), else the screen's (PQ)
+    float y;
+    float y_offset;
+    float u[3]; ///< for red, green and blue
+    float v[3];
+    float light[11]; ///< of light over the code: fourth root, or of the scene's the square root
+    float bright[7]; ///< scene to screen, over the fourth root of luminance
+    float knee;
+    float beyond_knee; ///< over what is left above the knee
+    float gain[8];   ///< beyond the knee, over the code or, of the scene, the fourth root of light
+    float white;     ///< what the scene's light is multiplied by
+    float out[3][3]; ///< to blue, green and red of the screen, from red, green and blue
+    float code[6];   ///< 0 to 255 over the fourth root of light
+};
+
+/** One version of all of it. */
+struct Version {
+    const char *name;
+    void (*unpack)(Format format, const Sources &from, int pixels, Stretch &to);
+    void (*convert)(const Linear &linear, const Stretch &from, int pixels, uint32_t *to);
+    /** Writes up to seven pixels more than it is asked for; `to` has room for them. */
+    void (*map)(const Mapping &mapping, const Stretch &from, int pixels, uint32_t *to);
+};
+
+/** The one that every processor of this kind has. */
+extern const Version BASE;
+#if defined(__x86_64__)
+extern const Version AVX2; ///< with FMA
+#endif
+
+} // namespace platform::rows

@@ -1,0 +1,328 @@
+/**
+ * The loops of rows.h, to be compiled once for each instruction set, in the namespace ROWS_VERSION.
+ * They use no function of the standard library: one that is compiled here for a newer processor
+ * might be the one that all of the program gets.
+ */
+#include "colour/rows.h"
+
+#include <cstring>
+
+#if defined(__SSE__)
+#include <immintrin.h>
+#endif
+
+namespace platform::rows::ROWS_VERSION {
+
+namespace {
+
+// Of loops over 16-bit numbers, and of shifts by numbers that it knows, the compiler makes vectors
+// by itself.
+
+template <typename Sample, int SHIFT> void unpack_luma(const void *from, int pixels, int16_t *to)
+{
+    constexpr int UP = sizeof(Sample) == 1 ? 7 : 5;
+    const auto *y = static_cast<const Sample *>(from);
+    for (int x = 0; x < pixels; ++x)
+        to[x] = static_cast<int16_t>((y[x] >> SHIFT) << UP);
+}
+
+/** What lies a quarter of the way from one sample to another, around 0. */
+template <typename Sample> inline int16_t difference(int nearer, int farther)
+{
+    constexpr int UP = sizeof(Sample) == 1 ? 6 : 4;
+    constexpr int CENTRE = 1 << 15;
+    return static_cast<int16_t>(((3 * nearer + farther) << UP) ^ CENTRE);
+}
+
+template <typename Sample> void unpack_planar(const void *const (&rows)[2], int count, int16_t *to)
+{
+    const auto *c0 = static_cast<const Sample *>(rows[0]);
+    const auto *c1 = static_cast<const Sample *>(rows[1]);
+    for (int i = 0; i < count; ++i)
+        to[i] = difference<Sample>(c0[i], c1[i]);
+}
+
+// Pairs are read as one number of twice the width: what has vectors has shifts, but few ways to
+// take every other sample.
+template <typename Sample, typename Pair, int SHIFT>
+void unpack_interleaved(const void *const (&rows)[2], int count, Stretch &to)
+{
+    constexpr int BITS = 8 * sizeof(Sample);
+    const auto *c0 = static_cast<const Pair *>(rows[0]);
+    const auto *c1 = static_cast<const Pair *>(rows[1]);
+    const auto lower = [](Pair pair) { return static_cast<Sample>(pair) >> SHIFT; };
+    const auto upper = [](Pair pair) { return static_cast<int>(pair >> (BITS + SHIFT)); };
+    for (int i = 0; i < count; ++i) {
+        to.u[i] = difference<Sample>(lower(c0[i]), lower(c1[i]));
+        to.v[i] = difference<Sample>(upper(c0[i]), upper(c1[i]));
+    }
+}
+
+void unpack(Format format, const Sources &from, int pixels, Stretch &to)
+{
+    constexpr int P010_SHIFT = 6;
+    const int wanted = pixels / 2 + 1;
+    const int count = wanted < from.differences ? wanted : from.differences;
+    switch (format) {
+    case Format::I420:
+        unpack_luma<uint8_t, 0>(from.y, pixels, to.y);
+        unpack_planar<uint8_t>(from.u, count, to.u);
+        unpack_planar<uint8_t>(from.v, count, to.v);
+        break;
+    case Format::NV12:
+        unpack_luma<uint8_t, 0>(from.y, pixels, to.y);
+        unpack_interleaved<uint8_t, uint16_t, 0>(from.u, count, to);
+        break;
+    case Format::I420_10:
+        unpack_luma<uint16_t, 0>(from.y, pixels, to.y);
+        unpack_planar<uint16_t>(from.u, count, to.u);
+        unpack_planar<uint16_t>(from.v, count, to.v);
+        break;
+    case Format::P010:
+        unpack_luma<uint16_t, P010_SHIFT>(from.y, pixels, to.y);
+        unpack_interleaved<uint16_t, uint32_t, P010_SHIFT>(from.u, count, to);
+        break;
+    }
+    // Beyond the picture's edge its last colour goes on.
+    for (int i = count; i < wanted; ++i) {
+        to.u[i] = to.u[count - 1];
+        to.v[i] = to.v[count - 1];
+    }
+}
+
+/** The upper half of a product. */
+inline int16_t upper_half(int16_t a, int16_t b)
+{
+    return static_cast<int16_t>((int32_t{a} * b) >> 16);
+}
+
+inline int16_t in_byte(int16_t value)
+{
+    return value < 0 ? int16_t{0} : value > 255 ? int16_t{255} : value;
+}
+
+inline int16_t code_of(int16_t steps)
+{
+    return in_byte(static_cast<int16_t>(steps >> 5));
+}
+
+/** A number for each pixel from one for two: a pixel between two of them gets their middle. */
+inline void spread(const int16_t *from, int pixels, int16_t *to)
+{
+    for (int i = 0; i < (pixels + 1) / 2; ++i) {
+        to[2 * i] = from[i];
+        to[2 * i + 1] = static_cast<int16_t>((from[i] + from[i + 1]) >> 1);
+    }
+}
+
+void convert(const Linear &linear, const Stretch &from, int pixels, uint32_t *to)
+{
+    int16_t added[3][STRETCH];
+    for (int part = 0; part < 3; ++part) {
+        int16_t own[STRETCH / 2 + 1];
+        for (int i = 0; i < pixels / 2 + 1; ++i)
+            own[i] = static_cast<int16_t>(upper_half(linear.u[part], from.u[i]) +
+                                          upper_half(linear.v[part], from.v[i]));
+        spread(own, pixels, added[part]);
+    }
+    // The two halves of a pixel, the lower one first.
+    static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
+    uint16_t halves[2 * STRETCH];
+    for (int x = 0; x < pixels; ++x) {
+        const auto y = static_cast<int16_t>(upper_half(linear.y, from.y[x]) + linear.offset);
+        const int16_t blue = code_of(static_cast<int16_t>(y + added[0][x]));
+        const int16_t green = code_of(static_cast<int16_t>(y + added[1][x]));
+        const int16_t red = code_of(static_cast<int16_t>(y + added[2][x]));
+        halves[2 * x] = static_cast<uint16_t>(blue | green << 8);
+        halves[2 * x + 1] = static_cast<uint16_t>(red | 0xff00);
+    }
+    memcpy(to, halves, 2 * sizeof *halves * pixels);
+}
+
+/** The byte that is not used is full, as other decoders leave it. */
+constexpr int32_t OPAQUE = -0x1000000;
+
+#if defined(__AVX2__)
+constexpr int LANES = 8;
+#else
+constexpr int LANES = 4;
+#endif
+
+using Reals = float __attribute__((vector_size(4 * LANES)));
+using Wholes = int32_t __attribute__((vector_size(4 * LANES)));
+using Shorts = int16_t __attribute__((vector_size(2 * LANES)));
+
+inline Reals all(float value)
+{
+    return value - Reals{};
+}
+
+// What the compiler has no word for, or does not see through.
+#if defined(__AVX2__)
+inline Reals least(Reals a, Reals b)
+{
+    return static_cast<Reals>(_mm256_min_ps(a, b));
+}
+inline Reals most(Reals a, Reals b)
+{
+    return static_cast<Reals>(_mm256_max_ps(a, b));
+}
+/** To 12 bits, which is more than the eight of the outcome. */
+inline Reals one_by_root(Reals value)
+{
+    return static_cast<Reals>(_mm256_rsqrt_ps(value));
+}
+inline Reals load(const int16_t *from)
+{
+    const __m128i shorts = _mm_loadu_si128(reinterpret_cast<const __m128i *>(from));
+    return static_cast<Reals>(_mm256_cvtepi32_ps(_mm256_cvtepi16_epi32(shorts)));
+}
+inline Wholes rounded(Reals value)
+{
+    return reinterpret_cast<Wholes>(_mm256_cvtps_epi32(value));
+}
+#elif defined(__SSE2__)
+inline Reals least(Reals a, Reals b)
+{
+    return static_cast<Reals>(_mm_min_ps(a, b));
+}
+inline Reals most(Reals a, Reals b)
+{
+    return static_cast<Reals>(_mm_max_ps(a, b));
+}
+inline Reals one_by_root(Reals value)
+{
+    return static_cast<Reals>(_mm_rsqrt_ps(value));
+}
+#else
+inline Reals least(Reals a, Reals b)
+{
+    return a < b ? a : b;
+}
+inline Reals most(Reals a, Reals b)
+{
+    return a > b ? a : b;
+}
+inline Reals one_by_root(Reals value)
+{
+    Reals root;
+    for (int lane = 0; lane < LANES; ++lane)
+        root[lane] = 1 / __builtin_sqrtf(value[lane]);
+    return root;
+}
+#endif
+
+#if !defined(__AVX2__)
+inline Reals load(const int16_t *from)
+{
+    Shorts shorts;
+    memcpy(&shorts, from, sizeof shorts);
+    return __builtin_convertvector(__builtin_convertvector(shorts, Wholes), Reals);
+}
+
+inline Wholes rounded(Reals value)
+{
+    return __builtin_convertvector(value + 0.5F, Wholes);
+}
+#endif
+
+template <int COUNT> inline Reals polynomial(const float (&factors)[COUNT], Reals z)
+{
+    Reals sum = all(factors[COUNT - 1]);
+    for (int i = COUNT - 2; i >= 0; --i)
+        sum = sum * z + factors[i];
+    return sum;
+}
+
+/** Polynomials take their argument from -1 to 1, which keeps their factors small. */
+inline Reals centred(Reals unit)
+{
+    return unit + unit - 1.0F;
+}
+
+inline Reals fourth_root(Reals value)
+{
+    constexpr float TINY = 1e-12F;
+    return one_by_root(one_by_root(most(least(value, all(1)), all(TINY))));
+}
+
+struct Colours {
+    Reals red;
+    Reals green;
+    Reals blue;
+};
+
+inline Reals largest(const Colours &c)
+{
+    return most(most(c.red, c.green), c.blue);
+}
+
+template <bool SCENE> inline Reals light(const Mapping &mapping, Reals code)
+{
+    const Reals root = polynomial(mapping.light, centred(least(most(code, all(0)), all(1))));
+    return SCENE ? root * root : root * root * (root * root);
+}
+
+inline Reals gain(const Mapping &mapping, Reals at)
+{
+    const Reals beyond = most(at - mapping.knee, all(0)) * mapping.beyond_knee;
+    return polynomial(mapping.gain, centred(beyond));
+}
+
+template <bool SCENE> inline Colours on_screen(const Mapping &mapping, const Colours &code)
+{
+    Colours c = {light<SCENE>(mapping, code.red), light<SCENE>(mapping, code.green),
+                 light<SCENE>(mapping, code.blue)};
+    Reals factor;
+    if constexpr (SCENE) {
+        const Reals luminance = c.red * 0.2627F + c.green * 0.6780F + c.blue * 0.0593F;
+        const Reals bright = polynomial(mapping.bright, centred(fourth_root(luminance)));
+        factor = bright * gain(mapping, fourth_root(bright * largest(c))) * mapping.white;
+    } else {
+        factor = gain(mapping, least(largest(code), all(1)));
+    }
+    return {c.red * factor, c.green * factor, c.blue * factor};
+}
+
+inline Wholes byte_of(const Mapping &mapping, const float (&row)[3], const Colours &c)
+{
+    const Reals value = c.red * row[0] + c.green * row[1] + c.blue * row[2];
+    return rounded(most(polynomial(mapping.code, centred(fourth_root(value))), all(0)));
+}
+
+template <bool SCENE>
+void map_all(const Mapping &shared, const int16_t *u, const int16_t *v, const int16_t *y,
+             int pixels, uint32_t *to)
+{
+    const Mapping mapping =
+        shared; // of which the compiler knows that writing pixels leaves it alone
+    for (int x = 0; x < pixels; x += LANES) {
+        const Reals luma = load(y + x) * mapping.y + mapping.y_offset;
+        const Reals cb = load(u + x);
+        const Reals cr = load(v + x);
+        const Colours code = {luma + cb * mapping.u[0] + cr * mapping.v[0],
+                              luma + cb * mapping.u[1] + cr * mapping.v[1],
+                              luma + cb * mapping.u[2] + cr * mapping.v[2]};
+        const Colours c = on_screen<SCENE>(mapping, code);
+        const Wholes pixel = byte_of(mapping, mapping.out[0], c) |
+                             byte_of(mapping, mapping.out[1], c) << 8 |
+                             byte_of(mapping, mapping.out[2], c) << 16 | OPAQUE;
+        memcpy(to + x, &pixel, sizeof pixel);
+    }
+}
+
+void map(const Mapping &mapping, const Stretch &from, int pixels, uint32_t *to)
+{
+    int16_t u[STRETCH];
+    int16_t v[STRETCH];
+    spread(from.u, pixels, u);
+    spread(from.v, pixels, v);
+    if (mapping.scene)
+        map_all<true>(mapping, u, v, from.y, pixels, to);
+    else
+        map_all<false>(mapping, u, v, from.y, pixels, to);
+}
+
+} // namespace
+
+} // namespace platform::rows::ROWS_VERSION

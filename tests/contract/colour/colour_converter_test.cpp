@@ -1,0 +1,466 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <vector>
+
+#include "colour/colour_converter.h"
+
+namespace platform {
+
+using rows::Format;
+
+namespace {
+
+std::vector<const rows::Version *> versions()
+{
+    std::vector<const rows::Version *> all = {&rows::BASE};
+    if (&ColourConverter::best_version() != &rows::BASE)
+        all.push_back(&ColourConverter::best_version());
+    return all;
+}
+
+bool is_wide(Format format)
+{
+    return format == Format::I420_10 || format == Format::P010;
+}
+
+bool is_interleaved(Format format)
+{
+    return format == Format::NV12 || format == Format::P010;
+}
+
+int depth_of(Format format)
+{
+    return is_wide(format) ? 10 : 8;
+}
+
+/** A picture in memory of each format, made of numbers. Rows have something behind their end. */
+class Picture {
+  public:
+    Picture(Format format, const Size &size)
+        : format_(format), size_(size), halves_{(size.width + 1) / 2, (size.height + 1) / 2},
+          luma_(area(size)), first_(area(halves_)), second_(area(halves_))
+    {
+        // What lies behind an edge must not be seen.
+        const int rubbish = is_wide(format) ? 0xffff : 0xff;
+        for (auto *plane : {&luma_, &first_, &second_})
+            std::fill(plane->begin(), plane->end(), static_cast<uint16_t>(rubbish));
+    }
+
+    void set_luma(int x, int y, int value) { put(luma_, size_, x, y, value, 1, 0); }
+    void set_differences(int x, int y, int u, int v)
+    {
+        if (is_interleaved(format_)) {
+            put(first_, halves_, x, y, u, 2, 0);
+            put(first_, halves_, x, y, v, 2, 1);
+        } else {
+            put(first_, halves_, x, y, u, 1, 0);
+            put(second_, halves_, x, y, v, 1, 0);
+        }
+    }
+
+    YuvImage image() const
+    {
+        const auto *first = reinterpret_cast<const uint8_t *>(first_.data());
+        return {size_,
+                {reinterpret_cast<const uint8_t *>(luma_.data()), first,
+                 reinterpret_cast<const uint8_t *>(second_.data())},
+                {stride(size_), stride(halves_), stride(halves_)}};
+    }
+
+    const Size &size() const { return size_; }
+    const Size &halves() const { return halves_; }
+
+  private:
+    static constexpr int BEHIND = 3;
+
+    static size_t area(const Size &size)
+    {
+        return static_cast<size_t>(2 * size.width + BEHIND) * static_cast<size_t>(size.height);
+    }
+
+    static ptrdiff_t stride(const Size &size) { return 2 * (2 * size.width + BEHIND); }
+
+    void put(std::vector<uint16_t> &plane, const Size &size, int x, int y, int value, int step,
+             int which) const
+    {
+        auto *row = reinterpret_cast<uint8_t *>(plane.data()) + y * stride(size);
+        const int index = x * step + which;
+        const int stored = format_ == Format::P010 ? value << 6 : value;
+        if (is_wide(format_))
+            reinterpret_cast<uint16_t *>(row)[index] = static_cast<uint16_t>(stored);
+        else
+            row[index] = static_cast<uint8_t>(stored);
+    }
+
+    const Format format_;
+    const Size size_;
+    const Size halves_;
+    std::vector<uint16_t> luma_;
+    std::vector<uint16_t> first_;
+    std::vector<uint16_t> second_;
+};
+
+struct Rgb {
+    double red;
+    double green;
+    double blue;
+};
+
+double encoded(double light)
+{
+    return 255 * std::pow(std::clamp(light, 0.0, 1.0), 1 / SCREEN_GAMMA);
+}
+
+Rgb times(const Matrix3 &m, double a, double b, double c)
+{
+    const auto row = [&](int i) { return m[i][0] * a + m[i][1] * b + m[i][2] * c; };
+    return {row(0), row(1), row(2)};
+}
+
+/** What a colour is to become, in doubles and step by step. */
+Rgb reference(const ColourSpace &space, int depth, double y, double u, double v)
+{
+    const Quantization q = quantization(space, depth);
+    const Rgb code = times(rgb_from_yuv(space), (y - q.black) / q.range, (u - q.centre) / q.span,
+                           (v - q.centre) / q.span);
+    if (space.transfer == Transfer::SDR) {
+        const Rgb c = times(to_bt709(space.primaries), code.red, code.green, code.blue);
+        const auto byte = [](double x) { return 255 * std::clamp(x, 0.0, 1.0); };
+        return {byte(c.red), byte(c.green), byte(c.blue)};
+    }
+    const bool scene = space.transfer == Transfer::HLG;
+    const double peak = scene ? HLG_PEAK : space.peak;
+    const auto light = [&](double x) {
+        const double inside = std::clamp(x, 0.0, 1.0);
+        return scene ? scene_of_hlg(inside) : std::min(light_of_pq(inside), peak);
+    };
+    Rgb c = {light(code.red), light(code.green), light(code.blue)};
+    double factor = 1;
+    if (scene) {
+        const double luminance = 0.2627 * c.red + 0.6780 * c.green + 0.0593 * c.blue;
+        factor = peak * std::pow(std::max(luminance, 1e-9), HLG_SYSTEM_GAMMA - 1);
+    }
+    const double largest = factor * std::max({c.red, c.green, c.blue, 1e-6});
+    factor *= ToneCurve(peak, REFERENCE_WHITE).gain(largest) / REFERENCE_WHITE;
+    c = times(to_bt709(space.primaries), c.red * factor, c.green * factor, c.blue * factor);
+    return {encoded(c.red), encoded(c.green), encoded(c.blue)};
+}
+
+std::vector<uint32_t> converted(const ColourConverter &converter, const Picture &picture)
+{
+    const Size &size = picture.size();
+    std::vector<uint32_t> pixels(static_cast<size_t>(size.area()));
+    converter.convert(picture.image(), 0, size.height, pixels.data(), size.width);
+    return pixels;
+}
+
+/** Collects how far pixels are from what they are to be. */
+struct Errors {
+    double worst = 0;
+    double sum = 0;
+    int count = 0;
+    int over = 0; ///< beyond 2.5 codes
+
+    void add(uint32_t pixel, const Rgb &wanted)
+    {
+        EXPECT_EQ(pixel >> 24, 0xffU);
+        for (double error : {(pixel >> 16 & 0xff) - wanted.red, (pixel >> 8 & 0xff) - wanted.green,
+                             (pixel & 0xff) - wanted.blue}) {
+            worst = std::max(worst, std::fabs(error));
+            sum += std::fabs(error);
+            over += std::fabs(error) > 2.5;
+            ++count;
+        }
+    }
+    double mean() const { return sum / count; }
+};
+
+ColourSpace bt601()
+{
+    ColourSpace space;
+    space.kr = 0.299;
+    space.kb = 0.114;
+    return space;
+}
+
+ColourSpace bt2020(Transfer transfer = Transfer::SDR)
+{
+    ColourSpace space;
+    space.kr = 0.2627;
+    space.kb = 0.0593;
+    space.primaries = BT2020_PRIMARIES;
+    space.transfer = transfer;
+    return space;
+}
+
+ColourSpace in_full_range(ColourSpace space)
+{
+    space.full_range = true;
+    return space;
+}
+
+class EachFormat : public testing::TestWithParam<Format> {
+  protected:
+    const Format format_ = GetParam();
+    const int depth_ = depth_of(GetParam());
+    std::mt19937 random_{7};
+
+    int number() { return static_cast<int>(random_() % (1U << depth_)); }
+
+    /** Random colours, each of a block that no neighbour reaches into: the pixel looked at. */
+    Errors errors_of_random_colours(const ColourSpace &space, const rows::Version &version,
+                                    const std::function<Rgb()> &yuv, int count)
+    {
+        constexpr int BLOCK = 6;
+        const int columns = 100;
+        Picture picture(format_, {BLOCK * columns, BLOCK * (count / columns)});
+        std::vector<Rgb> colours;
+        for (int i = 0; i < count; ++i) {
+            const Rgb colour = yuv();
+            colours.push_back(colour);
+            const int left = i % columns * BLOCK;
+            const int top = i / columns * BLOCK;
+            for (int at = 0; at < BLOCK * BLOCK; ++at)
+                picture.set_luma(left + at % BLOCK, top + at / BLOCK, static_cast<int>(colour.red));
+            for (int at = 0; at < BLOCK * BLOCK / 4; ++at)
+                picture.set_differences(
+                    (left + at % (BLOCK / 2) * 2) / 2, (top + at / (BLOCK / 2) * 2) / 2,
+                    static_cast<int>(colour.green), static_cast<int>(colour.blue));
+        }
+        const auto pixels =
+            converted(ColourConverter(space, format_, REFERENCE_WHITE, version), picture);
+        Errors errors;
+        for (int i = 0; i < count; ++i) {
+            const int x = i % columns * BLOCK + 2;
+            const int y = i / columns * BLOCK + 2;
+            const Rgb &c = colours[static_cast<size_t>(i)];
+            errors.add(pixels[static_cast<size_t>(y) * picture.size().width + x],
+                       reference(space, depth_, c.red, c.green, c.blue));
+        }
+        return errors;
+    }
+};
+
+const char *name_of(Format format)
+{
+    constexpr const char *NAMES[] = {"I420", "NV12", "I420_10", "P010"};
+    return NAMES[static_cast<size_t>(format)];
+}
+
+INSTANTIATE_TEST_SUITE_P(Colours, EachFormat,
+                         testing::Values(Format::I420, Format::NV12, Format::I420_10, Format::P010),
+                         [](const auto &tested) { return name_of(tested.param); });
+
+TEST_P(EachFormat, IsExactInEveryColourSpace)
+{
+    for (const rows::Version *version : versions()) {
+        for (const ColourSpace &space :
+             {ColourSpace(), in_full_range({}), bt601(), in_full_range(bt601()), bt2020(),
+              in_full_range(bt2020())}) {
+            const Errors errors = errors_of_random_colours(
+                space, *version,
+                [&] {
+                    return Rgb{double(number()), double(number()), double(number())};
+                },
+                2000);
+            EXPECT_LT(errors.worst, 0.65)
+                << version->name << ", kr " << space.kr << ", full range " << space.full_range;
+        }
+    }
+}
+
+TEST_P(EachFormat, HasItsBlackAndItsWhite)
+{
+    const int unit = 1 << (depth_ - 8);
+    for (const rows::Version *version : versions()) {
+        for (const auto &[luma, wanted] : {std::pair(16, 0xff000000U), {235, 0xffffffffU}}) {
+            Picture picture(format_, {2, 2});
+            for (int i = 0; i < 4; ++i)
+                picture.set_luma(i % 2, i / 2, luma * unit);
+            picture.set_differences(0, 0, 128 * unit, 128 * unit);
+            EXPECT_THAT(converted(ColourConverter({}, format_, REFERENCE_WHITE, *version), picture),
+                        testing::Each(wanted))
+                << version->name;
+        }
+    }
+}
+
+TEST_P(EachFormat, TakesColoursBetweenTheirSamplesByDistance)
+{
+    // Samples of differences lie on every other column, and between two rows.
+    const auto weights = [](int at, int samples, bool between) {
+        const int nearer = at / 2;
+        const int other = between ? (at % 2 ? nearer + 1 : nearer - 1) : nearer + at % 2;
+        return std::pair(nearer, std::clamp(other, 0, samples - 1));
+    };
+    const ColourSpace space = in_full_range({});
+    for (const rows::Version *version : versions()) {
+        for (const Size &size : {Size{1, 1}, Size{3, 5}, Size{258, 4}, Size{321, 7}}) {
+            Picture picture(format_, size);
+            std::vector<int> luma(static_cast<size_t>(size.area()));
+            std::vector<int> u(static_cast<size_t>(picture.halves().area()));
+            std::vector<int> v(u.size());
+            for (size_t i = 0; i < luma.size(); ++i) {
+                luma[i] = number();
+                picture.set_luma(static_cast<int>(i) % size.width, static_cast<int>(i) / size.width,
+                                 luma[i]);
+            }
+            for (size_t i = 0; i < u.size(); ++i) {
+                u[i] = number();
+                v[i] = number();
+                picture.set_differences(static_cast<int>(i) % picture.halves().width,
+                                        static_cast<int>(i) / picture.halves().width, u[i], v[i]);
+            }
+            const auto pixels =
+                converted(ColourConverter(space, format_, REFERENCE_WHITE, *version), picture);
+            Errors errors;
+            for (int y = 0; y < size.height; ++y) {
+                const auto [row, other_row] = weights(y, picture.halves().height, true);
+                for (int x = 0; x < size.width; ++x) {
+                    const auto [column, other_column] = weights(x, picture.halves().width, false);
+                    const auto mixed = [&](const std::vector<int> &plane) {
+                        const auto at = [&](int px, int py) {
+                            return double(
+                                plane[static_cast<size_t>(py) * picture.halves().width + px]);
+                        };
+                        return (3 * (at(column, row) + at(other_column, row)) +
+                                at(column, other_row) + at(other_column, other_row)) /
+                               8;
+                    };
+                    const size_t i = static_cast<size_t>(y) * size.width + x;
+                    errors.add(pixels[i], reference(space, depth_, luma[i], mixed(u), mixed(v)));
+                }
+            }
+            EXPECT_LT(errors.worst, 0.7) << version->name << ", width " << size.width;
+        }
+    }
+}
+
+TEST_P(EachFormat, ConvertsSomeRowsAsItConvertsAll)
+{
+    Picture picture(format_, {34, 9});
+    for (int i = 0; i < 34 * 9; ++i)
+        picture.set_luma(i % 34, i / 34, number());
+    for (int i = 0; i < 17 * 5; ++i)
+        picture.set_differences(i % 17, i / 17, number(), number());
+    const ColourConverter converter({}, format_);
+    const std::vector<uint32_t> all = converted(converter, picture);
+
+    constexpr uint32_t UNTOUCHED = 0x12345678;
+    constexpr int WIDER = 40;
+    std::vector<uint32_t> some(WIDER * 3, UNTOUCHED);
+    converter.convert(picture.image(), 4, 3, some.data(), WIDER);
+    for (int y = 0; y < 3; ++y) {
+        for (int x = 0; x < WIDER; ++x)
+            ASSERT_EQ(some[static_cast<size_t>(y * WIDER + x)],
+                      x < 34 ? all[static_cast<size_t>((y + 4) * 34 + x)] : UNTOUCHED)
+                << x << ", " << y;
+    }
+}
+
+struct Hdr {
+    const char *name;
+    Transfer transfer;
+    double peak;
+};
+
+class HighDynamicRange : public testing::TestWithParam<Hdr> {
+  protected:
+    ColourSpace space_ = [] {
+        ColourSpace space = bt2020(GetParam().transfer);
+        space.peak = GetParam().peak;
+        return space;
+    }();
+    const Quantization q_ = quantization(space_, 10);
+    const double top_ = space_.transfer == Transfer::HLG ? 1 : pq_of_light(space_.peak);
+
+    /** A row of colours, one a pair of pixels of a picture without differences in height. */
+    Errors errors_of(const std::vector<Rgb> &codes, const rows::Version &version) const
+    {
+        const int count = static_cast<int>(codes.size());
+        Picture picture(Format::I420_10, {4 * count, 1});
+        const Matrix3 rgb = rgb_from_yuv(space_);
+        std::vector<Rgb> numbers;
+        for (int i = 0; i < count; ++i) {
+            const Rgb &c = codes[static_cast<size_t>(i)];
+            const double luma =
+                space_.kr * c.red + (1 - space_.kr - space_.kb) * c.green + space_.kb * c.blue;
+            const Rgb yuv = {std::round(q_.black + q_.range * luma),
+                             std::round(q_.centre + q_.span * (c.blue - luma) / rgb[2][1]),
+                             std::round(q_.centre + q_.span * (c.red - luma) / rgb[0][2])};
+            numbers.push_back(yuv);
+            for (int x = 0; x < 4; ++x)
+                picture.set_luma(4 * i + x, 0, static_cast<int>(yuv.red));
+            for (int x = 0; x < 2; ++x)
+                picture.set_differences(2 * i + x, 0, static_cast<int>(yuv.green),
+                                        static_cast<int>(yuv.blue));
+        }
+        const auto pixels =
+            converted(ColourConverter(space_, Format::I420_10, REFERENCE_WHITE, version), picture);
+        Errors errors;
+        for (int i = 0; i < count; ++i) {
+            const Rgb &c = numbers[static_cast<size_t>(i)];
+            errors.add(pixels[static_cast<size_t>(4 * i)],
+                       reference(space_, 10, c.red, c.green, c.blue));
+        }
+        return errors;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Films, HighDynamicRange,
+                         testing::Values(Hdr{"Pq300", Transfer::PQ, 300},
+                                         Hdr{"Pq1000", Transfer::PQ, 1000},
+                                         Hdr{"Pq4000", Transfer::PQ, 4000},
+                                         Hdr{"Pq10000", Transfer::PQ, 10000},
+                                         Hdr{"Hlg", Transfer::HLG, 0}),
+                         [](const auto &film) { return film.param.name; });
+
+TEST_P(HighDynamicRange, HasItsGreysToACodeAndAHalf)
+{
+    std::vector<Rgb> greys;
+    for (int i = 0; i <= 876; ++i)
+        greys.push_back({i / 876.0, i / 876.0, i / 876.0});
+    for (const rows::Version *version : versions()) {
+        const Errors errors = errors_of(greys, *version);
+        EXPECT_LE(errors.worst, 1.5) << version->name;
+    }
+}
+
+TEST_P(HighDynamicRange, HasItsColoursAsTheyAreComputedStepByStep)
+{
+    std::mt19937 random(11);
+    std::uniform_real_distribution<double> code(0, top_);
+    std::vector<Rgb> colours;
+    for (int i = 0; i < 100000; ++i)
+        colours.push_back({code(random), code(random), code(random)});
+    for (const rows::Version *version : versions()) {
+        const Errors errors = errors_of(colours, *version);
+        EXPECT_LT(errors.mean(), 0.3) << version->name;
+        EXPECT_LT(errors.over, errors.count / 100) << version->name;
+        // Where a part of BT.709 is next to nothing, one number of the film moves it as much.
+        EXPECT_LT(errors.worst, 30) << version->name;
+    }
+}
+
+TEST_P(HighDynamicRange, RisesWithTheFilmAndEndsInWhite)
+{
+    for (const rows::Version *version : versions()) {
+        Picture ramp(Format::I420_10, {1024, 1});
+        for (int i = 0; i < 1024; ++i)
+            ramp.set_luma(i, 0, i);
+        for (int i = 0; i < 512; ++i)
+            ramp.set_differences(i, 0, 512, 512);
+        const auto pixels =
+            converted(ColourConverter(space_, Format::I420_10, REFERENCE_WHITE, *version), ramp);
+        for (size_t i = 1; i < pixels.size(); ++i)
+            ASSERT_GE(pixels[i] & 0xff, pixels[i - 1] & 0xff) << version->name << " at " << i;
+        EXPECT_EQ(pixels.front(), 0xff000000U);
+        EXPECT_EQ(pixels.back(), 0xffffffffU);
+    }
+}
+
+} // namespace
+} // namespace platform
