@@ -16,28 +16,22 @@ constexpr double LARGEST_BYTE = 255;
 constexpr double LUMA_ONE = 1 << 15;
 constexpr double DIFFERENCE_ONE = 1 << 16;
 
-int depth_of(rows::Format format)
-{
-    return format == rows::Format::I420 || format == rows::Format::NV12 ? 8 : 10;
-}
-
 /** Quantization of a Stretch's numbers; its differences are around 0. */
-Quantization in_stretch(const ColourSpace &space, rows::Format format)
+Quantization in_stretch(const ColourSpace &space, int depth)
 {
-    const int depth = depth_of(format);
     const double luma = LUMA_ONE / (1 << depth);
     const double difference = DIFFERENCE_ONE / (1 << depth);
     const Quantization own = quantization(space, depth);
     return {own.black * luma, own.range * luma, 0, own.span * difference};
 }
 
-rows::Linear linear_of(const ColourSpace &space, rows::Format format)
+rows::Linear linear_of(const ColourSpace &space, int depth)
 {
     constexpr double ONE = LARGEST_BYTE * rows::STEPS * (1 << 16);
     constexpr double HALF_CODE = rows::STEPS / 2.0;
     // Three products are cut off, which takes half a step from each in the mean.
     constexpr double CUT_OFF = 1.5;
-    const Quantization q = in_stretch(space, format);
+    const Quantization q = in_stretch(space, depth);
     const Matrix3 rgb = product(to_bt709(space.primaries), rgb_from_yuv(space));
     rows::Linear linear = {};
     linear.y = static_cast<int16_t>(std::lround(ONE / q.range));
@@ -83,7 +77,7 @@ void fit(float (&factors)[COUNT], double from, double to, Function function)
                    [](double factor) { return static_cast<float>(factor); });
 }
 
-rows::Mapping mapping_of(const ColourSpace &space, rows::Format format, double white)
+rows::Mapping mapping_of(const ColourSpace &space, int depth, double white)
 {
     const bool scene = space.transfer == Transfer::HLG;
     const double peak = scene ? HLG_PEAK : space.peak;
@@ -94,7 +88,7 @@ rows::Mapping mapping_of(const ColourSpace &space, rows::Format format, double w
 
     rows::Mapping mapping = {};
     mapping.scene = scene;
-    const Quantization q = in_stretch(space, format);
+    const Quantization q = in_stretch(space, depth);
     mapping.y = static_cast<float>(1 / q.range / top);
     mapping.y_offset = static_cast<float>(-q.black / q.range / top);
     const Matrix3 rgb = rgb_from_yuv(space);
@@ -133,14 +127,14 @@ rows::Mapping mapping_of(const ColourSpace &space, rows::Format format, double w
 
 } // namespace
 
-ColourConverter::ColourConverter(const ColourSpace &space, rows::Format format, double white,
+ColourConverter::ColourConverter(const ColourSpace &space, int depth, double white,
                                  const rows::Version &version)
-    : format_(format), version_(version)
+    : version_(version)
 {
     if (space.transfer == Transfer::SDR)
-        formula_ = linear_of(space, format);
+        formula_ = linear_of(space, depth);
     else
-        formula_ = mapping_of(space, format, white);
+        formula_ = mapping_of(space, depth, white);
 }
 
 const rows::Version &ColourConverter::best_version()
@@ -161,13 +155,12 @@ void ColourConverter::convert(const YuvImage &image, int first, int count, uint3
 
 void ColourConverter::convert_row(const YuvImage &image, int row, uint32_t *to) const
 {
-    const bool interleaved = format_ == rows::Format::NV12 || format_ == rows::Format::P010;
-    const int sample = depth_of(format_) > 8 ? 2 : 1;
+    const bool interleaved = is_interleaved(image.format);
+    const int sample = is_wide(image.format) ? 2 : 1;
     const int step = interleaved ? 2 * sample : sample;
-    const int width = (image.size.width + 1) / 2;
-    const int height = (image.size.height + 1) / 2;
+    const Size half = image.half();
     const int nearer = row / 2;
-    const int farther = std::clamp(row % 2 ? nearer + 1 : nearer - 1, 0, height - 1);
+    const int farther = std::clamp(row % 2 ? nearer + 1 : nearer - 1, 0, half.height - 1);
     const uint8_t *luma = image.planes[0] + row * image.strides[0];
     const uint8_t *u[] = {image.planes[1] + nearer * image.strides[1],
                           image.planes[1] + farther * image.strides[1]};
@@ -182,8 +175,8 @@ void ColourConverter::convert_row(const YuvImage &image, int row, uint32_t *to) 
         const rows::Sources from = {luma + x * sample,
                                     {u[0] + differences, u[1] + differences},
                                     {v[0] + differences, v[1] + differences},
-                                    width - x / 2};
-        version_.unpack(format_, from, pixels, stretch);
+                                    half.width - x / 2};
+        version_.unpack(image.format, from, pixels, stretch);
         convert_stretch(stretch, pixels, to + x);
     }
 }

@@ -8,35 +8,28 @@
 #include <cstdint>
 #include <variant>
 
-#include "base/geometry.h"
 #include "colour/colour_space.h"
 #include "colour/hdr_curves.h"
 #include "colour/rows.h"
+#include "colour/yuv_image.h"
 
 namespace platform {
-
-/** A picture's planes in memory. */
-struct YuvImage {
-    Size size;
-    const uint8_t *planes[3]; ///< luma; the differences, of blue and of red or both in the second
-    ptrdiff_t strides[3];     ///< bytes from row to row
-};
 
 /** One kind of picture to the screen's pixels. Any thread, also several at a time. */
 class ColourConverter {
   public:
     /**
+     * @param depth   bits of a sample, 8 or 10
      * @param white   of PQ and HLG: the light that becomes the screen's white, cd/m²
      * @param version of the loops; the best that the processor has
      */
-    explicit ColourConverter(const ColourSpace &space, rows::Format format,
-                             double white = REFERENCE_WHITE,
+    explicit ColourConverter(const ColourSpace &space, int depth, double white = REFERENCE_WHITE,
                              const rows::Version &version = best_version());
 
     /**
      * Converts some rows of a picture. Differences are those of the nearest pixels, by distance.
      *
-     * @param image in the format that it was made for
+     * @param image of the depth that it was made for
      * @param first of the rows
      * @param to    32-bit XRGB in host byte order, with the byte that is not used full
      * @param pixels_per_row from row to row of `to`
@@ -53,7 +46,6 @@ class ColourConverter {
     void convert_row(const YuvImage &image, int row, uint32_t *to) const;
     void convert_stretch(const rows::Stretch &stretch, int pixels, uint32_t *to) const;
 
-    rows::Format format_;
     std::variant<rows::Linear, rows::Mapping> formula_;
     const rows::Version &version_;
 };

@@ -6,18 +6,11 @@
 
 #include <cstdint>
 
+#include "colour/yuv_image.h"
+
 namespace platform::rows {
 
 constexpr int STRETCH = 256; ///< pixels at a time; even
-
-/** How a picture's samples lie in memory. All have one pair of differences for two by two pixels.
- */
-enum class Format {
-    I420,    ///< 8 bits, each kind in a plane of its own
-    NV12,    ///< 8 bits, the two differences in turns
-    I420_10, ///< 10 bits in the lower ones of 16, each kind in a plane of its own
-    P010,    ///< 10 bits in the upper ones of 16, the two differences in turns
-};
 
 /**
  * A stretch as numbers that fill 16 bits, whatever the picture had: luma over 2^15, differences
@@ -69,7 +62,7 @@ struct Mapping {
 /** One version of all of it. */
 struct Version {
     const char *name;
-    void (*unpack)(Format format, const Sources &from, int pixels, Stretch &to);
+    void (*unpack)(YuvFormat format, const Sources &from, int pixels, Stretch &to);
     void (*convert)(const Linear &linear, const Stretch &from, int pixels, uint32_t *to);
     /** Writes up to seven pixels more than it is asked for; `to` has room for them. */
     void (*map)(const Mapping &mapping, const Stretch &from, int pixels, uint32_t *to);

@@ -58,27 +58,27 @@ void unpack_interleaved(const void *const (&rows)[2], int count, Stretch &to)
     }
 }
 
-void unpack(Format format, const Sources &from, int pixels, Stretch &to)
+void unpack(YuvFormat format, const Sources &from, int pixels, Stretch &to)
 {
     constexpr int P010_SHIFT = 6;
     const int wanted = pixels / 2 + 1;
     const int count = wanted < from.differences ? wanted : from.differences;
     switch (format) {
-    case Format::I420:
+    case YuvFormat::I420:
         unpack_luma<uint8_t, 0>(from.y, pixels, to.y);
         unpack_planar<uint8_t>(from.u, count, to.u);
         unpack_planar<uint8_t>(from.v, count, to.v);
         break;
-    case Format::NV12:
+    case YuvFormat::NV12:
         unpack_luma<uint8_t, 0>(from.y, pixels, to.y);
         unpack_interleaved<uint8_t, uint16_t, 0>(from.u, count, to);
         break;
-    case Format::I420_10:
+    case YuvFormat::I420_10:
         unpack_luma<uint16_t, 0>(from.y, pixels, to.y);
         unpack_planar<uint16_t>(from.u, count, to.u);
         unpack_planar<uint16_t>(from.v, count, to.v);
         break;
-    case Format::P010:
+    case YuvFormat::P010:
         unpack_luma<uint16_t, P010_SHIFT>(from.y, pixels, to.y);
         unpack_interleaved<uint16_t, uint32_t, P010_SHIFT>(from.u, count, to);
         break;

@@ -6,10 +6,9 @@
 #include <vector>
 
 #include "colour/colour_converter.h"
+#include "picture.h"
 
 namespace platform {
-
-using rows::Format;
 
 namespace {
 
@@ -20,88 +19,6 @@ std::vector<const rows::Version *> versions()
         all.push_back(&ColourConverter::best_version());
     return all;
 }
-
-bool is_wide(Format format)
-{
-    return format == Format::I420_10 || format == Format::P010;
-}
-
-bool is_interleaved(Format format)
-{
-    return format == Format::NV12 || format == Format::P010;
-}
-
-int depth_of(Format format)
-{
-    return is_wide(format) ? 10 : 8;
-}
-
-/** A picture in memory of each format, made of numbers. Rows have something behind their end. */
-class Picture {
-  public:
-    Picture(Format format, const Size &size)
-        : format_(format), size_(size), halves_{(size.width + 1) / 2, (size.height + 1) / 2},
-          luma_(area(size)), first_(area(halves_)), second_(area(halves_))
-    {
-        // What lies behind an edge must not be seen.
-        const int rubbish = is_wide(format) ? 0xffff : 0xff;
-        for (auto *plane : {&luma_, &first_, &second_})
-            std::fill(plane->begin(), plane->end(), static_cast<uint16_t>(rubbish));
-    }
-
-    void set_luma(int x, int y, int value) { put(luma_, size_, x, y, value, 1, 0); }
-    void set_differences(int x, int y, int u, int v)
-    {
-        if (is_interleaved(format_)) {
-            put(first_, halves_, x, y, u, 2, 0);
-            put(first_, halves_, x, y, v, 2, 1);
-        } else {
-            put(first_, halves_, x, y, u, 1, 0);
-            put(second_, halves_, x, y, v, 1, 0);
-        }
-    }
-
-    YuvImage image() const
-    {
-        const auto *first = reinterpret_cast<const uint8_t *>(first_.data());
-        return {size_,
-                {reinterpret_cast<const uint8_t *>(luma_.data()), first,
-                 reinterpret_cast<const uint8_t *>(second_.data())},
-                {stride(size_), stride(halves_), stride(halves_)}};
-    }
-
-    const Size &size() const { return size_; }
-    const Size &halves() const { return halves_; }
-
-  private:
-    static constexpr int BEHIND = 3;
-
-    static size_t area(const Size &size)
-    {
-        return static_cast<size_t>(2 * size.width + BEHIND) * static_cast<size_t>(size.height);
-    }
-
-    static ptrdiff_t stride(const Size &size) { return 2 * (2 * size.width + BEHIND); }
-
-    void put(std::vector<uint16_t> &plane, const Size &size, int x, int y, int value, int step,
-             int which) const
-    {
-        auto *row = reinterpret_cast<uint8_t *>(plane.data()) + y * stride(size);
-        const int index = x * step + which;
-        const int stored = format_ == Format::P010 ? value << 6 : value;
-        if (is_wide(format_))
-            reinterpret_cast<uint16_t *>(row)[index] = static_cast<uint16_t>(stored);
-        else
-            row[index] = static_cast<uint8_t>(stored);
-    }
-
-    const Format format_;
-    const Size size_;
-    const Size halves_;
-    std::vector<uint16_t> luma_;
-    std::vector<uint16_t> first_;
-    std::vector<uint16_t> second_;
-};
 
 struct Rgb {
     double red;
@@ -202,9 +119,9 @@ ColourSpace in_full_range(ColourSpace space)
     return space;
 }
 
-class EachFormat : public testing::TestWithParam<Format> {
+class EachFormat : public testing::TestWithParam<YuvFormat> {
   protected:
-    const Format format_ = GetParam();
+    const YuvFormat format_ = GetParam();
     const int depth_ = depth_of(GetParam());
     std::mt19937 random_{7};
 
@@ -231,7 +148,7 @@ class EachFormat : public testing::TestWithParam<Format> {
                     static_cast<int>(colour.green), static_cast<int>(colour.blue));
         }
         const auto pixels =
-            converted(ColourConverter(space, format_, REFERENCE_WHITE, version), picture);
+            converted(ColourConverter(space, depth_, REFERENCE_WHITE, version), picture);
         Errors errors;
         for (int i = 0; i < count; ++i) {
             const int x = i % columns * BLOCK + 2;
@@ -244,14 +161,15 @@ class EachFormat : public testing::TestWithParam<Format> {
     }
 };
 
-const char *name_of(Format format)
+const char *name_of(YuvFormat format)
 {
     constexpr const char *NAMES[] = {"I420", "NV12", "I420_10", "P010"};
     return NAMES[static_cast<size_t>(format)];
 }
 
 INSTANTIATE_TEST_SUITE_P(Colours, EachFormat,
-                         testing::Values(Format::I420, Format::NV12, Format::I420_10, Format::P010),
+                         testing::Values(YuvFormat::I420, YuvFormat::NV12, YuvFormat::I420_10,
+                                         YuvFormat::P010),
                          [](const auto &tested) { return name_of(tested.param); });
 
 TEST_P(EachFormat, IsExactInEveryColourSpace)
@@ -281,7 +199,7 @@ TEST_P(EachFormat, HasItsBlackAndItsWhite)
             for (int i = 0; i < 4; ++i)
                 picture.set_luma(i % 2, i / 2, luma * unit);
             picture.set_differences(0, 0, 128 * unit, 128 * unit);
-            EXPECT_THAT(converted(ColourConverter({}, format_, REFERENCE_WHITE, *version), picture),
+            EXPECT_THAT(converted(ColourConverter({}, depth_, REFERENCE_WHITE, *version), picture),
                         testing::Each(wanted))
                 << version->name;
         }
@@ -315,7 +233,7 @@ TEST_P(EachFormat, TakesColoursBetweenTheirSamplesByDistance)
                                         static_cast<int>(i) / picture.halves().width, u[i], v[i]);
             }
             const auto pixels =
-                converted(ColourConverter(space, format_, REFERENCE_WHITE, *version), picture);
+                converted(ColourConverter(space, depth_, REFERENCE_WHITE, *version), picture);
             Errors errors;
             for (int y = 0; y < size.height; ++y) {
                 const auto [row, other_row] = weights(y, picture.halves().height, true);
@@ -346,7 +264,7 @@ TEST_P(EachFormat, ConvertsSomeRowsAsItConvertsAll)
         picture.set_luma(i % 34, i / 34, number());
     for (int i = 0; i < 17 * 5; ++i)
         picture.set_differences(i % 17, i / 17, number(), number());
-    const ColourConverter converter({}, format_);
+    const ColourConverter converter({}, depth_);
     const std::vector<uint32_t> all = converted(converter, picture);
 
     constexpr uint32_t UNTOUCHED = 0x12345678;
@@ -381,7 +299,7 @@ class HighDynamicRange : public testing::TestWithParam<Hdr> {
     Errors errors_of(const std::vector<Rgb> &codes, const rows::Version &version) const
     {
         const int count = static_cast<int>(codes.size());
-        Picture picture(Format::I420_10, {4 * count, 1});
+        Picture picture(YuvFormat::I420_10, {4 * count, 1});
         const Matrix3 rgb = rgb_from_yuv(space_);
         std::vector<Rgb> numbers;
         for (int i = 0; i < count; ++i) {
@@ -399,7 +317,7 @@ class HighDynamicRange : public testing::TestWithParam<Hdr> {
                                         static_cast<int>(yuv.blue));
         }
         const auto pixels =
-            converted(ColourConverter(space_, Format::I420_10, REFERENCE_WHITE, version), picture);
+            converted(ColourConverter(space_, 10, REFERENCE_WHITE, version), picture);
         Errors errors;
         for (int i = 0; i < count; ++i) {
             const Rgb &c = numbers[static_cast<size_t>(i)];
@@ -448,13 +366,12 @@ TEST_P(HighDynamicRange, HasItsColoursAsTheyAreComputedStepByStep)
 TEST_P(HighDynamicRange, RisesWithTheFilmAndEndsInWhite)
 {
     for (const rows::Version *version : versions()) {
-        Picture ramp(Format::I420_10, {1024, 1});
+        Picture ramp(YuvFormat::I420_10, {1024, 1});
         for (int i = 0; i < 1024; ++i)
             ramp.set_luma(i, 0, i);
         for (int i = 0; i < 512; ++i)
             ramp.set_differences(i, 0, 512, 512);
-        const auto pixels =
-            converted(ColourConverter(space_, Format::I420_10, REFERENCE_WHITE, *version), ramp);
+        const auto pixels = converted(ColourConverter(space_, 10, REFERENCE_WHITE, *version), ramp);
         for (size_t i = 1; i < pixels.size(); ++i)
             ASSERT_GE(pixels[i] & 0xff, pixels[i - 1] & 0xff) << version->name << " at " << i;
         EXPECT_EQ(pixels.front(), 0xff000000U);
