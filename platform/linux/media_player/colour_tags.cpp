@@ -27,8 +27,15 @@ GstVideoColorimetry parsed(const std::string &text, bool rgb)
     return colour;
 }
 
-const char *usual(const GstVideoInfo &frame)
+bool is_of_high_dynamic_range(GstVideoTransferFunction transfer)
 {
+    return transfer == GST_VIDEO_TRANSFER_SMPTE2084 || transfer == GST_VIDEO_TRANSFER_ARIB_STD_B67;
+}
+
+const char *usual(const GstVideoInfo &frame, GstVideoTransferFunction transfer)
+{
+    if (is_of_high_dynamic_range(transfer))
+        return GST_VIDEO_COLORIMETRY_BT2020;
     if (GST_VIDEO_INFO_IS_RGB(&frame))
         return GST_VIDEO_COLORIMETRY_SRGB;
     // A film in scope format has the width of HD and the height of less.
@@ -86,8 +93,42 @@ GstVideoColorimetry colour_of(const std::string &stream, const std::string &cont
     const bool rgb = GST_VIDEO_INFO_IS_RGB(&frame);
     GstVideoColorimetry colour = parsed(stream, rgb);
     fill_unknown(colour, parsed(container, rgb));
-    fill_unknown(colour, parsed(usual(frame), rgb));
+    if (colour.primaries == GST_VIDEO_COLOR_PRIMARIES_UNKNOWN &&
+        !is_of_high_dynamic_range(colour.transfer))
+        colour.primaries = GST_VIDEO_COLOR_PRIMARIES_BT709;
+    fill_unknown(colour, parsed(usual(frame, colour.transfer), rgb));
     return colour;
+}
+
+ColourSpace colour_space_of(const GstVideoColorimetry &colour, double peak)
+{
+    ColourSpace space;
+    gst_video_color_matrix_get_Kr_Kb(colour.matrix, &space.kr, &space.kb);
+    space.full_range = colour.range == GST_VIDEO_COLOR_RANGE_0_255;
+    if (const GstVideoColorPrimariesInfo *lights =
+            gst_video_color_primaries_get_info(colour.primaries))
+        space.primaries = {
+            {lights->Rx, lights->Ry}, {lights->Gx, lights->Gy}, {lights->Bx, lights->By}};
+    if (colour.transfer == GST_VIDEO_TRANSFER_SMPTE2084)
+        space.transfer = Transfer::PQ;
+    else if (colour.transfer == GST_VIDEO_TRANSFER_ARIB_STD_B67)
+        space.transfer = Transfer::HLG;
+    space.peak = peak;
+    return space;
+}
+
+double film_peak(const GstCaps *frames)
+{
+    constexpr double MASTERING_UNITS = 10000; // of a cd/m²
+    GstVideoContentLightLevel content = {};
+    GstVideoMasteringDisplayInfo mastering = {};
+    double brightest = 0;
+    if (gst_video_content_light_level_from_caps(&content, frames))
+        brightest = content.max_content_light_level;
+    double display = 0;
+    if (gst_video_mastering_display_info_from_caps(&mastering, frames))
+        display = mastering.max_display_mastering_luminance / MASTERING_UNITS;
+    return trusted_peak(brightest, display);
 }
 
 void ColourTags::on_coded_event(GstPad *pad, GstPadProbeInfo *info, const std::string &demuxer)

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <string>
 
+#include "colour/hdr_curves.h"
 #include "media_player/gst_ptr.h"
 
 namespace platform {
@@ -17,9 +18,10 @@ namespace platform {
  * The colours of a decoded picture, with every part known.
  *
  * Range, matrix, transfer and primaries come each from the first that knows it: the stream, the
- * container, the usual. Usual is BT.709 for what is at least 1280 wide or more than 576 high and
- * BT.601 for what is smaller, in limited range; for RGB it is sRGB in full range. Decoders of JPEG
- * state its full range themselves.
+ * container, the usual. Usual is BT.2020 for what has a transfer of high dynamic range, else BT.709
+ * for what is at least 1280 wide or more than 576 high and BT.601 for what is smaller, in limited
+ * range; for RGB it is sRGB in full range. Primaries are BT.709's where none are stated: they are
+ * too slight a difference for a guess. Decoders of JPEG state its full range themselves.
  *
  * @param stream    "colorimetry" as GStreamer writes it, of the decoded frames
  * @param container the same, of what the decoder was fed with; empty or nonsense: nothing is known
@@ -27,6 +29,12 @@ namespace platform {
  */
 GstVideoColorimetry colour_of(const std::string &stream, const std::string &container,
                               const GstVideoInfo &frame);
+
+/** The same for conversion. @param peak of a film of high dynamic range, as film_peak() tells it */
+ColourSpace colour_space_of(const GstVideoColorimetry &colour, double peak);
+
+/** The brightest that a film of high dynamic range has, cd/m², as far as it can be believed. */
+double film_peak(const GstCaps *frames);
 
 /** The colours that one file's containers and parsers state, kept for the sink. Any thread. */
 class ColourTags {

@@ -10,7 +10,10 @@ int64_t milliseconds(GstClockTime time)
 
 } // namespace
 
-FrameOutput::FrameOutput(std::shared_ptr<DisplaySettings> display) : display_(std::move(display)) {}
+FrameOutput::FrameOutput(std::shared_ptr<DisplaySettings> display, double sdr_white)
+    : display_(std::move(display)), painter_(sdr_white)
+{
+}
 
 void FrameOutput::set_subtitle(std::shared_ptr<SubtitleTrack> subtitle,
                                std::function<void(const SubtitleTrack::Cue &)> on_cue)
@@ -37,10 +40,10 @@ void FrameOutput::close()
     painted_view_ = {};
 }
 
-void FrameOutput::set_format(const GstVideoInfo &info)
+void FrameOutput::set_format(const GstVideoInfo &info, double peak)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    info_ = info;
+    painter_.set_format(info, peak);
     frame_.reset();
     painted_.reset();
     width_ = GST_VIDEO_INFO_WIDTH(&info);
@@ -72,7 +75,7 @@ bool FrameOutput::paint(GstBuffer *frame, GstClockTime position, const DisplayVi
     if (!view.plane)
         return false;
     PlaneBufferPtr picture = view.plane->acquire();
-    if (!picture || !painter_.paint(info_, frame, stored_, view, *picture)) {
+    if (!picture || !painter_.paint(frame, stored_, view, *picture)) {
         view.plane->count_dropped();
         return false;
     }

@@ -19,7 +19,8 @@ namespace platform {
 
 class FrameOutput {
   public:
-    explicit FrameOutput(std::shared_ptr<DisplaySettings> display);
+    /** @param sdr_white of films of high dynamic range: the light that becomes white, cd/m² */
+    FrameOutput(std::shared_ptr<DisplaySettings> display, double sdr_white);
 
     /** The file's subtitle, before it is visible. `on_cue` hears each text as it appears. */
     void set_subtitle(std::shared_ptr<SubtitleTrack> subtitle,
@@ -38,7 +39,7 @@ class FrameOutput {
     ColourTags &colour_tags() { return colour_tags_; }
 
     // Streaming thread.
-    void set_format(const GstVideoInfo &info);
+    void set_format(const GstVideoInfo &info, double peak);
     void set_orientation(GstVideoOrientationMethod method);
     void set_direction(double rate) { direction_ = rate; }
     void set_at_end(bool at_end);
@@ -92,7 +93,6 @@ class FrameOutput {
     std::mutex mutex_; ///< guards all below
     bool visible_ = false;
     bool closed_ = false;
-    GstVideoInfo info_ = {};
     Orientation stored_;
     FramePainter painter_;
     std::shared_ptr<SubtitleTrack> subtitle_;

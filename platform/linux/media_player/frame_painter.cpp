@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "media_player/colour_tags.h"
 #include "video_plane/plane_drawing.h"
 
 namespace platform {
@@ -26,6 +27,76 @@ Proportions proportions_of(const GstVideoInfo &info, const Orientation &orientat
     if (orientation.transposed)
         std::swap(shown.width, shown.height);
     return shown;
+}
+
+/** What mapping light takes, beside other conversions. */
+constexpr int64_t COST_OF_MAPPING = 6;
+/** Pixels, of other conversions, for which waking another thread is worth it. */
+constexpr int64_t WORTH_A_BAND = int64_t{1920} * 1080 * 2;
+
+/** A turned picture is converted this many rows at a time, which caches hold until they are laid.
+ */
+constexpr int TURNED_ROWS = 16;
+
+/** Where an area of a picture begins. */
+uint8_t *pixels_of(PlaneBuffer &picture, const Rect &area)
+{
+    return picture.pixels() + static_cast<ptrdiff_t>(area.y) * picture.stride() +
+           static_cast<ptrdiff_t>(area.x) * PIXEL_BYTES;
+}
+
+/** A frame's memory, to be read. */
+class MappedFrame {
+  public:
+    MappedFrame(const GstVideoInfo &info, GstBuffer *buffer)
+        : is_mapped_(gst_video_frame_map(&frame_, &info, buffer, GST_MAP_READ))
+    {
+    }
+    ~MappedFrame()
+    {
+        if (is_mapped_)
+            gst_video_frame_unmap(&frame_);
+    }
+    MappedFrame(const MappedFrame &) = delete;
+    MappedFrame &operator=(const MappedFrame &) = delete;
+
+    explicit operator bool() const { return is_mapped_; }
+    const GstVideoFrame &operator*() const { return frame_; }
+
+  private:
+    GstVideoFrame frame_ = {};
+    bool is_mapped_;
+};
+
+std::optional<YuvFormat> yuv_format_of(const GstVideoInfo &info)
+{
+    // The differences of woven fields lie elsewhere.
+    if (GST_VIDEO_INFO_IS_INTERLACED(&info))
+        return {};
+    switch (GST_VIDEO_INFO_FORMAT(&info)) {
+    case GST_VIDEO_FORMAT_I420:
+    case GST_VIDEO_FORMAT_YV12:
+        return YuvFormat::I420;
+    case GST_VIDEO_FORMAT_NV12:
+        return YuvFormat::NV12;
+    case GST_VIDEO_FORMAT_I420_10LE:
+        return YuvFormat::I420_10;
+    case GST_VIDEO_FORMAT_P010_10LE:
+        return YuvFormat::P010;
+    default:
+        return {};
+    }
+}
+
+YuvImage yuv_image(YuvFormat format, const GstVideoFrame &frame)
+{
+    YuvImage image = {
+        format, {GST_VIDEO_FRAME_WIDTH(&frame), GST_VIDEO_FRAME_HEIGHT(&frame)}, {}, {}};
+    for (guint part = 0; part < GST_VIDEO_FRAME_N_PLANES(&frame); ++part) {
+        image.planes[part] = static_cast<const uint8_t *>(GST_VIDEO_FRAME_COMP_DATA(&frame, part));
+        image.strides[part] = GST_VIDEO_FRAME_COMP_STRIDE(&frame, part);
+    }
+    return image;
 }
 
 } // namespace
@@ -70,81 +141,82 @@ Rect fitted_area(const GstVideoInfo &info, const Orientation &orientation, const
     return centred(fit(shown.width, shown.height, area.size()), area);
 }
 
-bool FramePainter::paint(const GstVideoInfo &info, GstBuffer *frame, const Orientation &stored,
-                         const DisplayView &view, PlaneBuffer &picture)
+void FramePainter::set_format(const GstVideoInfo &info, double peak)
 {
-    const Orientation orientation = viewer_orientation(info, stored, view);
-    const Rect area = fitted_area(info, orientation, view.area);
+    info_ = info;
+    yuv_format_ = yuv_format_of(info);
+    converter_.reset();
+    if (yuv_format_)
+        converter_.emplace(colour_space_of(info.colorimetry, peak), depth_of(*yuv_format_),
+                           sdr_white_);
+}
+
+bool FramePainter::paint(GstBuffer *buffer, const Orientation &stored, const DisplayView &view,
+                         PlaneBuffer &picture)
+{
+    const Orientation orientation = viewer_orientation(info_, stored, view);
+    const Rect area = fitted_area(info_, orientation, view.area);
     if (!whole({picture.width(), picture.height()}).covers(area))
         return false;
     black_out_around(area, picture);
     if (area.empty())
         return true;
-    if (orientation == Orientation())
-        return convert(info, frame,
-                       picture.pixels() + static_cast<size_t>(area.y) * picture.stride() +
-                           static_cast<size_t>(area.x) * PIXEL_BYTES,
-                       area.width, area.height, picture.stride());
+    const MappedFrame frame(info_, buffer);
+    if (!frame)
+        return false;
+    if (converter_) {
+        paint_yuv(yuv_image(*yuv_format_, *frame), orientation, area, picture);
+        return true;
+    }
+    return paint_other(*frame, orientation, area, picture);
+}
 
+void FramePainter::paint_yuv(const YuvImage &frame, const Orientation &orientation,
+                             const Rect &area, PlaneBuffer &picture)
+{
+    const YuvImage image = scaler_.scaled(frame, orientation.of(area.size()));
+    const int64_t cost = image.size.area() * (converter_->maps_light() ? COST_OF_MAPPING : 1);
+    bands_.run(image.size.height, static_cast<int>(1 + cost / WORTH_A_BAND),
+               [&](int first, int count) {
+                   if (orientation == Orientation())
+                       converter_->convert(image, first, count,
+                                           reinterpret_cast<uint32_t *>(pixels_of(picture, area)) +
+                                               first * picture.stride() / PIXEL_BYTES,
+                                           picture.stride() / PIXEL_BYTES);
+                   else
+                       paint_turned(image, first, count, orientation, area, picture);
+               });
+}
+
+void FramePainter::paint_turned(const YuvImage &image, int first, int count,
+                                const Orientation &orientation, const Rect &area,
+                                PlaneBuffer &picture) const
+{
+    const int width = image.size.width;
+    const std::unique_ptr<uint32_t[]> rows(new uint32_t[static_cast<size_t>(width) * TURNED_ROWS]);
+    for (const int end = first + count; first < end; first += TURNED_ROWS) {
+        const int height = std::min(TURNED_ROWS, end - first);
+        converter_->convert(image, first, height, rows.get(), width);
+        Rect laid = orientation.place(Rect{0, first, width, height}, area.size());
+        laid.x += area.x;
+        laid.y += area.y;
+        copy_turned(rows.get(), orientation, laid, picture);
+    }
+}
+
+bool FramePainter::paint_other(const GstVideoFrame &frame, const Orientation &orientation,
+                               const Rect &area, PlaneBuffer &picture)
+{
+    if (orientation == Orientation())
+        return other_.convert(info_, frame, pixels_of(picture, area), area.size(),
+                              picture.stride());
     const Size upright = orientation.of(area.size());
     scratch_.resize(static_cast<size_t>(upright.area()));
-    if (!convert(info, frame, reinterpret_cast<uint8_t *>(scratch_.data()), upright.width,
-                 upright.height, upright.width * PIXEL_BYTES))
+    if (!other_.convert(info_, frame, reinterpret_cast<uint8_t *>(scratch_.data()), upright,
+                        upright.width * PIXEL_BYTES))
         return false;
     copy_turned(scratch_.data(), orientation, area, picture);
     return true;
-}
-
-bool FramePainter::prepare_converter(const GstVideoInfo &info, int width, int height, int stride)
-{
-    const bool fits = converter_ && gst_video_info_is_equal(&from_, &info) &&
-                      GST_VIDEO_INFO_WIDTH(&to_) == width && GST_VIDEO_INFO_HEIGHT(&to_) == height;
-    if (!fits) {
-        converter_.reset();
-        from_ = info;
-        if (!gst_video_info_set_format(&to_, GST_VIDEO_FORMAT_BGRx, static_cast<guint>(width),
-                                       static_cast<guint>(height)))
-            return false;
-        // The converter neither changes the frame rate nor weaves fields, and insists on it.
-        to_.fps_n = info.fps_n;
-        to_.fps_d = info.fps_d;
-        to_.interlace_mode = info.interlace_mode;
-        GstStructure *options = gst_structure_new(
-            "options", GST_VIDEO_CONVERTER_OPT_THREADS, G_TYPE_UINT, 2u,
-            GST_VIDEO_CONVERTER_OPT_RESAMPLER_METHOD, GST_TYPE_VIDEO_RESAMPLER_METHOD,
-            GST_VIDEO_RESAMPLER_METHOD_LINEAR, GST_VIDEO_CONVERTER_OPT_RESAMPLER_TAPS, G_TYPE_UINT,
-            2u, GST_VIDEO_CONVERTER_OPT_CHROMA_RESAMPLER_METHOD, GST_TYPE_VIDEO_RESAMPLER_METHOD,
-            GST_VIDEO_RESAMPLER_METHOD_LINEAR, nullptr);
-        converter_.reset(gst_video_converter_new(&from_, &to_, options));
-    }
-    to_.stride[0] = stride;
-    to_.size = static_cast<gsize>(stride) * (height - 1) + static_cast<gsize>(width) * PIXEL_BYTES;
-    return converter_ != nullptr;
-}
-
-bool FramePainter::convert(const GstVideoInfo &info, GstBuffer *frame, uint8_t *pixels, int width,
-                           int height, int stride)
-{
-    if (!prepare_converter(info, width, height, stride))
-        return false;
-    GstVideoFrame from;
-    if (!gst_video_frame_map(&from, &from_, frame, GST_MAP_READ))
-        return false;
-    const BufferPtr target(gst_buffer_new_wrapped_full(static_cast<GstMemoryFlags>(0), pixels,
-                                                       to_.size, 0, to_.size, nullptr, nullptr));
-    gsize offset[GST_VIDEO_MAX_PLANES] = {};
-    gint strides[GST_VIDEO_MAX_PLANES] = {stride};
-    gst_buffer_add_video_meta_full(target.get(), GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_BGRx,
-                                   static_cast<guint>(width), static_cast<guint>(height), 1, offset,
-                                   strides);
-    GstVideoFrame to;
-    const bool mapped = gst_video_frame_map(&to, &to_, target.get(), GST_MAP_WRITE);
-    if (mapped) {
-        gst_video_converter_frame(converter_.get(), &from, &to);
-        gst_video_frame_unmap(&to);
-    }
-    gst_video_frame_unmap(&from);
-    return mapped;
 }
 
 } // namespace platform

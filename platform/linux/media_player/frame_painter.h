@@ -1,19 +1,21 @@
 /**
- * Draws one decoded frame into a picture of the plane: colours converted, scaled to fit with its
- * proportions kept, turned, black around it. Colours and size are done in one pass straight into
- * the plane's memory; only a turned picture takes a second one.
+ * Draws decoded frames into pictures of the plane: scaled to fit with their proportions kept,
+ * colours converted, turned, black around them.
  *
  * One thread at a time.
  */
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <vector>
 
+#include "base/bands.h"
 #include "base/orientation.h"
+#include "colour/colour_converter.h"
+#include "colour/plane_scaler.h"
 #include "media_player/display_settings.h"
-#include "media_player/gst_ptr.h"
+#include "media_player/gst_conversion.h"
 
 namespace platform {
 
@@ -37,23 +39,41 @@ Rect fitted_area(const GstVideoInfo &info, const Orientation &orientation, const
 
 class FramePainter {
   public:
+    /** @param sdr_white of films of high dynamic range: the light that becomes white, cd/m² */
+    explicit FramePainter(double sdr_white) : sdr_white_(sdr_white) {}
+
+    /**
+     * What the frames are.
+     *
+     * @param info of which every part of the colorimetry is known
+     * @param peak of a film of high dynamic range, cd/m²
+     */
+    void set_format(const GstVideoInfo &info, double peak);
+
     /**
      * Draws a frame over the whole of a picture.
      *
      * @return false when the frame cannot be read or converted; the picture is undefined then
      */
-    bool paint(const GstVideoInfo &info, GstBuffer *frame, const Orientation &stored,
-               const DisplayView &view, PlaneBuffer &picture);
+    bool paint(GstBuffer *frame, const Orientation &stored, const DisplayView &view,
+               PlaneBuffer &picture);
 
   private:
-    bool convert(const GstVideoInfo &info, GstBuffer *frame, uint8_t *pixels, int width, int height,
-                 int stride);
-    bool prepare_converter(const GstVideoInfo &info, int width, int height, int stride);
+    void paint_yuv(const YuvImage &frame, const Orientation &orientation, const Rect &area,
+                   PlaneBuffer &picture);
+    void paint_turned(const YuvImage &image, int first, int count, const Orientation &orientation,
+                      const Rect &area, PlaneBuffer &picture) const;
+    bool paint_other(const GstVideoFrame &frame, const Orientation &orientation, const Rect &area,
+                     PlaneBuffer &picture);
 
-    ConverterPtr converter_;
-    GstVideoInfo from_ = {};
-    GstVideoInfo to_ = {};
-    std::vector<uint32_t> scratch_; ///< the picture before it is turned
+    const double sdr_white_;
+    GstVideoInfo info_ = {};
+    std::optional<YuvFormat> yuv_format_;      ///< of the frames, if they are of one of these
+    std::optional<ColourConverter> converter_; ///< for them
+    PlaneScaler scaler_;
+    Bands bands_;
+    GstConversion other_;           ///< for all other frames
+    std::vector<uint32_t> scratch_; ///< one of them before it is turned
 };
 
 } // namespace platform

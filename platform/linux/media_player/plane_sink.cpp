@@ -87,7 +87,7 @@ gboolean plane_sink_set_caps(GstBaseSink *sink, GstCaps *caps)
         return FALSE;
     FrameOutput &output = output_of(sink);
     info.colorimetry = output.colour_tags().of_frames(sink->sinkpad, caps, info);
-    output.set_format(info);
+    output.set_format(info, platform::film_peak(caps));
     return TRUE;
 }
 

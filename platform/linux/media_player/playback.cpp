@@ -51,9 +51,10 @@ std::shared_ptr<Playback> Playback::open(PlaybackRequest request, PlaybackEvents
 
 Playback::Playback(PlaybackRequest request, PlaybackEvents events)
     : request_(std::move(request)), events_(std::move(events)),
-      output_(std::make_shared<FrameOutput>(request_.display)), path_(local_path(request_.uri)),
-      name_(path_.empty() ? request_.uri : path_), sound_(request_.options->sound_retry_interval),
-      looping_(request_.looping), subtitle_(request_.subtitle)
+      output_(std::make_shared<FrameOutput>(request_.display, request_.options->sdr_white)),
+      path_(local_path(request_.uri)), name_(path_.empty() ? request_.uri : path_),
+      sound_(request_.options->sound_retry_interval), looping_(request_.looping),
+      subtitle_(request_.subtitle)
 {
 }
 

@@ -10,6 +10,7 @@
 #include "media_player/audio_sink.h"
 #include "media_player/media_system.h"
 #include "media_player/pipeline.h"
+#include "settings/settings.h"
 #include "subtitles/subtitle_track.h"
 
 namespace platform {
@@ -27,6 +28,8 @@ struct PlayerOptions {
     /** Waits for the media system; false: there is none. */
     std::function<bool()> set_up = wait_for_media_system;
     std::chrono::milliseconds first_frame_timeout{15000}; ///< longest wait for a first frame
+    /** Of films of high dynamic range: the light that becomes the screen's white, cd/m². */
+    double sdr_white = Settings::get().sdr_white;
     SubtitleLoad load_subtitle = SubtitleTrack::load;
     /** How long a video whose first frame is there may wait for its subtitle. */
     std::chrono::milliseconds subtitle_timeout{3000};

@@ -20,6 +20,9 @@ struct Settings {
     int first_rotation_state = 1; ///< first "db/sysman/rotation_state": 1 landscape, 2 portrait,
                                   ///< 3 landscape reversed, 0 portrait reversed
 
+    // [picture]
+    double sdr_white = 203; ///< of films of high dynamic range: light that becomes white, cd/m²
+
     // [product]
     bool disclaimer = false;      ///< the feature that shows the disclaimer
     int store_content_type = 0;   ///< product number 713

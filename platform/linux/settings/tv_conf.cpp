@@ -21,6 +21,8 @@ namespace {
 
 constexpr size_t LARGEST_FILE = size_t{1024} * 1024;
 constexpr double LONGEST_TURN_S = 600.0;
+constexpr double LEAST_WHITE = 80.0;
+constexpr double MOST_WHITE = 1000.0;
 
 bool parse_bool(std::string_view text, bool &value)
 {
@@ -93,6 +95,10 @@ const std::map<std::string, Parser> &parsers()
         {"panel/first_rotation_state",
          [](std::string_view value, Settings &s) {
              return parse_number(value, 0, 3, s.first_rotation_state);
+         }},
+        {"picture/sdr_white",
+         [](std::string_view value, Settings &s) {
+             return parse_number(value, LEAST_WHITE, MOST_WHITE, s.sdr_white);
          }},
         {"product/disclaimer",
          [](std::string_view value, Settings &s) { return parse_bool(value, s.disclaimer); }},

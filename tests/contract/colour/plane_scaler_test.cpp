@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 
 #include "colour/colour_converter.h"
+#include "colour/picture.h"
 #include "colour/plane_scaler.h"
-#include "picture.h"
 
 namespace platform {
 namespace {

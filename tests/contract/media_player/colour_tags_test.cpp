@@ -7,9 +7,12 @@
 
 #include <gmock/gmock.h>
 
+#include "colour/reference.h"
 #include "media_player/colour_tags.h"
 #include "player_fixture.h"
 
+using platform::ColourSpace;
+using platform::Transfer;
 using testing::HasSubstr;
 
 namespace player_test {
@@ -36,19 +39,22 @@ TEST(ColourOf, TakesEachPartFromTheFirstThatKnowsIt)
         {"2:3:0:0", "1:6:14:7", GST_VIDEO_FORMAT_I420, 64, 32, "2:3:14:7"},
         {"", "1:3:5:1", GST_VIDEO_FORMAT_NV12, 64, 32, "1:3:5:1"},
         // What nobody knows is the usual for the size, in limited range.
-        {"1:0:0:0", "", GST_VIDEO_FORMAT_I420, 64, 32, "1:4:16:4"},
+        {"1:0:0:0", "", GST_VIDEO_FORMAT_I420, 64, 32, "1:4:16:1"},
         {"1:0:0:0", "", GST_VIDEO_FORMAT_I420, 1920, 1080, "1:3:5:1"},
         {"0:3:5:1", "0:3:5:1", GST_VIDEO_FORMAT_I420, 64, 32, "bt709"},
         {"1:4:0:0", "", GST_VIDEO_FORMAT_I420, 1920, 1080, "1:4:5:1"},
-        {"", "", GST_VIDEO_FORMAT_I420, 720, 576, "bt601"},
-        {"", "", GST_VIDEO_FORMAT_I420, 1279, 576, "bt601"},
+        {"", "", GST_VIDEO_FORMAT_I420, 720, 576, "2:4:16:1"},
+        {"", "", GST_VIDEO_FORMAT_I420, 1279, 576, "2:4:16:1"},
         {"", "", GST_VIDEO_FORMAT_I420, 1280, 536, "bt709"},
         {"", "", GST_VIDEO_FORMAT_I420, 608, 577, "bt709"},
-        {"", "", GST_VIDEO_FORMAT_GRAY8, 64, 32, "bt601"},
+        {"", "", GST_VIDEO_FORMAT_GRAY8, 64, 32, "2:4:16:1"},
         {"", "", GST_VIDEO_FORMAT_BGRx, 64, 32, "sRGB"},
         {"2:1:5:1", "", GST_VIDEO_FORMAT_GBR, 64, 32, "2:1:5:1"},
+        // A film of high dynamic range is one of BT.2020.
+        {"2:0:14:0", "", GST_VIDEO_FORMAT_I420_10LE, 64, 32, "bt2100-pq"},
+        {"0:0:0:0", "1:0:15:0", GST_VIDEO_FORMAT_I420_10LE, 64, 32, "1:6:15:7"},
         // Nonsense is as good as nothing.
-        {"loud", "shrill", GST_VIDEO_FORMAT_I420, 64, 32, "bt601"},
+        {"loud", "shrill", GST_VIDEO_FORMAT_I420, 64, 32, "2:4:16:1"},
         {"sRGB", "", GST_VIDEO_FORMAT_I420, 1920, 1080, "1:3:7:1"},
         {"bt709", "", GST_VIDEO_FORMAT_GBR, 1920, 1080, "2:1:5:1"},
     };
@@ -134,13 +140,13 @@ TEST(ColourTagsOfMp4, HoldWhereTheDecoderSaysNothing)
 {
     gst_init(nullptr, nullptr);
     CodedCaps coded("avdec_h264");
-    EXPECT_EQ(coded.of_frames(), "bt601");
+    EXPECT_EQ(coded.of_frames(), "2:4:16:1");
     coded.passed_on("qtdemux", "video/x-h264", "1:3:5:1");
     EXPECT_EQ(coded.of_frames(), "1:3:5:1");
 }
 
-// GStreamer's converter is off by as much in single colours; what matters here is off by more.
-constexpr double TOLERANCE = 6;
+// Half a code is for rounding; the rest the coding may cost.
+constexpr double TOLERANCE = 1.6;
 
 constexpr int COLUMNS = 4;
 constexpr int ROWS = 2;
@@ -165,27 +171,34 @@ constexpr std::array<Patch, COLUMNS *ROWS> PATCHES = {{
     {160, 120, 90},
 }};
 
-enum class Matrix { Bt601, Bt709 };
-enum class Range { Full, Limited };
-
-using Rgb = std::array<double, 3>;
-
-Rgb rgb_of(const Patch &patch, Matrix matrix, Range range)
+ColourSpace bt709(bool full_range)
 {
-    const double kr = matrix == Matrix::Bt709 ? 0.2126 : 0.299;
-    const double kb = matrix == Matrix::Bt709 ? 0.0722 : 0.114;
-    const bool full = range == Range::Full;
-    const double y = full ? patch.y / 255.0 : (patch.y - 16) / 219.0;
-    const double cb = (patch.cb - 128) / (full ? 255.0 : 224.0);
-    const double cr = (patch.cr - 128) / (full ? 255.0 : 224.0);
-    const double red = y + 2 * (1 - kr) * cr;
-    const double blue = y + 2 * (1 - kb) * cb;
-    const double green = (y - kr * red - kb * blue) / (1 - kr - kb);
-    Rgb rgb = {red, green, blue};
-    for (double &value : rgb)
-        value = 255 * std::clamp(value, 0.0, 1.0);
-    return rgb;
+    ColourSpace space;
+    space.full_range = full_range;
+    return space;
 }
+
+ColourSpace bt601(bool full_range)
+{
+    ColourSpace space = bt709(full_range);
+    space.kr = 0.299;
+    space.kb = 0.114;
+    return space;
+}
+
+ColourSpace bt2020(Transfer transfer = Transfer::SDR, double peak = 0)
+{
+    ColourSpace space;
+    space.kr = 0.2627;
+    space.kb = 0.0593;
+    space.primaries = platform::BT2020_PRIMARIES;
+    space.transfer = transfer;
+    space.peak = peak;
+    return space;
+}
+
+constexpr bool FULL_RANGE = true;
+constexpr bool LIMITED_RANGE = false;
 
 /** The size of a frame that is to be coded, in pixels. */
 struct Size {
@@ -195,14 +208,19 @@ struct Size {
 
 constexpr Size SCOPE = {1280, 536};
 
-std::string patches(const Size &size)
+/** @param wide two bytes for each of 10 bits, else one of 8 */
+std::string patches(const Size &size, bool wide)
 {
     std::string numbers;
-    const auto add_plane = [&numbers](int Patch::*part, int width, int height) {
+    const auto add_plane = [&numbers, wide](int Patch::*part, int width, int height) {
         for (int y = 0; y < height; y++)
             for (int x = 0; x < width; x++) {
                 const int place = y * ROWS / height * COLUMNS + x * COLUMNS / width;
-                numbers += static_cast<char>(PATCHES[static_cast<size_t>(place)].*part);
+                const int number = PATCHES[static_cast<size_t>(place)].*part;
+                if (wide)
+                    numbers += {static_cast<char>(number << 2), static_cast<char>(number >> 6)};
+                else
+                    numbers += static_cast<char>(number);
             }
     };
     add_plane(&Patch::y, size.width, size.height);
@@ -245,7 +263,7 @@ class ColourTags : public PlayerTest {
     void make(const std::vector<Output> &outputs, const Size &size = {},
               const char *pixel_format = "yuvj420p") const
     {
-        write_file(path("patches.yuv"), patches(size));
+        write_file(path("patches.yuv"), patches(size, g_str_has_suffix(pixel_format, "10le")));
         std::string command = "ffmpeg -y -nostdin -loglevel error -f rawvideo -framerate 25 "
                               "-stream_loop 1 -pix_fmt ";
         command += pixel_format;
@@ -264,7 +282,7 @@ class ColourTags : public PlayerTest {
     }
 
     /** Shows a file and compares the middle of each patch. */
-    void expect_colours(const std::string &name, Matrix matrix, Range range)
+    void expect_colours(const std::string &name, const ColourSpace &space, int depth = 8)
     {
         SCOPED_TRACE(name);
         player_->unprepare();
@@ -278,20 +296,20 @@ class ColourTags : public PlayerTest {
             const uint32_t pixel =
                 shown.at((2 * column + 1) * shown.width / (2 * COLUMNS),
                          shown.height / 2 + (2 * row + 1 - ROWS) * shown.height / (4 * ROWS));
-            const Rgb seen = {static_cast<double>((pixel >> 16) & 0xff),
-                              static_cast<double>((pixel >> 8) & 0xff),
-                              static_cast<double>(pixel & 0xff)};
-            const Rgb expected = rgb_of(PATCHES[i], matrix, range);
-            for (size_t part = 0; part < seen.size(); part++)
-                EXPECT_NEAR(seen[part], expected[part], TOLERANCE) << "patch " << i << ", part "
-                                                                   << "RGB"[part];
+            const int unit = 1 << (depth - 8);
+            const platform::Rgb expected = platform::reference(
+                space, depth, PATCHES[i].y * unit, PATCHES[i].cb * unit, PATCHES[i].cr * unit);
+            EXPECT_NEAR(pixel >> 16 & 0xff, expected.red, TOLERANCE) << "patch " << i;
+            EXPECT_NEAR(pixel >> 8 & 0xff, expected.green, TOLERANCE) << "patch " << i;
+            EXPECT_NEAR(pixel & 0xff, expected.blue, TOLERANCE) << "patch " << i;
         }
     }
 
-    void expect_colours_of_all(const std::vector<Output> &outputs, Matrix matrix, Range range)
+    void expect_colours_of_all(const std::vector<Output> &outputs, const ColourSpace &space,
+                               int depth = 8)
     {
         for (const Output &output : outputs)
-            expect_colours(output.name, matrix, range);
+            expect_colours(output.name, space, depth);
     }
 };
 
@@ -303,7 +321,7 @@ TEST_F(ColourTags, OfFullRangeHoldInEveryContainer)
     make(outputs);
     ASSERT_THAT(read_file(path("a.mp4")), HasSubstr("colrnclx"));
     ASSERT_THAT(read_file(path("quicktime.mp4")), HasSubstr("colrnclc"));
-    expect_colours_of_all(outputs, Matrix::Bt709, Range::Full);
+    expect_colours_of_all(outputs, bt709(FULL_RANGE));
 }
 
 TEST_F(ColourTags, OfARangeAloneHoldInEveryContainer)
@@ -313,7 +331,7 @@ TEST_F(ColourTags, OfARangeAloneHoldInEveryContainer)
     outputs.push_back({"jpeg.avi", FULL + "-c:v mjpeg -q:v 1 "});
     make(outputs);
     ASSERT_THAT(read_file(path("unspecified.mp4")), HasSubstr("colrnclx"));
-    expect_colours_of_all(outputs, Matrix::Bt601, Range::Full);
+    expect_colours_of_all(outputs, bt601(FULL_RANGE));
 }
 
 // MPEG-2 has no range to state, and Matroska's own tags need not state one.
@@ -328,7 +346,7 @@ TEST_F(ColourTags, OfAMatrixAloneMeanLimitedRange)
          tagged + H264 + "-x264-params colorprim=undef:transfer=undef:colormatrix=undef "},
     };
     make(outputs, {}, "yuv420p");
-    expect_colours_of_all(outputs, Matrix::Bt709, Range::Limited);
+    expect_colours_of_all(outputs, bt709(LIMITED_RANGE));
 }
 
 // Theora is BT.601 at any size by its definition, and its decoder says so.
@@ -346,11 +364,11 @@ TEST_F(ColourTags, ThatAreMissingFollowFromTheSize)
         {"a.mpeg", MPEG2 + "-f vob "},
     };
     make(outputs, SCOPE, "yuv420p");
-    expect_colours_of_all(outputs, Matrix::Bt709, Range::Limited);
+    expect_colours_of_all(outputs, bt709(LIMITED_RANGE));
     make({{"small.avi", MPEG4}}, {}, "yuv420p");
-    expect_colours("small.avi", Matrix::Bt601, Range::Limited);
+    expect_colours("small.avi", bt601(LIMITED_RANGE));
     make({{"a.ogg", "-c:v libtheora -q:v 10 "}}, SCOPE, "yuv420p");
-    expect_colours("a.ogg", Matrix::Bt601, Range::Limited);
+    expect_colours("a.ogg", bt601(LIMITED_RANGE));
 }
 
 // Matroska's own tags mend what a stream says wrongly. MP4's could, but their range gets lost.
@@ -358,8 +376,66 @@ TEST_F(ColourTags, OfAFileThatContradictsItselfAreTheContainersButForMp4sRange)
 {
     const std::string contradiction = FULL_BT709 + H264 + "-x264-params fullrange=off ";
     make({{"a.mkv", contradiction}, {"a.mp4", contradiction}});
-    expect_colours("a.mkv", Matrix::Bt709, Range::Full);
-    expect_colours("a.mp4", Matrix::Bt709, Range::Limited);
+    expect_colours("a.mkv", bt709(FULL_RANGE));
+    expect_colours("a.mp4", bt709(LIMITED_RANGE));
+}
+
+TEST_F(ColourTags, OfTenBitsHold)
+{
+    const std::vector<Output> outputs = {
+        {"full.mkv", FULL_BT709 + HEVC},
+        {"full.mp4", FULL_BT709 + HEVC},
+        {"h264.mkv", FULL_BT709 + H264},
+    };
+    make(outputs, {}, "yuv420p10le");
+    expect_colours_of_all(outputs, bt709(FULL_RANGE), 10);
+    make({{"scope.ts", HEVC}}, SCOPE, "yuv420p10le");
+    expect_colours("scope.ts", bt709(LIMITED_RANGE), 10);
+}
+
+TEST_F(ColourTags, OfOtherLightsBecomeThoseOfTheScreen)
+{
+    const auto tagged = [](const std::string &primaries, const std::string &matrix) {
+        return "-vf setparams=color_primaries=" + primaries +
+               ":color_trc=bt709:colorspace=" + matrix + " -color_primaries " + primaries +
+               " -color_trc bt709 -colorspace " + matrix + " ";
+    };
+    make({{"ntsc.mkv", tagged("smpte170m", "smpte170m") + H264}}, {}, "yuv420p");
+    ColourSpace ntsc = bt601(LIMITED_RANGE);
+    ntsc.primaries = {{0.630, 0.340}, {0.310, 0.595}, {0.155, 0.070}}; // SMPTE ST 170, 6.1
+    expect_colours("ntsc.mkv", ntsc);
+    make({{"wide.mkv", tagged("bt2020", "bt2020nc") + HEVC}}, {}, "yuv420p10le");
+    expect_colours("wide.mkv", bt2020(), 10);
+}
+
+TEST_F(ColourTags, OfHighDynamicRangeAreMappedByTheFilmsPeak)
+{
+    const auto hdr = [](const std::string &transfer, const std::string &more) {
+        return "-vf setparams=color_primaries=bt2020:color_trc=" + transfer +
+               ":colorspace=bt2020nc -c:v libx265 -preset ultrafast -color_primaries bt2020 "
+               "-color_trc " +
+               transfer +
+               " -colorspace bt2020nc "
+               "-x265-params log-level=error:qp=2" +
+               more + " ";
+    };
+    const std::string display =
+        ":hdr10=1:master-display=G(13250,34500)B(7500,3000)R(34000,16000)WP(15635,16450)"
+        "L(40000000,50)";
+    const std::vector<Output> content = {
+        {"content.mkv", hdr("smpte2084", display + ":max-cll=600,200")},
+        {"content.mp4", hdr("smpte2084", display + ":max-cll=600,200")},
+        {"content.ts", hdr("smpte2084", display + ":max-cll=600,200")}};
+    const Output mastering = {"display.mkv", hdr("smpte2084", display)};
+    const Output untold = {"untold.mp4", hdr("smpte2084", "")};
+    const Output hlg = {"hlg.mkv", hdr("arib-std-b67", "")};
+    std::vector<Output> all = content;
+    all.insert(all.end(), {mastering, untold, hlg});
+    make(all, {}, "yuv420p10le");
+    expect_colours_of_all(content, bt2020(Transfer::PQ, 600), 10);
+    expect_colours(mastering.name, bt2020(Transfer::PQ, 4000), 10);
+    expect_colours(untold.name, bt2020(Transfer::PQ, 1000), 10);
+    expect_colours(hlg.name, bt2020(Transfer::HLG), 10);
 }
 
 TEST_F(ColourTags, OfAnotherTrackAreNotTaken)
@@ -368,7 +444,7 @@ TEST_F(ColourTags, OfAnotherTrackAreNotTaken)
                         "-color_primaries:v:1 bt709 -color_trc:v:1 bt709 -colorspace:v:1 bt709 "}},
          {}, "yuv420p");
     ASSERT_THAT(read_file(path("a.mp4")), HasSubstr("colrnclx"));
-    expect_colours("a.mp4", Matrix::Bt601, Range::Limited);
+    expect_colours("a.mp4", bt601(LIMITED_RANGE));
 }
 
 } // namespace

@@ -23,7 +23,8 @@ class PlaneSink : public testing::Test {
         gst_init(nullptr, nullptr);
         pipeline_.reset(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))));
         source_ = platform::make_element("appsrc");
-        output_ = std::make_shared<FrameOutput>(std::make_shared<DisplaySettings>());
+        output_ = std::make_shared<FrameOutput>(std::make_shared<DisplaySettings>(),
+                                                platform::REFERENCE_WHITE);
         const ElementPtr sink = platform::make_plane_sink(output_);
         const platform::CapsPtr caps(gst_caps_from_string(
             "video/x-raw,format=BGRx,width=16,height=16,framerate=30/1,pixel-aspect-ratio=1/1"));

@@ -46,6 +46,7 @@ void expect_defaults(const Settings &settings)
     EXPECT_FALSE(settings.rotator);
     EXPECT_DOUBLE_EQ(settings.turning_time_s, 3.0);
     EXPECT_EQ(settings.first_rotation_state, 1);
+    EXPECT_DOUBLE_EQ(settings.sdr_white, 203);
     EXPECT_FALSE(settings.disclaimer);
     EXPECT_EQ(settings.store_content_type, 0);
     EXPECT_EQ(settings.menu_orientation, "");
@@ -75,6 +76,8 @@ TEST_F(SettingsFile, EveryKeyIsRead)
                                    "rotator = yes\n"
                                    "turning_time_s = 0.25\n"
                                    "first_rotation_state = 2\n"
+                                   "[picture]\n"
+                                   "sdr_white = 100.5\n"
                                    "[product]\n"
                                    "disclaimer = on\n"
                                    "store_content_type = 1\n"
@@ -91,6 +94,7 @@ TEST_F(SettingsFile, EveryKeyIsRead)
     EXPECT_TRUE(settings.rotator);
     EXPECT_DOUBLE_EQ(settings.turning_time_s, 0.25);
     EXPECT_EQ(settings.first_rotation_state, 2);
+    EXPECT_DOUBLE_EQ(settings.sdr_white, 100.5);
     EXPECT_TRUE(settings.disclaimer);
     EXPECT_EQ(settings.store_content_type, 1);
     EXPECT_EQ(settings.menu_orientation, "rtl");
@@ -104,16 +108,20 @@ TEST_F(SettingsFile, EveryKeyIsRead)
 
 TEST_F(SettingsFile, NumbersAreReadUpToTheirLimits)
 {
-    const Settings lowest = read("[panel]\nturning_time_s = 0\nfirst_rotation_state = 0\n"
-                                 "[product]\nstore_content_type = -2147483648\n");
+    const Settings lowest =
+        read("[panel]\nturning_time_s = 0\nfirst_rotation_state = 0\n"
+             "[picture]\nsdr_white = 80\n[product]\nstore_content_type = -2147483648\n");
     EXPECT_EQ(lowest.turning_time_s, 0.0);
     EXPECT_EQ(lowest.first_rotation_state, 0);
+    EXPECT_EQ(lowest.sdr_white, 80);
     EXPECT_EQ(lowest.store_content_type, INT32_MIN);
     EXPECT_EQ(log_, "");
-    const Settings highest = read("[panel]\nturning_time_s = 600\nfirst_rotation_state = 3\n"
-                                  "[product]\nstore_content_type = 2147483647\n");
+    const Settings highest =
+        read("[panel]\nturning_time_s = 600\nfirst_rotation_state = 3\n"
+             "[picture]\nsdr_white = 1000\n[product]\nstore_content_type = 2147483647\n");
     EXPECT_EQ(highest.turning_time_s, 600.0);
     EXPECT_EQ(highest.first_rotation_state, 3);
+    EXPECT_EQ(highest.sdr_white, 1000);
     EXPECT_EQ(highest.store_content_type, INT32_MAX);
     EXPECT_EQ(log_, "");
 }
@@ -163,6 +171,8 @@ INSTANTIATE_TEST_SUITE_P(
                     BadValue{"panel", "turning_time_s = nan", "turning_time_s"},
                     BadValue{"panel", "turning_time_s = 600.1", "turning_time_s"},
                     BadValue{"panel", "turning_time_s = 3s", "turning_time_s"},
+                    BadValue{"picture", "sdr_white = 79", "sdr_white"},
+                    BadValue{"picture", "sdr_white = 1001", "sdr_white"},
                     BadValue{"panel", "turning_time_s =", "turning_time_s"},
                     BadValue{"panel", "first_rotation_state = 4", "first_rotation_state"},
                     BadValue{"panel", "first_rotation_state = -1", "first_rotation_state"},
@@ -238,7 +248,7 @@ TEST_F(SettingsFile, ExampleNamesNoUnknownKey)
         }
     }
     const Settings settings = read(uncommented);
-    EXPECT_EQ(keys, 11);
+    EXPECT_EQ(keys, 12);
     EXPECT_EQ(settings.usb_mounts.size(), 2u);
     EXPECT_EQ(settings.language, "ko_KR");
     EXPECT_EQ(log_, "");
