@@ -10,6 +10,7 @@ from pathlib import Path
 
 import rows_pictures  # the rows enter the table as these are read
 import rows_cost  # noqa: F401
+import rows_formats  # noqa: F401
 import rows_waits  # noqa: F401
 from report import Machine, write
 from stage import MPV, PLAYER, staged

@@ -27,6 +27,11 @@ def at_most_mpv(player, mpv):
     return mpv is not None and player <= mpv
 
 
+def at_least_mpv(player, mpv):
+    # A picture more or less in the window is no difference.
+    return mpv is not None and player >= mpv - 0.2
+
+
 def at_most_of_mpv(share):
     return lambda player, mpv: mpv is not None and player <= share * mpv
 

@@ -1,0 +1,97 @@
+"""Rows about films of other kinds than the usual: ten bits, four times the size, high dynamic range."""
+
+import subprocess
+
+from stage import FRAMES_PER_SECOND, UHD
+from table import Figure, at_least_mpv, at_most, at_most_mpv, row
+
+WARM_UP_SECONDS = 4
+WINDOW_SECONDS = 10
+FILM_SECONDS = 4
+
+# What a frame's conversion is called by conversion-times, and whether what it is compared with does
+# the same: no converter but this one maps light.
+CONVERSIONS = (
+    ("i420-1080p", "I420 at 1080p", True),
+    ("nv12-1080p", "NV12 at 1080p", True),
+    ("i420_10-1080p", "I420 of 10 bits at 1080p", True),
+    ("p010-1080p", "P010 at 1080p", True),
+    ("i420-2160p-to-1080p", "I420, 2160p to 1080p", True),
+    ("i420_10-2160p-to-1080p", "I420 of 10 bits, 2160p to 1080p", True),
+    ("i420-1080p-to-2160p", "I420, 1080p to 2160p", True),
+    ("pq-1080p", "HDR10 at 1080p", False),
+    ("hlg-1080p", "HLG at 1080p", False),
+    ("pq-2160p-to-1080p", "HDR10, 2160p to 1080p", False),
+)
+# Shares of a core at 30 pictures a second, in milliseconds.
+HDR_FULL_HD_MS, HDR_UHD_MS = 0.20 * 1000 / FRAMES_PER_SECOND, 0.30 * 1000 / FRAMES_PER_SECOND
+BOUNDS = {"pq-1080p": HDR_FULL_HD_MS, "pq-2160p-to-1080p": HDR_UHD_MS}
+
+
+def conversion_figures():
+    for name, what, same in CONVERSIONS:
+        bound = BOUNDS.get(name)
+        yield Figure(f"{name}-ms", f"conversion of a frame, {what}", "ms",
+                     f"at most {bound:.1f}" if bound else "–", at_most(bound) if bound else None)
+        if same:
+            yield Figure(f"{name}-gst", "its time by that of GStreamer's converter", "", "at most 1",
+                         at_most(1))
+            yield Figure(f"{name}-sws", "its time by that of libswscale", "", "–", None)
+
+
+@row("conversion", *conversion_figures())
+def conversion(stage, who, results):
+    times = subprocess.run([stage.build / "tests/contract/colour/conversion-times"], check=True,
+                           capture_output=True, text=True).stdout
+    for line in times.splitlines():
+        name, *numbers = line.split()
+        own, gstreamer, swscale = map(float, numbers)
+        results.note(f"{name}-ms", who, own)
+        results.note(f"{name}-gst", who, own / gstreamer)
+        results.note(f"{name}-sws", who, own / swscale)
+
+
+FILMS = (
+    ("ten-bit", "HEVC of 10 bits at 1080p30", (1920, 1080), "hevc10"),
+    ("uhd", "H.264 at 2160p30", UHD, "h264"),
+    ("uhd-ten-bit", "HEVC of 10 bits at 2160p30", UHD, "hevc10"),
+    ("uhd-hdr", "HDR10 at 2160p30", UHD, "hdr10"),
+)
+
+
+@row("formats",
+     *(figure for name, what, _, _ in FILMS for figure in (
+         Figure(name, f"processor time for each picture on a 1080p panel, {what}", "ms",
+                "at most mpv's", at_most_mpv),
+         Figure(f"{name}-rate", "pictures a second of it", "", "at least mpv's", at_least_mpv))),
+     beside_mpv=True)
+def formats(stage, who, results):
+    for name, _, size, kind in FILMS:
+        folder = stage.folder(f"film-{name}",
+                              lambda made: make_film(made / "film.mkv", size, kind))
+        # Pictures that are left out cost nothing, hence the time of one that is presented.
+        with stage.run(who, folder, loop_file=True, traced=True) as (run, _):
+            run.wait_picture()
+            run.watch(WARM_UP_SECONDS)
+            before, ticks_before = len(run.trace().pictures()), sum(run.ticks())
+            run.watch(WINDOW_SECONDS)
+            ticks, pictures = sum(run.ticks()), len(run.trace().pictures())
+        results.note(name, who, (ticks - ticks_before) * 10 / max(1, pictures - before))
+        results.note(f"{name}-rate", who, (pictures - before) / WINDOW_SECONDS)
+
+
+def make_film(path, size, kind):
+    """A film of a moving test picture, without sound."""
+    coder = {
+        "h264": ["-pix_fmt", "yuv420p", "-c:v", "libx264", "-preset", "ultrafast"],
+        "hevc10": ["-pix_fmt", "yuv420p10le", "-c:v", "libx265", "-preset", "ultrafast",
+                   "-x265-params", "log-level=error"],
+        "hdr10": ["-pix_fmt", "yuv420p10le", "-c:v", "libx265", "-preset", "ultrafast",
+                  "-color_primaries", "bt2020", "-color_trc", "smpte2084", "-colorspace", "bt2020nc",
+                  "-x265-params", "log-level=error:max-cll=1000,400"],
+    }[kind]
+    rate = "12M" if size == UHD else "6M"
+    subprocess.run(
+        ["ffmpeg", "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
+         f"testsrc2=size={size[0]}x{size[1]}:rate={FRAMES_PER_SECOND}", "-t", str(FILM_SECONDS),
+         *coder, "-b:v", rate, str(path)], check=True)
