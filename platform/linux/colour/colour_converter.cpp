@@ -89,13 +89,13 @@ rows::Mapping mapping_of(const ColourSpace &space, int depth, double white)
     rows::Mapping mapping = {};
     mapping.scene = scene;
     const Quantization q = in_stretch(space, depth);
-    mapping.y = static_cast<float>(1 / q.range / top);
-    mapping.y_offset = static_cast<float>(-q.black / q.range / top);
+    const double unit = 2 / top; // of codes from -1 to 1
+    mapping.y = static_cast<float>(unit / q.range);
+    mapping.y_offset = static_cast<float>(-q.black / q.range * unit - 1);
     const Matrix3 rgb = rgb_from_yuv(space);
     for (int part = 0; part < 3; ++part) {
-        const double unit = 1 / (q.span * top);
-        mapping.u[part] = static_cast<float>(rgb[part][1] * unit);
-        mapping.v[part] = static_cast<float>(rgb[part][2] * unit);
+        mapping.u[part] = static_cast<float>(rgb[part][1] / q.span * unit);
+        mapping.v[part] = static_cast<float>(rgb[part][2] / q.span * unit);
     }
 
     fit(mapping.light, 0, 1, [&](double code) {
@@ -104,15 +104,17 @@ rows::Mapping mapping_of(const ColourSpace &space, int depth, double white)
     });
     fit(mapping.bright, 0, 1,
         [&](double root) { return std::pow(root, 4 * (HLG_SYSTEM_GAMMA - 1)); });
-    const double knee =
-        scene ? std::pow(light_of_pq(curve.knee() * pq_of_light(peak)) / peak, 0.25) : curve.knee();
     // A curve without a knee is a knee at the end, which light does not get beyond.
     constexpr double LAST_KNEE = 0.999;
-    mapping.knee = static_cast<float>(std::min(knee, LAST_KNEE));
-    mapping.beyond_knee = 1 / (1 - mapping.knee);
-    fit(mapping.gain, std::min(knee, LAST_KNEE), 1, [&](double at) {
+    const double knee = std::min(
+        LAST_KNEE, scene ? std::pow(light_of_pq(curve.knee() * pq_of_light(peak)) / peak, 0.25)
+                         : curve.knee());
+    fit(mapping.gain, knee, 1, [&](double at) {
         return curve.gain(scene ? peak * fourth_power(at) : light_of_pq(at * top));
     });
+    // The scene's argument is 0 to 1, the code -1 to 1.
+    mapping.gain_scale = static_cast<float>((scene ? 2 : 1) / (1 - knee));
+    mapping.gain_offset = static_cast<float>(scene ? -(1 + knee) / (1 - knee) : -knee / (1 - knee));
     mapping.white = static_cast<float>(peak / white);
 
     const Matrix3 screen = to_bt709(space.primaries);

@@ -45,15 +45,15 @@ struct Linear {
 /** The same for light above white; colour_converter.cpp says how each is found. */
 struct Mapping {
     bool scene; ///< codes are the scene's light (HLG), else the screen's (PQ)
-    float y;
+    float y;    ///< to codes from -1 to 1
     float y_offset;
     float u[3]; ///< for red, green and blue
     float v[3];
-    float light[11]; ///< of light over the code: fourth root, or of the scene's the square root
-    float bright[7]; ///< scene to screen, over the fourth root of luminance
-    float knee;
-    float beyond_knee; ///< over what is left above the knee
-    float gain[8];   ///< beyond the knee, over the code or, of the scene, the fourth root of light
+    float light[11];  ///< of light over the code: fourth root, or of the scene's the square root
+    float bright[7];  ///< scene to screen, over the fourth root of luminance
+    float gain[8];    ///< over what is beyond the knee
+    float gain_scale; ///< to that from the code or, of the scene, from the fourth root of light
+    float gain_offset;
     float white;     ///< what the scene's light is multiplied by
     float out[3][3]; ///< to blue, green and red of the screen, from red, green and blue
     float code[6];   ///< 0 to 255 over the fourth root of light

@@ -226,18 +226,25 @@ inline Wholes rounded(Reals value)
 }
 #endif
 
+/** Of z from -1 to 1. Even and odd powers apart are two short chains instead of a long one. */
 template <int COUNT> inline Reals polynomial(const float (&factors)[COUNT], Reals z)
 {
-    Reals sum = all(factors[COUNT - 1]);
-    for (int i = COUNT - 2; i >= 0; --i)
-        sum = sum * z + factors[i];
-    return sum;
+    constexpr int LAST_EVEN = (COUNT - 1) / 2 * 2;
+    constexpr int LAST_ODD = (COUNT - 2) / 2 * 2 + 1;
+    const Reals square = z * z;
+    Reals even = all(factors[LAST_EVEN]);
+    for (int i = LAST_EVEN - 2; i >= 0; i -= 2)
+        even = even * square + factors[i];
+    Reals odd = all(factors[LAST_ODD]);
+    for (int i = LAST_ODD - 2; i >= 1; i -= 2)
+        odd = odd * square + factors[i];
+    return odd * z + even;
 }
 
-/** Polynomials take their argument from -1 to 1, which keeps their factors small. */
+/** What is 0 to 1 as what a polynomial takes. */
 inline Reals centred(Reals unit)
 {
-    return unit + unit - 1.0F;
+    return unit * 2.0F - 1.0F;
 }
 
 inline Reals fourth_root(Reals value)
@@ -257,16 +264,16 @@ inline Reals largest(const Colours &c)
     return most(most(c.red, c.green), c.blue);
 }
 
+/** @param code from -1, which is black, to 1 */
 template <bool SCENE> inline Reals light(const Mapping &mapping, Reals code)
 {
-    const Reals root = polynomial(mapping.light, centred(least(most(code, all(0)), all(1))));
+    const Reals root = polynomial(mapping.light, code);
     return SCENE ? root * root : root * root * (root * root);
 }
 
 inline Reals gain(const Mapping &mapping, Reals at)
 {
-    const Reals beyond = most(at - mapping.knee, all(0)) * mapping.beyond_knee;
-    return polynomial(mapping.gain, centred(beyond));
+    return polynomial(mapping.gain, most(at * mapping.gain_scale + mapping.gain_offset, all(-1)));
 }
 
 template <bool SCENE> inline Colours on_screen(const Mapping &mapping, const Colours &code)
@@ -279,15 +286,16 @@ template <bool SCENE> inline Colours on_screen(const Mapping &mapping, const Col
         const Reals bright = polynomial(mapping.bright, centred(fourth_root(luminance)));
         factor = bright * gain(mapping, fourth_root(bright * largest(c))) * mapping.white;
     } else {
-        factor = gain(mapping, least(largest(code), all(1)));
+        factor = gain(mapping, largest(code));
     }
     return {c.red * factor, c.green * factor, c.blue * factor};
 }
 
+/** The polynomial is less than half a code below 0 at its lowest, and above 255 at its highest. */
 inline Wholes byte_of(const Mapping &mapping, const float (&row)[3], const Colours &c)
 {
     const Reals value = c.red * row[0] + c.green * row[1] + c.blue * row[2];
-    return rounded(most(polynomial(mapping.code, centred(fourth_root(value))), all(0)));
+    return rounded(polynomial(mapping.code, centred(fourth_root(value))));
 }
 
 template <bool SCENE>
@@ -300,10 +308,11 @@ void map_all(const Mapping &shared, const int16_t *u, const int16_t *v, const in
         const Reals luma = load(y + x) * mapping.y + mapping.y_offset;
         const Reals cb = load(u + x);
         const Reals cr = load(v + x);
-        const Colours code = {luma + cb * mapping.u[0] + cr * mapping.v[0],
-                              luma + cb * mapping.u[1] + cr * mapping.v[1],
-                              luma + cb * mapping.u[2] + cr * mapping.v[2]};
-        const Colours c = on_screen<SCENE>(mapping, code);
+        const auto code = [&](int part) {
+            const Reals value = luma + cb * mapping.u[part] + cr * mapping.v[part];
+            return least(most(value, all(-1)), all(1));
+        };
+        const Colours c = on_screen<SCENE>(mapping, {code(0), code(1), code(2)});
         const Wholes pixel = byte_of(mapping, mapping.out[0], c) |
                              byte_of(mapping, mapping.out[1], c) << 8 |
                              byte_of(mapping, mapping.out[2], c) << 16 | OPAQUE;
