@@ -69,6 +69,15 @@ TEST_F(LifecycleTest, AMissingExtraIsMissing)
     EXPECT_EQ(quit(*app), 0);
 }
 
+TEST_F(LifecycleTest, TheControlToolReachesIt)
+{
+    auto app = start_and_show();
+    Program tool({TVCTL, "status", "--json"}, variables_);
+    EXPECT_EQ(tool.finish(), 0) << tool.errors();
+    EXPECT_THAT(tool.lines(), ElementsAre(HasSubstr("\"panel\": {\"angle\": 0, ")));
+    EXPECT_EQ(quit(*app), 0);
+}
+
 TEST_F(LifecycleTest, ALaterStartHandsItsRequestOverAndEnds)
 {
     auto first = start_and_show();

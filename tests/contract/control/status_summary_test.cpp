@@ -160,6 +160,10 @@ TEST(StatusSummary, TellsOfThePanelAndItsTurns)
                 HasSubstr("Panel:          landscape, 1920x1080, turning to portrait-reverse\n"
                           "Timed rotation: on, turning now ("));
     EXPECT_THAT(status_summary(with([](Status &s) {
+                    s.panel = {180, true, std::nullopt, 0, 0};
+                })),
+                HasSubstr("Panel:          landscape-reverse\n")) << "before the window is there";
+    EXPECT_THAT(status_summary(with([](Status &s) {
                     s.rotation = {false, {}, 300, 900};
                 })),
                 HasSubstr("Timed rotation: off (landscape 5 min, portrait 15 min)\n"));
@@ -190,6 +194,8 @@ TEST(StatusNodes, HoldTheListAndTheTimesForPrograms)
                                 "\"landscape_s\": 300, \"portrait_s\": 330}"));
     EXPECT_THAT(status_as_json(status_nodes(with([](Status &s) { s.rotation.left_s.reset(); }))),
                 HasSubstr("\"left_s\": null"));
+    EXPECT_THAT(status_as_json(status_nodes(with([](Status &s) { s.list->portrait = true; }))),
+                HasSubstr("\"list\": {\"orientation\": \"portrait\", "));
 }
 
 } // namespace

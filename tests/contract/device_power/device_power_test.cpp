@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include "desktop_support/login_manager_test.h"
+#include "device_power.h"
+#include "device_power/power_service.h"
 
 namespace desktop_test {
 namespace {
@@ -24,6 +26,21 @@ TEST_F(DevicePowerTest, APowerOffIsToldToWhoWantsNothingElse)
     manager_->say("shutdown 1");
     EXPECT_TRUE(app->hears("power off"));
     EXPECT_EQ(quit(*app), 0) << app->errors();
+}
+
+TEST_F(DevicePowerTest, WhoEndsHisSubscriptionHearsNothingMoreAndTheOthersDo)
+{
+    const store_test::Environment no_bus("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere");
+    static std::string heard;
+    const auto leaving = [](void *) { heard += "leaving "; };
+    const auto staying = [](void *) { heard += "staying "; };
+    ASSERT_EQ(device_power_subscribe_poweroff(leaving, nullptr), 0);
+    ASSERT_EQ(device_power_subscribe_poweroff(staying, nullptr), 0);
+    EXPECT_EQ(device_power_unsubscribe_poweroff(leaving), 0);
+    EXPECT_EQ(device_power_unsubscribe_poweroff(leaving), -1) << "it has ended";
+    platform::PowerService::get().raise(platform::PowerEvent::Off);
+    EXPECT_EQ(heard, "staying ");
+    platform::PowerService::get().stop();
 }
 
 TEST_F(DevicePowerTest, SleepIsStandbyAndItsEndAWakeUp)

@@ -24,6 +24,18 @@ TEST_F(TypedKeysTest, InjectedKeysKeepTheirName)
     EXPECT_EQ(quit(*app), 0);
 }
 
+TEST_F(TypedKeysTest, ThePanelKeyThatAProgramSendsTurnsThePanelThereAndBack)
+{
+    auto app = start_and_show();
+    app->say("panel-key");
+    EXPECT_TRUE(app->hears("sent 0"));
+    EXPECT_TRUE(app->hears("rotation angle 90 screen 0,0 400x640"));
+    EXPECT_TRUE(app->hears("rotator 0 at 90"));
+    app->say("panel-key");
+    EXPECT_TRUE(app->hears("rotation angle 0 screen 0,0 640x400"));
+    EXPECT_EQ(quit(*app), 0);
+}
+
 TEST_F(TypedKeysTest, ConfiguredKeysGoBeforeTheTable)
 {
     write_settings("[keys]\nF5 = XF86ChannelGuide\nEscape = XF86Exit\n");

@@ -209,18 +209,6 @@ TEST_F(WindowTest, ResizesTheContentInFrontOfTheRotationEvent)
     EXPECT_EQ(quit(*app), 0);
 }
 
-TEST_F(WindowTest, TurnsByThePanelKeyToTheOtherOrientation)
-{
-    auto app = start_and_show();
-    app->say("panel-key");
-    EXPECT_TRUE(app->hears("sent 0"));
-    EXPECT_TRUE(app->hears("rotation angle 90 screen 0,0 400x640"));
-    EXPECT_TRUE(app->hears("rotator 0 at 90"));
-    app->say("panel-key");
-    EXPECT_TRUE(app->hears("rotation angle 0 screen 0,0 640x400"));
-    EXPECT_EQ(quit(*app), 0);
-}
-
 TEST_F(WindowTest, DoesNotTurnOnASetWithoutRotator)
 {
     write_settings("[panel]\nrotator = false\n");
