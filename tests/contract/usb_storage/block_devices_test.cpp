@@ -42,6 +42,11 @@ TEST(BlockDevices, FileSystemWithANumberOfItsOwnIsKnownByItsSource)
                 ElementsAre("/media/btrfs"));
 }
 
+TEST(BlockDevices, WhatHasNeitherNodeNorNumberIsMountedNowhere)
+{
+    EXPECT_THAT(mount_paths({{"sda", "", 1}}, {{"", "/proc", 2}}), IsEmpty());
+}
+
 TEST(BlockDevices, MountTableOfThisMachineHoldsTheRoot)
 {
     const auto table = platform::mounts();

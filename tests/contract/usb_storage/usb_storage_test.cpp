@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "settings/settings.h"
+#include "store_support/captured_log.h"
 #include "store_support/scratch.h"
 #include "usb_storage.h"
 #include "usb_storage/usb_devices.h"
@@ -14,6 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 // The settings of the process are read once: two sticks, "z" before "a", which shows the order.
 class UsbStorage : public testing::Test {
@@ -99,10 +101,13 @@ TEST_F(UsbStorage, OtherDeviceClassesAndForeignHandlesAreRefused)
 
 TEST_F(UsbStorage, StickAddedByHandComesLastUntilItIsRemoved)
 {
+    const store_test::CapturedLog log;
     EXPECT_TRUE(platform::usb_add(stick("new") + "/"));
+    EXPECT_THAT(log.text(), HasSubstr(stick("new") + " was added\n"));
     EXPECT_TRUE(platform::usb_add(stick("new")));
     EXPECT_THAT(listed(), ElementsAre(stick("z"), stick("a"), stick("new")));
     EXPECT_TRUE(platform::usb_remove(stick("new")));
+    EXPECT_THAT(log.text(), HasSubstr(stick("new") + " was removed\n"));
     EXPECT_THAT(listed(), ElementsAre(stick("z"), stick("a")));
     EXPECT_FALSE(platform::usb_remove(stick("new")));
 }
