@@ -289,6 +289,25 @@ TEST_F(ConfigWatch, FolderMovedAwayIsMadeAgainAndWatched)
     EXPECT_TRUE(gets_told());
 }
 
+TEST_F(ConfigWatch, FolderThatCannotBeMadeAgainIsWatchedOnceItCan)
+{
+    const Watch watch(memory_key("a"), listener_);
+    const std::string folder = fs::path(path(memory_key("a"))).parent_path().string();
+    {
+        const store_test::CapturedLog log;
+        fs::remove_all(folder);
+        store_test::write_file(folder, "in its way");
+        EXPECT_TRUE(run_loop_until(
+            [&] { return log.text().find("cannot be watched for now") != std::string::npos; }));
+    }
+    fs::remove(folder);
+    EXPECT_TRUE(run_loop_until([&] { return fs::is_directory(folder); }));
+    listener_.told.clear();
+
+    ASSERT_EQ(vconf_set_int(memory_key("a"), 7), 0);
+    EXPECT_TRUE(gets_told());
+}
+
 TEST_F(ConfigWatch, OverflowOfTheKernelsQueueLosesNoChange)
 {
     std::ifstream limit("/proc/sys/fs/inotify/max_queued_events");
