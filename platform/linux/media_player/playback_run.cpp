@@ -34,11 +34,12 @@ void Playback::do_start()
     rounds_.on_start(now);
     stall_.start(now);
     end_.start(now);
-    if (break_.broken() && needs_rewind_) {
+    const bool rewind = std::exchange(needs_rewind_, true);
+    if (break_.broken() && rewind) {
         restart();
         return;
     }
-    if (needs_rewind_ || wanted_rate_ != 1.0 ||
+    if (rewind || wanted_rate_ != 1.0 ||
         (looping_ && !trick_->in_rounds() && pipeline_->goes_in_rounds()))
         play_from(0);
     else
@@ -65,20 +66,17 @@ void Playback::do_stop()
         PLATFORM_LOGI("player", "stopped %s", name_.c_str());
         rounds_.reset();
     }
-    needs_rewind_ = needs_rewind_ || phase_ != Phase::Ready;
     phase_ = Phase::Ready;
     wait_.reset();
     stall_.stop();
     wanted_rate_ = 1.0;
     trick_->reset();
-    pipeline_->mute(false);
     pipeline_->hold();
 }
 
 // A file whose reader cannot seek still plays, once, from where it stands.
 void Playback::play_from(GstClockTime position)
 {
-    needs_rewind_ = false;
     trick_->reset();
     begin_stretch(wanted_rate_, position);
 }
@@ -265,14 +263,12 @@ void Playback::complete()
 {
     PLATFORM_LOGI("player", "%s has come to its end", name_.c_str());
     phase_ = Phase::Ended;
-    needs_rewind_ = true;
     wait_.reset();
     break_.stop();
     stall_.stop();
     rounds_.reset();
     wanted_rate_ = 1.0;
     trick_->reset();
-    pipeline_->mute(false);
     pipeline_->hold();
     events_.completed(*this);
 }

@@ -77,7 +77,7 @@ void Playback::go_silent(const std::string &why)
     const GstClockTime position = output_->position();
     rounds_.reset();
     output_->set_visible(false);
-    needs_rewind_ = phase_ == Phase::Ready;
+    needs_rewind_ = true;
     const auto give_up = [this] { on_broken("it does not come back without sound"); };
     if (!open_again()) {
         give_up();
@@ -175,7 +175,6 @@ void Playback::restart()
     }
     const auto go_on = [this] {
         output_->set_visible(true);
-        needs_rewind_ = false;
         take_speed();
         if (!wait_)
             resume_pipeline();
