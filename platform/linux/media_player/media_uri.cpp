@@ -13,15 +13,7 @@ namespace {
 
 bool has_scheme(const std::string &name)
 {
-    const size_t end = name.find("://");
-    if (end == std::string::npos || end == 0 || !g_ascii_isalpha(name[0]))
-        return false;
-    for (size_t i = 1; i < end; i++) {
-        const char letter = name[i];
-        if (!g_ascii_isalnum(letter) && letter != '+' && letter != '-' && letter != '.')
-            return false;
-    }
-    return true;
+    return gst_uri_is_valid(name.c_str()) && name.find("://") != std::string::npos;
 }
 
 } // namespace

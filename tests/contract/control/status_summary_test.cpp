@@ -162,7 +162,8 @@ TEST(StatusSummary, TellsOfThePanelAndItsTurns)
     EXPECT_THAT(status_summary(with([](Status &s) {
                     s.panel = {180, true, std::nullopt, 0, 0};
                 })),
-                HasSubstr("Panel:          landscape-reverse\n")) << "before the window is there";
+                HasSubstr("Panel:          landscape-reverse\n"))
+        << "before the window is there";
     EXPECT_THAT(status_summary(with([](Status &s) {
                     s.rotation = {false, {}, 300, 900};
                 })),

@@ -206,6 +206,29 @@ TEST_F(LogOutput, ReaderThatWentAwayCostsTheLineOnly)
     close(broken[1]);
 }
 
+TEST_F(LogOutput, ABrokenPipeThatWasToldBeforeIsStillToBeHeardOfAfterALine)
+{
+    sigset_t pipe_signal, before;
+    sigemptyset(&pipe_signal);
+    sigaddset(&pipe_signal, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipe_signal, &before);
+    raise(SIGPIPE);
+    int broken[2];
+    ASSERT_EQ(pipe2(broken, O_CLOEXEC), 0);
+    close(broken[0]);
+    const int standard_error = dup(STDERR_FILENO);
+    dup2(broken[1], STDERR_FILENO);
+
+    EXPECT_LT(__dlog_print(LOG_ID_APPS, DLOG_INFO, "TAG", "text"), 0);
+
+    dup2(standard_error, STDERR_FILENO);
+    const timespec no_wait = {};
+    EXPECT_EQ(sigtimedwait(&pipe_signal, nullptr, &no_wait), SIGPIPE);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    close(standard_error);
+    close(broken[1]);
+}
+
 TEST_F(LogOutput, ClosedStandardErrorCostsTheLineOnly)
 {
     Child child(probe(DLOG_INFO, "text"), [] { close(STDERR_FILENO); });

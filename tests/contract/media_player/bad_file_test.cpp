@@ -368,6 +368,10 @@ TEST_F(BadFile, AnythingInANameIsPlayed)
         write_file(path(name), read_file(original));
         EXPECT_EQ(outcome(path(name)), "prepared");
     }
+    const std::string folder = path("file:");
+    ASSERT_EQ(mkdir(folder.c_str(), 0700), 0);
+    write_file(folder + "/b.mp4", read_file(original));
+    EXPECT_EQ(outcome(folder + "//b.mp4"), "prepared");
 }
 
 TEST_F(BadFile, AUriIsTakenAsItIs)

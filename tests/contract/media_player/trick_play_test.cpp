@@ -222,6 +222,12 @@ TEST_F(TrickPlay, SoundIsHeardAtNormalSpeedOnly)
     EXPECT_TRUE(stays([] { return loudest == 0; }, 0.3));
     player_->set_rate(1.0);
     EXPECT_TRUE(wait_for([] { return loudest > 1000; }));
+
+    player_->set_rate(2.0);
+    EXPECT_TRUE(wait_for([] { return loudest == 0; }));
+    player_->stop();
+    player_->start();
+    EXPECT_TRUE(wait_for([] { return loudest > 1000; })) << "a new start is at normal speed";
 }
 
 } // namespace
