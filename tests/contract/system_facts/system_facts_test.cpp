@@ -111,7 +111,8 @@ TEST_F(SystemFacts, OtherRuntimeTextsFailAndLeaveTheValue)
 TEST_F(SystemFacts, MenusRunFromRightToLeftWhereTheLanguageIsWrittenSo)
 {
     for (const char *locale :
-         {"ar_AE", "he_IL.UTF-8", "fa_IR", "ur_PK", "ckb_IQ", "pa_PK", "pa_PK.UTF-8"}) {
+         {"ar_AE", "he_IL.UTF-8", "fa_IR", "ur_PK", "ckb_IQ", "pa_PK", "pa_PK.UTF-8", "dv_MV",
+          "iw_IL", "ks_IN", "nqo_GN", "ps_AF", "sd_PK", "syr_SY", "ug_CN", "yi_US"}) {
         const Environment all("LC_ALL", locale);
         EXPECT_EQ(ua_UI_orientation_get(), UI_ORIENTATION_RIGHT_TO_LEFT) << locale;
     }

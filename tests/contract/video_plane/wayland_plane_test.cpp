@@ -9,6 +9,7 @@
 #include <wayland-client.h>
 
 #include "panel/panel_model.h"
+#include "store_support/captured_log.h"
 #include "video_plane/video_plane.h"
 #include "video_plane/wayland_plane.h"
 #include "video_plane/weston.h"
@@ -107,13 +108,17 @@ TEST_F(WaylandPlaneMaking, TakesItsSizeFromThePanelModelWhereThatKnowsIt)
     EXPECT_TRUE(plane->present(buffer));
 }
 
-TEST_F(WaylandPlaneMaking, IsNotMadeWithoutAWindowOrItsSurface)
+TEST_F(WaylandPlaneMaking, IsNotMadeWithoutAWindowOrItsSurfaceOrASizeAndSaysWhy)
 {
     EXPECT_FALSE(VideoPlane::for_window(nullptr));
+    const store_test::CapturedLog log;
+    EXPECT_FALSE(WaylandPlane::create(window_, {16, 0, 16, 16}));
+    EXPECT_THAT(log.text(), testing::HasSubstr("the size of the panel is not known yet\n"));
 
     Ecore_Evas *memory = ecore_evas_buffer_new(16, 16);
     Evas_Object *no_window = evas_object_rectangle_add(ecore_evas_get(memory));
     EXPECT_FALSE(WaylandPlane::create(no_window, {16, 16, 16, 16}));
+    EXPECT_THAT(log.text(), testing::HasSubstr("the window has no Wayland surface\n"));
     ecore_evas_free(memory);
 }
 
