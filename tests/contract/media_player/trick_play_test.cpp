@@ -70,6 +70,7 @@ INSTANTIATE_TEST_SUITE_P(Containers, EveryContainer,
 
 TEST_F(TrickPlay, GoesBackwardsToTheStartAndThenForward)
 {
+    testing::internal::CaptureStderr();
     // The one goes backwards by itself, the other steps.
     for (const char *name : {"a.mp4", "a.ts"}) {
         SCOPED_TRACE(name);
@@ -94,6 +95,8 @@ TEST_F(TrickPlay, GoesBackwardsToTheStartAndThenForward)
         EXPECT_TRUE(reach(last + 800));
     }
     EXPECT_EQ(count("completed"), 0);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::HasSubstr("backwards play came to the start; going on forward"));
 }
 
 TEST_F(TrickPlay, TheSameSpeedAgainChangesNothing)
@@ -228,6 +231,18 @@ TEST_F(TrickPlay, SoundIsHeardAtNormalSpeedOnly)
     player_->stop();
     player_->start();
     EXPECT_TRUE(wait_for([] { return loudest > 1000; })) << "a new start is at normal speed";
+}
+
+TEST_F(TrickPlay, ALoopIsHeardFromItsFirstRoundOn)
+{
+    loudest = 0;
+    platform::PlayerOptions options = usual_options();
+    options.make_audio_sink = listening_sink;
+    make_player(options);
+    player_->set_looping(true);
+    ASSERT_TRUE(play("a.mp4"));
+    EXPECT_TRUE(wait_for([] { return loudest > 1000; }));
+    EXPECT_LT(position(), 2000);
 }
 
 } // namespace
