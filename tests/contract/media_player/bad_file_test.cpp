@@ -286,6 +286,28 @@ TEST_F(BadFile, AMediaSystemThatIsSlowToStartIsWaitedFor)
     EXPECT_THAT(events(), ElementsAre("prepared"));
 }
 
+TEST_F(BadFile, AFileThatDoesNotCloseIsLeftToItself)
+{
+    platform::PlayerOptions options;
+    std::promise<bool> opened;
+    options.set_up = [open = opened.get_future().share()] { return open.get(); };
+    make_player(options);
+    ASSERT_EQ(prepare(clip("a.mp4")), PLAYER_ERROR_NONE);
+    std::promise<void> destroyed;
+    std::thread patience([&opened, end = destroyed.get_future()] {
+        end.wait_for(std::chrono::seconds(10));
+        opened.set_value(false);
+    });
+    testing::internal::CaptureStderr();
+
+    player_->destroy();
+
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::HasSubstr("a file is slow to close; it is left to itself"));
+    destroyed.set_value();
+    patience.join();
+}
+
 TEST_F(BadFile, AMediaSystemThatDoesNotStartIsAnError)
 {
     platform::PlayerOptions options;
