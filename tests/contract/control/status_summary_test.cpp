@@ -185,14 +185,30 @@ TEST(StatusSummary, NothingBlockedAndNoStickAreSaidInSoManyWords)
     EXPECT_THAT(status_summary(status), HasSubstr("USB storage:    none\n"));
 }
 
-TEST(StatusNodes, HoldTheListAndTheTimesForPrograms)
+TEST(StatusNodes, HoldEverythingForPrograms)
 {
-    const std::string json = status_as_json(status_nodes(a_status()));
-    EXPECT_THAT(json, HasSubstr("\"list\": {\"orientation\": \"landscape\", \"number\": 2, "
-                                "\"length\": 3, \"videos\": 2, \"photos\": 1, "
-                                "\"names\": [\"a.mp4\", \"b.mp4\", \"c.jpg\"]}"));
-    EXPECT_THAT(json, HasSubstr("\"timed_rotation\": {\"on\": true, \"left_s\": 211.2, "
-                                "\"landscape_s\": 300, \"portrait_s\": 330}"));
+    const Status status = with([](Status &s) {
+        s.player.width = 640;
+        s.player.height = 360;
+        s.configuration = {{"db/a", 5}, {"db/b", std::nullopt}};
+    });
+    EXPECT_EQ(
+        status_as_json(status_nodes(status)),
+        R"({"playing": {"kind": "video", "name": "b.mp4", "file": "/demo/b.mp4"}, )"
+        R"("list": {"orientation": "landscape", "number": 2, "length": 3, "videos": 2, )"
+        R"("photos": 1, "names": ["a.mp4", "b.mp4", "c.jpg"]}, "selection": 0, )"
+        R"("player": {"state": "playing", "file": "/demo/b.mp4", "position_ms": 12345, )"
+        R"("duration_ms": 3723000, "rate": 1, "width": 640, "height": 360, )"
+        R"("subtitle": false, "looping": false}, )"
+        R"("picture": {"file": null, "shown": false, "width": 0, "height": 0}, )"
+        R"("frames": {"shown": 1234, "dropped": 5}, )"
+        R"("panel": {"angle": 0, "rotator": true, "turning_to": null, "width": 1920, )"
+        R"("height": 1080}, "timed_rotation": {"on": true, "left_s": 211.2, )"
+        R"("landscape_s": 300, "portrait_s": 330}, "language": "en_US", )"
+        R"("menu_direction": "ltr", "usb": ["/media/one", "/media/t\u000awo"], )"
+        R"("popups_blocked": true, "blocked_items": {"org.example": ["broadcasting", "pip"]}, )"
+        R"("config": {"db/a": 5, "db/b": null}})"
+        "\n");
     EXPECT_THAT(status_as_json(status_nodes(with([](Status &s) { s.rotation.left_s.reset(); }))),
                 HasSubstr("\"left_s\": null"));
     EXPECT_THAT(status_as_json(status_nodes(with([](Status &s) { s.list->portrait = true; }))),
