@@ -58,6 +58,12 @@ TEST_F(SubtitleTest, UnreadableLinkIsRefused)
               "The file cannot be read: Too many levels of symbolic links.");
 }
 
+TEST_F(SubtitleTest, TextThatIsNeverOnScreenIsNoSubtitle)
+{
+    const std::string path = write("a.srt", "1\n00:00:01,000 --> 00:00:01,000\nHello\n\n");
+    EXPECT_FALSE(refusal(path).empty());
+}
+
 TEST_F(SubtitleTest, OrdinaryTextIsNoSubtitleUnderAnyExtension)
 {
     for (const char *extension : EXTENSIONS) {
