@@ -1,11 +1,32 @@
 #include <algorithm>
+#include <filesystem>
+#include <string_view>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <libudev.h>
 #include <sys/stat.h>
 
 #include "usb_storage/block_devices.h"
+
+namespace {
+
+/** What udev's database tells of every device, while it is set. */
+const char *bus_of_every_device = nullptr;
+
+} // namespace
+
+// The linker sends the calls of this program's own objects here.
+extern "C" const char *__wrap_udev_device_get_property_value(udev_device *device, const char *name);
+extern "C" const char *__real_udev_device_get_property_value(udev_device *device, const char *name);
+
+const char *__wrap_udev_device_get_property_value(udev_device *device, const char *name)
+{
+    return bus_of_every_device && std::string_view(name) == "ID_BUS"
+               ? bus_of_every_device
+               : __real_udev_device_get_property_value(device, name);
+}
 
 namespace {
 
@@ -56,6 +77,20 @@ TEST(BlockDevices, MountTableOfThisMachineHoldsTheRoot)
     EXPECT_TRUE(std::any_of(table->begin(), table->end(), [&](const Mount &mount) {
         return mount.target == "/" && mount.number == root.st_dev;
     }));
+}
+
+TEST(BlockDevices, WhatUdevsDatabaseHasOnAUsbBusIsAUsbDevice)
+{
+    const std::filesystem::directory_iterator entries("/sys/class/block");
+    const auto all = static_cast<size_t>(std::distance(begin(entries), end(entries)));
+    bus_of_every_device = "usb";
+    const auto on_usb = platform::usb_block_devices();
+    bus_of_every_device = "ata";
+    const auto on_another = platform::usb_block_devices();
+    bus_of_every_device = nullptr;
+    ASSERT_TRUE(on_usb && on_another);
+    EXPECT_EQ(on_usb->size(), all);
+    EXPECT_EQ(on_another->size(), platform::usb_block_devices()->size());
 }
 
 TEST(BlockDevices, UdevAnswersWithDevicesThatExist)
