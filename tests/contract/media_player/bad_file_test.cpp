@@ -289,10 +289,15 @@ TEST_F(BadFile, AMediaSystemThatIsSlowToStartIsWaitedFor)
 TEST_F(BadFile, AFileThatDoesNotCloseIsLeftToItself)
 {
     platform::PlayerOptions options;
+    std::promise<void> begun;
     std::promise<bool> opened;
-    options.set_up = [open = opened.get_future().share()] { return open.get(); };
+    options.set_up = [&begun, open = opened.get_future().share()] {
+        begun.set_value();
+        return open.get();
+    };
     make_player(options);
     ASSERT_EQ(prepare(clip("a.mp4")), PLAYER_ERROR_NONE);
+    begun.get_future().wait();
     std::promise<void> destroyed;
     std::thread patience([&opened, end = destroyed.get_future()] {
         end.wait_for(std::chrono::seconds(10));

@@ -220,7 +220,7 @@ TEST_F(SubtitleTest, BilingualSamiShowsItsFirstLanguageOnly)
                                      "<SYNC Start=1000><P Class=ENCC>Hello\n"
                                      "<SYNC Start=2000><P Class=KRCC>&nbsp;\n"
                                      "<SYNC Start=2000><P Class=ENCC>&nbsp;\n"
-                                     "<SYNC Start=3000><P Class=KRCC>Hana<P Class=ENCC>One\n"
+                                     "<SYNC Start=3000><P Class=krcc>Hana<P Class=encc>One\n"
                                      "<SYNC Start=4000><P Class=KRCC>&nbsp;\n</BODY></SAMI>\n");
     ASSERT_NE(track, nullptr);
     EXPECT_EQ(text_at(*track, 1500), "Annyeong");
