@@ -51,6 +51,7 @@ TEST_F(StallWatchTest, TheWaitForTheFirstFrameBeginsWithTheStart)
     StallWatch watch;
     const StallWatch::Progress nothing = {};
     watch.start(now_);
+    EXPECT_EQ(watch.due(), now_ + 1s);
     EXPECT_EQ(watch.check(nothing, now_ + 30s), nullptr);
     EXPECT_STREQ(watch.check(nothing, now_ + 31s), "no frame comes any more");
 }
