@@ -1,6 +1,10 @@
 // Fast forward and backwards, in every container a shop's content comes in.
 
 #include <cmath>
+#include <regex>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <gmock/gmock.h>
 
@@ -182,6 +186,30 @@ TEST_F(TrickPlay, FastForwardOfALoopingFileGoesRound)
     EXPECT_TRUE(reach(1500));
     EXPECT_EQ(count("completed"), 0);
     EXPECT_EQ(player_->rate(), 2.0);
+}
+
+TEST_F(TrickPlay, AStreamThatCannotBeSoughtGoesOnAtNormalSpeed)
+{
+    const std::string stream = read_file(clip("a.ts"));
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    ASSERT_GE(fcntl(ends[0], F_SETPIPE_SZ, static_cast<int>(stream.size())),
+              static_cast<int>(stream.size()));
+    ASSERT_EQ(write(ends[1], stream.data(), stream.size()), static_cast<ssize_t>(stream.size()));
+    close(ends[1]);
+    ASSERT_TRUE(playing("fd://" + std::to_string(ends[0])));
+    testing::internal::CaptureStderr();
+
+    player_->set_rate(2.0);
+
+    EXPECT_TRUE(wait_for([this] { return player_->rate() == 1.0; }));
+    player_->set_rate(1.0);
+    EXPECT_TRUE(wait_for_event("completed"));
+    const std::string log = testing::internal::GetCapturedStderr();
+    const std::regex refusal("cannot be sought; it plays at normal speed");
+    EXPECT_EQ(std::distance(std::sregex_iterator(log.begin(), log.end(), refusal), {}), 1) << log;
+    player_->unprepare();
+    close(ends[0]);
 }
 
 // What reaches the sound device.
