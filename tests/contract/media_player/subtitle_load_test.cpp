@@ -120,6 +120,20 @@ TEST_F(SubtitleLoad, AVideoThatIsReadyWaitsForItsSubtitleAndShowsItFromTheFirstF
     EXPECT_GT(outline, 100);
 }
 
+TEST_F(SubtitleLoad, AFileThatWasOpenedAheadDoesNotWaitForOneThatIsNotAskedFor)
+{
+    make_slow_player(std::chrono::seconds(100));
+    player_->set_subtitle_path("");
+    const std::string file = clip("a.mp4");
+    player_->open_ahead({file, path("a.srt")});
+    ASSERT_TRUE(wait_for([this] { return slow_.begun(); }));
+
+    EXPECT_TRUE(prepared(file));
+
+    EXPECT_FALSE(player_->status().has_subtitle);
+    release();
+}
+
 TEST_F(SubtitleLoad, ItsTimeDoesNotCountAsWaitingForTheFirstFrame)
 {
     platform::PlayerOptions options;
