@@ -215,6 +215,7 @@ std::string FakeSoundServer::answer(const std::string &bytes)
         return reply;
     }
     case MOVE_SINK_INPUT: {
+        state_.silent = state_.silent_after_a_move;
         const uint32_t stream = request.u32();
         request.u32();
         const std::string name = request.text();

@@ -22,6 +22,7 @@ class FakeSoundServer {
         std::map<uint32_t, std::string> streams; ///< number -> name of the sink it plays on
         std::vector<uint32_t> tied_streams;      ///< streams that refuse to move
         bool silent = false;                     ///< takes connections but answers nothing
+        bool silent_after_a_move = false;        ///< answers nothing once a stream has moved
         bool refuse_default = false;             ///< does not let the default sink be changed
         int clients = 0;                         ///< connections so far
     };

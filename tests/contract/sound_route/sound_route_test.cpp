@@ -175,6 +175,17 @@ TEST_F(SoundRoute, ServerThatRefusesFailsTheSwitch)
     });
 }
 
+TEST_F(SoundRoute, ServerThatHangsWhileStreamsMoveFailsTheSwitch)
+{
+    alone(BOTH_SINKS, [&] {
+        FakeSoundServer::State state = three_sinks("speakers");
+        state.silent_after_a_move = true;
+        FakeSoundServer server(socket(), state);
+        EXPECT_EQ(sound_manager_set_speaker_selection(EXTERNAL), -1);
+        EXPECT_THAT(server.state().streams, ElementsAre(Pair(7, "hdmi"), Pair(9, "speakers")));
+    });
+}
+
 TEST_F(SoundRoute, ServerThatHangsIsNotWaitedForLong)
 {
     alone(BOTH_SINKS, [&] {
