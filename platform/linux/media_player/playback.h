@@ -240,7 +240,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     bool sound_unsupported_ = false;
     bool damage_logged_ = false; ///< a file that plays over and over would tell it each time
     bool looping_;
-    bool needs_rewind_ = false;
+    bool needs_rewind_ = false; ///< it was started, or opened anew, before
     double wanted_rate_ = 1.0;
     uint64_t rate_request_ = 0;
 
