@@ -8,13 +8,9 @@
 #include <queue>
 #include <utility>
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-}
-
 #include "log/platform_log.h"
 #include "subtitles/ass_text.h"
+#include "subtitles/libav.h"
 #include "subtitles/native_formats.h"
 
 namespace platform {
@@ -65,7 +61,7 @@ void route_libav_log(void *source, int level, const char *format, va_list argume
     --libav_lines_left;
     char line[512];
     int print_prefix = 1;
-    av_log_format_line2(source, level, format, arguments, line, sizeof line, &print_prefix);
+    libav().av_log_format_line2(source, level, format, arguments, line, sizeof line, &print_prefix);
     line[std::strcspn(line, "\n")] = '\0';
     PLATFORM_LOGD("subtitles", "%s", line);
 }
@@ -76,17 +72,17 @@ class MemoryStream {
     MemoryStream(const std::string &text, const StopRequest &stop) : text_(text), stop_(stop)
     {
         constexpr int SIZE = 32 * 1024;
-        auto *buffer = static_cast<unsigned char *>(av_malloc(SIZE));
-        context_ =
-            buffer ? avio_alloc_context(buffer, SIZE, 0, this, &read, nullptr, &seek) : nullptr;
+        auto *buffer = static_cast<unsigned char *>(libav().av_malloc(SIZE));
+        context_ = buffer ? libav().avio_alloc_context(buffer, SIZE, 0, this, &read, nullptr, &seek)
+                          : nullptr;
         if (!context_)
-            av_free(buffer);
+            libav().av_free(buffer);
     }
     ~MemoryStream()
     {
         if (context_)
-            av_freep(&context_->buffer);
-        avio_context_free(&context_);
+            libav().av_freep(&context_->buffer);
+        libav().avio_context_free(&context_);
     }
     MemoryStream(const MemoryStream &) = delete;
     MemoryStream &operator=(const MemoryStream &) = delete;
@@ -129,13 +125,13 @@ class MemoryStream {
 };
 
 struct FormatCloser {
-    void operator()(AVFormatContext *context) const { avformat_close_input(&context); }
+    void operator()(AVFormatContext *context) const { libav().avformat_close_input(&context); }
 };
 struct CodecCloser {
-    void operator()(AVCodecContext *context) const { avcodec_free_context(&context); }
+    void operator()(AVCodecContext *context) const { libav().avcodec_free_context(&context); }
 };
 struct PacketFreer {
-    void operator()(AVPacket *packet) const { av_packet_free(&packet); }
+    void operator()(AVPacket *packet) const { libav().av_packet_free(&packet); }
 };
 using FormatPtr = std::unique_ptr<AVFormatContext, FormatCloser>;
 using CodecPtr = std::unique_ptr<AVCodecContext, CodecCloser>;
@@ -171,7 +167,7 @@ std::vector<std::string> candidates(const std::string &text, const std::string &
     probe.buf = reinterpret_cast<unsigned char *>(start.data());
     probe.buf_size = length;
     int score = 0;
-    const AVInputFormat *probed = av_probe_input_format3(&probe, 1, &score);
+    const AVInputFormat *probed = libav().av_probe_input_format3(&probe, 1, &score);
     if (probed && std::find(known.begin(), known.end(), probed->name) != known.end())
         add(probed->name);
     for (const auto &entry : by_extension) {
@@ -186,30 +182,30 @@ std::vector<std::string> candidates(const std::string &text, const std::string &
 
 FormatPtr open_format(MemoryStream &stream, const std::string &reader)
 {
-    const AVInputFormat *format = av_find_input_format(reader.c_str());
-    AVFormatContext *context = avformat_alloc_context();
+    const AVInputFormat *format = libav().av_find_input_format(reader.c_str());
+    AVFormatContext *context = libav().avformat_alloc_context();
     if (!format || !context || !stream.context()) {
-        avformat_free_context(context);
+        libav().avformat_free_context(context);
         return nullptr;
     }
     context->pb = stream.context();
     AVDictionary *options = nullptr;
     // Frame numbers of a file that does not tell its rate count at the rate of television.
     if (reader == "microdvd")
-        av_dict_set(&options, "subfps", "25", 0);
-    const int status = avformat_open_input(&context, "", format, &options);
-    av_dict_free(&options);
+        libav().av_dict_set(&options, "subfps", "25", 0);
+    const int status = libav().avformat_open_input(&context, "", format, &options);
+    libav().av_dict_free(&options);
     return FormatPtr(status < 0 ? nullptr : context); // a failed opening has freed the context
 }
 
 CodecPtr open_codec(const AVStream &stream)
 {
-    const AVCodec *codec = avcodec_find_decoder(stream.codecpar->codec_id);
-    CodecPtr context(codec ? avcodec_alloc_context3(codec) : nullptr);
-    if (!context || avcodec_parameters_to_context(context.get(), stream.codecpar) < 0)
+    const AVCodec *codec = libav().avcodec_find_decoder(stream.codecpar->codec_id);
+    CodecPtr context(codec ? libav().avcodec_alloc_context3(codec) : nullptr);
+    if (!context || libav().avcodec_parameters_to_context(context.get(), stream.codecpar) < 0)
         return nullptr;
     context->pkt_timebase = stream.time_base;
-    if (avcodec_open2(context.get(), codec, nullptr) < 0)
+    if (libav().avcodec_open2(context.get(), codec, nullptr) < 0)
         return nullptr;
     return context;
 }
@@ -219,13 +215,14 @@ void decode_packet(AVCodecContext *codec, AVPacket *packet, const AVStream &stre
 {
     AVSubtitle subtitle = {};
     int got = 0;
-    if (avcodec_decode_subtitle2(codec, &subtitle, &got, packet) < 0 || !got)
+    if (libav().avcodec_decode_subtitle2(codec, &subtitle, &got, packet) < 0 || !got)
         return;
     const AVRational milliseconds = {1, 1000};
     AssEvent event;
-    event.start_ms = av_rescale_q(packet->pts, stream.time_base, milliseconds);
-    event.duration_ms =
-        packet->duration < 0 ? -1 : av_rescale_q(packet->duration, stream.time_base, milliseconds);
+    event.start_ms = libav().av_rescale_q(packet->pts, stream.time_base, milliseconds);
+    event.duration_ms = packet->duration < 0 ? -1
+                                             : libav().av_rescale_q(packet->duration,
+                                                                    stream.time_base, milliseconds);
     for (unsigned i = 0; i < subtitle.num_rects; ++i) {
         const AVSubtitleRect *rect = subtitle.rects[i];
         if (rect->type != SUBTITLE_ASS || !rect->ass)
@@ -233,7 +230,7 @@ void decode_packet(AVCodecContext *codec, AVPacket *packet, const AVStream &stre
         event.chunk = rect->ass;
         script.events.push_back(event);
     }
-    avsubtitle_free(&subtitle);
+    libav().avsubtitle_free(&subtitle);
 }
 
 AssScript read_with_libav(const std::string &text, const std::string &reader,
@@ -249,7 +246,7 @@ AssScript read_with_libav(const std::string &text, const std::string &reader,
         return script;
     const AVStream &stream = *format->streams[0];
     const CodecPtr codec = open_codec(stream);
-    const PacketPtr packet(av_packet_alloc());
+    const PacketPtr packet(libav().av_packet_alloc());
     if (!codec || !packet)
         return script;
 
@@ -259,10 +256,10 @@ AssScript read_with_libav(const std::string &text, const std::string &reader,
                              static_cast<size_t>(codec->subtitle_header_size));
     const auto longest = static_cast<int>(script.own_styles ? LONGEST_STYLED : LONGEST_PLAIN);
     while (script.events.size() < MOST_EVENTS && !is_stopped(stop) &&
-           av_read_frame(format.get(), packet.get()) >= 0) {
+           libav().av_read_frame(format.get(), packet.get()) >= 0) {
         if (packet->size <= longest && packet->pts != AV_NOPTS_VALUE)
             decode_packet(codec.get(), packet.get(), stream, script);
-        av_packet_unref(packet.get());
+        libav().av_packet_unref(packet.get());
     }
     return script;
 }
@@ -375,8 +372,12 @@ bool AssEvent::has_effect() const
 std::optional<AssScript> read_script(const std::string &text, const std::string &extension,
                                      std::string &error, const StopRequest &stop)
 {
+    if (!libav().error.empty()) {
+        error = "There is nothing to read it with: " + libav().error + ".";
+        return std::nullopt;
+    }
     static std::once_flag log_routed;
-    std::call_once(log_routed, [] { av_log_set_callback(&route_libav_log); });
+    std::call_once(log_routed, [] { libav().av_log_set_callback(&route_libav_log); });
     libav_lines_left = LIBAV_LINES_PER_FILE;
 
     for (const std::string &reader : candidates(text, extension)) {
