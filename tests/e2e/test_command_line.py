@@ -1,5 +1,7 @@
 """The command line of the program."""
 
+import os
+
 import pytest
 
 
@@ -29,3 +31,16 @@ def test_without_a_compositor_the_program_says_so(tv, content):
     player.tolerate(".*")
     assert player.wait_end() == 1
     assert any("ompositor" in line or "WAYLAND_DISPLAY" in line for line in player.log.lines)
+
+
+def test_without_a_compositor_nothing_waits_for_the_first_look_at_all_plugins(tv, content):
+    scanner = os.path.join(tv.folder, "scanner-that-never-answers")
+    with open(scanner, "w", encoding="ascii") as script:
+        # It goes when the player does, which is at the other end of its standard input.
+        script.write("#!/bin/sh\nexec cat >/dev/null\n")
+    os.chmod(scanner, 0o755)
+    player = tv.start(folder=content, WAYLAND_DISPLAY="no-such-compositor",
+                      GST_PLUGIN_SCANNER=scanner,
+                      GST_REGISTRY=os.path.join(tv.folder, "no-registry-yet"))
+    player.tolerate(".*")
+    assert player.wait_end() == 1

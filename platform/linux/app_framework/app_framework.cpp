@@ -4,6 +4,7 @@
 
 #include "app_framework/application.h"
 #include "app_framework/early_start.h"
+#include "media_player/media_system.h"
 
 using platform::Application;
 
@@ -21,7 +22,9 @@ int ui_app_main(int argc, char **argv, ui_app_lifecycle_callback_s *callbacks, v
 {
     if (!callbacks || !argv)
         return 1;
-    return Application::get().run(argc, argv, *callbacks, user_data);
+    const int status = Application::get().run(argc, argv, *callbacks, user_data);
+    platform::abandon_media_system();
+    return status;
 }
 
 void ui_app_exit(void)

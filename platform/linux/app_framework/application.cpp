@@ -110,9 +110,6 @@ int Application::launch(const Extras &extras)
 bool Application::start_services()
 {
     bind_message_catalogue();
-    // It takes the longest by far, so it goes on beside all the rest; but for what writes to the
-    // environment, which its thread reads.
-    start_media_system();
     PictureAhead::get().join_lookahead();
     write_factory_defaults();
     announce_device_events();
@@ -133,6 +130,7 @@ bool Application::start_services()
     window_ = TvWindow::create(WINDOW_NAME, std::move(listener));
     if (!window_)
         return false;
+    load_decoders();
     session_ = std::make_unique<SessionWatch>([this](bool active) {
         session_active_ = active;
         update_visibility();

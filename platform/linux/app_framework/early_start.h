@@ -6,7 +6,10 @@
 
 namespace platform {
 
-/** Sets the toolkit up for a program that is alone on the screen, and holds ending signals back. */
+/**
+ * Sets the toolkit up for a program that is alone on the screen, holds ending signals back, and
+ * begins to set GStreamer up. A variable that comes to the environment later endangers its thread.
+ */
 void prepare_process();
 
 /** Lets ending signals through, once the toolkit can turn them into an orderly end. */

@@ -1,8 +1,14 @@
 #include "media_player/media_system.h"
 
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <future>
 #include <system_error>
 #include <thread>
+#include <utility>
+
+#include <unistd.h>
 
 #include "log/platform_log.h"
 #include "media_player/audio_sink.h"
@@ -11,10 +17,14 @@
 namespace platform {
 namespace {
 
-// What nearly every video needs. Loading the decoders takes longer than all the rest together.
-const char *const COMMON_ELEMENTS[] = {
-    "playbin",   "uridecodebin", "decodebin", "filesrc", "multiqueue",   "typefind",    "qtdemux",
-    "h264parse", "avdec_h264",   "avdec_aac", "volume",  "audioconvert", "deinterlace", "fakesink"};
+// What nearly every video needs.
+const char *const COMMON_ELEMENTS[] = {"playbin",    "uridecodebin", "decodebin",   "filesrc",
+                                       "multiqueue", "typefind",     "qtdemux",     "h264parse",
+                                       "volume",     "audioconvert", "deinterlace", "fakesink"};
+const char *const COMMON_DECODERS[] = {"avdec_h264", "avdec_aac"};
+
+// How many threads are at work here.
+std::atomic<int> under_way = 0;
 
 void load(const char *element)
 {
@@ -37,24 +47,44 @@ bool set_up()
     }
     for (const char *element : COMMON_ELEMENTS)
         load(element);
-    choose_audio_sink();
+    // What looks into a file to tell its kind is no element.
+    if (GstPlugin *loaded = gst_plugin_load_by_name("typefindfunctions"))
+        gst_object_unref(loaded);
     return true;
 }
 
+/** Throws std::system_error when there is no thread to be had. */
+template <typename Work> void begin(Work work)
+{
+    ++under_way;
+    try {
+        std::thread([work = std::move(work)]() mutable {
+            work();
+            --under_way;
+        }).detach();
+    } catch (const std::system_error &) {
+        --under_way;
+        throw;
+    }
+}
+
 // Without a thread of its own the first file's thread does it, when it comes to wait for it.
-std::future<bool> begin_set_up()
+std::shared_future<bool> begin_set_up()
 {
     try {
-        return std::async(std::launch::async, set_up);
+        std::packaged_task<bool()> task(set_up);
+        std::shared_future<bool> ready = task.get_future().share();
+        begin(std::move(task));
+        return ready;
     } catch (const std::system_error &error) {
         PLATFORM_LOGW("player", "no thread can be started for GStreamer: %s", error.what());
-        return std::async(std::launch::deferred, set_up);
+        return std::async(std::launch::deferred, set_up).share();
     }
 }
 
 const std::shared_future<bool> &media_system()
 {
-    static const std::shared_future<bool> ready = begin_set_up().share();
+    static const std::shared_future<bool> ready = begin_set_up();
     return ready;
 }
 
@@ -67,7 +97,37 @@ void start_media_system()
 
 bool wait_for_media_system()
 {
-    return media_system().get();
+    if (!media_system().get())
+        return false;
+    choose_audio_sink();
+    return true;
+}
+
+void load_decoders()
+{
+    try {
+        begin([] {
+            if (!media_system().get())
+                return;
+            for (const char *decoder : COMMON_DECODERS)
+                load(decoder);
+        });
+    } catch (const std::system_error &error) {
+        PLATFORM_LOGW("player", "no thread can be started for the decoders: %s", error.what());
+    }
+}
+
+void abandon_media_system()
+{
+    if (under_way == 0)
+        return;
+    // The process cannot take its libraries down while a thread loads more of them.
+    on_exit(
+        [](int status, void *) {
+            std::fflush(nullptr);
+            _exit(status);
+        },
+        nullptr);
 }
 
 } // namespace platform
