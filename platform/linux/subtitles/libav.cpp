@@ -31,8 +31,10 @@ class Loader {
   private:
     void note_failure(const void *result)
     {
-        if (!result && error.empty())
-            error = dlerror();
+        if (result || !error.empty())
+            return;
+        const char *reason = dlerror();
+        error = reason && *reason ? reason : "the loader gives no reason";
     }
 
     void *library_ = nullptr;
