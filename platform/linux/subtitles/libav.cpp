@@ -42,7 +42,7 @@ class Loader {
 
 Libav load()
 {
-    Libav av;
+    Libav av = {};
     Loader loader;
 #define LIBAV_FIND(name) loader.find(#name, av.name);
     loader.open(LIBAV_FILE("avutil", LIBAVUTIL_VERSION_MAJOR));

@@ -27,8 +27,11 @@ extern "C" {
 
 namespace platform {
 
+/** The kind of pointer that leads to a function of the libraries. */
+template <auto function> using LibavPointer = decltype(function);
+
 struct Libav {
-#define LIBAV_MEMBER(name) decltype(&::name) name = nullptr;
+#define LIBAV_MEMBER(name) LibavPointer<&::name> name;
     LIBAV_UTIL_FUNCTIONS(LIBAV_MEMBER)
     LIBAV_CODEC_FUNCTIONS(LIBAV_MEMBER)
     LIBAV_FORMAT_FUNCTIONS(LIBAV_MEMBER)
