@@ -111,6 +111,21 @@ def test_photos_stay_five_seconds(tv, screen, content):
     assert all(after - before > 4.9 for before, after in zip(shown, asked[1:])), (shown, asked)
 
 
+def test_what_follows_a_photo_is_opened_shortly_before_its_time_is_over(
+        tv, screen, content, shelf):
+    """No sooner: what is open keeps a stick from being unmounted."""
+    shelf.video(content / "red.mp4", "red", seconds=1)
+    picture(content / "green.jpg", "green")
+    player = tv.start(folder=content, OSTREL_DEMO_LOG_LEVEL="debug")
+    player.log.wait(r"lookahead: opening .*/red\.mp4 ahead")
+    assert len(player.log.find_all(r"OnPlayVideo\(\d+\) > .*/red\.mp4")) == 1
+    (opened, _), = player.log.find_all(r"lookahead: opening .*/red\.mp4 ahead")
+    (asked, _), = player.log.find_all(r"OnPlayPhoto\(\d+\) > .*/green\.jpg")
+    # Only a lower bound, of the five seconds that a photo stays: a busy machine may be late.
+    assert opened - asked > 0.9
+    player.log.wait(r"OnPlayVideo\(\d+\) > .*/red\.mp4", count=2)
+
+
 def test_photos_stand_as_their_camera_was_held(tv, screen, content):
     """Stored lying on its side, to be turned by 90 degrees: it fills the screen only upright."""
     picture(content / "red.jpg", "red", size=(360, 640), orientation=6)

@@ -1,6 +1,7 @@
 // What the Linux platform knows about the player, held against the player itself.
 
 #include <algorithm>
+#include <chrono>
 #include <climits>
 #include <filesystem>
 #include <fstream>
@@ -11,6 +12,7 @@
 #include "player_rules/content_rules.h"
 #include "player_rules/key_names.h"
 #include "player_rules/launch_rules.h"
+#include "player_rules/photo_time.h"
 #include "player_rules/rotation_timer.h"
 #include "player_rules/user_interface.h"
 #include "widget_extension.h"
@@ -273,6 +275,17 @@ TEST_F(PlayerRulesTest, OptionsHaveThePlayersSizeAndRows)
         ", " + std::to_string(elm_velt_unit_to_pixel(platform::OPTIONS_WIDTH_UNITS)) + ", " +
         std::to_string(elm_velt_unit_to_pixel(platform::OPTIONS_HEIGHT_UNITS)) + ")";
     EXPECT_THAT(fake_.of({"elm_velt_popup_content_set"}), ElementsAre(EndsWith(size)));
+}
+
+TEST_F(PlayerRulesTest, PhotosStayAsLongAsThePlayerLeavesThem)
+{
+    for (const bool rotator : {false, true}) {
+        fake_.rotator.supported = rotator;
+        player_.StartSlideShow();
+        const std::chrono::duration<double> time = platform::photo_time(rotator);
+        EXPECT_THAT(fake_.loop.timers(), ElementsAre(time.count())) << rotator;
+        player_.StopSlideShow();
+    }
 }
 
 class PlayersLaunchTest : public MainTest {};

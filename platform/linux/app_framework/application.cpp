@@ -24,6 +24,7 @@
 #include "player_rules/launch_rules.h"
 #include "player_rules/user_interface.h"
 #include "still_picture/picture_ahead.h"
+#include "usb_storage/usb_watch.h"
 #include "video_plane/video_plane.h"
 #include "window/tv_window.h"
 
@@ -111,6 +112,7 @@ bool Application::start_services()
 {
     bind_message_catalogue();
     PictureAhead::get().join_lookahead();
+    usb_watch_ = UsbWatch::create();
     write_factory_defaults();
     announce_device_events();
     rotation_state_start();
@@ -144,6 +146,7 @@ bool Application::start_services()
 void Application::stop_services()
 {
     control_stop();
+    usb_watch_.reset();
     Lookahead::get().stop();
     session_.reset();
     PowerService::get().stop();

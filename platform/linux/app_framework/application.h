@@ -36,6 +36,7 @@ class KeyTranslator;
 class SessionWatch;
 class SingleInstance;
 class TvWindow;
+class UsbWatch;
 
 class Application {
   public:
@@ -84,6 +85,7 @@ class Application {
     std::vector<EventHandlerPtr> signal_handlers_;
     std::unique_ptr<SingleInstance> instance_;
     std::unique_ptr<SessionWatch> session_;
+    std::unique_ptr<UsbWatch> usb_watch_;
     std::unique_ptr<KeyTranslator> keys_;
     std::unique_ptr<TvWindow> window_;
 };

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <limits>
 #include <utility>
 
 #include "log/platform_log.h"
@@ -11,9 +12,11 @@ namespace platform {
 
 namespace {
 
-// A video that is open ahead takes some tens of megabytes at 1080p and up to three hundred at 4K.
-// With less than this left the system would have to take them from what plays.
-constexpr long LEAST_FREE_MEMORY_KB = 400L * 1024;
+// With less than this left the system would begin to take it from what plays.
+constexpr int64_t LEAST_FREE_MEMORY_KB = int64_t{100} * 1024;
+
+// A video that is open ahead takes some tens of megabytes at 1080p and up to this much at 4K.
+constexpr int64_t LARGEST_ITEM_KB = int64_t{300} * 1024;
 
 std::optional<PlayedItem> next_in_folder(const std::string &path)
 {
@@ -26,15 +29,15 @@ std::optional<PlayedItem> next_in_folder(const std::string &path)
 }
 
 // Where the system does not tell, there is enough.
-bool memory_is_short()
+int64_t available_memory_kb()
 {
     std::ifstream facts("/proc/meminfo");
     for (std::string line; std::getline(facts, line);) {
         long available = 0;
         if (std::sscanf(line.c_str(), "MemAvailable: %ld kB", &available) == 1)
-            return available < LEAST_FREE_MEMORY_KB;
+            return available;
     }
-    return false;
+    return std::numeric_limits<int64_t>::max();
 }
 
 } // namespace
@@ -42,7 +45,7 @@ bool memory_is_short()
 Lookahead &Lookahead::get()
 {
     // Never destroyed: a process that ends without stop() leaves its thread to the system.
-    static auto &lookahead = *new Lookahead({next_in_folder, memory_is_short});
+    static auto &lookahead = *new Lookahead({next_in_folder, available_memory_kb});
     return lookahead;
 }
 
@@ -58,30 +61,99 @@ void Lookahead::on_begun(const PlayedItem &item)
         const std::lock_guard<std::mutex> lock(mutex_);
         history_.on_begun(item);
     }
-    thread_.post([this, path = item.path] { drop_unless(path); });
+    post([this, path = item.path] {
+        forget_end();
+        drop_unless(path);
+    });
 }
 
 void Lookahead::on_nearly_over(const std::string &path)
 {
-    thread_.post([this, path] { open_after(path); });
+    post([this, path] { open_after(path); });
+}
+
+void Lookahead::on_end_expected(const std::string &path, std::chrono::milliseconds left)
+{
+    post([this, path, end = WorkerThread::Clock::now() + left] { expect_end(path, end); });
 }
 
 void Lookahead::drop()
 {
-    thread_.post([this] { drop_unless({}); });
+    post([this] {
+        forget_end();
+        drop_unless({});
+    });
+}
+
+bool Lookahead::post(WorkerThread::Task task)
+{
+    WorkerThread::Hooks hooks;
+    hooks.next_deadline = [this] { return next_deadline(); };
+    hooks.on_deadline = [this] { act_on_deadline(); };
+    thread_.start(std::move(hooks)); // the first time
+    return thread_.post(std::move(task));
+}
+
+std::optional<Lookahead::Time> Lookahead::next_deadline() const
+{
+    std::optional<Time> next;
+    for (const std::optional<Time> &time : {opening_, giving_up_, memory_look_})
+        if (time && (!next || *time < *next))
+            next = time;
+    return next;
+}
+
+void Lookahead::act_on_deadline()
+{
+    const Time now = WorkerThread::Clock::now();
+    if (opening_ && now >= *opening_) {
+        opening_.reset();
+        open_after(expected_);
+    }
+    if (giving_up_ && now >= *giving_up_) {
+        forget_end();
+        drop_unless({});
+    }
+    if (memory_look_ && now >= *memory_look_)
+        look_at_memory(now);
+}
+
+void Lookahead::expect_end(const std::string &path, Time end)
+{
+    if (expected_ == path || !is_latest(path))
+        return;
+    expected_ = path;
+    opening_ = end - environment_.lead;
+    giving_up_ = end + environment_.lead;
+    act_on_deadline(); // the end may be near already
+}
+
+void Lookahead::forget_end()
+{
+    expected_.clear();
+    opening_.reset();
+    giving_up_.reset();
+}
+
+void Lookahead::look_at_memory(Time now)
+{
+    memory_look_ = now + environment_.memory_interval;
+    if (environment_.available_memory_kb() < LEAST_FREE_MEMORY_KB)
+        drop_unless({});
 }
 
 void Lookahead::wait_until_done()
 {
     std::promise<void> done;
-    if (thread_.post([&done] { done.set_value(); }))
+    if (post([&done] { done.set_value(); }))
         done.get_future().wait();
 }
 
 void Lookahead::open_after(const std::string &path)
 {
     const std::optional<PlayedItem> next = follower_of(path);
-    if (!next || next->path == path || next->path == open_path_ || environment_.memory_is_short())
+    if (!next || next->path == path || next->path == open_path_ ||
+        environment_.available_memory_kb() < LEAST_FREE_MEMORY_KB + LARGEST_ITEM_KB)
         return;
     drop_unless({});
     const Opener opener = opener_of(next->path);
@@ -89,6 +161,7 @@ void Lookahead::open_after(const std::string &path)
         return;
     PLATFORM_LOGD("lookahead", "opening %s ahead", next->path.c_str());
     open_path_ = next->path;
+    memory_look_ = WorkerThread::Clock::now() + environment_.memory_interval;
     opener.open(*next);
     // Whatever was begun meanwhile has not found it open.
     if (!is_latest(path))
@@ -117,6 +190,7 @@ std::optional<PlayedItem> Lookahead::follower_of(const std::string &path)
 void Lookahead::drop_unless(const std::string &path)
 {
     const std::string former = std::exchange(open_path_, {});
+    memory_look_.reset();
     if (former.empty() || former == path)
         return;
     if (const Opener opener = opener_of(former); opener.drop)

@@ -4,10 +4,13 @@
  * time, and before that the next one of the folder. A wrong guess costs some work and nothing else.
  * An item that follows itself is left alone: it plays in rounds, or stands.
  *
- * One item is open ahead at a time, and none while memory is short. Any thread; nothing blocks.
+ * One item is open ahead at a time, for the few seconds around the end of the present one, and none
+ * while memory is short. Any thread; nothing blocks.
  */
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -28,10 +31,14 @@ class Lookahead {
         std::function<void()> drop;
     };
 
-    /** What is looked at; tests have their own. */
+    /** What is looked at, and when; tests have their own. */
     struct Environment {
         std::function<std::optional<PlayedItem>(const std::string &path)> next_in_folder;
-        std::function<bool()> memory_is_short;
+        std::function<int64_t()> available_memory_kb;
+        /** How long before an end that is expected the next item is opened. */
+        std::chrono::milliseconds lead{4000};
+        /** From one look at the memory to the next while an item is open. */
+        std::chrono::milliseconds memory_interval{1000};
     };
 
     /** The one of this process. */
@@ -46,7 +53,16 @@ class Lookahead {
     /** An item will end soon. Opens the next, unless another has been begun since. */
     void on_nearly_over(const std::string &path);
 
-    /** Drops what is open: the end of the present item is not near any more. */
+    /**
+     * An item will end in so long, unless it is held. Opens the next shortly before, and lets go of
+     * it when the item is still there as long after. What was said of the item before stands.
+     */
+    void on_end_expected(const std::string &path, std::chrono::milliseconds left);
+
+    /**
+     * Drops what is open, and opens nothing until an end is told of again: the end of the present
+     * item is not near any more, or what the next one lies on goes away.
+     */
     void drop();
 
     /** Opens nothing any more, and ends the thread; at the end of the process. */
@@ -58,10 +74,18 @@ class Lookahead {
     void wait_until_done();
 
   private:
+    using Time = WorkerThread::Clock::time_point;
+
+    bool post(WorkerThread::Task task);
+    std::optional<Time> next_deadline() const;
+    void act_on_deadline();
+    void expect_end(const std::string &path, Time end);
+    void look_at_memory(Time now);
     std::optional<PlayedItem> follower_of(const std::string &path);
     void open_after(const std::string &path);
     bool is_latest(const std::string &path);
     void drop_unless(const std::string &path);
+    void forget_end();
     Opener opener_of(const std::string &path);
 
     const Environment environment_;
@@ -70,7 +94,12 @@ class Lookahead {
     Opener video_;
     Opener photo_;
 
-    std::string open_path_; ///< what is open ahead; the thread's own
+    // The thread's own.
+    std::string open_path_;           ///< what is open ahead
+    std::optional<Time> memory_look_; ///< while something is
+    std::string expected_;            ///< the item whose end is known; empty: none is
+    std::optional<Time> opening_;     ///< when its end is near
+    std::optional<Time> giving_up_;   ///< when it has stayed too long
     WorkerThread thread_{"lookahead"};
 };
 

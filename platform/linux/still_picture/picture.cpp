@@ -4,6 +4,8 @@
 
 #include "log/platform_log.h"
 #include "lookahead/lookahead.h"
+#include "player_rules/photo_time.h"
+#include "settings/settings.h"
 #include "still_picture/compose.h"
 #include "still_picture/picture_status.h"
 
@@ -185,7 +187,7 @@ bool StillPicture::show(int degrees, pictrel_event_type_e done)
         post_event(PICTREL_EVENT_RESOURCE_CONFLICT, PICTREL_RESULT_RESOURCE_LOST);
         return false;
     }
-    Lookahead::get().on_nearly_over(path_);
+    Lookahead::get().on_end_expected(path_, photo_time(Settings::get().rotator));
     post_event(done, PICTREL_RESULT_DONE);
     return true;
 }

@@ -7,6 +7,7 @@
 
 #include "base/paths.h"
 #include "log/platform_log.h"
+#include "lookahead/lookahead.h"
 #include "settings/settings.h"
 #include "usb_storage/block_devices.h"
 
@@ -100,6 +101,8 @@ bool usb_remove(const std::string &path)
     added.erase(std::remove(added.begin(), added.end(), place), added.end());
     if (listed && !was_added)
         manual_changes().removed.push_back(place);
+    // Whoever pulls it may want to unmount it next.
+    Lookahead::get().drop();
     PLATFORM_LOGI("usb_storage", "%s was removed", place.c_str());
     return true;
 }

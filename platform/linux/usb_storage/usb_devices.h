@@ -39,7 +39,7 @@ bool usb_add(const std::string &path);
 
 /**
  * Pulls a stick: one added by hand is forgotten, any other is no longer listed until it is added
- * again.
+ * again. What is open ahead of its time is let go of.
  *
  * @param path its mount path
  * @return false when nothing is listed there

@@ -1,5 +1,9 @@
 // Which item is opened ahead, and when it is let go of.
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -13,8 +17,16 @@ namespace {
 using platform::ContentKind;
 using platform::Lookahead;
 using platform::PlayedItem;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+constexpr int64_t PLENTY_KB = int64_t{8} * 1024 * 1024;
+constexpr int64_t SHORT_KB =
+    int64_t{300} * 1024; ///< for one more, but enough for one that is there
+constexpr int64_t SCARCELY_ANY_KB = int64_t{50} * 1024;
+constexpr std::chrono::hours FAR(1);
+constexpr std::chrono::milliseconds MOMENT(10);
 
 class LookaheadTest : public testing::Test {
   protected:
@@ -43,19 +55,53 @@ class LookaheadTest : public testing::Test {
         return std::exchange(calls_, {});
     }
 
+    bool wait_until(const std::function<bool()> &condition)
+    {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (!condition()) {
+            if (std::chrono::steady_clock::now() > limit)
+                return false;
+            lookahead_.wait_until_done();
+        }
+        return true;
+    }
+
+    /** All that was asked of the services since the last time, when this is among it. */
+    std::vector<std::string> calls_with(const std::string &call)
+    {
+        std::vector<std::string> all;
+        wait_until([&] {
+            for (std::string &one : calls())
+                all.push_back(std::move(one));
+            return std::find(all.begin(), all.end(), call) != all.end();
+        });
+        return all;
+    }
+
+    Lookahead::Environment environment()
+    {
+        Lookahead::Environment environment;
+        environment.next_in_folder = [this](const std::string &) -> std::optional<PlayedItem> {
+            if (in_folder_.empty())
+                return std::nullopt;
+            return PlayedItem{in_folder_, {}};
+        };
+        environment.available_memory_kb = [this] {
+            while_looking_();
+            looks_++;
+            return memory_kb_.load();
+        };
+        environment.lead = MOMENT;
+        environment.memory_interval = MOMENT;
+        return environment;
+    }
+
     std::string in_folder_ = "/b.mp4"; ///< what the folder has next
-    bool memory_is_short_ = false;
+    std::atomic<int64_t> memory_kb_{PLENTY_KB};
+    std::atomic<int> looks_{0}; ///< at the memory
     std::function<void()> while_looking_ = [] {};
     std::vector<std::string> calls_; ///< the look-ahead's thread's, until it is done
-    Lookahead lookahead_{{[this](const std::string &) -> std::optional<PlayedItem> {
-                              if (in_folder_.empty())
-                                  return std::nullopt;
-                              return PlayedItem{in_folder_, {}};
-                          },
-                          [this] {
-                              while_looking_();
-                              return memory_is_short_;
-                          }}};
+    Lookahead lookahead_{environment()};
 };
 
 TEST_F(LookaheadTest, TheNextOfTheFolderIsOpenedWhenAnItemIsNearlyOver)
@@ -176,12 +222,78 @@ TEST_F(LookaheadTest, NothingIsOpenedWhereNothingIsKnownToFollow)
 
 TEST_F(LookaheadTest, NothingIsOpenedWhileMemoryIsShort)
 {
-    memory_is_short_ = true;
+    memory_kb_ = SHORT_KB;
     begin("/a.mp4");
 
     lookahead_.on_nearly_over("/a.mp4");
 
     EXPECT_THAT(calls(), IsEmpty());
+}
+
+TEST_F(LookaheadTest, ItIsDroppedWhenMemoryGetsShortMeanwhile)
+{
+    begin("/a.mp4");
+    lookahead_.on_nearly_over("/a.mp4");
+    ASSERT_THAT(calls(), ElementsAre("video /b.mp4 "));
+
+    memory_kb_ = SCARCELY_ANY_KB;
+
+    EXPECT_THAT(calls_with("drop video"), ElementsAre("drop video"));
+}
+
+TEST_F(LookaheadTest, TheMemoryThatItTakesItselfIsNotHeldAgainstIt)
+{
+    begin("/a.mp4");
+    lookahead_.on_nearly_over("/a.mp4");
+    ASSERT_THAT(calls(), ElementsAre("video /b.mp4 "));
+
+    memory_kb_ = SHORT_KB;
+
+    const int looks = looks_;
+    ASSERT_TRUE(wait_until([&] { return looks_ > looks + 2; }));
+    EXPECT_THAT(calls(), IsEmpty());
+}
+
+TEST_F(LookaheadTest, ItIsOpenedShortlyBeforeAnEndThatIsKnown)
+{
+    begin("/a.jpg");
+    lookahead_.on_end_expected("/a.jpg", FAR);
+    EXPECT_THAT(calls(), IsEmpty());
+
+    begin("/b.mp4");
+    begin("/a.jpg");
+    lookahead_.on_end_expected("/a.jpg", 3 * MOMENT);
+
+    EXPECT_THAT(calls_with("video /b.mp4 "), Contains("video /b.mp4 "));
+}
+
+TEST_F(LookaheadTest, ItIsLetGoOfWhereTheItemStaysPastItsEnd)
+{
+    begin("/a.jpg");
+
+    lookahead_.on_end_expected("/a.jpg", MOMENT);
+
+    EXPECT_THAT(calls_with("drop video"), ElementsAre("video /b.mp4 ", "drop video"));
+}
+
+TEST_F(LookaheadTest, AnEndThatIsKnownIsNotPutOff)
+{
+    begin("/a.jpg");
+    lookahead_.on_end_expected("/a.jpg", MOMENT);
+    lookahead_.on_end_expected("/a.jpg", FAR);
+
+    EXPECT_THAT(calls_with("drop video"), ElementsAre("video /b.mp4 ", "drop video"));
+}
+
+TEST_F(LookaheadTest, ADropEndsTheWaitForAnEndAsWell)
+{
+    begin("/a.jpg");
+    lookahead_.on_end_expected("/a.jpg", FAR);
+
+    lookahead_.drop();
+    lookahead_.on_end_expected("/a.jpg", MOMENT);
+
+    EXPECT_THAT(calls_with("video /b.mp4 "), Contains("video /b.mp4 "));
 }
 
 TEST_F(LookaheadTest, AServiceThatOpensNothingAheadIsNotAsked)

@@ -1,6 +1,7 @@
 // A file that is opened while another one plays, in the hope that it is asked for next.
 
 #include <filesystem>
+#include <limits>
 
 #include <gmock/gmock.h>
 
@@ -231,7 +232,7 @@ class AheadByItself : public Ahead {
     Lookahead lookahead_{{[this](const std::string &) {
                               return PlayedItem{next_, {}};
                           },
-                          [] { return false; }}};
+                          [] { return std::numeric_limits<int64_t>::max(); }}};
 };
 
 TEST_F(AheadByItself, AFileNearItsEndHasTheNextOneOpened)
