@@ -80,6 +80,8 @@ void Playback::release_results()
         const auto results = *std::exchange(held_results_, std::nullopt);
         for (const auto &result : results)
             result();
+        if (phase_ == Phase::AwaitingSubtitle)
+            await_subtitle();
     });
 }
 
@@ -140,12 +142,12 @@ void Playback::begin()
 
 void Playback::dispose()
 {
-    subtitle_reader_.close();
+    subtitle_reader_->close();
     opener_.close();
     opener_.wait_for_end({});
     trick_.reset();
     pipeline_.reset();
-    subtitle_reader_.wait_for_end(LONGEST_WAIT_FOR_SUBTITLE_END);
+    subtitle_reader_->wait_for_end(LONGEST_WAIT_FOR_SUBTITLE_END);
     events_ = {};
 }
 

@@ -106,6 +106,8 @@ class Playback : public std::enable_shared_from_this<Playback> {
      */
     static constexpr auto LONGEST_SEEK = std::chrono::milliseconds(5000);
 
+    static constexpr const char *SUBTITLE_READER = "subtitle"; ///< the thread's name
+
     /** In their order; up to Ready the file is being prepared. */
     enum class Phase {
         SettingUp,        ///< the media system is not up yet
@@ -167,7 +169,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void on_subtitle_read(const std::string &path, const std::shared_ptr<SubtitleTrack> &track,
                           const std::string &error);
     void give_up_subtitle();
-    void warn_about_subtitle(const std::string &why) const;
+    void warn_about_subtitle(const std::string &why);
 
     // Playing.
     void do_start();
@@ -217,7 +219,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     const std::string name_; ///< for log lines
     WorkerThread thread_{"file"};
     WorkerThread opener_{"file-opener"};
-    WorkerThread subtitle_reader_{"subtitle"};
+    std::optional<WorkerThread> subtitle_reader_{SUBTITLE_READER};
     std::atomic<GstClockTime> duration_{GST_CLOCK_TIME_NONE};
     std::atomic<bool> has_subtitle_{false};
     std::atomic<bool> worth_another_try_{false};

@@ -15,7 +15,7 @@ void Playback::start_subtitle()
     subtitle_begun_ = subtitle_;
     const auto read = [weak = weak_from_this(), path = subtitle_,
                        load = request_.options->load_subtitle,
-                       &stopping = subtitle_reader_.stopping()] {
+                       &stopping = subtitle_reader_->stopping()] {
         std::string error;
         const std::shared_ptr<SubtitleTrack> track =
             load(path, error, [&stopping] { return stopping.load(); });
@@ -24,7 +24,7 @@ void Playback::start_subtitle()
                 self->on_subtitle_read(path, track, error);
             });
     };
-    subtitle_pending_ = subtitle_reader_.post(read);
+    subtitle_pending_ = subtitle_reader_->post(read);
     if (!subtitle_pending_)
         warn_about_subtitle("there is no thread to read it");
 }
@@ -35,21 +35,27 @@ void Playback::take_subtitle(const std::string &path)
     if (path == subtitle_)
         return;
     subtitle_ = path;
-    subtitle_pending_ = false;
+    // A guess that is still being read must not keep the reader.
+    if (std::exchange(subtitle_pending_, false))
+        subtitle_reader_.emplace(SUBTITLE_READER);
     has_subtitle_ = false;
     output_->set_subtitle(nullptr, {});
-    start_subtitle();
-    if (phase_ == Phase::Prepared || phase_ == Phase::AwaitingSubtitle) {
+    const bool frame_is_there = phase_ == Phase::Prepared || phase_ == Phase::AwaitingSubtitle;
+    if (frame_is_there) {
         held_results_->clear();
         phase_ = Phase::AwaitingSubtitle;
-        await_subtitle();
     }
+    start_subtitle();
+    if (frame_is_there)
+        await_subtitle();
 }
 
+// Of a file that is open ahead it may take its time, as nobody waits for it.
 void Playback::await_subtitle()
 {
     if (subtitle_pending_) {
-        subtitle_limit_ = Clock::now() + request_.options->subtitle_timeout;
+        if (!held_results_)
+            subtitle_limit_ = Clock::now() + request_.options->subtitle_timeout;
         return;
     }
     subtitle_limit_.reset();
@@ -78,15 +84,17 @@ void Playback::on_subtitle_read(const std::string &path,
 void Playback::give_up_subtitle()
 {
     subtitle_pending_ = false;
-    subtitle_reader_.close();
+    subtitle_reader_->close();
     warn_about_subtitle("it was not read in time");
     await_subtitle();
 }
 
-void Playback::warn_about_subtitle(const std::string &why) const
+void Playback::warn_about_subtitle(const std::string &why)
 {
-    PLATFORM_LOGW("player", "%s plays without its subtitle %s: %s", name_.c_str(),
-                  subtitle_.c_str(), why.c_str());
+    report_result([this, why, subtitle = subtitle_] {
+        PLATFORM_LOGW("player", "%s plays without its subtitle %s: %s", name_.c_str(),
+                      subtitle.c_str(), why.c_str());
+    });
 }
 
 } // namespace platform

@@ -10,6 +10,7 @@
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace player_test {
 namespace {
@@ -30,8 +31,11 @@ class Ahead : public PlayerTest {
     {
         platform::PlayerOptions options = usual_options();
         options.make_audio_sink = [this] {
+            platform::ElementPtr sink = platform::make_element("fakeaudiosink");
+            g_object_set(sink.get(), "sync", TRUE, nullptr);
+            device_.reset(GST_ELEMENT(gst_object_ref(sink.get())));
             opened_++;
-            return platform::make_audio_sink();
+            return sink;
         };
         return options;
     }
@@ -54,12 +58,21 @@ class Ahead : public PlayerTest {
         return false;
     }
 
+    static bool is_in_state(const platform::ElementPtr &element, GstState state)
+    {
+        GstState present = GST_STATE_VOID_PENDING;
+        return gst_element_get_state(element.get(), &present, nullptr, 0) ==
+                   GST_STATE_CHANGE_SUCCESS &&
+               present == state;
+    }
+
     bool is_let_go(const std::string &path) const
     {
         return wait_for([&] { return !is_open(path); });
     }
 
     std::atomic<int> opened_{0};
+    platform::ElementPtr device_; ///< what the last pipeline plays its sound into
 };
 
 TEST_F(Ahead, AFileIsTakenAsItWasOpened)
@@ -181,6 +194,39 @@ TEST_F(Ahead, ItIsShownWithoutASubtitleThatIsNotAskedFor)
     EXPECT_FALSE(player_->status().has_subtitle);
     EXPECT_TRUE(wait_for_event("completed"));
     EXPECT_THAT(events(), ElementsAre("prepared", "completed"));
+}
+
+TEST_F(Ahead, ASubtitleThatCannotBeReadIsToldOfWhenTheFileIsAskedFor)
+{
+    const std::string file = clip("a.mp4");
+    testing::internal::CaptureStderr();
+    ASSERT_NO_FATAL_FAILURE(open_ahead({file, path("missing.srt")}));
+    ASSERT_TRUE(stays([this] { return events().empty(); }, 0.3));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), Not(HasSubstr("missing.srt")));
+    testing::internal::CaptureStderr();
+    ASSERT_EQ(player_->set_subtitle_path(path("missing.srt")), PLAYER_ERROR_NONE);
+
+    ASSERT_TRUE(playing(file));
+
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("plays without its subtitle"));
+}
+
+TEST_F(Ahead, OneThatLosesItsSoundDevicePlaysWithSoundAllTheSame)
+{
+    const std::string file = clip("a.mp4");
+    testing::internal::CaptureStderr();
+    ASSERT_NO_FATAL_FAILURE(open_ahead({file, {}}));
+    const platform::ElementPtr lost = std::move(device_);
+    ASSERT_TRUE(wait_for([&] { return is_in_state(lost, GST_STATE_PAUSED); }));
+
+    GST_ELEMENT_ERROR(lost.get(), RESOURCE, WRITE, ("the device is gone"), (nullptr));
+    ASSERT_TRUE(wait_for([&] { return is_in_state(lost, GST_STATE_NULL); }));
+    ASSERT_TRUE(playing(file));
+
+    EXPECT_TRUE(wait_for_event("completed"));
+    EXPECT_THAT(events(), ElementsAre("prepared", "completed"));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), Not(HasSubstr("plays in silence")));
+    EXPECT_EQ(opened_, 2) << "it is not opened anew with its sound";
 }
 
 TEST_F(Ahead, ItGoesWithThePlayer)

@@ -8,6 +8,7 @@
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 
 namespace player_test {
 namespace {
@@ -29,18 +30,22 @@ class SlowSubtitle {
                     return nullptr;
                 }
             }
-            return SubtitleTrack::load(path, error);
+            auto track = SubtitleTrack::load(path, error);
+            read_ = true;
+            return track;
         };
     }
 
     void release() { release_.set_value(); }
     bool begun() const { return begun_; }
+    bool read() const { return read_; }
     bool stopped() const { return stopped_; }
 
   private:
     std::promise<void> release_;
     std::shared_future<void> released_ = release_.get_future().share();
     std::atomic<bool> begun_{false};
+    std::atomic<bool> read_{false};
     std::atomic<bool> stopped_{false};
 };
 
@@ -186,6 +191,60 @@ TEST_F(SubtitleLoad, TheNextFileIsNotHeldUpByThePresentOnes)
 
     EXPECT_TRUE(playing(file));
     EXPECT_FALSE(player_->status().has_subtitle);
+}
+
+TEST_F(SubtitleLoad, AFileThatIsOpenAheadHasTimeForIt)
+{
+    make_slow_player(std::chrono::milliseconds(200));
+    const std::string file = clip("a.mp4");
+    testing::internal::CaptureStderr();
+    player_->open_ahead({file, path("a.srt")});
+    ASSERT_TRUE(wait_for([this] { return slow_.begun(); }));
+    EXPECT_TRUE(stays([this] { return !slow_.stopped(); }, 0.6));
+    release();
+    ASSERT_TRUE(wait_for([this] { return slow_.read(); }));
+
+    ASSERT_TRUE(playing(file));
+
+    EXPECT_TRUE(player_->status().has_subtitle);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), Not(HasSubstr("without its subtitle")));
+}
+
+TEST_F(SubtitleLoad, AFileThatWasOpenAheadWaitsForItNoLongerThanAnyOther)
+{
+    make_slow_player(std::chrono::milliseconds(200));
+    const std::string file = clip("a.mp4");
+    player_->open_ahead({file, path("a.srt")});
+    ASSERT_TRUE(wait_for([this] { return slow_.begun(); }));
+
+    EXPECT_TRUE(playing(file));
+
+    EXPECT_FALSE(player_->status().has_subtitle);
+    EXPECT_TRUE(wait_for([this] { return slow_.stopped(); }));
+}
+
+TEST_F(SubtitleLoad, OneThatWasGuessedDoesNotHoldUpTheOneThatIsAskedFor)
+{
+    write_file(path("b.srt"), "1\n00:00:00,000 --> 00:00:10,000\nGood evening\n");
+    platform::PlayerOptions options = usual_options();
+    options.subtitle_timeout = std::chrono::seconds(5);
+    options.load_subtitle = [this, slow = slow_.loader()](const std::string &file,
+                                                          std::string &error,
+                                                          const platform::StopRequest &stop) {
+        return file == path("a.srt") ? slow(file, error, stop)
+                                     : SubtitleTrack::load(file, error, stop);
+    };
+    make_player(options);
+    const std::string file = clip("a.mp4");
+    player_->open_ahead({file, path("a.srt")});
+    ASSERT_TRUE(wait_for([this] { return slow_.begun(); }));
+    ASSERT_EQ(player_->set_subtitle_path(path("b.srt")), PLAYER_ERROR_NONE);
+
+    ASSERT_TRUE(playing(file));
+
+    EXPECT_TRUE(slow_.stopped());
+    EXPECT_TRUE(player_->status().has_subtitle);
+    EXPECT_TRUE(wait_for_event("subtitle 10000 Good evening"));
 }
 
 } // namespace
