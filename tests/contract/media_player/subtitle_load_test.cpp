@@ -216,6 +216,7 @@ TEST_F(SubtitleLoad, AFileThatWasOpenAheadWaitsForItNoLongerThanAnyOther)
     const std::string file = clip("a.mp4");
     player_->open_ahead({file, path("a.srt")});
     ASSERT_TRUE(wait_for([this] { return slow_.begun(); }));
+    ASSERT_TRUE(stays([this] { return !slow_.stopped(); }, 0.6));
 
     EXPECT_TRUE(playing(file));
 
