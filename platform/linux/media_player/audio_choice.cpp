@@ -18,6 +18,8 @@ std::string AudioChoice::sink()
     if (sink_.empty() && (!last_search_ || now - *last_search_ >= SHORTEST_TIME_BETWEEN_SEARCHES)) {
         last_search_ = now;
         sink_ = find_sink();
+        shared_ = sink_.empty() || sink_ == "pulsesink" || sink_ == "fakesink" ||
+                  environment_.opens_twice(sink_);
     }
     return sink_;
 }
@@ -46,14 +48,14 @@ std::string AudioChoice::find_sink()
 bool AudioChoice::is_shared() const
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    const bool silence = sink_.empty() && last_search_;
-    return silence || sink_ == "pulsesink" || sink_ == "fakesink";
+    return shared_;
 }
 
 void AudioChoice::forget()
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     sink_.clear();
+    shared_ = false;
     last_search_.reset();
 }
 

@@ -17,6 +17,8 @@ namespace platform {
 struct AudioEnvironment {
     std::function<std::string()> wanted;                ///< element asked for by name; or empty
     std::function<bool(const std::string &sink)> opens; ///< whether a device answers
+    /** Whether it answers two at a time: many a device mixes in software. */
+    std::function<bool(const std::string &sink)> opens_twice;
     std::function<std::chrono::steady_clock::time_point()> now;
 };
 
@@ -43,6 +45,7 @@ class AudioChoice {
     const AudioEnvironment environment_;
     mutable std::mutex mutex_; ///< guards all below
     std::string sink_;
+    bool shared_ = false; ///< two can have it at a time
     std::optional<std::chrono::steady_clock::time_point> last_search_;
     bool silence_logged_ = false; ///< the log says that there is no device
 };

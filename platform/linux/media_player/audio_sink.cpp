@@ -26,21 +26,45 @@ std::string wanted_sink()
     return {};
 }
 
-// The sinks open their device or reach their server on the way to READY.
+/** A sink of its own, which has its device as long as it is there. */
+class OpenSink {
+  public:
+    // The sinks open their device or reach their server on the way to READY.
+    explicit OpenSink(const std::string &factory)
+        : sink_(make_element(factory.c_str())),
+          opened_(sink_ &&
+                  gst_element_set_state(sink_.get(), GST_STATE_READY) != GST_STATE_CHANGE_FAILURE)
+    {
+    }
+    ~OpenSink()
+    {
+        if (sink_)
+            gst_element_set_state(sink_.get(), GST_STATE_NULL);
+    }
+    OpenSink(const OpenSink &) = delete;
+    OpenSink &operator=(const OpenSink &) = delete;
+
+    bool opened() const { return opened_; }
+
+  private:
+    const ElementPtr sink_;
+    const bool opened_;
+};
+
 bool opens(const std::string &factory)
 {
-    const ElementPtr sink = make_element(factory.c_str());
-    if (!sink)
-        return false;
-    const bool opened =
-        gst_element_set_state(sink.get(), GST_STATE_READY) != GST_STATE_CHANGE_FAILURE;
-    gst_element_set_state(sink.get(), GST_STATE_NULL);
-    return opened;
+    return OpenSink(factory).opened();
+}
+
+bool opens_twice(const std::string &factory)
+{
+    const OpenSink first(factory);
+    return first.opened() && opens(factory);
 }
 
 AudioChoice &audio_choice()
 {
-    static AudioChoice choice({wanted_sink, opens, std::chrono::steady_clock::now});
+    static AudioChoice choice({wanted_sink, opens, opens_twice, std::chrono::steady_clock::now});
     return choice;
 }
 

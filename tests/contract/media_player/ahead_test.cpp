@@ -241,18 +241,47 @@ TEST_F(Ahead, ItGoesWithThePlayer)
     EXPECT_EQ(opened_, 1) << "and opens none any more";
 }
 
-TEST_F(Ahead, NoneIsOpenedWhereTwoFilesCannotShareTheSoundDevice)
+/** With a sound device and no server. */
+class AheadWithDevice : public Ahead {
+  protected:
+    /** @param device the library's kind of it */
+    void use(const std::string &device)
+    {
+        write_file(path("alsa.conf"), "pcm.!default { type " + device + " }\n");
+        setenv("ALSA_CONFIG_PATH", path("alsa.conf").c_str(), 1);
+        choose("alsasink");
+    }
+
+    void TearDown() override
+    {
+        unsetenv("ALSA_CONFIG_PATH");
+        choose("fakesink");
+        Ahead::TearDown();
+    }
+
+  private:
+    static void choose(const char *sink)
+    {
+        setenv("OSTREL_DEMO_AUDIO_SINK", sink, 1);
+        platform::forget_audio_sink();
+        platform::choose_audio_sink();
+    }
+};
+
+TEST_F(AheadWithDevice, NoneIsOpenedWhereTwoFilesCannotShareIt)
 {
-    platform::forget_audio_sink();
-    setenv("OSTREL_DEMO_AUDIO_SINK", "alsasink", 1);
-    platform::choose_audio_sink();
+    use("missing");
 
     player_->open_ahead({clip("a.mp4"), {}});
 
-    setenv("OSTREL_DEMO_AUDIO_SINK", "fakesink", 1);
-    platform::forget_audio_sink();
-    platform::choose_audio_sink();
     EXPECT_TRUE(stays([this] { return opened_ == 0; }, 0.2));
+}
+
+TEST_F(AheadWithDevice, OneIsOpenedWhereTheyCan)
+{
+    use("null");
+
+    EXPECT_NO_FATAL_FAILURE(open_ahead({clip("a.mp4"), {}}));
 }
 
 /** With a look-ahead that names what the test wants. */

@@ -17,12 +17,18 @@ class AudioChoiceTest : public testing::Test {
   protected:
     std::string wanted_;
     std::set<std::string> devices_;
+    std::set<std::string> mixing_;
     std::vector<std::string> looked_at_;
+    std::vector<std::string> tried_twice_;
     std::chrono::steady_clock::time_point now_{};
     platform::AudioChoice choice_{{[this] { return wanted_; },
                                    [this](const std::string &sink) {
                                        looked_at_.push_back(sink);
                                        return devices_.count(sink) > 0;
+                                   },
+                                   [this](const std::string &sink) {
+                                       tried_twice_.push_back(sink);
+                                       return mixing_.count(sink) > 0;
                                    },
                                    [this] { return now_; }}};
 
@@ -34,6 +40,7 @@ TEST_F(AudioChoiceTest, ASoundServerComesBeforeADevice)
     devices_ = {"alsasink", "pulsesink"};
     EXPECT_EQ(choice_.sink(), "pulsesink");
     EXPECT_TRUE(choice_.is_shared());
+    EXPECT_THAT(tried_twice_, IsEmpty()) << "a server mixes";
 }
 
 TEST_F(AudioChoiceTest, WhatWasFoundStandsWithoutAnotherLook)
@@ -45,7 +52,19 @@ TEST_F(AudioChoiceTest, WhatWasFoundStandsWithoutAnotherLook)
     now_ += std::chrono::hours(24);
     EXPECT_EQ(choice_.sink(), "alsasink");
     EXPECT_THAT(looked_at(), IsEmpty());
-    EXPECT_FALSE(choice_.is_shared());
+}
+
+TEST_F(AudioChoiceTest, ADeviceIsSharedWhereItOpensTwice)
+{
+    for (const bool mixes : {false, true}) {
+        devices_ = {"alsasink"};
+        mixing_ = mixes ? devices_ : std::set<std::string>();
+        choice_.forget();
+        EXPECT_FALSE(choice_.is_shared()) << "nothing is known of it yet";
+        EXPECT_EQ(choice_.sink(), "alsasink");
+        EXPECT_EQ(choice_.is_shared(), mixes);
+    }
+    EXPECT_THAT(tried_twice_, ElementsAre("alsasink", "alsasink"));
 }
 
 TEST_F(AudioChoiceTest, WhereNoneWasFoundItIsLookedForAgainOnceAMinute)
