@@ -88,6 +88,25 @@ def test_screen_is_kept_on_while_the_player_is_seen(screen, player):
     wait_until(lambda: screen.window() is None, "the window's end")
 
 
+def test_screen_is_kept_on_by_the_picture_too_which_covers_the_window(
+        tv, screen, content, shelf):
+    """A compositor may pass over a wish of a surface that cannot be seen."""
+    shelf.video(content / "red.mp4", "red", seconds=8)
+    player = tv.start(folder=content, WAYLAND_DEBUG="1")
+    player.tolerate(r"^\[ *\d+\.\d+\]")
+    screen.wait_for("red")
+    subsurface = r"get_subsurface\(new id wl_subsurface@\d+, (wl_surface@\d+), (wl_surface@\d+)\)"
+    picture, window = player.log.wait(subsurface).groups()
+    wishes = {surface: wish for _, match in player.log.find_all(
+        r"create_inhibitor\(new id (zwp_idle_inhibitor_v1@\d+), (wl_surface@\d+)\)")
+        for wish, surface in [match.groups()]}
+    assert set(wishes) == {picture, window}
+    assert player.terminate() == 0
+    ends = [match[0] for _, match in player.log.find_all(
+        rf"({wishes[picture]}|{picture})\.destroy\(\)")]
+    assert ends == [f"{wishes[picture]}.destroy()", f"{picture}.destroy()"]
+
+
 def test_picture_follows_a_screen_that_changes_its_resolution(screen, player):
     for width, height in ((960, 540), (800, 600), (640, 360)):
         here = player.log.position()

@@ -98,6 +98,9 @@ std::shared_ptr<WaylandPlane> WaylandPlane::create(Evas_Object *window, const Pl
         plane->close(); // the black picture holds the plane
         return refuse("no memory");
     }
+    // The window has its own, which a compositor may pass over while the plane covers it.
+    plane->idle_inhibitor_ =
+        IdleInhibitor::create(ecore_wl2_display_registry_get(connection), plane->surface_.get());
     return plane;
 }
 
@@ -423,6 +426,7 @@ void WaylandPlane::close()
             if (buffer->held)
                 held.push_back(std::move(buffer->held));
         }
+        idle_inhibitor_.reset();
         viewport_.reset();
         subsurface_.reset();
         surface_.reset();

@@ -22,6 +22,7 @@
 #include "video_plane/shm_buffer.h"
 #include "video_plane/video_plane.h"
 #include "video_plane/wayland_handles.h"
+#include "wayland/idle_inhibitor.h"
 
 namespace platform {
 
@@ -115,6 +116,7 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     WaylandPtr<wl_surface> surface_;
     WaylandPtr<wl_subsurface> subsurface_;
     WaylandPtr<wp_viewport> viewport_;
+    std::unique_ptr<IdleInhibitor> idle_inhibitor_;
 
     wl_surface *parent_ = nullptr; // the window's; null once the plane has been closed
     bool above_ = false;

@@ -21,8 +21,8 @@
 
 #include "base/geometry.h"
 #include "base/toolkit_handles.h"
+#include "wayland/idle_inhibitor.h"
 #include "window/ecore_wl2_more.h"
-#include "window/idle_inhibitor.h"
 #include "window/input_feed.h"
 #include "window/pointer_hider.h"
 #include "window/wayland_sync.h"

@@ -1,4 +1,6 @@
-#include "window/idle_inhibitor.h"
+#include "wayland/idle_inhibitor.h"
+
+#include <utility>
 
 #include "idle-inhibit-unstable-v1-client-protocol.h"
 #include "log/platform_log.h"
@@ -13,8 +15,10 @@ std::unique_ptr<IdleInhibitor> IdleInhibitor::create(wl_registry *registry, wl_s
     auto *manager = static_cast<zwp_idle_inhibit_manager_v1 *>(
         bind_wayland_global(registry, zwp_idle_inhibit_manager_v1_interface, 1));
     if (!manager) {
-        PLATFORM_LOGI("window", "the compositor may blank the screen: it cannot be asked not to; "
-                                "its own idle time has to be switched off");
+        static bool told = false;
+        if (!std::exchange(told, true))
+            PLATFORM_LOGI("window", "the compositor may blank the screen: it cannot be asked not "
+                                    "to; its own idle time has to be switched off");
         return nullptr;
     }
     return std::unique_ptr<IdleInhibitor>(new IdleInhibitor(manager, surface));

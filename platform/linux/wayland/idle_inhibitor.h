@@ -14,7 +14,7 @@ namespace platform {
 
 class IdleInhibitor {
   public:
-    /** @return null where the compositor does not offer it, with a line in the log */
+    /** @return null where the compositor does not offer it, with a line in the log, once */
     static std::unique_ptr<IdleInhibitor> create(wl_registry *registry, wl_surface *surface);
     ~IdleInhibitor();
     IdleInhibitor(const IdleInhibitor &) = delete;
