@@ -54,7 +54,8 @@ class Run:
         """Lets it run, which it must survive."""
         time.sleep(seconds)
         if not self._process.running():
-            raise RuntimeError("the program ended by itself: " + "\n".join(self.log.lines[-10:]))
+            raise RuntimeError(f"the program ended by itself, with {self._process.process.returncode}: "
+                               + "\n".join(self.log.lines[-10:]))
 
     def wait_picture(self, deadline_s=300):
         """Waits until a picture of the film is there."""
