@@ -32,6 +32,7 @@ struct GErrorFree {
 using ElementPtr = std::unique_ptr<GstElement, GstObjectUnref>;
 using PadPtr = std::unique_ptr<GstPad, GstObjectUnref>;
 using BusPtr = std::unique_ptr<GstBus, GstObjectUnref>;
+using PoolPtr = std::unique_ptr<GstBufferPool, GstObjectUnref>;
 using CapsPtr = std::unique_ptr<GstCaps, GstCapsUnref>;
 using BufferPtr = std::unique_ptr<GstBuffer, GstBufferUnref>;
 using ConverterPtr = std::unique_ptr<GstVideoConverter, GstConverterFree>;

@@ -5,6 +5,8 @@
 #include <gst/video/gstvideometa.h>
 #include <gst/video/gstvideosink.h>
 
+#include "media_player/frame_pool.h"
+
 using platform::FrameOutput;
 
 namespace {
@@ -91,9 +93,23 @@ gboolean plane_sink_set_caps(GstBaseSink *sink, GstCaps *caps)
     return TRUE;
 }
 
+// Decoders of libav draw straight into the buffers that they hand on only where the sink offers a
+// pool. Otherwise they keep a second set of frames and copy each.
 gboolean plane_sink_propose_allocation(GstBaseSink *, GstQuery *query)
 {
     gst_query_add_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
+    GstCaps *caps = nullptr;
+    gboolean need_pool = FALSE;
+    gst_query_parse_allocation(query, &caps, &need_pool);
+    GstVideoInfo info;
+    if (!need_pool || !caps || !gst_video_info_from_caps(&info, caps))
+        return TRUE;
+    const platform::PoolPtr pool = platform::make_frame_pool();
+    const auto size = static_cast<guint>(GST_VIDEO_INFO_SIZE(&info));
+    GstStructure *config = gst_buffer_pool_get_config(pool.get());
+    gst_buffer_pool_config_set_params(config, caps, size, 0, 0);
+    if (gst_buffer_pool_set_config(pool.get(), config))
+        gst_query_add_allocation_pool(query, pool.get(), size, 0, 0);
     return TRUE;
 }
 
