@@ -100,7 +100,9 @@ void FrameOutput::prepare(GstBuffer *frame, GstClockTime position)
         frame_.reset(gst_buffer_ref(frame));
     frame_position_ = position;
     frame_shown_ = false;
-    paint(frame, position, view);
+    // A file that is open ahead may wait for long, and a picture is megabytes.
+    if (visible_)
+        paint(frame, position, view);
 }
 
 bool FrameOutput::show(GstBuffer *frame, GstClockTime position)

@@ -44,7 +44,7 @@ class FrameOutput {
     void set_direction(double rate) { direction_ = rate; }
     void set_at_end(bool at_end);
 
-    /** Paints a frame ahead of its time. */
+    /** Paints a frame ahead of its time, once the file has been started. */
     void prepare(GstBuffer *frame, GstClockTime position);
 
     /**

@@ -1,5 +1,7 @@
 // What is seen: proportions, turns, colours, and when.
 
+#include <atomic>
+
 #include <gmock/gmock.h>
 
 #include "panel/panel_model.h"
@@ -17,18 +19,24 @@ Clip clip_of_size(int width, int height)
     return facts;
 }
 
-/** A plane whose window has gone. */
+/** A plane whose window has gone, and that counts the pictures which it is asked for. */
 class ClosedPlane : public platform::VideoPlane {
   public:
+    int acquired() const { return acquired_; }
     int width() const override { return behind_->width(); }
     int height() const override { return behind_->height(); }
-    platform::PlaneBufferPtr acquire() override { return behind_->acquire(); }
+    platform::PlaneBufferPtr acquire() override
+    {
+        ++acquired_;
+        return behind_->acquire();
+    }
     bool present(const platform::PlaneBufferPtr &) override { return false; }
     Statistics statistics() const override { return {}; }
     void count_dropped() override {}
 
   private:
     std::shared_ptr<VideoPlane> behind_ = offscreen(64, 36);
+    std::atomic<int> acquired_{0};
 };
 
 // The clip's quarters from the top left clockwise are red, green, blue and white: "rgbw".
@@ -281,6 +289,18 @@ TEST_F(PictureTest, TheLastFrameStaysUntilTheNextFilesFirst)
 
     ASSERT_TRUE(wait_for([&] { return shown() > before; }));
     EXPECT_EQ(picture().quarters(), "bwrg");
+}
+
+TEST_F(PictureTest, AFileThatWaitsToBeStartedTakesNoMemoryOfThePlane)
+{
+    const auto plane = std::make_shared<ClosedPlane>();
+    player_->set_plane(plane);
+    ASSERT_TRUE(prepared(clip("a.mp4")));
+    EXPECT_EQ(plane->acquired(), 0);
+
+    player_->start();
+
+    EXPECT_TRUE(wait_for([&] { return plane->acquired() > 0; }));
 }
 
 TEST_F(PictureTest, APlaneThatIsGoneIsAnInterruption)
