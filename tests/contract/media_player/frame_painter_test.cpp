@@ -56,8 +56,9 @@ TEST(FramePainter, AnAreaThatThePictureDoesNotHoldIsNotPainted)
     const PlaneBufferPtr picture = plane->acquire();
     DisplayView view;
     view.area = {0, 0, 64, 36};
-    FramePainter painter;
-    EXPECT_FALSE(painter.paint(frame_of(32, 18), nullptr, {}, view, *picture));
+    FramePainter painter(REFERENCE_WHITE);
+    painter.set_format(frame_of(32, 18), 0);
+    EXPECT_FALSE(painter.paint(nullptr, {}, view, *picture));
 }
 
 } // namespace
