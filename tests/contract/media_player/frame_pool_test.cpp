@@ -109,8 +109,9 @@ TEST_F(FramePool, StopsWhileAFrameIsStillRead)
 
 TEST_F(FramePool, IsWhatTheSinkOffersToDecoders)
 {
-    const platform::ElementPtr sink = platform::make_plane_sink(
-        std::make_shared<platform::FrameOutput>(std::make_shared<platform::DisplaySettings>()));
+    const platform::ElementPtr sink =
+        platform::make_plane_sink(std::make_shared<platform::FrameOutput>(
+            std::make_shared<platform::DisplaySettings>(), platform::REFERENCE_WHITE));
     const platform::PadPtr pad(gst_element_get_static_pad(sink.get(), "sink"));
     gst_pad_set_active(pad.get(), TRUE);
     GstQuery *query = gst_query_new_allocation(caps_.get(), TRUE);
