@@ -126,8 +126,10 @@ class Stage:
     def _set(self, size):
         if size not in self.sets:
             folder = Path(tempfile.mkdtemp(prefix="set-", dir=self.root))
-            (folder / "screen").mkdir()
-            screen = Screen(str(folder / "screen"), *size).start()
+            # By this folder's name what is left over of a set is found, and of no other bench's.
+            screen_folder = folder / folder.name
+            screen_folder.mkdir()
+            screen = Screen(str(screen_folder), *size).start()
             self.sets[size] = Tv(str(folder), str(self.build), screen).start_bus()
         return self.sets[size]
 
@@ -139,8 +141,8 @@ class Stage:
     @contextlib.contextmanager
     def run(self, who, content, *, size=FULL_HD, loop_file=False, traced=False,
             log_level="info", panel=None):
-        """Plays the folder with the player or with mpv, on a panel as tv.conf has it. Yields the run and the screen; at the end the
-        program is ended, if the block has not done so."""
+        """Plays the folder with the player or with mpv, on a panel as tv.conf has it. Yields the run
+        and the screen; at the end the program is ended, if the block has not done so."""
         tv = self._set(size)
         tv.configure(**({"panel": panel} if panel else {}))
         environment = {"WAYLAND_DEBUG": "1"} if traced else {}
@@ -187,6 +189,8 @@ def start_mpv(tv, content, loop_file, environment):
     the compositor through shared memory, as the player does."""
     command = ["mpv", "--no-config", "--vo=wlshm", "--ao=null", "--fs", "--hwdec=no", "--no-osc",
                "--osd-level=0", "--quiet", "--prefetch-playlist=yes",
+               # Its window must not be larger than the screen, even for a moment.
+               "--autofit-larger=100%x100%",
                "--loop-file=inf" if loop_file else "--loop-playlist=inf", *sorted(content.iterdir())]
     process = subprocess.Popen([*UNTIL_WE_END, *command], stdin=subprocess.DEVNULL,
                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
