@@ -249,7 +249,7 @@ elif [ $all = yes ]; then
     suite "Tests of threads" run_ctest build-tsan
     [ -n "$expression" ] || await "Lint" || failed+=("Lint")
     if [ $nightly = yes ] && [ -z "$expression" ]; then
-        suite "Faults on purpose" tools/mutation-test --platform --at-least 80 --jobs "$jobs"
+        suite "Faults on purpose" tools/mutation-test --platform --at-least 78 --jobs "$jobs"
     fi
 else
     if [ $asan = yes ]; then

@@ -48,13 +48,17 @@ template <typename Sample, typename Pair, int SHIFT>
 void unpack_interleaved(const void *const (&rows)[2], int count, Stretch &to)
 {
     constexpr int BITS = 8 * sizeof(Sample);
-    const auto *c0 = static_cast<const Pair *>(rows[0]);
-    const auto *c1 = static_cast<const Pair *>(rows[1]);
-    const auto lower = [](Pair pair) { return static_cast<Sample>(pair) >> SHIFT; };
-    const auto upper = [](Pair pair) { return static_cast<int>(pair >> (BITS + SHIFT)); };
+    // Rows of pairs need not lie where their numbers would.
+    const auto pair = [&rows](int row, int i) {
+        Pair read;
+        memcpy(&read, static_cast<const Pair *>(rows[row]) + i, sizeof read);
+        return read;
+    };
+    const auto lower = [](Pair both) { return static_cast<Sample>(both) >> SHIFT; };
+    const auto upper = [](Pair both) { return static_cast<int>(both >> (BITS + SHIFT)); };
     for (int i = 0; i < count; ++i) {
-        to.u[i] = difference<Sample>(lower(c0[i]), lower(c1[i]));
-        to.v[i] = difference<Sample>(upper(c0[i]), upper(c1[i]));
+        to.u[i] = difference<Sample>(lower(pair(0, i)), lower(pair(1, i)));
+        to.v[i] = difference<Sample>(upper(pair(0, i)), upper(pair(1, i)));
     }
 }
 

@@ -68,8 +68,10 @@ class TurnedWindowTest : public DesktopTest, public testing::WithParamInterface<
         })) << "the mark is not where it belongs";
         for (const Turn &other : TURNS) {
             if (other.angle != turn.angle) {
-                EXPECT_EQ(Screen::get().colour(other.mark_x, other.mark_y), BLACK)
-                    << "something is left of angle " << other.angle;
+                EXPECT_TRUE(wait_until([&] {
+                    return Screen::get().colour(other.mark_x, other.mark_y) == BLACK;
+                })) << "something is left of angle "
+                    << other.angle;
             }
         }
     }
