@@ -5,8 +5,8 @@ import subprocess
 from stage import FRAMES_PER_SECOND, UHD
 from table import Figure, at_least_mpv, at_most, at_most_mpv, row
 
-WARM_UP_SECONDS = 4
-WINDOW_SECONDS = 10
+WARM_UP_SECONDS = 2
+WINDOW_SECONDS = 6
 FILM_SECONDS = 4
 
 # What a frame's conversion is called by conversion-times, and whether what it is compared with does
