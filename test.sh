@@ -130,10 +130,11 @@ build_plainly() {
     build_into build -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSANITIZE=OFF
 }
 
-# build_with SANITIZER DIRECTORY
+# build_with SANITIZER DIRECTORY: call stacks need lines and no variables, which take a fifth of the
+# compiler's time.
 build_with() {
     build_into "$2" -DCMAKE_BUILD_TYPE=RelWithDebInfo "-DSANITIZE=$1" \
-        "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g"
+        "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1" "-DCMAKE_C_FLAGS_RELWITHDEBINFO=-O1 -g1"
 }
 
 # What the thread sanitizer looks at: the programs, and the labels of their tests. The rest of the

@@ -26,7 +26,7 @@ need_package(efl elementary ecore-evas ecore-input ecore-wl2 eldbus efreet)
 # A set's compiler may warn of what ours does not, and that must not be in its way.
 add_library(project_flags INTERFACE)
 target_compile_options(project_flags INTERFACE
-  -Wall -Wextra -Wshadow -Wconversion -Wno-sign-conversion -Wno-psabi
+  -Wall -Wextra -Wshadow -Wredundant-decls -Wconversion -Wno-sign-conversion -Wno-psabi
   $<$<STREQUAL:${PLATFORM},linux>:-Werror> -fno-omit-frame-pointer)
 if(SANITIZE STREQUAL "address")
   target_compile_options(project_flags INTERFACE -fsanitize=address,undefined

@@ -2,11 +2,11 @@
 
 namespace platform {
 
-void ItemHistory::on_begun(const PlayedItem &item)
+void ItemHistory::on_begun(const PlayedItem &item, bool interrupted)
 {
     if (followers_.size() >= limit_)
         followers_.clear();
-    if (!latest_.path.empty())
+    if (!interrupted && !latest_.path.empty())
         followers_[latest_.path] = item;
     latest_ = item;
 }

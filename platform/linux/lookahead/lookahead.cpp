@@ -5,6 +5,7 @@
 #include <limits>
 #include <utility>
 
+#include "base/paths.h"
 #include "log/platform_log.h"
 #include "settings/settings.h"
 
@@ -26,6 +27,11 @@ std::optional<PlayedItem> next_in_folder(const std::string &path)
         return std::nullopt;
     const std::string &name = list->names[(list->position + 1) % list->names.size()];
     return PlayedItem{path.substr(0, path.rfind('/') + 1) + name, {}};
+}
+
+ContentKind kind_of(const std::string &path)
+{
+    return content_kind(last_part(path), true);
 }
 
 // Where the system does not tell, there is enough.
@@ -59,7 +65,7 @@ void Lookahead::on_begun(const PlayedItem &item)
 {
     {
         const std::lock_guard<std::mutex> lock(mutex_);
-        history_.on_begun(item);
+        history_.on_begun(item, !std::exchange(nearly_over_, false));
     }
     post([this, path = item.path] {
         forget_end();
@@ -79,6 +85,10 @@ void Lookahead::on_end_expected(const std::string &path, std::chrono::millisecon
 
 void Lookahead::drop()
 {
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        nearly_over_ = false;
+    }
     post([this] {
         forget_end();
         drop_unless({});
@@ -152,9 +162,14 @@ void Lookahead::wait_until_done()
 void Lookahead::open_after(const std::string &path)
 {
     const std::optional<PlayedItem> next = follower_of(path);
-    if (!next || next->path == path || next->path == open_path_ ||
-        environment_.available_memory_kb() < LEAST_FREE_MEMORY_KB + LARGEST_ITEM_KB)
+    if (!next || next->path == open_path_ ||
+        (next->path == path && kind_of(path) == ContentKind::Photo))
         return;
+    if (environment_.available_memory_kb() < LEAST_FREE_MEMORY_KB + LARGEST_ITEM_KB) {
+        if (!std::exchange(shortage_logged_, true))
+            PLATFORM_LOGI("lookahead", "memory is short; nothing is opened ahead while it is");
+        return;
+    }
     drop_unless({});
     const Opener opener = opener_of(next->path);
     if (!opener.open)
@@ -180,6 +195,7 @@ std::optional<PlayedItem> Lookahead::follower_of(const std::string &path)
         const std::lock_guard<std::mutex> lock(mutex_);
         if (history_.latest().path != path)
             return std::nullopt;
+        nearly_over_ = true;
         if (std::optional<PlayedItem> next = history_.after(path))
             return next;
     }
@@ -199,9 +215,8 @@ void Lookahead::drop_unless(const std::string &path)
 
 Lookahead::Opener Lookahead::opener_of(const std::string &path)
 {
-    const ContentKind kind = content_kind(path.substr(path.rfind('/') + 1), true);
     const std::lock_guard<std::mutex> lock(mutex_);
-    return kind == ContentKind::Photo ? photo_ : video_;
+    return kind_of(path) == ContentKind::Photo ? photo_ : video_;
 }
 
 } // namespace platform

@@ -2,7 +2,7 @@
  * Has the next item opened while the present one still plays, so that nothing has to be waited for
  * between the two. Which item that is the application does not say: it is what followed the last
  * time, and before that the next one of the folder. A wrong guess costs some work and nothing else.
- * An item that follows itself is left alone: it plays in rounds, or stands.
+ * A photo that follows itself is left alone: it stands.
  *
  * One item is open ahead at a time, for the few seconds around the end of the present one, and none
  * while memory is short. Any thread; nothing blocks.
@@ -91,6 +91,7 @@ class Lookahead {
     const Environment environment_;
     std::mutex mutex_; ///< guards what follows
     ItemHistory history_;
+    bool nearly_over_ = false; ///< the latest item; what follows now follows its end
     Opener video_;
     Opener photo_;
 
@@ -100,6 +101,7 @@ class Lookahead {
     std::string expected_;            ///< the item whose end is known; empty: none is
     std::optional<Time> opening_;     ///< when its end is near
     std::optional<Time> giving_up_;   ///< when it has stayed too long
+    bool shortage_logged_ = false;
     WorkerThread thread_{"lookahead"};
 };
 

@@ -11,7 +11,7 @@ namespace platform {
 
 std::unique_ptr<UsbWatch> UsbWatch::create()
 {
-    const std::unique_ptr<udev, HandleEnd<udev_unref>> context(udev_new());
+    const std::shared_ptr<udev> context(udev_new(), [](udev *ended) { udev_unref(ended); });
     // The kernel's own word, which comes before those who unmount the disk have heard of it.
     const std::shared_ptr<udev_monitor> monitor(
         context ? udev_monitor_new_from_netlink(context.get(), "kernel") : nullptr,
@@ -22,7 +22,7 @@ std::unique_ptr<UsbWatch> UsbWatch::create()
         PLATFORM_LOGI("usb_storage", "nobody tells when a disk is pulled");
         return nullptr;
     }
-    const auto next_action = [monitor]() -> std::optional<std::string> {
+    const auto next_action = [context, monitor]() -> std::optional<std::string> {
         const std::unique_ptr<udev_device, HandleEnd<udev_device_unref>> device(
             udev_monitor_receive_device(monitor.get()));
         const char *action = device ? udev_device_get_action(device.get()) : nullptr;

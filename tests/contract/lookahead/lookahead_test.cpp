@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,7 @@ using platform::Lookahead;
 using platform::PlayedItem;
 using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 constexpr int64_t PLENTY_KB = int64_t{8} * 1024 * 1024;
@@ -41,9 +43,15 @@ class LookaheadTest : public testing::Test {
     Lookahead::Opener opener(const std::string &kind)
     {
         return {[this, kind](const PlayedItem &item) {
-                    calls_.push_back(kind + " " + item.path + " " + item.subtitle);
+                    record(kind + " " + item.path + " " + item.subtitle);
                 },
-                [this, kind] { calls_.push_back("drop " + kind); }};
+                [this, kind] { record("drop " + kind); }};
+    }
+
+    void record(std::string call)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        calls_.push_back(std::move(call));
     }
 
     void begin(const std::string &path) { lookahead_.on_begun({path, {}}); }
@@ -52,6 +60,7 @@ class LookaheadTest : public testing::Test {
     std::vector<std::string> calls()
     {
         lookahead_.wait_until_done();
+        const std::lock_guard<std::mutex> lock(mutex_);
         return std::exchange(calls_, {});
     }
 
@@ -100,7 +109,8 @@ class LookaheadTest : public testing::Test {
     std::atomic<int64_t> memory_kb_{PLENTY_KB};
     std::atomic<int> looks_{0}; ///< at the memory
     std::function<void()> while_looking_ = [] {};
-    std::vector<std::string> calls_; ///< the look-ahead's thread's, until it is done
+    std::mutex mutex_;
+    std::vector<std::string> calls_; ///< guarded
     Lookahead lookahead_{environment()};
 };
 
@@ -117,12 +127,31 @@ TEST_F(LookaheadTest, TheNextOfTheFolderIsOpenedWhenAnItemIsNearlyOver)
 TEST_F(LookaheadTest, WhatFollowedTheLastTimeGoesBeforeTheFolder)
 {
     begin("/a.mp4");
+    lookahead_.on_nearly_over("/a.mp4");
+    lookahead_.wait_until_done();
     lookahead_.on_begun({"/c.mp4", "/c.srt"});
     begin("/a.mp4");
+    ASSERT_THAT(calls(), ElementsAre("video /b.mp4 ", "drop video"));
 
     lookahead_.on_nearly_over("/a.mp4");
 
     EXPECT_THAT(calls(), ElementsAre("video /c.mp4 /c.srt"));
+}
+
+TEST_F(LookaheadTest, WhatBreaksInOnAnItemIsNotExpectedTheNextTime)
+{
+    begin("/a.mp4");
+    begin("/c.mp4");
+    begin("/a.mp4");
+    lookahead_.on_nearly_over("/a.mp4");
+    lookahead_.drop(); // held, and left from there
+    begin("/d.mp4");
+    begin("/a.mp4");
+    ASSERT_THAT(calls(), ElementsAre("video /b.mp4 ", "drop video"));
+
+    lookahead_.on_nearly_over("/a.mp4");
+
+    EXPECT_THAT(calls(), ElementsAre("video /b.mp4 "));
 }
 
 TEST_F(LookaheadTest, EachKindHasItsOwnService)
@@ -200,7 +229,20 @@ TEST_F(LookaheadTest, AnItemThatIsBegunWhileItIsLookedForIsNotOpenedTwice)
     EXPECT_THAT(calls(), ElementsAre("video /b.mp4 ", "drop video"));
 }
 
-TEST_F(LookaheadTest, AnItemThatFollowsItselfIsLeftAlone)
+TEST_F(LookaheadTest, AFilmThatFollowsItselfIsOpenedOnceMore)
+{
+    in_folder_ = "/a.mp4";
+    begin("/a.mp4");
+    lookahead_.on_nearly_over("/a.mp4");
+    ASSERT_THAT(calls(), ElementsAre("video /a.mp4 "));
+
+    begin("/a.mp4");
+    lookahead_.on_nearly_over("/a.mp4");
+
+    EXPECT_THAT(calls(), ElementsAre("video /a.mp4 "));
+}
+
+TEST_F(LookaheadTest, APhotoThatFollowsItselfIsLeftAlone)
 {
     in_folder_ = "/a.jpg";
     begin("/a.jpg");
@@ -224,10 +266,15 @@ TEST_F(LookaheadTest, NothingIsOpenedWhileMemoryIsShort)
 {
     memory_kb_ = SHORT_KB;
     begin("/a.mp4");
+    testing::internal::CaptureStderr();
 
-    lookahead_.on_nearly_over("/a.mp4");
+    for (int round = 0; round < 2; ++round)
+        lookahead_.on_nearly_over("/a.mp4");
 
     EXPECT_THAT(calls(), IsEmpty());
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(log.find("memory is short"), log.rfind("memory is short")) << log;
+    EXPECT_THAT(log, HasSubstr("memory is short"));
 }
 
 TEST_F(LookaheadTest, ItIsDroppedWhenMemoryGetsShortMeanwhile)
@@ -318,7 +365,7 @@ TEST_F(LookaheadTest, TheFolderIsReadAsThePlayerReadsIt)
     Lookahead::get().on_nearly_over(folder / "a.mp4");
     Lookahead::get().wait_until_done();
 
-    EXPECT_THAT(calls_, ElementsAre("photo " + std::string(folder / "d.jpg") + " "));
+    EXPECT_THAT(calls(), ElementsAre("photo " + std::string(folder / "d.jpg") + " "));
     Lookahead::get().set_opener(ContentKind::Video, {});
     Lookahead::get().set_opener(ContentKind::Photo, {});
 }
