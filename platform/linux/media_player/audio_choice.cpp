@@ -3,19 +3,11 @@
 #include "log/platform_log.h"
 
 namespace platform {
-namespace {
-
-// A set without any sound is asked for it no more often than this: a sound server that hangs takes
-// seconds to answer, and each of them holds back a video.
-constexpr auto SHORTEST_TIME_BETWEEN_SEARCHES = std::chrono::minutes(1);
-
-} // namespace
-
 std::string AudioChoice::sink()
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto now = environment_.now();
-    if (sink_.empty() && (!last_search_ || now - *last_search_ >= SHORTEST_TIME_BETWEEN_SEARCHES)) {
+    if (sink_.empty() && (!last_search_ || now - *last_search_ >= SOUND_SEARCH_INTERVAL)) {
         last_search_ = now;
         sink_ = find_sink();
         shared_ = sink_.empty() || sink_ == "pulsesink" || sink_ == "fakesink" ||

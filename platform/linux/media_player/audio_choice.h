@@ -13,6 +13,12 @@
 
 namespace platform {
 
+/**
+ * A set without any sound is asked for it no more often than this: a sound server that hangs takes
+ * seconds to answer, and each of them may hold back a video.
+ */
+constexpr std::chrono::milliseconds SOUND_SEARCH_INTERVAL = std::chrono::minutes(1);
+
 /** What the choice goes by; tests have their own. */
 struct AudioEnvironment {
     std::function<std::string()> wanted;                ///< element asked for by name; or empty

@@ -1,6 +1,7 @@
 #include "media_player/media_system.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <future>
@@ -22,6 +23,9 @@ const char *const COMMON_ELEMENTS[] = {"playbin",    "uridecodebin", "decodebin"
                                        "multiqueue", "typefind",     "qtdemux",     "h264parse",
                                        "volume",     "audioconvert", "deinterlace", "fakesink"};
 const char *const COMMON_DECODERS[] = {"avdec_h264", "avdec_aac"};
+
+// The end of the program is not to be felt.
+constexpr auto LOOK_AFTER_STOPPING = std::chrono::milliseconds(50);
 
 // How many threads are at work here.
 std::atomic<int> under_way = 0;
@@ -95,8 +99,11 @@ void start_media_system()
     media_system();
 }
 
-bool wait_for_media_system()
+bool wait_for_media_system(const std::atomic<bool> &stopping)
 {
+    while (media_system().wait_for(LOOK_AFTER_STOPPING) == std::future_status::timeout)
+        if (stopping)
+            return false;
     if (!media_system().get())
         return false;
     choose_audio_sink();

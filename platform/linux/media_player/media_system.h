@@ -4,13 +4,20 @@
  */
 #pragma once
 
+#include <atomic>
+
 namespace platform {
 
 /** Begins to set GStreamer up, unless that has been done; returns at once. Any thread. */
 void start_media_system();
 
-/** Returns when GStreamer is ready and knows where sound goes. Any thread but the main loop's. */
-bool wait_for_media_system();
+/**
+ * Returns when GStreamer is ready and knows where sound goes. Any thread but the main loop's.
+ *
+ * @param stopping gives the wait up
+ * @return false: given up, or there is no GStreamer
+ */
+bool wait_for_media_system(const std::atomic<bool> &stopping);
 
 /**
  * Begins to load the decoders of the commonest files, and returns at once; a file that needs one

@@ -53,8 +53,8 @@ Playback::Playback(PlaybackRequest request, PlaybackEvents events)
     : request_(std::move(request)), events_(std::move(events)),
       output_(std::make_shared<FrameOutput>(request_.display, request_.options->sdr_white)),
       path_(local_path(request_.uri)), name_(path_.empty() ? request_.uri : path_),
-      sound_(request_.options->sound_retry_interval), looping_(request_.looping),
-      subtitle_(request_.subtitle)
+      sound_(request_.options->sound_retry_interval), may_be_stale_(request_.ahead),
+      looping_(request_.looping), subtitle_(request_.subtitle)
 {
 }
 
@@ -66,9 +66,12 @@ void Playback::apply_request(const std::string &subtitle, bool looping)
         looping_ = looping;
         if (phase_ == Phase::Failed)
             return;
-        if (stamp_ && stamp_ != file_stamp(path_))
-            open_changed_file();
-        take_subtitle(subtitle);
+        waiting_since_ = Clock::now();
+        if (sound_.lost_device() || (stamp_ && stamp_ != file_stamp(path_)) ||
+            subtitle_.has_changed(subtitle))
+            become_stale();
+        else
+            take_subtitle(subtitle);
     });
 }
 
@@ -82,6 +85,8 @@ void Playback::release_results()
             result();
         if (phase_ == Phase::AwaitingSubtitle)
             await_subtitle();
+        else if (phase_ == Phase::Prepared)
+            finish_preparation();
     });
 }
 
@@ -142,12 +147,13 @@ void Playback::begin()
 
 void Playback::dispose()
 {
-    subtitle_reader_->close();
+    subtitle_.give_up();
+    sound_search_.close();
     opener_.close();
     opener_.wait_for_end({});
     trick_.reset();
     pipeline_.reset();
-    subtitle_reader_->wait_for_end(LONGEST_WAIT_FOR_SUBTITLE_END);
+    subtitle_.wait_for_end(LONGEST_WAIT_FOR_SUBTITLE_END);
     events_ = {};
 }
 
@@ -158,7 +164,7 @@ std::array<Playback::Deadline, 7> Playback::deadlines() const
     if (phase_ == Phase::Playing && !wait_)
         step = trick_->deadline();
     return {{{wait_ ? std::optional(wait_->limit) : std::nullopt, &Playback::on_ready_too_late},
-             {subtitle_limit_, &Playback::give_up_subtitle},
+             {subtitle_.due(), &Playback::give_up_subtitle},
              {rounds_.due(), &Playback::on_round_due},
              {break_.due(), &Playback::check_broken},
              {stall_.due(), &Playback::check_for_stall},
@@ -201,7 +207,7 @@ void Playback::on_ready_too_late()
 void Playback::begin_wait_for_first_frame()
 {
     waiting_since_ = Clock::now();
-    subtitle_limit_.reset();
+    subtitle_.expect_by({});
     await_first_frame();
 }
 
@@ -213,10 +219,7 @@ void Playback::await_first_frame()
 void Playback::open_file()
 {
     const int code = try_open();
-    thread_.post([this, code, generation = generation_] {
-        // A file that has changed meanwhile has been opened anew.
-        if (generation != generation_)
-            return;
+    thread_.post([this, code] {
         // Where the pipeline told a reason, that has been dealt with by now.
         if (code != PLAYER_ERROR_NONE && preparing() && !sound_.silent())
             fail(code, "it cannot be opened");
@@ -227,7 +230,7 @@ void Playback::open_file()
 
 int Playback::try_open()
 {
-    if (!request_.options->set_up())
+    if (!request_.options->set_up(opener_.stopping()))
         return PLAYER_ERROR_INVALID_OPERATION;
     thread_.post([this] {
         if (phase_ != Phase::SettingUp)
@@ -242,23 +245,11 @@ int Playback::try_open()
     }
     thread_.post([this, stamp = file_stamp(path_)] { stamp_ = stamp; });
     output_->set_end_listener([this] { thread_.post([this] { on_round_shown(); }); });
-    thread_.post([this] { start_subtitle(); });
+    thread_.post([this] { read_subtitle(); });
     if (thread_.stopping())
         return PLAYER_ERROR_NONE;
     make_pipeline();
     return pipeline_->open() ? PLAYER_ERROR_NONE : PLAYER_ERROR_INVALID_OPERATION;
-}
-
-void Playback::open_changed_file()
-{
-    PLATFORM_LOGI("player", "%s has changed and is opened anew", name_.c_str());
-    held_results_->clear();
-    phase_ = Phase::AwaitingFrame;
-    begin_wait_for_first_frame();
-    if (const int code = check_media_file(path_))
-        fail(code, "it cannot be opened");
-    else if (!open_again())
-        fail(PLAYER_ERROR_INVALID_OPERATION, "it cannot be opened");
 }
 
 // Two files can be open at a time, so that a change between them is quick, but no more. Where they
@@ -353,15 +344,94 @@ void Playback::on_nothing_came()
 {
     const auto waited = Clock::now() - waiting_since_;
     const auto timeout = request_.options->first_frame_timeout;
-    if (waited > (phase_ == Phase::SettingUp ? LONGEST_SET_UP : timeout))
+    if (waited > (phase_ == Phase::SettingUp ? LONGEST_SET_UP : timeout)) {
+        may_be_stale_ = may_be_stale_ && held_results_; // it was waited for long enough
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
-    else if (phase_ == Phase::AwaitingFrame && pipeline_ && pipeline_->reader_gave_up())
+    } else if (phase_ == Phase::AwaitingFrame && pipeline_ && pipeline_->reader_gave_up())
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its reader found nothing in it");
     else if (waited > timeout / 2 && output_->width() > 0 && !sound_.silent())
         // Pictures but no sound arrived: a sound track without contents must not stop the show.
         go_silent("no sound arrives");
     else
         await_first_frame();
+}
+
+void Playback::read_subtitle()
+{
+    const auto deliver = [weak = weak_from_this()](const std::string &path,
+                                                   const std::shared_ptr<SubtitleTrack> &track,
+                                                   const std::string &error) {
+        if (const std::shared_ptr<Playback> playback = weak.lock())
+            playback->thread_.post([self = playback.get(), path, track, error] {
+                self->on_subtitle_read(path, track, error);
+            });
+    };
+    if (!subtitle_.begin(request_.options->load_subtitle, deliver))
+        warn_about_subtitle("there is no thread to read it");
+}
+
+// A file that was opened ahead may have been opened with another one, or with none.
+void Playback::take_subtitle(const std::string &path)
+{
+    if (path == subtitle_.path())
+        return;
+    subtitle_.want(path);
+    has_subtitle_ = false;
+    output_->set_subtitle(nullptr, {});
+    read_subtitle();
+    if (phase_ == Phase::Prepared)
+        phase_ = Phase::AwaitingSubtitle;
+    if (phase_ == Phase::AwaitingSubtitle)
+        await_subtitle();
+}
+
+// Of a file that is open ahead it may take its time, as nobody waits for it.
+void Playback::await_subtitle()
+{
+    if (subtitle_.pending()) {
+        if (!held_results_)
+            subtitle_.expect_by(Clock::now() + request_.options->subtitle_timeout);
+        return;
+    }
+    subtitle_.expect_by({});
+    phase_ = Phase::Prepared;
+    if (!held_results_)
+        finish_preparation();
+}
+
+void Playback::on_subtitle_read(const std::string &path,
+                                const std::shared_ptr<SubtitleTrack> &track,
+                                const std::string &error)
+{
+    if (!subtitle_.accept(path))
+        return;
+    if (track) {
+        has_subtitle_ = true;
+        output_->set_subtitle(track, [this](const SubtitleTrack::Cue &cue) {
+            thread_.post([this, cue] { events_.subtitle(*this, cue); });
+        });
+    } else {
+        warn_about_subtitle(error);
+    }
+    if (phase_ == Phase::AwaitingSubtitle)
+        await_subtitle();
+}
+
+void Playback::give_up_subtitle()
+{
+    subtitle_.give_up();
+    warn_about_subtitle("it was not read in time");
+    await_subtitle();
+}
+
+void Playback::warn_about_subtitle(const std::string &why)
+{
+    report_result([this, why, subtitle = subtitle_.path()] {
+        // A guess that was not asked for is nobody's loss.
+        if (subtitle == subtitle_.path())
+            PLATFORM_LOGW("player", "%s plays without its subtitle %s: %s", name_.c_str(),
+                          subtitle.c_str(), why.c_str());
+    });
 }
 
 void Playback::report_result(std::function<void()> result)
@@ -375,8 +445,6 @@ void Playback::report_result(std::function<void()> result)
 // Runs when the caller has said all it wants to say about this file, looping included.
 void Playback::finish_preparation()
 {
-    if (phase_ != Phase::Prepared)
-        return;
     if (sound_unsupported_ && !pipeline_->has_sound()) {
         const std::string &missing = missing_decoders_[Track::Sound];
         if (!missing.empty())
@@ -421,11 +489,25 @@ void Playback::interrupt(const std::string &why)
 
 void Playback::end_in_failure(std::function<void()> tell)
 {
+    if (preparing() && may_be_stale_) {
+        become_stale();
+        return;
+    }
     phase_ = Phase::Failed;
-    worth_another_try_ = true;
     wait_.reset();
     output_->close();
     report_result(std::move(tell));
+}
+
+// What was to be told of it is told of the one that takes its place.
+void Playback::become_stale()
+{
+    phase_ = Phase::Failed;
+    wait_.reset();
+    output_->close();
+    if (held_results_)
+        held_results_->clear();
+    report_result([this] { events_.stale(*this); });
 }
 
 } // namespace platform

@@ -24,6 +24,7 @@
 #include "media_player/progress_watch.h"
 #include "media_player/rounds.h"
 #include "media_player/sound_recovery.h"
+#include "media_player/subtitle_reading.h"
 #include "media_player/trick_play.h"
 
 namespace platform {
@@ -45,6 +46,8 @@ struct PlaybackEvents {
     std::function<void(Playback &from, uint64_t request)> normal_speed;
     /** It will soon have played to its end, and not begin anew. */
     std::function<void(Playback &from)> nearly_over;
+    /** What was opened ahead is of no use; opened anew, the file may be. Nothing more comes. */
+    std::function<void(Playback &from)> stale;
 };
 
 struct PlaybackRequest {
@@ -52,6 +55,7 @@ struct PlaybackRequest {
     std::string subtitle; ///< path; empty: none
     std::shared_ptr<DisplaySettings> display;
     bool looping = false;
+    bool ahead = false; ///< nobody has asked for it yet, and another file may still play
     std::shared_ptr<const PlayerOptions> options;
     std::shared_future<void> previous;        ///< the file before, as far as it still goes away
     std::shared_future<void> before_previous; ///< and the one before that
@@ -67,9 +71,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     static std::shared_ptr<Playback> open(PlaybackRequest request, PlaybackEvents events);
 
     // Any thread; all return at once, but for close(), which waits for a frame being drawn.
-    /**
-     * Says what the caller wants of a file that was opened ahead of the call; before its results. A
-     * file that has changed since then is opened anew.
+    /** Says what the caller wants of a file that was opened ahead of the call; before its results.
      */
     void apply_request(const std::string &subtitle, bool looping);
     void release_results();
@@ -91,9 +93,6 @@ class Playback : public std::enable_shared_from_this<Playback> {
     int height() const { return output_->height(); }
     bool has_subtitle() const { return has_subtitle_; }
 
-    /** Whether it could not be prepared, or not with its sound; any thread. */
-    bool is_worth_another_try() const { return worth_another_try_; }
-
     Playback(PlaybackRequest request, PlaybackEvents events);
     ~Playback();
 
@@ -105,8 +104,6 @@ class Playback : public std::enable_shared_from_this<Playback> {
      * Even an exact seek decodes one stretch between key frames, mostly well below a second's work.
      */
     static constexpr auto LONGEST_SEEK = std::chrono::milliseconds(5000);
-
-    static constexpr const char *SUBTITLE_READER = "subtitle"; ///< the thread's name
 
     /** In their order; up to Ready the file is being prepared. */
     enum class Phase {
@@ -150,7 +147,6 @@ class Playback : public std::enable_shared_from_this<Playback> {
     // Preparation.
     void open_file();
     int try_open();
-    void open_changed_file();
     void wait_for_others() const;
     void make_pipeline();
     bool open_again();
@@ -164,7 +160,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
 
     // Its subtitle.
     void take_subtitle(const std::string &path);
-    void start_subtitle();
+    void read_subtitle();
     void await_subtitle();
     void on_subtitle_read(const std::string &path, const std::shared_ptr<SubtitleTrack> &track,
                           const std::string &error);
@@ -203,6 +199,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     std::string why_no_picture(const std::string &otherwise) const;
     void go_silent(const std::string &why);
     bool sound_is_back();
+    void search_sound();
     void reopen_with_sound();
     void check_for_stall();
     void on_broken(const std::string &why);
@@ -210,6 +207,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void restart();
     void fail(int error_code, const std::string &why);
     void interrupt(const std::string &why);
+    void become_stale();
     void end_in_failure(std::function<void()> tell);
 
     const PlaybackRequest request_;
@@ -219,10 +217,9 @@ class Playback : public std::enable_shared_from_this<Playback> {
     const std::string name_; ///< for log lines
     WorkerThread thread_{"file"};
     WorkerThread opener_{"file-opener"};
-    std::optional<WorkerThread> subtitle_reader_{SUBTITLE_READER};
+    WorkerThread sound_search_{"sound-search"};
     std::atomic<GstClockTime> duration_{GST_CLOCK_TIME_NONE};
     std::atomic<bool> has_subtitle_{false};
-    std::atomic<bool> worth_another_try_{false};
     std::atomic<bool> count_drops_{true};
 
     // Made by the opener, then used by the thread alone.
@@ -236,8 +233,9 @@ class Playback : public std::enable_shared_from_this<Playback> {
     std::optional<FileStamp> stamp_;  ///< of the file, as it was opened
     Clock::time_point waiting_since_; ///< for the media system, or for the first frame
     std::optional<PipelineWait> wait_;
-    /** What came of the preparation, until the caller wants to hear it; null: it does. */
+    /** What is to be told of the preparation, until the caller wants to hear it; null: it does. */
     std::optional<std::vector<std::function<void()>>> held_results_{std::in_place};
+    bool may_be_stale_; ///< what goes wrong with it may not go wrong when it is opened anew
     std::map<Track, std::string> missing_decoders_; ///< in words
     bool sound_unsupported_ = false;
     bool damage_logged_ = false; ///< a file that plays over and over would tell it each time
@@ -246,11 +244,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     double wanted_rate_ = 1.0;
     uint64_t rate_request_ = 0;
 
-    std::string subtitle_;          ///< path; empty: none is wanted
-    std::string subtitle_begun_;    ///< the one whose reading was begun last
-    bool subtitle_pending_ = false; ///< it is being read
-    std::optional<Clock::time_point> subtitle_limit_;
-
+    SubtitleReading subtitle_;
     Rounds rounds_;
     StallWatch stall_;
     BreakWatch break_;

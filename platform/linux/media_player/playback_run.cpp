@@ -227,6 +227,8 @@ void Playback::check_for_end()
     end_.stop();
     if (phase_ != Phase::Playing || looping_ || trick_->rate() != 1.0)
         return;
+    if (!GST_CLOCK_TIME_IS_VALID(duration_))
+        duration_ = pipeline_->duration();
     if (end_.check({known(output_->position()), known(duration_)}, Clock::now()))
         events_.nearly_over(*this);
 }

@@ -43,7 +43,6 @@ void Playback::on_failure(const Failure &failure)
     case Failure::Part::SoundDevice:
         forget_audio_sink();
         sound_.on_device_lost(Clock::now());
-        worth_another_try_ = true;
         go_silent(failure.text);
         return;
     default:
@@ -64,8 +63,6 @@ void Playback::go_silent(const std::string &why)
         PLATFORM_LOGW("player", "%s plays in silence: %s", name_.c_str(), why.c_str());
     };
     if (preparing()) {
-        if (held_results_)
-            held_results_->clear();
         report_result(warn);
         phase_ = Phase::AwaitingFrame;
         begin_wait_for_first_frame();
@@ -96,10 +93,22 @@ void Playback::go_silent(const std::string &why)
 // its sound back to.
 bool Playback::sound_is_back()
 {
-    if (break_.broken() || trick_->rate() != 1.0 ||
-        !sound_.try_is_due(pipeline_->has_sound(), Clock::now()))
+    if (break_.broken() || trick_->rate() != 1.0)
         return false;
-    return request_.options->find_sound();
+    if (sound_.try_is_due(pipeline_->has_sound(), Clock::now()))
+        search_sound();
+    return sound_.found_device();
+}
+
+// A sound server that hangs takes seconds to answer, and the next round would come late.
+void Playback::search_sound()
+{
+    sound_search_.post([weak = weak_from_this(), find = request_.options->find_sound] {
+        const bool found = find();
+        if (const std::shared_ptr<Playback> playback = weak.lock())
+            playback->thread_.post(
+                [self = playback.get(), found] { self->sound_.on_search_over(found); });
+    });
 }
 
 // A pipeline that was put together without a sound device takes none in later: it is opened anew.

@@ -180,7 +180,7 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
         display_->set_plane(VideoPlane::offscreen(UNSEEN_WIDTH, UNSEEN_HEIGHT));
     std::shared_ptr<Playback> opened = take_ahead();
     if (!opened)
-        opened = open({uri_, subtitle_});
+        opened = open({uri_, subtitle_}, false);
     if (!opened)
         return PLAYER_ERROR_RESOURCE_LIMIT;
     if (options_->lookahead)
@@ -192,13 +192,14 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
     return PLAYER_ERROR_NONE;
 }
 
-std::shared_ptr<Playback> Player::open(const PlayedItem &item)
+std::shared_ptr<Playback> Player::open(const PlayedItem &item, bool ahead)
 {
     PlaybackRequest request;
     request.uri = media_uri(item.path);
     request.subtitle = item.subtitle;
     request.display = display_;
     request.looping = looping_;
+    request.ahead = ahead;
     request.options = options_;
     request.previous = current_ ? current_->disposed() : previous_;
     request.before_previous = current_ ? previous_ : before_previous_;
@@ -213,7 +214,7 @@ void Player::open_ahead(const PlayedItem &item)
     drop_ahead();
     const std::lock_guard<std::mutex> lock(mutex_);
     if (state_ != PLAYER_STATE_NONE && !media_uri(item.path).empty())
-        ahead_ = {item.path, open(item)};
+        ahead_ = {item.path, open(item, true)};
 }
 
 void Player::drop_ahead()
@@ -229,13 +230,12 @@ void Player::drop_ahead()
         dropped->close();
 }
 
-// One that could not be prepared beside the file that played may well be prepared alone.
 std::shared_ptr<Playback> Player::take_ahead()
 {
     const Ahead ahead = std::exchange(ahead_, {});
     if (!ahead.playback)
         return nullptr;
-    if (ahead.uri != uri_ || ahead.playback->is_worth_another_try()) {
+    if (ahead.uri != uri_) {
         keep_as_previous(*ahead.playback);
         ahead.playback->close();
         return nullptr;
@@ -331,6 +331,9 @@ int Player::pause()
         return PLAYER_ERROR_INVALID_STATE;
     state_ = PLAYER_STATE_PAUSED;
     current_->pause();
+    // Nobody knows how long it is held.
+    if (options_->lookahead)
+        options_->lookahead->drop();
     return PLAYER_ERROR_NONE;
 }
 
@@ -424,6 +427,7 @@ PlaybackEvents Player::playback_events()
     events.subtitle = std::bind(&Player::on_subtitle, self, _1, _2);
     events.normal_speed = std::bind(&Player::on_normal_speed, self, _1, _2);
     events.nearly_over = std::bind(&Player::on_nearly_over, self, _1);
+    events.stale = std::bind(&Player::on_stale, self, _1);
     return events;
 }
 
@@ -516,6 +520,26 @@ void Player::on_normal_speed(const Playback &from, uint64_t request)
     const std::lock_guard<std::mutex> lock(mutex_);
     if (current_.get() == &from && request == rate_request_)
         rate_ = 1.0;
+}
+
+// What could not be prepared beside the file that played may well be prepared alone.
+void Player::on_stale(Playback &from)
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (current_.get() == &from) {
+        std::shared_ptr<Playback> anew = open({uri_, subtitle_}, false);
+        if (!anew) {
+            lock.unlock();
+            on_failed(from, PLAYER_ERROR_RESOURCE_LIMIT);
+            return;
+        }
+        PLATFORM_LOGI("player", "%s is opened anew", uri_.c_str());
+        keep_as_previous(from);
+        current_ = std::move(anew);
+        schedule_release(current_);
+    }
+    lock.unlock();
+    from.close();
 }
 
 void Player::on_nearly_over(const Playback &from)

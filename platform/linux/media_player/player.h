@@ -87,8 +87,9 @@ class Player : public std::enable_shared_from_this<Player> {
     void on_subtitle(const Playback &from, const SubtitleTrack::Cue &cue);
     void on_normal_speed(const Playback &from, uint64_t request);
     void on_nearly_over(const Playback &from);
+    void on_stale(Playback &from);
 
-    std::shared_ptr<Playback> open(const PlayedItem &item);
+    std::shared_ptr<Playback> open(const PlayedItem &item, bool ahead);
     std::shared_ptr<Playback> take_ahead();
 
     template <typename Change> void notify(const Playback &from, Change change);

@@ -1,12 +1,14 @@
 /** What the media player does by default, and tests set otherwise. Made once for each player. */
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
 
 #include "lookahead/lookahead.h"
+#include "media_player/audio_choice.h"
 #include "media_player/audio_sink.h"
 #include "media_player/media_system.h"
 #include "media_player/pipeline.h"
@@ -24,9 +26,9 @@ struct PlayerOptions {
     /** Whether there is a sound device; looks again for a lost one. */
     std::function<bool()> find_sound = choose_audio_sink;
     /** How long a looping file that lost its sound waits before it tries it again. */
-    std::chrono::milliseconds sound_retry_interval{60000};
-    /** Waits for the media system; false: there is none. */
-    std::function<bool()> set_up = wait_for_media_system;
+    std::chrono::milliseconds sound_retry_interval = SOUND_SEARCH_INTERVAL;
+    /** Waits for the media system, at most until it is told to stop; false: there is none. */
+    std::function<bool(const std::atomic<bool> &stopping)> set_up = wait_for_media_system;
     std::chrono::milliseconds first_frame_timeout{15000}; ///< longest wait for a first frame
     /** Of films of high dynamic range: the light that becomes the screen's white, cd/m². */
     double sdr_white = Settings::get().sdr_white;

@@ -30,6 +30,10 @@ constexpr auto SHORTEST_LIFE = std::chrono::milliseconds(1000);
 // beginning, when the one before it goes away, is left in peace.
 constexpr std::chrono::nanoseconds NEAR_THE_END = std::chrono::seconds(4);
 
+// Some readers learn how long a film is while they read it; where nobody does, its end comes
+// unawares. A successor that is open for the whole of a film would cost more than it gains.
+constexpr std::chrono::nanoseconds LENGTH_INTERVAL = std::chrono::seconds(2);
+
 // The newest frame may stand, and the end with it; that is no reason to look all the time.
 constexpr std::chrono::nanoseconds SHORTEST_INTERVAL = std::chrono::milliseconds(100);
 
@@ -97,8 +101,10 @@ BreakWatch::Verdict BreakWatch::check(const Progress &progress, Time now)
 bool EndWatch::check(const Progress &progress, Time now)
 {
     due_.reset();
-    if (!progress.length)
-        return true;
+    if (!progress.length) {
+        due_ = now + LENGTH_INTERVAL;
+        return false;
+    }
     const auto near = std::min(NEAR_THE_END, *progress.length / 2);
     const auto left = *progress.length - progress.position.value_or(std::chrono::nanoseconds(0));
     if (left <= near)

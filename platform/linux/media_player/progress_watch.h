@@ -101,14 +101,14 @@ class EndWatch {
         std::optional<std::chrono::nanoseconds> length;
     };
 
-    /** The file begins to play forward, once, at normal speed. */
+    /** The file begins to play, or plays another way than before. */
     void start(Time now) { due_ = now; }
     void stop() { due_.reset(); }
 
     /** When to check() next, if ever. */
     std::optional<Time> due() const { return due_; }
 
-    /** @return true, once, when the end is near; where nothing tells the length it always is */
+    /** @return true, once, when the end is near; never as long as nothing tells the length */
     bool check(const Progress &progress, Time now);
 
   private:

@@ -15,6 +15,7 @@ void SoundRecovery::on_pipeline(bool device, Time now)
 {
     if (!silent_)
         without_device_ = !device;
+    found_ = false;
     next_try_ = now + pause_;
 }
 

@@ -19,6 +19,9 @@ class SoundRecovery {
     /** Whether the file plays without sound, after trouble with it. */
     bool silent() const { return silent_; }
 
+    /** Whether it does because of its device, and not of its own sound. */
+    bool lost_device() const { return silent_ && without_device_; }
+
     /** A pipeline with a sink for the sound is made. @param device whether there is a device */
     void on_pipeline(bool device, Time now);
 
@@ -35,6 +38,12 @@ class SoundRecovery {
      */
     bool try_is_due(bool has_track, Time now);
 
+    /** A search that try_is_due() asked for is over. */
+    void on_search_over(bool found) { found_ = found; }
+
+    /** Whether the last search found a device for the file to be opened anew with. */
+    bool found_device() const { return found_; }
+
     /**
      * There is a device again, and the file is opened anew for it. A device that is there and
      * breaks each time holds the picture, so the tries become rarer.
@@ -49,6 +58,7 @@ class SoundRecovery {
     std::chrono::milliseconds pause_;
     bool silent_ = false;
     bool without_device_ = false; ///< there was no device, or it was lost
+    bool found_ = false;
     Time next_try_;
 };
 

@@ -1,6 +1,7 @@
 // A file that is opened while another one plays, in the hope that it is asked for next.
 
 #include <filesystem>
+#include <future>
 #include <limits>
 
 #include <gmock/gmock.h>
@@ -135,6 +136,20 @@ TEST_F(Ahead, AFileThatHasChangedIsOpenedAnew)
     EXPECT_THAT(events(), ElementsAre("prepared"));
 }
 
+TEST_F(Ahead, ASubtitleThatHasChangedIsReadAnew)
+{
+    write_file(path("a.srt"), "1\n00:00:00,000 --> 00:00:10,000\nHello shop\n");
+    const std::string file = clip("a.mp4");
+    ASSERT_NO_FATAL_FAILURE(open_ahead({file, path("a.srt")}));
+    write_file(path("a.srt"), "1\n00:00:00,000 --> 00:00:10,000\nGood evening\n");
+    ASSERT_EQ(player_->set_subtitle_path(path("a.srt")), PLAYER_ERROR_NONE);
+
+    ASSERT_TRUE(playing(file));
+
+    EXPECT_TRUE(wait_for_event("subtitle 10000 Good evening"));
+    EXPECT_EQ(count("subtitle 10000 Hello shop"), 0);
+}
+
 TEST_F(Ahead, AFileThatIsGoneFailsAsItAlwaysDoes)
 {
     const std::string file = clip("a.mp4");
@@ -162,6 +177,60 @@ TEST_F(Ahead, OneThatCouldNotBePreparedIsTriedOnceMoreAndToldOfThenOnly)
     const size_t told = log.find("a.mp4 cannot be played");
     EXPECT_NE(told, std::string::npos);
     EXPECT_EQ(log.find("a.mp4 cannot be played", told + 1), std::string::npos) << log;
+}
+
+TEST_F(Ahead, OneThatFailsAfterItWasAskedForIsTriedOnceMoreAsWell)
+{
+    platform::PlayerOptions options = counting_options();
+    std::promise<void> asked;
+    std::atomic<int> tries{0};
+    options.set_up = [&tries, after = asked.get_future().share()](const std::atomic<bool> &) {
+        if (tries++ > 0)
+            return true;
+        after.wait();
+        return false;
+    };
+    make_player(options);
+    const std::string file = clip("a.mp4");
+    player_->open_ahead({file, {}});
+    ASSERT_EQ(prepare(file), PLAYER_ERROR_NONE);
+    ASSERT_TRUE(stays([this] { return events().empty(); }, 0.1));
+
+    asked.set_value();
+
+    EXPECT_TRUE(wait_for_event("prepared"));
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+    EXPECT_EQ(tries, 2);
+}
+
+TEST_F(Ahead, ThatItPlaysInSilenceIsToldWhateverSubtitleItGets)
+{
+    write_file(path("b.srt"), "1\n00:00:00,000 --> 00:00:10,000\nGood evening\n");
+    platform::PlayerOptions options = usual_options();
+    std::atomic<GstElement *> converter{nullptr};
+    options.make_audio_sink = [&converter] {
+        GError *error = nullptr;
+        platform::ElementPtr sink(GST_ELEMENT(gst_object_ref_sink(gst_parse_bin_from_description(
+            "audioconvert name=converter ! fakesink sync=true", TRUE, &error))));
+        converter = gst_bin_get_by_name(GST_BIN(sink.get()), "converter");
+        return sink;
+    };
+    make_player(options);
+    const std::string file = clip("a.mp4");
+    testing::internal::CaptureStderr();
+    player_->open_ahead({file, {}});
+    ASSERT_TRUE(wait_for([&] { return converter.load() != nullptr; }));
+    const platform::ElementPtr broken(converter.exchange(nullptr));
+    ASSERT_TRUE(wait_for([&] { return is_in_state(broken, GST_STATE_PAUSED); }));
+    GST_ELEMENT_ERROR(broken.get(), STREAM, DECODE, ("its sound is rubbish"), (nullptr));
+    ASSERT_TRUE(wait_for([&] { return is_in_state(broken, GST_STATE_NULL); }));
+    ASSERT_EQ(player_->set_subtitle_path(path("b.srt")), PLAYER_ERROR_NONE);
+
+    ASSERT_TRUE(playing(file));
+
+    EXPECT_TRUE(wait_for_event("subtitle 10000 Good evening"));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                HasSubstr("plays in silence: its sound is rubbish"));
 }
 
 TEST_F(Ahead, ItIsShownWithTheSubtitleThatIsAskedFor)
@@ -333,7 +402,7 @@ TEST_F(AheadByItself, AFileThatPlaysOverAndOverHasNone)
     EXPECT_EQ(opened_, 1);
 }
 
-TEST_F(AheadByItself, ItIsLetGoOfWhenTheFilePlaysFast)
+TEST_F(AheadByItself, ItIsLetGoOfWhenTheFileIsHeldOrPlaysFast)
 {
     Clip film;
     film.frames = 600;
@@ -341,12 +410,16 @@ TEST_F(AheadByItself, ItIsLetGoOfWhenTheFilePlaysFast)
     film.height = 36;
     film.sound = false;
     ASSERT_TRUE(playing(clip("a.mp4", film)));
-    lookahead_.on_nearly_over(path("a.mp4"));
-    ASSERT_TRUE(wait_for([this] { return is_open(next_); }));
+    const auto let_go_of_by = [this](const auto &call) {
+        lookahead_.on_nearly_over(path("a.mp4"));
+        ASSERT_TRUE(wait_for([this] { return is_open(next_); }));
 
-    ASSERT_EQ(player_->set_rate(2.0), PLAYER_ERROR_NONE);
+        ASSERT_EQ(call(), PLAYER_ERROR_NONE);
 
-    EXPECT_TRUE(is_let_go(next_));
+        EXPECT_TRUE(is_let_go(next_));
+    };
+    let_go_of_by([this] { return player_->set_rate(2.0); });
+    let_go_of_by([this] { return player_->pause(); });
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 namespace player_test {
@@ -275,7 +276,9 @@ TEST_F(BadFile, AMediaSystemThatIsSlowToStartIsWaitedFor)
     platform::PlayerOptions options;
     options.first_frame_timeout = std::chrono::seconds(4);
     std::promise<bool> set_up;
-    options.set_up = [started = set_up.get_future().share()] { return started.get(); };
+    options.set_up = [started = set_up.get_future().share()](const std::atomic<bool> &) {
+        return started.get();
+    };
     make_player(options);
     ASSERT_EQ(prepare(clip("a.mp4")), PLAYER_ERROR_NONE);
 
@@ -291,7 +294,7 @@ TEST_F(BadFile, AFileThatDoesNotCloseIsLeftToItself)
     platform::PlayerOptions options;
     std::promise<void> begun;
     std::promise<bool> opened;
-    options.set_up = [&begun, open = opened.get_future().share()] {
+    options.set_up = [&begun, open = opened.get_future().share()](const std::atomic<bool> &) {
         begun.set_value();
         return open.get();
     };
@@ -313,10 +316,29 @@ TEST_F(BadFile, AFileThatDoesNotCloseIsLeftToItself)
     patience.join();
 }
 
+TEST_F(BadFile, AWaitForTheMediaSystemIsGivenUpWithItsFile)
+{
+    platform::PlayerOptions options;
+    std::promise<void> begun;
+    options.set_up = [this, &begun](const std::atomic<bool> &stopping) {
+        begun.set_value();
+        EXPECT_TRUE(wait_for([&] { return stopping.load(); }));
+        return false;
+    };
+    make_player(options);
+    ASSERT_EQ(prepare(clip("a.mp4")), PLAYER_ERROR_NONE);
+    begun.get_future().wait();
+    testing::internal::CaptureStderr();
+
+    player_->destroy();
+
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), Not(testing::HasSubstr("slow to close")));
+}
+
 TEST_F(BadFile, AMediaSystemThatDoesNotStartIsAnError)
 {
     platform::PlayerOptions options;
-    options.set_up = [] { return false; };
+    options.set_up = [](const std::atomic<bool> &) { return false; };
     make_player(options);
 
     EXPECT_EQ(outcome(clip("a.mp4")), "error -38");

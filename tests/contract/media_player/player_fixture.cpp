@@ -59,7 +59,7 @@ void PlayerTest::SetUpTestSuite()
     setenv("ECORE_NO_SYSTEM_MODULES", "1", 1);
     ecore_init();
     platform::start_media_system();
-    ASSERT_TRUE(platform::wait_for_media_system());
+    ASSERT_TRUE(platform::wait_for_media_system(std::atomic<bool>(false)));
 }
 
 void PlayerTest::TearDownTestSuite()

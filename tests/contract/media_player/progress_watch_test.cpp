@@ -298,9 +298,10 @@ TEST_F(EndWatchTest, OneThatHasShownNothingIsAtItsBeginning)
     EXPECT_EQ(watch_.due(), now_ + 56s);
 }
 
-TEST_F(EndWatchTest, OneOfUnknownLengthMayEndAtAnyTime)
+TEST_F(EndWatchTest, OneOfUnknownLengthIsLookedAtAgain)
 {
-    EXPECT_TRUE(watch_.check({10s, std::nullopt}, now_));
+    EXPECT_FALSE(watch_.check({10s, std::nullopt}, now_));
+    EXPECT_EQ(watch_.due(), now_ + 2s);
 }
 
 TEST_F(EndWatchTest, DoesNotLookWhenItIsStopped)

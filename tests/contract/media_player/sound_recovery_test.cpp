@@ -57,6 +57,20 @@ TEST_F(SoundRecoveryTest, ALostDeviceIsTriedAgainOnceAPause)
     EXPECT_TRUE(try_is_due());
 }
 
+TEST_F(SoundRecoveryTest, WhatASearchFoundStandsUntilThePipelineIsMadeAnew)
+{
+    lose_device();
+    EXPECT_TRUE(sound_.lost_device());
+    EXPECT_FALSE(sound_.found_device());
+
+    sound_.on_search_over(true);
+    EXPECT_TRUE(sound_.found_device());
+
+    find_device();
+    EXPECT_FALSE(sound_.found_device());
+    EXPECT_FALSE(sound_.lost_device());
+}
+
 TEST_F(SoundRecoveryTest, ADeviceThatIsFoundEndsTheSilence)
 {
     sound_.on_pipeline(true, now_);

@@ -1,5 +1,7 @@
 // A file that plays over and over gets its sound back without a restart.
 
+#include <future>
+
 #include <gmock/gmock.h>
 
 #include "player_fixture.h"
@@ -83,6 +85,27 @@ TEST_F(SoundReturn, ALoopThatBeganWithoutADeviceTakesOneUpThatComesLater)
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("plays with sound again"));
     EXPECT_EQ(sinks_, 2);
     EXPECT_THAT(events(), ElementsAre("prepared"));
+}
+
+TEST_F(SoundReturn, ASoundServerThatHangsHoldsNoRoundUp)
+{
+    platform::PlayerOptions options = sound_options();
+    there_is_sound_ = false;
+    std::promise<void> answer;
+    std::atomic<int> questions{0};
+    options.find_sound = [&questions, answered = answer.get_future().share()] {
+        if (questions++ > 0) // the first one is asked before the film
+            answered.wait();
+        return false;
+    };
+    make_player(options);
+    ASSERT_TRUE(playing_in_a_loop(clip("a.mp4")));
+    ASSERT_TRUE(wait_for([&] { return questions > 1; }));
+
+    EXPECT_TRUE(goes_round());
+    EXPECT_TRUE(goes_round());
+
+    answer.set_value();
 }
 
 TEST_F(SoundReturn, ADeviceThatBreaksEachTimeDoesNotStopTheLoop)

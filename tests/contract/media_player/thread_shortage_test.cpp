@@ -76,7 +76,7 @@ TEST_F(ThreadShortage, ASubtitleWithoutAThreadIsGoneWithout)
     write_file(path("a.srt"), "1\n00:00:00,000 --> 00:00:10,000\nHello shop\n");
     platform::PlayerOptions options = usual_options();
     // The last thing that is done before the subtitle is begun: looking whether the file is there.
-    options.set_up = [] {
+    options.set_up = [](const std::atomic<bool> &) {
         threads_left = 0;
         return true;
     };

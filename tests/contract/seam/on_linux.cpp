@@ -31,7 +31,7 @@ class Place {
         setenv("ECORE_NO_SYSTEM_MODULES", "1", 1);
         ecore_init();
         platform::start_media_system();
-        platform::wait_for_media_system();
+        platform::wait_for_media_system(std::atomic<bool>(false));
         player_test::Clip short_clip;
         short_clip.frames = 15;
         player_test::make_clip(path("good.mp4"), short_clip);
