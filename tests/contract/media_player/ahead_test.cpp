@@ -418,8 +418,9 @@ TEST_F(AheadByItself, ItIsLetGoOfWhenTheFileIsHeldOrPlaysFast)
 
         EXPECT_TRUE(is_let_go(next_));
     };
-    let_go_of_by([this] { return player_->set_rate(2.0); });
     let_go_of_by([this] { return player_->pause(); });
+    ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
+    let_go_of_by([this] { return player_->set_rate(2.0); });
 }
 
 } // namespace
