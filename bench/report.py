@@ -23,6 +23,9 @@ class Machine:
     def __init__(self, source_dir):
         self._source_dir = source_dir
         self._began = time.strftime("%Y-%m-%d %H:%M %Z")
+        self._commit = self._told_by("git", "rev-parse", "--short", "HEAD")
+        if self._told_by("git", "status", "--porcelain", "--untracked-files=no"):
+            self._commit += " and changes that are not committed"
         self._loads = []
         self.note_load()
 
@@ -40,14 +43,12 @@ class Machine:
                       Path("/proc/cpuinfo").read_text(errors="replace").splitlines()
                       if line.startswith("model name")), platform.machine())
         memory = os.sysconf("SC_PHYS_PAGES") * os.sysconf("SC_PAGE_SIZE") / 1e9
-        commit = self._told_by("git", "rev-parse", "--short", "HEAD")
-        changed = self._told_by("git", "status", "--porcelain", "--untracked-files=no")
         versions = self._told_by("dpkg-query", "-W", "-f=${Package} ${Version}, ", *PACKAGES)
         yield f"- Machine: {os.cpu_count()} processors ({model}), {memory:.1f} GB, " \
               f"{platform.system()} {platform.release()}"
         yield f"- Packages: {versions.strip(', ')}"
         yield f"- Date: {self._began} to {time.strftime('%H:%M')}"
-        yield f"- Commit: {commit}{' and changes that are not committed' if changed else ''}"
+        yield f"- Commit: {self._commit}"
         yield "- Load before the first round and after each: " \
               + ", ".join(f"{load:.1f}" for load in self._loads) \
               + " (the bench itself makes about 2)"

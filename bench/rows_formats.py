@@ -1,6 +1,7 @@
 """Rows about films of other kinds than the usual: ten bits, four times the size, high dynamic range."""
 
 import subprocess
+import time
 
 from stage import FRAMES_PER_SECOND, UHD
 from table import Figure, at_least_mpv, at_most, at_most_mpv, row
@@ -73,11 +74,12 @@ def formats(stage, who, results):
         with stage.run(who, folder, loop_file=True, traced=True) as (run, _):
             run.wait_picture()
             run.watch(WARM_UP_SECONDS)
-            before, ticks_before = len(run.trace().pictures()), sum(run.ticks())
+            began, ticks_before = time.time(), sum(run.ticks())
             run.watch(WINDOW_SECONDS)
-            ticks, pictures = sum(run.ticks()), len(run.trace().pictures())
-        results.note(name, who, (ticks - ticks_before) * 10 / max(1, pictures - before))
-        results.note(f"{name}-rate", who, (pictures - before) / WINDOW_SECONDS)
+            ended, ticks = time.time(), sum(run.ticks())
+            pictures = run.trace().pictures_between(began, ended)
+        results.note(name, who, (ticks - ticks_before) * 10 / max(1, pictures))
+        results.note(f"{name}-rate", who, pictures / (ended - began))
 
 
 def make_film(path, size, kind):

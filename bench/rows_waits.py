@@ -74,6 +74,8 @@ def fill(stage, folder, names):
             subtitle = video.with_suffix(".srt")
             shutil.copy(stage.film(CLIP_SECONDS), video)
             subtitle.write_text("1\n00:00:01,000 --> 00:00:02,000\nA subtitle\n")
-        os.link(video, folder / f"film-{number:06}.mp4")
+        # Of many lengths, as names are that people give.
+        name = f"film-{number:06}{'-a-longer-name-than-others'[:number % 26]}"
+        os.link(video, folder / f"{name}.mp4")
         if number % 2 == 0:
-            os.link(subtitle, folder / f"film-{number:06}.srt")
+            os.link(subtitle, folder / f"{name}.srt")

@@ -61,6 +61,11 @@ class Trace:
         """When each picture of the film was presented."""
         return [stamp for _, stamp in self._film()]
 
+    def pictures_between(self, began, ended):
+        """How many were presented between two times of time.time()."""
+        window = since(stamp_of(began), stamp_of(ended))
+        return sum(since(stamp_of(began), picture) < window for picture in self.pictures())
+
     def intervals(self):
         """The time between each picture and the one before."""
         pictures = self.pictures()

@@ -8,6 +8,7 @@
 #include <set>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "player/util/Log.h"
 #include "player/util/NameCompare.h"
@@ -43,13 +44,24 @@ void PairSubtitles(std::vector<stPlayListItem> &vdcVideos,
         mapVideos.emplace(std::string_view(stItem.strFileName).substr(0, uiDot), &stItem);
         setLengths.insert(uiDot);
     }
+    if (setLengths.empty())
+        return;
+    // What all names are long enough for tells at most places that none is there.
+    const size_t uiLeast = *setLengths.begin();
+    std::unordered_set<std::string_view> setBeginnings;
+    for (const auto &[strName, pVideo] : mapVideos)
+        setBeginnings.insert(strName.substr(0, uiLeast));
 
     for (const std::string_view strSubtitle : vdcSubtitles) {
         // No suffix means no language to prefer.
         const bool bPreferred =
             !strSuffix.empty() && strSubtitle.find(strSuffix) != std::string_view::npos;
-        for (const size_t uiLength : setLengths) {
-            for (size_t uiStart = 0; uiStart + uiLength <= strSubtitle.size(); ++uiStart) {
+        for (size_t uiStart = 0; uiStart + uiLeast <= strSubtitle.size(); ++uiStart) {
+            if (setBeginnings.count(strSubtitle.substr(uiStart, uiLeast)) == 0)
+                continue;
+            for (const size_t uiLength : setLengths) {
+                if (uiStart + uiLength > strSubtitle.size())
+                    break;
                 const auto [itFirst, itEnd] =
                     mapVideos.equal_range(strSubtitle.substr(uiStart, uiLength));
                 for (auto itVideo = itFirst; itVideo != itEnd; ++itVideo)
