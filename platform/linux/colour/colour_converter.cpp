@@ -173,8 +173,8 @@ void ColourConverter::convert_row(const YuvImage &image, int row, uint32_t *to) 
     rows::Stretch stretch;
     for (int x = 0; x < image.size.width; x += rows::STRETCH) {
         const int pixels = std::min(rows::STRETCH, image.size.width - x);
-        const int differences = x / 2 * step;
-        const rows::Sources from = {luma + x * sample,
+        const ptrdiff_t differences = ptrdiff_t{x / 2} * step;
+        const rows::Sources from = {luma + ptrdiff_t{x} * sample,
                                     {u[0] + differences, u[1] + differences},
                                     {v[0] + differences, v[1] + differences},
                                     half.width - x / 2};

@@ -61,7 +61,6 @@ struct Mapping {
 
 /** One version of all of it. */
 struct Version {
-    const char *name;
     void (*unpack)(YuvFormat format, const Sources &from, int pixels, Stretch &to);
     void (*convert)(const Linear &linear, const Stretch &from, int pixels, uint32_t *to);
     /** Writes up to seven pixels more than it is asked for; `to` has room for them. */

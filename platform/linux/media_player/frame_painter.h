@@ -55,7 +55,7 @@ class FramePainter {
      *
      * @return false when the frame cannot be read or converted; the picture is undefined then
      */
-    bool paint(GstBuffer *frame, const Orientation &stored, const DisplayView &view,
+    bool paint(GstBuffer *buffer, const Orientation &stored, const DisplayView &view,
                PlaneBuffer &picture);
 
   private:

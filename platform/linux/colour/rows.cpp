@@ -1,7 +1,7 @@
-/**
- * The loops of rows.h, to be compiled once for each instruction set, in the namespace ROWS_VERSION.
- * They use no function of the standard library: one that is compiled here for a newer processor
- * might be the one that all of the program gets.
+/*
+ * Compiled once for each instruction set, as the Version of the name ROWS_VERSION. No function of
+ * the standard library is used: one that is compiled here for a newer processor might be the one
+ * that all of the program gets.
  */
 #include "colour/rows.h"
 
@@ -11,7 +11,11 @@
 #include <immintrin.h>
 #endif
 
-namespace platform::rows::ROWS_VERSION {
+#ifndef ROWS_VERSION
+#define ROWS_VERSION BASE
+#endif
+
+namespace platform::rows {
 
 namespace {
 
@@ -113,7 +117,7 @@ inline int16_t code_of(int16_t steps)
 /** A number for each pixel from one for two: a pixel between two of them gets their middle. */
 inline void spread(const int16_t *from, int pixels, int16_t *to)
 {
-    for (int i = 0; i < (pixels + 1) / 2; ++i) {
+    for (ptrdiff_t i = 0; i < (pixels + 1) / 2; ++i) {
         to[2 * i] = from[i];
         to[2 * i + 1] = static_cast<int16_t>((from[i] + from[i + 1]) >> 1);
     }
@@ -129,18 +133,16 @@ void convert(const Linear &linear, const Stretch &from, int pixels, uint32_t *to
                                           upper_half(linear.v[part], from.v[i]));
         spread(own, pixels, added[part]);
     }
-    // The two halves of a pixel, the lower one first.
-    static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__);
-    uint16_t halves[2 * STRETCH];
     for (int x = 0; x < pixels; ++x) {
         const auto y = static_cast<int16_t>(upper_half(linear.y, from.y[x]) + linear.offset);
         const int16_t blue = code_of(static_cast<int16_t>(y + added[0][x]));
         const int16_t green = code_of(static_cast<int16_t>(y + added[1][x]));
         const int16_t red = code_of(static_cast<int16_t>(y + added[2][x]));
-        halves[2 * x] = static_cast<uint16_t>(blue | green << 8);
-        halves[2 * x + 1] = static_cast<uint16_t>(red | 0xff00);
+        // Halves of a pixel, so that what is summed stays in 16 bits.
+        const auto lower = static_cast<uint16_t>(blue | green << 8);
+        const auto upper = static_cast<uint16_t>(red | 0xff00);
+        to[x] = lower | uint32_t{upper} << 16;
     }
-    memcpy(to, halves, 2 * sizeof *halves * pixels);
 }
 
 /** The byte that is not used is full, as other decoders leave it. */
@@ -209,7 +211,7 @@ inline Reals most(Reals a, Reals b)
 }
 inline Reals one_by_root(Reals value)
 {
-    Reals root;
+    Reals root = {};
     for (int lane = 0; lane < LANES; ++lane)
         root[lane] = 1 / __builtin_sqrtf(value[lane]);
     return root;
@@ -338,4 +340,6 @@ void map(const Mapping &mapping, const Stretch &from, int pixels, uint32_t *to)
 
 } // namespace
 
-} // namespace platform::rows::ROWS_VERSION
+const Version ROWS_VERSION = {unpack, convert, map};
+
+} // namespace platform::rows
