@@ -22,6 +22,8 @@ constexpr double HLG_C = 0.55991073;
 
 constexpr double LEAST_PEAK = 300;
 constexpr double USUAL_PEAK = 1000;
+// No display that films are made on is darker; some encoders are told its peak in wrong units.
+constexpr double LEAST_MASTERING = 100;
 
 } // namespace
 
@@ -50,7 +52,7 @@ double trusted_peak(double content, double mastering)
     double peak = USUAL_PEAK;
     if (content > 0)
         peak = content;
-    else if (mastering > 0)
+    else if (mastering >= LEAST_MASTERING)
         peak = mastering;
     return std::clamp(peak, LEAST_PEAK, PQ_LARGEST);
 }

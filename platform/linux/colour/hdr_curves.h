@@ -30,7 +30,7 @@ double scene_of_hlg(double code);
  * The brightest of a film, as far as its word is to be trusted.
  *
  * @param content   brightest pixel that the film tells (MaxCLL), cd/m²; 0: unknown
- * @param mastering of the display it was made on; 0: unknown
+ * @param mastering of the display it was made on; below 100: unknown
  * @return from 300, below which everything fits, to 10000; 1000 where nothing is told
  */
 double trusted_peak(double content, double mastering);

@@ -27,17 +27,24 @@ GstVideoColorimetry parsed(const std::string &text, bool rgb)
     return colour;
 }
 
-bool is_of_high_dynamic_range(GstVideoTransferFunction transfer)
+Transfer transfer_of(const GstVideoColorimetry &colour)
 {
-    return transfer == GST_VIDEO_TRANSFER_SMPTE2084 || transfer == GST_VIDEO_TRANSFER_ARIB_STD_B67;
+    switch (colour.transfer) {
+    case GST_VIDEO_TRANSFER_SMPTE2084:
+        return Transfer::PQ;
+    case GST_VIDEO_TRANSFER_ARIB_STD_B67:
+        return Transfer::HLG;
+    default:
+        return Transfer::SDR;
+    }
 }
 
-const char *usual(const GstVideoInfo &frame, GstVideoTransferFunction transfer)
+const char *usual(const GstVideoInfo &frame, bool high_dynamic_range)
 {
-    if (is_of_high_dynamic_range(transfer))
-        return GST_VIDEO_COLORIMETRY_BT2020;
     if (GST_VIDEO_INFO_IS_RGB(&frame))
         return GST_VIDEO_COLORIMETRY_SRGB;
+    if (high_dynamic_range)
+        return GST_VIDEO_COLORIMETRY_BT2020;
     // A film in scope format has the width of HD and the height of less.
     const bool high_definition =
         GST_VIDEO_INFO_WIDTH(&frame) >= 1280 || GST_VIDEO_INFO_HEIGHT(&frame) > 576;
@@ -93,10 +100,11 @@ GstVideoColorimetry colour_of(const std::string &stream, const std::string &cont
     const bool rgb = GST_VIDEO_INFO_IS_RGB(&frame);
     GstVideoColorimetry colour = parsed(stream, rgb);
     fill_unknown(colour, parsed(container, rgb));
-    if (colour.primaries == GST_VIDEO_COLOR_PRIMARIES_UNKNOWN &&
-        !is_of_high_dynamic_range(colour.transfer))
-        colour.primaries = GST_VIDEO_COLOR_PRIMARIES_BT709;
-    fill_unknown(colour, parsed(usual(frame, colour.transfer), rgb));
+    const bool high_dynamic_range = transfer_of(colour) != Transfer::SDR;
+    if (colour.primaries == GST_VIDEO_COLOR_PRIMARIES_UNKNOWN)
+        colour.primaries =
+            high_dynamic_range ? GST_VIDEO_COLOR_PRIMARIES_BT2020 : GST_VIDEO_COLOR_PRIMARIES_BT709;
+    fill_unknown(colour, parsed(usual(frame, high_dynamic_range), rgb));
     return colour;
 }
 
@@ -105,14 +113,12 @@ ColourSpace colour_space_of(const GstVideoColorimetry &colour, double peak)
     ColourSpace space;
     gst_video_color_matrix_get_Kr_Kb(colour.matrix, &space.kr, &space.kb);
     space.full_range = colour.range == GST_VIDEO_COLOR_RANGE_0_255;
-    if (const GstVideoColorPrimariesInfo *lights =
-            gst_video_color_primaries_get_info(colour.primaries))
+    const GstVideoColorPrimariesInfo *lights = gst_video_color_primaries_get_info(colour.primaries);
+    // Those of digital cinema (SMPTE ST 428) are axes of measurement, not lights.
+    if (lights && lights->Ry > 0 && lights->Gy > 0 && lights->By > 0)
         space.primaries = {
             {lights->Rx, lights->Ry}, {lights->Gx, lights->Gy}, {lights->Bx, lights->By}};
-    if (colour.transfer == GST_VIDEO_TRANSFER_SMPTE2084)
-        space.transfer = Transfer::PQ;
-    else if (colour.transfer == GST_VIDEO_TRANSFER_ARIB_STD_B67)
-        space.transfer = Transfer::HLG;
+    space.transfer = transfer_of(colour);
     space.peak = peak;
     return space;
 }

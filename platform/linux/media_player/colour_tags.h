@@ -20,8 +20,9 @@ namespace platform {
  * Range, matrix, transfer and primaries come each from the first that knows it: the stream, the
  * container, the usual. Usual is BT.2020 for what has a transfer of high dynamic range, else BT.709
  * for what is at least 1280 wide or more than 576 high and BT.601 for what is smaller, in limited
- * range; for RGB it is sRGB in full range. Primaries are BT.709's where none are stated: they are
- * too slight a difference for a guess. Decoders of JPEG state its full range themselves.
+ * range; for RGB it is sRGB in full range. Primaries that nobody states are BT.2020's for high
+ * dynamic range and BT.709's for all else: they are too slight a difference for a guess by size.
+ * Decoders of JPEG state its full range themselves.
  *
  * @param stream    "colorimetry" as GStreamer writes it, of the decoded frames
  * @param container the same, of what the decoder was fed with; empty or nonsense: nothing is known
@@ -30,7 +31,11 @@ namespace platform {
 GstVideoColorimetry colour_of(const std::string &stream, const std::string &container,
                               const GstVideoInfo &frame);
 
-/** The same for conversion. @param peak of a film of high dynamic range, as film_peak() tells it */
+/**
+ * The same for conversion. Primaries that no lamp can have are taken for BT.709's.
+ *
+ * @param peak of a film of high dynamic range, as film_peak() tells it
+ */
 ColourSpace colour_space_of(const GstVideoColorimetry &colour, double peak);
 
 /** The brightest that a film of high dynamic range has, cd/m², as far as it can be believed. */

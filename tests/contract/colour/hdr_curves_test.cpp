@@ -39,6 +39,9 @@ TEST(AFilmsPeak, IsNotBelievedWhenItIsNonsense)
 {
     EXPECT_EQ(trusted_peak(3, 0), 300);
     EXPECT_EQ(trusted_peak(65535, 0), 10000);
+    EXPECT_EQ(trusted_peak(0, 0.1), 1000) << "a display's, told in wrong units";
+    EXPECT_EQ(trusted_peak(0, 99.9), 1000);
+    EXPECT_EQ(trusted_peak(0, 100), 300);
 }
 
 TEST(AToneCurve, LeavesWhatIsDarkAndMakesThePeakWhite)

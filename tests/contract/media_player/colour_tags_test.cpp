@@ -53,6 +53,7 @@ TEST(ColourOf, TakesEachPartFromTheFirstThatKnowsIt)
         // A film of high dynamic range is one of BT.2020.
         {"2:0:14:0", "", GST_VIDEO_FORMAT_I420_10LE, 64, 32, "bt2100-pq"},
         {"0:0:0:0", "1:0:15:0", GST_VIDEO_FORMAT_I420_10LE, 64, 32, "1:6:15:7"},
+        {"0:0:14:0", "", GST_VIDEO_FORMAT_GBR_10LE, 1920, 1080, "1:1:14:7"},
         // Nonsense is as good as nothing.
         {"loud", "shrill", GST_VIDEO_FORMAT_I420, 64, 32, "2:4:16:1"},
         {"sRGB", "", GST_VIDEO_FORMAT_I420, 1920, 1080, "1:3:7:1"},
@@ -66,6 +67,26 @@ TEST(ColourOf, TakesEachPartFromTheFirstThatKnowsIt)
         EXPECT_STREQ(text.get(), row.expected)
             << "stream '" << row.stream << "', container '" << row.container << "', " << row.width
             << "x" << row.height;
+    }
+}
+
+TEST(ColourSpaceOf, HasThePrimariesOfItsTagWhereLampsCanHaveThem)
+{
+    const struct {
+        GstVideoColorPrimaries tag;
+        double red_x;
+    } rows[] = {
+        {GST_VIDEO_COLOR_PRIMARIES_BT709, 0.640},
+        {GST_VIDEO_COLOR_PRIMARIES_BT2020, 0.708},
+        {GST_VIDEO_COLOR_PRIMARIES_SMPTEST428, 0.640},
+        {GST_VIDEO_COLOR_PRIMARIES_UNKNOWN, 0.640},
+    };
+    for (const auto &row : rows) {
+        const GstVideoColorimetry colour = {GST_VIDEO_COLOR_RANGE_16_235,
+                                            GST_VIDEO_COLOR_MATRIX_BT709, GST_VIDEO_TRANSFER_BT709,
+                                            row.tag};
+        EXPECT_NEAR(platform::colour_space_of(colour, 0).primaries.red.x, row.red_x, 1e-6)
+            << "primaries " << row.tag;
     }
 }
 
