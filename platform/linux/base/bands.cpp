@@ -1,19 +1,18 @@
 #include "base/bands.h"
 
-#include <algorithm>
 #include <future>
 
 namespace platform {
 
 void Bands::run(int rows, int wanted, const Work &work)
 {
-    const int bands = std::clamp(wanted, 1, std::max(static_cast<int>(cores_), 1));
+    const int bands = count(wanted);
     while (static_cast<int>(helpers_.size()) < bands - 1)
         helpers_.push_back(std::make_unique<WorkerThread>("picture bands"));
 
     const auto do_band = [&](int band) {
         const int first = rows * band / bands;
-        work(first, rows * (band + 1) / bands - first);
+        work(band, first, rows * (band + 1) / bands - first);
     };
     std::vector<std::promise<void>> done(static_cast<size_t>(bands - 1));
     for (int band = 1; band < bands; ++band) {

@@ -3,6 +3,7 @@
  */
 #pragma once
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -14,21 +15,28 @@ namespace platform {
 
 class Bands {
   public:
-    using Work = std::function<void(int first, int count)>;
+    /** @param band counted from 0; @param first of `count` rows */
+    using Work = std::function<void(int band, int first, int count)>;
 
     /** @param cores as many bands as these at most */
-    explicit Bands(unsigned cores = std::thread::hardware_concurrency()) : cores_(cores) {}
+    explicit Bands(unsigned cores = std::thread::hardware_concurrency())
+        : cores_(static_cast<int>(cores))
+    {
+    }
+
+    /** How many bands there are where so many would be good. */
+    int count(int wanted) const { return std::clamp(wanted, 1, std::max(cores_, 1)); }
 
     /**
      * Does the work on all rows and returns when it is done. What no thread is to be had for is
      * done by the caller.
      *
-     * @param wanted how many bands would be good; 1 starts no thread
+     * @param wanted as for count(); 1 starts no thread
      */
     void run(int rows, int wanted, const Work &work);
 
   private:
-    const unsigned cores_;
+    const int cores_;
     std::vector<std::unique_ptr<WorkerThread>> helpers_;
 };
 

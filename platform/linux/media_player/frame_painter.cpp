@@ -70,9 +70,6 @@ class MappedFrame {
 
 std::optional<YuvFormat> yuv_format_of(const GstVideoInfo &info)
 {
-    // The differences of woven fields lie elsewhere.
-    if (GST_VIDEO_INFO_IS_INTERLACED(&info))
-        return {};
     switch (GST_VIDEO_INFO_FORMAT(&info)) {
     case GST_VIDEO_FORMAT_I420:
     case GST_VIDEO_FORMAT_YV12:
@@ -88,10 +85,10 @@ std::optional<YuvFormat> yuv_format_of(const GstVideoInfo &info)
     }
 }
 
-YuvImage yuv_image(YuvFormat format, const GstVideoFrame &frame)
+/** @param size of the frame, of which decoders may have more in memory */
+YuvImage yuv_image(YuvFormat format, const Size &size, const GstVideoFrame &frame)
 {
-    YuvImage image = {
-        format, {GST_VIDEO_FRAME_WIDTH(&frame), GST_VIDEO_FRAME_HEIGHT(&frame)}, {}, {}};
+    YuvImage image = {format, size, {}, {}};
     for (guint part = 0; part < GST_VIDEO_FRAME_N_PLANES(&frame); ++part) {
         image.planes[part] = static_cast<const uint8_t *>(GST_VIDEO_FRAME_COMP_DATA(&frame, part));
         image.strides[part] = GST_VIDEO_FRAME_COMP_STRIDE(&frame, part);
@@ -144,11 +141,9 @@ Rect fitted_area(const GstVideoInfo &info, const Orientation &orientation, const
 void FramePainter::set_format(const GstVideoInfo &info, double peak)
 {
     info_ = info;
-    yuv_format_ = yuv_format_of(info);
     converter_.reset();
-    if (yuv_format_)
-        converter_.emplace(colour_space_of(info.colorimetry, peak), depth_of(*yuv_format_),
-                           sdr_white_);
+    if (const std::optional<YuvFormat> format = yuv_format_of(info))
+        converter_.emplace(colour_space_of(info.colorimetry, peak), depth_of(*format), sdr_white_);
 }
 
 bool FramePainter::paint(GstBuffer *buffer, const Orientation &stored, const DisplayView &view,
@@ -164,8 +159,11 @@ bool FramePainter::paint(GstBuffer *buffer, const Orientation &stored, const Dis
     const MappedFrame frame(info_, buffer);
     if (!frame)
         return false;
-    if (converter_) {
-        paint_yuv(yuv_image(*yuv_format_, *frame), orientation, area, picture);
+    // The chroma of woven fields lies elsewhere, which hurts less than light that is not mapped.
+    const bool woven = GST_BUFFER_FLAG_IS_SET(buffer, GST_VIDEO_BUFFER_FLAG_INTERLACED);
+    if (converter_ && (!woven || converter_->maps_light())) {
+        const Size size = {GST_VIDEO_INFO_WIDTH(&info_), GST_VIDEO_INFO_HEIGHT(&info_)};
+        paint_yuv(yuv_image(*yuv_format_of(info_), size, *frame), orientation, area, picture);
         return true;
     }
     return paint_other(*frame, orientation, area, picture);
@@ -176,32 +174,28 @@ void FramePainter::paint_yuv(const YuvImage &frame, const Orientation &orientati
 {
     const YuvImage image = scaler_.scaled(frame, orientation.of(area.size()));
     const int64_t cost = image.size.area() * (converter_->maps_light() ? COST_OF_MAPPING : 1);
-    bands_.run(image.size.height, static_cast<int>(1 + cost / WORTH_A_BAND),
-               [&](int first, int count) {
-                   if (orientation == Orientation())
-                       converter_->convert(image, first, count,
-                                           reinterpret_cast<uint32_t *>(pixels_of(picture, area)) +
-                                               first * picture.stride() / PIXEL_BYTES,
-                                           picture.stride() / PIXEL_BYTES);
-                   else
-                       paint_turned(image, first, count, orientation, area, picture);
-               });
-}
-
-void FramePainter::paint_turned(const YuvImage &image, int first, int count,
-                                const Orientation &orientation, const Rect &area,
-                                PlaneBuffer &picture) const
-{
-    const int width = image.size.width;
-    const std::unique_ptr<uint32_t[]> rows(new uint32_t[static_cast<size_t>(width) * TURNED_ROWS]);
-    for (const int end = first + count; first < end; first += TURNED_ROWS) {
-        const int height = std::min(TURNED_ROWS, end - first);
-        converter_->convert(image, first, height, rows.get(), width);
-        Rect laid = orientation.place(Rect{0, first, width, height}, area.size());
-        laid.x += area.x;
-        laid.y += area.y;
-        copy_turned(rows.get(), orientation, laid, picture);
+    const int wanted = static_cast<int>(1 + cost / WORTH_A_BAND);
+    if (orientation == Orientation()) {
+        auto *pixels = reinterpret_cast<uint32_t *>(pixels_of(picture, area));
+        const ptrdiff_t stride = picture.stride() / PIXEL_BYTES;
+        bands_.run(image.size.height, wanted, [&](int, int first, int count) {
+            converter_->convert(image, first, count, pixels + first * stride, stride);
+        });
+        return;
     }
+    const size_t strip = static_cast<size_t>(image.size.width) * TURNED_ROWS;
+    scratch_.resize(strip * static_cast<size_t>(bands_.count(wanted)));
+    bands_.run(image.size.height, wanted, [&](int band, int first, int count) {
+        uint32_t *rows = scratch_.data() + strip * static_cast<size_t>(band);
+        for (const int end = first + count; first < end; first += TURNED_ROWS) {
+            const int height = std::min(TURNED_ROWS, end - first);
+            converter_->convert(image, first, height, rows, image.size.width);
+            Rect laid = orientation.place(Rect{0, first, image.size.width, height}, area.size());
+            laid.x += area.x;
+            laid.y += area.y;
+            copy_turned(rows, orientation, laid, picture);
+        }
+    });
 }
 
 bool FramePainter::paint_other(const GstVideoFrame &frame, const Orientation &orientation,

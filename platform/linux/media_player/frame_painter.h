@@ -61,19 +61,16 @@ class FramePainter {
   private:
     void paint_yuv(const YuvImage &frame, const Orientation &orientation, const Rect &area,
                    PlaneBuffer &picture);
-    void paint_turned(const YuvImage &image, int first, int count, const Orientation &orientation,
-                      const Rect &area, PlaneBuffer &picture) const;
     bool paint_other(const GstVideoFrame &frame, const Orientation &orientation, const Rect &area,
                      PlaneBuffer &picture);
 
     const double sdr_white_;
     GstVideoInfo info_ = {};
-    std::optional<YuvFormat> yuv_format_;      ///< of the frames, if they are of one of these
-    std::optional<ColourConverter> converter_; ///< for them
+    std::optional<ColourConverter> converter_; ///< if the frames are of a YuvFormat
     PlaneScaler scaler_;
     Bands bands_;
     GstConversion other_;           ///< for all other frames
-    std::vector<uint32_t> scratch_; ///< one of them before it is turned
+    std::vector<uint32_t> scratch_; ///< rows of a picture before they are turned
 };
 
 } // namespace platform

@@ -11,7 +11,8 @@ namespace {
 std::vector<int> worked_on(Bands &bands, int rows, int wanted)
 {
     std::vector<std::atomic<int>> times(static_cast<size_t>(rows));
-    bands.run(rows, wanted, [&](int first, int count) {
+    bands.run(rows, wanted, [&](int band, int first, int count) {
+        EXPECT_LT(band, bands.count(wanted));
         for (int row = first; row < first + count; ++row)
             ++times[static_cast<size_t>(row)];
     });
@@ -33,9 +34,9 @@ TEST(Bands, AreWorkedOnAtOnce)
     Bands bands(2);
     std::promise<void> first_came;
     std::promise<void> second_came;
-    bands.run(2, 2, [&](int first, int) {
-        std::promise<void> &own = first == 0 ? first_came : second_came;
-        std::promise<void> &other = first == 0 ? second_came : first_came;
+    bands.run(2, 2, [&](int band, int, int) {
+        std::promise<void> &own = band == 0 ? first_came : second_came;
+        std::promise<void> &other = band == 0 ? second_came : first_came;
         own.set_value();
         EXPECT_EQ(other.get_future().wait_for(std::chrono::seconds(40)), std::future_status::ready);
     });
@@ -45,7 +46,8 @@ TEST(Bands, OfWhichOneIsEnoughAreTheCallersOwn)
 {
     Bands bands(4);
     const auto caller = std::this_thread::get_id();
-    bands.run(9, 1, [&](int first, int count) {
+    bands.run(9, 1, [&](int band, int first, int count) {
+        EXPECT_EQ(band, 0);
         EXPECT_EQ(first, 0);
         EXPECT_EQ(count, 9);
         EXPECT_EQ(std::this_thread::get_id(), caller);

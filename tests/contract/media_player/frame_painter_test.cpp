@@ -1,9 +1,13 @@
-// How a frame is laid: what a stream's tag means, and what the panel makes of it.
+// How a frame is laid: what a stream's tag means, and what the panel makes of it; and every pixel
+// of frames that are painted, against the same frame converted by itself.
 
+#include <random>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "media_player/colour_tags.h"
 #include "media_player/frame_painter.h"
 #include "video_plane/video_plane.h"
 
@@ -59,6 +63,226 @@ TEST(FramePainter, AnAreaThatThePictureDoesNotHoldIsNotPainted)
     FramePainter painter(REFERENCE_WHITE);
     painter.set_format(frame_of(32, 18), 0);
     EXPECT_FALSE(painter.paint(nullptr, {}, view, *picture));
+}
+
+/** A frame of random numbers as a decoder may give it: rows and planes with gaps behind them. */
+class Frame {
+  public:
+    Frame(GstVideoFormat format, const Size &size)
+    {
+        gst_init(nullptr, nullptr);
+        gst_video_info_set_format(&info_, format, static_cast<guint>(size.width),
+                                  static_cast<guint>(size.height));
+        buffer_.reset(make_buffer(size));
+    }
+
+    const GstVideoInfo &info() const { return info_; }
+    GstVideoInfo &info() { return info_; }
+    GstBuffer *buffer() { return buffer_.get(); }
+
+    /** Its memory is told to hold more than the frame, as that of decoders does. */
+    void have_rows_below(int rows)
+    {
+        GstVideoMeta *meta = gst_buffer_get_video_meta(buffer_.get());
+        meta->height += static_cast<guint>(rows);
+    }
+
+    /** Makes a plane's row the same number everywhere. */
+    void fill_row(size_t plane, int row, uint8_t number)
+    {
+        const size_t stride = static_cast<size_t>(strides_[plane]);
+        std::fill_n(bytes_.begin() + static_cast<ptrdiff_t>(offsets_[plane] + stride * row), stride,
+                    number);
+    }
+
+    /** The frame as it is to be understood, whatever its buffer says. */
+    YuvImage image() const
+    {
+        YuvImage image = {
+            YuvFormat::I420,
+            {GST_VIDEO_INFO_WIDTH(&info_), GST_VIDEO_INFO_HEIGHT(&info_)},
+            {bytes_.data() + offsets_[0], bytes_.data() + offsets_[1], bytes_.data() + offsets_[2]},
+            {strides_[0], strides_[1], strides_[2]}};
+        switch (GST_VIDEO_INFO_FORMAT(&info_)) {
+        case GST_VIDEO_FORMAT_YV12:
+            std::swap(image.planes[1], image.planes[2]);
+            break;
+        case GST_VIDEO_FORMAT_NV12:
+            image.format = YuvFormat::NV12;
+            break;
+        case GST_VIDEO_FORMAT_I420_10LE:
+            image.format = YuvFormat::I420_10;
+            break;
+        case GST_VIDEO_FORMAT_P010_10LE:
+            image.format = YuvFormat::P010;
+            break;
+        default:
+            break;
+        }
+        return image;
+    }
+
+  private:
+    static constexpr int GAP = 6;        // bytes behind a row
+    static constexpr int ROWS_BELOW = 8; // of each plane
+
+    GstBuffer *make_buffer(const Size &size)
+    {
+        gsize end = 0;
+        for (guint plane = 0; plane < GST_VIDEO_INFO_N_PLANES(&info_); ++plane) {
+            offsets_[plane] = end;
+            strides_[plane] = GST_VIDEO_INFO_PLANE_STRIDE(&info_, plane) + GAP;
+            const int rows = (plane == 0 ? size.height : (size.height + 1) / 2) + ROWS_BELOW;
+            end += static_cast<gsize>(strides_[plane]) * static_cast<gsize>(rows);
+        }
+        std::mt19937 random(5);
+        bytes_.resize(end);
+        const bool wide = is_wide(image().format);
+        const int shift = image().format == YuvFormat::P010 ? 6 : 0;
+        for (size_t i = 0; i < end; i += wide ? 2 : 1) {
+            const auto number = (random() & (wide ? 0x3ff : 0xff)) << shift;
+            bytes_[i] = static_cast<uint8_t>(number);
+            if (wide)
+                bytes_[i + 1] = static_cast<uint8_t>(number >> 8);
+        }
+        GstBuffer *buffer =
+            gst_buffer_new_wrapped_full(GST_MEMORY_FLAG_READONLY, bytes_.data(), bytes_.size(), 0,
+                                        bytes_.size(), nullptr, nullptr);
+        gst_buffer_add_video_meta_full(
+            buffer, GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_INFO_FORMAT(&info_),
+            static_cast<guint>(size.width), static_cast<guint>(size.height),
+            GST_VIDEO_INFO_N_PLANES(&info_), offsets_, strides_);
+        return buffer;
+    }
+
+    GstVideoInfo info_;
+    gsize offsets_[GST_VIDEO_MAX_PLANES] = {};
+    gint strides_[GST_VIDEO_MAX_PLANES] = {};
+    std::vector<uint8_t> bytes_;
+    BufferPtr buffer_;
+};
+
+constexpr GstVideoOrientationMethod ALL_TAGS[] = {
+    GST_VIDEO_ORIENTATION_IDENTITY, GST_VIDEO_ORIENTATION_90R,   GST_VIDEO_ORIENTATION_180,
+    GST_VIDEO_ORIENTATION_90L,      GST_VIDEO_ORIENTATION_HORIZ, GST_VIDEO_ORIENTATION_VERT,
+    GST_VIDEO_ORIENTATION_UL_LR,    GST_VIDEO_ORIENTATION_UR_LL};
+
+/** The pixels of a film's frame, upright. */
+std::vector<uint32_t> converted(const Frame &frame)
+{
+    const YuvImage image = frame.image();
+    std::vector<uint32_t> pixels(static_cast<size_t>(image.size.area()));
+    ColourConverter(colour_space_of(frame.info().colorimetry, 1000), depth_of(image.format))
+        .convert(image, 0, image.size.height, pixels.data(), image.size.width);
+    return pixels;
+}
+
+/** Paints a frame at its own size into a larger picture, and looks at each pixel of that. */
+void expect_exact(Frame &frame, GstVideoOrientationMethod tag)
+{
+    const Orientation orientation = orientation_of(tag);
+    const Size size = frame.image().size;
+    const Size laid = orientation.of(size);
+    DisplayView view;
+    view.area = {5, 3, laid.width, laid.height};
+    const auto plane = VideoPlane::offscreen(laid.width + 12, laid.height + 7);
+    const PlaneBufferPtr picture = plane->acquire();
+    FramePainter painter(REFERENCE_WHITE);
+    painter.set_format(frame.info(), 1000);
+    ASSERT_TRUE(painter.paint(frame.buffer(), orientation, view, *picture));
+
+    const std::vector<uint32_t> pixels = converted(frame);
+    for (int y = 0; y < picture->height(); ++y) {
+        const auto *row = reinterpret_cast<const uint32_t *>(
+            picture->pixels() + static_cast<ptrdiff_t>(y) * picture->stride());
+        for (int x = 0; x < picture->width(); ++x) {
+            const Point place = {x - view.area.x, y - view.area.y};
+            uint32_t wanted = 0xff000000;
+            if (place.x >= 0 && place.y >= 0 && place.x < laid.width && place.y < laid.height) {
+                const Point from = orientation.origin(place, laid);
+                wanted = pixels[static_cast<size_t>(from.y) * static_cast<size_t>(size.width) +
+                                static_cast<size_t>(from.x)];
+            }
+            ASSERT_EQ(row[x], wanted) << "at " << x << ", " << y << " of " << size.width << "x"
+                                      << size.height << ", tag " << tag;
+        }
+    }
+}
+
+TEST(FramePainter, PaintsEveryPixelOfEveryFormatAndOrientation)
+{
+    for (const GstVideoFormat format :
+         {GST_VIDEO_FORMAT_I420, GST_VIDEO_FORMAT_YV12, GST_VIDEO_FORMAT_NV12,
+          GST_VIDEO_FORMAT_I420_10LE, GST_VIDEO_FORMAT_P010_10LE}) {
+        SCOPED_TRACE(gst_video_format_to_string(format));
+        for (const Size &size : {Size{37, 51}, Size{66, 20}}) {
+            Frame frame(format, size);
+            for (const GstVideoOrientationMethod tag : ALL_TAGS)
+                expect_exact(frame, tag);
+        }
+    }
+}
+
+// Mapping light is so much work that a frame of this size is divided among the cores.
+TEST(FramePainter, PaintsEveryPixelOfAFrameThatIsDivided)
+{
+    Frame frame(GST_VIDEO_FORMAT_I420_10LE, {1025, 701});
+    gst_video_colorimetry_from_string(&frame.info().colorimetry, GST_VIDEO_COLORIMETRY_BT2100_PQ);
+    for (const GstVideoOrientationMethod tag :
+         {GST_VIDEO_ORIENTATION_IDENTITY, GST_VIDEO_ORIENTATION_180, GST_VIDEO_ORIENTATION_90R})
+        expect_exact(frame, tag);
+}
+
+TEST(FramePainter, LeavesOutWhatADecoderHasBelowAFrame)
+{
+    Frame frame(GST_VIDEO_FORMAT_NV12, {32, 18});
+    frame.have_rows_below(6);
+    expect_exact(frame, GST_VIDEO_ORIENTATION_IDENTITY);
+    expect_exact(frame, GST_VIDEO_ORIENTATION_90R);
+}
+
+// Streams say that they may have woven frames of which most, or all, are whole pictures.
+TEST(FramePainter, TakesAFrameForWovenOnlyIfItIs)
+{
+    for (const GstVideoInterlaceMode mode :
+         {GST_VIDEO_INTERLACE_MODE_MIXED, GST_VIDEO_INTERLACE_MODE_INTERLEAVED}) {
+        Frame frame(GST_VIDEO_FORMAT_I420_10LE, {32, 18});
+        GST_VIDEO_INFO_INTERLACE_MODE(&frame.info()) = mode;
+        expect_exact(frame, GST_VIDEO_ORIENTATION_IDENTITY);
+    }
+}
+
+TEST(FramePainter, GivesEachFieldOfAWovenFrameItsOwnChroma)
+{
+    Frame frame(GST_VIDEO_FORMAT_I420, {8, 4});
+    GST_VIDEO_INFO_INTERLACE_MODE(&frame.info()) = GST_VIDEO_INTERLACE_MODE_INTERLEAVED;
+    GST_BUFFER_FLAG_SET(frame.buffer(), GST_VIDEO_BUFFER_FLAG_INTERLACED);
+    for (int row = 0; row < 4; ++row)
+        frame.fill_row(0, row, 128);
+    for (int row = 0; row < 2; ++row) {
+        frame.fill_row(1, row, 128);
+        frame.fill_row(2, row, row == 0 ? 80 : 176);
+    }
+    const auto plane = VideoPlane::offscreen(8, 4);
+    const PlaneBufferPtr picture = plane->acquire();
+    DisplayView view;
+    view.area = {0, 0, 8, 4};
+    FramePainter painter(REFERENCE_WHITE);
+    painter.set_format(frame.info(), 0);
+    ASSERT_TRUE(painter.paint(frame.buffer(), {}, view, *picture));
+    for (int y = 0; y < 4; ++y) {
+        const uint8_t red = picture->pixels()[y * picture->stride() + 2];
+        EXPECT_EQ(red > 128, y % 2 == 1) << "row " << y << " has " << int{red};
+    }
+}
+
+TEST(FramePainter, MapsTheLightOfAWovenFrameToo)
+{
+    Frame frame(GST_VIDEO_FORMAT_I420_10LE, {32, 18});
+    GST_VIDEO_INFO_INTERLACE_MODE(&frame.info()) = GST_VIDEO_INTERLACE_MODE_INTERLEAVED;
+    GST_BUFFER_FLAG_SET(frame.buffer(), GST_VIDEO_BUFFER_FLAG_INTERLACED);
+    gst_video_colorimetry_from_string(&frame.info().colorimetry, GST_VIDEO_COLORIMETRY_BT2100_PQ);
+    expect_exact(frame, GST_VIDEO_ORIENTATION_IDENTITY);
 }
 
 } // namespace
