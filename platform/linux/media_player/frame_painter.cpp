@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "colour/enlarger.h"
 #include "media_player/colour_tags.h"
 #include "video_plane/plane_drawing.h"
 
@@ -9,6 +10,15 @@ namespace platform {
 namespace {
 
 constexpr int PIXEL_BYTES = 4;
+
+/** What mapping light takes, beside other conversions. */
+constexpr int64_t COST_OF_MAPPING = 6;
+/** Pixels, of other conversions, for which waking another thread is worth it. */
+constexpr int64_t WORTH_A_BAND = int64_t{1920} * 1080 * 2;
+
+/** How many rows of a turned picture are converted at a time: caches hold them until they are laid.
+ */
+constexpr int TURNED_ROWS = 16;
 
 constexpr Orientation MIRRORED = {false, true, false};
 
@@ -27,22 +37,6 @@ Proportions proportions_of(const GstVideoInfo &info, const Orientation &orientat
     if (orientation.transposed)
         std::swap(shown.width, shown.height);
     return shown;
-}
-
-/** What mapping light takes, beside other conversions. */
-constexpr int64_t COST_OF_MAPPING = 6;
-/** Pixels, of other conversions, for which waking another thread is worth it. */
-constexpr int64_t WORTH_A_BAND = int64_t{1920} * 1080 * 2;
-
-/** A turned picture is converted this many rows at a time, which caches hold until they are laid.
- */
-constexpr int TURNED_ROWS = 16;
-
-/** Where an area of a picture begins. */
-uint8_t *pixels_of(PlaneBuffer &picture, const Rect &area)
-{
-    return picture.pixels() + static_cast<ptrdiff_t>(area.y) * picture.stride() +
-           static_cast<ptrdiff_t>(area.x) * PIXEL_BYTES;
 }
 
 /** A frame's memory, to be read. */
@@ -94,6 +88,12 @@ YuvImage yuv_image(YuvFormat format, const Size &size, const GstVideoFrame &fram
         image.strides[part] = GST_VIDEO_FRAME_COMP_STRIDE(&frame, part);
     }
     return image;
+}
+
+/** @param pixels of conversions that map no light */
+int bands_for(int64_t pixels)
+{
+    return static_cast<int>(1 + pixels / WORTH_A_BAND);
 }
 
 } // namespace
@@ -159,27 +159,46 @@ bool FramePainter::paint(GstBuffer *buffer, const Orientation &stored, const Dis
     const MappedFrame frame(info_, buffer);
     if (!frame)
         return false;
+    const Pixels target = pixels_of(picture).part(area);
     // The chroma of woven fields lies elsewhere, which hurts less than light that is not mapped.
     const bool woven = GST_BUFFER_FLAG_IS_SET(buffer, GST_VIDEO_BUFFER_FLAG_INTERLACED);
     if (converter_ && (!woven || converter_->maps_light())) {
         const Size size = {GST_VIDEO_INFO_WIDTH(&info_), GST_VIDEO_INFO_HEIGHT(&info_)};
-        paint_yuv(yuv_image(*yuv_format_of(info_), size, *frame), orientation, area, picture);
+        paint_yuv(yuv_image(*yuv_format_of(info_), size, *frame), orientation, target);
         return true;
     }
-    return paint_other(*frame, orientation, area, picture);
+    return paint_other(*frame, orientation, target);
 }
 
 void FramePainter::paint_yuv(const YuvImage &frame, const Orientation &orientation,
-                             const Rect &area, PlaneBuffer &picture)
+                             const Pixels &target)
 {
-    const YuvImage image = scaler_.scaled(frame, orientation.of(area.size()));
-    const int64_t cost = image.size.area() * (converter_->maps_light() ? COST_OF_MAPPING : 1);
-    const int wanted = static_cast<int>(1 + cost / WORTH_A_BAND);
+    const Size upright = orientation.of(target.size);
+    // Light is mapped where there are fewest pixels; what is too small then is enlarged.
+    Size size = upright;
+    if (converter_->maps_light())
+        size = {std::min(size.width, frame.size.width), std::min(size.height, frame.size.height)};
+    const YuvImage image = scaler_.scaled(frame, size);
+    if (size == upright) {
+        convert(image, orientation, target);
+        return;
+    }
+    const Size laid = orientation.of(size);
+    mapped_.resize(static_cast<size_t>(laid.area()));
+    const Pixels mapped = {mapped_.data(), laid.width, laid};
+    convert(image, orientation, mapped);
+    bands_.run(target.size.height, bands_for(target.size.area()),
+               [&](int, int first, int count) { enlarge(mapped, target, first, count); });
+}
+
+void FramePainter::convert(const YuvImage &image, const Orientation &orientation,
+                           const Pixels &target)
+{
+    const int wanted =
+        bands_for(image.size.area() * (converter_->maps_light() ? COST_OF_MAPPING : 1));
     if (orientation == Orientation()) {
-        auto *pixels = reinterpret_cast<uint32_t *>(pixels_of(picture, area));
-        const ptrdiff_t stride = picture.stride() / PIXEL_BYTES;
         bands_.run(image.size.height, wanted, [&](int, int first, int count) {
-            converter_->convert(image, first, count, pixels + first * stride, stride);
+            converter_->convert(image, first, count, target.row(first), target.stride);
         });
         return;
     }
@@ -190,26 +209,26 @@ void FramePainter::paint_yuv(const YuvImage &frame, const Orientation &orientati
         for (const int end = first + count; first < end; first += TURNED_ROWS) {
             const int height = std::min(TURNED_ROWS, end - first);
             converter_->convert(image, first, height, rows, image.size.width);
-            Rect laid = orientation.place(Rect{0, first, image.size.width, height}, area.size());
-            laid.x += area.x;
-            laid.y += area.y;
-            copy_turned(rows, orientation, laid, picture);
+            const Rect part = {0, first, image.size.width, height};
+            copy_turned(rows, orientation, target.part(orientation.place(part, target.size)));
         }
     });
 }
 
 bool FramePainter::paint_other(const GstVideoFrame &frame, const Orientation &orientation,
-                               const Rect &area, PlaneBuffer &picture)
+                               const Pixels &target)
 {
+    const auto convert_to = [&](const Pixels &pixels) {
+        return other_.convert(info_, frame, reinterpret_cast<uint8_t *>(pixels.first), pixels.size,
+                              static_cast<int>(pixels.stride) * PIXEL_BYTES);
+    };
     if (orientation == Orientation())
-        return other_.convert(info_, frame, pixels_of(picture, area), area.size(),
-                              picture.stride());
-    const Size upright = orientation.of(area.size());
+        return convert_to(target);
+    const Size upright = orientation.of(target.size);
     scratch_.resize(static_cast<size_t>(upright.area()));
-    if (!other_.convert(info_, frame, reinterpret_cast<uint8_t *>(scratch_.data()), upright,
-                        upright.width * PIXEL_BYTES))
+    if (!convert_to({scratch_.data(), upright.width, upright}))
         return false;
-    copy_turned(scratch_.data(), orientation, area, picture);
+    copy_turned(scratch_.data(), orientation, target);
     return true;
 }
 

@@ -12,6 +12,7 @@
 
 #include "base/bands.h"
 #include "base/orientation.h"
+#include "base/pixels.h"
 #include "colour/colour_converter.h"
 #include "colour/plane_scaler.h"
 #include "media_player/display_settings.h"
@@ -59,10 +60,10 @@ class FramePainter {
                PlaneBuffer &picture);
 
   private:
-    void paint_yuv(const YuvImage &frame, const Orientation &orientation, const Rect &area,
-                   PlaneBuffer &picture);
-    bool paint_other(const GstVideoFrame &frame, const Orientation &orientation, const Rect &area,
-                     PlaneBuffer &picture);
+    void paint_yuv(const YuvImage &frame, const Orientation &orientation, const Pixels &target);
+    void convert(const YuvImage &image, const Orientation &orientation, const Pixels &target);
+    bool paint_other(const GstVideoFrame &frame, const Orientation &orientation,
+                     const Pixels &target);
 
     const double sdr_white_;
     GstVideoInfo info_ = {};
@@ -70,6 +71,7 @@ class FramePainter {
     PlaneScaler scaler_;
     Bands bands_;
     GstConversion other_;           ///< for all other frames
+    std::vector<uint32_t> mapped_;  ///< a picture before it is enlarged
     std::vector<uint32_t> scratch_; ///< rows of a picture before they are turned
 };
 

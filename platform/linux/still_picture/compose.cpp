@@ -23,7 +23,7 @@ void compose(const Image &image, const Size &stored, const Orientation &turn, Pl
     if (image.size != wanted)
         scaled = RowScaler::scale(image, wanted);
     const Image &exact = image.size != wanted ? scaled : image;
-    copy_turned(exact.pixels.get(), turn, area, out);
+    copy_turned(exact.pixels.get(), turn, pixels_of(out).part(area));
     black_out_around(area, out);
 }
 

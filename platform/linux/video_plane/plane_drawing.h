@@ -5,20 +5,21 @@
 #pragma once
 
 #include "base/orientation.h"
+#include "base/pixels.h"
 #include "video_plane/video_plane.h"
 
 namespace platform {
 
+Pixels pixels_of(PlaneBuffer &buffer);
+
 /**
- * Copies a picture into an area of a buffer.
+ * Copies a picture.
  *
- * @param pixels      in the plane's format, row by row without gaps, of the area's size before the
- *                    turn
+ * @param pixels      row by row without gaps, of the size of `out` before the turn
  * @param orientation how the picture is laid
- * @param area        of the picture as it is laid; inside the buffer
+ * @param out         where, as it is laid
  */
-void copy_turned(const uint32_t *pixels, const Orientation &orientation, const Rect &area,
-                 PlaneBuffer &out);
+void copy_turned(const uint32_t *pixels, const Orientation &orientation, const Pixels &out);
 
 /** Makes all black but an area, which lies inside the buffer. */
 void black_out_around(const Rect &area, PlaneBuffer &out);

@@ -7,9 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include "colour/enlarger.h"
 #include "media_player/colour_tags.h"
 #include "media_player/frame_painter.h"
-#include "video_plane/video_plane.h"
+#include "video_plane/plane_drawing.h"
 
 namespace platform {
 namespace {
@@ -177,34 +178,51 @@ std::vector<uint32_t> converted(const Frame &frame)
     return pixels;
 }
 
-/** Paints a frame at its own size into a larger picture, and looks at each pixel of that. */
-void expect_exact(Frame &frame, GstVideoOrientationMethod tag)
+/** What a frame is to be in an area of its own size or a larger one: upright, turned, enlarged. */
+std::vector<uint32_t> expected(const Frame &frame, const Orientation &orientation, const Size &size)
+{
+    const std::vector<uint32_t> upright = converted(frame);
+    const Size from = frame.image().size;
+    const Size laid = orientation.of(from);
+    std::vector<uint32_t> turned;
+    for (int y = 0; y < laid.height; ++y) {
+        for (int x = 0; x < laid.width; ++x) {
+            const Point at = orientation.origin({x, y}, laid);
+            turned.push_back(upright[static_cast<size_t>(at.y) * static_cast<size_t>(from.width) +
+                                     static_cast<size_t>(at.x)]);
+        }
+    }
+    if (size == laid)
+        return turned;
+    std::vector<uint32_t> larger(static_cast<size_t>(size.area()));
+    enlarge({turned.data(), laid.width, laid}, {larger.data(), size.width, size}, 0, size.height);
+    return larger;
+}
+
+/** Paints a frame so many times as large into a picture, and looks at each pixel of that. */
+void expect_exact(Frame &frame, GstVideoOrientationMethod tag, int times = 1)
 {
     const Orientation orientation = orientation_of(tag);
-    const Size size = frame.image().size;
-    const Size laid = orientation.of(size);
+    const Size laid = orientation.of(frame.image().size);
     DisplayView view;
-    view.area = {5, 3, laid.width, laid.height};
-    const auto plane = VideoPlane::offscreen(laid.width + 12, laid.height + 7);
+    view.area = {5, 3, laid.width * times, laid.height * times};
+    const auto plane = VideoPlane::offscreen(view.area.width + 12, view.area.height + 7);
     const PlaneBufferPtr picture = plane->acquire();
     FramePainter painter(REFERENCE_WHITE);
     painter.set_format(frame.info(), 1000);
     ASSERT_TRUE(painter.paint(frame.buffer(), orientation, view, *picture));
 
-    const std::vector<uint32_t> pixels = converted(frame);
+    const std::vector<uint32_t> pixels = expected(frame, orientation, view.area.size());
     for (int y = 0; y < picture->height(); ++y) {
-        const auto *row = reinterpret_cast<const uint32_t *>(
-            picture->pixels() + static_cast<ptrdiff_t>(y) * picture->stride());
+        const uint32_t *row = pixels_of(*picture).row(y);
         for (int x = 0; x < picture->width(); ++x) {
             const Point place = {x - view.area.x, y - view.area.y};
-            uint32_t wanted = 0xff000000;
-            if (place.x >= 0 && place.y >= 0 && place.x < laid.width && place.y < laid.height) {
-                const Point from = orientation.origin(place, laid);
-                wanted = pixels[static_cast<size_t>(from.y) * static_cast<size_t>(size.width) +
-                                static_cast<size_t>(from.x)];
-            }
-            ASSERT_EQ(row[x], wanted) << "at " << x << ", " << y << " of " << size.width << "x"
-                                      << size.height << ", tag " << tag;
+            const bool inside = view.area.covers({x, y, 1, 1});
+            ASSERT_EQ(row[x], inside ? pixels[static_cast<size_t>(place.y * view.area.width) +
+                                              static_cast<size_t>(place.x)]
+                                     : 0xff000000)
+                << "at " << x << ", " << y << " of " << laid.width << "x" << laid.height << ", tag "
+                << tag;
         }
     }
 }
@@ -231,6 +249,14 @@ TEST(FramePainter, PaintsEveryPixelOfAFrameThatIsDivided)
     for (const GstVideoOrientationMethod tag :
          {GST_VIDEO_ORIENTATION_IDENTITY, GST_VIDEO_ORIENTATION_180, GST_VIDEO_ORIENTATION_90R})
         expect_exact(frame, tag);
+}
+
+TEST(FramePainter, EnlargesAFilmsPixelsAfterItsLightHasBeenMapped)
+{
+    Frame frame(GST_VIDEO_FORMAT_P010_10LE, {47, 32});
+    gst_video_colorimetry_from_string(&frame.info().colorimetry, GST_VIDEO_COLORIMETRY_BT2100_HLG);
+    for (const GstVideoOrientationMethod tag : ALL_TAGS)
+        expect_exact(frame, tag, 2);
 }
 
 TEST(FramePainter, LeavesOutWhatADecoderHasBelowAFrame)

@@ -22,9 +22,7 @@ PlaneBufferPtr white_buffer()
 
 uint32_t pixel_of(PlaneBuffer &buffer, const Point &place)
 {
-    const auto *row =
-        reinterpret_cast<const uint32_t *>(buffer.pixels() + ptrdiff_t{place.y} * buffer.stride());
-    return row[place.x];
+    return pixels_of(buffer).row(place.y)[place.x];
 }
 
 void expect_everywhere(PlaneBuffer &buffer, const std::function<uint32_t(const Point &)> &expected)
@@ -52,7 +50,7 @@ TEST(PlaneDrawing, LaysAPictureEachWayIntoItsAreaAndNowhereElse)
                 for (uint32_t i = 0; i < pixels.size(); ++i)
                     pixels[i] = i;
                 const PlaneBufferPtr buffer = white_buffer();
-                copy_turned(pixels.data(), orientation, AREA, *buffer);
+                copy_turned(pixels.data(), orientation, pixels_of(*buffer).part(AREA));
                 expect_everywhere(*buffer, [&](const Point &place) -> uint32_t {
                     if (!is_inside(place))
                         return WHITE;
