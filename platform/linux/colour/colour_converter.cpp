@@ -7,22 +7,19 @@ namespace platform {
 
 namespace {
 
-// What the loops write at a time.
-constexpr int LANES = 8;
-
 constexpr double LARGEST_BYTE = 255;
 
 /** Of rows::Stretch: what a number of 1 is there, before quantization(). */
 constexpr double LUMA_ONE = 1 << 15;
-constexpr double DIFFERENCE_ONE = 1 << 16;
+constexpr double CHROMA_ONE = 1 << 16;
 
-/** Quantization of a Stretch's numbers; its differences are around 0. */
+/** Quantization of a Stretch's numbers; its chroma is around 0. */
 Quantization in_stretch(const ColourSpace &space, int depth)
 {
     const double luma = LUMA_ONE / (1 << depth);
-    const double difference = DIFFERENCE_ONE / (1 << depth);
+    const double chroma = CHROMA_ONE / (1 << depth);
     const Quantization own = quantization(space, depth);
-    return {own.black * luma, own.range * luma, 0, own.span * difference};
+    return {own.black * luma, own.range * luma, 0, own.span * chroma};
 }
 
 rows::Linear linear_of(const ColourSpace &space, int depth)
@@ -157,47 +154,36 @@ void ColourConverter::convert(const YuvImage &image, int first, int count, uint3
 
 void ColourConverter::convert_row(const YuvImage &image, int row, uint32_t *to) const
 {
-    const bool interleaved = is_interleaved(image.format);
-    const int sample = is_wide(image.format) ? 2 : 1;
-    const int step = interleaved ? 2 * sample : sample;
-    const Size half = image.half();
-    const int nearer = row / 2;
-    const int farther = std::clamp(row % 2 ? nearer + 1 : nearer - 1, 0, half.height - 1);
-    const uint8_t *luma = image.planes[0] + row * image.strides[0];
-    const uint8_t *u[] = {image.planes[1] + nearer * image.strides[1],
-                          image.planes[1] + farther * image.strides[1]};
-    const int last = interleaved ? 1 : 2;
-    const uint8_t *v[] = {image.planes[last] + nearer * image.strides[last],
-                          image.planes[last] + farther * image.strides[last]};
+    const auto sample_row = [&image](int plane, int at) {
+        return image.planes[plane] + at * image.strides[plane];
+    };
+    const ptrdiff_t sample = is_wide(image.format) ? 2 : 1;
+    const ptrdiff_t pair = is_interleaved(image.format) ? 2 * sample : sample;
+    const int last = is_interleaved(image.format) ? 1 : 2;
+    const Size chroma = image.chroma_size();
+    const int times = image.doubled ? 2 : 1;
+    const int nearer = image.doubled ? row : row / 2;
+    const int farther = std::clamp(row % 2 ? nearer + 1 : nearer - 1, 0, chroma.height - 1);
+    const uint8_t *y[] = {sample_row(0, times * row), sample_row(0, times * (row + 1) - 1)};
+    const uint8_t *u[] = {sample_row(1, nearer), sample_row(1, farther)};
+    const uint8_t *v[] = {sample_row(last, nearer), sample_row(last, farther)};
 
-    rows::Stretch stretch;
+    rows::Stretch stretch = {};
     for (int x = 0; x < image.size.width; x += rows::STRETCH) {
         const int pixels = std::min(rows::STRETCH, image.size.width - x);
-        const ptrdiff_t differences = ptrdiff_t{x / 2} * step;
-        const rows::Sources from = {luma + ptrdiff_t{x} * sample,
-                                    {u[0] + differences, u[1] + differences},
-                                    {v[0] + differences, v[1] + differences},
-                                    half.width - x / 2};
-        version_.unpack(image.format, from, pixels, stretch);
-        convert_stretch(stretch, pixels, to + x);
-    }
-}
-
-void ColourConverter::convert_stretch(const rows::Stretch &stretch, int pixels, uint32_t *to) const
-{
-    const auto convert = [&](uint32_t *target) {
+        const int pairs = image.doubled ? x : x / 2;
+        const ptrdiff_t luma = x * sample * times;
+        const rows::Sources from = {{y[0] + luma, y[1] + luma},
+                                    {u[0] + pairs * pair, u[1] + pairs * pair},
+                                    {v[0] + pairs * pair, v[1] + pairs * pair},
+                                    chroma.width - pairs};
+        (image.doubled ? version_.unpack_doubled : version_.unpack)(image.format, from, pixels,
+                                                                    stretch);
         if (const auto *linear = std::get_if<rows::Linear>(&formula_))
-            version_.convert(*linear, stretch, pixels, target);
+            version_.convert(*linear, stretch, pixels, to + x);
         else
-            version_.map(std::get<rows::Mapping>(formula_), stretch, pixels, target);
-    };
-    if (pixels % LANES == 0) {
-        convert(to);
-        return;
+            version_.map(std::get<rows::Mapping>(formula_), stretch, pixels, to + x);
     }
-    uint32_t rounded_up[rows::STRETCH];
-    convert(rounded_up);
-    std::copy_n(rounded_up, pixels, to);
 }
 
 } // namespace platform

@@ -1,6 +1,6 @@
 /**
- * Decoded pictures to the pixels of the screen: luma and colour differences to red, green and blue,
- * each exact to half a code, and films of high dynamic range to what an ordinary screen can show.
+ * Decoded pictures to the pixels of the screen: luma and chroma to red, green and blue, each within
+ * one code, and films of high dynamic range to what an ordinary screen can show.
  */
 #pragma once
 
@@ -27,7 +27,7 @@ class ColourConverter {
                              const rows::Version &version = best_version());
 
     /**
-     * Converts some rows of a picture. Differences are those of the nearest pixels, by distance.
+     * Converts some rows of a picture. Chroma is that of the nearest samples, by distance.
      *
      * @param image of the depth that it was made for
      * @param first of the rows
@@ -44,7 +44,6 @@ class ColourConverter {
 
   private:
     void convert_row(const YuvImage &image, int row, uint32_t *to) const;
-    void convert_stretch(const rows::Stretch &stretch, int pixels, uint32_t *to) const;
 
     std::variant<rows::Linear, rows::Mapping> formula_;
     const rows::Version &version_;

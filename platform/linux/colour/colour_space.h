@@ -47,18 +47,18 @@ struct ColourSpace {
     double peak = 1000;
 };
 
-/** From luma, of 0 to 1, and the two differences, of -0.5 to 0.5, to red, green and blue. */
+/** From luma, of 0 to 1, and chroma, of -0.5 to 0.5, to red, green and blue. */
 Matrix3 rgb_from_yuv(const ColourSpace &space);
 
 /** From red, green and blue of some primaries to BT.709's, in light. White stays white. */
 Matrix3 to_bt709(const Primaries &primaries);
 
-/** How the numbers of a depth are spread over 0 to 1, and -0.5 to 0.5 for the differences. */
+/** How the numbers of a depth are spread over 0 to 1, and -0.5 to 0.5 for chroma. */
 struct Quantization {
     double black;  ///< the luma number that is 0
     double range;  ///< from it to the number that is 1
-    double centre; ///< the number that is no difference
-    double span;   ///< from the largest difference to the smallest
+    double centre; ///< the chroma number that is no colour
+    double span;   ///< from the largest chroma number to the smallest
 };
 
 /** @param depth bits of each number, 8 or more */

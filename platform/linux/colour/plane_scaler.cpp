@@ -8,24 +8,35 @@ namespace platform {
 
 namespace {
 
-// Averages from half the size on, and is the same as the linear one above that.
+// Averages below half the size each way, and is the same as the linear one above that.
 constexpr libyuv::FilterMode FILTER = libyuv::kFilterBox;
 
-/** Three planes, one behind the other in memory that is made large enough. */
-YuvImage laid_out(YuvFormat format, const Size &size, std::vector<uint8_t> &memory)
+constexpr int PLANES = 3;
+
+Size plane_size(const YuvImage &image, int plane)
+{
+    return plane == 0 ? image.size : image.chroma_size();
+}
+
+/** Planes from one on, one behind the other in memory that is made large enough. */
+YuvImage laid_out(YuvFormat format, const Size &size, std::vector<uint8_t> &memory, int first = 0)
 {
     YuvImage image = {format, size, {}, {}};
-    const Size half = image.half();
-    const ptrdiff_t sample = is_wide(format) ? 2 : 1;
-    const size_t luma = static_cast<size_t>(sample * size.area());
-    const size_t differences = static_cast<size_t>(sample * half.area());
-    memory.resize(luma + 2 * differences);
-    image.planes[0] = memory.data();
-    image.planes[1] = memory.data() + luma;
-    image.planes[2] = memory.data() + luma + differences;
-    image.strides[0] = sample * size.width;
-    image.strides[1] = sample * half.width;
-    image.strides[2] = sample * half.width;
+    const auto bytes = [&image](int plane) {
+        return image.strides[plane] * plane_size(image, plane).height;
+    };
+    ptrdiff_t sum = 0;
+    for (int plane = first; plane < PLANES; ++plane) {
+        image.strides[plane] =
+            (is_wide(format) ? 2 : 1) * ptrdiff_t{plane_size(image, plane).width};
+        sum += bytes(plane);
+    }
+    memory.resize(static_cast<size_t>(sum));
+    const uint8_t *next = memory.data();
+    for (int plane = first; plane < PLANES; ++plane) {
+        image.planes[plane] = next;
+        next += bytes(plane);
+    }
     return image;
 }
 
@@ -42,17 +53,17 @@ template <typename Sample> struct Plane {
     int stride;
 };
 
-// The library scales interleaved differences for some sizes only.
+// The library scales interleaved chroma for some sizes only.
 YuvImage planar(const YuvImage &image, std::vector<uint8_t> &memory)
 {
-    const Size half = image.half();
+    const Size chroma = image.chroma_size();
     if (image.format == YuvFormat::NV12) {
-        YuvImage result = laid_out(YuvFormat::I420, image.size, memory);
+        YuvImage result = laid_out(YuvFormat::I420, image.size, memory, 1);
         const Plane<uint8_t> both(image, 1);
         const Plane<uint8_t> u(result, 1);
         const Plane<uint8_t> v(result, 2);
-        libyuv::SplitUVPlane(both.from, both.stride, u.to, u.stride, v.to, v.stride, half.width,
-                             half.height);
+        libyuv::SplitUVPlane(both.from, both.stride, u.to, u.stride, v.to, v.stride, chroma.width,
+                             chroma.height);
         result.planes[0] = image.planes[0];
         result.strides[0] = image.strides[0];
         return result;
@@ -74,9 +85,9 @@ YuvImage planar(const YuvImage &image, std::vector<uint8_t> &memory)
 template <typename Sample, typename Scale>
 void scale_planes(const YuvImage &from, const YuvImage &to, Scale scale)
 {
-    for (int i = 0; i < 3; ++i) {
-        const Size from_size = i == 0 ? from.size : from.half();
-        const Size to_size = i == 0 ? to.size : to.half();
+    for (int i = 0; i < PLANES; ++i) {
+        const Size from_size = plane_size(from, i);
+        const Size to_size = plane_size(to, i);
         const Plane<Sample> source(from, i);
         const Plane<Sample> target(to, i);
         scale(source.from, source.stride, from_size.width, from_size.height, target.to,
@@ -90,6 +101,12 @@ YuvImage PlaneScaler::scaled(const YuvImage &image, const Size &size)
 {
     if (image.size == size)
         return image;
+    if (image.size == Size{2 * size.width, 2 * size.height}) {
+        YuvImage half = image;
+        half.size = size;
+        half.doubled = true;
+        return half;
+    }
     const YuvImage from = planar(image, planar_);
     const YuvImage to = laid_out(from.format, size, scaled_);
     if (is_wide(from.format))

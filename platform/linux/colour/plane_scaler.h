@@ -18,8 +18,9 @@ class PlaneScaler {
      * otherwise.
      *
      * @param size at least one pixel each way
-     * @return the picture itself if it has that size, else one with each kind of sample in a plane
-     *         of its own, which is good until the next call
+     * @return the picture itself if it has that size; the same planes, doubled, if it is exactly
+     *         twice that; else one with each kind of sample in a plane of its own, which is good
+     *         until the next call
      */
     YuvImage scaled(const YuvImage &image, const Size &size);
 

@@ -22,80 +22,154 @@ namespace {
 // Of loops over 16-bit numbers, and of shifts by numbers that it knows, the compiler makes vectors
 // by itself.
 
-template <typename Sample, int SHIFT> void unpack_luma(const void *from, int pixels, int16_t *to)
+/** How the samples of a format lie. */
+template <typename SampleType, typename PairType, bool IS_INTERLEAVED, int SAMPLE_SHIFT>
+struct Layout {
+    using Sample = SampleType;
+    using Pair = PairType; ///< two samples
+    static constexpr bool INTERLEAVED = IS_INTERLEAVED;
+    static constexpr int SHIFT = SAMPLE_SHIFT; ///< of what is stored to what is meant
+    static constexpr int BITS = 8 * sizeof(Sample);
+    static constexpr int DEPTH = sizeof(Sample) == 1 ? 8 : 10;
+};
+
+template <typename Function> void with_layout(YuvFormat format, Function function)
 {
-    constexpr int UP = sizeof(Sample) == 1 ? 7 : 5;
-    const auto *y = static_cast<const Sample *>(from);
+    constexpr int P010_SHIFT = 6;
+    switch (format) {
+    case YuvFormat::I420:
+        return function(Layout<uint8_t, uint16_t, false, 0>());
+    case YuvFormat::NV12:
+        return function(Layout<uint8_t, uint16_t, true, 0>());
+    case YuvFormat::I420_10:
+        return function(Layout<uint16_t, uint32_t, false, 0>());
+    case YuvFormat::P010:
+        return function(Layout<uint16_t, uint32_t, true, P010_SHIFT>());
+    }
+}
+
+/** Reads two samples that lie side by side, wherever that is, and keeps them in one number. */
+template <typename Layout> inline typename Layout::Pair pair_at(const void *row, int i)
+{
+    typename Layout::Pair read;
+    memcpy(&read, static_cast<const typename Layout::Pair *>(row) + i, sizeof read);
+    return read;
+}
+
+// What has vectors has shifts, but few ways to take every other sample: hence pairs.
+template <typename Layout> inline int lower(typename Layout::Pair pair)
+{
+    return static_cast<typename Layout::Sample>(pair) >> Layout::SHIFT;
+}
+
+template <typename Layout> inline int upper(typename Layout::Pair pair)
+{
+    return static_cast<int>(pair >> (Layout::BITS + Layout::SHIFT));
+}
+
+template <typename Layout> void unpack_luma(const void *row, int pixels, int16_t *to)
+{
+    const auto *y = static_cast<const typename Layout::Sample *>(row);
     for (int x = 0; x < pixels; ++x)
-        to[x] = static_cast<int16_t>((y[x] >> SHIFT) << UP);
+        to[x] = static_cast<int16_t>((y[x] >> Layout::SHIFT) << (15 - Layout::DEPTH));
+}
+
+/** The mean of four. */
+template <typename Layout>
+void unpack_doubled_luma(const void *const (&rows)[2], int pixels, int16_t *to)
+{
+    for (int x = 0; x < pixels; ++x) {
+        const auto above = pair_at<Layout>(rows[0], x);
+        const auto below = pair_at<Layout>(rows[1], x);
+        const int sum = lower<Layout>(above) + upper<Layout>(above) + lower<Layout>(below) +
+                        upper<Layout>(below);
+        to[x] = static_cast<int16_t>(sum << (13 - Layout::DEPTH));
+    }
 }
 
 /** What lies a quarter of the way from one sample to another, around 0. */
-template <typename Sample> inline int16_t difference(int nearer, int farther)
+template <typename Layout> inline int16_t mixed(int nearer, int farther)
 {
-    constexpr int UP = sizeof(Sample) == 1 ? 6 : 4;
     constexpr int CENTRE = 1 << 15;
-    return static_cast<int16_t>(((3 * nearer + farther) << UP) ^ CENTRE);
+    return static_cast<int16_t>(((3 * nearer + farther) << (14 - Layout::DEPTH)) ^ CENTRE);
 }
 
-template <typename Sample> void unpack_planar(const void *const (&rows)[2], int count, int16_t *to)
+template <typename Layout>
+void unpack_plane(const void *nearer, const void *farther, int count, int16_t *to)
 {
-    const auto *c0 = static_cast<const Sample *>(rows[0]);
-    const auto *c1 = static_cast<const Sample *>(rows[1]);
+    const auto *c0 = static_cast<const typename Layout::Sample *>(nearer);
+    const auto *c1 = static_cast<const typename Layout::Sample *>(farther);
     for (int i = 0; i < count; ++i)
-        to[i] = difference<Sample>(c0[i], c1[i]);
+        to[i] = mixed<Layout>(c0[i], c1[i]);
 }
 
-// Pairs are read as one number of twice the width: what has vectors has shifts, but few ways to
-// take every other sample.
-template <typename Sample, typename Pair, int SHIFT>
-void unpack_interleaved(const void *const (&rows)[2], int count, Stretch &to)
+/** Chroma between the nearer and the farther samples of `from`. */
+template <typename Layout>
+void unpack_chroma(const Sources &from, int count, int16_t *u, int16_t *v)
 {
-    constexpr int BITS = 8 * sizeof(Sample);
-    // Rows of pairs need not lie where their numbers would.
-    const auto pair = [&rows](int row, int i) {
-        Pair read;
-        memcpy(&read, static_cast<const Pair *>(rows[row]) + i, sizeof read);
-        return read;
-    };
-    const auto lower = [](Pair both) { return static_cast<Sample>(both) >> SHIFT; };
-    const auto upper = [](Pair both) { return static_cast<int>(both >> (BITS + SHIFT)); };
-    for (int i = 0; i < count; ++i) {
-        to.u[i] = difference<Sample>(lower(pair(0, i)), lower(pair(1, i)));
-        to.v[i] = difference<Sample>(upper(pair(0, i)), upper(pair(1, i)));
+    if constexpr (Layout::INTERLEAVED) {
+        for (int i = 0; i < count; ++i) {
+            const auto nearer = pair_at<Layout>(from.u[0], i);
+            const auto farther = pair_at<Layout>(from.u[1], i);
+            u[i] = mixed<Layout>(lower<Layout>(nearer), lower<Layout>(farther));
+            v[i] = mixed<Layout>(upper<Layout>(nearer), upper<Layout>(farther));
+        }
+    } else {
+        unpack_plane<Layout>(from.u[0], from.u[1], count, u);
+        unpack_plane<Layout>(from.v[0], from.v[1], count, v);
+    }
+}
+
+/** A number for each pixel from one for two: a pixel between two of them gets their middle. */
+inline void spread(const int16_t *from, int pixels, int16_t *to)
+{
+    for (ptrdiff_t i = 0; i < (pixels + 1) / 2; ++i) {
+        to[2 * i] = from[i];
+        to[2 * i + 1] = static_cast<int16_t>((from[i] + from[i + 1]) >> 1);
     }
 }
 
 void unpack(YuvFormat format, const Sources &from, int pixels, Stretch &to)
 {
-    constexpr int P010_SHIFT = 6;
-    const int wanted = pixels / 2 + 1;
-    const int count = wanted < from.differences ? wanted : from.differences;
-    switch (format) {
-    case YuvFormat::I420:
-        unpack_luma<uint8_t, 0>(from.y, pixels, to.y);
-        unpack_planar<uint8_t>(from.u, count, to.u);
-        unpack_planar<uint8_t>(from.v, count, to.v);
-        break;
-    case YuvFormat::NV12:
-        unpack_luma<uint8_t, 0>(from.y, pixels, to.y);
-        unpack_interleaved<uint8_t, uint16_t, 0>(from.u, count, to);
-        break;
-    case YuvFormat::I420_10:
-        unpack_luma<uint16_t, 0>(from.y, pixels, to.y);
-        unpack_planar<uint16_t>(from.u, count, to.u);
-        unpack_planar<uint16_t>(from.v, count, to.v);
-        break;
-    case YuvFormat::P010:
-        unpack_luma<uint16_t, P010_SHIFT>(from.y, pixels, to.y);
-        unpack_interleaved<uint16_t, uint32_t, P010_SHIFT>(from.u, count, to);
-        break;
-    }
+    // One behind the last, which the last pixel may lie before.
+    int16_t u[STRETCH / 2 + 1];
+    int16_t v[STRETCH / 2 + 1];
+    const int wanted = (pixels + 1) / 2 + 1;
+    const int count = wanted < from.chroma ? wanted : from.chroma;
+    with_layout(format, [&](auto layout) {
+        using Layout = decltype(layout);
+        unpack_luma<Layout>(from.y[0], pixels, to.y);
+        unpack_chroma<Layout>(from, count, u, v);
+    });
     // Beyond the picture's edge its last colour goes on.
     for (int i = count; i < wanted; ++i) {
-        to.u[i] = to.u[count - 1];
-        to.v[i] = to.v[count - 1];
+        u[i] = u[count - 1];
+        v[i] = v[count - 1];
     }
+    spread(u, pixels, to.u);
+    spread(v, pixels, to.v);
+}
+
+void unpack_doubled(YuvFormat format, const Sources &from, int pixels, Stretch &to)
+{
+    with_layout(format, [&](auto layout) {
+        using Layout = decltype(layout);
+        unpack_doubled_luma<Layout>(from.y, pixels, to.y);
+        // The four lie around their row of chroma, and a quarter of the way to the next sample.
+        const auto between = [&from](ptrdiff_t nearer, ptrdiff_t farther) -> Sources {
+            constexpr int STEP = sizeof(typename Layout::Sample) * (Layout::INTERLEAVED ? 2 : 1);
+            const auto *u = static_cast<const uint8_t *>(from.u[0]);
+            const auto *v = static_cast<const uint8_t *>(from.v[0]);
+            return {{},
+                    {u + nearer * STEP, u + farther * STEP},
+                    {v + nearer * STEP, v + farther * STEP},
+                    from.chroma};
+        };
+        const int count = pixels < from.chroma ? pixels : from.chroma - 1;
+        unpack_chroma<Layout>(between(0, 1), count, to.u, to.v);
+        if (count < pixels)
+            unpack_chroma<Layout>(between(count, count), 1, to.u + count, to.v + count);
+    });
 }
 
 /** The upper half of a product. */
@@ -114,33 +188,17 @@ inline int16_t code_of(int16_t steps)
     return in_byte(static_cast<int16_t>(steps >> 5));
 }
 
-/** A number for each pixel from one for two: a pixel between two of them gets their middle. */
-inline void spread(const int16_t *from, int pixels, int16_t *to)
-{
-    for (ptrdiff_t i = 0; i < (pixels + 1) / 2; ++i) {
-        to[2 * i] = from[i];
-        to[2 * i + 1] = static_cast<int16_t>((from[i] + from[i + 1]) >> 1);
-    }
-}
-
 void convert(const Linear &linear, const Stretch &from, int pixels, uint32_t *to)
 {
-    int16_t added[3][STRETCH];
-    for (int part = 0; part < 3; ++part) {
-        int16_t own[STRETCH / 2 + 1];
-        for (int i = 0; i < pixels / 2 + 1; ++i)
-            own[i] = static_cast<int16_t>(upper_half(linear.u[part], from.u[i]) +
-                                          upper_half(linear.v[part], from.v[i]));
-        spread(own, pixels, added[part]);
-    }
     for (int x = 0; x < pixels; ++x) {
-        const auto y = static_cast<int16_t>(upper_half(linear.y, from.y[x]) + linear.offset);
-        const int16_t blue = code_of(static_cast<int16_t>(y + added[0][x]));
-        const int16_t green = code_of(static_cast<int16_t>(y + added[1][x]));
-        const int16_t red = code_of(static_cast<int16_t>(y + added[2][x]));
+        const auto part = [&](int i) {
+            return code_of(static_cast<int16_t>(upper_half(linear.y, from.y[x]) + linear.offset +
+                                                upper_half(linear.u[i], from.u[x]) +
+                                                upper_half(linear.v[i], from.v[x])));
+        };
         // Halves of a pixel, so that what is summed stays in 16 bits.
-        const auto lower = static_cast<uint16_t>(blue | green << 8);
-        const auto upper = static_cast<uint16_t>(red | 0xff00);
+        const auto lower = static_cast<uint16_t>(part(0) | part(1) << 8);
+        const auto upper = static_cast<uint16_t>(part(2) | 0xff00);
         to[x] = lower | uint32_t{upper} << 16;
     }
 }
@@ -305,41 +363,45 @@ inline Wholes byte_of(const Mapping &mapping, const float (&row)[3], const Colou
 }
 
 template <bool SCENE>
-void map_all(const Mapping &shared, const int16_t *u, const int16_t *v, const int16_t *y,
-             int pixels, uint32_t *to)
+void map_all(const Mapping &shared, const Stretch &from, int pixels, uint32_t *to)
 {
-    const Mapping mapping =
-        shared; // of which the compiler knows that writing pixels leaves it alone
-    for (int x = 0; x < pixels; x += LANES) {
-        const Reals luma = load(y + x) * mapping.y + mapping.y_offset;
-        const Reals cb = load(u + x);
-        const Reals cr = load(v + x);
+    // The compiler knows of its own that writing pixels leaves it alone.
+    const Mapping mapping = shared;
+    const auto mapped = [&](int x) {
+        const Reals luma = load(from.y + x) * mapping.y + mapping.y_offset;
+        const Reals cb = load(from.u + x);
+        const Reals cr = load(from.v + x);
         const auto code = [&](int part) {
             const Reals value = luma + cb * mapping.u[part] + cr * mapping.v[part];
             return least(most(value, all(-1)), all(1));
         };
         const Colours c = on_screen<SCENE>(mapping, {code(0), code(1), code(2)});
-        const Wholes pixel = byte_of(mapping, mapping.out[0], c) |
-                             byte_of(mapping, mapping.out[1], c) << 8 |
-                             byte_of(mapping, mapping.out[2], c) << 16 | OPAQUE;
+        return byte_of(mapping, mapping.out[0], c) | byte_of(mapping, mapping.out[1], c) << 8 |
+               byte_of(mapping, mapping.out[2], c) << 16 | OPAQUE;
+    };
+    const int whole = pixels / LANES * LANES;
+    for (int x = 0; x < whole; x += LANES) {
+        const Wholes pixel = mapped(x);
         memcpy(to + x, &pixel, sizeof pixel);
+    }
+    // A stretch has room for whole lanes.
+    static_assert(STRETCH % LANES == 0);
+    if (whole < pixels) {
+        const Wholes pixel = mapped(whole);
+        memcpy(to + whole, &pixel, sizeof *to * static_cast<size_t>(pixels - whole));
     }
 }
 
 void map(const Mapping &mapping, const Stretch &from, int pixels, uint32_t *to)
 {
-    int16_t u[STRETCH];
-    int16_t v[STRETCH];
-    spread(from.u, pixels, u);
-    spread(from.v, pixels, v);
     if (mapping.scene)
-        map_all<true>(mapping, u, v, from.y, pixels, to);
+        map_all<true>(mapping, from, pixels, to);
     else
-        map_all<false>(mapping, u, v, from.y, pixels, to);
+        map_all<false>(mapping, from, pixels, to);
 }
 
 } // namespace
 
-const Version ROWS_VERSION = {unpack, convert, map};
+const Version ROWS_VERSION = {unpack, unpack_doubled, convert, map};
 
 } // namespace platform::rows

@@ -12,23 +12,21 @@ namespace platform::rows {
 
 constexpr int STRETCH = 256; ///< pixels at a time; even
 
-/**
- * A stretch as numbers that fill 16 bits, whatever the picture had: luma over 2^15, differences
- * over 2^16 around 0. Between two rows of differences they are weighted by distance.
+/** A stretch as numbers that fill 16 bits, whatever the picture had; a number of each for a pixel.
  */
 struct Stretch {
-    int16_t y[STRETCH];
-    int16_t u[STRETCH / 2 + 1]; ///< one for two pixels, and the one behind the last
-    int16_t v[STRETCH / 2 + 1];
+    int16_t y[STRETCH]; ///< over 2^15
+    int16_t u[STRETCH]; ///< chroma over 2^16 around 0
+    int16_t v[STRETCH];
 };
 
 /** Where the samples of a stretch begin. */
 struct Sources {
-    const void *y;
-    /** The nearer row of differences and the farther one; of interleaved ones v is not used. */
+    const void *y[2]; ///< of a doubled picture the row and the one below it
+    /** The nearer row of chroma and the farther one; of interleaved chroma v is not used. */
     const void *u[2];
     const void *v[2];
-    int differences; ///< how many there are up to the end of the row
+    int chroma; ///< how many pairs of it there are up to the end of the row
 };
 
 /** The steps in a code of 0 to 255 with which sums are made. */
@@ -62,8 +60,8 @@ struct Mapping {
 /** One version of all of it. */
 struct Version {
     void (*unpack)(YuvFormat format, const Sources &from, int pixels, Stretch &to);
+    void (*unpack_doubled)(YuvFormat format, const Sources &from, int pixels, Stretch &to);
     void (*convert)(const Linear &linear, const Stretch &from, int pixels, uint32_t *to);
-    /** Writes up to seven pixels more than it is asked for; `to` has room for them. */
     void (*map)(const Mapping &mapping, const Stretch &from, int pixels, uint32_t *to);
 };
 

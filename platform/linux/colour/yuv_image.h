@@ -1,4 +1,5 @@
-/** A decoded picture in memory: luma, and two colour differences for each two by two pixels. */
+/** A decoded picture in memory: luma, and a pair of chroma samples, Cb and Cr, for two by two
+ * pixels. */
 #pragma once
 
 #include <cstddef>
@@ -11,9 +12,9 @@ namespace platform {
 /** How its samples lie, with the names that the field has for them. */
 enum class YuvFormat {
     I420,    ///< 8 bits, each kind in a plane of its own
-    NV12,    ///< 8 bits, the two differences in turns
+    NV12,    ///< 8 bits, Cb and Cr in turns
     I420_10, ///< 10 bits in the lower ones of 16, each kind in a plane of its own
-    P010,    ///< 10 bits in the upper ones of 16, the two differences in turns
+    P010,    ///< 10 bits in the upper ones of 16, Cb and Cr in turns
 };
 
 inline bool is_wide(YuvFormat format)
@@ -35,11 +36,15 @@ inline int depth_of(YuvFormat format)
 struct YuvImage {
     YuvFormat format;
     Size size;
-    const uint8_t *planes[3]; ///< luma; the differences of blue and of red, or both in the second
+    const uint8_t *planes[3]; ///< luma; Cb and Cr, or both in the second
     ptrdiff_t strides[3];     ///< bytes from row to row
+    /** The planes are those of a picture twice as wide and high: a pixel is the mean of four. */
+    bool doubled = false;
 
-    /** The size of its differences. */
-    Size half() const { return {(size.width + 1) / 2, (size.height + 1) / 2}; }
+    Size chroma_size() const
+    {
+        return doubled ? size : Size{(size.width + 1) / 2, (size.height + 1) / 2};
+    }
 };
 
 } // namespace platform

@@ -103,9 +103,9 @@ class EachFormat : public testing::TestWithParam<YuvFormat> {
             for (int at = 0; at < BLOCK * BLOCK; ++at)
                 picture.set_luma(left + at % BLOCK, top + at / BLOCK, static_cast<int>(colour.red));
             for (int at = 0; at < BLOCK * BLOCK / 4; ++at)
-                picture.set_differences(
-                    (left + at % (BLOCK / 2) * 2) / 2, (top + at / (BLOCK / 2) * 2) / 2,
-                    static_cast<int>(colour.green), static_cast<int>(colour.blue));
+                picture.set_chroma((left + at % (BLOCK / 2) * 2) / 2,
+                                   (top + at / (BLOCK / 2) * 2) / 2, static_cast<int>(colour.green),
+                                   static_cast<int>(colour.blue));
         }
         const auto pixels =
             converted(ColourConverter(space, depth_, REFERENCE_WHITE, version), picture);
@@ -158,7 +158,7 @@ TEST_P(EachFormat, HasItsBlackAndItsWhite)
             Picture picture(format_, {2, 2});
             for (int i = 0; i < 4; ++i)
                 picture.set_luma(i % 2, i / 2, luma * unit);
-            picture.set_differences(0, 0, 128 * unit, 128 * unit);
+            picture.set_chroma(0, 0, 128 * unit, 128 * unit);
             EXPECT_THAT(converted(ColourConverter({}, depth_, REFERENCE_WHITE, *version), picture),
                         testing::Each(wanted))
                 << name_of(*version);
@@ -168,7 +168,7 @@ TEST_P(EachFormat, HasItsBlackAndItsWhite)
 
 TEST_P(EachFormat, TakesColoursBetweenTheirSamplesByDistance)
 {
-    // Samples of differences lie on every other column, and between two rows.
+    // Samples of chroma lie on every other column, and between two rows.
     const auto weights = [](int at, int samples, bool between) {
         const int nearer = at / 2;
         const int other = between ? (at % 2 ? nearer + 1 : nearer - 1) : nearer + at % 2;
@@ -179,7 +179,7 @@ TEST_P(EachFormat, TakesColoursBetweenTheirSamplesByDistance)
         for (const Size &size : {Size{1, 1}, Size{3, 5}, Size{258, 4}, Size{321, 7}}) {
             Picture picture(format_, size);
             std::vector<int> luma(static_cast<size_t>(size.area()));
-            std::vector<int> u(static_cast<size_t>(picture.halves().area()));
+            std::vector<int> u(static_cast<size_t>(picture.chroma_size().area()));
             std::vector<int> v(u.size());
             for (size_t i = 0; i < luma.size(); ++i) {
                 luma[i] = number();
@@ -189,20 +189,21 @@ TEST_P(EachFormat, TakesColoursBetweenTheirSamplesByDistance)
             for (size_t i = 0; i < u.size(); ++i) {
                 u[i] = number();
                 v[i] = number();
-                picture.set_differences(static_cast<int>(i) % picture.halves().width,
-                                        static_cast<int>(i) / picture.halves().width, u[i], v[i]);
+                picture.set_chroma(static_cast<int>(i) % picture.chroma_size().width,
+                                   static_cast<int>(i) / picture.chroma_size().width, u[i], v[i]);
             }
             const auto pixels =
                 converted(ColourConverter(space, depth_, REFERENCE_WHITE, *version), picture);
             Errors errors;
             for (int y = 0; y < size.height; ++y) {
-                const auto [row, other_row] = weights(y, picture.halves().height, true);
+                const auto [row, other_row] = weights(y, picture.chroma_size().height, true);
                 for (int x = 0; x < size.width; ++x) {
-                    const auto [column, other_column] = weights(x, picture.halves().width, false);
+                    const auto [column, other_column] =
+                        weights(x, picture.chroma_size().width, false);
                     const auto mixed = [&](const std::vector<int> &plane) {
                         const auto at = [&](int px, int py) {
                             return double(
-                                plane[static_cast<size_t>(py) * picture.halves().width + px]);
+                                plane[static_cast<size_t>(py) * picture.chroma_size().width + px]);
                         };
                         return (3 * (at(column, row) + at(other_column, row)) +
                                 at(column, other_row) + at(other_column, other_row)) /
@@ -217,13 +218,60 @@ TEST_P(EachFormat, TakesColoursBetweenTheirSamplesByDistance)
     }
 }
 
+TEST_P(EachFormat, MakesAPixelOfFourWherePlanesAreDoubled)
+{
+    const ColourSpace space = in_full_range({});
+    for (const rows::Version *version : versions()) {
+        for (const Size &size : {Size{1, 1}, Size{3, 5}, Size{256, 2}, Size{321, 3}}) {
+            Picture picture(format_, {2 * size.width, 2 * size.height});
+            const auto at = [&size](int x, int y) {
+                return static_cast<size_t>(y) * size.width + x;
+            };
+            std::vector<double> luma(static_cast<size_t>(size.area()));
+            std::vector<int> u(luma.size());
+            std::vector<int> v(luma.size());
+            for (int y = 0; y < size.height; ++y) {
+                for (int x = 0; x < size.width; ++x) {
+                    for (int i = 0; i < 4; ++i) {
+                        const int value = number();
+                        picture.set_luma(2 * x + i % 2, 2 * y + i / 2, value);
+                        luma[at(x, y)] += value / 4.0;
+                    }
+                    u[at(x, y)] = number();
+                    v[at(x, y)] = number();
+                    picture.set_chroma(x, y, u[at(x, y)], v[at(x, y)]);
+                }
+            }
+            YuvImage image = picture.image();
+            image.size = size;
+            image.doubled = true;
+            std::vector<uint32_t> pixels(luma.size());
+            ColourConverter(space, depth_, REFERENCE_WHITE, *version)
+                .convert(image, 0, size.height, pixels.data(), size.width);
+            Errors errors;
+            for (int y = 0; y < size.height; ++y) {
+                for (int x = 0; x < size.width; ++x) {
+                    // Samples of chroma lie below the left pixels of each four.
+                    const size_t next = at(std::min(x + 1, size.width - 1), y);
+                    const auto mixed = [&](const std::vector<int> &plane) {
+                        return (3 * plane[at(x, y)] + plane[next]) / 4.0;
+                    };
+                    errors.add(pixels[at(x, y)],
+                               reference(space, depth_, luma[at(x, y)], mixed(u), mixed(v)));
+                }
+            }
+            EXPECT_LT(errors.worst, 0.7) << name_of(*version) << ", width " << size.width;
+        }
+    }
+}
+
 TEST_P(EachFormat, ConvertsSomeRowsAsItConvertsAll)
 {
     Picture picture(format_, {34, 9});
     for (int i = 0; i < 34 * 9; ++i)
         picture.set_luma(i % 34, i / 34, number());
     for (int i = 0; i < 17 * 5; ++i)
-        picture.set_differences(i % 17, i / 17, number(), number());
+        picture.set_chroma(i % 17, i / 17, number(), number());
     const ColourConverter converter({}, depth_);
     const std::vector<uint32_t> all = converted(converter, picture);
 
@@ -255,7 +303,7 @@ class HighDynamicRange : public testing::TestWithParam<Hdr> {
     const Quantization q_ = quantization(space_, 10);
     const double top_ = space_.transfer == Transfer::HLG ? 1 : pq_of_light(space_.peak);
 
-    /** A row of colours, one a pair of pixels of a picture without differences in height. */
+    /** A row of colours, one a pair of pixels of a picture of one row. */
     Errors errors_of(const std::vector<Rgb> &codes, const rows::Version &version) const
     {
         const int count = static_cast<int>(codes.size());
@@ -273,8 +321,8 @@ class HighDynamicRange : public testing::TestWithParam<Hdr> {
             for (int x = 0; x < 4; ++x)
                 picture.set_luma(4 * i + x, 0, static_cast<int>(yuv.red));
             for (int x = 0; x < 2; ++x)
-                picture.set_differences(2 * i + x, 0, static_cast<int>(yuv.green),
-                                        static_cast<int>(yuv.blue));
+                picture.set_chroma(2 * i + x, 0, static_cast<int>(yuv.green),
+                                   static_cast<int>(yuv.blue));
         }
         const auto pixels =
             converted(ColourConverter(space_, 10, REFERENCE_WHITE, version), picture);
@@ -330,7 +378,7 @@ TEST_P(HighDynamicRange, RisesWithTheFilmAndEndsInWhite)
         for (int i = 0; i < 1024; ++i)
             ramp.set_luma(i, 0, i);
         for (int i = 0; i < 512; ++i)
-            ramp.set_differences(i, 0, 512, 512);
+            ramp.set_chroma(i, 0, 512, 512);
         const auto pixels = converted(ColourConverter(space_, 10, REFERENCE_WHITE, *version), ramp);
         for (size_t i = 1; i < pixels.size(); ++i)
             ASSERT_GE(pixels[i] & 0xff, pixels[i - 1] & 0xff) << name_of(*version) << " at " << i;

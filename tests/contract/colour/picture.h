@@ -13,8 +13,8 @@ namespace platform {
 class Picture {
   public:
     Picture(YuvFormat format, const Size &size)
-        : format_(format), size_(size), halves_{(size.width + 1) / 2, (size.height + 1) / 2},
-          luma_(area(size)), first_(area(halves_)), second_(area(halves_))
+        : format_(format), size_(size), chroma_size_{(size.width + 1) / 2, (size.height + 1) / 2},
+          luma_(area(size)), first_(area(chroma_size_)), second_(area(chroma_size_))
     {
         // What lies behind an edge must not be seen.
         const int rubbish = is_wide(format) ? 0xffff : 0xff;
@@ -23,14 +23,14 @@ class Picture {
     }
 
     void set_luma(int x, int y, int value) { put(luma_, size_, x, y, value, 1, 0); }
-    void set_differences(int x, int y, int u, int v)
+    void set_chroma(int x, int y, int u, int v)
     {
         if (is_interleaved(format_)) {
-            put(first_, halves_, x, y, u, 2, 0);
-            put(first_, halves_, x, y, v, 2, 1);
+            put(first_, chroma_size_, x, y, u, 2, 0);
+            put(first_, chroma_size_, x, y, v, 2, 1);
         } else {
-            put(first_, halves_, x, y, u, 1, 0);
-            put(second_, halves_, x, y, v, 1, 0);
+            put(first_, chroma_size_, x, y, u, 1, 0);
+            put(second_, chroma_size_, x, y, v, 1, 0);
         }
     }
 
@@ -41,11 +41,11 @@ class Picture {
                 size_,
                 {reinterpret_cast<const uint8_t *>(luma_.data()), first,
                  reinterpret_cast<const uint8_t *>(second_.data())},
-                {stride(size_), stride(halves_), stride(halves_)}};
+                {stride(size_), stride(chroma_size_), stride(chroma_size_)}};
     }
 
     const Size &size() const { return size_; }
-    const Size &halves() const { return halves_; }
+    const Size &chroma_size() const { return chroma_size_; }
 
   private:
     static constexpr int BEHIND = 3;
@@ -71,7 +71,7 @@ class Picture {
 
     const YuvFormat format_;
     const Size size_;
-    const Size halves_;
+    const Size chroma_size_;
     std::vector<uint16_t> luma_;
     std::vector<uint16_t> first_;
     std::vector<uint16_t> second_;

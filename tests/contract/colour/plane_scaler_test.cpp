@@ -10,7 +10,7 @@ namespace {
 constexpr YuvFormat FORMATS[] = {YuvFormat::I420, YuvFormat::NV12, YuvFormat::I420_10,
                                  YuvFormat::P010};
 
-/** Whatever is between two numbers, in both directions, of luma and of differences. */
+/** Whatever is between two numbers, in both directions, of luma and of chroma. */
 Picture sloping(YuvFormat format, const Size &size)
 {
     const int unit = 1 << (depth_of(format) - 8);
@@ -19,10 +19,10 @@ Picture sloping(YuvFormat format, const Size &size)
         for (int x = 0; x < size.width; ++x)
             picture.set_luma(x, y, (40 + 100 * x / size.width + 60 * y / size.height) * unit);
     }
-    for (int y = 0; y < picture.halves().height; ++y) {
-        for (int x = 0; x < picture.halves().width; ++x)
-            picture.set_differences(x, y, (90 + 60 * x / picture.halves().width) * unit,
-                                    (170 - 60 * y / picture.halves().height) * unit);
+    for (int y = 0; y < picture.chroma_size().height; ++y) {
+        for (int x = 0; x < picture.chroma_size().width; ++x)
+            picture.set_chroma(x, y, (90 + 60 * x / picture.chroma_size().width) * unit,
+                               (170 - 60 * y / picture.chroma_size().height) * unit);
     }
     return picture;
 }
@@ -79,12 +79,12 @@ TEST(APlaneScaler, AveragesWhatGoesIntoOnePixel)
         for (int i = 0; i < 64 * 64; ++i)
             chequered.set_luma(i % 64, i / 64, (i + i / 64) % 2 ? 200 * unit : 100 * unit);
         for (int i = 0; i < 32 * 32; ++i)
-            chequered.set_differences(i % 32, i / 32, 128 * unit, 128 * unit);
+            chequered.set_chroma(i % 32, i / 32, 128 * unit, 128 * unit);
         Picture grey(format, {16, 16});
         for (int i = 0; i < 16 * 16; ++i)
             grey.set_luma(i % 16, i / 16, 150 * unit);
         for (int i = 0; i < 8 * 8; ++i)
-            grey.set_differences(i % 8, i / 8, 128 * unit, 128 * unit);
+            grey.set_chroma(i % 8, i / 8, 128 * unit, 128 * unit);
         PlaneScaler scaler;
         EXPECT_EQ(converted(scaler.scaled(chequered.image(), {16, 16}), format),
                   converted(grey.image(), format))
@@ -101,11 +101,10 @@ TEST(APlaneScaler, TakesTheOddestSizes)
             for (int64_t i = 0; i < from.area(); ++i)
                 picture.set_luma(static_cast<int>(i) % from.width, static_cast<int>(i) / from.width,
                                  16 << (depth_of(format) - 8));
-            for (int64_t i = 0; i < picture.halves().area(); ++i)
-                picture.set_differences(static_cast<int>(i) % picture.halves().width,
-                                        static_cast<int>(i) / picture.halves().width,
-                                        128 << (depth_of(format) - 8),
-                                        128 << (depth_of(format) - 8));
+            for (int64_t i = 0; i < picture.chroma_size().area(); ++i)
+                picture.set_chroma(static_cast<int>(i) % picture.chroma_size().width,
+                                   static_cast<int>(i) / picture.chroma_size().width,
+                                   128 << (depth_of(format) - 8), 128 << (depth_of(format) - 8));
             for (const Size &to : {Size{1, 1}, Size{3, 7}, Size{640, 1}, Size{1, 480}})
                 EXPECT_THAT(converted(scaler.scaled(picture.image(), to), format),
                             testing::Each(0xff000000U))
