@@ -16,14 +16,23 @@ CONVERSIONS = (
     ("i420-1080p", "I420 at 1080p", True),
     ("nv12-1080p", "NV12 at 1080p", True),
     ("i420_10-1080p", "I420 of 10 bits at 1080p", True),
+    ("i420_10-1080p-base", "I420 of 10 bits at 1080p without AVX2", True),
     ("p010-1080p", "P010 at 1080p", True),
     ("i420-2160p-to-1080p", "I420, 2160p to 1080p", True),
+    ("nv12-2160p-to-1080p", "NV12, 2160p to 1080p", True),
     ("i420_10-2160p-to-1080p", "I420 of 10 bits, 2160p to 1080p", True),
+    ("p010-2160p-to-1080p", "P010, 2160p to 1080p", True),
     ("i420-1080p-to-2160p", "I420, 1080p to 2160p", True),
     ("pq-1080p", "HDR10 at 1080p", False),
+    ("pq-1080p-base", "HDR10 at 1080p without AVX2", False),
     ("hlg-1080p", "HLG at 1080p", False),
+    ("hlg-1080p-base", "HLG at 1080p without AVX2", False),
     ("pq-2160p-to-1080p", "HDR10, 2160p to 1080p", False),
+    ("hlg-2160p-to-1080p", "HLG, 2160p to 1080p", False),
+    ("pq-1080p-to-2160p", "HDR10, 1080p to 2160p", False),
 )
+# What mapping light takes beside a conversion of the same frame that maps none.
+MAPPED, UNMAPPED = {"pq-1080p": 10, "hlg-1080p": 20}, "i420_10-1080p"
 # Shares of a core at 30 pictures a second, in milliseconds.
 HDR_FULL_HD_MS, HDR_UHD_MS = 0.20 * 1000 / FRAMES_PER_SECOND, 0.30 * 1000 / FRAMES_PER_SECOND
 BOUNDS = {"pq-1080p": HDR_FULL_HD_MS, "pq-2160p-to-1080p": HDR_UHD_MS}
@@ -38,18 +47,23 @@ def conversion_figures():
             yield Figure(f"{name}-gst", "its time by that of GStreamer's converter", "", "at most 1",
                          at_most(1))
             yield Figure(f"{name}-sws", "its time by that of libswscale", "", "–", None)
+        if name in MAPPED:
+            yield Figure(f"{name}-ratio", "its time by that of a frame whose light is not mapped",
+                         "", f"at most {MAPPED[name]}", at_most(MAPPED[name]))
 
 
 @row("conversion", *conversion_figures())
 def conversion(stage, who, results):
     times = subprocess.run([stage.build / "tests/contract/colour/conversion-times"], check=True,
                            capture_output=True, text=True).stdout
-    for line in times.splitlines():
-        name, *numbers = line.split()
-        own, gstreamer, swscale = map(float, numbers)
+    milliseconds = {name: tuple(map(float, numbers))
+                    for name, *numbers in map(str.split, times.splitlines())}
+    for name, (own, gstreamer, swscale) in milliseconds.items():
         results.note(f"{name}-ms", who, own)
         results.note(f"{name}-gst", who, own / gstreamer)
         results.note(f"{name}-sws", who, own / swscale)
+    for name in MAPPED:
+        results.note(f"{name}-ratio", who, milliseconds[name][0] / milliseconds[UNMAPPED][0])
 
 
 FILMS = (

@@ -145,6 +145,13 @@ const rows::Version &ColourConverter::best_version()
     return rows::BASE;
 }
 
+Size ColourConverter::size_for(const Size &picture, const Size &shown) const
+{
+    if (!maps_light())
+        return shown;
+    return {std::min(picture.width, shown.width), std::min(picture.height, shown.height)};
+}
+
 void ColourConverter::convert(const YuvImage &image, int first, int count, uint32_t *to,
                               ptrdiff_t pixels_per_row) const
 {

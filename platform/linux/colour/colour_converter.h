@@ -37,6 +37,13 @@ class ColourConverter {
     void convert(const YuvImage &image, int first, int count, uint32_t *to,
                  ptrdiff_t pixels_per_row) const;
 
+    /**
+     * The size to convert a picture in that is shown in another: what is larger is made smaller
+     * before, and what is smaller larger afterwards where light is mapped, for which there are to
+     * be few pixels.
+     */
+    Size size_for(const Size &picture, const Size &shown) const;
+
     /** Whether light is mapped, which takes several times as long. */
     bool maps_light() const { return std::holds_alternative<rows::Mapping>(formula_); }
 

@@ -68,7 +68,7 @@ class Columns {
             after[x] = row[after_[x]];
         }
         blend(
-            before, after, [this](int i) { return weights_[i]; }, count_, to);
+            before, after, [weights = weights_](int i) { return weights[i]; }, count_, to);
     }
 
   private:
@@ -99,7 +99,8 @@ void enlarge(const Pixels &from, const Pixels &to, int first, int count)
             const uint32_t *before = widened(place.before);
             const uint32_t *after = widened(place.after);
             blend(
-                before, after, [&](int) { return place.weight; }, width, to.row(y) + x);
+                before, after, [weight = place.weight](int) { return weight; }, width,
+                to.row(y) + x);
         }
     }
 }

@@ -174,10 +174,7 @@ void FramePainter::paint_yuv(const YuvImage &frame, const Orientation &orientati
                              const Pixels &target)
 {
     const Size upright = orientation.of(target.size);
-    // Light is mapped where there are fewest pixels; what is too small then is enlarged.
-    Size size = upright;
-    if (converter_->maps_light())
-        size = {std::min(size.width, frame.size.width), std::min(size.height, frame.size.height)};
+    const Size size = converter_->size_for(frame.size, upright);
     const YuvImage image = scaler_.scaled(frame, size);
     if (size == upright) {
         convert(image, orientation, target);

@@ -16,6 +16,7 @@ extern "C" {
 }
 
 #include "colour/colour_converter.h"
+#include "colour/enlarger.h"
 #include "colour/plane_scaler.h"
 
 namespace {
@@ -37,6 +38,7 @@ struct Kind {
     Size from;
     Size to;
     Transfer transfer;
+    const rows::Version &version = ColourConverter::best_version();
 };
 
 /** A frame that is different everywhere, in memory of GStreamer's. */
@@ -101,7 +103,9 @@ void measure(const Kind &kind)
     space.transfer = kind.transfer;
     if (kind.transfer != Transfer::SDR)
         space.primaries = BT2020_PRIMARIES;
-    const ColourConverter converter(space, depth_of(kind.format));
+    const ColourConverter converter(space, depth_of(kind.format), REFERENCE_WHITE, kind.version);
+    const Size own = converter.size_for(kind.from, kind.to);
+    std::vector<uint32_t> small(static_cast<size_t>(own.area()));
     PlaneScaler scaler;
 
     GstStructure *options =
@@ -116,8 +120,13 @@ void measure(const Kind &kind)
 
     const std::function<void()> ways[] = {
         [&] {
-            converter.convert(scaler.scaled(image, kind.to), 0, kind.to.height,
-                              reinterpret_cast<uint32_t *>(pixels), kind.to.width);
+            auto *to = reinterpret_cast<uint32_t *>(pixels);
+            const bool larger = own != kind.to;
+            converter.convert(scaler.scaled(image, own), 0, own.height, larger ? small.data() : to,
+                              own.width);
+            if (larger)
+                enlarge({small.data(), own.width, own}, {to, kind.to.width, kind.to}, 0,
+                        kind.to.height);
         },
         [&] { gst_video_converter_frame(gstreamer, &source.mapped, &target.mapped); },
         [&] {
@@ -149,19 +158,26 @@ int main(int argc, char *argv[])
     gst_init(&argc, &argv);
     constexpr Size HD = {1920, 1080};
     constexpr Size UHD = {3840, 2160};
-    constexpr Kind KINDS[] = {
+    const Kind kinds[] = {
         {"i420-1080p", YuvFormat::I420, HD, HD, Transfer::SDR},
         {"nv12-1080p", YuvFormat::NV12, HD, HD, Transfer::SDR},
         {"i420_10-1080p", YuvFormat::I420_10, HD, HD, Transfer::SDR},
+        {"i420_10-1080p-base", YuvFormat::I420_10, HD, HD, Transfer::SDR, rows::BASE},
         {"p010-1080p", YuvFormat::P010, HD, HD, Transfer::SDR},
         {"i420-2160p-to-1080p", YuvFormat::I420, UHD, HD, Transfer::SDR},
+        {"nv12-2160p-to-1080p", YuvFormat::NV12, UHD, HD, Transfer::SDR},
         {"i420_10-2160p-to-1080p", YuvFormat::I420_10, UHD, HD, Transfer::SDR},
+        {"p010-2160p-to-1080p", YuvFormat::P010, UHD, HD, Transfer::SDR},
         {"i420-1080p-to-2160p", YuvFormat::I420, HD, UHD, Transfer::SDR},
         {"pq-1080p", YuvFormat::I420_10, HD, HD, Transfer::PQ},
+        {"pq-1080p-base", YuvFormat::I420_10, HD, HD, Transfer::PQ, rows::BASE},
         {"hlg-1080p", YuvFormat::I420_10, HD, HD, Transfer::HLG},
+        {"hlg-1080p-base", YuvFormat::I420_10, HD, HD, Transfer::HLG, rows::BASE},
         {"pq-2160p-to-1080p", YuvFormat::I420_10, UHD, HD, Transfer::PQ},
+        {"hlg-2160p-to-1080p", YuvFormat::I420_10, UHD, HD, Transfer::HLG},
+        {"pq-1080p-to-2160p", YuvFormat::I420_10, HD, UHD, Transfer::PQ},
     };
-    for (const Kind &kind : KINDS)
+    for (const Kind &kind : kinds)
         measure(kind);
     return 0;
 }
