@@ -1,6 +1,7 @@
 """The demo plays: in order, over and over, without a gap, and as the launch request says."""
 
 import os
+import subprocess
 
 from harness.content import appears_in, listed, picture
 from harness.player import FILE_MODE, PLAYBACK_STATUS, RELAUNCH_TIMER
@@ -162,6 +163,22 @@ def test_a_start_that_belongs_to_another_launcher_does_nothing(tv, screen, conte
     player.log.wait(r"GetExtraData\(\d+\) > ExtraKey:mode,pStrExtraValue:factory_start", after=here)
     assert player.running()
     assert not player.log.find_all(r"OnPlayVideo\(\d+\) > .", after=here)
+
+
+def test_the_configured_light_becomes_white(tv, screen, content):
+    """A grey of 203 cd/m² in a film of 1000, of which the screen is to show all."""
+    tv.configure(picture={"sdr_white": "1000"})
+    subprocess.run(
+        ["ffmpeg", "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
+         "nullsrc=size=64x36:rate=25:duration=4,format=yuv420p10le,geq=lum=573:cb=512:cr=512,"
+         "setparams=color_primaries=bt2020:color_trc=smpte2084:colorspace=bt2020nc",
+         "-c:v", "libx265", "-preset", "ultrafast", "-x265-params", "log-level=error",
+         "-color_primaries", "bt2020", "-color_trc", "smpte2084", "-colorspace", "bt2020nc",
+         content / "grey.mkv"], check=True)
+    tv.start(folder=content)
+    grey = 255 * (203 / 1000) ** (1 / 2.4)
+    wait_until(lambda: screen.near(320, 180, (grey, grey, grey), distance=4),
+               lambda: f"a grey of {grey}; the screen shows {screen.points(1, 1)}")
 
 
 def test_without_a_session_bus_the_demo_plays_alone(tv, screen, content, shelf):
