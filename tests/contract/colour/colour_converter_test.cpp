@@ -55,30 +55,6 @@ struct Errors {
     double mean() const { return sum / count; }
 };
 
-ColourSpace bt601()
-{
-    ColourSpace space;
-    space.kr = 0.299;
-    space.kb = 0.114;
-    return space;
-}
-
-ColourSpace bt2020(Transfer transfer = Transfer::SDR)
-{
-    ColourSpace space;
-    space.kr = 0.2627;
-    space.kb = 0.0593;
-    space.primaries = BT2020_PRIMARIES;
-    space.transfer = transfer;
-    return space;
-}
-
-ColourSpace in_full_range(ColourSpace space)
-{
-    space.full_range = true;
-    return space;
-}
-
 class EachFormat : public testing::TestWithParam<YuvFormat> {
   protected:
     const YuvFormat format_ = GetParam();
@@ -295,11 +271,7 @@ struct Hdr {
 
 class HighDynamicRange : public testing::TestWithParam<Hdr> {
   protected:
-    ColourSpace space_ = [] {
-        ColourSpace space = bt2020(GetParam().transfer);
-        space.peak = GetParam().peak;
-        return space;
-    }();
+    const ColourSpace space_ = bt2020(GetParam().transfer, GetParam().peak);
     const Quantization q_ = quantization(space_, 10);
     const double top_ = space_.transfer == Transfer::HLG ? 1 : pq_of_light(space_.peak);
 
@@ -360,7 +332,7 @@ TEST_P(HighDynamicRange, HasItsColoursAsTheyAreComputedStepByStep)
     std::mt19937 random(11);
     std::uniform_real_distribution<double> code(0, top_);
     std::vector<Rgb> colours;
-    for (int i = 0; i < 100000; ++i)
+    for (int i = 0; i < 20000; ++i)
         colours.push_back({code(random), code(random), code(random)});
     for (const rows::Version *version : versions()) {
         const Errors errors = errors_of(colours, *version);

@@ -1,4 +1,4 @@
-/** A picture made of numbers, for what reads pictures. */
+/** Pictures for what reads them. */
 #pragma once
 
 #include <algorithm>

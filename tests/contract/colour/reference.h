@@ -20,6 +20,32 @@ struct Rgb {
     double blue;
 };
 
+inline ColourSpace bt601()
+{
+    ColourSpace space;
+    space.kr = 0.299;
+    space.kb = 0.114;
+    return space;
+}
+
+/** @param peak of PQ, in cd/m² */
+inline ColourSpace bt2020(Transfer transfer = Transfer::SDR, double peak = 1000)
+{
+    ColourSpace space;
+    space.kr = 0.2627;
+    space.kb = 0.0593;
+    space.primaries = {{0.708, 0.292}, {0.170, 0.797}, {0.131, 0.046}};
+    space.transfer = transfer;
+    space.peak = peak;
+    return space;
+}
+
+inline ColourSpace in_full_range(ColourSpace space)
+{
+    space.full_range = true;
+    return space;
+}
+
 /** What light of so many cd/m² is multiplied by, so that 1 is the screen's white. */
 using Tone = std::function<double(double light)>;
 

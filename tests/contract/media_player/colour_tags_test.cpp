@@ -11,6 +11,7 @@
 #include "media_player/colour_tags.h"
 #include "player_fixture.h"
 
+using platform::bt2020;
 using platform::ColourSpace;
 using platform::Transfer;
 using testing::HasSubstr;
@@ -201,20 +202,8 @@ ColourSpace bt709(bool full_range)
 
 ColourSpace bt601(bool full_range)
 {
-    ColourSpace space = bt709(full_range);
-    space.kr = 0.299;
-    space.kb = 0.114;
-    return space;
-}
-
-ColourSpace bt2020(Transfer transfer = Transfer::SDR, double peak = 0)
-{
-    ColourSpace space;
-    space.kr = 0.2627;
-    space.kb = 0.0593;
-    space.primaries = platform::BT2020_PRIMARIES;
-    space.transfer = transfer;
-    space.peak = peak;
+    ColourSpace space = platform::bt601();
+    space.full_range = full_range;
     return space;
 }
 
