@@ -61,23 +61,24 @@ class Columns {
         }
     }
 
-    void enlarge(const uint32_t *row, uint32_t *to) const
+    void enlarge(const uint32_t *row, uint32_t *to)
     {
-        uint32_t before[COLUMNS];
-        uint32_t after[COLUMNS];
         for (int x = 0; x < count_; ++x) {
-            before[x] = row[before_[x]];
-            after[x] = row[after_[x]];
+            pixels_before_[x] = row[before_[x]];
+            pixels_after_[x] = row[after_[x]];
         }
         blend(
-            before, after, [weights = weights_](int i) { return weights[i]; }, count_, to);
+            pixels_before_, pixels_after_, [weights = weights_](int i) { return weights[i]; },
+            count_, to);
     }
 
   private:
     const int count_;
-    int before_[COLUMNS];
-    int after_[COLUMNS];
-    uint16_t weights_[CHANNELS * COLUMNS];
+    int before_[COLUMNS] = {};
+    int after_[COLUMNS] = {};
+    uint16_t weights_[CHANNELS * COLUMNS] = {};
+    uint32_t pixels_before_[COLUMNS] = {};
+    uint32_t pixels_after_[COLUMNS] = {};
 };
 
 } // namespace
@@ -86,9 +87,9 @@ void enlarge(const Pixels &from, const Pixels &to, int first, int count)
 {
     for (int x = 0; x < to.size.width; x += COLUMNS) {
         const int width = std::min(COLUMNS, to.size.width - x);
-        const Columns columns(x, width, from.size.width, to.size.width);
+        Columns columns(x, width, from.size.width, to.size.width);
         // Rows that are wide already; several rows of the larger picture lie between the same two.
-        uint32_t wide[2][COLUMNS];
+        uint32_t wide[2][COLUMNS] = {};
         int rows[2] = {-1, -1};
         const auto widened = [&](int row) -> const uint32_t * {
             if (rows[row % 2] != row)
