@@ -90,6 +90,7 @@ std::vector<StatusNode> picture_nodes(const PictureStatus &picture)
         {"shown", picture.shown},
         {"width", int64_t{picture.width}},
         {"height", int64_t{picture.height}},
+        {"colour_profile", or_null(picture.colour_profile)},
     };
 }
 

@@ -20,6 +20,7 @@ constexpr int MOST_SCANS = 200;
 constexpr size_t LONGEST_SEGMENT = 65533;
 constexpr uint8_t END_OF_IMAGE[] = {0xff, JPEG_EOI};
 constexpr char EXIF_MARK[] = {'E', 'x', 'i', 'f', 0, 0};
+constexpr char ICC_MARK[] = "ICC_PROFILE"; // with the zero at its end
 
 /** Oddities of a file whose pixels are all there. */
 bool is_harmless(int warning)
@@ -145,6 +146,10 @@ bool JpegReader::open(const std::string &path)
             of(codec).take_exif();
             return TRUE;
         });
+        jpeg_set_marker_processor(&codec_, JPEG_APP0 + 2, [](j_decompress_ptr codec) -> boolean {
+            of(codec).take_icc();
+            return TRUE;
+        });
         jpeg_read_header(&codec_, TRUE);
         if (codec_.jpeg_color_space == JCS_UNKNOWN)
             give_up("Unknown colour space");
@@ -185,26 +190,57 @@ bool JpegReader::next_piece()
     return true;
 }
 
+/** Reads a segment's length; returns how many bytes of it are left. */
+size_t JpegReader::begin_segment()
+{
+    uint8_t length[2];
+    read_bytes(length, sizeof length);
+    const size_t whole = static_cast<size_t>(length[0] << 8 | length[1]);
+    return whole - std::min(whole, sizeof length);
+}
+
+void JpegReader::read_bytes(uint8_t *to, size_t count)
+{
+    while (count > 0) {
+        if (source_.bytes_in_buffer == 0)
+            next_piece();
+        const size_t step = std::min(count, source_.bytes_in_buffer);
+        memcpy(to, source_.next_input_byte, step);
+        to += step;
+        count -= step;
+        source_.next_input_byte += step;
+        source_.bytes_in_buffer -= step;
+    }
+}
+
 /** Keeps the first EXIF segment, and no other of the many kinds of APP1 segments. */
 void JpegReader::take_exif()
 {
-    const auto next_byte = [this]() -> unsigned int {
-        if (source_.bytes_in_buffer == 0)
-            next_piece();
-        --source_.bytes_in_buffer;
-        return *source_.next_input_byte++;
-    };
-    unsigned int left = next_byte() << 8;
-    left |= next_byte();
-    left -= std::min(left, 2u);
-    if (!exif_.empty() || left < sizeof EXIF_MARK) {
-        source_.skip_input_data(&codec_, static_cast<long>(left));
-        return;
-    }
-    for (; left > 0; --left)
-        exif_.push_back(static_cast<uint8_t>(next_byte()));
+    const size_t left = begin_segment();
+    if (!exif_.empty() || left < sizeof EXIF_MARK || header_read_)
+        return source_.skip_input_data(&codec_, static_cast<long>(left));
+    exif_.resize(left);
+    read_bytes(exif_.data(), left);
     if (memcmp(exif_.data(), EXIF_MARK, sizeof EXIF_MARK) != 0)
         exif_.clear();
+}
+
+/** Keeps the pieces of a colour profile, and no other of the kinds of APP2 segments. */
+void JpegReader::take_icc()
+{
+    size_t left = begin_segment();
+    uint8_t head[sizeof ICC_MARK + 2];
+    if (left < sizeof head || header_read_)
+        return source_.skip_input_data(&codec_, static_cast<long>(left));
+    read_bytes(head, sizeof head);
+    left -= sizeof head;
+    uint8_t *to = memcmp(head, ICC_MARK, sizeof ICC_MARK) == 0
+                      ? icc_.add(head[sizeof ICC_MARK], head[sizeof ICC_MARK + 1], left)
+                      : nullptr;
+    if (to)
+        read_bytes(to, left);
+    else
+        source_.skip_input_data(&codec_, static_cast<long>(left));
 }
 
 void JpegReader::check_progress()
@@ -234,15 +270,37 @@ void JpegReader::start(const Size &wanted)
     jpeg_start_decompress(&codec_);
 }
 
+/** What the picture's colours have to go through; null when they are those of sRGB. */
+std::unique_ptr<ColourProfile> JpegReader::make_profile()
+{
+    const std::vector<uint8_t> icc = icc_.joined();
+    if (const char *fault = icc_.fault())
+        profile_use_.fault = fault;
+    icc_.clear();
+    if (icc.empty())
+        return nullptr;
+    auto content = ColourProfile::Content::Rgb;
+    if (codec_.out_color_space == JCS_CMYK)
+        content = codec_.saw_Adobe_marker ? ColourProfile::Content::Inverted
+                                          : ColourProfile::Content::Ink;
+    else if (codec_.jpeg_color_space == JCS_GRAYSCALE)
+        content = ColourProfile::Content::Grey;
+    auto profile = std::make_unique<ColourProfile>(icc, content);
+    profile_use_ = profile->use();
+    return profile->differs() ? std::move(profile) : nullptr;
+}
+
 bool JpegReader::decode(const Size &wanted, Image &result)
 {
     if (!guarded([&] { start(wanted); }))
         return false;
 
     const size_t width = codec_.output_width;
-    const bool ink = codec_.out_color_space == JCS_CMYK;
+    const std::unique_ptr<ColourProfile> profile = make_profile();
+    const bool plain_ink = codec_.out_color_space == JCS_CMYK && !profile;
     Image scaled(wanted);
     RowScaler scaler({static_cast<int>(width), static_cast<int>(codec_.output_height)}, scaled);
+    int converted = 0;
     std::vector<uint32_t> row(width);
     auto *bytes = reinterpret_cast<JSAMPROW>(row.data());
     while (codec_.output_scanline < codec_.output_height) {
@@ -252,9 +310,12 @@ bool JpegReader::decode(const Size &wanted, Image &result)
         });
         if (!read)
             return false;
-        if (ink)
+        if (plain_ink)
             ink_to_pixels(bytes, width, codec_.saw_Adobe_marker);
         scaler.push(row.data());
+        // As long as the row is in the processor's cache; from memory it takes half as long again.
+        for (; profile && converted < scaler.rows_done(); ++converted)
+            profile->convert(scaled.row(converted), wanted.width);
     }
     result = std::move(scaled);
     return true;

@@ -11,6 +11,7 @@
 #include <csetjmp>
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,8 @@
 
 #include "base/descriptor.h"
 #include "base/orientation.h"
+#include "still_picture/colour_profile.h"
+#include "still_picture/icc_chunks.h"
 #include "still_picture/image.h"
 
 namespace platform {
@@ -40,13 +43,16 @@ class JpegReader {
     Orientation orientation() const { return orientation_; }
 
     /**
-     * Decodes the picture; once, after open().
+     * Decodes the picture, into the colours of sRGB; once, after open().
      *
      * @param wanted the result's size, no larger than the picture
      * @param result untouched on failure
      * @return false when any part of the picture is missing or damaged, see error()
      */
     bool decode(const Size &wanted, Image &result);
+
+    /** What became of the picture's colour profile; after decode(). */
+    const ProfileUse &profile_use() const { return profile_use_; }
 
     /** Why the last call failed, for the log. */
     const char *error() const { return message_; }
@@ -57,7 +63,11 @@ class JpegReader {
     void choose_scale(const Size &wanted);
     void check_progress();
     bool next_piece();
+    size_t begin_segment();
+    void read_bytes(uint8_t *to, size_t count);
     void take_exif();
+    void take_icc();
+    std::unique_ptr<ColourProfile> make_profile();
     [[noreturn]] void give_up(const char *reason);
     [[noreturn]] void give_up();
     static JpegReader &of(j_common_ptr codec);
@@ -68,6 +78,8 @@ class JpegReader {
     std::array<uint8_t, size_t{64} * 1024> piece_;
     std::vector<uint8_t> exif_;
     Orientation orientation_;
+    IccChunks icc_;
+    ProfileUse profile_use_;
     bool header_read_ = false;
     bool at_end_ = false;
     char message_[JMSG_LENGTH_MAX] = "";

@@ -44,7 +44,7 @@ PictureStatus current_picture_status()
     // The size is the worker's until it has told of the header.
     if (!picture->rendered())
         return {picture->path()};
-    return {picture->path(), true, picture->width, picture->height};
+    return {picture->path(), true, picture->width, picture->height, picture->colour_profile()};
 }
 
 void StillPicture::destroy()
@@ -133,7 +133,12 @@ void StillPicture::read_pixels(Time asked)
     } catch (const std::bad_alloc &) {
         return fail(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODE_FAILED, asked, "no memory");
     }
+    if (reader_)
+        decoded_->profile = reader_->profile_use();
     reader_.reset();
+    if (!decoded_->profile.fault.empty())
+        PLATFORM_LOGW("still picture", "%s: shown as sRGB, because of its colour profile: %s",
+                      path_.c_str(), decoded_->profile.fault.c_str());
     set_phase(Phase::decoded);
     deliver(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODED);
 }

@@ -32,6 +32,9 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     const std::string &path() const { return path_; }
     bool rendered() const { return rendered_; }
 
+    /** Name of the colour profile that was applied; only once it was rendered. */
+    const std::string &colour_profile() const { return decoded_->profile.applied; }
+
     /** Ends it in whatever state; no event comes afterwards. */
     void destroy();
 

@@ -107,7 +107,9 @@ void PictureAhead::Work::decode()
         if (reader.open(path)) {
             picture->stored = reader.size();
             picture->orientation = reader.orientation();
-            if (!reader.decode(size_to_keep(picture->stored, panel), picture->image))
+            if (reader.decode(size_to_keep(picture->stored, panel), picture->image))
+                picture->profile = reader.profile_use();
+            else
                 picture.reset();
         } else {
             picture.reset();

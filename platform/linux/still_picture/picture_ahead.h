@@ -13,6 +13,7 @@
 #include "base/orientation.h"
 #include "base/regular_file.h"
 #include "base/worker_thread.h"
+#include "still_picture/colour_profile.h"
 #include "still_picture/image.h"
 
 namespace platform {
@@ -21,7 +22,8 @@ namespace platform {
 struct DecodedPicture {
     Size stored;             ///< as it is in the file, not upright
     Orientation orientation; ///< what brings it upright
-    Image image;
+    Image image;             ///< in the colours of sRGB
+    ProfileUse profile;
 };
 
 class PictureAhead {

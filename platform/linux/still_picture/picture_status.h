@@ -12,6 +12,7 @@ struct PictureStatus {
     bool shown = false; ///< it has been drawn on the plane
     int width = 0;      ///< upright size in pixels, 0 until it has been drawn
     int height = 0;
+    std::string colour_profile = {}; ///< name of the one that was applied, or empty
 };
 
 /** The status of the picture that was made last; all defaults once it has been destroyed. */

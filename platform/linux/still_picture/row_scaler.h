@@ -19,8 +19,8 @@ class RowScaler {
     /** Takes the next row, from the top, of `from.width` pixels. */
     void push(const uint32_t *row);
 
-    /** Whether every row of the result has been written. */
-    bool done() const { return next_out_ == into_.size.height; }
+    /** How many rows of the result have been written. */
+    int rows_done() const { return next_out_; }
 
     /** Brings a whole picture to another size. */
     static Image scale(const Image &picture, const Size &to);
