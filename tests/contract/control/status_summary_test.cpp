@@ -67,14 +67,18 @@ TEST(StatusSummary, NamesThePhotoThatIsShown)
 {
     const Status status = with([](Status &s) {
         s.player = {};
-        s.picture = {"/demo/c.jpg", true, 640, 360};
+        s.picture = {"/demo/c.jpg", true, 640, 360, "Display P3"};
         s.list->position = 2;
     });
     EXPECT_THAT(status_summary(status), HasSubstr("Playing:        photo \"c.jpg\"\n"
                                                   "File:           /demo/c.jpg\n"
                                                   "List:           landscape, number 3 of 3 "));
-    EXPECT_THAT(status_as_json(status_nodes(status)),
+    const std::string json = status_as_json(status_nodes(status));
+    EXPECT_THAT(json,
                 HasSubstr("{\"kind\": \"photo\", \"name\": \"c.jpg\", \"file\": \"/demo/c.jpg\"}"));
+    EXPECT_THAT(json,
+                HasSubstr(R"("picture": {"file": "/demo/c.jpg", "shown": true, "width": 640, )"
+                          R"("height": 360, "colour_profile": "Display P3"}, )"));
 }
 
 TEST(StatusSummary, PhotoThatIsNotShownYetIsNotWhatPlays)
@@ -200,7 +204,8 @@ TEST(StatusNodes, HoldEverythingForPrograms)
         R"("player": {"state": "playing", "file": "/demo/b.mp4", "position_ms": 12345, )"
         R"("duration_ms": 3723000, "rate": 1, "width": 640, "height": 360, )"
         R"("subtitle": false, "looping": false}, )"
-        R"("picture": {"file": null, "shown": false, "width": 0, "height": 0}, )"
+        R"("picture": {"file": null, "shown": false, "width": 0, "height": 0, )"
+        R"("colour_profile": null}, )"
         R"("frames": {"shown": 1234, "dropped": 5}, )"
         R"("panel": {"angle": 0, "rotator": true, "turning_to": null, "width": 1920, )"
         R"("height": 1080}, "timed_rotation": {"on": true, "left_s": 211.2, )"

@@ -25,7 +25,7 @@ void put_pixel(const JpegOrder &order, uint32_t color, JSAMPLE *samples)
         samples[0] = red ^ flip;
         samples[1] = green ^ flip;
         samples[2] = blue ^ flip;
-        samples[3] = 255 ^ flip;
+        samples[3] = static_cast<JSAMPLE>(~(color >> 24)) ^ flip;
         break;
     }
     default:
@@ -106,9 +106,13 @@ void write_jpeg(const std::string &path, const JpegOrder &order)
     codec.arith_code = order.arithmetic ? TRUE : FALSE;
     codec.restart_in_rows = static_cast<int>(order.restart_rows);
     jpeg_start_compress(&codec, TRUE);
-    for (const auto &segment : order.app1)
-        jpeg_write_marker(&codec, JPEG_APP0 + 1, segment.data(),
-                          static_cast<unsigned int>(segment.size()));
+    const auto write_segments = [&codec](int mark, const auto &segments) {
+        for (const std::vector<uint8_t> &segment : segments)
+            jpeg_write_marker(&codec, mark, segment.data(),
+                              static_cast<unsigned int>(segment.size()));
+    };
+    write_segments(JPEG_APP0 + 1, order.app1);
+    write_segments(JPEG_APP0 + 2, order.app2);
     const auto samples = static_cast<size_t>(codec.input_components);
     std::vector<JSAMPLE> row(static_cast<size_t>(order.width) * samples);
     for (int y = 0; y < order.height; ++y) {

@@ -16,7 +16,8 @@ namespace platform_test {
 struct JpegOrder {
     int width = 0;
     int height = 0;
-    /** Colour at a place, 0xrrggbb. */
+    /** Colour at a place, 0xrrggbb; of CMYK and YCCK 0xkkrrggbb, black ink above what the other
+     * three leave. */
     std::function<uint32_t(int x, int y)> color;
     J_COLOR_SPACE space = JCS_YCbCr; ///< of the file; also grey, RGB, CMYK and YCCK
     bool adobe_mark = true;          ///< CMYK and YCCK: Adobe's mark, and hence inverted values
@@ -25,6 +26,7 @@ struct JpegOrder {
     bool arithmetic = false;
     unsigned int restart_rows = 0;
     std::vector<std::vector<uint8_t>> app1 = {}; ///< payloads of APP1 segments
+    std::vector<std::vector<uint8_t>> app2 = {}; ///< of APP2 segments
 };
 
 void write_jpeg(const std::string &path, const JpegOrder &order);
