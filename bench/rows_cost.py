@@ -1,6 +1,7 @@
 """Rows about what it costs: processor time and memory."""
 
 import shutil
+import subprocess
 
 from harness.content import picture
 from stage import PLAYER, decoding_ticks
@@ -49,6 +50,35 @@ def photo_stands(stage, who, results):
         after = run.ticks()[0], run.context_switches()
     results.note("photo-ticks", who, after[0] - before[0])
     results.note("photo-switches", who, after[1] - before[1])
+
+
+# What a photo is called by photo-times, and how much more its colour profile may cost.
+PROFILES = (
+    ("p3-12mp", "Display P3, 12 megapixels", 1.3),
+    ("adobe-12mp", "Adobe RGB, 12 megapixels", 1.3),
+    ("srgb-12mp", "sRGB, 12 megapixels", 1.3),
+    ("p3-1080p", "Display P3, as large as the panel", 1.3),
+    ("table-12mp", "a table of RGB, 12 megapixels", None),
+    ("cmyk-12mp", "CMYK, 12 megapixels", None),
+)
+
+
+def profile_figures():
+    for name, what, bound in PROFILES:
+        yield Figure(f"{name}-ms", f"a photo on a 1080p panel, {what}", "ms", "–", None)
+        yield Figure(f"{name}-profile", "its time by that without its colour profile", "",
+                     f"at most {bound}" if bound else "–", at_most(bound) if bound else None)
+
+
+@row("photo-profile", *profile_figures())
+def photo_profile(stage, who, results):
+    times = subprocess.run([stage.build / "tests/contract/still_picture/photo-times"], check=True,
+                           capture_output=True, text=True).stdout
+    for line in times.splitlines():
+        name, *numbers = line.split()
+        without, with_profile = map(float, numbers)
+        results.note(f"{name}-ms", who, with_profile)
+        results.note(f"{name}-profile", who, with_profile / without)
 
 
 @row("memory",
