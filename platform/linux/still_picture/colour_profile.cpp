@@ -29,7 +29,6 @@ constexpr double WHITE = 1 << 14;
 /** Light beyond what a screen can show that tables are made for, in whites; Adobe RGB has 0.6. */
 constexpr double MOST_LIGHT = 16;
 
-constexpr uint32_t OPAQUE = 0xff000000;
 constexpr int LONGEST_NAME = 128;
 
 struct ProfileDeleter {
@@ -285,20 +284,17 @@ inline uint32_t ColourProfile::looked_up(uint32_t pixel) const
     const uint8_t *codes = codes_.data();
     const uint64_t sum =
         light_[0][pixel & 0xff] + light_[1][pixel >> 8 & 0xff] + light_[2][pixel >> 16 & 0xff];
-    return OPAQUE | static_cast<uint32_t>(codes[sum >> 2 * SUM_BITS] << 16) |
+    return static_cast<uint32_t>(codes[sum >> 2 * SUM_BITS] << 16) |
            static_cast<uint32_t>(codes[sum >> SUM_BITS & SUM_MASK] << 8) | codes[sum & SUM_MASK];
 }
 
 void ColourProfile::convert(uint32_t *pixels, int count) const
 {
-    uint32_t *const end = pixels + count;
-    if (!transform_) {
-        std::transform(pixels, end, pixels, [this](uint32_t pixel) { return looked_up(pixel); });
-        return;
-    }
-    cmsDoTransform(transform_.get(), pixels, pixels, static_cast<cmsUInt32Number>(count));
-    // Black ink is where pixels have their opacity.
-    std::transform(pixels, end, pixels, [](uint32_t pixel) { return pixel | OPAQUE; });
+    if (transform_)
+        cmsDoTransform(transform_.get(), pixels, pixels, static_cast<cmsUInt32Number>(count));
+    else
+        std::transform(pixels, pixels + count, pixels,
+                       [this](uint32_t pixel) { return looked_up(pixel); });
 }
 
 } // namespace platform

@@ -41,7 +41,8 @@ class ColourProfile {
 
     const ProfileUse &use() const { return use_; }
 
-    /** Turns pixels into those of sRGB, in place; only where it differs(). */
+    /** Turns pixels into those of sRGB, in place; only where it differs(). The unused byte may hold
+     * anything then. */
     void convert(uint32_t *pixels, int count) const;
 
   private:

@@ -184,16 +184,6 @@ TEST_F(PhotoWithAProfile, OfInkHasItsOwnColoursInEachKindOfFile)
     }
 }
 
-TEST_F(PhotoWithAProfile, HasOnlyOpaquePixels)
-{
-    for (const auto &[space, profile] :
-         {std::pair{JCS_RGB, display_p3()}, {JCS_RGB, rgb_table()}, {JCS_CMYK, ink()}}) {
-        show(patches(in_chunks(profile), space));
-        for (const uint32_t pixel : screen_.pixels)
-            ASSERT_EQ(pixel >> 24, 0xffu);
-    }
-}
-
 TEST_F(PhotoWithAProfile, OfSrgbIsShownAsOneWithout)
 {
     const std::vector<uint32_t> wanted = unchanged(patches({}));

@@ -5,6 +5,7 @@
 #include "still_picture/compose.h"
 #include "still_picture/jpeg_reader.h"
 #include "still_picture/picture_test.h"
+#include "still_picture/profile_maker.h"
 
 namespace platform_test {
 namespace {
@@ -215,6 +216,7 @@ TEST_F(ABadFile, DamagedAtAnyByteEitherFailsOrGivesTheWholePicture)
 {
     JpegOrder order{96, 64, nullptr};
     order.app1 = {exif_with_orientation(6)};
+    order.app2 = in_chunks(display_p3());
     order.restart_rows = 2;
     int failed = 0;
     for (const bool progressive : {false, true}) {

@@ -69,6 +69,7 @@ Bytes of_table(const char *name, cmsColorSpaceSignature space, cmsUInt32Number c
     cmsPipelineInsertStage(steps, cmsAT_END, table);
     cmsPipelineInsertStage(steps, cmsAT_END, cmsStageAllocToneCurves(nullptr, 3, nullptr));
     cmsWriteTag(profile.get(), cmsSigAToB0Tag, steps);
+    cmsLinkTag(profile.get(), cmsSigAToB1Tag, cmsSigAToB0Tag); // else it has no black point
     cmsPipelineFree(steps);
     return saved(profile, name);
 }
@@ -114,8 +115,10 @@ Bytes rgb_table()
                         const double green = std::pow(in[1] / 65535.0, 2);
                         const double blue = std::pow(in[2] / 65535.0, 2);
                         // The more green there is, the more of the others is left. White is white,
-                        // because Little CMS takes it for granted.
-                        put_lab(red * (0.5 + 0.5 * green), green, blue * (0.7 + 0.3 * green), out);
+                        // because Little CMS takes it for granted; black has some light.
+                        const auto hazy = [](double light) { return 0.02 + 0.98 * light; };
+                        put_lab(hazy(red * (0.5 + 0.5 * green)), hazy(green),
+                                hazy(blue * (0.7 + 0.3 * green)), out);
                         return cmsInt32Number{1};
                     });
 }

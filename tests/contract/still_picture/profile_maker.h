@@ -20,7 +20,8 @@ Bytes prophoto_rgb();
 
 Bytes srgb();
 
-/** One whose three numbers cannot be looked at one by one: "Table of colours". */
+/** One whose numbers cannot be looked at one by one, and whose black is not black: "Table of
+ * colours". */
 Bytes rgb_table();
 
 /** "Grey of gamma 1.8". */
