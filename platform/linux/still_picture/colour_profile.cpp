@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 
 #include <Eina.h>
 #include <lcms2.h>
@@ -26,7 +27,7 @@ constexpr int TRIED[] = {0, 16, 48, 112, 184, CODES - 1};
 constexpr int SUM_BITS = 21;
 constexpr uint64_t SUM_MASK = (1 << SUM_BITS) - 1;
 constexpr double WHITE = 1 << 14;
-/** Light beyond what a screen can show that tables are made for, in whites; Adobe RGB has 0.6. */
+/** How far the light may reach that tables are made for, in whites; of Adobe RGB it is 1.8. */
 constexpr double MOST_LIGHT = 16;
 
 constexpr int LONGEST_NAME = 128;
@@ -121,6 +122,8 @@ void ColourProfile::TransformDeleter::operator()(void *transform) const
 ColourProfile::ColourProfile(const std::vector<uint8_t> &icc, Content content)
     : content_(content), context_(cmsCreateContext(nullptr, this))
 {
+    if (!context_)
+        throw std::bad_alloc();
     const auto context = static_cast<cmsContext>(context_.get());
     cmsSetLogErrorHandlerTHR(context, [](cmsContext from, cmsUInt32Number, const char *text) {
         auto &self = *static_cast<ColourProfile *>(cmsGetContextUserData(from));
@@ -177,13 +180,14 @@ bool ColourProfile::read(const std::vector<uint8_t> &icc)
 ColourProfile::Transform ColourProfile::between(void *from, uint32_t from_format, void *to,
                                                 uint32_t to_format, uint32_t flags) const
 {
+    if (!from || !to)
+        return nullptr;
     return Transform(cmsCreateTransformTHR(static_cast<cmsContext>(context_.get()), from,
                                            from_format, to, to_format, INTENT_RELATIVE_COLORIMETRIC,
                                            cmsFLAGS_BLACKPOINTCOMPENSATION | flags));
 }
 
-/** Colours of all kinds. @param to_light makes light of sRGB's primaries of the profile's numbers
- */
+/** Colours of all kinds. @param to_light gives a colour's light, as linear_srgb() has it */
 std::vector<ColourProfile::Sample> ColourProfile::samples(void *to_light) const
 {
     std::vector<Sample> all;
@@ -217,8 +221,7 @@ std::vector<ColourProfile::Sample> ColourProfile::samples(void *to_light) const
  */
 bool ColourProfile::tabulate(void *to_light)
 {
-    // [from][to][code], blue first. One grey number is read as blue, which is as good as the
-    // others.
+    // [from][to][code], blue first. A grey pixel's blue is its grey.
     std::array<std::array<std::array<double, CODES>, 3>, 3> light = {};
     const size_t channels = content_ == Content::Grey ? 1 : 3;
     std::array<double, 3> black = {};
