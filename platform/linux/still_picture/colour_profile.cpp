@@ -17,8 +17,10 @@ namespace {
 
 constexpr int CODES = 256;
 constexpr double LAST_CODE = CODES - 1;
-/** Colours further apart than this, in codes, are different ones. */
-constexpr double TOLERANCE = 1;
+/** How far off, in codes, the tables may be; and sRGB, whose profiles differ by 1.4 among makers.
+ */
+constexpr double TABLE_TOLERANCE = 1;
+constexpr double SRGB_TOLERANCE = 2;
 /** What is tried of each of the three numbers: more of the dark, where curves differ most. */
 constexpr int TRIED[] = {0, 16, 48, 112, 184, CODES - 1};
 
@@ -98,11 +100,11 @@ struct ColourProfile::Sample {
     uint32_t pixel;
     std::array<double, 3> wanted;
 
-    bool is_near(uint32_t color) const
+    bool is_near(uint32_t color, double tolerance) const
     {
         for (size_t i = 0; i < wanted.size(); ++i) {
             const double difference = (color >> (16 - 8 * i) & 0xff) - wanted[i];
-            if (!(std::abs(difference) <= TOLERANCE))
+            if (!(std::abs(difference) <= tolerance))
                 return false;
         }
         return true;
@@ -156,15 +158,15 @@ bool ColourProfile::read(const std::vector<uint8_t> &icc)
         if (!to_light)
             return false;
         const std::vector<Sample> tried = samples(to_light.get());
-        const auto all_near = [&tried](const auto &converted) {
+        const auto all_near = [&tried](double tolerance, const auto &converted) {
             return std::all_of(tried.begin(), tried.end(), [&](const Sample &sample) {
-                return sample.is_near(converted(sample.pixel));
+                return sample.is_near(converted(sample.pixel), tolerance);
             });
         };
-        if (all_near([](uint32_t pixel) { return pixel; }))
+        if (all_near(SRGB_TOLERANCE, [](uint32_t pixel) { return pixel; }))
             return true;
         if (!tabulate(to_light.get()) ||
-            !all_near([this](uint32_t pixel) { return looked_up(pixel); }))
+            !all_near(TABLE_TOLERANCE, [this](uint32_t pixel) { return looked_up(pixel); }))
             codes_.clear();
     }
     if (codes_.empty()) {

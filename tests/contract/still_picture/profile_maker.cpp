@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <memory>
+#include <utility>
 
 #include <lcms2.h>
 
@@ -104,7 +105,14 @@ Bytes prophoto_rgb()
 
 Bytes srgb()
 {
-    return saved(Profile(cmsCreate_sRGBProfile()), "sRGB");
+    const Profile profile(cmsCreate_sRGBProfile());
+    constexpr std::pair<cmsTagSignature, cmsCIEXYZ> COLORANTS[] = {
+        {cmsSigRedColorantTag, {0.43585, 0.22238, 0.01392}},
+        {cmsSigGreenColorantTag, {0.38533, 0.71704, 0.09714}},
+        {cmsSigBlueColorantTag, {0.14302, 0.06059, 0.71384}}};
+    for (const auto &[tag, colorant] : COLORANTS)
+        cmsWriteTag(profile.get(), tag, &colorant);
+    return saved(profile, "sRGB");
 }
 
 Bytes rgb_table()

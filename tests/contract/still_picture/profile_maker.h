@@ -18,6 +18,7 @@ Bytes adobe_rgb();
 /** The widest there is, with green beyond all colours: "ProPhoto RGB", its curves as tables. */
 Bytes prophoto_rgb();
 
+/** "sRGB", its primaries a little off, as in the profiles of some makers. */
 Bytes srgb();
 
 /** One whose numbers cannot be looked at one by one, and whose black is not black: "Table of
