@@ -68,6 +68,57 @@ StatusValue list_value(const std::optional<ContentList> &list)
     };
 }
 
+StatusValue colour_part(const ColourPart &part)
+{
+    if (part.name.empty())
+        return {};
+    return std::vector<StatusNode>{
+        {"value", part.name},
+        {"source", std::string(source_name(part.source))},
+    };
+}
+
+StatusValue mapping_value(const VideoStatus &video)
+{
+    static const char *const kinds[] = {"none", "pq", "hlg", "ignored"};
+    const std::string kind = kinds[static_cast<size_t>(video.mapping)];
+    const bool maps = video.peak > 0;
+    return std::vector<StatusNode>{
+        {"kind", kind},
+        {"by", maps ? StatusValue(std::string("BT.2390")) : StatusValue()},
+        {"peak", maps ? StatusValue(video.peak) : StatusValue()},
+        {"white", maps ? StatusValue(video.white) : StatusValue()},
+    };
+}
+
+StatusValue video_value(const VideoStatus &video)
+{
+    if (video.width == 0)
+        return {};
+    return std::vector<StatusNode>{
+        {"decoder", or_null(video.decoder)},
+        {"decoder_name", or_null(video.decoder_name)},
+        {"hardware", video.hardware},
+        {"width", int64_t{video.width}},
+        {"height", int64_t{video.height}},
+        {"pixel_width", int64_t{video.pixel_width}},
+        {"pixel_height", int64_t{video.pixel_height}},
+        {"frame_rate", video.frame_rate > 0 ? StatusValue(video.frame_rate) : StatusValue()},
+        {"interlaced", video.interlaced},
+        {"format", or_null(video.format)},
+        {"depth", int64_t{video.depth}},
+        {"range", colour_part(video.range)},
+        {"matrix", colour_part(video.matrix)},
+        {"transfer", colour_part(video.transfer)},
+        {"primaries", colour_part(video.primaries)},
+        {"converter", std::string(video.exact ? "own" : "gstreamer")},
+        {"mapping", mapping_value(video)},
+        {"shown", static_cast<int64_t>(video.shown)},
+        {"dropped", static_cast<int64_t>(video.dropped)},
+        {"late", static_cast<int64_t>(video.late)},
+    };
+}
+
 std::vector<StatusNode> player_nodes(const PlayerStatus &player)
 {
     return {
@@ -76,10 +127,9 @@ std::vector<StatusNode> player_nodes(const PlayerStatus &player)
         {"position_ms", known_time(player.position_ms)},
         {"duration_ms", known_time(player.duration_ms)},
         {"rate", player.rate},
-        {"width", int64_t{player.width}},
-        {"height", int64_t{player.height}},
         {"subtitle", player.has_subtitle},
         {"looping", player.looping},
+        {"video", video_value(player.video)},
     };
 }
 

@@ -94,6 +94,19 @@ const std::string &Status::file() const
     return none;
 }
 
+const char *source_name(ColourSource source)
+{
+    switch (source) {
+    case ColourSource::Stream:
+        return "stream";
+    case ColourSource::Container:
+        return "container";
+    case ColourSource::Usual:
+        break;
+    }
+    return "usual";
+}
+
 int Status::selection() const
 {
     return selection_of(selection_word.value_or(0), is_portrait(panel.angle));

@@ -71,6 +71,9 @@ Status collect_status();
  */
 StorageQuestion storage_question(const Status &status, const timespec &list_made);
 
+/** "stream", "container" or "usual". */
+const char *source_name(ColourSource source);
+
 struct StatusNode;
 
 /** Nothing, a truth, a number, a text, a list of texts, or named values. */

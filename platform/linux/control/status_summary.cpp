@@ -46,16 +46,21 @@ std::string count(size_t number, const char *what)
     return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
 }
 
-std::string speed(double rate)
+std::string decimal(double number)
 {
     char text[64];
-    std::snprintf(text, sizeof text, "%s at %g times the speed",
-                  rate < 0 ? "backwards" : "forwards", std::fabs(rate));
+    std::snprintf(text, sizeof text, "%.5g", number);
     for (char &c : text) {
         if (c == ',')
             c = '.'; // the decimal sign of some locales
     }
     return text;
+}
+
+std::string speed(double rate)
+{
+    return std::string(rate < 0 ? "backwards" : "forwards") + " at " + decimal(std::fabs(rate)) +
+           " times the speed";
 }
 
 const char *orientation(int angle)
@@ -96,6 +101,48 @@ std::string playing(const Status &status)
     else if (player.rate != 1.0)
         text += ", " + speed(player.rate);
     return text + (player.has_subtitle ? ", with subtitles" : "");
+}
+
+std::string picture(const VideoStatus &video)
+{
+    std::string text = std::to_string(video.width) + "x" + std::to_string(video.height);
+    if (video.pixel_width != video.pixel_height)
+        text += " of " + std::to_string(video.pixel_width) + ":" +
+                std::to_string(video.pixel_height) + " pixels";
+    if (video.frame_rate > 0)
+        text += ", " + decimal(video.frame_rate) + " frames/s";
+    if (video.interlaced)
+        text += ", interlaced";
+    text += ", " + video.format;
+    if (!video.decoder.empty())
+        text += " by " + video.decoder + (video.hardware ? " (hardware)" : "");
+    return text + "; " + std::to_string(video.shown) + " shown, " + std::to_string(video.dropped) +
+           " dropped, " + std::to_string(video.late) + " late";
+}
+
+std::string mapping(const VideoStatus &video)
+{
+    switch (video.mapping) {
+    case Mapping::None:
+        break;
+    case Mapping::PQ:
+    case Mapping::HLG:
+        return std::string("mapped from ") + (video.mapping == Mapping::PQ ? "PQ" : "HLG") +
+               " by BT.2390, peak " + decimal(video.peak) + ", white " + decimal(video.white) +
+               " cd/m2";
+    case Mapping::Ignored:
+        return "high dynamic range ignored, converted by GStreamer";
+    }
+    return video.exact ? "not mapped" : "not mapped, converted by GStreamer";
+}
+
+std::string colours(const VideoStatus &video)
+{
+    const auto part = [](const char *what, const ColourPart &told) {
+        return what + (" " + told.name) + " (" + source_name(told.source) + "), ";
+    };
+    return part("range", video.range) + part("matrix", video.matrix) +
+           part("transfer", video.transfer) + part("primaries", video.primaries) + mapping(video);
 }
 
 std::string list(const Status &status)
@@ -187,6 +234,10 @@ std::string status_summary(const Status &status)
     add(lines, "Playing", playing(status));
     if (!status.file().empty())
         add(lines, "File", visible_text(status.file()));
+    if (status.playing() == Status::Playing::Video && status.player.video.width > 0) {
+        add(lines, "Picture", picture(status.player.video));
+        add(lines, "Colours", colours(status.player.video));
+    }
     add(lines, "List", list(status));
     add(lines, "Selection", selection(status));
     add(lines, "Panel", panel(status.panel));

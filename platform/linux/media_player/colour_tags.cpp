@@ -11,12 +11,6 @@ std::string colorimetry_of(const GstCaps *caps)
     return text ? text : "";
 }
 
-std::string stream_of(GstPad *pad)
-{
-    const CharsPtr id(gst_pad_get_stream_id(pad));
-    return id ? id.get() : "";
-}
-
 // A matrix that the pictures' format cannot have is as good as none.
 GstVideoColorimetry parsed(const std::string &text, bool rgb)
 {
@@ -63,6 +57,22 @@ void fill_unknown(GstVideoColorimetry &colour, const GstVideoColorimetry &from)
         colour.primaries = from.primaries;
 }
 
+template <typename Part> ColourSource source_of(Part part, Part container, Part decoded, Part coded)
+{
+    if (part == container)
+        return ColourSource::Container;
+    return part == decoded || part == coded ? ColourSource::Stream : ColourSource::Usual;
+}
+
+GstCaps *caps_of(GstPadProbeInfo *info)
+{
+    GstCaps *caps = nullptr;
+    GstEvent *event = GST_PAD_PROBE_INFO_EVENT(info);
+    if (GST_EVENT_TYPE(event) == GST_EVENT_CAPS)
+        gst_event_parse_caps(event, &caps);
+    return caps;
+}
+
 bool may_know_its_range(const GstCaps *coded)
 {
     const GstStructure *stream = gst_caps_get_structure(coded, 0);
@@ -94,18 +104,30 @@ CapsPtr without_range(const GstCaps *coded, const std::string &colorimetry)
 
 } // namespace
 
-GstVideoColorimetry colour_of(const std::string &stream, const std::string &container,
-                              const GstVideoInfo &frame)
+std::string stream_of(GstPad *pad)
+{
+    const CharsPtr id(gst_pad_get_stream_id(pad));
+    return id ? id.get() : "";
+}
+
+TaggedColour colour_of(const std::string &decoded, const std::string &coded,
+                       const std::string &container, const GstVideoInfo &frame)
 {
     const bool rgb = GST_VIDEO_INFO_IS_RGB(&frame);
-    GstVideoColorimetry colour = parsed(stream, rgb);
-    fill_unknown(colour, parsed(container, rgb));
+    const GstVideoColorimetry told[] = {parsed(container, rgb), parsed(decoded, rgb),
+                                        parsed(coded, rgb)};
+    GstVideoColorimetry colour = told[1];
+    fill_unknown(colour, told[2]);
     const bool high_dynamic_range = transfer_of(colour) != Transfer::SDR;
     if (colour.primaries == GST_VIDEO_COLOR_PRIMARIES_UNKNOWN)
         colour.primaries =
             high_dynamic_range ? GST_VIDEO_COLOR_PRIMARIES_BT2020 : GST_VIDEO_COLOR_PRIMARIES_BT709;
     fill_unknown(colour, parsed(usual(frame, high_dynamic_range), rgb));
-    return colour;
+    const auto source = [&](auto part) {
+        return source_of(colour.*part, told[0].*part, told[1].*part, told[2].*part);
+    };
+    return {colour, source(&GstVideoColorimetry::range), source(&GstVideoColorimetry::matrix),
+            source(&GstVideoColorimetry::transfer), source(&GstVideoColorimetry::primaries)};
 }
 
 ColourSpace colour_space_of(const GstVideoColorimetry &colour, double peak)
@@ -137,21 +159,29 @@ double film_peak(const GstCaps *frames)
     return trusted_peak(brightest, display);
 }
 
+void ColourTags::on_parsed_event(GstPad *pad, GstPadProbeInfo *info)
+{
+    const GstCaps *caps = caps_of(info);
+    if (!caps)
+        return;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    streams_[stream_of(pad)].parsed = colorimetry_of(caps);
+}
+
 void ColourTags::on_coded_event(GstPad *pad, GstPadProbeInfo *info, const std::string &demuxer)
 {
-    GstEvent *event = GST_PAD_PROBE_INFO_EVENT(info);
-    if (GST_EVENT_TYPE(event) != GST_EVENT_CAPS)
+    const GstCaps *coded = caps_of(info);
+    if (!coded)
         return;
-    GstCaps *coded = nullptr;
-    gst_event_parse_caps(event, &coded);
     const std::string colorimetry = colorimetry_of(coded);
     {
         const std::lock_guard<std::mutex> lock(mutex_);
-        containers_[stream_of(pad)] = colorimetry;
+        streams_[stream_of(pad)].coded = colorimetry;
     }
     if (demuxer != "qtdemux" || !may_know_its_range(coded) || !is_of_libav(pad))
         return;
     if (const CapsPtr caps = without_range(coded, colorimetry)) {
+        GstEvent *event = GST_PAD_PROBE_INFO_EVENT(info);
         GstEvent *instead = gst_event_new_caps(caps.get());
         gst_event_set_seqnum(instead, gst_event_get_seqnum(event));
         GST_PAD_PROBE_INFO_DATA(info) = instead;
@@ -159,11 +189,11 @@ void ColourTags::on_coded_event(GstPad *pad, GstPadProbeInfo *info, const std::s
     }
 }
 
-GstVideoColorimetry ColourTags::of_frames(GstPad *pad, const GstCaps *caps,
-                                          const GstVideoInfo &frame)
+TaggedColour ColourTags::of_frames(GstPad *pad, const GstCaps *caps, const GstVideoInfo &frame)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return colour_of(colorimetry_of(caps), containers_[stream_of(pad)], frame);
+    const Told &told = streams_[stream_of(pad)];
+    return colour_of(colorimetry_of(caps), told.coded, told.parsed.value_or(told.coded), frame);
 }
 
 } // namespace platform

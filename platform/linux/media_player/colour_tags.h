@@ -7,12 +7,26 @@
 
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 
 #include "colour/hdr_curves.h"
 #include "media_player/gst_ptr.h"
+#include "media_player/player_status.h"
 
 namespace platform {
+
+/** Id of the stream that flows through a pad, the same on all its way; empty before it flows. */
+std::string stream_of(GstPad *pad);
+
+/** The colours of a picture, and who told each part of them. */
+struct TaggedColour {
+    GstVideoColorimetry parts;
+    ColourSource range;
+    ColourSource matrix;
+    ColourSource transfer;
+    ColourSource primaries;
+};
 
 /**
  * The colours of a decoded picture, with every part known.
@@ -24,12 +38,16 @@ namespace platform {
  * dynamic range and BT.709's for all else: they are too slight a difference for a guess by size.
  * Decoders of JPEG state its full range themselves.
  *
- * @param stream    "colorimetry" as GStreamer writes it, of the decoded frames
- * @param container the same, of what the decoder was fed with; empty or nonsense: nothing is known
+ * Decoders hand on what they were fed with where the stream is silent, and so do parsers, which add
+ * what they read. So a part that the container states as well counts as the container's.
+ *
+ * @param decoded   "colorimetry" as GStreamer writes it, of the decoded frames
+ * @param coded     the same, of what the decoder was fed with; empty or nonsense: nothing is known
+ * @param container the same, of what the container's reader gives
  * @param frame     format of the frames, and their size before any turn
  */
-GstVideoColorimetry colour_of(const std::string &stream, const std::string &container,
-                              const GstVideoInfo &frame);
+TaggedColour colour_of(const std::string &decoded, const std::string &coded,
+                       const std::string &container, const GstVideoInfo &frame);
 
 /**
  * The same for conversion. Primaries that no lamp can have are taken for BT.709's.
@@ -44,6 +62,9 @@ double film_peak(const GstCaps *frames);
 /** The colours that one file's containers and parsers state, kept for the sink. Any thread. */
 class ColourTags {
   public:
+    /** Keeps the colours that an event tells before a parser's sink pad, in a probe. */
+    void on_parsed_event(GstPad *pad, GstPadProbeInfo *info);
+
     /**
      * Looks at an event before a decoder's sink pad, in a probe, and keeps the colours it tells.
      *
@@ -57,11 +78,17 @@ class ColourTags {
     void on_coded_event(GstPad *pad, GstPadProbeInfo *info, const std::string &demuxer);
 
     /** The colours of frames that arrive at a sink's pad. */
-    GstVideoColorimetry of_frames(GstPad *pad, const GstCaps *caps, const GstVideoInfo &frame);
+    TaggedColour of_frames(GstPad *pad, const GstCaps *caps, const GstVideoInfo &frame);
 
   private:
+    /** "colorimetry" on its way. */
+    struct Told {
+        std::optional<std::string> parsed; ///< before the parser, where there is one
+        std::string coded;                 ///< before the decoder
+    };
+
     std::mutex mutex_;
-    std::map<std::string, std::string> containers_; ///< "colorimetry" by stream
+    std::map<std::string, Told> streams_;
 };
 
 } // namespace platform

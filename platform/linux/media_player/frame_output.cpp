@@ -11,7 +11,7 @@ int64_t milliseconds(GstClockTime time)
 } // namespace
 
 FrameOutput::FrameOutput(std::shared_ptr<DisplaySettings> display, double sdr_white)
-    : display_(std::move(display)), painter_(sdr_white)
+    : display_(std::move(display)), sdr_white_(sdr_white), painter_(sdr_white)
 {
 }
 
@@ -40,10 +40,13 @@ void FrameOutput::close()
     painted_view_ = {};
 }
 
-void FrameOutput::set_format(const GstVideoInfo &info, double peak)
+void FrameOutput::set_format(const std::string &stream, GstVideoInfo info,
+                             const TaggedColour &colour, double peak)
 {
+    info.colorimetry = colour.parts;
     const std::lock_guard<std::mutex> lock(mutex_);
     painter_.set_format(info, peak);
+    facts_.on_frames(stream, info, colour, {painter_.is_exact(), peak, sdr_white_});
     frame_.reset();
     painted_.reset();
     width_ = GST_VIDEO_INFO_WIDTH(&info);
@@ -76,6 +79,7 @@ bool FrameOutput::paint(GstBuffer *frame, GstClockTime position, const DisplayVi
         return false;
     PlaneBufferPtr picture = view.plane->acquire();
     if (!picture || !painter_.paint(frame, stored_, view, *picture)) {
+        ++dropped_;
         view.plane->count_dropped();
         return false;
     }
@@ -93,8 +97,10 @@ void FrameOutput::prepare(GstBuffer *frame, GstClockTime position)
     if (closed_)
         return;
     const DisplayView view = display_->view();
-    // The frame that filled the pipeline comes once more when the pipeline starts to run.
-    if (frame_.get() == frame && frame_position_ == position && is_painted_for(view))
+    // The frame that filled the pipeline comes once more when the pipeline starts to run, after a
+    // pause as one that is on screen already.
+    if (frame_.get() == frame && frame_position_ == position &&
+        (frame_shown_ || is_painted_for(view)))
         return;
     if (frame_.get() != frame)
         frame_.reset(gst_buffer_ref(frame));
@@ -105,14 +111,13 @@ void FrameOutput::prepare(GstBuffer *frame, GstClockTime position)
         paint(frame, position, view);
 }
 
-bool FrameOutput::show(GstBuffer *frame, GstClockTime position)
+bool FrameOutput::show(GstBuffer *frame, GstClockTime position, bool late)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (closed_ || !visible_)
         return true;
     if (GST_CLOCK_TIME_IS_VALID(position))
         position_ = position;
-    // So does the one on screen after a pause.
     if (frame_shown_ && frame_.get() == frame)
         return true;
     const DisplayView view = display_->view();
@@ -123,6 +128,8 @@ bool FrameOutput::show(GstBuffer *frame, GstClockTime position)
     frame_shown_ = true;
     if (presented) {
         shown_++;
+        if (late && direction_ == 1.0)
+            late_++;
         report_cue(position);
     }
     return presented;
@@ -142,8 +149,18 @@ void FrameOutput::redraw()
 
 void FrameOutput::count_dropped()
 {
+    ++dropped_;
     if (const std::shared_ptr<VideoPlane> plane = display_->view().plane)
         plane->count_dropped();
+}
+
+VideoStatus FrameOutput::status() const
+{
+    VideoStatus status = facts_.get();
+    status.shown = shown_;
+    status.dropped = dropped_;
+    status.late = late_;
+    return status;
 }
 
 void FrameOutput::report_cue(GstClockTime position)

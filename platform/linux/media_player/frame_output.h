@@ -13,6 +13,7 @@
 #include "media_player/colour_tags.h"
 #include "media_player/display_settings.h"
 #include "media_player/frame_painter.h"
+#include "media_player/video_facts.h"
 #include "subtitles/subtitle_track.h"
 
 namespace platform {
@@ -38,8 +39,13 @@ class FrameOutput {
     /** What the file says about its colours; any thread. */
     ColourTags &colour_tags() { return colour_tags_; }
 
+    /** What the file's decoders tell; any thread. */
+    VideoFacts &facts() { return facts_; }
+
     // Streaming thread.
-    void set_format(const GstVideoInfo &info, double peak);
+    /** What the frames of a stream are. @param info its colorimetry is taken from `colour` */
+    void set_format(const std::string &stream, GstVideoInfo info, const TaggedColour &colour,
+                    double peak);
     void set_orientation(GstVideoOrientationMethod method);
     void set_direction(double rate) { direction_ = rate; }
     void set_at_end(bool at_end);
@@ -50,14 +56,19 @@ class FrameOutput {
     /**
      * The frame's time has come.
      *
+     * @param late it was prepared only after its time
      * @return false when there is no plane any more
      */
-    bool show(GstBuffer *frame, GstClockTime position);
+    bool show(GstBuffer *frame, GstClockTime position, bool late);
 
     /** Paints the frame on screen anew, after a change of the display's settings. */
     void redraw();
 
+    /** Counts a frame that came too late to be shown. */
     void count_dropped();
+
+    /** What is known of the picture; never waits for a frame that is being painted. */
+    VideoStatus status() const;
 
     /** Frames that went to the plane. */
     uint64_t shown() const { return shown_; }
@@ -81,8 +92,12 @@ class FrameOutput {
     void report_cue(GstClockTime position);
 
     const std::shared_ptr<DisplaySettings> display_;
+    const double sdr_white_;
     ColourTags colour_tags_;
+    VideoFacts facts_;
     std::atomic<uint64_t> shown_{0};
+    std::atomic<uint64_t> dropped_{0};
+    std::atomic<uint64_t> late_{0};
     std::atomic<GstClockTime> position_{GST_CLOCK_TIME_NONE};
     std::atomic<double> direction_{1.0};
     std::atomic<bool> at_end_{false};

@@ -59,6 +59,9 @@ class FramePainter {
     bool paint(GstBuffer *buffer, const Orientation &stored, const DisplayView &view,
                PlaneBuffer &picture);
 
+    /** Whether frames are converted by our own loops, which are exact, and not by GStreamer. */
+    bool is_exact() const { return converter_.has_value(); }
+
   private:
     void paint_yuv(const YuvImage &frame, const Orientation &orientation, const Pixels &target);
     void convert(const YuvImage &image, const Orientation &orientation, const Pixels &target);

@@ -68,6 +68,15 @@ Track track_without_decoder(GstMessage *message)
     return g_str_has_prefix(media, "audio/") ? Track::Sound : Track::Picture;
 }
 
+// A probe behind the demuxer would miss some events: decodebin hands those that stick to a pad
+// straight to the next element.
+void add_probe(GstElement *element, const char *pad_name, GstPadProbeType type,
+               GstPadProbeCallback probe, gpointer data)
+{
+    if (const PadPtr pad{gst_element_get_static_pad(element, pad_name)})
+        gst_pad_add_probe(pad.get(), type, probe, data, nullptr);
+}
+
 std::string missing_decoder(GstMessage *message)
 {
     const CharsPtr description(gst_missing_plugin_message_get_description(message));
@@ -259,6 +268,18 @@ GstPadProbeReturn Pipeline::on_coded_frame(GstPad *, GstPadProbeInfo *info, gpoi
     return GST_PAD_PROBE_OK;
 }
 
+GstPadProbeReturn Pipeline::on_parsed_event(GstPad *pad, GstPadProbeInfo *info, gpointer self)
+{
+    static_cast<Pipeline *>(self)->output_->colour_tags().on_parsed_event(pad, info);
+    return GST_PAD_PROBE_OK;
+}
+
+GstPadProbeReturn Pipeline::on_decoded_event(GstPad *pad, GstPadProbeInfo *info, gpointer self)
+{
+    static_cast<Pipeline *>(self)->output_->facts().on_decoded_event(pad, info);
+    return GST_PAD_PROBE_OK;
+}
+
 GstPadProbeReturn Pipeline::on_coded_event(GstPad *pad, GstPadProbeInfo *info, gpointer self)
 {
     const auto *pipeline = static_cast<Pipeline *>(self);
@@ -283,13 +304,11 @@ void Pipeline::on_element(GstBin *, GstBin *, GstElement *element, gpointer self
             const std::lock_guard<std::mutex> lock(pipeline->facts_mutex_);
             pipeline->photo_decoder_ = std::strstr(klass, "Image") != nullptr;
         }
-        if (const PadPtr pad{gst_element_get_static_pad(element, "sink")}) {
-            gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_BUFFER, on_coded_frame, self, nullptr);
-            // A probe behind the demuxer would miss some: decodebin hands the events that stick to
-            // a pad straight to the next element.
-            gst_pad_add_probe(pad.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_coded_event, self,
-                              nullptr);
-        }
+        add_probe(element, "sink", GST_PAD_PROBE_TYPE_BUFFER, on_coded_frame, self);
+        add_probe(element, "sink", GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_coded_event, self);
+        add_probe(element, "src", GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_decoded_event, self);
+    } else if (std::strstr(klass, "Parser")) {
+        add_probe(element, "sink", GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_parsed_event, self);
     }
 }
 

@@ -104,6 +104,8 @@ class Pipeline {
     static GstBusSyncReply on_message(GstBus *bus, GstMessage *message, gpointer self);
     static void on_element(GstBin *bin, GstBin *child, GstElement *element, gpointer self);
     static GstPadProbeReturn on_coded_frame(GstPad *pad, GstPadProbeInfo *info, gpointer self);
+    static GstPadProbeReturn on_parsed_event(GstPad *pad, GstPadProbeInfo *info, gpointer self);
+    static GstPadProbeReturn on_decoded_event(GstPad *pad, GstPadProbeInfo *info, gpointer self);
     static GstPadProbeReturn on_coded_event(GstPad *pad, GstPadProbeInfo *info, gpointer self);
     std::string demuxer() const;
     void note_coded_frame(GstBuffer *frame);

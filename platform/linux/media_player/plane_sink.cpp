@@ -15,6 +15,8 @@ struct PlaneSink {
     GstVideoSink base;
     std::shared_ptr<FrameOutput> *output; ///< ours; GObject memory knows no constructors
     GstClockTime newest; ///< latest time of a frame in this segment; streaming thread
+    GstBuffer *filling;  ///< the frame that filled the pipeline, if it is the newest; not ours
+    gboolean late;       ///< the newest frame was prepared after its time; streaming thread
 };
 
 struct PlaneSinkClass {
@@ -46,17 +48,16 @@ GstClockTime media_time(GstBaseSink *sink, GstBuffer *frame)
     return gst_segment_to_stream_time(&sink->segment, GST_FORMAT_TIME, GST_BUFFER_PTS(frame));
 }
 
-// A frame that will be thrown away anyway is not worth painting.
-bool hopelessly_late(GstBaseSink *sink, GstBuffer *frame)
+// Whether a frame's time has passed by more than a while.
+bool is_past(GstBaseSink *sink, GstBuffer *frame, gint64 by)
 {
-    const gint64 limit = gst_base_sink_get_max_lateness(sink);
-    if (limit < 0 || GST_STATE(sink) != GST_STATE_PLAYING || sink->need_preroll)
+    if (by < 0 || GST_STATE(sink) != GST_STATE_PLAYING || sink->need_preroll)
         return false;
     const GstClockTime due =
         gst_segment_to_running_time(&sink->segment, GST_FORMAT_TIME, GST_BUFFER_PTS(frame));
     const GstClockTime now = gst_element_get_current_running_time(GST_ELEMENT(sink));
     return GST_CLOCK_TIME_IS_VALID(due) && GST_CLOCK_TIME_IS_VALID(now) &&
-           now > due + gst_base_sink_get_latency(sink) + static_cast<GstClockTime>(limit);
+           now > due + gst_base_sink_get_latency(sink) + static_cast<GstClockTime>(by);
 }
 
 // Whether a frame's time is one that no good file has. Times only ever run ahead within a segment.
@@ -88,8 +89,9 @@ gboolean plane_sink_set_caps(GstBaseSink *sink, GstCaps *caps)
     if (!gst_video_info_from_caps(&info, caps))
         return FALSE;
     FrameOutput &output = output_of(sink);
-    info.colorimetry = output.colour_tags().of_frames(sink->sinkpad, caps, info);
-    output.set_format(info, platform::film_peak(caps));
+    output.set_format(platform::stream_of(sink->sinkpad), info,
+                      output.colour_tags().of_frames(sink->sinkpad, caps, info),
+                      platform::film_peak(caps));
     return TRUE;
 }
 
@@ -162,14 +164,20 @@ GstFlowReturn plane_sink_prepare(GstBaseSink *sink, GstBuffer *frame)
         GST_ELEMENT_ERROR(sink, STREAM, DECODE, ("its times jump far ahead"), (nullptr));
         return GST_FLOW_ERROR;
     }
-    if (!hopelessly_late(sink, frame))
+    // A frame that will be thrown away anyway is not worth painting.
+    if (!is_past(sink, frame, gst_base_sink_get_max_lateness(sink)))
         output_of(sink).prepare(frame, media_time(sink, frame));
+    // The frame that filled the pipeline comes once more when it starts to run, whose time that is.
+    auto *self = reinterpret_cast<PlaneSink *>(sink);
+    self->late = frame != self->filling && is_past(sink, frame, 0);
+    self->filling = sink->need_preroll ? frame : nullptr;
     return GST_FLOW_OK;
 }
 
 GstFlowReturn plane_sink_show_frame(GstVideoSink *sink, GstBuffer *frame)
 {
-    if (output_of(sink).show(frame, media_time(GST_BASE_SINK(sink), frame)))
+    const bool late = reinterpret_cast<PlaneSink *>(sink)->late;
+    if (output_of(sink).show(frame, media_time(GST_BASE_SINK(sink), frame), late))
         return GST_FLOW_OK;
     GST_ELEMENT_ERROR(sink, RESOURCE, BUSY, ("the video plane is gone"), (nullptr));
     return GST_FLOW_ERROR;
@@ -202,6 +210,8 @@ void plane_sink_init(PlaneSink *sink)
 {
     sink->output = nullptr;
     sink->newest = GST_CLOCK_TIME_NONE;
+    sink->filling = nullptr;
+    sink->late = FALSE;
     gst_base_sink_set_max_lateness(GST_BASE_SINK(sink), MAX_LATENESS);
 }
 

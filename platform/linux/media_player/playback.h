@@ -89,8 +89,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     /** Facts for a status report; any thread. */
     GstClockTime position() const { return output_->position(); }
     GstClockTime duration() const { return duration_; }
-    int width() const { return output_->width(); }
-    int height() const { return output_->height(); }
+    VideoStatus video() const { return output_->status(); }
     bool has_subtitle() const { return has_subtitle_; }
 
     Playback(PlaybackRequest request, PlaybackEvents events);

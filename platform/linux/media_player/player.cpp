@@ -385,8 +385,7 @@ PlayerStatus Player::status() const
     status.path = uri_;
     status.position_ms = milliseconds(current_->position());
     status.duration_ms = milliseconds(current_->duration());
-    status.width = current_->width();
-    status.height = current_->height();
+    status.video = current_->video();
     status.has_subtitle = current_->has_subtitle();
     return status;
 }

@@ -108,8 +108,6 @@ PlayerStatus current_player_status()
     status.position_ms = 1500;
     status.duration_ms = 60000;
     status.rate = 2.0;
-    status.width = 1280;
-    status.height = 720;
     status.has_subtitle = true;
     return status;
 }

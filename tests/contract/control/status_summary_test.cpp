@@ -8,11 +8,14 @@
 
 namespace {
 
+using platform::ColourSource;
 using platform::ContentList;
+using platform::Mapping;
 using platform::Status;
 using platform::status_as_json;
 using platform::status_nodes;
 using platform::status_summary;
+using platform::VideoStatus;
 using testing::HasSubstr;
 
 /** A set in the middle of its demo. */
@@ -32,6 +35,28 @@ Status a_status()
     status.blocked_items["org.example"] = {"broadcasting", "pip"};
     status.usb = {"/media/one", "/media/t\nwo"};
     return status;
+}
+
+/** What is told of its film's picture. */
+VideoStatus a_video()
+{
+    VideoStatus video;
+    video.decoder = "avdec_h264";
+    video.decoder_name = "libav H.264 decoder";
+    video.width = 1920;
+    video.height = 1080;
+    video.frame_rate = 24000.0 / 1001;
+    video.format = "I420";
+    video.depth = 8;
+    video.range = {"limited", ColourSource::Stream};
+    video.matrix = {"bt709", ColourSource::Container};
+    video.transfer = {"bt709", ColourSource::Container};
+    video.primaries = {"bt709", ColourSource::Usual};
+    video.exact = true;
+    video.shown = 240;
+    video.dropped = 2;
+    video.late = 7;
+    return video;
 }
 
 Status with(const std::function<void(Status &)> &change)
@@ -121,6 +146,72 @@ TEST(StatusSummary, TellsHowAVideoPlays)
               begin + ", about to start");
 }
 
+TEST(StatusSummary, TellsOfAVideosPicture)
+{
+    EXPECT_THAT(status_summary(with([](Status &s) { s.player.video = a_video(); })),
+                HasSubstr("/demo/b.mp4\n"
+                          "Picture:        1920x1080, 23.976 frames/s, I420 by avdec_h264; "
+                          "240 shown, 2 dropped, 7 late\n"
+                          "Colours:        range limited (stream), matrix bt709 (container), "
+                          "transfer bt709 (container), primaries bt709 (usual), not mapped\n"
+                          "List:"));
+}
+
+TEST(StatusSummary, TellsWhatIsUnusualAboutAPicture)
+{
+    const auto line = [](const std::string &name,
+                         const std::function<void(VideoStatus &)> &change) {
+        const std::string text = status_summary(with([&](Status &s) {
+            s.player.video = a_video();
+            change(s.player.video);
+        }));
+        const size_t begin = text.find(name);
+        return text.substr(begin, text.find('\n', begin) - begin);
+    };
+    EXPECT_THAT(line("Picture:",
+                     [](VideoStatus &v) {
+                         v.pixel_width = 16;
+                         v.pixel_height = 15;
+                         v.frame_rate = 25;
+                         v.interlaced = true;
+                         v.hardware = true;
+                     }),
+                HasSubstr(" 1920x1080 of 16:15 pixels, 25 frames/s, interlaced, I420 by avdec_h264 "
+                          "(hardware); "));
+    EXPECT_THAT(line("Picture:",
+                     [](VideoStatus &v) {
+                         v.frame_rate = 0;
+                         v.decoder.clear();
+                     }),
+                HasSubstr(" 1920x1080, I420; "));
+    const auto mapped = [&](Mapping mapping, bool exact) {
+        const std::string text = line("Colours:", [&](VideoStatus &v) {
+            v.mapping = mapping;
+            v.exact = exact;
+            v.peak = 600;
+            v.white = 202.5;
+        });
+        return text.substr(text.rfind("(usual), ") + 9);
+    };
+    EXPECT_EQ(mapped(Mapping::PQ, true), "mapped from PQ by BT.2390, peak 600, white 202.5 cd/m2");
+    EXPECT_EQ(mapped(Mapping::HLG, true),
+              "mapped from HLG by BT.2390, peak 600, white 202.5 cd/m2");
+    EXPECT_EQ(mapped(Mapping::Ignored, false),
+              "high dynamic range ignored, converted by GStreamer");
+    EXPECT_EQ(mapped(Mapping::None, false), "not mapped, converted by GStreamer");
+}
+
+TEST(StatusSummary, TellsOfNoPictureBeforeTheFirstFrameNorOfAPhotos)
+{
+    EXPECT_EQ(status_summary(a_status()).find("Picture:"), std::string::npos);
+    const Status photo = with([](Status &s) {
+        s.player.video = a_video();
+        s.player.path.clear();
+        s.picture = {"/demo/c.jpg", true, 640, 360};
+    });
+    EXPECT_EQ(status_summary(photo).find("Picture:"), std::string::npos);
+}
+
 TEST(StatusSummary, ListThatCannotBeToldIsUnknown)
 {
     EXPECT_THAT(status_summary(with([](Status &s) { s.list.reset(); })),
@@ -192,8 +283,6 @@ TEST(StatusSummary, NothingBlockedAndNoStickAreSaidInSoManyWords)
 TEST(StatusNodes, HoldEverythingForPrograms)
 {
     const Status status = with([](Status &s) {
-        s.player.width = 640;
-        s.player.height = 360;
         s.configuration = {{"db/a", 5}, {"db/b", std::nullopt}};
     });
     EXPECT_EQ(
@@ -202,8 +291,8 @@ TEST(StatusNodes, HoldEverythingForPrograms)
         R"("list": {"orientation": "landscape", "number": 2, "length": 3, "videos": 2, )"
         R"("photos": 1, "names": ["a.mp4", "b.mp4", "c.jpg"]}, "selection": 0, )"
         R"("player": {"state": "playing", "file": "/demo/b.mp4", "position_ms": 12345, )"
-        R"("duration_ms": 3723000, "rate": 1, "width": 640, "height": 360, )"
-        R"("subtitle": false, "looping": false}, )"
+        R"("duration_ms": 3723000, "rate": 1, "subtitle": false, "looping": false, )"
+        R"("video": null}, )"
         R"("picture": {"file": null, "shown": false, "width": 0, "height": 0, )"
         R"("colour_profile": null}, )"
         R"("frames": {"shown": 1234, "dropped": 5}, )"
@@ -218,6 +307,44 @@ TEST(StatusNodes, HoldEverythingForPrograms)
                 HasSubstr("\"left_s\": null"));
     EXPECT_THAT(status_as_json(status_nodes(with([](Status &s) { s.list->portrait = true; }))),
                 HasSubstr("\"list\": {\"orientation\": \"portrait\", "));
+}
+
+TEST(StatusNodes, HoldEverythingAboutAVideosPicture)
+{
+    Status status = with([](Status &s) { s.player.video = a_video(); });
+    EXPECT_THAT(
+        status_as_json(status_nodes(status)),
+        HasSubstr(
+            R"("video": {"decoder": "avdec_h264", "decoder_name": "libav H.264 decoder", )"
+            R"("hardware": false, "width": 1920, "height": 1080, "pixel_width": 1, )"
+            R"("pixel_height": 1, "frame_rate": 23.976, "interlaced": false, "format": "I420", )"
+            R"("depth": 8, "range": {"value": "limited", "source": "stream"}, )"
+            R"("matrix": {"value": "bt709", "source": "container"}, )"
+            R"("transfer": {"value": "bt709", "source": "container"}, )"
+            R"("primaries": {"value": "bt709", "source": "usual"}, "converter": "own", )"
+            R"("mapping": {"kind": "none", "by": null, "peak": null, "white": null}, )"
+            R"("shown": 240, "dropped": 2, "late": 7}})"));
+
+    VideoStatus &video = status.player.video;
+    video.decoder.clear();
+    video.decoder_name.clear();
+    video.hardware = true;
+    video.interlaced = true;
+    video.frame_rate = 0;
+    video.mapping = Mapping::HLG;
+    video.peak = 1000;
+    video.white = 203;
+    const std::string json = status_as_json(status_nodes(status));
+    EXPECT_THAT(json, HasSubstr(R"("decoder": null, "decoder_name": null, "hardware": true, )"));
+    EXPECT_THAT(json, HasSubstr(R"("frame_rate": null, "interlaced": true, )"));
+    EXPECT_THAT(json, HasSubstr(R"("mapping": {"kind": "hlg", "by": "BT.2390", "peak": 1000, )"
+                                R"("white": 203})"));
+    video.mapping = Mapping::Ignored;
+    video.peak = video.white = 0;
+    video.exact = false;
+    EXPECT_THAT(status_as_json(status_nodes(status)),
+                HasSubstr(R"("converter": "gstreamer", "mapping": {"kind": "ignored", )"
+                          R"("by": null, "peak": null, "white": null})"));
 }
 
 } // namespace

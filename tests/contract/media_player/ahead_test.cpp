@@ -132,7 +132,7 @@ TEST_F(Ahead, AFileThatHasChangedIsOpenedAnew)
 
     ASSERT_TRUE(playing(file));
 
-    EXPECT_EQ(player_->status().width, 320);
+    EXPECT_EQ(player_->status().video.width, 320);
     EXPECT_THAT(events(), ElementsAre("prepared"));
 }
 

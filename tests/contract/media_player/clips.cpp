@@ -198,6 +198,20 @@ void make_clip(const std::string &path, const Clip &clip)
         write_turn(path, clip.turn);
 }
 
+void run_ffmpeg(const std::string &arguments)
+{
+    const std::string command = "ffmpeg -y -nostdin -loglevel error " + arguments;
+    GError *trouble = nullptr;
+    char *said = nullptr;
+    int status = 0;
+    g_spawn_command_line_sync(command.c_str(), nullptr, &said, &status, &trouble);
+    const std::string complaint = trouble ? trouble->message : said ? said : "";
+    g_clear_error(&trouble);
+    g_free(said);
+    if (!complaint.empty() || status != 0)
+        throw std::runtime_error(command + "\n" + complaint);
+}
+
 void make_sound(const std::string &path)
 {
     make("audiotestsrc num-buffers=43 ! vorbisenc ! oggmux ! filesink name=file", path);

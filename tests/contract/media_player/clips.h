@@ -29,6 +29,13 @@ enum class Quarter { Red, Green, Blue, White };
 /** Makes a clip; its container and codecs follow from the file name's extension. */
 void make_clip(const std::string &path, const Clip &clip = {});
 
+/**
+ * Makes videos of other kinds.
+ *
+ * @param arguments of ffmpeg: what it reads, how it codes, the files
+ */
+void run_ffmpeg(const std::string &arguments);
+
 /** Makes a file with a second of sound and no picture. */
 void make_sound(const std::string &path);
 

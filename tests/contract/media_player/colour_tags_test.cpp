@@ -19,6 +19,13 @@ using testing::HasSubstr;
 namespace player_test {
 namespace {
 
+using platform::ColourSource;
+
+std::string text_of(const GstVideoColorimetry &colour)
+{
+    return platform::CharsPtr(gst_video_colorimetry_to_string(&colour)).get();
+}
+
 TEST(ColourOf, TakesEachPartFromTheFirstThatKnowsIt)
 {
     const struct {
@@ -63,9 +70,8 @@ TEST(ColourOf, TakesEachPartFromTheFirstThatKnowsIt)
     for (const auto &row : rows) {
         GstVideoInfo frame;
         gst_video_info_set_format(&frame, row.format, row.width, row.height);
-        const GstVideoColorimetry colour = platform::colour_of(row.stream, row.container, frame);
-        const platform::CharsPtr text(gst_video_colorimetry_to_string(&colour));
-        EXPECT_STREQ(text.get(), row.expected)
+        EXPECT_EQ(text_of(platform::colour_of(row.stream, row.container, "", frame).parts),
+                  row.expected)
             << "stream '" << row.stream << "', container '" << row.container << "', " << row.width
             << "x" << row.height;
     }
@@ -88,6 +94,43 @@ TEST(ColourSpaceOf, HasThePrimariesOfItsTagWhereLampsCanHaveThem)
                                             row.tag};
         EXPECT_NEAR(platform::colour_space_of(colour, 0).primaries.red.x, row.red_x, 1e-6)
             << "primaries " << row.tag;
+    }
+}
+
+TEST(ColourOf, NamesWhoToldEachPart)
+{
+    constexpr auto S = ColourSource::Stream;
+    constexpr auto C = ColourSource::Container;
+    constexpr auto U = ColourSource::Usual;
+    const struct {
+        const char *decoded;
+        const char *coded;
+        const char *container;
+        ColourSource range, matrix, transfer, primaries;
+    } rows[] = {
+        {"", "", "", U, U, U, U},
+        {"1:3:5:1", "", "", S, S, S, S},
+        {"2:4:0:0", "", "", S, S, U, U},
+        // A decoder hands on what the container says, and where both say the same either is right.
+        {"0:3:5:1", "0:3:5:1", "0:3:5:1", U, C, C, C},
+        {"bt709", "0:3:5:1", "0:3:5:1", S, C, C, C},
+        // A parser adds what it finds in the stream, and a decoder may lose it.
+        {"1:3:5:1", "1:3:5:1", "", S, S, S, S},
+        {"", "1:3:5:1", "", S, S, S, S},
+        {"0:0:0:0", "1:3:5:1", "1:0:0:0", C, S, S, S},
+        // What the container says is not what holds where the stream says something else.
+        {"1:3:5:1", "2:4:16:4", "2:4:16:4", S, S, S, S},
+        {"0:0:14:0", "1:0:0:0", "1:0:0:0", C, U, S, U},
+        {"loud", "shrill", "shrill", U, U, U, U},
+    };
+    for (const auto &row : rows) {
+        GstVideoInfo frame;
+        gst_video_info_set_format(&frame, GST_VIDEO_FORMAT_I420, 64, 32);
+        const platform::TaggedColour colour =
+            platform::colour_of(row.decoded, row.coded, row.container, frame);
+        EXPECT_EQ(std::tie(colour.range, colour.matrix, colour.transfer, colour.primaries),
+                  std::tie(row.range, row.matrix, row.transfer, row.primaries))
+            << row.decoded << ", " << row.coded << ", " << row.container;
     }
 }
 
@@ -124,8 +167,7 @@ class CodedCaps {
         GstVideoInfo frame;
         gst_video_info_set_format(&frame, GST_VIDEO_FORMAT_I420, 64, 32);
         const platform::CapsPtr caps(gst_caps_new_empty_simple("video/x-raw"));
-        const GstVideoColorimetry colour = tags_.of_frames(pad_.get(), caps.get(), frame);
-        return platform::CharsPtr(gst_video_colorimetry_to_string(&colour)).get();
+        return text_of(tags_.of_frames(pad_.get(), caps.get(), frame).parts);
     }
 
   private:
@@ -274,21 +316,13 @@ class ColourTags : public PlayerTest {
               const char *pixel_format = "yuvj420p") const
     {
         write_file(path("patches.yuv"), patches(size, g_str_has_suffix(pixel_format, "10le")));
-        std::string command = "ffmpeg -y -nostdin -loglevel error -f rawvideo -framerate 25 "
-                              "-stream_loop 1 -pix_fmt ";
+        std::string command = "-f rawvideo -framerate 25 -stream_loop 1 -pix_fmt ";
         command += pixel_format;
         command += " -video_size " + std::to_string(size.width) + "x" +
                    std::to_string(size.height) + " -i " + path("patches.yuv");
         for (const Output &output : outputs)
             command += " " + output.options + path(output.name);
-        GError *trouble = nullptr;
-        char *complaint = nullptr;
-        int status = 0;
-        g_spawn_command_line_sync(command.c_str(), nullptr, &complaint, &status, &trouble);
-        const platform::ErrorPtr error(trouble);
-        const platform::CharsPtr said(complaint);
-        ASSERT_FALSE(error) << error->message;
-        ASSERT_EQ(status, 0) << command << "\n" << said.get();
+        run_ffmpeg(command);
     }
 
     /** Shows a file and compares the middle of each patch. */

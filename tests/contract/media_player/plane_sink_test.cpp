@@ -1,6 +1,8 @@
-// What the pipeline's end for pictures does with frames whose times no good file has.
+// What the pipeline's end for pictures does with frames that come late, and with those whose times
+// no good file has.
 
 #include <gst/app/gstappsrc.h>
+#include <gst/check/gsttestclock.h>
 #include <gtest/gtest.h>
 
 #include "media_player/plane_sink.h"
@@ -15,7 +17,7 @@ using platform::FrameOutput;
 
 constexpr GstClockTime DEADLINE = 20 * GST_SECOND;
 
-/** A source in the test's hand before the sink. The plane is missing; nothing is to be seen. */
+/** A source in the test's hand before the sink. Nothing is to be seen. */
 class PlaneSink : public testing::Test {
   protected:
     void SetUp() override
@@ -23,8 +25,7 @@ class PlaneSink : public testing::Test {
         gst_init(nullptr, nullptr);
         pipeline_.reset(GST_ELEMENT(gst_object_ref_sink(gst_pipeline_new(nullptr))));
         source_ = platform::make_element("appsrc");
-        output_ = std::make_shared<FrameOutput>(std::make_shared<DisplaySettings>(),
-                                                platform::REFERENCE_WHITE);
+        output_ = std::make_shared<FrameOutput>(display_, platform::REFERENCE_WHITE);
         const ElementPtr sink = platform::make_plane_sink(output_);
         const platform::CapsPtr caps(gst_caps_from_string(
             "video/x-raw,format=BGRx,width=16,height=16,framerate=30/1,pixel-aspect-ratio=1/1"));
@@ -64,6 +65,7 @@ class PlaneSink : public testing::Test {
         return type;
     }
 
+    const std::shared_ptr<DisplaySettings> display_ = std::make_shared<DisplaySettings>();
     ElementPtr pipeline_;
     ElementPtr source_;
     std::shared_ptr<FrameOutput> output_;
@@ -102,6 +104,97 @@ TEST_F(PlaneSink, AGapOfAnHourIsNotWaitedFor)
     end();
 
     EXPECT_EQ(outcome(), GST_MESSAGE_EOS);
+}
+
+/** Its clock is in the test's hand as well, and frames go to a plane. */
+class FramesOfTime : public PlaneSink {
+  protected:
+    void SetUp() override
+    {
+        PlaneSink::SetUp();
+        clock_.reset(GST_CLOCK(gst_object_ref_sink(gst_test_clock_new())));
+        gst_pipeline_use_clock(GST_PIPELINE(pipeline_.get()), clock_.get());
+        display_->set_plane(platform::VideoPlane::offscreen(16, 16));
+        output_->set_visible(true);
+    }
+
+    /** Lets frames be shown as time goes, and stops where the sink waits for one of this time. */
+    bool run_until(guint64 milliseconds) const
+    {
+        auto *clock = GST_TEST_CLOCK(clock_.get());
+        GstClockTime time = 0;
+        while (gst_test_clock_timed_wait_for_multiple_pending_ids(clock, 1, DEADLINE / GST_MSECOND,
+                                                                  nullptr)) {
+            time = gst_test_clock_get_next_entry_time(clock);
+            if (time >= milliseconds * GST_MSECOND)
+                break;
+            gst_test_clock_crank(clock);
+        }
+        return time == milliseconds * GST_MSECOND;
+    }
+
+    /** Lets time pass while the sink waits. */
+    void set_time(guint64 milliseconds) const
+    {
+        auto *clock = GST_TEST_CLOCK(clock_.get());
+        const GstClockTime time = milliseconds * GST_MSECOND;
+        gst_test_clock_set_time(clock, time);
+        gst_clock_id_unref(gst_test_clock_process_next_clock_id(clock));
+    }
+
+    void push_ms(guint64 time) { push(time * GST_MSECOND, GST_MSECOND); }
+
+    std::unique_ptr<GstClock, platform::GstObjectUnref> clock_;
+};
+
+TEST_F(FramesOfTime, AreShownOnceWhereTheyFillThePipelineDuringAPause)
+{
+    push_ms(0);
+    push_ms(100);
+    ASSERT_TRUE(run_until(100));
+    gst_element_set_state(pipeline_.get(), GST_STATE_PAUSED);
+    ASSERT_EQ(gst_element_get_state(pipeline_.get(), nullptr, nullptr, DEADLINE),
+              GST_STATE_CHANGE_SUCCESS);
+    EXPECT_EQ(output_->status().shown, 2u) << "the next one is seen ahead of its time";
+    gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING);
+    push_ms(200);
+    ASSERT_TRUE(run_until(200));
+
+    EXPECT_EQ(output_->status().shown, 2u);
+    EXPECT_EQ(output_->status().late, 0u);
+}
+
+TEST_F(FramesOfTime, AreLateWhereTheyAreReadyAfterTheirTimeAndStillShown)
+{
+    push_ms(0);
+    push_ms(100);
+    push_ms(200);
+    ASSERT_TRUE(run_until(200));
+    EXPECT_EQ(output_->status().shown, 2u);
+    EXPECT_EQ(output_->status().late, 0u) << "nothing can be ready before the first frame's time";
+
+    set_time(310);
+    push_ms(270); // by 40 ms, which is too much
+    push_ms(300); // by 10 ms
+    push_ms(400);
+    ASSERT_TRUE(run_until(400));
+    EXPECT_EQ(output_->status().shown, 4u);
+    EXPECT_EQ(output_->status().late, 1u);
+}
+
+TEST_F(FramesOfTime, AreNotLateAtOtherSpeeds)
+{
+    push_ms(0);
+    push_ms(100);
+    ASSERT_TRUE(run_until(100));
+    output_->set_direction(2);
+    set_time(210);
+    push_ms(200);
+    push_ms(300);
+    ASSERT_TRUE(run_until(300));
+
+    EXPECT_EQ(output_->status().shown, 3u);
+    EXPECT_EQ(output_->status().late, 0u);
 }
 
 } // namespace

@@ -151,8 +151,6 @@ TEST_F(Playing, TheStatusTellsWhatIsBeingPlayed)
 
     EXPECT_EQ(status.state, PLAYER_STATE_PLAYING);
     EXPECT_EQ(status.path, file);
-    EXPECT_EQ(status.width, 160);
-    EXPECT_EQ(status.height, 90);
     EXPECT_NEAR(static_cast<double>(status.duration_ms), 2000, 60);
     EXPECT_EQ(status.rate, 1.0);
     EXPECT_FALSE(status.has_subtitle);

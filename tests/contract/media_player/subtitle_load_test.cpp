@@ -108,7 +108,7 @@ TEST_F(SubtitleLoad, AVideoThatIsReadyWaitsForItsSubtitleAndShowsItFromTheFirstF
     one_frame.frames = 1;
     one_frame.sound = false;
     ASSERT_EQ(prepare(clip("a.mp4", one_frame)), PLAYER_ERROR_NONE);
-    ASSERT_TRUE(wait_for([this] { return player_->status().width > 0 && slow_.begun(); }));
+    ASSERT_TRUE(wait_for([this] { return player_->status().video.width > 0 && slow_.begun(); }));
     EXPECT_TRUE(stays([this] { return events().empty(); }, 0.5));
 
     release();
