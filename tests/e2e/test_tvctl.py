@@ -92,6 +92,21 @@ def test_status_tells_what_is_blocked_and_how_the_video_plays(tv, screen, conten
     assert int(re.match(r"(\d+) shown", summary(tv)["Frames"]).group(1)) > 0
 
 
+def test_status_tells_of_the_films_picture(tv, screen, content, shelf):
+    shelf.video(content / "one.mp4", "red", seconds=20)
+    tv.start(folder=content)
+    screen.wait_for("red")
+    lines = summary(tv)
+    assert re.fullmatch(r"320x180, 30 frames/s, I420 by avdec_h264; "
+                        r"\d+ shown, \d+ dropped, \d+ late", lines["Picture"])
+    assert re.fullmatch(r"range limited \(\w+\), matrix bt601 \(\w+\), transfer \w+ \(\w+\), "
+                        r"primaries \w+ \(\w+\), not mapped", lines["Colours"])
+    video = tv.status()["player"]["video"]
+    assert (video["width"], video["height"], video["depth"]) == (320, 180, 8)
+    assert video["converter"] == "own" and video["mapping"]["kind"] == "none"
+    wait_status(tv, lambda now: now["player"]["video"]["shown"] > video["shown"], "more frames")
+
+
 def test_time_to_the_next_turn_is_that_of_the_players_own_timer(tv, screen, content, shelf):
     tv.configure(panel=ROTATOR)
     shelf.video(content / "red.mp4", "red", seconds=20)
