@@ -206,6 +206,15 @@ TEST_F(VideoStatusTest, CountsFramesForWhichThereIsNoMemoryAsDropped)
     EXPECT_EQ(status().shown, 0u);
 }
 
+TEST(FrameOutput, CountsAFrameThatCameTooLateAsDropped)
+{
+    platform::FrameOutput output(std::make_shared<platform::DisplaySettings>(),
+                                 platform::REFERENCE_WHITE);
+    output.count_dropped();
+
+    EXPECT_EQ(output.status().dropped, 1u);
+}
+
 /** A plane that gives no picture before it is let go on. */
 class HeldPlane : public FullPlane {
   public:
