@@ -128,7 +128,7 @@ TEST_F(VideoStatusTest, TellsHowHighDynamicRangeIsMapped)
     const std::string pq = tagged("smpte2084");
     run_ffmpeg(CHART + "25 " + pq + hevc + "-x265-params log-level=error:hdr10=1:max-cll=600,200 " +
                path("pq.mkv") + " " + tagged("arib-std-b67") + hevc +
-               "-x265-params log-level=error " + path("hlg.ts") + " " + pq +
+               "-x265-params log-level=error:hdr10=1:max-cll=600,200 " + path("hlg.ts") + " " + pq +
                "-c:v ffv1 -pix_fmt yuv444p10le " + path("other.mkv"));
     auto options = usual_options();
     options.sdr_white = 150;
@@ -177,6 +177,16 @@ TEST_F(VideoStatusTest, CountsFramesFromTheBeginningOfTheFile)
 
     EXPECT_TRUE(wait_for([this] { return status().shown + status().dropped > 10; }))
         << "the second round";
+}
+
+// The pipeline runs only when its first frame is there, so that this is never ready in time.
+TEST_F(VideoStatusTest, DoesNotCountTheFrameThatFilledThePipelineAsLate)
+{
+    Clip one = short_clip();
+    one.frames = 1;
+    const std::string file = clip("a.mp4", one);
+    for (int play = 0; play < 8; play++)
+        EXPECT_EQ(status_of(file).late, 0u);
 }
 
 /** A plane that has no memory for pictures. */
