@@ -7,7 +7,7 @@ std::string name_in(GType type, int value)
 {
     auto *values = static_cast<GEnumClass *>(g_type_class_ref(type));
     const GEnumValue *found = g_enum_get_value(values, value);
-    const std::string name = found ? found->value_nick : "";
+    std::string name = found ? found->value_nick : "";
     g_type_class_unref(values);
     return name;
 }
