@@ -123,14 +123,14 @@ std::string picture(const VideoStatus &video)
 std::string mapping(const VideoStatus &video)
 {
     switch (video.mapping) {
-    case Mapping::None:
+    case ToneMapping::None:
         break;
-    case Mapping::PQ:
-    case Mapping::HLG:
-        return std::string("mapped from ") + (video.mapping == Mapping::PQ ? "PQ" : "HLG") +
+    case ToneMapping::PQ:
+    case ToneMapping::HLG:
+        return std::string("mapped from ") + (video.mapping == ToneMapping::PQ ? "PQ" : "HLG") +
                " by BT.2390, peak " + decimal(video.peak) + ", white " + decimal(video.white) +
                " cd/m2";
-    case Mapping::Ignored:
+    case ToneMapping::Ignored:
         return "high dynamic range ignored, converted by GStreamer";
     }
     return video.exact ? "not mapped" : "not mapped, converted by GStreamer";

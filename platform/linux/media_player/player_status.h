@@ -25,7 +25,7 @@ struct ColourPart {
 };
 
 /** What becomes of high dynamic range. */
-enum class Mapping {
+enum class ToneMapping {
     None, ///< the film has none
     PQ,   ///< it is mapped from PQ (HDR10) by ITU-R BT.2390
     HLG,  ///< the same from HLG
@@ -55,7 +55,7 @@ struct VideoStatus {
     ColourPart primaries;
 
     bool exact = false; ///< converted to the screen by our loops, else by GStreamer's converter
-    Mapping mapping = Mapping::None;
+    ToneMapping mapping = ToneMapping::None;
     double peak = 0;  ///< cd/m² that the mapping takes for the film's brightest; 0 without one
     double white = 0; ///< cd/m² that it makes the screen's white; 0 without one
 

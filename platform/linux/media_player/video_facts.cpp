@@ -57,11 +57,11 @@ void note_conversion(VideoStatus &video, const GstVideoColorimetry &colour,
     video.peak = !mapped ? 0 : transfer == Transfer::HLG ? HLG_PEAK : conversion.peak;
     video.white = mapped ? conversion.white : 0;
     if (transfer == Transfer::SDR)
-        video.mapping = Mapping::None;
+        video.mapping = ToneMapping::None;
     else if (!mapped)
-        video.mapping = Mapping::Ignored;
+        video.mapping = ToneMapping::Ignored;
     else
-        video.mapping = transfer == Transfer::HLG ? Mapping::HLG : Mapping::PQ;
+        video.mapping = transfer == Transfer::HLG ? ToneMapping::HLG : ToneMapping::PQ;
 }
 
 } // namespace

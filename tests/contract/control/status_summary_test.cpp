@@ -10,11 +10,11 @@ namespace {
 
 using platform::ColourSource;
 using platform::ContentList;
-using platform::Mapping;
 using platform::Status;
 using platform::status_as_json;
 using platform::status_nodes;
 using platform::status_summary;
+using platform::ToneMapping;
 using platform::VideoStatus;
 using testing::HasSubstr;
 
@@ -184,7 +184,7 @@ TEST(StatusSummary, TellsWhatIsUnusualAboutAPicture)
                          v.decoder.clear();
                      }),
                 HasSubstr(" 1920x1080, I420; "));
-    const auto mapped = [&](Mapping mapping, bool exact) {
+    const auto mapped = [&](ToneMapping mapping, bool exact) {
         const std::string text = line("Colours:", [&](VideoStatus &v) {
             v.mapping = mapping;
             v.exact = exact;
@@ -193,12 +193,13 @@ TEST(StatusSummary, TellsWhatIsUnusualAboutAPicture)
         });
         return text.substr(text.rfind("(usual), ") + 9);
     };
-    EXPECT_EQ(mapped(Mapping::PQ, true), "mapped from PQ by BT.2390, peak 600, white 202.5 cd/m2");
-    EXPECT_EQ(mapped(Mapping::HLG, true),
+    EXPECT_EQ(mapped(ToneMapping::PQ, true),
+              "mapped from PQ by BT.2390, peak 600, white 202.5 cd/m2");
+    EXPECT_EQ(mapped(ToneMapping::HLG, true),
               "mapped from HLG by BT.2390, peak 600, white 202.5 cd/m2");
-    EXPECT_EQ(mapped(Mapping::Ignored, false),
+    EXPECT_EQ(mapped(ToneMapping::Ignored, false),
               "high dynamic range ignored, converted by GStreamer");
-    EXPECT_EQ(mapped(Mapping::None, false), "not mapped, converted by GStreamer");
+    EXPECT_EQ(mapped(ToneMapping::None, false), "not mapped, converted by GStreamer");
 }
 
 TEST(StatusSummary, TellsOfNoPictureBeforeTheFirstFrameNorOfAPhotos)
@@ -331,7 +332,7 @@ TEST(StatusNodes, HoldEverythingAboutAVideosPicture)
     video.hardware = true;
     video.interlaced = true;
     video.frame_rate = 0;
-    video.mapping = Mapping::HLG;
+    video.mapping = ToneMapping::HLG;
     video.peak = 1000;
     video.white = 203;
     const std::string json = status_as_json(status_nodes(status));
@@ -339,7 +340,7 @@ TEST(StatusNodes, HoldEverythingAboutAVideosPicture)
     EXPECT_THAT(json, HasSubstr(R"("frame_rate": null, "interlaced": true, )"));
     EXPECT_THAT(json, HasSubstr(R"("mapping": {"kind": "hlg", "by": "BT.2390", "peak": 1000, )"
                                 R"("white": 203})"));
-    video.mapping = Mapping::Ignored;
+    video.mapping = ToneMapping::Ignored;
     video.peak = video.white = 0;
     video.exact = false;
     EXPECT_THAT(status_as_json(status_nodes(status)),

@@ -9,7 +9,7 @@
 
 using platform::ColourPart;
 using platform::ColourSource;
-using platform::Mapping;
+using platform::ToneMapping;
 using platform::VideoStatus;
 using testing::HasSubstr;
 
@@ -82,7 +82,7 @@ TEST_F(VideoStatusTest, TellsDecoderAndFramesAsTheyAreStored)
     EXPECT_EQ(video.format, "I420");
     EXPECT_EQ(video.depth, 8);
     EXPECT_TRUE(video.exact);
-    EXPECT_EQ(video.mapping, Mapping::None);
+    EXPECT_EQ(video.mapping, ToneMapping::None);
 }
 
 TEST_F(VideoStatusTest, TellsOfFramesThatNeedNoDecoder)
@@ -137,18 +137,18 @@ TEST_F(VideoStatusTest, TellsHowHighDynamicRangeIsMapped)
     VideoStatus video = status_of(path("pq.mkv"));
     EXPECT_EQ(video.transfer.name, "smpte2084");
     EXPECT_EQ(video.depth, 10);
-    EXPECT_EQ(video.mapping, Mapping::PQ);
+    EXPECT_EQ(video.mapping, ToneMapping::PQ);
     EXPECT_EQ(video.peak, 600);
     EXPECT_EQ(video.white, 150);
 
     video = status_of(path("hlg.ts"));
-    EXPECT_EQ(video.mapping, Mapping::HLG);
+    EXPECT_EQ(video.mapping, ToneMapping::HLG);
     EXPECT_EQ(video.peak, 1000);
 
     video = status_of(path("other.mkv"));
     EXPECT_EQ(video.format, "Y444_10LE");
     EXPECT_FALSE(video.exact);
-    EXPECT_EQ(video.mapping, Mapping::Ignored);
+    EXPECT_EQ(video.mapping, ToneMapping::Ignored);
     EXPECT_EQ(video.peak, 0);
     EXPECT_EQ(video.white, 0);
 }
