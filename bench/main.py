@@ -45,7 +45,6 @@ def arguments():
                         help="changes of small clips that memory is followed over (default: 500)")
     parser.add_argument("--no-install", action="store_true",
                         help="do not install missing packages")
-    parser.add_argument("--build", type=Path, default=SOURCE_DIR / "build", help=argparse.SUPPRESS)
     options = parser.parse_args()
     wanted = options.rows.split(",")
     unknown = sorted(set(wanted) - set(names))
@@ -88,7 +87,7 @@ def main():
     options = arguments()
     results = Results(options.changes)
     machine = Machine(SOURCE_DIR)
-    with staged(options.build.resolve()) as stage:
+    with staged(SOURCE_DIR / "build") as stage:
         measure(stage, options, results, machine)
     print("\n".join(results.lines(options.rows)))
     full = len(options.rows) == len(ROWS) and options.rounds >= FULL_ROUNDS

@@ -21,8 +21,6 @@ void FrameOutput::set_subtitle(std::shared_ptr<SubtitleTrack> subtitle,
     const std::lock_guard<std::mutex> lock(mutex_);
     subtitle_ = std::move(subtitle);
     on_cue_ = std::move(on_cue);
-    // The first frame has mostly been painted by now, without it.
-    painted_.reset();
 }
 
 void FrameOutput::set_visible(bool visible)

@@ -194,7 +194,7 @@ void plane_sink_class_init(PlaneSinkClass *type)
     auto *element = GST_ELEMENT_CLASS(type);
     gst_element_class_add_static_pad_template(element, &sink_template);
     gst_element_class_set_static_metadata(element, "Video plane sink", "Sink/Video",
-                                          "Shows frames on the video plane under a window",
+                                          "Shows frames on the video plane of a window",
                                           "the media player");
     auto *base = GST_BASE_SINK_CLASS(type);
     base->set_caps = plane_sink_set_caps;

@@ -1,7 +1,7 @@
 /**
- * The video plane: one opaque picture of the panel's size under a window, shared by the media
- * player and the still pictures. Whatever was presented last stays until the next picture comes;
- * the plane is never blanked.
+ * The video plane: one opaque picture of the panel's size under what a window shows, shared by the
+ * media player and the still pictures. Whatever was presented last stays until the next picture
+ * comes; the plane is never blanked.
  *
  * On a Wayland window it is a subsurface with wl_shm buffers; without a window (tests) it is
  * memory only. for_window() and offscreen() are for the main-loop thread, the rest for any thread.

@@ -1,7 +1,7 @@
 /**
- * The video plane on a Wayland window: an opaque subsurface below the window's surface, with its
- * own event queue that a thread of its own serves, so that frames go on while the main loop is
- * busy.
+ * The video plane on a Wayland window: an opaque subsurface below the window's surface, or above it
+ * while that shows nothing, with its own event queue that a thread of its own serves, so that
+ * frames go on while the main loop is busy.
  *
  * create() and close() are for the main-loop thread, the rest for any thread.
  */
