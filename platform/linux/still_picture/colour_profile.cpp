@@ -24,13 +24,12 @@ constexpr double SRGB_TOLERANCE = 2;
 /** What is tried of each of the three numbers: more of the dark, where curves differ most. */
 constexpr int TRIED[] = {0, 16, 48, 112, 184, CODES - 1};
 
-// A sum of light has 21 of 64 bits, and white is this much: in the dark, where it matters most, the
+// A sum of light has 16 of 64 bits, and white is this much: in the dark, where it matters most, the
 // codes of sRGB are five such steps apart.
-constexpr int SUM_BITS = 21;
-constexpr uint64_t SUM_MASK = (1 << SUM_BITS) - 1;
+constexpr int SUM_BITS = 16;
 constexpr double WHITE = 1 << 14;
 /** How far the light may reach that tables are made for, in whites; of Adobe RGB it is 1.8. */
-constexpr double MOST_LIGHT = 16;
+constexpr double MOST_LIGHT = 3.9;
 
 constexpr int LONGEST_NAME = 128;
 
@@ -82,6 +81,11 @@ double srgb_light(double code)
 double srgb_code(double light)
 {
     return light <= 0.0031308 ? light * 12.92 : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
+}
+
+const uint8_t *bytes_of(const uint32_t &pixel)
+{
+    return reinterpret_cast<const uint8_t *>(&pixel);
 }
 
 std::string name_of(cmsHPROFILE profile)
@@ -165,8 +169,9 @@ bool ColourProfile::read(const std::vector<uint8_t> &icc)
         };
         if (all_near(SRGB_TOLERANCE, [](uint32_t pixel) { return pixel; }))
             return true;
-        if (!tabulate(to_light.get()) ||
-            !all_near(TABLE_TOLERANCE, [this](uint32_t pixel) { return looked_up(pixel); }))
+        if (!tabulate(to_light.get()) || !all_near(TABLE_TOLERANCE, [this](uint32_t pixel) {
+                return looked_up(bytes_of(pixel));
+            }))
             codes_.clear();
     }
     if (codes_.empty()) {
@@ -284,13 +289,14 @@ bool ColourProfile::tabulate(void *to_light)
     return true;
 }
 
-inline uint32_t ColourProfile::looked_up(uint32_t pixel) const
+/** @param pixel its bytes: blue, green, red */
+inline uint32_t ColourProfile::looked_up(const uint8_t *pixel) const
 {
     const uint8_t *codes = codes_.data();
-    const uint64_t sum =
-        light_[0][pixel & 0xff] + light_[1][pixel >> 8 & 0xff] + light_[2][pixel >> 16 & 0xff];
-    return static_cast<uint32_t>(codes[sum >> 2 * SUM_BITS] << 16) |
-           static_cast<uint32_t>(codes[sum >> SUM_BITS & SUM_MASK] << 8) | codes[sum & SUM_MASK];
+    const uint64_t sums = light_[0][pixel[0]] + light_[1][pixel[1]] + light_[2][pixel[2]];
+    return static_cast<uint32_t>(codes[sums >> 2 * SUM_BITS] << 16) |
+           static_cast<uint32_t>(codes[static_cast<uint16_t>(sums >> SUM_BITS)] << 8) |
+           codes[static_cast<uint16_t>(sums)];
 }
 
 void ColourProfile::convert(uint32_t *pixels, int count) const
@@ -299,7 +305,7 @@ void ColourProfile::convert(uint32_t *pixels, int count) const
         cmsDoTransform(transform_.get(), pixels, pixels, static_cast<cmsUInt32Number>(count));
     else
         std::transform(pixels, pixels + count, pixels,
-                       [this](uint32_t pixel) { return looked_up(pixel); });
+                       [this](const uint32_t &pixel) { return looked_up(bytes_of(pixel)); });
 }
 
 } // namespace platform

@@ -60,7 +60,7 @@ class ColourProfile {
                       uint32_t flags) const;
     std::vector<Sample> samples(void *to_light) const;
     bool tabulate(void *to_light);
-    uint32_t looked_up(uint32_t pixel) const;
+    uint32_t looked_up(const uint8_t *pixel) const;
 
     const Content content_;
     ProfileUse use_;

@@ -92,10 +92,10 @@ int main()
 {
     const store_test::ScratchDir folder;
     const Kind kinds[] = {
+        {"p3-1080p", PANEL, JCS_YCbCr, display_p3()},
         {"p3-12mp", CAMERA, JCS_YCbCr, display_p3()},
         {"adobe-12mp", CAMERA, JCS_YCbCr, adobe_rgb()},
         {"srgb-12mp", CAMERA, JCS_YCbCr, srgb()},
-        {"p3-1080p", PANEL, JCS_YCbCr, display_p3()},
         {"table-12mp", CAMERA, JCS_YCbCr, rgb_table()},
         {"cmyk-12mp", CAMERA, JCS_YCCK, ink()},
     };
