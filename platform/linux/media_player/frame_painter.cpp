@@ -4,6 +4,7 @@
 
 #include "colour/enlarger.h"
 #include "media_player/colour_tags.h"
+#include "media_player/mapped_frame.h"
 #include "video_plane/plane_drawing.h"
 
 namespace platform {
@@ -38,29 +39,6 @@ Proportions proportions_of(const GstVideoInfo &info, const Orientation &orientat
         std::swap(shown.width, shown.height);
     return shown;
 }
-
-/** A frame's memory, to be read. */
-class MappedFrame {
-  public:
-    MappedFrame(const GstVideoInfo &info, GstBuffer *buffer)
-        : is_mapped_(gst_video_frame_map(&frame_, &info, buffer, GST_MAP_READ))
-    {
-    }
-    ~MappedFrame()
-    {
-        if (is_mapped_)
-            gst_video_frame_unmap(&frame_);
-    }
-    MappedFrame(const MappedFrame &) = delete;
-    MappedFrame &operator=(const MappedFrame &) = delete;
-
-    explicit operator bool() const { return is_mapped_; }
-    const GstVideoFrame &operator*() const { return frame_; }
-
-  private:
-    GstVideoFrame frame_ = {};
-    bool is_mapped_;
-};
 
 std::optional<YuvFormat> yuv_format_of(const GstVideoInfo &info)
 {
@@ -156,7 +134,7 @@ bool FramePainter::paint(GstBuffer *buffer, const Orientation &stored, const Dis
     black_out_around(area, picture);
     if (area.empty())
         return true;
-    const MappedFrame frame(info_, buffer);
+    const MappedFrame frame(info_, buffer, GST_MAP_READ);
     if (!frame)
         return false;
     const Pixels target = pixels_of(picture).part(area);
