@@ -12,6 +12,7 @@
 
 #include "media_player/colour_tags.h"
 #include "media_player/display_settings.h"
+#include "media_player/field_pace.h"
 #include "media_player/frame_painter.h"
 #include "media_player/video_facts.h"
 #include "subtitles/subtitle_track.h"
@@ -43,6 +44,9 @@ class FrameOutput {
     VideoFacts &facts() { return facts_; }
 
     // Streaming thread.
+    /** How well an interlaced file's pictures keep their time, also in its next pipeline. */
+    FieldPace &field_pace() { return field_pace_; }
+
     /** What the frames of a stream are. @param info its colorimetry is taken from `colour` */
     void set_format(const std::string &stream, GstVideoInfo info, const TaggedColour &colour,
                     double peak);
@@ -95,6 +99,7 @@ class FrameOutput {
     const double sdr_white_;
     ColourTags colour_tags_;
     VideoFacts facts_;
+    FieldPace field_pace_;
     std::atomic<uint64_t> shown_{0};
     std::atomic<uint64_t> dropped_{0};
     std::atomic<uint64_t> late_{0};

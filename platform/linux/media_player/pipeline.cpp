@@ -6,6 +6,7 @@
 #include <gst/pbutils/missing-plugins.h>
 
 #include "log/platform_log.h"
+#include "media_player/deinterlacer.h"
 #include "media_player/plane_sink.h"
 
 namespace platform {
@@ -34,24 +35,15 @@ template <size_t count> bool is_one_of(const std::string &name, const char *cons
 // Messages of older seeks than this have long been handled.
 constexpr size_t REMEMBERED_SEEKS = 16;
 
-ElementPtr make_video_end(const std::shared_ptr<FrameOutput> &output)
+ElementPtr make_video_end(const std::shared_ptr<FrameOutput> &output,
+                          std::function<void()> on_fields_halved)
 {
     ElementPtr bin(GST_ELEMENT(gst_object_ref_sink(gst_bin_new("picture"))));
+    const ElementPtr first = make_deinterlacer(output->field_pace(), std::move(on_fields_halved));
     const ElementPtr sink = make_plane_sink(output);
-    gst_bin_add(GST_BIN(bin.get()), sink.get());
-    GstElement *first = sink.get();
-    // In its automatic mode it passes progressive frames on untouched. One frame out of two fields
-    // keeps the work of a 50 or 60 fields source bearable without graphics hardware.
-    const ElementPtr deinterlace = make_element("deinterlace");
-    if (deinterlace) {
-        gst_util_set_object_arg(G_OBJECT(deinterlace.get()), "mode", "auto");
-        gst_util_set_object_arg(G_OBJECT(deinterlace.get()), "fields", "top");
-        gst_util_set_object_arg(G_OBJECT(deinterlace.get()), "method", "linear");
-        gst_bin_add(GST_BIN(bin.get()), deinterlace.get());
-        gst_element_link(deinterlace.get(), sink.get());
-        first = deinterlace.get();
-    }
-    const PadPtr pad(gst_element_get_static_pad(first, "sink"));
+    gst_bin_add_many(GST_BIN(bin.get()), first.get(), sink.get(), nullptr);
+    gst_element_link(first.get(), sink.get());
+    const PadPtr pad(gst_element_get_static_pad(first.get(), "sink"));
     gst_element_add_pad(bin.get(), gst_ghost_pad_new("sink", pad.get()));
     return bin;
 }
@@ -91,7 +83,7 @@ Pipeline::Pipeline(const std::string &uri, const std::shared_ptr<FrameOutput> &o
 {
     if (!playbin_)
         return;
-    const ElementPtr video = make_video_end(output);
+    const ElementPtr video = make_video_end(output, events_.fields_halved);
     // Without a sink of ours playbin would open a device of its choice, sound or no sound.
     const bool with_sound = static_cast<bool>(make_audio_sink);
     const ElementPtr audio = with_sound ? make_audio_sink() : make_element("fakesink");

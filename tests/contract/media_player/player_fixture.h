@@ -90,6 +90,7 @@ class PlayerTest : public testing::Test {
     std::shared_ptr<platform::Player> player_;
     std::atomic<std::thread::id> callback_thread_{};
     std::function<void(const std::string &)> on_event_; ///< called inside each callback
+    std::function<void(const Picture &)> on_picture_;   ///< sees each picture as it is shown
     int plane_width_ = 320;
     int plane_height_ = 180;
 

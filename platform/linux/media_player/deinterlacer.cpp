@@ -1,0 +1,376 @@
+#include "media_player/deinterlacer.h"
+
+#include <array>
+
+#include "base/bands.h"
+#include "colour/field_picture.h"
+#include "media_player/mapped_frame.h"
+
+namespace platform {
+namespace {
+
+/** Samples of a plane for which waking another thread is worth it. */
+constexpr int64_t WORTH_A_BAND = int64_t{1280} * 720;
+
+/** A film whose frames are further apart has a gap in it. */
+constexpr GstClockTime LONGEST_FRAME = 200 * GST_MSECOND;
+
+/** Bytes of a sample, where rows are made of nothing but samples; 0 where they are not. */
+int sample_bytes(const GstVideoInfo &info)
+{
+    const GstVideoFormatInfo *format = info.finfo;
+    const auto other = static_cast<GstVideoFormatFlags>(GST_VIDEO_FORMAT_FLAG_COMPLEX |
+                                                        GST_VIDEO_FORMAT_FLAG_TILED |
+                                                        GST_VIDEO_FORMAT_FLAG_PALETTE);
+    if (format->flags & other)
+        return 0;
+    const guint depth = format->depth[0] + format->shift[0];
+    for (guint part = 0; part < format->n_components; ++part)
+        if (format->depth[part] + format->shift[part] != depth)
+            return 0;
+    if (depth == 8)
+        return 1;
+    return depth <= 16 && (format->flags & GST_VIDEO_FORMAT_FLAG_LE) ? 2 : 0;
+}
+
+class Deinterlacer {
+  public:
+    Deinterlacer(GstPad *out, FieldPace &pace, std::function<void()> on_halved)
+        : out_(out), pace_(pace), on_halved_(std::move(on_halved))
+    {
+    }
+
+    ~Deinterlacer() { set_pool(nullptr); }
+    Deinterlacer(const Deinterlacer &) = delete;
+    Deinterlacer &operator=(const Deinterlacer &) = delete;
+
+    /** @return what follows of them for the pictures; null: they cannot be understood */
+    CapsPtr set_caps(GstCaps *caps);
+    void set_rate(double rate) { rate_ = rate; }
+    GstFlowReturn take(BufferPtr frame);
+
+    /** Shows the frame that waits for the one after it. */
+    GstFlowReturn finish();
+
+    void forget();
+
+    /** @param late of a picture that the sink had in hand */
+    void on_lateness(GstClockTimeDiff late);
+
+  private:
+    void set_pool(PoolPtr pool);
+    bool is_interlaced(GstBuffer *frame) const;
+    GstFlowReturn show(GstBuffer *before, GstBuffer *after);
+    GstClockTime length_of_frame(GstBuffer *after) const;
+    BufferPtr picture_of(GstBuffer *before, GstBuffer *after, const Field &field);
+    void fill(const std::array<const MappedFrame *, 3> &frames, const Field &field,
+              const MappedFrame &picture);
+
+    GstPad *const out_;
+    FieldPace &pace_;
+    const std::function<void()> on_halved_;
+    GstVideoInfo info_ = {};
+    int sample_bytes_ = 0; ///< 0: there are no fields to be shown
+    GstVideoInfo picture_info_ = {};
+    PoolPtr pool_;
+    Bands bands_;
+    double rate_ = 1.0;
+    bool both_fields_ = false; ///< of the frame shown last
+    BufferPtr before_;         ///< the one before, where that belongs to the same scene
+    BufferPtr frame_;          ///< the newest
+};
+
+void Deinterlacer::set_pool(PoolPtr pool)
+{
+    if (pool_)
+        gst_buffer_pool_set_active(pool_.get(), FALSE);
+    pool_ = std::move(pool);
+}
+
+CapsPtr Deinterlacer::set_caps(GstCaps *caps)
+{
+    sample_bytes_ = 0;
+    set_pool(nullptr);
+    if (!gst_video_info_from_caps(&info_, caps))
+        return nullptr;
+    const GstVideoInterlaceMode mode = GST_VIDEO_INFO_INTERLACE_MODE(&info_);
+    CapsPtr pictures(gst_caps_ref(caps));
+    if (mode != GST_VIDEO_INTERLACE_MODE_INTERLEAVED && mode != GST_VIDEO_INTERLACE_MODE_MIXED)
+        return pictures;
+    sample_bytes_ = sample_bytes(info_);
+    if (sample_bytes_ == 0)
+        return pictures;
+    pictures.reset(gst_caps_copy(caps));
+    gst_caps_set_simple(pictures.get(), "interlace-mode", G_TYPE_STRING, "progressive", nullptr);
+    gst_structure_remove_field(gst_caps_get_structure(pictures.get(), 0), "field-order");
+    if (!gst_video_info_from_caps(&picture_info_, pictures.get()))
+        return nullptr;
+    set_pool(PoolPtr(GST_BUFFER_POOL(gst_object_ref_sink(gst_video_buffer_pool_new()))));
+    GstStructure *config = gst_buffer_pool_get_config(pool_.get());
+    gst_buffer_pool_config_set_params(
+        config, pictures.get(), static_cast<guint>(GST_VIDEO_INFO_SIZE(&picture_info_)), 0, 0);
+    if (!gst_buffer_pool_set_config(pool_.get(), config) ||
+        !gst_buffer_pool_set_active(pool_.get(), TRUE))
+        return nullptr;
+    return pictures;
+}
+
+bool Deinterlacer::is_interlaced(GstBuffer *frame) const
+{
+    return sample_bytes_ != 0 &&
+           (GST_VIDEO_INFO_INTERLACE_MODE(&info_) == GST_VIDEO_INTERLACE_MODE_INTERLEAVED ||
+            GST_BUFFER_FLAG_IS_SET(frame, GST_VIDEO_BUFFER_FLAG_INTERLACED));
+}
+
+GstFlowReturn Deinterlacer::take(BufferPtr frame)
+{
+    if (!is_interlaced(frame.get())) {
+        const GstFlowReturn result = finish();
+        return result == GST_FLOW_OK ? gst_pad_push(out_, frame.release()) : result;
+    }
+    GstFlowReturn result = GST_FLOW_OK;
+    if (GST_BUFFER_FLAG_IS_SET(frame.get(), GST_BUFFER_FLAG_DISCONT))
+        result = finish();
+    else if (frame_)
+        result = show(before_.get(), frame.get());
+    before_ = std::move(frame_);
+    frame_ = std::move(frame);
+    return result;
+}
+
+GstFlowReturn Deinterlacer::finish()
+{
+    const GstFlowReturn result = frame_ ? show(before_.get(), nullptr) : GST_FLOW_OK;
+    forget();
+    return result;
+}
+
+void Deinterlacer::forget()
+{
+    before_.reset();
+    frame_.reset();
+}
+
+void Deinterlacer::on_lateness(GstClockTimeDiff late)
+{
+    if (both_fields_ && pace_.on_picture(std::chrono::nanoseconds(late)))
+        on_halved_();
+}
+
+// Readers round durations, and some tell those of fields: the times of frames are more exact.
+GstClockTime Deinterlacer::length_of_frame(GstBuffer *after) const
+{
+    const GstClockTime time = GST_BUFFER_PTS(frame_.get());
+    if (after && GST_BUFFER_PTS_IS_VALID(after) && GST_BUFFER_PTS(after) > time &&
+        GST_BUFFER_PTS(after) - time < LONGEST_FRAME)
+        return GST_BUFFER_PTS(after) - time;
+    if (GST_BUFFER_DURATION_IS_VALID(frame_.get()))
+        return GST_BUFFER_DURATION(frame_.get());
+    if (GST_VIDEO_INFO_FPS_N(&info_) > 0)
+        return gst_util_uint64_scale_int(GST_SECOND, GST_VIDEO_INFO_FPS_D(&info_),
+                                         GST_VIDEO_INFO_FPS_N(&info_));
+    return GST_CLOCK_TIME_NONE;
+}
+
+GstFlowReturn Deinterlacer::show(GstBuffer *before, GstBuffer *after)
+{
+    if (rate_ < 0)
+        std::swap(before, after);
+    const bool bottom_first =
+        GST_VIDEO_INFO_FIELD_ORDER(&info_) != GST_VIDEO_FIELD_ORDER_TOP_FIELD_FIRST &&
+        !GST_BUFFER_FLAG_IS_SET(frame_.get(), GST_VIDEO_BUFFER_FLAG_TFF);
+    const GstClockTime time = GST_BUFFER_PTS(frame_.get());
+    const GstClockTime length = length_of_frame(after);
+    both_fields_ = rate_ == 1.0 && !pace_.is_halved() && GST_CLOCK_TIME_IS_VALID(time) &&
+                   GST_CLOCK_TIME_IS_VALID(length);
+
+    BufferPtr picture = picture_of(before, after, {true, bottom_first});
+    if (!picture)
+        return GST_FLOW_ERROR;
+    if (!both_fields_)
+        return gst_pad_push(out_, picture.release());
+    GST_BUFFER_DURATION(picture.get()) = length / 2;
+    const GstFlowReturn result = gst_pad_push(out_, picture.release());
+    if (result != GST_FLOW_OK)
+        return result;
+    picture = picture_of(before, after, {false, !bottom_first});
+    if (!picture)
+        return GST_FLOW_ERROR;
+    GST_BUFFER_PTS(picture.get()) = time + length / 2;
+    GST_BUFFER_DURATION(picture.get()) = length - length / 2;
+    return gst_pad_push(out_, picture.release());
+}
+
+BufferPtr Deinterlacer::picture_of(GstBuffer *before, GstBuffer *after, const Field &field)
+{
+    GstBuffer *buffer = nullptr;
+    if (gst_buffer_pool_acquire_buffer(pool_.get(), &buffer, nullptr) != GST_FLOW_OK)
+        return nullptr;
+    BufferPtr picture(buffer);
+    gst_buffer_copy_into(buffer, frame_.get(), GST_BUFFER_COPY_TIMESTAMPS, 0, -1);
+    const MappedFrame own(info_, frame_.get(), GST_MAP_READ);
+    const MappedFrame earlier(info_, before ? before : frame_.get(), GST_MAP_READ);
+    const MappedFrame later(info_, after ? after : frame_.get(), GST_MAP_READ);
+    const MappedFrame written(picture_info_, buffer, GST_MAP_WRITE);
+    if (!own || !earlier || !later || !written)
+        return nullptr;
+    fill({&earlier, &own, &later}, field, written);
+    return picture;
+}
+
+void Deinterlacer::fill(const std::array<const MappedFrame *, 3> &frames, const Field &field,
+                        const MappedFrame &picture)
+{
+    const GstVideoFormatInfo *format = info_.finfo;
+    for (guint plane = 0; plane < GST_VIDEO_INFO_N_PLANES(&info_); ++plane) {
+        gint parts[GST_VIDEO_MAX_COMPONENTS];
+        gst_video_format_info_component(format, plane, parts);
+        const auto part = static_cast<guint>(parts[0]);
+        WovenPlanes planes = {};
+        planes.before = frames[0]->plane(plane);
+        planes.frame = frames[1]->plane(plane);
+        planes.after = frames[2]->plane(plane);
+        for (int i = 0; i < 3; ++i)
+            planes.strides[i] = frames[i]->stride(plane);
+        planes.sample_bytes = sample_bytes_;
+        planes.samples = GST_VIDEO_INFO_COMP_WIDTH(&info_, part) *
+                         GST_VIDEO_INFO_COMP_PSTRIDE(&info_, part) / sample_bytes_;
+        planes.rows = GST_VIDEO_INFO_COMP_HEIGHT(&info_, part);
+        planes.largest = (1 << (format->depth[part] + format->shift[part])) - 1;
+        const int64_t samples = int64_t{planes.samples} * planes.rows;
+        bands_.run(planes.rows, static_cast<int>(1 + samples / WORTH_A_BAND),
+                   [&](int first, int count) {
+                       fill_field(planes, field, first, count, picture.plane(plane),
+                                  picture.stride(plane));
+                   });
+    }
+}
+
+struct DeinterlacerElement {
+    GstElement base;
+    GstPad *in;
+    GstPad *out;
+    Deinterlacer *work; ///< ours; GObject memory knows no constructors
+};
+
+struct DeinterlacerElementClass {
+    GstElementClass base;
+};
+
+GType deinterlacer_element_get_type();
+
+G_DEFINE_TYPE(DeinterlacerElement, deinterlacer_element, GST_TYPE_ELEMENT)
+
+GstStaticPadTemplate sink_template =
+    GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS,
+                            GST_STATIC_CAPS(GST_VIDEO_CAPS_MAKE(GST_VIDEO_FORMATS_ALL)));
+GstStaticPadTemplate src_template =
+    GST_STATIC_PAD_TEMPLATE("src", GST_PAD_SRC, GST_PAD_ALWAYS,
+                            GST_STATIC_CAPS(GST_VIDEO_CAPS_MAKE(GST_VIDEO_FORMATS_ALL)));
+
+Deinterlacer &work_of(GstObject *element)
+{
+    return *reinterpret_cast<DeinterlacerElement *>(element)->work;
+}
+
+GstFlowReturn on_frame(GstPad *, GstObject *element, GstBuffer *frame)
+{
+    return work_of(element).take(BufferPtr(frame));
+}
+
+gboolean on_event(GstPad *pad, GstObject *element, GstEvent *event)
+{
+    Deinterlacer &work = work_of(element);
+    switch (GST_EVENT_TYPE(event)) {
+    case GST_EVENT_CAPS: {
+        work.finish();
+        GstCaps *caps = nullptr;
+        gst_event_parse_caps(event, &caps);
+        const CapsPtr pictures = work.set_caps(caps);
+        gst_event_unref(event);
+        return pictures && gst_pad_push_event(reinterpret_cast<DeinterlacerElement *>(element)->out,
+                                              gst_event_new_caps(pictures.get()));
+    }
+    case GST_EVENT_SEGMENT: {
+        work.finish();
+        const GstSegment *segment = nullptr;
+        gst_event_parse_segment(event, &segment);
+        work.set_rate(segment->rate);
+        break;
+    }
+    case GST_EVENT_FLUSH_STOP:
+        work.forget();
+        break;
+    case GST_EVENT_EOS:
+    case GST_EVENT_SEGMENT_DONE:
+    case GST_EVENT_GAP:
+        work.finish();
+        break;
+    default:
+        break;
+    }
+    return gst_pad_event_default(pad, element, event);
+}
+
+gboolean on_event_from_sink(GstPad *pad, GstObject *element, GstEvent *event)
+{
+    if (GST_EVENT_TYPE(event) == GST_EVENT_QOS) {
+        GstClockTimeDiff late = 0;
+        gst_event_parse_qos(event, nullptr, nullptr, &late, nullptr);
+        work_of(element).on_lateness(late);
+    }
+    return gst_pad_event_default(pad, element, event);
+}
+
+GstStateChangeReturn change_state(GstElement *element, GstStateChange change)
+{
+    const GstStateChangeReturn result =
+        GST_ELEMENT_CLASS(deinterlacer_element_parent_class)->change_state(element, change);
+    if (change == GST_STATE_CHANGE_PAUSED_TO_READY)
+        work_of(GST_OBJECT(element)).forget();
+    return result;
+}
+
+void finalize(GObject *object)
+{
+    delete reinterpret_cast<DeinterlacerElement *>(object)->work;
+    G_OBJECT_CLASS(deinterlacer_element_parent_class)->finalize(object);
+}
+
+void deinterlacer_element_class_init(DeinterlacerElementClass *type)
+{
+    auto *element = GST_ELEMENT_CLASS(type);
+    gst_element_class_add_static_pad_template(element, &sink_template);
+    gst_element_class_add_static_pad_template(element, &src_template);
+    gst_element_class_set_static_metadata(element, "Deinterlacer", "Filter/Effect/Video",
+                                          "Makes a picture of each field", "the media player");
+    element->change_state = change_state;
+    G_OBJECT_CLASS(type)->finalize = finalize;
+}
+
+// What it knows nothing of goes through: caps in both directions, and the pool that the sink
+// offers.
+void deinterlacer_element_init(DeinterlacerElement *self)
+{
+    self->in = gst_pad_new_from_static_template(&sink_template, "sink");
+    gst_pad_set_chain_function(self->in, on_frame);
+    gst_pad_set_event_function(self->in, on_event);
+    GST_PAD_SET_PROXY_CAPS(self->in);
+    GST_PAD_SET_PROXY_ALLOCATION(self->in);
+    gst_element_add_pad(&self->base, self->in);
+    self->out = gst_pad_new_from_static_template(&src_template, "src");
+    gst_pad_set_event_function(self->out, on_event_from_sink);
+    gst_element_add_pad(&self->base, self->out);
+}
+
+} // namespace
+
+ElementPtr make_deinterlacer(FieldPace &pace, std::function<void()> on_halved)
+{
+    auto *element = reinterpret_cast<DeinterlacerElement *>(
+        gst_object_ref_sink(g_object_new(deinterlacer_element_get_type(), nullptr)));
+    element->work = new Deinterlacer(element->out, pace, std::move(on_halved));
+    return ElementPtr(&element->base);
+}
+
+} // namespace platform
