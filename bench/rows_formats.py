@@ -1,14 +1,18 @@
-"""Rows about films of other kinds than the usual: ten bits, four times the size, high dynamic range."""
+"""Rows about films of other kinds than the usual: ten bits, four times the size, high dynamic range,
+interlaced ones."""
 
 import subprocess
 import time
 
-from stage import FRAMES_PER_SECOND, UHD
+from stage import FRAMES_PER_SECOND, FULL_HD, UHD
 from table import Figure, at_least_mpv, at_most, at_most_mpv, row
 
 WARM_UP_SECONDS = 2
 WINDOW_SECONDS = 6
 FILM_SECONDS = 4
+
+SD = (720, 576)
+FIELDS_PER_SECOND = 50
 
 # What a frame's conversion is called by conversion-times, and whether what it is compared with does
 # the same: no converter but this one maps light.
@@ -67,10 +71,12 @@ def conversion(stage, who, results):
 
 
 FILMS = (
-    ("ten-bit", "HEVC of 10 bits at 1080p30", (1920, 1080), "hevc10"),
+    ("ten-bit", "HEVC of 10 bits at 1080p30", FULL_HD, "hevc10"),
     ("uhd", "H.264 at 2160p30", UHD, "h264"),
     ("uhd-ten-bit", "HEVC of 10 bits at 2160p30", UHD, "hevc10"),
     ("uhd-hdr", "HDR10 at 2160p30", UHD, "hdr10"),
+    ("laced-sd", "MPEG-2 at 576i50", SD, "mpeg2-laced"),
+    ("laced-hd", "H.264 at 1080i50", FULL_HD, "h264-laced"),
 )
 
 
@@ -82,10 +88,12 @@ FILMS = (
      beside_mpv=True)
 def formats(stage, who, results):
     for name, _, size, kind in FILMS:
+        laced = kind in LACED
         folder = stage.folder(f"film-{name}",
                               lambda made: make_film(made / "film.mkv", size, kind))
         # Pictures that are left out cost nothing, hence the time of one that is presented.
-        with stage.run(who, folder, loop_file=True, traced=True) as (run, _):
+        with stage.run(who, folder, loop_file=True, traced=True,
+                       mpv_options=["--deinterlace=yes"] if laced else []) as (run, _):
             run.wait_picture()
             run.watch(WARM_UP_SECONDS)
             began, ticks_before = time.time(), sum(run.ticks())
@@ -94,6 +102,14 @@ def formats(stage, who, results):
             pictures = run.trace().pictures_between(began, ended)
         results.note(name, who, (ticks - ticks_before) * 10 / max(1, pictures))
         results.note(f"{name}-rate", who, pictures / (ended - began))
+
+
+# What a broadcaster's coder is told beside the usual.
+LACED = {
+    "mpeg2-laced": ["-c:v", "mpeg2video", "-flags", "+ilme+ildct", "-bf", "2", "-g", "12"],
+    "h264-laced": ["-c:v", "libx264", "-preset", "ultrafast", "-flags", "+ilme+ildct",
+                   "-x264-params", "tff=1"],
+}
 
 
 def make_film(path, size, kind):
@@ -105,9 +121,12 @@ def make_film(path, size, kind):
         "hdr10": ["-pix_fmt", "yuv420p10le", "-c:v", "libx265", "-preset", "ultrafast",
                   "-color_primaries", "bt2020", "-color_trc", "smpte2084", "-colorspace", "bt2020nc",
                   "-x265-params", "log-level=error:max-cll=1000,400"],
+        **{kind: ["-vf", "interlace=scan=tff:lowpass=off", "-pix_fmt", "yuv420p", *options]
+           for kind, options in LACED.items()},
     }[kind]
+    pictures = FIELDS_PER_SECOND if kind in LACED else FRAMES_PER_SECOND
     rate = "12M" if size == UHD else "6M"
     subprocess.run(
         ["ffmpeg", "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
-         f"testsrc2=size={size[0]}x{size[1]}:rate={FRAMES_PER_SECOND}", "-t", str(FILM_SECONDS),
+         f"testsrc2=size={size[0]}x{size[1]}:rate={pictures}", "-t", str(FILM_SECONDS),
          *coder, "-b:v", rate, str(path)], check=True)

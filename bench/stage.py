@@ -140,7 +140,7 @@ class Stage:
 
     @contextlib.contextmanager
     def run(self, who, content, *, size=FULL_HD, loop_file=False, traced=False,
-            log_level="info", panel=None):
+            log_level="info", panel=None, mpv_options=()):
         """Plays the folder with the player or with mpv, on a panel as tv.conf has it. Yields the run
         and the screen; at the end the program is ended, if the block has not done so."""
         tv = self._set(size)
@@ -150,7 +150,7 @@ class Stage:
         if who == PLAYER:
             process = tv.start(folder=content, OSTREL_DEMO_LOG_LEVEL=log_level, **environment)
         else:
-            process = start_mpv(tv, content, loop_file, environment)
+            process = start_mpv(tv, content, loop_file, environment, mpv_options)
         run = Run(process, tv.screen.compositor.pid, started)
         try:
             yield run, tv.screen
@@ -184,13 +184,13 @@ class Stage:
         return path
 
 
-def start_mpv(tv, content, loop_file, environment):
+def start_mpv(tv, content, loop_file, environment, options):
     """mpv in place of the player: the same folder, over and over, decoded by software and given to
     the compositor through shared memory, as the player does."""
     command = ["mpv", "--no-config", "--vo=wlshm", "--ao=null", "--fs", "--hwdec=no", "--no-osc",
                "--osd-level=0", "--quiet", "--prefetch-playlist=yes",
                # Its window must not be larger than the screen, even for a moment.
-               "--autofit-larger=100%x100%",
+               "--autofit-larger=100%x100%", *options,
                "--loop-file=inf" if loop_file else "--loop-playlist=inf", *sorted(content.iterdir())]
     process = subprocess.Popen([*UNTIL_WE_END, *command], stdin=subprocess.DEVNULL,
                                stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
