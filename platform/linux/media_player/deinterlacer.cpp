@@ -239,7 +239,7 @@ void Deinterlacer::fill(const std::array<const MappedFrame *, 3> &frames, const 
         planes.largest = (1 << (format->depth[part] + format->shift[part])) - 1;
         const int64_t samples = int64_t{planes.samples} * planes.rows;
         bands_.run(planes.rows, static_cast<int>(1 + samples / WORTH_A_BAND),
-                   [&](int first, int count) {
+                   [&](int, int first, int count) {
                        fill_field(planes, field, first, count, picture.plane(plane),
                                   picture.stride(plane));
                    });
