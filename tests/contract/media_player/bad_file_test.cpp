@@ -136,7 +136,7 @@ TEST_F(BadFile, SoundWithoutADecoderIsToldAndThePicturePlays)
     ASSERT_TRUE(wait_for_event("completed"));
 
     EXPECT_THAT(events(), ElementsAre("error -26476496", "prepared", "completed"));
-    EXPECT_GE(shown(), 50u);
+    EXPECT_GT(shown(), 10u);
 }
 
 TEST_F(BadFile, AFileThatBreaksAfterItsFirstFrameIsCompleted)

@@ -88,7 +88,7 @@ TEST_F(Playing, APausedFileHoldsItsPictureAndGoesOn)
     ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
 
     EXPECT_TRUE(wait_for_event("completed"));
-    EXPECT_GT(shown(), held + 20);
+    EXPECT_GT(shown(), held + 5);
 }
 
 TEST_F(Playing, ALoopingFileGoesRoundWithoutCompleting)
