@@ -1,7 +1,7 @@
 // A small application on the framework. It writes what happens to it to its standard output, one
 // line each, and does what lines on its standard input say:
 //   quit | quit-from-a-thread | hide | delete | close | sync | turn DEGREES | press KEY | panel-key
-//   | language | keyboard (answered as soon as the window has it) | mark X (moves the square)
+//   | language | keyboard (answered as soon as the window has it)
 // Environment: TEST_CREATE_FAILS, TEST_QUIT_IN_CREATE, TEST_QUIT_IN_CONTROL; TEST_POWER_OFF_ONLY
 // subscribes to no other power event; TEST_SLOW_CREATE and TEST_SLOW_TERMINATE wait for a line on
 // the standard input.
@@ -31,7 +31,6 @@
 namespace {
 
 Evas_Object *window = nullptr;
-Evas_Object *mark = nullptr;
 bool has_keyboard = false;
 bool keyboard_asked_for = false;
 
@@ -145,7 +144,7 @@ void make_window()
     elm_win_autodel_set(window, EINA_TRUE);
     elm_policy_set(ELM_POLICY_QUIT, ELM_POLICY_QUIT_LAST_WINDOW_CLOSED);
 
-    mark = evas_object_rectangle_add(evas_object_evas_get(window));
+    Evas_Object *mark = evas_object_rectangle_add(evas_object_evas_get(window));
     evas_object_color_set(mark, 255, 0, 0, 255);
     evas_object_geometry_set(mark, 20, 10, 100, 60);
     evas_object_show(mark);
@@ -246,8 +245,6 @@ void obey(const std::string &command)
         platform::Application::get().announce_language_change();
     } else if (command.compare(0, 5, "turn ") == 0) {
         platform::PanelModel::get().turn_to(std::atoi(command.c_str() + 5));
-    } else if (command.compare(0, 5, "mark ") == 0) {
-        evas_object_move(mark, std::atoi(command.c_str() + 5), 10);
     } else if (command.compare(0, 6, "press ") == 0) {
         platform::inject_key(command.substr(6));
     }

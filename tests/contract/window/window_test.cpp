@@ -160,26 +160,6 @@ TEST_F(WindowTest, TellsItsVisibilityAfterTheFirstFrameAndOnceOnly)
     EXPECT_THAT(lines, Not(Contains("visibility 0")));
 }
 
-// Over a film each pixel that is given over costs the compositor time, and the application before
-// it.
-TEST_F(WindowTest, GivesTheCompositorNoMoreThanWhatChanged)
-{
-    auto app = start_and_show({{"WAYLAND_DEBUG", "1"}});
-    // Each of its buffers is filled as a whole the first time.
-    for (const int x : {400, 20, 400, 20}) {
-        app->say("mark " + std::to_string(x));
-        EXPECT_TRUE(wait_until([x] { return Screen::get().colour(x + 50, 40) == RED; }));
-        EXPECT_TRUE(wait_until([x] { return Screen::get().colour(470 - x, 40) == BLACK; }));
-    }
-    EXPECT_EQ(quit(*app), 0);
-    const std::regex whole("wl_surface@(\\d+)\\.damage_buffer\\(0, 0, 640, 400\\)");
-    std::smatch first;
-    ASSERT_TRUE(std::regex_search(app->errors(), first, whole)) << app->errors();
-    const std::string damage = "wl_surface@" + first[1].str() + ".damage_buffer(";
-    const size_t last = app->errors().rfind(damage);
-    EXPECT_NE(app->errors().substr(last + damage.size(), 8), "0, 0, 64") << app->errors();
-}
-
 TEST_F(WindowTest, SaysOnceThatThisCompositorCannotBeAskedToKeepTheScreenOn)
 {
     auto app = start_and_show();
