@@ -82,6 +82,8 @@ class PlayerTest : public testing::Test {
     int count(const std::string &event) const;
 
     uint64_t shown() const { return plane_->statistics().presented; }
+    /** Pictures whose time has come: a busy machine leaves some out. */
+    uint64_t due() const { return shown() + plane_->statistics().dropped; }
     int64_t position() const { return player_->status().position_ms; }
     Picture picture() const;
 

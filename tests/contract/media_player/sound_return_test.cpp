@@ -92,15 +92,16 @@ TEST_F(SoundReturn, ASoundServerThatHangsHoldsNoRoundUp)
     platform::PlayerOptions options = sound_options();
     there_is_sound_ = false;
     std::promise<void> answer;
-    std::atomic<int> questions{0};
-    options.find_sound = [&questions, answered = answer.get_future().share()] {
-        if (questions++ > 0) // the first one is asked before the film
+    // Who searches may outlive the test.
+    const auto questions = std::make_shared<std::atomic<int>>(0);
+    options.find_sound = [questions, answered = answer.get_future().share()] {
+        if ((*questions)++ > 0) // the first one is asked before the film
             answered.wait();
         return false;
     };
     make_player(options);
     ASSERT_TRUE(playing_in_a_loop(clip("a.mp4")));
-    ASSERT_TRUE(wait_for([&] { return questions > 1; }));
+    ASSERT_TRUE(wait_for([&] { return *questions > 1; }));
 
     EXPECT_TRUE(goes_round());
     EXPECT_TRUE(goes_round());
