@@ -19,9 +19,9 @@ namespace platform {
 namespace {
 
 // What nearly every video needs.
-const char *const COMMON_ELEMENTS[] = {"playbin",    "uridecodebin", "decodebin",   "filesrc",
-                                       "multiqueue", "typefind",     "qtdemux",     "h264parse",
-                                       "volume",     "audioconvert", "deinterlace", "fakesink"};
+const char *const COMMON_ELEMENTS[] = {"playbin",    "uridecodebin", "decodebin", "filesrc",
+                                       "multiqueue", "typefind",     "qtdemux",   "h264parse",
+                                       "volume",     "audioconvert", "fakesink"};
 const char *const COMMON_DECODERS[] = {"avdec_h264", "avdec_aac"};
 
 // The end of the program is not to be felt.
