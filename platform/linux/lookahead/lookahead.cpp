@@ -85,10 +85,7 @@ void Lookahead::on_end_expected(const std::string &path, std::chrono::millisecon
 
 void Lookahead::drop()
 {
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        nearly_over_ = false;
-    }
+    forget_approach();
     post([this] {
         forget_end();
         drop_unless({});
@@ -121,6 +118,7 @@ void Lookahead::act_on_deadline()
         open_after(expected_);
     }
     if (giving_up_ && now >= *giving_up_) {
+        forget_approach();
         forget_end();
         drop_unless({});
     }
@@ -136,6 +134,13 @@ void Lookahead::expect_end(const std::string &path, Time end)
     opening_ = end - environment_.lead;
     giving_up_ = end + environment_.lead;
     act_on_deadline(); // the end may be near already
+}
+
+/** What is begun next does not follow the present item's end. */
+void Lookahead::forget_approach()
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    nearly_over_ = false;
 }
 
 void Lookahead::forget_end()

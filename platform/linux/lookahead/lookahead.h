@@ -85,6 +85,7 @@ class Lookahead {
     void open_after(const std::string &path);
     bool is_latest(const std::string &path);
     void drop_unless(const std::string &path);
+    void forget_approach();
     void forget_end();
     Opener opener_of(const std::string &path);
 

@@ -543,15 +543,11 @@ void Player::on_stale(Playback &from)
 
 void Player::on_nearly_over(const Playback &from)
 {
-    std::string uri;
-    {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        if (current_.get() != &from)
-            return;
-        uri = uri_;
-    }
-    if (options_->lookahead)
-        options_->lookahead->on_nearly_over(uri);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    // It may have been held or sped up meanwhile.
+    if (options_->lookahead && current_.get() == &from && state_ == PLAYER_STATE_PLAYING &&
+        rate_ == 1.0)
+        options_->lookahead->on_nearly_over(uri_);
 }
 
 PlayerStatus current_player_status()

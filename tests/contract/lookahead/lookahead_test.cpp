@@ -323,6 +323,19 @@ TEST_F(LookaheadTest, ItIsLetGoOfWhereTheItemStaysPastItsEnd)
     EXPECT_THAT(calls_with("drop video"), ElementsAre("video /b.mp4 ", "drop video"));
 }
 
+TEST_F(LookaheadTest, WhatBreaksInOnAPhotoThatIsHeldIsNotExpectedTheNextTime)
+{
+    begin("/a.jpg");
+    lookahead_.on_end_expected("/a.jpg", MOMENT);
+    ASSERT_THAT(calls_with("drop video"), ElementsAre("video /b.mp4 ", "drop video"));
+    begin("/c.mp4");
+    begin("/a.jpg");
+
+    lookahead_.on_nearly_over("/a.jpg");
+
+    EXPECT_THAT(calls(), ElementsAre("video /b.mp4 "));
+}
+
 TEST_F(LookaheadTest, AnEndThatIsKnownIsNotPutOff)
 {
     begin("/a.jpg");
