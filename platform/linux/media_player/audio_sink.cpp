@@ -64,7 +64,9 @@ bool opens_twice(const std::string &factory)
 
 AudioChoice &audio_choice()
 {
-    static AudioChoice choice({wanted_sink, opens, opens_twice, std::chrono::steady_clock::now});
+    // Never destroyed: a search may hang in a sound server past the end of the process.
+    static auto &choice =
+        *new AudioChoice({wanted_sink, opens, opens_twice, std::chrono::steady_clock::now});
     return choice;
 }
 

@@ -95,9 +95,11 @@ bool Playback::sound_is_back()
 {
     if (break_.broken() || trick_->rate() != 1.0)
         return false;
+    if (sound_.found_device())
+        return true;
     if (sound_.try_is_due(pipeline_->has_sound(), Clock::now()))
         search_sound();
-    return sound_.found_device();
+    return false;
 }
 
 // A sound server that hangs takes seconds to answer, and the next round would come late.

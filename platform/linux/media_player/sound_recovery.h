@@ -39,7 +39,7 @@ class SoundRecovery {
     bool try_is_due(bool has_track, Time now);
 
     /** A search that try_is_due() asked for is over. */
-    void on_search_over(bool found) { found_ = found; }
+    void on_search_over(bool found) { found_ = found && without_device_; }
 
     /** Whether the last search found a device for the file to be opened anew with. */
     bool found_device() const { return found_; }

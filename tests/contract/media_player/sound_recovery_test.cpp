@@ -69,6 +69,9 @@ TEST_F(SoundRecoveryTest, WhatASearchFoundStandsUntilThePipelineIsMadeAnew)
     find_device();
     EXPECT_FALSE(sound_.found_device());
     EXPECT_FALSE(sound_.lost_device());
+
+    sound_.on_search_over(true);
+    EXPECT_FALSE(sound_.found_device()) << "it has its sound already";
 }
 
 TEST_F(SoundRecoveryTest, ADeviceThatIsFoundEndsTheSilence)
