@@ -139,7 +139,7 @@ ColourConverter::ColourConverter(const ColourSpace &space, int depth, double whi
 const rows::Version &ColourConverter::best_version()
 {
 #if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"))
+    if (rows::has_avx2())
         return rows::AVX2;
 #endif
     return rows::BASE;

@@ -2,12 +2,19 @@
 
 #include <cstring>
 
+#include "colour/rows.h"
+
 namespace platform {
 namespace {
 
-// Of 8 bits. What coding leaves in a picture that stands still is less; two rows that differ by it
-// show no comb.
+// Of 8 bits, how far the mean of two fields may be from each of them: they differ by twice as much.
+// What coding leaves in a picture that stands still is less, and a row that is off by it shows no
+// comb.
 constexpr int NOISE = 6;
+
+// Nothing tells that a frame stands still which is all there is: its fields may differ in time, or
+// in what they show.
+constexpr int NEVER_STILL = -1;
 
 /** A row of a frame or, beyond an edge, the nearest one of the same field. */
 const uint8_t *row_of(const WovenPlanes &planes, const uint8_t *frame, ptrdiff_t stride, int row)
@@ -26,7 +33,7 @@ const uint8_t *row_of(const WovenPlanes &planes, const uint8_t *frame, ptrdiff_t
 const field_rows::FieldVersion &best_field_rows()
 {
 #if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma"))
+    if (rows::has_avx2())
         return field_rows::AVX2;
 #endif
     return field_rows::BASE;
@@ -36,7 +43,9 @@ void fill_field(const WovenPlanes &planes, const Field &field, int first, int co
                 ptrdiff_t stride, const field_rows::FieldVersion &version)
 {
     const auto fill = planes.sample_bytes == 1 ? version.fill_8 : version.fill_16;
-    const int noise = static_cast<int>((NOISE * (int64_t{planes.largest} + 1)) >> 8);
+    const bool alone = planes.before == planes.frame && planes.after == planes.frame;
+    const int noise =
+        alone ? NEVER_STILL : static_cast<int>((NOISE * (int64_t{planes.largest} + 1)) >> 8);
     const size_t bytes = static_cast<size_t>(planes.samples) * planes.sample_bytes;
     const auto own = [&](int row) { return row_of(planes, planes.frame, planes.strides[1], row); };
     const auto before = [&](int row) {

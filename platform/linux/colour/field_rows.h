@@ -20,7 +20,8 @@ struct FieldVersion {
     /**
      * Makes the row, of samples of 8 bits or of 16.
      *
-     * @param noise   samples that differ by no more have not moved
+     * @param noise   samples have not moved where the mean of two fields is off by no more from
+     *                each, twice as much being between them; negative: all have
      * @param largest of what a sample can be
      */
     void (*fill_8)(const Rows &rows, int samples, int noise, int largest, void *to);

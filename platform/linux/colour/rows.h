@@ -69,6 +69,12 @@ struct Version {
 extern const Version BASE;
 #if defined(__x86_64__)
 extern const Version AVX2; ///< with FMA
+
+/** Whether the processor has what the versions of that name need, of these loops and of others. */
+inline bool has_avx2()
+{
+    return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+}
 #endif
 
 } // namespace platform::rows

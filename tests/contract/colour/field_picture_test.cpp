@@ -45,18 +45,24 @@ template <typename Sample> class Woven {
         return samples;
     }
 
-    /** The picture of a field of frame 1, of three. */
+    /** The picture of a field of frame 1, of three. @param alone nothing is there but that frame */
     std::vector<Sample> picture(bool first_field,
-                                const field_rows::FieldVersion &version = best_field_rows()) const
+                                const field_rows::FieldVersion &version = best_field_rows(),
+                                bool alone = false) const
     {
         const std::vector<Sample> frames[] = {frame(0), frame(1), frame(2)};
         const auto bytes = [](const std::vector<Sample> &samples) {
             return reinterpret_cast<const uint8_t *>(samples.data());
         };
         const ptrdiff_t stride = WIDTH * sizeof(Sample);
-        const WovenPlanes planes = {
-            bytes(frames[0]), bytes(frames[1]), bytes(frames[2]), {stride, stride, stride}, WIDTH,
-            HEIGHT,           sizeof(Sample),   largest_};
+        const WovenPlanes planes = {bytes(frames[alone ? 1 : 0]),
+                                    bytes(frames[1]),
+                                    bytes(frames[alone ? 1 : 2]),
+                                    {stride, stride, stride},
+                                    WIDTH,
+                                    HEIGHT,
+                                    sizeof(Sample),
+                                    largest_};
         std::vector<Sample> made(static_cast<size_t>(WIDTH) * HEIGHT);
         auto *to = reinterpret_cast<uint8_t *>(made.data());
         const Field field = {first_field, first_field == bottom_first_};
@@ -138,6 +144,31 @@ TEST(AFieldsPicture, ShowsWhatMovesWhereItIsAtThatTime)
     }
 }
 
+TEST(AFieldsPicture, IsMadeOfTheFieldsOwnRowsWhereThereIsNoOtherFrame)
+{
+    for (const auto &film : {moving_bar, passing_strokes}) {
+        for_each_field<uint8_t>(film, 255, [](const Woven<uint8_t> &woven, bool first) {
+            EXPECT_EQ(woven.picture(first, best_field_rows(), true), woven.whole(first ? 2 : 3));
+        });
+        for_each_field<uint16_t>(film, 65535, [](const Woven<uint16_t> &woven, bool first) {
+            EXPECT_EQ(woven.picture(first, best_field_rows(), true), woven.whole(first ? 2 : 3));
+        });
+    }
+}
+
+TEST(AFieldsPicture, TakesFieldsOnBothSidesForStillWhoseMeanIsNearEach)
+{
+    constexpr int BEFORE = 100;
+    for (const int change : {2 * MOST_NOISE + 1, 2 * MOST_NOISE + 2}) {
+        const Film film = [change](int, int y, int field) {
+            return y % 2 == 0 ? 0 : field == 1 ? BEFORE : BEFORE + change;
+        };
+        const uint8_t filled =
+            Woven<uint8_t>(film, false, 255).picture(true)[static_cast<size_t>(WIDTH) * 17];
+        EXPECT_EQ(filled, change / 2 == MOST_NOISE ? BEFORE + change / 2 : 0) << change;
+    }
+}
+
 TEST(AFieldsPicture, IsTheSameWhateverTheProcessor)
 {
     const Film noise = [](int x, int y, int field) {
@@ -155,7 +186,8 @@ TEST(AFieldsPicture, CanBeLowerThanAFilter)
 {
     for (const int height : {1, 2, 3}) {
         const uint8_t frame[] = {10, 20, 30};
-        const WovenPlanes planes = {frame, frame, frame, {1, 1, 1}, 1, height, 1, 255};
+        const uint8_t next[] = {10, 20, 30};
+        const WovenPlanes planes = {frame, frame, next, {1, 1, 1}, 1, height, 1, 255};
         uint8_t made[3] = {};
         fill_field(planes, {true, false}, 0, height, made, 1);
         EXPECT_TRUE(std::equal(made, made + height, frame)) << height;
