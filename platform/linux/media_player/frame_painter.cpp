@@ -138,9 +138,7 @@ bool FramePainter::paint(GstBuffer *buffer, const Orientation &stored, const Dis
     if (!frame)
         return false;
     const Pixels target = pixels_of(picture).part(area);
-    // The chroma of woven fields lies elsewhere, which hurts less than light that is not mapped.
-    const bool woven = GST_BUFFER_FLAG_IS_SET(buffer, GST_VIDEO_BUFFER_FLAG_INTERLACED);
-    if (converter_ && (!woven || converter_->maps_light())) {
+    if (converter_) {
         const Size size = {GST_VIDEO_INFO_WIDTH(&info_), GST_VIDEO_INFO_HEIGHT(&info_)};
         paint_yuv(yuv_image(*yuv_format_of(info_), size, *frame), orientation, target);
         return true;

@@ -1,7 +1,7 @@
 /**
  * Colours and size of a frame in one pass by GStreamer's converter, for the formats that the colour
- * folder does not know, and for woven frames. It obeys range and matrix, to within five codes, and
- * neither transfer nor primaries.
+ * folder does not know. It obeys range and matrix, to within five codes, and neither transfer nor
+ * primaries.
  */
 #pragma once
 

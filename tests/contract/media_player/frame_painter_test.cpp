@@ -88,14 +88,6 @@ class Frame {
         meta->height += static_cast<guint>(rows);
     }
 
-    /** Makes a plane's row the same number everywhere. */
-    void fill_row(size_t plane, int row, uint8_t number)
-    {
-        const size_t stride = static_cast<size_t>(strides_[plane]);
-        std::fill_n(bytes_.begin() + static_cast<ptrdiff_t>(offsets_[plane] + stride * row), stride,
-                    number);
-    }
-
     /** The frame as it is to be understood, whatever its buffer says. */
     YuvImage image() const
     {
@@ -269,50 +261,6 @@ TEST(FramePainter, LeavesOutWhatADecoderHasBelowAFrame)
     frame.have_rows_below(6);
     expect_exact(frame, GST_VIDEO_ORIENTATION_IDENTITY);
     expect_exact(frame, GST_VIDEO_ORIENTATION_90R);
-}
-
-// Streams say that they may have woven frames of which most, or all, are whole pictures.
-TEST(FramePainter, TakesAFrameForWovenOnlyIfItIs)
-{
-    for (const GstVideoInterlaceMode mode :
-         {GST_VIDEO_INTERLACE_MODE_MIXED, GST_VIDEO_INTERLACE_MODE_INTERLEAVED}) {
-        Frame frame(GST_VIDEO_FORMAT_I420_10LE, {32, 18});
-        GST_VIDEO_INFO_INTERLACE_MODE(&frame.info()) = mode;
-        expect_exact(frame, GST_VIDEO_ORIENTATION_IDENTITY);
-    }
-}
-
-TEST(FramePainter, GivesEachFieldOfAWovenFrameItsOwnChroma)
-{
-    Frame frame(GST_VIDEO_FORMAT_I420, {8, 4});
-    GST_VIDEO_INFO_INTERLACE_MODE(&frame.info()) = GST_VIDEO_INTERLACE_MODE_INTERLEAVED;
-    GST_BUFFER_FLAG_SET(frame.buffer(), GST_VIDEO_BUFFER_FLAG_INTERLACED);
-    for (int row = 0; row < 4; ++row)
-        frame.fill_row(0, row, 128);
-    for (int row = 0; row < 2; ++row) {
-        frame.fill_row(1, row, 128);
-        frame.fill_row(2, row, row == 0 ? 80 : 176);
-    }
-    const auto plane = VideoPlane::offscreen(8, 4);
-    const PlaneBufferPtr picture = plane->acquire();
-    DisplayView view;
-    view.area = {0, 0, 8, 4};
-    FramePainter painter(REFERENCE_WHITE);
-    painter.set_format(frame.info(), 0);
-    ASSERT_TRUE(painter.paint(frame.buffer(), {}, view, *picture));
-    for (int y = 0; y < 4; ++y) {
-        const uint8_t red = picture->pixels()[y * picture->stride() + 2];
-        EXPECT_EQ(red > 128, y % 2 == 1) << "row " << y << " has " << int{red};
-    }
-}
-
-TEST(FramePainter, MapsTheLightOfAWovenFrameToo)
-{
-    Frame frame(GST_VIDEO_FORMAT_I420_10LE, {32, 18});
-    GST_VIDEO_INFO_INTERLACE_MODE(&frame.info()) = GST_VIDEO_INTERLACE_MODE_INTERLEAVED;
-    GST_BUFFER_FLAG_SET(frame.buffer(), GST_VIDEO_BUFFER_FLAG_INTERLACED);
-    gst_video_colorimetry_from_string(&frame.info().colorimetry, GST_VIDEO_COLORIMETRY_BT2100_PQ);
-    expect_exact(frame, GST_VIDEO_ORIENTATION_IDENTITY);
 }
 
 } // namespace
