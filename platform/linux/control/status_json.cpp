@@ -105,6 +105,7 @@ StatusValue video_value(const VideoStatus &video)
         {"pixel_height", int64_t{video.pixel_height}},
         {"frame_rate", video.frame_rate > 0 ? StatusValue(video.frame_rate) : StatusValue()},
         {"interlaced", video.interlaced},
+        {"halved", video.halved},
         {"format", or_null(video.format)},
         {"depth", int64_t{video.depth}},
         {"range", colour_part(video.range)},

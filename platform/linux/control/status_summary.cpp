@@ -112,12 +112,12 @@ std::string picture(const VideoStatus &video)
     if (video.frame_rate > 0)
         text += ", " + decimal(video.frame_rate) + " frames/s";
     if (video.interlaced)
-        text += ", interlaced";
+        text += video.halved ? ", interlaced, one picture a frame" : ", interlaced";
     text += ", " + video.format;
     if (!video.decoder.empty())
         text += " by " + video.decoder + (video.hardware ? " (hardware)" : "");
-    return text + "; " + std::to_string(video.shown) + " shown, " + std::to_string(video.dropped) +
-           " dropped, " + std::to_string(video.late) + " late";
+    return text + "; " + std::to_string(video.shown) + " pictures shown, " +
+           std::to_string(video.dropped) + " dropped, " + std::to_string(video.late) + " late";
 }
 
 std::string mapping(const VideoStatus &video)

@@ -44,7 +44,7 @@ void FrameOutput::set_format(const std::string &stream, GstVideoInfo info,
     info.colorimetry = colour.parts;
     const std::lock_guard<std::mutex> lock(mutex_);
     painter_.set_format(info, peak);
-    facts_.on_frames(stream, info, colour, {painter_.is_exact(), peak, sdr_white_});
+    facts_.on_frames(stream, colour, {painter_.is_exact(), peak, sdr_white_});
     frame_.reset();
     painted_.reset();
     width_ = GST_VIDEO_INFO_WIDTH(&info);
@@ -155,6 +155,7 @@ void FrameOutput::count_dropped()
 VideoStatus FrameOutput::status() const
 {
     VideoStatus status = facts_.get();
+    status.halved = field_pace_.is_halved();
     status.shown = shown_;
     status.dropped = dropped_;
     status.late = late_;

@@ -44,6 +44,13 @@ ElementPtr make_video_end(const std::shared_ptr<FrameOutput> &output,
     gst_bin_add_many(GST_BIN(bin.get()), first.get(), sink.get(), nullptr);
     gst_element_link(first.get(), sink.get());
     const PadPtr pad(gst_element_get_static_pad(first.get(), "sink"));
+    gst_pad_add_probe(
+        pad.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM,
+        [](GstPad *entry, GstPadProbeInfo *info, gpointer shown_by) {
+            static_cast<FrameOutput *>(shown_by)->facts().on_event(entry, info);
+            return GST_PAD_PROBE_OK;
+        },
+        output.get(), nullptr); // the sink keeps it
     gst_element_add_pad(bin.get(), gst_ghost_pad_new("sink", pad.get()));
     return bin;
 }
@@ -268,7 +275,7 @@ GstPadProbeReturn Pipeline::on_parsed_event(GstPad *pad, GstPadProbeInfo *info, 
 
 GstPadProbeReturn Pipeline::on_decoded_event(GstPad *pad, GstPadProbeInfo *info, gpointer self)
 {
-    static_cast<Pipeline *>(self)->output_->facts().on_decoded_event(pad, info);
+    static_cast<Pipeline *>(self)->output_->facts().on_event(pad, info);
     return GST_PAD_PROBE_OK;
 }
 

@@ -46,8 +46,9 @@ struct VideoStatus {
     int pixel_height = 1;
     double frame_rate = 0; ///< frames a second; two fields count as one
     bool interlaced = false;
-    std::string format; ///< GStreamer's name, such as "I420_10LE"
-    int depth = 0;      ///< bits of a component
+    bool halved = false; ///< interlaced, and shown with one picture a frame: two came too late
+    std::string format;  ///< GStreamer's name, such as "I420_10LE"
+    int depth = 0;       ///< bits of a component
 
     ColourPart range;
     ColourPart matrix;
@@ -59,9 +60,12 @@ struct VideoStatus {
     double peak = 0;  ///< cd/m² that the mapping takes for the film's brightest; 0 without one
     double white = 0; ///< cd/m² that it makes the screen's white; 0 without one
 
-    // Frames since the file began, all rounds of one that loops included.
-    uint64_t shown = 0;   ///< the late ones included
-    uint64_t dropped = 0; ///< not shown at normal speed: decoded too late, or no memory for them
+    // Pictures since the file began, all rounds of one that loops included: a frame is one, of
+    // which an interlaced film's mostly have two.
+    uint64_t shown = 0; ///< the late ones included
+    /** Not shown at normal speed: ready too late, or no memory for them. A frame that the decoder
+     * leaves out is one. */
+    uint64_t dropped = 0;
     /** Shown at normal speed, but ready only after their time, by up to 30 ms; later ones drop. */
     uint64_t late = 0;
 };

@@ -66,7 +66,7 @@ void note_conversion(VideoStatus &video, const GstVideoColorimetry &colour,
 
 } // namespace
 
-void VideoFacts::on_decoded_event(GstPad *pad, GstPadProbeInfo *info)
+void VideoFacts::on_event(GstPad *pad, GstPadProbeInfo *info)
 {
     GstEvent *event = GST_PAD_PROBE_INFO_EVENT(info);
     if (GST_EVENT_TYPE(event) != GST_EVENT_CAPS)
@@ -81,14 +81,12 @@ void VideoFacts::on_decoded_event(GstPad *pad, GstPadProbeInfo *info)
         note_frames(video, frames);
 }
 
-void VideoFacts::on_frames(const std::string &stream, const GstVideoInfo &frames,
-                           const TaggedColour &colour, const Conversion &conversion)
+void VideoFacts::on_frames(const std::string &stream, const TaggedColour &colour,
+                           const Conversion &conversion)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     shown_ = stream;
     VideoStatus &video = streams_[stream];
-    if (video.decoder.empty()) // they are stored as they are
-        note_frames(video, frames);
     note_colour(video, colour);
     note_conversion(video, colour.parts, conversion);
 }

@@ -17,8 +17,11 @@ namespace platform {
 /** The facts of one file's streams. Any thread; its lock is never held for long. */
 class VideoFacts {
   public:
-    /** Looks at an event behind a decoder, in a probe on its source pad. */
-    void on_decoded_event(GstPad *pad, GstPadProbeInfo *info);
+    /**
+     * Looks at an event in a probe: on a decoder's source pad, and on the pad where frames, also
+     * those that need no decoder, come in to be shown.
+     */
+    void on_event(GstPad *pad, GstPadProbeInfo *info);
 
     /** How frames become pixels of the screen. */
     struct Conversion {
@@ -31,10 +34,9 @@ class VideoFacts {
      * Frames are to come from a stream, of which get() tells from then on.
      *
      * @param stream its id
-     * @param frames as they arrive at the sink
      */
-    void on_frames(const std::string &stream, const GstVideoInfo &frames,
-                   const TaggedColour &colour, const Conversion &conversion);
+    void on_frames(const std::string &stream, const TaggedColour &colour,
+                   const Conversion &conversion);
 
     /** What is known of the stream that is shown, but for its counts of frames. */
     VideoStatus get() const;

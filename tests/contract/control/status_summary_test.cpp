@@ -151,7 +151,7 @@ TEST(StatusSummary, TellsOfAVideosPicture)
     EXPECT_THAT(status_summary(with([](Status &s) { s.player.video = a_video(); })),
                 HasSubstr("/demo/b.mp4\n"
                           "Picture:        1920x1080, 23.976 frames/s, I420 by avdec_h264; "
-                          "240 shown, 2 dropped, 7 late\n"
+                          "240 pictures shown, 2 dropped, 7 late\n"
                           "Colours:        range limited (stream), matrix bt709 (container), "
                           "transfer bt709 (container), primaries bt709 (usual), not mapped\n"
                           "List:"));
@@ -178,6 +178,12 @@ TEST(StatusSummary, TellsWhatIsUnusualAboutAPicture)
                      }),
                 HasSubstr(" 1920x1080 of 16:15 pixels, 25 frames/s, interlaced, I420 by avdec_h264 "
                           "(hardware); "));
+    EXPECT_THAT(line("Picture:",
+                     [](VideoStatus &v) {
+                         v.interlaced = true;
+                         v.halved = true;
+                     }),
+                HasSubstr(" frames/s, interlaced, one picture a frame, I420 by "));
     EXPECT_THAT(line("Picture:",
                      [](VideoStatus &v) {
                          v.frame_rate = 0;
@@ -318,8 +324,8 @@ TEST(StatusNodes, HoldEverythingAboutAVideosPicture)
         HasSubstr(
             R"("video": {"decoder": "avdec_h264", "decoder_name": "libav H.264 decoder", )"
             R"("hardware": false, "width": 1920, "height": 1080, "pixel_width": 1, )"
-            R"("pixel_height": 1, "frame_rate": 23.976, "interlaced": false, "format": "I420", )"
-            R"("depth": 8, "range": {"value": "limited", "source": "stream"}, )"
+            R"("pixel_height": 1, "frame_rate": 23.976, "interlaced": false, "halved": false, )"
+            R"("format": "I420", "depth": 8, "range": {"value": "limited", "source": "stream"}, )"
             R"("matrix": {"value": "bt709", "source": "container"}, )"
             R"("transfer": {"value": "bt709", "source": "container"}, )"
             R"("primaries": {"value": "bt709", "source": "usual"}, "converter": "own", )"
@@ -331,13 +337,14 @@ TEST(StatusNodes, HoldEverythingAboutAVideosPicture)
     video.decoder_name.clear();
     video.hardware = true;
     video.interlaced = true;
+    video.halved = true;
     video.frame_rate = 0;
     video.mapping = ToneMapping::HLG;
     video.peak = 1000;
     video.white = 203;
     const std::string json = status_as_json(status_nodes(status));
     EXPECT_THAT(json, HasSubstr(R"("decoder": null, "decoder_name": null, "hardware": true, )"));
-    EXPECT_THAT(json, HasSubstr(R"("frame_rate": null, "interlaced": true, )"));
+    EXPECT_THAT(json, HasSubstr(R"("frame_rate": null, "interlaced": true, "halved": true, )"));
     EXPECT_THAT(json, HasSubstr(R"("mapping": {"kind": "hlg", "by": "BT.2390", "peak": 1000, )"
                                 R"("white": 203})"));
     video.mapping = ToneMapping::Ignored;

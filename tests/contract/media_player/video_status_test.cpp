@@ -95,6 +95,11 @@ TEST_F(VideoStatusTest, TellsOfFramesThatNeedNoDecoder)
     EXPECT_EQ(video.width, 64);
     EXPECT_FALSE(video.interlaced);
     EXPECT_NEAR(video.frame_rate, 23.976, 0.001);
+
+    run_ffmpeg(CHART + "25 -vf setfield=tff -c:v rawvideo -pix_fmt yuv420p " + path("raw.mkv"));
+    const VideoStatus fields = status_of(path("raw.mkv"));
+    EXPECT_EQ(fields.decoder, "");
+    EXPECT_TRUE(fields.interlaced);
 }
 
 TEST_F(VideoStatusTest, TellsWhoToldEachPartOfTheColours)
@@ -225,6 +230,17 @@ TEST(FrameOutput, CountsAFrameThatCameTooLateAsDropped)
     EXPECT_EQ(output.status().dropped, 1u);
 }
 
+TEST(FrameOutput, TellsOfAFilmThatGoesOnWithOnePictureAFrame)
+{
+    platform::FrameOutput output(std::make_shared<platform::DisplaySettings>(),
+                                 platform::REFERENCE_WHITE);
+    EXPECT_FALSE(output.status().halved);
+    for (int i = 0; i < 150; i++)
+        output.field_pace().on_picture(std::chrono::seconds(1));
+
+    EXPECT_TRUE(output.status().halved);
+}
+
 /** A plane that gives no picture before it is let go on. */
 class HeldPlane : public FullPlane {
   public:
@@ -291,11 +307,9 @@ TEST(VideoFacts, TellOfHardwareThatDecodes)
     info.data = gst_event_new_caps(caps.get());
     platform::VideoFacts facts;
 
-    facts.on_decoded_event(pad.get(), &info);
+    facts.on_event(pad.get(), &info);
     gst_event_unref(GST_PAD_PROBE_INFO_EVENT(&info));
-    GstVideoInfo frames;
-    gst_video_info_from_caps(&frames, caps.get());
-    facts.on_frames(platform::stream_of(pad.get()), frames, {}, {});
+    facts.on_frames(platform::stream_of(pad.get()), {}, {});
 
     EXPECT_EQ(facts.get().decoder, "chipdec");
     EXPECT_EQ(facts.get().decoder_name, "Chip of a test");
