@@ -1,10 +1,12 @@
 #include "media_player/deinterlacer.h"
 
+#include <algorithm>
 #include <array>
 
 #include "base/bands.h"
 #include "colour/field_picture.h"
 #include "media_player/mapped_frame.h"
+#include "media_player/plane_sink.h"
 
 namespace platform {
 namespace {
@@ -33,11 +35,34 @@ int sample_bytes(const GstVideoInfo &info)
     return depth <= 16 && (format->flags & GST_VIDEO_FORMAT_FLAG_LE) ? 2 : 0;
 }
 
+/** Bytes of a plane's row, down to the last pixel that shares its chroma with one of the picture.
+ */
+int row_bytes(const GstVideoInfo &info, guint plane)
+{
+    int bytes = 0;
+    for (guint part = 0; part < GST_VIDEO_INFO_N_COMPONENTS(&info); ++part)
+        if (GST_VIDEO_INFO_COMP_PLANE(&info, part) == plane)
+            bytes = std::max(bytes, GST_VIDEO_INFO_COMP_WIDTH(&info, part) *
+                                        GST_VIDEO_INFO_COMP_PSTRIDE(&info, part));
+    return bytes;
+}
+
+/** Time from one frame to another; GST_CLOCK_TIME_NONE where that cannot be told, or is a gap. */
+GstClockTime time_between(GstBuffer *frame, GstBuffer *next)
+{
+    if (!frame || !next || !GST_BUFFER_PTS_IS_VALID(frame) || !GST_BUFFER_PTS_IS_VALID(next) ||
+        GST_BUFFER_PTS(next) <= GST_BUFFER_PTS(frame))
+        return GST_CLOCK_TIME_NONE;
+    const GstClockTime time = GST_BUFFER_PTS(next) - GST_BUFFER_PTS(frame);
+    return time < LONGEST_FRAME ? time : GST_CLOCK_TIME_NONE;
+}
+
 class Deinterlacer {
   public:
     Deinterlacer(GstPad *out, FieldPace &pace, std::function<void()> on_halved)
         : out_(out), pace_(pace), on_halved_(std::move(on_halved))
     {
+        gst_segment_init(&segment_, GST_FORMAT_TIME);
     }
 
     ~Deinterlacer() { set_pool(nullptr); }
@@ -46,22 +71,33 @@ class Deinterlacer {
 
     /** @return what follows of them for the pictures; null: they cannot be understood */
     CapsPtr set_caps(GstCaps *caps);
-    void set_rate(double rate) { rate_ = rate; }
+    void set_segment(const GstSegment &segment);
     GstFlowReturn take(BufferPtr frame);
 
     /** Shows the frame that waits for the one after it. */
     GstFlowReturn finish();
 
-    void forget();
+    /** Begins anew, at another place of the film. */
+    void flush();
 
-    /** @param late of a picture that the sink had in hand */
-    void on_lateness(GstClockTimeDiff late);
+    /**
+     * The sink has had a picture in hand.
+     *
+     * @param due  running time
+     * @param late how long after it; negative: before it
+     */
+    void on_picture(GstClockTime due, GstClockTimeDiff late);
 
   private:
     void set_pool(PoolPtr pool);
     bool is_interlaced(GstBuffer *frame) const;
+    void forget();
     GstFlowReturn show(GstBuffer *before, GstBuffer *after);
-    GstClockTime length_of_frame(GstBuffer *after) const;
+    GstFlowReturn show_field(GstBuffer *before, GstBuffer *after, const Field &field,
+                             GstClockTime time, GstClockTime length);
+    GstClockTime length_of_frame(GstBuffer *before, GstBuffer *after) const;
+    bool leave_out(GstClockTime time, GstClockTime length);
+    void judge(GstClockTimeDiff late);
     BufferPtr picture_of(GstBuffer *before, GstBuffer *after, const Field &field);
     void fill(const std::array<const MappedFrame *, 3> &frames, const Field &field,
               const MappedFrame &picture);
@@ -74,10 +110,13 @@ class Deinterlacer {
     GstVideoInfo picture_info_ = {};
     PoolPtr pool_;
     Bands bands_;
-    double rate_ = 1.0;
-    bool both_fields_ = false; ///< of the frame shown last
-    BufferPtr before_;         ///< the one before, where that belongs to the same scene
-    BufferPtr frame_;          ///< the newest
+    GstSegment segment_ = {};
+    /** The picture in the sink's hand is a field's, of a film at its own speed. */
+    bool is_judged_ = false;
+    /** Running time that has passed; GST_CLOCK_TIME_NONE before a picture was shown. */
+    GstClockTime now_ = GST_CLOCK_TIME_NONE;
+    BufferPtr before_; ///< the one before, where that belongs to the same scene
+    BufferPtr frame_;  ///< the newest
 };
 
 void Deinterlacer::set_pool(PoolPtr pool)
@@ -94,13 +133,11 @@ CapsPtr Deinterlacer::set_caps(GstCaps *caps)
     if (!gst_video_info_from_caps(&info_, caps))
         return nullptr;
     const GstVideoInterlaceMode mode = GST_VIDEO_INFO_INTERLACE_MODE(&info_);
-    CapsPtr pictures(gst_caps_ref(caps));
-    if (mode != GST_VIDEO_INTERLACE_MODE_INTERLEAVED && mode != GST_VIDEO_INTERLACE_MODE_MIXED)
-        return pictures;
-    sample_bytes_ = sample_bytes(info_);
+    if (mode != GST_VIDEO_INTERLACE_MODE_FIELDS && mode != GST_VIDEO_INTERLACE_MODE_ALTERNATE)
+        sample_bytes_ = sample_bytes(info_);
     if (sample_bytes_ == 0)
-        return pictures;
-    pictures.reset(gst_caps_copy(caps));
+        return CapsPtr(gst_caps_ref(caps));
+    CapsPtr pictures(gst_caps_copy(caps));
     gst_caps_set_simple(pictures.get(), "interlace-mode", G_TYPE_STRING, "progressive", nullptr);
     gst_structure_remove_field(gst_caps_get_structure(pictures.get(), 0), "field-order");
     if (!gst_video_info_from_caps(&picture_info_, pictures.get()))
@@ -115,6 +152,14 @@ CapsPtr Deinterlacer::set_caps(GstCaps *caps)
     return pictures;
 }
 
+void Deinterlacer::set_segment(const GstSegment &segment)
+{
+    segment_ = segment;
+    is_judged_ = false;
+}
+
+// GStreamer looks at a frame's flag only where the caps say that it may be either. But caps that
+// say "progressive" may be the container's word, and the flag is the coded picture's own.
 bool Deinterlacer::is_interlaced(GstBuffer *frame) const
 {
     return sample_bytes_ != 0 &&
@@ -126,6 +171,7 @@ GstFlowReturn Deinterlacer::take(BufferPtr frame)
 {
     if (!is_interlaced(frame.get())) {
         const GstFlowReturn result = finish();
+        is_judged_ = false;
         return result == GST_FLOW_OK ? gst_pad_push(out_, frame.release()) : result;
     }
     GstFlowReturn result = GST_FLOW_OK;
@@ -151,53 +197,91 @@ void Deinterlacer::forget()
     frame_.reset();
 }
 
-void Deinterlacer::on_lateness(GstClockTimeDiff late)
+void Deinterlacer::flush()
 {
-    if (both_fields_ && pace_.on_picture(std::chrono::nanoseconds(late)))
+    forget();
+    now_ = GST_CLOCK_TIME_NONE;
+}
+
+void Deinterlacer::on_picture(GstClockTime due, GstClockTimeDiff late)
+{
+    now_ = due + static_cast<GstClockTime>(std::max(late, GstClockTimeDiff{0}));
+    judge(late);
+}
+
+void Deinterlacer::judge(GstClockTimeDiff late)
+{
+    if (is_judged_ && pace_.on_picture(std::chrono::nanoseconds(late)))
         on_halved_();
 }
 
-// Readers round durations, and some tell those of fields: the times of frames are more exact.
-GstClockTime Deinterlacer::length_of_frame(GstBuffer *after) const
+/** Whether a picture is so late that the sink would not show it. Then it counts as dropped. */
+bool Deinterlacer::leave_out(GstClockTime time, GstClockTime length)
 {
-    const GstClockTime time = GST_BUFFER_PTS(frame_.get());
-    if (after && GST_BUFFER_PTS_IS_VALID(after) && GST_BUFFER_PTS(after) > time &&
-        GST_BUFFER_PTS(after) - time < LONGEST_FRAME)
-        return GST_BUFFER_PTS(after) - time;
-    if (GST_BUFFER_DURATION_IS_VALID(frame_.get()))
-        return GST_BUFFER_DURATION(frame_.get());
+    const GstClockTime due = gst_segment_to_running_time(&segment_, GST_FORMAT_TIME, time);
+    if (!GST_CLOCK_TIME_IS_VALID(now_) || !GST_CLOCK_TIME_IS_VALID(due) ||
+        now_ <= due + MAX_LATENESS)
+        return false;
+    GstObject *element = GST_OBJECT_PARENT(out_);
+    gst_element_post_message(
+        GST_ELEMENT(element),
+        gst_message_new_qos(element, FALSE, due,
+                            gst_segment_to_stream_time(&segment_, GST_FORMAT_TIME, time), time,
+                            length));
+    judge(GST_CLOCK_DIFF(due, now_));
+    return true;
+}
+
+// Readers round durations, and some tell those of fields: the times of frames are more exact. Where
+// frames are missing before the next, though, a field does not wait for it: a frame is no longer
+// than the film's rate tells or, as that may be of fields too, than the one before it.
+GstClockTime Deinterlacer::length_of_frame(GstBuffer *before, GstBuffer *after) const
+{
+    GstClockTime usual = GST_CLOCK_TIME_NONE;
     if (GST_VIDEO_INFO_FPS_N(&info_) > 0)
-        return gst_util_uint64_scale_int(GST_SECOND, GST_VIDEO_INFO_FPS_D(&info_),
-                                         GST_VIDEO_INFO_FPS_N(&info_));
-    return GST_CLOCK_TIME_NONE;
+        usual = gst_util_uint64_scale_int(GST_SECOND, GST_VIDEO_INFO_FPS_D(&info_),
+                                          GST_VIDEO_INFO_FPS_N(&info_));
+    const GstClockTime length = time_between(frame_.get(), after);
+    if (GST_CLOCK_TIME_IS_VALID(length)) {
+        const GstClockTime former = time_between(before, frame_.get());
+        if (GST_CLOCK_TIME_IS_VALID(former) && former > usual)
+            usual = former;
+        return std::min(length, usual);
+    }
+    return GST_BUFFER_DURATION_IS_VALID(frame_.get()) ? GST_BUFFER_DURATION(frame_.get()) : usual;
 }
 
 GstFlowReturn Deinterlacer::show(GstBuffer *before, GstBuffer *after)
 {
-    if (rate_ < 0)
+    if (segment_.rate < 0)
         std::swap(before, after);
     const bool bottom_first =
         GST_VIDEO_INFO_FIELD_ORDER(&info_) != GST_VIDEO_FIELD_ORDER_TOP_FIELD_FIRST &&
         !GST_BUFFER_FLAG_IS_SET(frame_.get(), GST_VIDEO_BUFFER_FLAG_TFF);
+    const Field first = {true, bottom_first};
     const GstClockTime time = GST_BUFFER_PTS(frame_.get());
-    const GstClockTime length = length_of_frame(after);
-    both_fields_ = rate_ == 1.0 && !pace_.is_halved() && GST_CLOCK_TIME_IS_VALID(time) &&
-                   GST_CLOCK_TIME_IS_VALID(length);
-
-    BufferPtr picture = picture_of(before, after, {true, bottom_first});
-    if (!picture)
-        return GST_FLOW_ERROR;
-    if (!both_fields_)
-        return gst_pad_push(out_, picture.release());
-    GST_BUFFER_DURATION(picture.get()) = length / 2;
-    const GstFlowReturn result = gst_pad_push(out_, picture.release());
+    const GstClockTime length = length_of_frame(before, after);
+    is_judged_ =
+        segment_.rate == 1.0 && GST_CLOCK_TIME_IS_VALID(time) && GST_CLOCK_TIME_IS_VALID(length);
+    if (!is_judged_ || pace_.is_halved())
+        return show_field(before, after, first, time, GST_BUFFER_DURATION(frame_.get()));
+    const GstFlowReturn result = show_field(before, after, first, time, length / 2);
     if (result != GST_FLOW_OK)
         return result;
-    picture = picture_of(before, after, {false, !bottom_first});
+    return show_field(before, after, {false, !bottom_first}, time + length / 2,
+                      length - length / 2);
+}
+
+GstFlowReturn Deinterlacer::show_field(GstBuffer *before, GstBuffer *after, const Field &field,
+                                       GstClockTime time, GstClockTime length)
+{
+    if (leave_out(time, length))
+        return GST_FLOW_OK;
+    BufferPtr picture = picture_of(before, after, field);
     if (!picture)
         return GST_FLOW_ERROR;
-    GST_BUFFER_PTS(picture.get()) = time + length / 2;
-    GST_BUFFER_DURATION(picture.get()) = length - length / 2;
+    GST_BUFFER_PTS(picture.get()) = time;
+    GST_BUFFER_DURATION(picture.get()) = length;
     return gst_pad_push(out_, picture.release());
 }
 
@@ -207,14 +291,13 @@ BufferPtr Deinterlacer::picture_of(GstBuffer *before, GstBuffer *after, const Fi
     if (gst_buffer_pool_acquire_buffer(pool_.get(), &buffer, nullptr) != GST_FLOW_OK)
         return nullptr;
     BufferPtr picture(buffer);
-    gst_buffer_copy_into(buffer, frame_.get(), GST_BUFFER_COPY_TIMESTAMPS, 0, -1);
     const MappedFrame own(info_, frame_.get(), GST_MAP_READ);
     const MappedFrame earlier(info_, before ? before : frame_.get(), GST_MAP_READ);
     const MappedFrame later(info_, after ? after : frame_.get(), GST_MAP_READ);
     const MappedFrame written(picture_info_, buffer, GST_MAP_WRITE);
     if (!own || !earlier || !later || !written)
         return nullptr;
-    fill({&earlier, &own, &later}, field, written);
+    fill({before ? &earlier : &own, &own, after ? &later : &own}, field, written);
     return picture;
 }
 
@@ -233,8 +316,7 @@ void Deinterlacer::fill(const std::array<const MappedFrame *, 3> &frames, const 
         for (int i = 0; i < 3; ++i)
             planes.strides[i] = frames[i]->stride(plane);
         planes.sample_bytes = sample_bytes_;
-        planes.samples = GST_VIDEO_INFO_COMP_WIDTH(&info_, part) *
-                         GST_VIDEO_INFO_COMP_PSTRIDE(&info_, part) / sample_bytes_;
+        planes.samples = row_bytes(info_, plane) / sample_bytes_;
         planes.rows = GST_VIDEO_INFO_COMP_HEIGHT(&info_, part);
         planes.largest = (1 << (format->depth[part] + format->shift[part])) - 1;
         const int64_t samples = int64_t{planes.samples} * planes.rows;
@@ -295,11 +377,11 @@ gboolean on_event(GstPad *pad, GstObject *element, GstEvent *event)
         work.finish();
         const GstSegment *segment = nullptr;
         gst_event_parse_segment(event, &segment);
-        work.set_rate(segment->rate);
+        work.set_segment(*segment);
         break;
     }
     case GST_EVENT_FLUSH_STOP:
-        work.forget();
+        work.flush();
         break;
     case GST_EVENT_EOS:
     case GST_EVENT_SEGMENT_DONE:
@@ -315,9 +397,10 @@ gboolean on_event(GstPad *pad, GstObject *element, GstEvent *event)
 gboolean on_event_from_sink(GstPad *pad, GstObject *element, GstEvent *event)
 {
     if (GST_EVENT_TYPE(event) == GST_EVENT_QOS) {
+        GstClockTime due = 0;
         GstClockTimeDiff late = 0;
-        gst_event_parse_qos(event, nullptr, nullptr, &late, nullptr);
-        work_of(element).on_lateness(late);
+        gst_event_parse_qos(event, nullptr, nullptr, &late, &due);
+        work_of(element).on_picture(due, late);
     }
     return gst_pad_event_default(pad, element, event);
 }
@@ -327,7 +410,7 @@ GstStateChangeReturn change_state(GstElement *element, GstStateChange change)
     const GstStateChangeReturn result =
         GST_ELEMENT_CLASS(deinterlacer_element_parent_class)->change_state(element, change);
     if (change == GST_STATE_CHANGE_PAUSED_TO_READY)
-        work_of(GST_OBJECT(element)).forget();
+        work_of(GST_OBJECT(element)).flush();
     return result;
 }
 

@@ -12,11 +12,13 @@
 namespace platform {
 
 /**
- * Makes the element. Films that play fast or backwards, and those whose pictures come late, get one
- * picture a frame.
+ * Makes the element. Films that play at another speed than their own, and those whose pictures come
+ * late, get one picture a frame. Pictures that the sink would be too late with are not made; the
+ * bus hears of each, as it does of those that the sink drops.
  *
  * @param pace      of this film; outlives the element
- * @param on_halved hears, on a streaming thread, when `pace` has decided for one picture a frame
+ * @param on_halved hears, on a streaming thread, when `pace` decides for one picture a frame for
+ * the first time
  */
 ElementPtr make_deinterlacer(FieldPace &pace, std::function<void()> on_halved);
 

@@ -29,7 +29,7 @@ struct PipelineEvents {
     /** No decoder is installed for a track; `what` names it in words. Comes before `failed`. */
     std::function<void(Track track, const std::string &what)> decoder_missing;
     std::function<void()> frame_dropped; ///< a frame came too late
-    /** An interlaced film goes on with one picture a frame, because two came too late. */
+    /** An interlaced film goes on with one picture a frame, because two came too late; once. */
     std::function<void()> fields_halved;
     std::function<void()> clock_lost;
 };

@@ -27,9 +27,6 @@ GType plane_sink_get_type();
 
 G_DEFINE_TYPE(PlaneSink, plane_sink, GST_TYPE_VIDEO_SINK)
 
-// A frame shown a little late is better than one left out.
-constexpr gint64 MAX_LATENESS = gint64{30} * GST_MSECOND;
-
 // No video shows one picture for longer. Broken files carry times that are hours ahead, and the
 // wait for such a time would be the end of the show.
 constexpr GstClockTime LONGEST_STILL = GstClockTime{10} * 60 * GST_SECOND;
@@ -212,7 +209,8 @@ void plane_sink_init(PlaneSink *sink)
     sink->newest = GST_CLOCK_TIME_NONE;
     sink->filling = nullptr;
     sink->late = FALSE;
-    gst_base_sink_set_max_lateness(GST_BASE_SINK(sink), MAX_LATENESS);
+    gst_base_sink_set_max_lateness(GST_BASE_SINK(sink),
+                                   static_cast<gint64>(platform::MAX_LATENESS));
 }
 
 } // namespace

@@ -12,6 +12,9 @@
 
 namespace platform {
 
+/** Frames later than this are left out. A frame shown a little late is better than one left out. */
+constexpr GstClockTime MAX_LATENESS = 30 * GST_MSECOND;
+
 /** Makes a sink. When the plane is gone it posts an error RESOURCE/BUSY. */
 ElementPtr make_plane_sink(std::shared_ptr<FrameOutput> output);
 

@@ -317,7 +317,7 @@ PipelineEvents Playback::pipeline_events()
     events.fields_halved = [this] {
         PLATFORM_LOGW("player",
                       "%s is interlaced, and this machine too slow to show each of its fields: it "
-                      "goes on with one picture a frame",
+                      "goes on with one picture a frame, and tries two now and then",
                       name_.c_str());
     };
     events.clock_lost = [this, post] {

@@ -28,6 +28,9 @@ constexpr guint FLAG_INTERLACED = GST_VIDEO_BUFFER_FLAG_INTERLACED;
 constexpr guint FLAG_TOP_FIRST = GST_VIDEO_BUFFER_FLAG_INTERLACED | GST_VIDEO_BUFFER_FLAG_TFF;
 constexpr uint8_t TOP = 50;
 constexpr uint8_t BOTTOM = 200;
+constexpr int COMBED = -1;
+/** Too late for a picture that is to be seen for 20 ms, but not for the sink. */
+constexpr GstClockTimeDiff LATE = 30 * GST_MSECOND;
 
 struct HarnessTeardown {
     void operator()(GstHarness *harness) const { gst_harness_teardown(harness); }
@@ -43,13 +46,15 @@ class Deinterlacer : public testing::Test {
         harness_.reset(gst_harness_new_with_element(element.get(), "sink", "src"));
     }
 
-    void set_mode(const std::string &mode, const std::string &format = "I420")
+    void set_mode(const std::string &mode, const std::string &format = "I420", int width = WIDTH,
+                  int rate = 25)
     {
-        const std::string caps = "video/x-raw,format=" + format +
-                                 ",width=16,height=8,framerate=25/1,interlace-mode=" + mode;
+        const std::string caps = "video/x-raw,height=8,format=" + format +
+                                 ",width=" + std::to_string(width) +
+                                 ",framerate=" + std::to_string(rate) + "/1,interlace-mode=" + mode;
         gst_harness_set_src_caps_str(harness_.get(), caps.c_str());
-        gst_video_info_set_format(&info_, gst_video_format_from_string(format.c_str()), WIDTH,
-                                  HEIGHT);
+        gst_video_info_set_format(&info_, gst_video_format_from_string(format.c_str()),
+                                  static_cast<guint>(width), HEIGHT);
     }
 
     /** A frame of grey rows. @param number of the frame, from which its time follows */
@@ -88,25 +93,40 @@ class Deinterlacer : public testing::Test {
         return times;
     }
 
-    /** Has the sink tell how late a picture was. */
-    void be_late(GstClockTimeDiff late)
+    /** Has the sink tell how late the picture of a field was. */
+    void be_late(GstClockTimeDiff late, GstClockTime field)
     {
         gst_harness_push_upstream_event(
-            harness_.get(), gst_event_new_qos(GST_QOS_TYPE_UNDERFLOW, 1, late, 3600 * GST_SECOND));
+            harness_.get(), gst_event_new_qos(GST_QOS_TYPE_UNDERFLOW, 1, late, field * FIELD));
     }
 
-    /** The one brightness of the next picture; -1 where it has more. */
+    /** Plays on, with a sink that is so late with each picture. @return how many it got */
+    size_t play(int frames, GstClockTimeDiff late)
+    {
+        size_t got = 0;
+        for (int i = 0; i < frames; i++) {
+            push(frame(next_++));
+            for (const GstClockTime field : pictures()) {
+                be_late(late, field);
+                got++;
+            }
+        }
+        return got;
+    }
+
+    /** The one brightness of the next picture; COMBED where it has more. */
     int next_grey()
     {
         const BufferPtr picture(gst_harness_pull(harness_.get()));
         uint8_t luma[WIDTH * HEIGHT] = {};
         gst_buffer_extract(picture.get(), 0, luma, sizeof luma);
         return std::count(std::begin(luma), std::end(luma), luma[0]) == WIDTH * HEIGHT ? luma[0]
-                                                                                       : -1;
+                                                                                       : COMBED;
     }
 
     platform::FieldPace pace_;
     int halved_ = 0;
+    int next_ = 0; ///< frame for play()
     GstVideoInfo info_ = {};
     std::unique_ptr<GstHarness, HarnessTeardown> harness_;
 };
@@ -205,6 +225,48 @@ TEST_F(Deinterlacer, LeavesFilmInAnInterlacedStreamAlone)
     EXPECT_THAT(pictures(), ElementsAre(4, 5));
 }
 
+// Nothing tells what moves in it, so its fields are kept apart.
+TEST_F(Deinterlacer, DoesNotCombAFrameThatIsAloneAmongProgressiveOnes)
+{
+    set_mode("mixed");
+    push(frame(0, 0));
+    push(frame(1));
+    push(frame(2, 0));
+
+    for (const int grey : {COMBED, int{TOP}, int{BOTTOM}, COMBED})
+        EXPECT_EQ(next_grey(), grey);
+}
+
+// The caps may be the container's word, the flag is the coded picture's.
+TEST_F(Deinterlacer, BelievesAFramesFlagMoreThanProgressiveCaps)
+{
+    set_mode("progressive");
+    push(frame(0));
+    push(frame(1));
+
+    EXPECT_THAT(pictures(), ElementsAre(0, 1));
+}
+
+TEST_F(Deinterlacer, ShowsASecondFieldAtItsTimeWhereFramesAreMissing)
+{
+    set_mode("interleaved");
+    push(frame(0));
+    push(frame(3));
+    push(frame(4));
+    EXPECT_THAT(pictures(), ElementsAre(0, 1, 6, 7));
+}
+
+TEST_F(Deinterlacer, BelievesTheTimesOfFramesMoreThanARateThatMayBeOfFields)
+{
+    set_mode("interleaved", "I420", WIDTH, 50);
+    push(frame(0));
+    push(frame(1));
+    pictures();
+    push(frame(2));
+    push(frame(3));
+    EXPECT_THAT(pictures(), ElementsAre(2, 3, 4, 5));
+}
+
 TEST_F(Deinterlacer, BeginsWithTheFieldThatComesFirst)
 {
     set_mode("interleaved");
@@ -222,14 +284,17 @@ TEST_F(Deinterlacer, BeginsWithTheFieldThatComesFirst)
     EXPECT_EQ(next_grey(), TOP);
 }
 
-TEST_F(Deinterlacer, ShowsOnePictureAFrameFastAndBackwards)
+TEST_F(Deinterlacer, ShowsOnePictureAFrameAtOtherSpeedsAndBackwards)
 {
     set_mode("interleaved");
-    set_rate(2.0);
-    for (int i = 0; i < 3; i++)
-        push(frame(i));
-    tell(gst_event_new_segment_done(GST_FORMAT_TIME, 0));
-    EXPECT_THAT(pictures(), ElementsAre(0, 2, 4));
+    for (const double rate : {2.0, 0.5}) {
+        SCOPED_TRACE(rate);
+        set_rate(rate);
+        for (int i = 0; i < 3; i++)
+            push(frame(i));
+        tell(gst_event_new_segment_done(GST_FORMAT_TIME, 0));
+        EXPECT_THAT(pictures(), ElementsAre(0, 2, 4));
+    }
 
     set_rate(-1.0);
     for (int i = 3; i > 0; i--)
@@ -252,44 +317,93 @@ TEST_F(Deinterlacer, ForgetsTheFrameThatWaitsWhenTheFilmIsSought)
     EXPECT_THAT(pictures(), ElementsAre(100, 101));
 }
 
-TEST_F(Deinterlacer, GoesDownToOnePictureAFrameWherePicturesComeLate)
+TEST_F(Deinterlacer, GoesDownToOnePictureAFrameForAWhileWherePicturesComeLate)
 {
     set_mode("interleaved");
-    const auto play_second = [this](GstClockTimeDiff late) {
-        for (int i = 0; i < 25; i++) {
-            push(frame(i));
-            for (int picture = 0; picture < 2; picture++)
-                be_late(late);
-        }
-        return pictures().size();
-    };
-    push(frame(0));
-    EXPECT_EQ(play_second(-5 * GST_MSECOND), 50u);
-    play_second(30 * GST_MSECOND);
-    play_second(30 * GST_MSECOND);
-    play_second(30 * GST_MSECOND);
-    EXPECT_EQ(play_second(-5 * GST_MSECOND), 25u);
+    push(frame(next_++));
+    EXPECT_EQ(play(25, 0), 50u);
+    play(75, LATE);
+    EXPECT_EQ(play(25, 0), 25u);
     EXPECT_EQ(halved_, 1);
     EXPECT_TRUE(pace_.is_halved());
+
+    play(750, 0);
+    EXPECT_EQ(play(25, 0), 50u);
 }
 
-// Fast play may well come late.
-TEST_F(Deinterlacer, JudgesTheMachineByFilmsAtTheirOwnSpeed)
+// Fast play may well come late, and so may frames that are not interlaced.
+TEST_F(Deinterlacer, JudgesTheMachineByFieldsAtTheFilmsOwnSpeed)
 {
-    set_mode("interleaved");
+    constexpr int PICTURES = 300;
+    set_mode("mixed");
     set_rate(2.0);
-    for (int i = 0; i < 300; i++) {
+    for (int i = 0; i < PICTURES; i++) {
         push(frame(i));
-        be_late(GST_SECOND);
+        be_late(LATE, 0);
+    }
+    EXPECT_EQ(halved_, 0);
+
+    set_rate(1.0);
+    push(frame(0));
+    set_rate(1.0);
+    for (int i = 0; i < PICTURES; i++)
+        be_late(LATE, 0);
+    EXPECT_EQ(halved_, 0) << "nothing of this stretch has been shown";
+
+    push(frame(0));
+    for (int i = 1; i < PICTURES; i++) {
+        push(frame(i, 0));
+        be_late(LATE, 0);
     }
     EXPECT_EQ(halved_, 0);
 }
 
+TEST_F(Deinterlacer, MakesNoPictureThatTheSinkWouldLeaveOut)
+{
+    set_mode("interleaved");
+    const platform::BusPtr bus(gst_bus_new());
+    gst_element_set_bus(harness_->element, bus.get());
+    push(frame(0));
+    push(frame(1));
+    EXPECT_THAT(pictures(), ElementsAre(0, 1));
+
+    be_late(10 * FIELD, 1);
+    for (int i = 2; i < 8; i++)
+        push(frame(i));
+
+    // Field 11 is due. The sink bears 30 ms.
+    EXPECT_THAT(pictures(), ElementsAre(10, 11, 12, 13));
+    int dropped = 0;
+    while (GstMessage *message = gst_bus_pop_filtered(bus.get(), GST_MESSAGE_QOS)) {
+        dropped++;
+        gst_message_unref(message);
+    }
+    EXPECT_EQ(dropped, 8) << "the bus hears of each";
+
+    tell(gst_event_new_flush_start());
+    tell(gst_event_new_flush_stop(TRUE));
+    set_rate(1.0);
+    push(frame(0));
+    push(frame(1));
+    EXPECT_THAT(pictures(), ElementsAre(0, 1)) << "a seek begins anew";
+    gst_element_set_bus(harness_->element, nullptr);
+}
+
+TEST_F(Deinterlacer, CountsThePicturesThatItLeavesOutAsLate)
+{
+    set_mode("interleaved");
+    EXPECT_LT(play(100, GST_SECOND), 20u);
+    EXPECT_EQ(halved_, 1);
+}
+
 TEST_F(Deinterlacer, KnowsEveryFormatWhoseRowsAreMadeOfSamples)
 {
-    for (const char *format : {"I420", "NV12", "Y42B", "I420_10LE", "P010_10LE", "YUY2", "BGRx"}) {
+    const std::pair<const char *, int> kinds[] = {
+        {"I420", WIDTH},      {"NV12", WIDTH}, {"Y42B", WIDTH},     {"I420_10LE", WIDTH},
+        {"P010_10LE", WIDTH}, {"BGRx", WIDTH}, {"YUY2", WIDTH - 1}, {"UYVY", WIDTH - 1}};
+    for (const auto &[format, width] : kinds) {
         SCOPED_TRACE(format);
-        set_mode("interleaved", format);
+        set_mode("interleaved", format, width);
         pictures();
         // A film that stands still, of rows that differ in each of their samples.
         const gsize size = GST_VIDEO_INFO_SIZE(&info_);
@@ -297,8 +411,7 @@ TEST_F(Deinterlacer, KnowsEveryFormatWhoseRowsAreMadeOfSamples)
         for (size_t i = 0; i < size; i++)
             still[i] = static_cast<uint8_t>(i * 37 % 251);
         for (int i = 0; i < 2; i++) {
-            BufferPtr made(gst_buffer_new_allocate(nullptr, size, nullptr));
-            gst_buffer_fill(made.get(), 0, still.data(), size);
+            BufferPtr made(gst_buffer_new_memdup(still.data(), size));
             GST_BUFFER_PTS(made.get()) = i * FRAME;
             push(std::move(made));
         }

@@ -105,6 +105,10 @@ const Coding MPEG2_PS = {"mpeg2.mpeg", BOTTOM_FIRST + MPEG2 + "-f vob ", true};
 const Coding H264_TS = {"h264.ts", TOP_FIRST + H264 + "-x264-params tff=1 ", false};
 const Coding H264_MP4 = {"h264.mp4", BOTTOM_FIRST + H264 + "-x264-params bff=1 ", true};
 const Coding H264_MKV = {"h264.mkv", TOP_FIRST + H264 + "-x264-params tff=1 ", false};
+// Its container says that it is progressive, and has the last word in the caps.
+const Coding H264_SAID_PROGRESSIVE = {
+    "said_progressive.mkv", "-vf setfield=tff,setfield=prog " + H264 + "-x264-params tff=1 ",
+    false};
 
 const Coding PROGRESSIVE[] = {
     {"a.mp4", "-c:v libx264 -preset veryfast -qp 10 ", false},
@@ -232,7 +236,8 @@ TEST_P(InterlacedFile, IsShownFieldByFieldInFullHeightAndNotCombed)
 }
 
 INSTANTIATE_TEST_SUITE_P(Codings, InterlacedFile,
-                         testing::Values(MPEG2_TS, MPEG2_PS, H264_TS, H264_MP4),
+                         testing::Values(MPEG2_TS, MPEG2_PS, H264_TS, H264_MP4,
+                                         H264_SAID_PROGRESSIVE),
                          [](const auto &tested) {
                              std::string name = tested.param.name;
                              return name.replace(name.find('.'), 1, "_");
