@@ -81,9 +81,10 @@ TEST_F(FieldPaceTest, APaceThatWasKeptForLongIsSoonTriedAgain)
 TEST_F(FieldPaceTest, AMachineThatIsTooSlowForOnePictureAFrameDoesNotTryTwo)
 {
     fail();
-    for (int i = 0; i < 100; i++)
+    for (int i = 0; i < 100; i++) {
         second(11);
-    EXPECT_TRUE(pace_.is_halved());
+        EXPECT_TRUE(pace_.is_halved()) << i;
+    }
 }
 
 TEST_F(FieldPaceTest, AFewLateOnesInEachSecondAreBorne)
