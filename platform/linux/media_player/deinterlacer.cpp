@@ -90,6 +90,7 @@ class Deinterlacer {
 
   private:
     void set_pool(PoolPtr pool);
+    bool make_pool();
     bool is_interlaced(GstBuffer *frame) const;
     void forget();
     GstFlowReturn show(GstBuffer *before, GstBuffer *after);
@@ -140,16 +141,19 @@ CapsPtr Deinterlacer::set_caps(GstCaps *caps)
     CapsPtr pictures(gst_caps_copy(caps));
     gst_caps_set_simple(pictures.get(), "interlace-mode", G_TYPE_STRING, "progressive", nullptr);
     gst_structure_remove_field(gst_caps_get_structure(pictures.get(), 0), "field-order");
-    if (!gst_video_info_from_caps(&picture_info_, pictures.get()))
-        return nullptr;
-    set_pool(PoolPtr(GST_BUFFER_POOL(gst_object_ref_sink(gst_video_buffer_pool_new()))));
+    return gst_video_info_from_caps(&picture_info_, pictures.get()) ? std::move(pictures) : nullptr;
+}
+
+// Most films are progressive and never need one.
+bool Deinterlacer::make_pool()
+{
+    set_pool(PoolPtr(gst_video_buffer_pool_new()));
+    const CapsPtr pictures(gst_video_info_to_caps(&picture_info_));
     GstStructure *config = gst_buffer_pool_get_config(pool_.get());
     gst_buffer_pool_config_set_params(
         config, pictures.get(), static_cast<guint>(GST_VIDEO_INFO_SIZE(&picture_info_)), 0, 0);
-    if (!gst_buffer_pool_set_config(pool_.get(), config) ||
-        !gst_buffer_pool_set_active(pool_.get(), TRUE))
-        return nullptr;
-    return pictures;
+    return gst_buffer_pool_set_config(pool_.get(), config) &&
+           gst_buffer_pool_set_active(pool_.get(), TRUE);
 }
 
 void Deinterlacer::set_segment(const GstSegment &segment)
@@ -288,7 +292,8 @@ GstFlowReturn Deinterlacer::show_field(GstBuffer *before, GstBuffer *after, cons
 BufferPtr Deinterlacer::picture_of(GstBuffer *before, GstBuffer *after, const Field &field)
 {
     GstBuffer *buffer = nullptr;
-    if (gst_buffer_pool_acquire_buffer(pool_.get(), &buffer, nullptr) != GST_FLOW_OK)
+    if ((!pool_ && !make_pool()) ||
+        gst_buffer_pool_acquire_buffer(pool_.get(), &buffer, nullptr) != GST_FLOW_OK)
         return nullptr;
     BufferPtr picture(buffer);
     const MappedFrame own(info_, frame_.get(), GST_MAP_READ);

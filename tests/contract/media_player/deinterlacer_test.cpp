@@ -396,6 +396,20 @@ TEST_F(Deinterlacer, CountsThePicturesThatItLeavesOutAsLate)
     EXPECT_EQ(halved_, 1);
 }
 
+TEST_F(Deinterlacer, LeavesNoPoolBehind)
+{
+    set_mode("interleaved");
+    push(frame(0));
+    push(frame(1));
+    gpointer pool = BufferPtr(gst_harness_pull(harness_.get()))->pool;
+    ASSERT_TRUE(pool);
+    g_object_add_weak_pointer(G_OBJECT(pool), &pool);
+
+    harness_.reset();
+
+    EXPECT_EQ(pool, nullptr);
+}
+
 TEST_F(Deinterlacer, KnowsEveryFormatWhoseRowsAreMadeOfSamples)
 {
     const std::pair<const char *, int> kinds[] = {
