@@ -175,7 +175,7 @@ TEST_F(BadFile, ALoopThatBreaksIsBegunAnewEachTime)
     testing::internal::CaptureStderr();
     ASSERT_TRUE(looping(breaks_at(50)));
 
-    EXPECT_TRUE(wait_for([this] { return openings_ == 3 && position() < 1000; }));
+    EXPECT_TRUE(wait_for([this] { return openings_ >= 3 && position() < 1000; }));
 
     EXPECT_THAT(events(), ElementsAre("prepared"));
     const std::string log = testing::internal::GetCapturedStderr();
@@ -190,7 +190,7 @@ TEST_F(BadFile, ALoopThatIsBegunAnewKeepsItsSpeed)
     ASSERT_TRUE(wait_for([this] { return position() > 200; }));
     ASSERT_EQ(player_->set_rate(2.0), PLAYER_ERROR_NONE);
 
-    EXPECT_TRUE(wait_for([this] { return openings_ == 3; }));
+    EXPECT_TRUE(wait_for([this] { return openings_ >= 3; }));
 
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("speed 2.00 from 0.0 s"));
 }

@@ -85,16 +85,18 @@ TEST_F(TrickPlay, GoesBackwardsToTheStartAndThenForward)
 
         // Picture after picture.
         int64_t last = position();
+        int64_t lowest = last;
         int steps = 0;
         EXPECT_TRUE(wait_for([&] {
             const int64_t here = position();
             steps += here < last;
             last = here;
+            lowest = std::min(lowest, here);
             return player_->rate() == 1.0;
         }));
 
         EXPECT_GE(steps, 2);
-        EXPECT_LT(last, 700);
+        EXPECT_LT(lowest, 700);
         EXPECT_EQ(player_->state(), PLAYER_STATE_PLAYING);
         EXPECT_TRUE(reach(last + 800));
     }
