@@ -121,7 +121,8 @@ bool PopupPrerender::step()
         draw();
         // The window has drawn only one frame so far. A second brings up the second of its buffers,
         // which is filled as a whole when it is new.
-        evas_damage_rectangle_add(evas_object_evas_get(window_), 0, 0, 1, 1);
+        evas_damage_rectangle_add(evas_object_evas_get(elm_win_inlined_image_object_get(window_)),
+                                  0, 0, 1, 1);
         done_ = true;
         PLATFORM_LOGD("widget_extension", "popup and toast are ready");
         return false;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 #include <utility>
 
@@ -39,19 +40,36 @@ double pixels_per_unit(Size output, Size window)
 // What a set's panel has when the compositor names no output.
 constexpr Size COMMON_PANEL = {1920, 1080};
 
-// In pieces without a way out, which the compiler makes fast: an empty window is looked at as a
-// whole.
-bool is_any_set(const uint32_t *pixels, size_t count)
+bool is_empty(const uint32_t *pixels, ptrdiff_t count)
 {
-    constexpr size_t PIECE = 4096;
-    for (size_t begin = 0; begin < count; begin += PIECE) {
-        uint32_t all = 0;
-        for (size_t at = begin; at < std::min(begin + PIECE, count); at++)
-            all |= pixels[at];
-        if (all != 0)
-            return true;
+    // All are as the first: this compares at the speed of memory.
+    return count <= 0 ||
+           (*pixels == 0 && std::memcmp(pixels, pixels + 1, (count - 1) * sizeof *pixels) == 0);
+}
+
+/** The smallest rectangle around all that is drawn; empty when all is transparent. */
+Rect drawn_part(const uint32_t *pixels, Size size)
+{
+    const auto row = [&](int y) { return pixels + ptrdiff_t{y} * size.width; };
+    int top = 0;
+    while (top < size.height && is_empty(row(top), size.width))
+        ++top;
+    int bottom = size.height;
+    while (top < bottom && is_empty(row(bottom - 1), size.width))
+        --bottom;
+    // Of each row, only what lies outside of those above it is looked at.
+    const auto is_set = [](uint32_t pixel) { return pixel != 0; };
+    int left = size.width;
+    int right = 0;
+    for (int y = top; y < bottom; ++y) {
+        const uint32_t *begin = row(y);
+        const uint32_t *end = begin + size.width;
+        if (!is_empty(begin, left))
+            left = static_cast<int>(std::find_if(begin, begin + left, is_set) - begin);
+        while (right < size.width && !is_empty(begin + right, end - begin - right))
+            right = static_cast<int>(std::find_if(begin + right, end, is_set) - begin) + 1;
     }
-    return false;
+    return left < right ? Rect{left, top, right - left, bottom - top} : Rect();
 }
 
 TvWindow *current_window = nullptr;
@@ -166,6 +184,11 @@ void TvWindow::make_inner(const std::string &name)
     image_ = elm_win_inlined_image_object_get(inner_);
     // The image would take the pointer unturned; the input feed does it instead.
     evas_object_pass_events_set(image_, EINA_TRUE);
+    // Nothing lies below it, and what is copied needs no empty ground to be laid first.
+    evas_object_render_op_set(image_, EVAS_RENDER_COPY);
+    // The toolkit takes all of the image for changed when anything in it is. This clips it.
+    frame_ = evas_object_rectangle_add(evas_object_evas_get(outer_.get()));
+    evas_object_pass_events_set(frame_, EINA_TRUE);
     evas_object_show(image_);
     evas_event_callback_add(
         evas_object_evas_get(inner_), EVAS_CALLBACK_RENDER_POST,
@@ -269,12 +292,28 @@ void TvWindow::place_content()
         evas_object_map_enable_set(image_, EINA_TRUE);
         evas_map_free(map);
     }
+    place_frame();
     input_->turn(panel, degrees);
     // The toolkit turns and resizes nothing here, a canvas in an image has no such thing: it only
     // keeps the angle for whoever asks. The function without the resize loses memory each time.
     elm_win_rotation_with_resize_set(inner_, degrees);
     evas_object_resize(inner_, content.width, content.height);
     fit_frame(content);
+}
+
+/** Leaves the real window no more to draw than what there is. */
+void TvWindow::place_frame()
+{
+    // The toolkit cannot clip what a map turns: it would go on drawing the former part.
+    if (PanelModel::get().angle() != 0) {
+        evas_object_clip_unset(image_);
+        evas_object_hide(frame_);
+        return;
+    }
+    evas_object_geometry_set(frame_, drawn_part_.x, drawn_part_.y, drawn_part_.width,
+                             drawn_part_.height);
+    evas_object_show(frame_);
+    evas_object_clip_set(image_, frame_);
 }
 
 /**
@@ -326,7 +365,9 @@ void TvWindow::content_drawn()
     Size size;
     evas_object_image_size_get(image_, &size.width, &size.height);
     const auto *pixels = static_cast<const uint32_t *>(ecore_evas_buffer_pixels_get(inner_canvas_));
-    const bool seen = pixels && is_any_set(pixels, static_cast<size_t>(size.area()));
+    drawn_part_ = pixels ? drawn_part(pixels, size) : Rect();
+    place_frame();
+    const bool seen = !drawn_part_.empty();
     if (content_seen_ == seen)
         return;
     content_seen_ = seen;

@@ -77,6 +77,7 @@ class TvWindow {
 
     void turn();
     void place_content();
+    void place_frame();
     void fit_frame(Size content);
     void fit();
     void shown();
@@ -92,6 +93,8 @@ class TvWindow {
     ObjectPtr outer_;
     Evas_Object *inner_ = nullptr; ///< the application's, once it has taken it
     Evas_Object *image_ = nullptr;
+    Evas_Object *frame_ = nullptr; ///< clips the image
+    Rect drawn_part_;              ///< of the content
     Ecore_Evas *outer_canvas_ = nullptr;
     Ecore_Evas *inner_canvas_ = nullptr;
     std::unique_ptr<InputFeed> input_;

@@ -33,14 +33,39 @@ bool answers(const std::string &path)
     std::abort();
 }
 
-/** A number of a window dump, which is big-endian. */
-uint32_t number_at(const std::string &dump, size_t index)
-{
-    uint32_t number = 0;
-    for (size_t byte = 0; byte < 4; ++byte)
-        number = number << 8 | static_cast<unsigned char>(dump[index * 4 + byte]);
-    return number;
-}
+/** What the X server writes of its screen, a window dump. */
+class Dump {
+  public:
+    explicit Dump(const std::string &path) : bytes_(store_test::read_file(path))
+    {
+        constexpr size_t HEADER_SIZE = 0, BYTES_PER_LINE = 12, COLOURS = 19, BYTES_PER_COLOUR = 12;
+        first_ = number_at(HEADER_SIZE) + number_at(COLOURS) * BYTES_PER_COLOUR;
+        stride_ = number_at(BYTES_PER_LINE);
+    }
+
+    Colour colour(int x, int y) const
+    {
+        const size_t at = first_ + static_cast<size_t>(y) * stride_ + static_cast<size_t>(x) * 4;
+        const auto byte = [&](size_t offset) {
+            return static_cast<int>(static_cast<unsigned char>(bytes_.at(at + offset)));
+        };
+        return {byte(2), byte(1), byte(0)};
+    }
+
+  private:
+    /** A number of the header, which is big-endian. */
+    uint32_t number_at(size_t index) const
+    {
+        uint32_t number = 0;
+        for (size_t byte = 0; byte < 4; ++byte)
+            number = number << 8 | static_cast<unsigned char>(bytes_.at(index * 4 + byte));
+        return number;
+    }
+
+    std::string bytes_;
+    size_t first_ = 0;
+    size_t stride_ = 0;
+};
 
 } // namespace
 
@@ -104,15 +129,20 @@ void Screen::input(const std::vector<std::string> &arguments) const
 
 Colour Screen::colour(int x, int y) const
 {
-    const std::string dump = store_test::read_file(folder_ / "Xvfb_screen0");
-    constexpr size_t HEADER_SIZE = 0, BYTES_PER_LINE = 12, COLOURS = 19, BYTES_PER_COLOUR = 12;
-    const size_t at = number_at(dump, HEADER_SIZE) + number_at(dump, COLOURS) * BYTES_PER_COLOUR +
-                      static_cast<size_t>(y) * number_at(dump, BYTES_PER_LINE) +
-                      static_cast<size_t>(x) * 4;
-    const auto byte = [&](size_t offset) {
-        return static_cast<int>(static_cast<unsigned char>(dump.at(at + offset)));
-    };
-    return {byte(2), byte(1), byte(0)};
+    return Dump(folder_ / "Xvfb_screen0").colour(x, y);
+}
+
+platform::Rect Screen::lit_part() const
+{
+    const Dump dump(folder_ / "Xvfb_screen0");
+    platform::Rect part;
+    for (int y = 0; y < SCREEN_HEIGHT; ++y) {
+        for (int x = 0; x < SCREEN_WIDTH; ++x) {
+            if (!(dump.colour(x, y) == Colour()))
+                part = platform::united(part, {x, y, 1, 1});
+        }
+    }
+    return part;
 }
 
 DesktopTest::DesktopTest()

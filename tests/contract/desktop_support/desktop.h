@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/geometry.h"
 #include "desktop_support/program.h"
 #include "store_support/private_bus.h"
 #include "store_support/scratch.h"
@@ -50,6 +51,9 @@ class Screen {
 
     /** What is on the screen at a place. */
     Colour colour(int x, int y) const;
+
+    /** The smallest rectangle around all that is not black. */
+    platform::Rect lit_part() const;
 
     const std::string &runtime_dir() const { return folder_.path(); }
 

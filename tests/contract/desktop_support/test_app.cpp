@@ -2,6 +2,8 @@
 // line each, and does what lines on its standard input say:
 //   quit | quit-from-a-thread | hide | delete | close | sync | turn DEGREES | press KEY | panel-key
 //   | language | keyboard (answered as soon as the window has it)
+//   | only X Y WIDTH HEIGHT (leaves nothing but the square, there)
+//   | redraw (a corner of the real window, nothing of its content; answered with "redrawn")
 // Environment: TEST_CREATE_FAILS, TEST_QUIT_IN_CREATE, TEST_QUIT_IN_CONTROL; TEST_POWER_OFF_ONLY
 // subscribes to no other power event; TEST_SLOW_CREATE and TEST_SLOW_TERMINATE wait for a line on
 // the standard input.
@@ -31,6 +33,8 @@
 namespace {
 
 Evas_Object *window = nullptr;
+Evas_Object *mark = nullptr;
+Evas_Object *button = nullptr;
 bool has_keyboard = false;
 bool keyboard_asked_for = false;
 
@@ -144,11 +148,11 @@ void make_window()
     elm_win_autodel_set(window, EINA_TRUE);
     elm_policy_set(ELM_POLICY_QUIT, ELM_POLICY_QUIT_LAST_WINDOW_CLOSED);
 
-    Evas_Object *mark = evas_object_rectangle_add(evas_object_evas_get(window));
+    mark = evas_object_rectangle_add(evas_object_evas_get(window));
     evas_object_color_set(mark, 255, 0, 0, 255);
     evas_object_geometry_set(mark, 20, 10, 100, 60);
     evas_object_show(mark);
-    Evas_Object *button = elm_button_add(window);
+    button = elm_button_add(window);
     evas_object_geometry_set(button, 200, 100, 80, 40);
     evas_object_event_callback_add(button, EVAS_CALLBACK_KEY_DOWN, on_inner_key, nullptr);
     evas_object_smart_callback_add(
@@ -200,6 +204,27 @@ void delete_window()
     window = nullptr;
 }
 
+void leave_only(const char *place)
+{
+    int x = 0, y = 0, width = 0, height = 0;
+    std::sscanf(place, "%d %d %d %d", &x, &y, &width, &height);
+    evas_object_hide(button);
+    evas_object_geometry_set(mark, x, y, width, height);
+}
+
+void on_redrawn(void *, Evas *canvas, void *)
+{
+    evas_event_callback_del(canvas, EVAS_CALLBACK_RENDER_FLUSH_POST, on_redrawn);
+    say("redrawn");
+}
+
+void redraw()
+{
+    Evas *canvas = evas_object_evas_get(platform::TvWindow::current()->outer());
+    evas_event_callback_add(canvas, EVAS_CALLBACK_RENDER_FLUSH_POST, on_redrawn, nullptr);
+    evas_damage_rectangle_add(canvas, 0, 0, 1, 1);
+}
+
 std::promise<void> about_to_sleep;
 std::thread ending_thread;
 
@@ -245,6 +270,10 @@ void obey(const std::string &command)
         platform::Application::get().announce_language_change();
     } else if (command.compare(0, 5, "turn ") == 0) {
         platform::PanelModel::get().turn_to(std::atoi(command.c_str() + 5));
+    } else if (command.compare(0, 5, "only ") == 0) {
+        leave_only(command.c_str() + 5);
+    } else if (command == "redraw") {
+        redraw();
     } else if (command.compare(0, 6, "press ") == 0) {
         platform::inject_key(command.substr(6));
     }

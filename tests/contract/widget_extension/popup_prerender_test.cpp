@@ -94,6 +94,20 @@ TEST_F(PopupPrerenderTest, NothingOfItIsSeen)
     EXPECT_FALSE(seen);
 }
 
+// The real window's second buffer is filled then. Its content alone would not do: of that, no more
+// is shown than what is drawn, which is nothing yet.
+TEST_F(PopupPrerenderTest, AfterItTheRealWindowIsDrawnAgainAndNotItsContent)
+{
+    Stage stage(1280, 720);
+    ASSERT_TRUE(Stage::until(prepared));
+    bool content_drawn = false;
+    bool panel_drawn = false;
+    const FrameWatch content(stage.canvas(), [&] { content_drawn = true; });
+    const FrameWatch panel(stage.panel_canvas(), [&] { panel_drawn = true; });
+    EXPECT_TRUE(Stage::until([&panel_drawn] { return panel_drawn; }));
+    EXPECT_FALSE(content_drawn);
+}
+
 TEST_F(PopupPrerenderTest, NothingOfItIsLeft)
 {
     Stage stage(1280, 720);

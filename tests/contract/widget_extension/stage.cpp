@@ -57,6 +57,7 @@ Stage::Stage(int width, int height)
     evas_object_resize(panel_, width, height);
     Evas_Object *picture = elm_win_inlined_image_object_get(window_);
     evas_object_resize(picture, width, height);
+    evas_object_render_op_set(picture, EVAS_RENDER_COPY);
     evas_object_show(picture);
     elm_win_alpha_set(panel_, EINA_TRUE);
     elm_win_alpha_set(window_, EINA_TRUE);
@@ -152,7 +153,7 @@ const std::uint32_t *Stage::draw()
 {
     if (window_)
         ecore_evas_manual_render(ecore_evas_ecore_evas_get(canvas()));
-    Ecore_Evas *surface = ecore_evas_ecore_evas_get(evas_object_evas_get(panel_));
+    Ecore_Evas *surface = ecore_evas_ecore_evas_get(panel_canvas());
     ecore_evas_manual_render(surface);
     return static_cast<const std::uint32_t *>(ecore_evas_buffer_pixels_get(surface));
 }

@@ -25,6 +25,8 @@ class Stage {
 
     Evas_Object *window() const { return window_; }
     Evas *canvas() const { return evas_object_evas_get(window_); }
+    /** Of the panel, which shows the window. */
+    Evas *panel_canvas() const { return evas_object_evas_get(panel_); }
 
     /** Deletes the window before the stage ends. */
     void delete_window();

@@ -1,5 +1,6 @@
 #include <cstdarg>
 #include <cstdio>
+#include <utility>
 
 #include "widget_test.h"
 
@@ -46,6 +47,22 @@ ShownPopup::ShownPopup(const std::vector<std::string> &rows, int row_in_force, P
 {
     scene.show();
     stage.settle();
+}
+
+FrameWatch::FrameWatch(Evas *canvas, std::function<void()> drawn)
+    : canvas_(canvas), drawn_(std::move(drawn))
+{
+    evas_event_callback_add(canvas_, EVAS_CALLBACK_RENDER_FLUSH_POST, on_drawn, this);
+}
+
+FrameWatch::~FrameWatch()
+{
+    evas_event_callback_del_full(canvas_, EVAS_CALLBACK_RENDER_FLUSH_POST, on_drawn, this);
+}
+
+void FrameWatch::on_drawn(void *data, Evas *, void *)
+{
+    static_cast<FrameWatch *>(data)->drawn_();
 }
 
 Ground::Ground(const Stage &stage)

@@ -1,6 +1,7 @@
 /** What the tests of the widgets share: no error line may come from the library underneath. */
 #pragma once
 
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -35,6 +36,21 @@ struct ShownPopup {
 
     Stage stage;
     PopupScene scene;
+};
+
+/** Calls a function whenever a canvas has been drawn anew. The canvas outlives it. */
+class FrameWatch {
+  public:
+    FrameWatch(Evas *canvas, std::function<void()> drawn);
+    ~FrameWatch();
+    FrameWatch(const FrameWatch &) = delete;
+    FrameWatch &operator=(const FrameWatch &) = delete;
+
+  private:
+    static void on_drawn(void *data, Evas *canvas, void *event);
+
+    Evas *canvas_;
+    std::function<void()> drawn_;
 };
 
 /** A ground as large as its stage, under all that comes there later. */

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <regex>
 
 #include <gmock/gmock.h>
 
+#include "base/orientation.h"
 #include "desktop_support/desktop.h"
 
 namespace desktop_test {
@@ -42,6 +44,22 @@ constexpr Turn TURNS[] = {
 std::string screen_line(const char *what, const Turn &turn)
 {
     return std::string(what) + " angle " + std::to_string(turn.angle) + " screen 0,0 " + turn.size;
+}
+
+/** Has the application draw one red rectangle, or nothing where it is empty. */
+void show_only(Program &app, const platform::Rect &place)
+{
+    app.say("only " + std::to_string(place.x) + " " + std::to_string(place.y) + " " +
+            std::to_string(place.width) + " " + std::to_string(place.height));
+}
+
+/** The toolkit lays a turned picture as much as one pixel beside its place. */
+bool is_about(const platform::Rect &seen, const platform::Rect &place)
+{
+    constexpr int FAR = 2;
+    return std::abs(seen.x - place.x) < FAR && std::abs(seen.y - place.y) < FAR &&
+           std::abs(seen.right() - place.right()) < FAR &&
+           std::abs(seen.bottom() - place.bottom()) < FAR;
 }
 
 class TurnedWindowTest : public DesktopTest, public testing::WithParamInterface<Turn> {
@@ -98,6 +116,30 @@ TEST_P(TurnedWindowTest, FollowsATurn)
     EXPECT_TRUE(wait_until([&] {
         return stored_rotation_state() == std::to_string(turn.state) + "\n";
     })) << stored_rotation_state();
+    EXPECT_EQ(quit(*app), 0);
+}
+
+// As when the options make room for a toast, which lies within them.
+TEST_P(TurnedWindowTest, ShowsAllThatIsDrawnAndNothingElse)
+{
+    auto app = turned_app();
+    const auto orientation = platform::Orientation::clockwise(360 - GetParam().angle);
+    for (const platform::Rect &part :
+         {platform::Rect(), platform::Rect{40, 40, 200, 300}, platform::Rect{90, 200, 60, 20},
+          platform::Rect(), platform::Rect{90, 200, 60, 20}, platform::Rect{300, 20, 50, 90},
+          platform::Rect{40, 40, 330, 300}}) {
+        show_only(*app, part);
+        const platform::Rect laid = orientation.place(part, {SCREEN_WIDTH, SCREEN_HEIGHT});
+        const bool shown = wait_until([&] {
+            const platform::Rect lit = Screen::get().lit_part();
+            return part.empty() ? lit.empty() : is_about(lit, laid);
+        });
+        ASSERT_TRUE(shown) << "instead of " << laid.x << "," << laid.y << " " << laid.width << "x"
+                           << laid.height;
+        // A frame in which nothing of the content changes.
+        app->say("redraw");
+        EXPECT_TRUE(app->hears("redrawn"));
+    }
     EXPECT_EQ(quit(*app), 0);
 }
 
@@ -158,6 +200,26 @@ TEST_F(WindowTest, TellsItsVisibilityAfterTheFirstFrameAndOnceOnly)
     const auto &lines = app->lines();
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "visibility 1"), 1);
     EXPECT_THAT(lines, Not(Contains("visibility 0")));
+}
+
+// Over a film each pixel that is given over costs the compositor time, and the application before
+// it.
+TEST_F(WindowTest, GivesTheCompositorNoMoreThanWhatChanged)
+{
+    auto app = start_and_show({{"WAYLAND_DEBUG", "1"}});
+    // Each of its buffers is filled as a whole the first time.
+    for (const int x : {400, 20, 400, 20}) {
+        const platform::Rect place = {x, 10, 100, 60};
+        show_only(*app, place);
+        EXPECT_TRUE(wait_until([&] { return Screen::get().lit_part() == place; }));
+    }
+    EXPECT_EQ(quit(*app), 0);
+    const std::regex whole("wl_surface@(\\d+)\\.damage_buffer\\(0, 0, 640, 400\\)");
+    std::smatch first;
+    ASSERT_TRUE(std::regex_search(app->errors(), first, whole)) << app->errors();
+    const std::string damage = "wl_surface@" + first[1].str() + ".damage_buffer(";
+    const size_t last = app->errors().rfind(damage);
+    EXPECT_NE(app->errors().substr(last + damage.size(), 8), "0, 0, 64") << app->errors();
 }
 
 TEST_F(WindowTest, SaysOnceThatThisCompositorCannotBeAskedToKeepTheScreenOn)
