@@ -34,6 +34,8 @@ void on_popup_shown(void *, Evas *canvas, Evas_Object *popup, void *)
     // A list can give the focus to a row beyond its view only after it was laid out. Its owner asks
     // for that at the next idle moment, which may come before the next frame.
     evas_smart_objects_calculate(canvas);
+    // After that moment: what asked for it first is called first.
+    WidgetManager::get().draw_soon(popup);
 }
 
 void on_popup_hidden(void *, Evas *, Evas_Object *popup, void *)
@@ -78,7 +80,10 @@ Evas_Object *create_popup(Evas_Object *window)
 void set_popup_style(Evas_Object *popup, PopupStyle style)
 {
     const bool toast = style == PopupStyle::toast;
-    WidgetManager::get().set_style(popup, toast ? "velt_toast" : "velt");
+    WidgetManager &manager = WidgetManager::get();
+    manager.set_style(popup, toast ? "velt_toast" : "velt");
+    if (manager.shows_pictures_unscaled())
+        elm_layout_signal_emit(popup, "velt,pictures,unscaled", "velt");
     elm_object_focus_allow_set(popup, toast ? EINA_FALSE : EINA_TRUE);
     elm_object_tree_focus_allow_set(popup, toast ? EINA_FALSE : EINA_TRUE);
     evas_object_pass_events_set(popup, toast ? EINA_TRUE : EINA_FALSE);

@@ -16,6 +16,8 @@ namespace {
 constexpr double UNITS_OF_LONGER_SIDE = 240.0;
 /** The longer side of the panel that the theme is drawn for. */
 constexpr double DESIGN_SIDE = 1920.0;
+/** Its pictures are drawn larger. */
+constexpr double PICTURE_SCALE = 2.0;
 /** Seconds that the list takes to follow the focus; Elementary's own value lags behind a held key.
  */
 constexpr double BRING_IN_SECONDS = 0.22;
@@ -63,6 +65,7 @@ void WidgetManager::start(Evas_Object *window)
 void WidgetManager::stop()
 {
     prerender_.reset();
+    draw_idler_.reset();
     if (window_) {
         evas_object_event_callback_del_full(window_, EVAS_CALLBACK_RESIZE, on_window_resized, this);
         evas_object_event_callback_del_full(window_, EVAS_CALLBACK_DEL, on_window_deleted, this);
@@ -98,6 +101,11 @@ int WidgetManager::pixels(double units) const
 {
     const double pixels = units * longer_side() / UNITS_OF_LONGER_SIDE;
     return std::isfinite(pixels) ? static_cast<int>(std::lround(pixels)) : 0;
+}
+
+bool WidgetManager::shows_pictures_unscaled() const
+{
+    return longer_side() == static_cast<int>(PICTURE_SCALE * DESIGN_SIDE);
 }
 
 void WidgetManager::update_scale()
@@ -138,6 +146,28 @@ void WidgetManager::outlive_container(Evas_Object *widget)
     evas_object_event_callback_add(widget, EVAS_CALLBACK_DEL, on_content_deleted, this);
 }
 
+void WidgetManager::draw_soon(const Evas_Object *widget)
+{
+    if (!window_ || evas_object_evas_get(widget) != evas_object_evas_get(window_))
+        return;
+    others_were_idle_ = false;
+    if (!draw_idler_)
+        draw_idler_.reset(ecore_idler_add(on_idle, this));
+}
+
+Eina_Bool WidgetManager::on_idle(void *data)
+{
+    auto *self = static_cast<WidgetManager *>(data);
+    // Idlers that were added before this one are called after it.
+    if (!std::exchange(self->others_were_idle_, true))
+        return ECORE_CALLBACK_RENEW;
+    static_cast<void>(self->draw_idler_.release()); // it goes by itself
+    // The window's content is drawn into a picture of the real window, whose turn it is.
+    const Evas_Object *picture = elm_win_inlined_image_object_get(self->window_);
+    ecore_evas_manual_render(ecore_evas_ecore_evas_get(evas_object_evas_get(picture)));
+    return ECORE_CALLBACK_CANCEL;
+}
+
 void WidgetManager::release_held_widgets()
 {
     release_job_.reset();
@@ -154,6 +184,7 @@ void WidgetManager::on_window_deleted(void *data, Evas *, Evas_Object *, void *)
 {
     auto *self = static_cast<WidgetManager *>(data);
     self->prerender_.reset();
+    self->draw_idler_.reset();
     self->window_ = nullptr;
 }
 

@@ -36,6 +36,9 @@ class WidgetManager {
     /** Pixels of so many layout units, rounded. */
     int pixels(double units) const;
 
+    /** Whether the window is as large as the theme's pictures are drawn for. */
+    bool shows_pictures_unscaled() const;
+
     /** Gives a new widget its style of our theme, or none, and its scale. @return the widget. */
     Evas_Object *set_up(Evas_Object *widget, const char *style = nullptr);
 
@@ -49,6 +52,12 @@ class WidgetManager {
      */
     void outlive_container(Evas_Object *widget);
 
+    /**
+     * Draws the window at the next idle moment, rather than when the compositor asks for its next
+     * frame, which a film may delay by a frame or two. A widget on another canvas does nothing.
+     */
+    void draw_soon(const Evas_Object *widget);
+
   private:
     WidgetManager();
     ~WidgetManager();
@@ -61,6 +70,7 @@ class WidgetManager {
     static void on_widget_deleted(void *data, Evas *canvas, Evas_Object *object, void *event);
     static void on_content_deleted(void *data, Evas *canvas, Evas_Object *object, void *event);
     static void on_control_returned(void *data);
+    static Eina_Bool on_idle(void *data);
 
     Evas_Object *window_ = nullptr;
     std::unique_ptr<PopupPrerender> prerender_;
@@ -70,6 +80,8 @@ class WidgetManager {
     /** Deleted widgets whose names are still held. */
     std::vector<std::unique_ptr<Evas_Object, HandleEnd<efl_unref>>> held_widgets_;
     JobPtr release_job_;
+    IdlerPtr draw_idler_;
+    bool others_were_idle_ = false; ///< since draw_soon()
 };
 
 } // namespace platform

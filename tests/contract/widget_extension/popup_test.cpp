@@ -49,6 +49,33 @@ TEST_F(PopupTest, IsDrawnDarkAndTranslucentInItsFirstFrame)
     EXPECT_LT((ground >> 8) & 0xff, 40u);
 }
 
+TEST_F(PopupTest, IsDrawnWithItsFocusBeforeAnybodyAsksForAFrame)
+{
+    Stage stage(1280, 720);
+    PopupScene scene(stage.window(), "Demo", SEVEN_ROWS, 3);
+    stage.settle();
+    // From here on nothing is drawn by itself.
+    ecore_evas_manual_render_set(ecore_evas_ecore_evas_get(stage.panel_canvas()), EINA_TRUE);
+    std::vector<int> focused_when_drawn;
+    const FrameWatch panel(stage.panel_canvas(),
+                           [&] { focused_when_drawn.push_back(scene.focused_row()); });
+    scene.show();
+    EXPECT_TRUE(Stage::until([&] { return !focused_when_drawn.empty(); }));
+    EXPECT_THAT(focused_when_drawn, ElementsAre(3));
+}
+
+TEST_F(PopupTest, ItsPanelIsSmoothedUnlessItsPictureIsShownAsItIs)
+{
+    const auto state = [](PanelSize size) {
+        const ShownPopup shown(SEVEN_ROWS, 0, size);
+        const Evas_Object *drawing = find_drawing(shown.scene.popup, "elm/popup/base/velt");
+        return std::string(edje_object_part_state_get(drawing, "panel", nullptr));
+    };
+    EXPECT_EQ(state({1920, 1080}), "default");
+    EXPECT_EQ(state({3840, 2160}), "unscaled");
+    EXPECT_EQ(state({2160, 3840}), "unscaled");
+}
+
 TEST_F(PopupTest, TheListLearnsThatItIsShownWhenThePopupIs)
 {
     Stage stage(1920, 1080);
