@@ -30,8 +30,12 @@ constexpr size_t KEPT_BUFFERS = 4;
 constexpr double QUIET_TIME_S = 0.5;
 /** Buffers at most, so that a compositor that gives none back cannot eat the memory. */
 constexpr size_t MOST_BUFFERS = 16;
-/** Buffers made ahead of the first frame. */
-constexpr int FIRST_BUFFERS = 3;
+/**
+ * Buffers for the frames after the first one, made while that is on the screen: filling in their
+ * thousands of pages holds up whoever maps memory in the process, and before that frame those are
+ * the threads that open the film.
+ */
+constexpr size_t BUFFERS_AHEAD = 3;
 /**
  * How long the main loop waits for the plane's thread. Told to stop it ends at once, but for the
  * case that it waits for the main loop itself: then this is a hitch, and the rest is done later.
@@ -366,15 +370,21 @@ void WaylandPlane::on_release(void *data, wl_buffer *handle)
     }
 }
 
+void WaylandPlane::make_ahead(size_t count)
+{
+    std::vector<PlaneBufferPtr> made(count);
+    for (PlaneBufferPtr &buffer : made)
+        buffer = acquire();
+}
+
 void WaylandPlane::dispatch()
 {
-    {
-        std::vector<PlaneBufferPtr> first;
-        first.reserve(FIRST_BUFFERS);
-        for (int i = 0; i < FIRST_BUFFERS; ++i)
-            first.push_back(acquire());
-    }
+    make_ahead(1);
+    bool first_shown = false;
     while (!stopping_ && dispatch_once()) {
+        // The compositor gives the black picture back once it shows the first frame.
+        if (presented_ > 0 && !std::exchange(first_shown, true))
+            make_ahead(BUFFERS_AHEAD);
     }
     const std::lock_guard<std::mutex> lock(mutex_);
     thread_ended_ = true;

@@ -91,6 +91,7 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     bool apply_size(const PlaneSize &size);
     bool has_size(const ShmBuffer &buffer) const;
     void forget(const ShmBuffer *buffer);
+    void make_ahead(size_t count);
     void dispatch();
     bool dispatch_once();
     bool fail(const char *step);

@@ -94,6 +94,16 @@ TEST_F(WaylandPlaneTest, HasThePanelsSizeAndIsOneForItsWindow)
     EXPECT_EQ(VideoPlane::for_window(window_), plane_);
 }
 
+TEST_F(WaylandPlaneTest, MakesABufferForTheFirstPictureAndThoseForTheNextWhenItIsThere)
+{
+    EXPECT_TRUE(wait_until([this] { return buffers(plane_) == 2; })) << "with the black one";
+    EXPECT_FALSE(wait_until([this] { return buffers(plane_) > 2; }, 0.3));
+
+    ASSERT_TRUE(plane_->present(picture(*plane_, 0x123456)));
+
+    EXPECT_TRUE(wait_until([this] { return buffers(plane_) >= 4; })) << buffers(plane_);
+}
+
 TEST_F(WaylandPlaneMaking, TakesItsSizeFromThePanelModelWhereThatKnowsIt)
 {
     PanelModel::get().set_size(3840, 2160);
