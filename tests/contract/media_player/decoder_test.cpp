@@ -1,13 +1,38 @@
 // Codecs that nothing on the machine decodes: the log names them, so that the package can be found.
 
+#include <atomic>
+#include <memory>
+#include <string_view>
+
+#include <dlfcn.h>
+
 #include <gmock/gmock.h>
 
+#include "media_player/gst_ptr.h"
+#include "media_player/media_system.h"
 #include "player_fixture.h"
 
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
+
+namespace {
+
+std::atomic<int> loaded_by_themselves{0};
+
+} // namespace
+
+// Stands before the C library's in this program.
+extern "C" void *dlopen(const char *file, int mode)
+{
+    using Open = void *(*)(const char *, int);
+    static const auto open = reinterpret_cast<Open>(dlsym(RTLD_NEXT, "dlopen"));
+    if (file && (mode & RTLD_DEEPBIND) != 0 &&
+        std::string_view(file).find("libgstlibav.so") != std::string_view::npos)
+        loaded_by_themselves++;
+    return open(file, mode);
+}
 
 namespace player_test {
 namespace {
@@ -98,6 +123,25 @@ TEST_F(Decoder, ThatNobodyKnowsIsNamedByItsStream)
     write_file(path("odd.mkv"), contents.replace(codec, 15, "V_MPEG4/ISO/XYZ"));
 
     EXPECT_THAT(log_of(path("odd.mkv")), HasSubstr("no decoder is installed for it ("));
+}
+
+// With a sanitizer the allocator is not the C library's, and everybody has to find the sanitizer's.
+TEST_F(Decoder, LibrariesLookAmongThemselvesFirstWhereTheAllocatorIsTheUsualOne)
+{
+    const auto is_loaded = [] {
+        const std::unique_ptr<GstPlugin, platform::GstObjectUnref> plugin(
+            gst_registry_find_plugin(gst_registry_get(), "libav"));
+        return plugin && gst_plugin_is_loaded(plugin.get());
+    };
+    platform::load_decoders();
+    ASSERT_TRUE(wait_for(is_loaded));
+    platform::abandon_media_system(); // it may be at the next decoder
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    EXPECT_EQ(loaded_by_themselves, 0);
+#else
+    EXPECT_TRUE(wait_for([] { return loaded_by_themselves > 0; }));
+#endif
 }
 
 TEST_F(Decoder, ThatIsThereIsNotMissed)
