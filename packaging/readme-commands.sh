@@ -96,7 +96,7 @@ plays() {
 lay_out_content() {
     local folder
     mkdir -p /etc/ostrel-demo-player-tv
-    printf '[usb]\nmounts = /media/stick\n' >/etc/ostrel-demo-player-tv/tv.conf
+    printf '[usb]\nmounts = /media/stick\n' >>/etc/ostrel-demo-player-tv/tv.conf
     for folder in /opt/data/demo_movie /srv/demo /media/stick/demo; do
         mkdir -p "$folder"
         make-sample-content --quick "$folder" >/dev/null

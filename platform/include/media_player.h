@@ -150,6 +150,9 @@ int player_resize_video_render_rect(player_h player, int x, int y, int width, in
  * that cannot be played is told through the error callback besides. A file whose first frame does
  * not come within 15 seconds has failed.
  *
+ * A set may pass over files that cannot be opened instead: such a one becomes READY too, with
+ * nothing to show, and completes once it is started, looping or not.
+ *
  * @return PLAYER_ERROR_NONE when it was started; INVALID_OPERATION without a uri or while one runs;
  *         RESOURCE_LIMIT when the machine has no thread for it; no callback follows then
  */

@@ -114,6 +114,43 @@ def test_broken_video_ends_the_demo(tv, content, shelf, kind):
     assert tv.config(PLAYBACK_STATUS) == 3
 
 
+def test_broken_videos_are_passed_over_where_the_set_says_so(tv, screen, content, shelf):
+    tv.configure(content={"broken_video": "skip"})
+    shelf.video(content / "red.mp4", "red", seconds=1)
+    bad = {}
+    for kind in ["zero bytes", "text", "a folder", "a dangling link"]:
+        bad[kind] = content / f"{kind}.mp4"
+        BROKEN[kind](bad[kind])
+    bad["noise"] = content / "noise.mp4"
+    bad["noise"].write_bytes(b"\x55" * 100000)
+    shelf.video(content / "green.mp4", "green", seconds=1)
+    bad["cut short"] = content / "cut short.mp4"
+    write_truncated_video(bad["cut short"], shelf)
+    with screen.record() as recorder:
+        player = tv.start(folder=content)
+        wait_until(lambda: len([name for name in recorder.names() if name != "black"]) > 4,
+                   lambda: f"two rounds of red and green; seen so far: {recorder.names()}")
+    seen = recorder.names()
+    # Before the first picture the screen is the compositor's.
+    assert "black" not in seen[1:], seen
+    assert set(seen) - {"black"} == {"red", "green"}, seen
+    assert tv.status()["passed_over"].keys() == {str(path) for path in bad.values()}
+    told = [match.group(1) for _, match in player.log.find_all(r"/([^/]+) cannot be played: ")]
+    assert sorted(told) == sorted(path.name for path in bad.values()), "each is told of once"
+    assert tv.config(PLAYBACK_STATUS) == 1
+
+
+def test_folder_of_broken_videos_is_waited_with_until_one_is_replaced(tv, screen, content, shelf):
+    tv.configure(content={"broken_video": "skip"})
+    write_text(content / "a.mp4")
+    shelf.video(content / "good", "red")
+    player = tv.start(folder=content)
+    player.log.wait(r"none of the videos can be played; the next try is in 2 s")
+    os.replace(content / "good", content / "a.mp4")
+    screen.wait_for("red")
+    assert tv.status()["passed_over"] == {}
+
+
 NAMES_FROM_HELL = [
     b"with some spaces.mp4",
     b"100%.mp4",

@@ -145,6 +145,15 @@ std::vector<StatusNode> picture_nodes(const PictureStatus &picture)
     };
 }
 
+std::vector<StatusNode> passed_over_nodes(const std::vector<BrokenFile> &files)
+{
+    std::vector<StatusNode> nodes;
+    nodes.reserve(files.size());
+    for (const BrokenFile &file : files)
+        nodes.push_back({file.path, file.why});
+    return nodes;
+}
+
 std::vector<StatusNode> rotation_nodes(const RotationTimes &rotation)
 {
     return {
@@ -258,6 +267,7 @@ std::vector<StatusNode> status_nodes(const Status &status)
         {"selection", int64_t{status.selection()}},
         {"player", player_nodes(status.player)},
         {"picture", picture_nodes(status.picture)},
+        {"passed_over", passed_over_nodes(status.passed_over)},
         {"frames",
          std::vector<StatusNode>{{"shown", static_cast<int64_t>(status.frames.presented)},
                                  {"dropped", static_cast<int64_t>(status.frames.dropped)}}},

@@ -54,6 +54,7 @@ Status collect_status()
     Status status;
     status.player = current_player_status();
     status.picture = current_picture_status();
+    status.passed_over = BrokenFiles::get().all();
     status.panel = panel_status();
     status.rotation = rotation_times();
     if (const std::shared_ptr<VideoPlane> plane = VideoPlane::current())

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "control/storage_facts.h"
+#include "media_player/broken_files.h"
 #include "media_player/player_status.h"
 #include "still_picture/picture_status.h"
 #include "video_plane/video_plane.h"
@@ -39,8 +40,9 @@ struct Status {
 
     PlayerStatus player;
     PictureStatus picture;
-    std::optional<ContentList> list;   ///< that of the file that plays; nothing while not known
-    std::optional<int> selection_word; ///< as stored: halves for landscape and portrait
+    std::vector<BrokenFile> passed_over; ///< videos that could not be opened
+    std::optional<ContentList> list;     ///< that of the file that plays; nothing while not known
+    std::optional<int> selection_word;   ///< as stored: halves for landscape and portrait
     PanelStatus panel;
     RotationTimes rotation;
     VideoPlane::Statistics frames;

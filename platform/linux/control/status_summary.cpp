@@ -1,5 +1,6 @@
 // The status as a person reads it.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -207,6 +208,18 @@ std::string joined(const std::vector<std::string> &texts)
     return all.empty() ? "none" : all;
 }
 
+std::string passed_over(const std::vector<BrokenFile> &files)
+{
+    constexpr size_t MOST_NAMED = 3;
+    std::string all;
+    for (size_t i = 0; i < std::min(files.size(), MOST_NAMED); ++i)
+        all += (i == 0 ? "" : "; ") + quoted(last_part(files[i].path)) + ", " +
+               visible_text(files[i].why);
+    if (files.size() > MOST_NAMED)
+        all += "; and " + std::to_string(files.size() - MOST_NAMED) + " more";
+    return all;
+}
+
 std::string blocked(const Status &status)
 {
     std::vector<std::string> everything;
@@ -238,6 +251,8 @@ std::string status_summary(const Status &status)
         add(lines, "Picture", picture(status.player.video));
         add(lines, "Colours", colours(status.player.video));
     }
+    if (!status.passed_over.empty())
+        add(lines, "Passed over", passed_over(status.passed_over));
     add(lines, "List", list(status));
     add(lines, "Selection", selection(status));
     add(lines, "Panel", panel(status.panel));

@@ -30,6 +30,27 @@ constexpr auto LOOK_AFTER_OPENING = std::chrono::milliseconds(250);
 // cold disk. Nothing plays before its end, so it is given up late.
 constexpr auto LONGEST_SET_UP = std::chrono::seconds(180);
 
+// Whether a file fails for what is in it, and not for what is around it.
+bool is_its_own_fault(int error_code)
+{
+    return error_code == PLAYER_ERROR_NOT_SUPPORTED_FILE ||
+           error_code == PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC;
+}
+
+const char *why_not_opened(int error_code)
+{
+    switch (error_code) {
+    case PLAYER_ERROR_NO_SUCH_FILE:
+        return "there is no such file";
+    case PLAYER_ERROR_PERMISSION_DENIED:
+        return "it may not be read";
+    case PLAYER_ERROR_NOT_SUPPORTED_FILE:
+        return "it is empty, or no ordinary file";
+    default:
+        return "it cannot be opened";
+    }
+}
+
 } // namespace
 
 std::shared_ptr<Playback> Playback::open(PlaybackRequest request, PlaybackEvents events)
@@ -176,7 +197,7 @@ std::optional<Playback::Clock::time_point> Playback::next_deadline() const
 {
     std::optional<Clock::time_point> next;
     if (phase_ == Phase::Failed)
-        return next;
+        return pass_over_due_;
     for (const Deadline &deadline : deadlines())
         if (deadline.time && (!next || *deadline.time < *next))
             next = deadline.time;
@@ -186,6 +207,11 @@ std::optional<Playback::Clock::time_point> Playback::next_deadline() const
 void Playback::act_on_deadline()
 {
     const auto now = Clock::now();
+    if (phase_ == Phase::Failed) {
+        pass_over_due_.reset();
+        events_.completed(*this);
+        return;
+    }
     for (const Deadline &deadline : deadlines())
         if (deadline.time && now >= *deadline.time) {
             (this->*deadline.act)();
@@ -222,7 +248,7 @@ void Playback::open_file()
     thread_.post([this, code] {
         // Where the pipeline told a reason, that has been dealt with by now.
         if (code != PLAYER_ERROR_NONE && preparing() && !sound_.silent())
-            fail(code, "it cannot be opened");
+            fail(code, why_not_opened(code));
         else if (phase_ == Phase::Opening)
             phase_ = Phase::AwaitingFrame;
     });
@@ -243,7 +269,13 @@ int Playback::try_open()
         if (const int code = check_media_file(path_))
             return code;
     }
-    thread_.post([this, stamp = file_stamp(path_)] { stamp_ = stamp; });
+    const std::optional<FileStamp> stamp = file_stamp(path_);
+    thread_.post([this, stamp] { stamp_ = stamp; });
+    const BrokenFiles *broken = request_.options->broken_files;
+    if (const auto why = broken && stamp ? broken->why(path_, *stamp) : std::nullopt) {
+        thread_.post([this, why = *why] { fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, why); });
+        return PLAYER_ERROR_NONE;
+    }
     output_->set_end_listener([this] { thread_.post([this] { on_round_shown(); }); });
     thread_.post([this] { read_subtitle(); });
     if (thread_.stopping())
@@ -352,6 +384,7 @@ void Playback::on_nothing_came()
     const auto timeout = request_.options->first_frame_timeout;
     if (waited > (phase_ == Phase::SettingUp ? LONGEST_SET_UP : timeout)) {
         may_be_stale_ = may_be_stale_ && held_results_; // it was waited for long enough
+        timed_out_ = true;
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
     } else if (phase_ == Phase::AwaitingFrame && pipeline_ && pipeline_->reader_gave_up())
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its reader found nothing in it");
@@ -460,6 +493,8 @@ void Playback::finish_preparation()
     }
     const auto prepared = [this] {
         phase_ = Phase::Ready;
+        if (BrokenFiles *broken = request_.options->broken_files)
+            broken->forget(name_);
         events_.prepared(*this);
     };
     if (!looping_ || !pipeline_->goes_in_rounds()) {
@@ -478,9 +513,26 @@ void Playback::fail(int error_code, const std::string &why)
     if (phase_ == Phase::Failed)
         return;
     end_in_failure([this, error_code, why] {
+        if (request_.options->broken_files) {
+            pass_over(error_code, why);
+            return;
+        }
         PLATFORM_LOGW("player", "%s cannot be played: %s", name_.c_str(), why.c_str());
         events_.failed(*this, error_code);
     });
+}
+
+// There is nothing to show of it, so the last picture stays, and once it is started it is over.
+void Playback::pass_over(int error_code, const std::string &why)
+{
+    BrokenFiles &broken = *request_.options->broken_files;
+    const std::optional<FileStamp> stamp = is_its_own_fault(error_code) ? stamp_ : std::nullopt;
+    if (broken.note(name_, stamp, why, !timed_out_))
+        PLATFORM_LOGW("player", "%s cannot be played: %s; it is passed over", name_.c_str(),
+                      why.c_str());
+    const std::shared_ptr<VideoPlane> plane = request_.display->view().plane;
+    pass_over_time_ = broken.pause_for(name_, plane ? plane->statistics().presented : 0);
+    events_.prepared(*this);
 }
 
 void Playback::interrupt(const std::string &why)

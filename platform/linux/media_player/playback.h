@@ -37,7 +37,10 @@ struct PlaybackEvents {
     std::function<void(Playback &from)> completed;
     /** The file plays on in silence. */
     std::function<void(Playback &from)> sound_unsupported;
-    /** The file cannot be prepared; nothing more comes. */
+    /**
+     * The file cannot be prepared; nothing more comes. One that is passed over counts as prepared
+     * instead.
+     */
     std::function<void(Playback &from, int error_code)> failed;
     /** Something else took what is needed; nothing more comes. */
     std::function<void(Playback &from)> interrupted;
@@ -115,7 +118,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
         Playing,
         Paused,
         Ended,
-        Failed,
+        Failed, ///< or passed over, and then started, held and stopped like any other
     };
     bool preparing() const { return phase_ < Phase::Ready; }
     bool running() const { return phase_ == Phase::Playing || phase_ == Phase::Paused; }
@@ -205,6 +208,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void check_broken();
     void restart();
     void fail(int error_code, const std::string &why);
+    void pass_over(int error_code, const std::string &why);
     void interrupt(const std::string &why);
     void become_stale();
     void end_in_failure(std::function<void()> tell);
@@ -237,11 +241,14 @@ class Playback : public std::enable_shared_from_this<Playback> {
     bool may_be_stale_; ///< what goes wrong with it may not go wrong when it is opened anew
     std::map<Track, std::string> missing_decoders_; ///< in words
     bool sound_unsupported_ = false;
+    bool timed_out_ = false;     ///< no first frame came
     bool damage_logged_ = false; ///< a file that plays over and over would tell it each time
     bool looping_;
     bool needs_rewind_ = false; ///< it was started, or opened anew, before
     double wanted_rate_ = 1.0;
     uint64_t rate_request_ = 0;
+    std::chrono::milliseconds pass_over_time_{0}; ///< of a failed file: from its start to its end
+    std::optional<Clock::time_point> pass_over_due_;
 
     SubtitleReading subtitle_;
     Rounds rounds_;

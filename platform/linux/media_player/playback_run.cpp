@@ -18,6 +18,11 @@ double seconds(GstClockTime time)
 
 void Playback::do_start()
 {
+    if (phase_ == Phase::Failed) {
+        // While this takes time nothing at all can be played, and the last picture stays.
+        pass_over_due_ = Clock::now() + pass_over_time_;
+        return;
+    }
     if (phase_ == Phase::Paused) {
         phase_ = Phase::Playing;
         trick_->set_running(true, Clock::now());
@@ -51,6 +56,7 @@ void Playback::do_start()
 
 void Playback::do_pause()
 {
+    pass_over_due_.reset();
     if (phase_ != Phase::Playing)
         return;
     phase_ = Phase::Paused;
@@ -60,6 +66,7 @@ void Playback::do_pause()
 
 void Playback::do_stop()
 {
+    pass_over_due_.reset();
     if (!running() && phase_ != Phase::Ready && phase_ != Phase::Ended)
         return;
     if (running()) {

@@ -10,6 +10,7 @@
 #include "lookahead/lookahead.h"
 #include "media_player/audio_choice.h"
 #include "media_player/audio_sink.h"
+#include "media_player/broken_files.h"
 #include "media_player/media_system.h"
 #include "media_player/pipeline.h"
 #include "settings/settings.h"
@@ -35,6 +36,8 @@ struct PlayerOptions {
     SubtitleLoad load_subtitle = SubtitleTrack::load;
     /** How long a video whose first frame is there may wait for its subtitle. */
     std::chrono::milliseconds subtitle_timeout{3000};
+    /** Keeps those that cannot be opened, which are passed over; null: each such is an error. */
+    BrokenFiles *broken_files = Settings::get().skip_broken_videos ? &BrokenFiles::get() : nullptr;
     /** Names the file that is opened ahead, and hears of those that are played; null: none is. */
     Lookahead *lookahead = &Lookahead::get();
 };

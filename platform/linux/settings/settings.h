@@ -2,8 +2,8 @@
  * What set this machine plays: the contents of tv.conf and of the environment, read once. Every
  * service takes its facts from here. Read-only after the first call, hence safe from any thread.
  *
- * The keys of tv.conf have the names of the fields below, but for "mounts" in [usb]; tv.conf beside
- * this file is an example with every key.
+ * The keys of tv.conf have the names of the fields below, but for those that are named in quotes;
+ * tv.conf beside this file is an example with every key.
  */
 #pragma once
 
@@ -22,6 +22,9 @@ struct Settings {
 
     // [picture]
     double sdr_white = 203; ///< of films of high dynamic range: light that becomes white, cd/m²
+
+    // [content]
+    bool skip_broken_videos = false; ///< "broken_video": end or skip
 
     // [product]
     bool disclaimer = false;      ///< the feature that shows the disclaimer

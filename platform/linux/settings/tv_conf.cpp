@@ -100,6 +100,13 @@ const std::map<std::string, Parser> &parsers()
          [](std::string_view value, Settings &s) {
              return parse_number(value, LEAST_WHITE, MOST_WHITE, s.sdr_white);
          }},
+        {"content/broken_video",
+         [](std::string_view value, Settings &s) {
+             if (value != "end" && value != "skip")
+                 return false;
+             s.skip_broken_videos = value == "skip";
+             return true;
+         }},
         {"product/disclaimer",
          [](std::string_view value, Settings &s) { return parse_bool(value, s.disclaimer); }},
         {"product/store_content_type",

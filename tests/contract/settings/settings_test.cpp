@@ -1,6 +1,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -47,6 +48,7 @@ void expect_defaults(const Settings &settings)
     EXPECT_DOUBLE_EQ(settings.turning_time_s, 3.0);
     EXPECT_EQ(settings.first_rotation_state, 1);
     EXPECT_DOUBLE_EQ(settings.sdr_white, 203);
+    EXPECT_FALSE(settings.skip_broken_videos);
     EXPECT_FALSE(settings.disclaimer);
     EXPECT_EQ(settings.store_content_type, 0);
     EXPECT_EQ(settings.menu_orientation, "");
@@ -78,6 +80,8 @@ TEST_F(SettingsFile, EveryKeyIsRead)
                                    "first_rotation_state = 2\n"
                                    "[picture]\n"
                                    "sdr_white = 100.5\n"
+                                   "[content]\n"
+                                   "broken_video = skip\n"
                                    "[product]\n"
                                    "disclaimer = on\n"
                                    "store_content_type = 1\n"
@@ -95,6 +99,7 @@ TEST_F(SettingsFile, EveryKeyIsRead)
     EXPECT_DOUBLE_EQ(settings.turning_time_s, 0.25);
     EXPECT_EQ(settings.first_rotation_state, 2);
     EXPECT_DOUBLE_EQ(settings.sdr_white, 100.5);
+    EXPECT_TRUE(settings.skip_broken_videos);
     EXPECT_TRUE(settings.disclaimer);
     EXPECT_EQ(settings.store_content_type, 1);
     EXPECT_EQ(settings.menu_orientation, "rtl");
@@ -173,6 +178,7 @@ INSTANTIATE_TEST_SUITE_P(
                     BadValue{"panel", "turning_time_s = 3s", "turning_time_s"},
                     BadValue{"picture", "sdr_white = 79", "sdr_white"},
                     BadValue{"picture", "sdr_white = 1001", "sdr_white"},
+                    BadValue{"content", "broken_video = maybe", "broken_video"},
                     BadValue{"panel", "turning_time_s =", "turning_time_s"},
                     BadValue{"panel", "first_rotation_state = 4", "first_rotation_state"},
                     BadValue{"panel", "first_rotation_state = -1", "first_rotation_state"},
@@ -234,6 +240,15 @@ TEST_F(SettingsFile, ExampleHoldsOnlyTheDefaults)
     EXPECT_EQ(log.text(), "");
 }
 
+TEST_F(SettingsFile, KioskPassesOverBrokenVideosAndIsElseAsUsual)
+{
+    const CapturedLog log;
+    Settings settings = Settings::read(KIOSK_TV_CONF);
+    EXPECT_TRUE(std::exchange(settings.skip_broken_videos, false));
+    expect_defaults(settings);
+    EXPECT_EQ(log.text(), "");
+}
+
 // With its lines taken out of the comments, every key of the example is a key we know.
 TEST_F(SettingsFile, ExampleNamesNoUnknownKey)
 {
@@ -248,7 +263,7 @@ TEST_F(SettingsFile, ExampleNamesNoUnknownKey)
         }
     }
     const Settings settings = read(uncommented);
-    EXPECT_EQ(keys, 12);
+    EXPECT_EQ(keys, 13);
     EXPECT_EQ(settings.usb_mounts.size(), 2u);
     EXPECT_EQ(settings.language, "ko_KR");
     EXPECT_EQ(log_, "");
