@@ -21,8 +21,9 @@ With one or more of these, only the named suites run:
   --quick        for between two edits: --unit and --contract, and of --e2e one demo loop
 
   --nightly      a million events against the model of the player instead of 50,000, and new ones
-                 each day; the thread sanitizer looks at the unit tests as well; after all suites,
-                 breaks the Linux platform on purpose to see whether its tests notice
+                 each day; the thread sanitizer looks at the unit tests as well, and clang-tidy more
+                 deeply; after all suites, breaks the Linux platform on purpose to see whether
+                 its tests notice
   -k EXPR        only tests whose name matches (a regular expression; for --e2e a pytest expression)
   -j N           use N processors (default: all); tests that mostly wait run several to a processor
   --no-install   do not install missing packages
@@ -142,7 +143,9 @@ build_with() {
 with_threads=(unit_event_manager_threads contract_base contract_config_store
     contract_media_player contract_video_plane)
 threads_label=threads
+lint_depth=()
 if [ $nightly = yes ]; then
+    lint_depth=(--deep)
     with_threads+=(unit_util unit_control unit_main unit_model)
     threads_label='threads|unit'
 fi
@@ -246,7 +249,7 @@ elif [ $all = yes ]; then
     run_suites build ""
     await "Building build-asan"
     beside "Building build-tsan" build_with thread build-tsan
-    [ -n "$expression" ] || beside "Lint" packaging/lint.sh build
+    [ -n "$expression" ] || beside "Lint" packaging/lint.sh "${lint_depth[@]}" build
     run_suites build-asan " with sanitizers" -m demo_loop
     await "Building build-tsan"
     suite "Tests of threads" run_ctest build-tsan
@@ -261,7 +264,7 @@ else
     elif [ $unit$contract$e2e$lint != nononono ]; then
         timed "Building build" build_plainly
         [ $unit = no ] || suite "Source tree" run_pytest build tree -q -n "$jobs"
-        [ $lint = no ] || suite "Lint" packaging/lint.sh build
+        [ $lint = no ] || suite "Lint" packaging/lint.sh "${lint_depth[@]}" build
         if [ $quick = yes ]; then run_suites build "" -m demo_loop; else run_suites build ""; fi
     fi
     if [ $tsan = yes ]; then
