@@ -87,15 +87,14 @@ void unpack_doubled_luma(const void *const (&rows)[2], int pixels, int16_t *to)
     }
 }
 
-/** What lies a quarter of the way from one sample to another, around 0. */
-template <typename Layout> inline int16_t mixed(int nearer, int farther)
+/** What lies a quarter of the way from one sample to another, over 2^16. */
+template <typename Layout> inline uint16_t mixed(int nearer, int farther)
 {
-    constexpr int CENTRE = 1 << 15;
-    return static_cast<int16_t>(((3 * nearer + farther) << (14 - Layout::DEPTH)) ^ CENTRE);
+    return static_cast<uint16_t>((3 * nearer + farther) << (14 - Layout::DEPTH));
 }
 
 template <typename Layout>
-void unpack_plane(const void *nearer, const void *farther, int count, int16_t *to)
+void unpack_plane(const void *nearer, const void *farther, int count, uint16_t *to)
 {
     const auto *c0 = static_cast<const typename Layout::Sample *>(nearer);
     const auto *c1 = static_cast<const typename Layout::Sample *>(farther);
@@ -105,7 +104,7 @@ void unpack_plane(const void *nearer, const void *farther, int count, int16_t *t
 
 /** Chroma between the nearer and the farther samples of `from`. */
 template <typename Layout>
-void unpack_chroma(const Sources &from, int count, int16_t *u, int16_t *v)
+void unpack_chroma(const Sources &from, int count, uint16_t *u, uint16_t *v)
 {
     if constexpr (Layout::INTERLEAVED) {
         for (int i = 0; i < count; ++i) {
@@ -120,20 +119,29 @@ void unpack_chroma(const Sources &from, int count, int16_t *u, int16_t *v)
     }
 }
 
-/** A number for each pixel from one for two: a pixel between two of them gets their middle. */
-inline void spread(const int16_t *from, int pixels, int16_t *to)
+inline int16_t around_zero(int chroma)
+{
+    constexpr int CENTRE = 1 << 15;
+    return static_cast<int16_t>(chroma ^ CENTRE);
+}
+
+/**
+ * A number for each pixel from one for two: a pixel between two of them gets their middle.
+ * Processors have an instruction for that of numbers without a sign, rounded up.
+ */
+inline void spread(const uint16_t *from, int pixels, int16_t *to)
 {
     for (ptrdiff_t i = 0; i < (pixels + 1) / 2; ++i) {
-        to[2 * i] = from[i];
-        to[2 * i + 1] = static_cast<int16_t>((from[i] + from[i + 1]) >> 1);
+        to[2 * i] = around_zero(from[i]);
+        to[2 * i + 1] = around_zero((from[i] + from[i + 1] + 1) >> 1);
     }
 }
 
 void unpack(YuvFormat format, const Sources &from, int pixels, Stretch &to)
 {
     // One behind the last, which the last pixel may lie before.
-    int16_t u[STRETCH / 2 + 1];
-    int16_t v[STRETCH / 2 + 1];
+    uint16_t u[STRETCH / 2 + 1];
+    uint16_t v[STRETCH / 2 + 1];
     const int wanted = (pixels + 1) / 2 + 1;
     const int count = wanted < from.chroma ? wanted : from.chroma;
     with_layout(format, [&](auto layout) {
@@ -152,6 +160,8 @@ void unpack(YuvFormat format, const Sources &from, int pixels, Stretch &to)
 
 void unpack_doubled(YuvFormat format, const Sources &from, int pixels, Stretch &to)
 {
+    uint16_t chroma_u[STRETCH];
+    uint16_t chroma_v[STRETCH];
     with_layout(format, [&](auto layout) {
         using Layout = decltype(layout);
         unpack_doubled_luma<Layout>(from.y, pixels, to.y);
@@ -166,10 +176,14 @@ void unpack_doubled(YuvFormat format, const Sources &from, int pixels, Stretch &
                     from.chroma};
         };
         const int count = pixels < from.chroma ? pixels : from.chroma - 1;
-        unpack_chroma<Layout>(between(0, 1), count, to.u, to.v);
+        unpack_chroma<Layout>(between(0, 1), count, chroma_u, chroma_v);
         if (count < pixels)
-            unpack_chroma<Layout>(between(count, count), 1, to.u + count, to.v + count);
+            unpack_chroma<Layout>(between(count, count), 1, chroma_u + count, chroma_v + count);
     });
+    for (int x = 0; x < pixels; ++x) {
+        to.u[x] = around_zero(chroma_u[x]);
+        to.v[x] = around_zero(chroma_v[x]);
+    }
 }
 
 /** The upper half of a product. */
