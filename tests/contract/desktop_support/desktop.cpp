@@ -155,6 +155,8 @@ DesktopTest::DesktopTest()
     variables_["OSTREL_DEMO_RUNTIME_DIR"] = folder_ / "run";
     variables_["OSTREL_DEMO_TV_CONF"] = folder_ / "tv.conf";
     variables_["HOME"] = folder_.path();
+    // A new home would have every program look through all plugins of the media system.
+    variables_["GST_REGISTRY_1_0"] = std::string(TEST_APP) + ".gstreamer-registry";
     write_settings("[panel]\nrotator = true\nturning_time_s = 0.1\n");
 }
 

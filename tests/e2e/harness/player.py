@@ -184,6 +184,8 @@ class Tv:
         return {
             **kept,
             "HOME": str(self.folder),
+            # A new home would have every player look through all plugins of the media system.
+            "GST_REGISTRY_1_0": os.path.join(self.build_dir, "tests", "gstreamer-registry"),
             "LANG": "C.UTF-8",
             "XDG_RUNTIME_DIR": self.screen.runtime_dir,
             "WAYLAND_DISPLAY": self.screen.socket,
