@@ -21,13 +21,15 @@ constexpr auto LATE = std::chrono::milliseconds(10);
 constexpr int SHORTEST_REST = 15;
 constexpr int LONGEST_REST = 120 * SHORTEST_REST;
 
-// A pace that was kept so much longer than the rest before was lost for another reason.
+// A pace that was kept for so many times as many pictures as the rest before had was lost for
+// another reason.
 constexpr int KEPT = 10;
 
 } // namespace
 
 bool FieldPace::on_picture(std::chrono::nanoseconds late)
 {
+    had_fields_ = true;
     late_ += late > LATE ? 1 : 0;
     if (++pictures_ < STRETCH)
         return false;

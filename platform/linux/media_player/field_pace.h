@@ -26,9 +26,13 @@ class FieldPace {
      */
     bool is_halved() const { return halved_; }
 
+    /** Whether there were any such frames; the caps of some films do not say so. Any thread. */
+    bool had_fields() const { return had_fields_; }
+
   private:
     bool halve();
 
+    std::atomic<bool> had_fields_{false};
     std::atomic<bool> halved_{false};
     int pictures_ = 0;      ///< in the present stretch
     int late_ = 0;          ///< of them

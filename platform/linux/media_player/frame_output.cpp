@@ -155,6 +155,7 @@ void FrameOutput::count_dropped()
 VideoStatus FrameOutput::status() const
 {
     VideoStatus status = facts_.get();
+    status.interlaced = status.interlaced || field_pace_.had_fields();
     status.halved = field_pace_.is_halved();
     status.shown = shown_;
     status.dropped = dropped_;

@@ -233,6 +233,7 @@ TEST_P(InterlacedFile, IsShownFieldByFieldInFullHeightAndNotCombed)
 
     expect_smooth(2 * FRAMES);
     EXPECT_LE(pictures(), 2u * FRAMES);
+    EXPECT_TRUE(player_->status().video.interlaced);
 }
 
 INSTANTIATE_TEST_SUITE_P(Codings, InterlacedFile,
