@@ -98,7 +98,7 @@ def test_status_tells_of_the_films_picture(tv, screen, content, shelf):
     screen.wait_for("red")
     lines = summary(tv)
     assert re.fullmatch(r"320x180, 30 frames/s, I420 by avdec_h264; "
-                        r"\d+ shown, \d+ dropped, \d+ late", lines["Picture"])
+                        r"\d+ pictures shown, \d+ dropped, \d+ late", lines["Picture"])
     assert re.fullmatch(r"range limited \(\w+\), matrix bt601 \(\w+\), transfer \w+ \(\w+\), "
                         r"primaries \w+ \(\w+\), not mapped", lines["Colours"])
     video = tv.status()["player"]["video"]
