@@ -6,7 +6,7 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 
 # The analyzer walks through a function until it has met this many states. Those that it meets after
 # them cost half of the time; they are for the night.
-states=40000
+states=20000
 if [ "${1:-}" = --deep ]; then
     states=225000
     shift
