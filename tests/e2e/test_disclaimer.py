@@ -26,12 +26,16 @@ def overlay_box(screen, colour):
 
 
 def wait_overlay(screen, colour):
+    """Where something lies over the picture, in two looks alike: one alone may see a frame half drawn."""
+    box = None
+
     def lies_over():
-        box = overlay_box(screen, colour)
-        return box is not None and (box[2] - box[0]) * (box[3] - box[1]) < 0.6 * screen.width * \
-            screen.height
+        nonlocal box
+        former, box = box, overlay_box(screen, colour)
+        return box is not None and box == former and \
+            (box[2] - box[0]) * (box[3] - box[1]) < 0.6 * screen.width * screen.height
     wait_until(lies_over, f"something over the {colour} picture")
-    return overlay_box(screen, colour)
+    return box
 
 
 def wait_alone(screen, colour):
