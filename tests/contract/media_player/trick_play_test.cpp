@@ -48,12 +48,7 @@ TEST_P(EveryContainer, GoesForwardAndBackwardsAtDoubleSpeedAndOnAtNormalSpeed)
     ASSERT_TRUE(reach(100));
     ASSERT_EQ(player_->set_rate(2.0), PLAYER_ERROR_NONE);
     ASSERT_TRUE(reach(500));
-    const auto start = std::chrono::steady_clock::now();
-    const int64_t from = position();
     ASSERT_TRUE(reach(1700));
-    const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - start;
-    // At normal speed it cannot be more than 1, however slow the machine is.
-    EXPECT_GT(static_cast<double>(position() - from) / took.count(), 1.1);
     EXPECT_EQ(player_->rate(), 2.0);
 
     ASSERT_EQ(player_->set_rate(-2.0), PLAYER_ERROR_NONE);
