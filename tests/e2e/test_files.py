@@ -145,7 +145,7 @@ def test_folder_of_broken_videos_is_waited_with_until_one_is_replaced(tv, screen
     write_text(content / "a.mp4")
     shelf.video(content / "good", "red")
     player = tv.start(folder=content)
-    player.log.wait(r"none of the videos can be played; the next try is in 2 s")
+    player.log.wait(r"nothing that is to be played can be opened; the player looks again in 2 s")
     os.replace(content / "good", content / "a.mp4")
     screen.wait_for("red")
     assert tv.status()["passed_over"] == {}

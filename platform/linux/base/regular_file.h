@@ -19,8 +19,11 @@
 
 namespace platform {
 
-/** Changes when another file takes a file's place, or when it is written to. */
-using FileStamp = std::array<int64_t, 5>;
+/**
+ * Changes when another file takes a file's place, when it is written to, even if its time is set back
+ * afterwards, and when its owner or rights change.
+ */
+using FileStamp = std::array<int64_t, 7>;
 
 /** @return nothing where there is no file, or none that can be seen */
 std::optional<FileStamp> file_stamp(const std::string &path);

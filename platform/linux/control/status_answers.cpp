@@ -100,6 +100,8 @@ void StatusAnswers::give(unsigned int number, StorageFacts facts)
     found->deadline.reset();
     found->status.list = std::move(facts.list);
     found->status.usb = std::move(facts.usb);
+    if (facts.passed_over)
+        found->status.passed_over = std::move(*facts.passed_over);
     found->answer(found->status);
     waiting_.erase(found);
 }

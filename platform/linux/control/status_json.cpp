@@ -130,6 +130,7 @@ std::vector<StatusNode> player_nodes(const PlayerStatus &player)
         {"rate", player.rate},
         {"subtitle", player.has_subtitle},
         {"looping", player.looping},
+        {"looks_again_ms", known_time(player.looks_again_ms)},
         {"video", video_value(player.video)},
     };
 }
@@ -145,11 +146,11 @@ std::vector<StatusNode> picture_nodes(const PictureStatus &picture)
     };
 }
 
-std::vector<StatusNode> passed_over_nodes(const std::vector<BrokenFile> &files)
+std::vector<StatusNode> passed_over_nodes(const std::vector<UnplayableFile> &files)
 {
     std::vector<StatusNode> nodes;
     nodes.reserve(files.size());
-    for (const BrokenFile &file : files)
+    for (const UnplayableFile &file : files)
         nodes.push_back({file.path, file.why});
     return nodes;
 }

@@ -54,7 +54,7 @@ Status collect_status()
     Status status;
     status.player = current_player_status();
     status.picture = current_picture_status();
-    status.passed_over = BrokenFiles::get().all();
+    status.passed_over = UnplayableFiles::get().all();
     status.panel = panel_status();
     status.rotation = rotation_times();
     if (const std::shared_ptr<VideoPlane> plane = VideoPlane::current())
@@ -71,7 +71,7 @@ Status collect_status()
 StorageQuestion storage_question(const Status &status, const timespec &list_made)
 {
     const bool direct_backlight = Settings::get().store_content_type == DIRECT_BACKLIGHT;
-    return {status.file(), direct_backlight, list_made, usb_changes()};
+    return {status.file(), direct_backlight, list_made, usb_changes(), status.passed_over};
 }
 
 Status::Playing Status::playing() const

@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "control/storage_facts.h"
-#include "media_player/broken_files.h"
 #include "media_player/player_status.h"
+#include "media_player/unplayable_files.h"
 #include "still_picture/picture_status.h"
 #include "video_plane/video_plane.h"
 
@@ -40,9 +40,10 @@ struct Status {
 
     PlayerStatus player;
     PictureStatus picture;
-    std::vector<BrokenFile> passed_over; ///< videos that could not be opened
-    std::optional<ContentList> list;     ///< that of the file that plays; nothing while not known
-    std::optional<int> selection_word;   ///< as stored: halves for landscape and portrait
+    /** Videos that could not be opened; before the storage is asked, those that are gone as well. */
+    std::vector<UnplayableFile> passed_over;
+    std::optional<ContentList> list;   ///< that of the file that plays; nothing while not known
+    std::optional<int> selection_word; ///< as stored: halves for landscape and portrait
     PanelStatus panel;
     RotationTimes rotation;
     VideoPlane::Statistics frames;

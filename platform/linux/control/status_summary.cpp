@@ -88,6 +88,9 @@ std::string playing(const Status &status)
     case Status::Playing::Photo:
         return "photo " + quoted(last_part(status.picture.path));
     case Status::Playing::Video:
+        if (player.looks_again_ms >= 0)
+            return "nothing can be played; looks again in " +
+                   duration(static_cast<int>((player.looks_again_ms + 999) / 1000));
         text = "video " + quoted(last_part(player.path));
         break;
     }
@@ -208,7 +211,7 @@ std::string joined(const std::vector<std::string> &texts)
     return all.empty() ? "none" : all;
 }
 
-std::string passed_over(const std::vector<BrokenFile> &files)
+std::string passed_over(const std::vector<UnplayableFile> &files)
 {
     constexpr size_t MOST_NAMED = 3;
     std::string all;

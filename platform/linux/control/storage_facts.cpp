@@ -1,5 +1,8 @@
 #include "control/storage_facts.h"
 
+#include <algorithm>
+#include <cerrno>
+
 #include <sys/stat.h>
 
 namespace platform {
@@ -21,6 +24,12 @@ bool unchanged_since(const std::string &folder, const timespec &made)
            seconds(status.st_ctim) < seconds(made) - COARSE_TICK_S;
 }
 
+bool is_gone(const UnplayableFile &file)
+{
+    struct stat status = {};
+    return lstat(file.path.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
+}
+
 } // namespace
 
 std::optional<ContentList> content_list_of(const std::string &path, bool direct_backlight,
@@ -38,6 +47,8 @@ StorageFacts read_storage(const StorageQuestion &question)
     if (!question.file.empty())
         facts.list = content_list_of(question.file, question.direct_backlight, question.list_made);
     facts.usb = usb_mount_paths(question.usb);
+    std::vector<UnplayableFile> &left = facts.passed_over.emplace(question.passed_over);
+    left.erase(std::remove_if(left.begin(), left.end(), is_gone), left.end());
     return facts;
 }
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "media_player/unplayable_files.h"
 #include "player_rules/content_rules.h"
 #include "usb_storage/usb_devices.h"
 
@@ -30,11 +31,13 @@ struct StorageQuestion {
     bool direct_backlight = false; ///< as for content_kind()
     timespec list_made = {};
     UsbChanges usb;
+    std::vector<UnplayableFile> passed_over;
 };
 
 struct StorageFacts {
     std::optional<ContentList> list;             ///< that of the file
     std::optional<std::vector<std::string>> usb; ///< where sticks are mounted
+    std::optional<std::vector<UnplayableFile>> passed_over; ///< those that are still there
 };
 
 /** Answers a question; called in a thread of its own. */

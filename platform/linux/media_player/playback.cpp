@@ -30,11 +30,13 @@ constexpr auto LOOK_AFTER_OPENING = std::chrono::milliseconds(250);
 // cold disk. Nothing plays before its end, so it is given up late.
 constexpr auto LONGEST_SET_UP = std::chrono::seconds(180);
 
-// Whether a file fails for what is in it, and not for what is around it.
+// Whether a file fails for what it is, and not for what is around it: a new start of the program
+// makes no difference to it.
 bool is_its_own_fault(int error_code)
 {
     return error_code == PLAYER_ERROR_NOT_SUPPORTED_FILE ||
-           error_code == PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC;
+           error_code == PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC ||
+           error_code == PLAYER_ERROR_PERMISSION_DENIED;
 }
 
 const char *why_not_opened(int error_code)
@@ -179,25 +181,25 @@ void Playback::dispose()
 }
 
 /** All that can fall due, the more urgent first. */
-std::array<Playback::Deadline, 7> Playback::deadlines() const
+std::array<Playback::Deadline, 8> Playback::deadlines() const
 {
     std::optional<Clock::time_point> step;
     if (phase_ == Phase::Playing && !wait_)
         step = trick_->deadline();
+    const Clock::time_point end = passing_over_ends_;
     return {{{wait_ ? std::optional(wait_->limit) : std::nullopt, &Playback::on_ready_too_late},
              {subtitle_.due(), &Playback::give_up_subtitle},
              {rounds_.due(), &Playback::on_round_due},
              {break_.due(), &Playback::check_broken},
              {stall_.due(), &Playback::check_for_stall},
              {step, &Playback::step_back},
-             {end_.due(), &Playback::check_for_end}}};
+             {end_.due(), &Playback::check_for_end},
+             {end != NEVER ? std::optional(end) : std::nullopt, &Playback::end_passing_over}}};
 }
 
 std::optional<Playback::Clock::time_point> Playback::next_deadline() const
 {
     std::optional<Clock::time_point> next;
-    if (phase_ == Phase::Failed)
-        return pass_over_due_;
     for (const Deadline &deadline : deadlines())
         if (deadline.time && (!next || *deadline.time < *next))
             next = deadline.time;
@@ -207,11 +209,6 @@ std::optional<Playback::Clock::time_point> Playback::next_deadline() const
 void Playback::act_on_deadline()
 {
     const auto now = Clock::now();
-    if (phase_ == Phase::Failed) {
-        pass_over_due_.reset();
-        events_.completed(*this);
-        return;
-    }
     for (const Deadline &deadline : deadlines())
         if (deadline.time && now >= *deadline.time) {
             (this->*deadline.act)();
@@ -271,8 +268,8 @@ int Playback::try_open()
     }
     const std::optional<FileStamp> stamp = file_stamp(path_);
     thread_.post([this, stamp] { stamp_ = stamp; });
-    const BrokenFiles *broken = request_.options->broken_files;
-    if (const auto why = broken && stamp ? broken->why(path_, *stamp) : std::nullopt) {
+    const UnplayableFiles *unplayable = request_.options->unplayable_files;
+    if (const auto why = unplayable && stamp ? unplayable->why(path_, *stamp) : std::nullopt) {
         thread_.post([this, why = *why] { fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, why); });
         return PLAYER_ERROR_NONE;
     }
@@ -384,7 +381,6 @@ void Playback::on_nothing_came()
     const auto timeout = request_.options->first_frame_timeout;
     if (waited > (phase_ == Phase::SettingUp ? LONGEST_SET_UP : timeout)) {
         may_be_stale_ = may_be_stale_ && held_results_; // it was waited for long enough
-        timed_out_ = true;
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
     } else if (phase_ == Phase::AwaitingFrame && pipeline_ && pipeline_->reader_gave_up())
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its reader found nothing in it");
@@ -493,8 +489,8 @@ void Playback::finish_preparation()
     }
     const auto prepared = [this] {
         phase_ = Phase::Ready;
-        if (BrokenFiles *broken = request_.options->broken_files)
-            broken->forget(name_);
+        if (UnplayableFiles *unplayable = request_.options->unplayable_files)
+            unplayable->forget(name_);
         events_.prepared(*this);
     };
     if (!looping_ || !pipeline_->goes_in_rounds()) {
@@ -510,34 +506,69 @@ void Playback::finish_preparation()
 
 void Playback::fail(int error_code, const std::string &why)
 {
-    if (phase_ == Phase::Failed)
+    if (phase_ >= Phase::Failed)
         return;
-    end_in_failure([this, error_code, why] {
-        if (request_.options->broken_files) {
-            pass_over(error_code, why);
+    // Before the media system is up the machine is to blame, and no file.
+    const bool may_pass_over = request_.options->unplayable_files && phase_ != Phase::SettingUp;
+    end_in_failure([this, error_code, why, may_pass_over] {
+        if (may_pass_over && pass_over(error_code, why))
             return;
-        }
         PLATFORM_LOGW("player", "%s cannot be played: %s", name_.c_str(), why.c_str());
         events_.failed(*this, error_code);
     });
 }
 
 // There is nothing to show of it, so the last picture stays, and once it is started it is over.
-void Playback::pass_over(int error_code, const std::string &why)
+bool Playback::pass_over(int error_code, const std::string &why)
 {
-    BrokenFiles &broken = *request_.options->broken_files;
-    const std::optional<FileStamp> stamp = is_its_own_fault(error_code) ? stamp_ : std::nullopt;
-    if (broken.note(name_, stamp, why, !timed_out_))
+    const PlayerOptions &options = *request_.options;
+    const bool its_own_fault = is_its_own_fault(error_code);
+    const std::shared_ptr<VideoPlane> plane = request_.display->view().plane;
+    const FruitlessRounds::Verdict verdict = options.fruitless_rounds->on_passed_over(
+        name_, its_own_fault, plane ? plane->statistics().presented : 0);
+    if (verdict.give_up)
+        return false;
+    pass_over_time_ = verdict.pause;
+    if (options.unplayable_files->note(name_, its_own_fault ? stamp_ : std::nullopt, why))
         PLATFORM_LOGW("player", "%s cannot be played: %s; it is passed over", name_.c_str(),
                       why.c_str());
-    const std::shared_ptr<VideoPlane> plane = request_.display->view().plane;
-    pass_over_time_ = broken.pause_for(name_, plane ? plane->statistics().presented : 0);
+    phase_ = Phase::PassedOver;
     events_.prepared(*this);
+    let_go_of_file();
+    return true;
+}
+
+// What opens it may hang in a read: then all else goes on, and the file is let go of afterwards.
+void Playback::let_go_of_file()
+{
+    subtitle_.give_up();
+    const auto let_go = [this] {
+        trick_.reset();
+        pipeline_.reset();
+        opener_.close();
+    };
+    if (!opener_.post(let_go))
+        let_go(); // it was opened anew, by this thread
+}
+
+void Playback::end_passing_over()
+{
+    passing_over_ends_ = NEVER;
+    events_.completed(*this);
+}
+
+std::chrono::milliseconds Playback::waits() const
+{
+    const Clock::time_point end = passing_over_ends_;
+    if (end == NEVER)
+        return {};
+    return std::max(std::chrono::milliseconds(0),
+                    std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()));
 }
 
 void Playback::interrupt(const std::string &why)
 {
-    if (phase_ == Phase::Failed)
+    if (phase_ >= Phase::Failed)
         return;
     end_in_failure([this, why] {
         PLATFORM_LOGW("player", "%s was interrupted: %s", name_.c_str(), why.c_str());

@@ -37,10 +37,7 @@ struct PlaybackEvents {
     std::function<void(Playback &from)> completed;
     /** The file plays on in silence. */
     std::function<void(Playback &from)> sound_unsupported;
-    /**
-     * The file cannot be prepared; nothing more comes. One that is passed over counts as prepared
-     * instead.
-     */
+    /** The file cannot be prepared, and is not passed over; nothing more comes. */
     std::function<void(Playback &from, int error_code)> failed;
     /** Something else took what is needed; nothing more comes. */
     std::function<void(Playback &from)> interrupted;
@@ -94,12 +91,15 @@ class Playback : public std::enable_shared_from_this<Playback> {
     GstClockTime duration() const { return duration_; }
     VideoStatus video() const { return output_->status(); }
     bool has_subtitle() const { return has_subtitle_; }
+    /** Of a file that is passed over: how long it lasts, where nothing can be played; else 0. */
+    std::chrono::milliseconds waits() const;
 
     Playback(PlaybackRequest request, PlaybackEvents events);
     ~Playback();
 
   private:
     using Clock = WorkerThread::Clock;
+    static constexpr Clock::time_point NEVER = Clock::time_point::max();
 
     /**
      * A picture that was sought is given up after this, and the play goes on with what there is.
@@ -118,7 +118,8 @@ class Playback : public std::enable_shared_from_this<Playback> {
         Playing,
         Paused,
         Ended,
-        Failed, ///< or passed over, and then started, held and stopped like any other
+        Failed,     ///< or stale; nothing more is done
+        PassedOver, ///< told to be ready, though it has failed, and to be over once it is started
     };
     bool preparing() const { return phase_ < Phase::Ready; }
     bool running() const { return phase_ == Phase::Playing || phase_ == Phase::Paused; }
@@ -139,7 +140,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     // The thread.
     void begin();
     void dispose();
-    std::array<Deadline, 7> deadlines() const;
+    std::array<Deadline, 8> deadlines() const;
     std::optional<Clock::time_point> next_deadline() const;
     void act_on_deadline();
     void await_ready(std::function<void()> next, std::chrono::milliseconds limit,
@@ -208,7 +209,9 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void check_broken();
     void restart();
     void fail(int error_code, const std::string &why);
-    void pass_over(int error_code, const std::string &why);
+    bool pass_over(int error_code, const std::string &why);
+    void let_go_of_file();
+    void end_passing_over();
     void interrupt(const std::string &why);
     void become_stale();
     void end_in_failure(std::function<void()> tell);
@@ -224,6 +227,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     std::atomic<GstClockTime> duration_{GST_CLOCK_TIME_NONE};
     std::atomic<bool> has_subtitle_{false};
     std::atomic<bool> count_drops_{true};
+    std::atomic<Clock::time_point> passing_over_ends_{NEVER};
 
     // Made by the opener, then used by the thread alone.
     int generation_ = 0; ///< of the pipeline
@@ -241,14 +245,12 @@ class Playback : public std::enable_shared_from_this<Playback> {
     bool may_be_stale_; ///< what goes wrong with it may not go wrong when it is opened anew
     std::map<Track, std::string> missing_decoders_; ///< in words
     bool sound_unsupported_ = false;
-    bool timed_out_ = false;     ///< no first frame came
     bool damage_logged_ = false; ///< a file that plays over and over would tell it each time
     bool looping_;
     bool needs_rewind_ = false; ///< it was started, or opened anew, before
     double wanted_rate_ = 1.0;
     uint64_t rate_request_ = 0;
-    std::chrono::milliseconds pass_over_time_{0}; ///< of a failed file: from its start to its end
-    std::optional<Clock::time_point> pass_over_due_;
+    std::chrono::milliseconds pass_over_time_{0}; ///< of one passed over: from its start to its end
 
     SubtitleReading subtitle_;
     Rounds rounds_;

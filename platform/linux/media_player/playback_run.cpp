@@ -18,9 +18,9 @@ double seconds(GstClockTime time)
 
 void Playback::do_start()
 {
-    if (phase_ == Phase::Failed) {
+    if (phase_ == Phase::PassedOver) {
         // While this takes time nothing at all can be played, and the last picture stays.
-        pass_over_due_ = Clock::now() + pass_over_time_;
+        passing_over_ends_ = Clock::now() + pass_over_time_;
         return;
     }
     if (phase_ == Phase::Paused) {
@@ -56,7 +56,7 @@ void Playback::do_start()
 
 void Playback::do_pause()
 {
-    pass_over_due_.reset();
+    passing_over_ends_ = NEVER;
     if (phase_ != Phase::Playing)
         return;
     phase_ = Phase::Paused;
@@ -66,7 +66,7 @@ void Playback::do_pause()
 
 void Playback::do_stop()
 {
-    pass_over_due_.reset();
+    passing_over_ends_ = NEVER;
     if (!running() && phase_ != Phase::Ready && phase_ != Phase::Ended)
         return;
     if (running()) {

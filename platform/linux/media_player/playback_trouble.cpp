@@ -27,7 +27,7 @@ std::string Playback::why_no_picture(const std::string &otherwise) const
 
 void Playback::on_failure(const Failure &failure)
 {
-    if (phase_ == Phase::Failed || phase_ == Phase::Ended)
+    if (phase_ >= Phase::Ended)
         return;
     if (!failure.details.empty())
         PLATFORM_LOGD("player", "%s: %s", name_.c_str(), failure.details.c_str());

@@ -387,6 +387,8 @@ PlayerStatus Player::status() const
     status.duration_ms = milliseconds(current_->duration());
     status.video = current_->video();
     status.has_subtitle = current_->has_subtitle();
+    if (const std::chrono::milliseconds wait = current_->waits(); wait.count() > 0)
+        status.looks_again_ms = wait.count();
     return status;
 }
 

@@ -10,9 +10,10 @@
 #include "lookahead/lookahead.h"
 #include "media_player/audio_choice.h"
 #include "media_player/audio_sink.h"
-#include "media_player/broken_files.h"
+#include "media_player/fruitless_rounds.h"
 #include "media_player/media_system.h"
 #include "media_player/pipeline.h"
+#include "media_player/unplayable_files.h"
 #include "settings/settings.h"
 #include "subtitles/subtitle_track.h"
 
@@ -37,7 +38,10 @@ struct PlayerOptions {
     /** How long a video whose first frame is there may wait for its subtitle. */
     std::chrono::milliseconds subtitle_timeout{3000};
     /** Keeps those that cannot be opened, which are passed over; null: each such is an error. */
-    BrokenFiles *broken_files = Settings::get().skip_broken_videos ? &BrokenFiles::get() : nullptr;
+    UnplayableFiles *unplayable_files =
+        Settings::get().skip_broken_videos ? &UnplayableFiles::get() : nullptr;
+    /** Says how long a list of nothing but such is waited with; not used without the former. */
+    FruitlessRounds *fruitless_rounds = &FruitlessRounds::get();
     /** Names the file that is opened ahead, and hears of those that are played; null: none is. */
     Lookahead *lookahead = &Lookahead::get();
 };

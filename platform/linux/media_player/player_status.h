@@ -79,6 +79,7 @@ struct PlayerStatus {
     VideoStatus video;         ///< all defaults before the first frame
     bool has_subtitle = false; ///< a subtitle file was read and is being shown
     bool looping = false;
+    int64_t looks_again_ms = -1; ///< while nothing can be played: when it is tried again; else -1
 };
 
 /** The status of the player that was made last; all defaults when there is none. */

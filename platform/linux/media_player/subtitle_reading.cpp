@@ -41,6 +41,7 @@ bool SubtitleReading::has_changed(const std::string &path) const
 void SubtitleReading::give_up()
 {
     pending_ = false;
+    limit_.reset();
     reader_->close();
 }
 

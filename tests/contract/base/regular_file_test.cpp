@@ -119,6 +119,25 @@ TEST_F(RegularFile, HasAnotherStampWhenItIsWrittenToOrReplaced)
     EXPECT_FALSE(file_stamp(path_));
 }
 
+TEST_F(RegularFile, HasAnotherStampWhenItIsRepairedInPlaceAndItsTimeSetBack)
+{
+    const auto stamp = file_stamp(write("taxt"));
+    struct stat before = {};
+    ASSERT_EQ(stat(path_.c_str(), &before), 0);
+    const timespec times[] = {before.st_atim, before.st_mtim};
+    struct stat after = before;
+
+    // The file system's clock ticks some hundred times a second.
+    while (after.st_ctim.tv_sec == before.st_ctim.tv_sec &&
+           after.st_ctim.tv_nsec == before.st_ctim.tv_nsec) {
+        write("text");
+        ASSERT_EQ(utimensat(AT_FDCWD, path_.c_str(), times, 0), 0);
+        ASSERT_EQ(stat(path_.c_str(), &after), 0);
+    }
+
+    EXPECT_NE(file_stamp(path_), stamp);
+}
+
 TEST(ReadPiece, GoesOnAfterASignal)
 {
     int ends[2];

@@ -146,6 +146,15 @@ TEST(StatusSummary, TellsHowAVideoPlays)
               begin + ", about to start");
 }
 
+TEST(StatusSummary, TellsWhenNothingCanBePlayed)
+{
+    const Status status = with([](Status &s) { s.player.looks_again_ms = 31001; });
+    EXPECT_THAT(status_summary(status),
+                HasSubstr("Playing:        nothing can be played; looks again in 32 s\n"
+                          "File:           /demo/b.mp4\n"));
+    EXPECT_THAT(status_as_json(status_nodes(status)), HasSubstr("\"looks_again_ms\": 31001, "));
+}
+
 TEST(StatusSummary, TellsOfAVideosPicture)
 {
     EXPECT_THAT(status_summary(with([](Status &s) { s.player.video = a_video(); })),
@@ -323,7 +332,7 @@ TEST(StatusNodes, HoldEverythingForPrograms)
         R"("photos": 1, "names": ["a.mp4", "b.mp4", "c.jpg"]}, "selection": 0, )"
         R"("player": {"state": "playing", "file": "/demo/b.mp4", "position_ms": 12345, )"
         R"("duration_ms": 3723000, "rate": 1, "subtitle": false, "looping": false, )"
-        R"("video": null}, )"
+        R"("looks_again_ms": null, "video": null}, )"
         R"("picture": {"file": null, "shown": false, "width": 0, "height": 0, )"
         R"("colour_profile": null}, "passed_over": {}, )"
         R"("frames": {"shown": 1234, "dropped": 5}, )"

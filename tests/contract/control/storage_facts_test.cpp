@@ -97,6 +97,23 @@ TEST_F(ContentListTest, FolderThatWasChangedSinceTellsNothing)
     EXPECT_FALSE(list_of("a.mp4", -1));
 }
 
+TEST_F(ContentListTest, FilesThatWerePassedOverAreLeftOutWhenTheyAreGone)
+{
+    add("a.mp4");
+    std::filesystem::create_symlink("nowhere", folder_ / "link.mp4");
+    platform::StorageQuestion question;
+    for (const char *name : {"a.mp4", "gone.mp4", "a.mp4/below.mp4", "link.mp4"})
+        question.passed_over.push_back({folder_ / name, "rubbish"});
+
+    const auto left = platform::read_storage(question).passed_over;
+
+    ASSERT_TRUE(left);
+    ASSERT_EQ(left->size(), 2u);
+    EXPECT_EQ((*left)[0].path, folder_ / "a.mp4");
+    EXPECT_EQ((*left)[1].path, folder_ / "link.mp4");
+    EXPECT_EQ((*left)[1].why, "rubbish");
+}
+
 TEST_F(ContentListTest, FileThatIsNotThereOrInNoListTellsNothing)
 {
     add("a.mp4");

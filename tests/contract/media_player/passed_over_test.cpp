@@ -30,10 +30,24 @@ class PassedOver : public PlayerTest {
     platform::PlayerOptions skipping_options()
     {
         platform::PlayerOptions options = usual_options();
-        options.broken_files = &broken_;
+        options.unplayable_files = &unplayable_;
+        options.fruitless_rounds = &rounds_;
         options.make_audio_sink = [this, make = options.make_audio_sink] {
             openings_++;
             return make();
+        };
+        return options;
+    }
+
+    /** Options with a sound device that refuses the first so many files for no fault of theirs. */
+    platform::PlayerOptions options_without_sound_device(int refusals)
+    {
+        platform::PlayerOptions options = skipping_options();
+        options.make_audio_sink = [this, refusals, make = options.make_audio_sink] {
+            platform::ElementPtr sink = make();
+            if (openings_ <= refusals)
+                gst_util_set_object_arg(G_OBJECT(sink.get()), "state-error", "ready-to-paused");
+            return sink;
         };
         return options;
     }
@@ -63,15 +77,22 @@ class PassedOver : public PlayerTest {
         };
     }
 
-    /** Makes the next round of nothing but bad.mp4 wait for longer than any test. */
-    void make_waits_long()
+    /** Makes the next round of nothing but one file wait for longer than any test. */
+    void make_waits_long(const std::string &file)
     {
-        broken_.note(path("bad.mp4"), {}, "", false);
         for (int round = 0; round < 8; round++)
-            broken_.pause_for(path("bad.mp4"), shown());
+            rounds_.on_passed_over(file, true, shown());
     }
 
-    platform::BrokenFiles broken_;
+    /** Asks for a file, and tells whether it becomes ready. */
+    testing::AssertionResult ready(const std::string &file)
+    {
+        player_->unprepare();
+        return prepared(file);
+    }
+
+    platform::UnplayableFiles unplayable_;
+    platform::FruitlessRounds rounds_;
     std::atomic<int> openings_{0};
 };
 
@@ -87,8 +108,8 @@ TEST_F(PassedOver, IsPreparedAndCompletedAndLeavesTheLastPicture)
     EXPECT_EQ(player_->state(), PLAYER_STATE_READY);
     EXPECT_EQ(shown(), shown_before);
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("bad.mp4 cannot be played: "));
-    ASSERT_EQ(broken_.all().size(), 1u);
-    EXPECT_EQ(broken_.all()[0].path, path("bad.mp4"));
+    ASSERT_EQ(unplayable_.all().size(), 1u);
+    EXPECT_EQ(unplayable_.all()[0].path, path("bad.mp4"));
     player_->unprepare();
     EXPECT_TRUE(playing(path("a.mp4"))) << "the next one plays";
 }
@@ -106,25 +127,78 @@ TEST_F(PassedOver, IsWhateverCannotBeOpened)
                              "photo.mp4", "missing.mp4"})
         EXPECT_THAT(outcome(path(name)), ElementsAre("prepared", "completed")) << name;
 
-    EXPECT_EQ(broken_.all().size(), 7u);
+    EXPECT_EQ(unplayable_.all().size(), 7u);
     EXPECT_EQ(shown(), 0u);
 }
 
-TEST_F(PassedOver, IsNotOpenedAgainUntilItChanges)
+TEST_F(PassedOver, IsOpenedTwiceAndThenNotUntilItChanges)
 {
-    ASSERT_TRUE(prepared(path("bad.mp4")));
-    EXPECT_EQ(openings_, 1);
     testing::internal::CaptureStderr();
+    for (const int openings : {1, 2, 2, 2}) {
+        ASSERT_TRUE(ready(path("bad.mp4")));
+        EXPECT_EQ(openings_, openings);
+    }
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(log.find("cannot be played"), log.rfind("cannot be played")) << log;
 
-    player_->unprepare();
-    EXPECT_TRUE(prepared(path("bad.mp4")));
-
-    EXPECT_EQ(openings_, 1);
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), Not(HasSubstr("cannot be played")));
     player_->unprepare();
     std::filesystem::rename(clip("good.mp4"), path("bad.mp4"));
     EXPECT_TRUE(playing(path("bad.mp4")));
-    EXPECT_THAT(broken_.all(), IsEmpty());
+    EXPECT_THAT(unplayable_.all(), IsEmpty());
+}
+
+TEST_F(PassedOver, IsLetGoOfAtOnce)
+{
+    platform::PlayerOptions options = skipping_options();
+    std::shared_ptr<GstElement> device;
+    options.make_audio_sink = [&device, make = options.make_audio_sink] {
+        platform::ElementPtr sink = make();
+        device.reset(GST_ELEMENT(gst_object_ref(sink.get())), gst_object_unref);
+        return sink;
+    };
+    std::atomic<bool> given_up{false};
+    options.load_subtitle = [&given_up](const std::string &, std::string &,
+                                        const platform::StopRequest &stop) {
+        while (!stop())
+            std::this_thread::yield();
+        given_up = true;
+        return std::unique_ptr<platform::SubtitleTrack>();
+    };
+    make_player(options);
+    make_sound(path("song.ogg"));
+    make_waits_long(path("song.ogg"));
+    ASSERT_EQ(player_->set_subtitle_path(path("song.srt")), PLAYER_ERROR_NONE);
+    ASSERT_TRUE(prepared(path("song.ogg")));
+    ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
+
+    const auto stopped = [&device] {
+        GstState state = GST_STATE_VOID_PENDING;
+        gst_element_get_state(device.get(), &state, nullptr, 0);
+        return state == GST_STATE_NULL;
+    };
+    EXPECT_TRUE(wait_for(stopped));
+    EXPECT_TRUE(wait_for([&given_up] { return given_up.load(); }));
+
+    EXPECT_EQ(player_->state(), PLAYER_STATE_PLAYING) << "it waits";
+    player_->destroy();
+}
+
+TEST_F(PassedOver, ThatIsSlowToReadDoesNotHoldUpTheOthers)
+{
+    platform::PlayerOptions options = skipping_options();
+    options.first_frame_timeout = std::chrono::milliseconds(1000);
+    std::promise<void> answer;
+    options.make_audio_sink = [make = options.make_audio_sink,
+                               answered = answer.get_future().share()] {
+        platform::ElementPtr sink = make();
+        answered.wait();
+        return sink;
+    };
+    make_player(options);
+
+    EXPECT_THAT(outcome(clip("slow.mp4")), ElementsAre("prepared", "completed"));
+
+    answer.set_value();
 }
 
 TEST_F(PassedOver, ThatIsMissingIsLookedForEachTimeAndToldOfOnce)
@@ -142,49 +216,49 @@ TEST_F(PassedOver, ThatIsMissingIsLookedForEachTimeAndToldOfOnce)
     EXPECT_TRUE(playing(clip("later.mp4")));
 }
 
-TEST_F(PassedOver, ThatComesToNothingInTimeIsTriedTwice)
-{
-    platform::PlayerOptions options = skipping_options();
-    options.first_frame_timeout = std::chrono::milliseconds(1000);
-    std::promise<void> answer;
-    options.make_audio_sink = [make = options.make_audio_sink,
-                               answered = answer.get_future().share()] {
-        platform::ElementPtr sink = make();
-        answered.wait();
-        return sink;
-    };
-    make_player(options);
-    const std::string file = clip("slow.mp4");
-
-    for (int time = 0; time < 2; time++) {
-        EXPECT_TRUE(prepared(file));
-        player_->unprepare();
-    }
-    answer.set_value();
-    EXPECT_TRUE(prepared(file));
-
-    EXPECT_EQ(openings_, 2);
-}
-
 TEST_F(PassedOver, ThatFailsForWhatIsAroundItIsTriedEachTime)
 {
-    platform::PlayerOptions options = skipping_options();
-    options.make_audio_sink = [this, make = options.make_audio_sink] {
-        platform::ElementPtr sink = make();
-        if (openings_ <= 2)
-            gst_util_set_object_arg(G_OBJECT(sink.get()), "state-error", "ready-to-paused");
-        return sink;
-    };
-    make_player(options);
+    make_player(options_without_sound_device(2));
     const std::string file = clip("a.mp4");
 
     for (int time = 0; time < 2; time++) {
-        EXPECT_TRUE(prepared(file));
-        EXPECT_EQ(broken_.all().size(), 1u);
-        player_->unprepare();
+        EXPECT_TRUE(ready(file));
+        EXPECT_EQ(unplayable_.all().size(), 1u);
     }
 
+    player_->unprepare();
     EXPECT_TRUE(playing(file));
+}
+
+TEST_F(PassedOver, IsAnErrorWhereNothingPlaysAndTheFilesAreNotToBlame)
+{
+    make_player(options_without_sound_device(100));
+    const std::string file = clip("a.mp4");
+    ASSERT_TRUE(ready(path("bad.mp4")));
+    ASSERT_TRUE(ready(file));
+    ASSERT_TRUE(ready(path("bad.mp4"))) << "the round begins anew after a wait";
+    ASSERT_TRUE(ready(file));
+    testing::internal::CaptureStderr();
+
+    player_->unprepare();
+    ASSERT_EQ(prepare(path("bad.mp4")), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(wait_for([this] { return events().size() == 5; }));
+    EXPECT_THAT(events().back(), HasSubstr("error "));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("bad.mp4 cannot be played: "));
+    EXPECT_EQ(player_->state(), PLAYER_STATE_IDLE);
+}
+
+TEST_F(PassedOver, IsNoneBeforeTheMediaSystemIsUp)
+{
+    platform::PlayerOptions options = skipping_options();
+    options.set_up = [](const std::atomic<bool> &) { return false; };
+    make_player(options);
+
+    ASSERT_EQ(prepare(clip("a.mp4")), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(wait_for_event("error " + std::to_string(PLAYER_ERROR_INVALID_OPERATION)));
+    EXPECT_THAT(unplayable_.all(), IsEmpty());
 }
 
 TEST_F(PassedOver, IsHeldLikeAnyOther)
@@ -223,11 +297,16 @@ TEST_F(PassedOver, CompletesWhereItIsToPlayOverAndOver)
 
 TEST_F(PassedOver, WaitsWhereNothingElseHasBeenShown)
 {
-    make_waits_long();
+    make_waits_long(path("bad.mp4"));
     ASSERT_TRUE(prepared(path("bad.mp4")));
+    EXPECT_EQ(player_->status().looks_again_ms, -1);
     ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
 
+    EXPECT_TRUE(wait_for([this] { return player_->status().looks_again_ms > 0; }));
     EXPECT_TRUE(stays([this] { return player_->state() == PLAYER_STATE_PLAYING; }, 0.3));
+    EXPECT_LE(player_->status().looks_again_ms, 60000);
+    EXPECT_EQ(player_->pause(), PLAYER_ERROR_NONE);
+    EXPECT_TRUE(wait_for([this] { return player_->status().looks_again_ms == -1; }));
 
     player_->unprepare();
     ASSERT_TRUE(playing(clip("a.mp4")));
@@ -238,11 +317,11 @@ TEST_F(PassedOver, ThatWasOpenedAheadIsPassedOverWhenItIsAskedFor)
 {
     player_->open_ahead({path("bad.mp4"), {}});
     EXPECT_TRUE(wait_for([this] { return openings_ == 1; }));
-    EXPECT_THAT(broken_.all(), IsEmpty()) << "nobody has asked for it";
+    EXPECT_THAT(unplayable_.all(), IsEmpty()) << "nobody has asked for it";
 
     EXPECT_THAT(outcome(path("bad.mp4")), ElementsAre("prepared", "completed"));
 
-    EXPECT_EQ(broken_.all().size(), 1u);
+    EXPECT_EQ(unplayable_.all().size(), 1u);
 }
 
 TEST_F(PassedOver, IsNoFileThatBreaksInItsMiddle)
@@ -253,7 +332,7 @@ TEST_F(PassedOver, IsNoFileThatBreaksInItsMiddle)
     ASSERT_TRUE(playing(path("cut.mkv")));
 
     EXPECT_TRUE(wait_for_event("completed"));
-    EXPECT_THAT(broken_.all(), IsEmpty());
+    EXPECT_THAT(unplayable_.all(), IsEmpty());
 }
 
 } // namespace

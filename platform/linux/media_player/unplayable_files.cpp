@@ -1,0 +1,66 @@
+#include "media_player/unplayable_files.h"
+
+#include <utility>
+
+#include "log/platform_log.h"
+
+namespace platform {
+namespace {
+
+/** More of them are tried each time, and told of as a whole. */
+constexpr size_t MOST_FILES = 4096;
+
+} // namespace
+
+UnplayableFiles &UnplayableFiles::get()
+{
+    // Never destroyed: threads of files that close slowly may outlive the program's other parts.
+    static auto &files = *new UnplayableFiles;
+    return files;
+}
+
+bool UnplayableFiles::note(const std::string &path, const std::optional<FileStamp> &stamp,
+                           const std::string &why)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (files_.size() >= MOST_FILES && files_.count(path) == 0) {
+        if (!std::exchange(fullness_logged_, true))
+            PLATFORM_LOGW("player", "more than %zu videos cannot be opened; the others are passed "
+                                    "over without a word",
+                          MOST_FILES);
+        return false;
+    }
+    Entry &entry = files_[path];
+    const bool news = entry.why != why || entry.stamp != stamp;
+    entry.failed_twice = !entry.why.empty() && entry.stamp == stamp;
+    entry.stamp = stamp;
+    entry.why = why;
+    return news;
+}
+
+void UnplayableFiles::forget(const std::string &path)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    files_.erase(path);
+}
+
+std::optional<std::string> UnplayableFiles::why(const std::string &path,
+                                                const FileStamp &stamp) const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    const auto found = files_.find(path);
+    if (found == files_.end() || !found->second.failed_twice || found->second.stamp != stamp)
+        return std::nullopt;
+    return found->second.why;
+}
+
+std::vector<UnplayableFile> UnplayableFiles::all() const
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    std::vector<UnplayableFile> all;
+    for (const auto &[path, entry] : files_)
+        all.push_back({path, entry.why});
+    return all;
+}
+
+} // namespace platform

@@ -1,0 +1,93 @@
+// How long a list in which nothing can be played is waited with, and when that is given up.
+
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include "media_player/fruitless_rounds.h"
+
+namespace {
+
+using namespace std::chrono_literals;
+using platform::FruitlessRounds;
+using testing::HasSubstr;
+
+constexpr bool OWN_FAULT = true;
+
+class FruitlessRoundsTest : public testing::Test {
+  protected:
+    std::chrono::milliseconds pause_for(const std::string &path, uint64_t shown = 7)
+    {
+        const FruitlessRounds::Verdict verdict = rounds_.on_passed_over(path, OWN_FAULT, shown);
+        EXPECT_FALSE(verdict.give_up) << path;
+        return verdict.pause;
+    }
+
+    bool gives_up_at(const std::string &path, bool own_fault, uint64_t shown = 7)
+    {
+        return rounds_.on_passed_over(path, own_fault, shown).give_up;
+    }
+
+    FruitlessRounds rounds_;
+};
+
+TEST_F(FruitlessRoundsTest, BecomeRarer)
+{
+    EXPECT_EQ(pause_for("/a.mp4"), 0s);
+    EXPECT_EQ(pause_for("/b.mp4"), 0s);
+    testing::internal::CaptureStderr();
+
+    for (const auto &pause : {1s, 2s, 4s, 8s, 16s, 32s, 60s, 60s}) {
+        EXPECT_EQ(pause_for("/a.mp4"), pause);
+        EXPECT_EQ(pause_for("/b.mp4"), 0s) << "of the same round";
+    }
+
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(log, HasSubstr("nothing that is to be played can be opened; "
+                               "the player looks again in 2 s"));
+    EXPECT_EQ(log.find("in 60 s"), log.rfind("in 60 s")) << "said once: " << log;
+}
+
+TEST_F(FruitlessRoundsTest, EndWithAnythingThatIsShown)
+{
+    for (int round = 0; round < 3; ++round)
+        pause_for("/a.mp4", 7);
+
+    EXPECT_EQ(pause_for("/a.mp4", 8), 0s);
+    EXPECT_EQ(pause_for("/a.mp4", 8), 1s);
+}
+
+TEST_F(FruitlessRoundsTest, HaveOneWaitEachHoweverLongTheListIs)
+{
+    for (const auto &pause : {0s, 1s, 2s}) {
+        EXPECT_EQ(pause_for("/0"), pause);
+        for (int number = 1; number < 5000; ++number)
+            ASSERT_EQ(pause_for("/" + std::to_string(number)), 0s) << number;
+    }
+}
+
+TEST_F(FruitlessRoundsTest, AreGivenUpWhereTwoInARowHaveAnotherFaultThanTheFiles)
+{
+    EXPECT_FALSE(gives_up_at("/a.mp4", OWN_FAULT));
+    EXPECT_FALSE(gives_up_at("/b.mp4", !OWN_FAULT));
+    EXPECT_FALSE(gives_up_at("/a.mp4", OWN_FAULT)) << "it may have passed after a wait";
+    EXPECT_FALSE(gives_up_at("/b.mp4", !OWN_FAULT));
+
+    EXPECT_TRUE(gives_up_at("/a.mp4", OWN_FAULT));
+}
+
+TEST_F(FruitlessRoundsTest, AreNotGivenUpForAFaultThatHasPassed)
+{
+    gives_up_at("/a.mp4", !OWN_FAULT);
+    EXPECT_FALSE(gives_up_at("/a.mp4", OWN_FAULT));
+
+    EXPECT_FALSE(gives_up_at("/a.mp4", OWN_FAULT));
+}
+
+TEST_F(FruitlessRoundsTest, AreNotGivenUpWhereSomethingIsShownBetween)
+{
+    for (uint64_t shown = 1; shown < 6; ++shown)
+        EXPECT_FALSE(gives_up_at("/a.mp4", !OWN_FAULT, shown / 2));
+}
+
+} // namespace

@@ -1,0 +1,93 @@
+// Which videos are passed over without being tried.
+
+#include <gmock/gmock.h>
+
+#include "media_player/unplayable_files.h"
+
+namespace {
+
+using platform::UnplayableFiles;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr platform::FileStamp ONE = {1, 2, 3, 4, 5, 6, 7};
+constexpr platform::FileStamp ANOTHER = {1, 2, 3, 4, 5, 6, 8};
+
+TEST(UnplayableFilesTest, AFileThatHasFailedTwiceIsKnownUntilItChanges)
+{
+    UnplayableFiles files;
+    EXPECT_FALSE(files.why("/a.mp4", ONE));
+
+    files.note("/a.mp4", ONE, "it has no picture");
+    EXPECT_FALSE(files.why("/a.mp4", ONE)) << "something else may have been to blame";
+    files.note("/a.mp4", ONE, "it has no picture");
+
+    EXPECT_EQ(files.why("/a.mp4", ONE), "it has no picture");
+    EXPECT_FALSE(files.why("/a.mp4", ANOTHER));
+    EXPECT_FALSE(files.why("/b.mp4", ONE));
+}
+
+TEST(UnplayableFilesTest, AFileThatHasChangedHasTwoTriesAgain)
+{
+    UnplayableFiles files;
+    files.note("/a.mp4", ONE, "rubbish");
+    files.note("/a.mp4", ONE, "rubbish");
+
+    files.note("/a.mp4", ANOTHER, "rubbish");
+    EXPECT_FALSE(files.why("/a.mp4", ANOTHER));
+
+    files.note("/a.mp4", ANOTHER, "rubbish");
+    EXPECT_TRUE(files.why("/a.mp4", ANOTHER));
+}
+
+TEST(UnplayableFilesTest, AFileWithoutAStampIsToldOfAndTriedEachTime)
+{
+    UnplayableFiles files;
+
+    for (int time = 0; time < 2; ++time)
+        files.note("/a.mp4", std::nullopt, "there is no such file");
+
+    ASSERT_EQ(files.all().size(), 1u);
+    EXPECT_EQ(files.all()[0].path, "/a.mp4");
+    EXPECT_EQ(files.all()[0].why, "there is no such file");
+    EXPECT_FALSE(files.why("/a.mp4", ONE));
+}
+
+TEST(UnplayableFilesTest, TheSameIsNewsOnce)
+{
+    UnplayableFiles files;
+
+    EXPECT_TRUE(files.note("/a.mp4", ONE, "it has no picture"));
+    EXPECT_FALSE(files.note("/a.mp4", ONE, "it has no picture"));
+    EXPECT_TRUE(files.note("/a.mp4", ONE, "it is a photo"));
+    EXPECT_TRUE(files.note("/a.mp4", ANOTHER, "it is a photo"));
+}
+
+TEST(UnplayableFilesTest, AFileThatCouldBeOpenedIsNotToldOfAnyMore)
+{
+    UnplayableFiles files;
+    files.note("/a.mp4", ONE, "it has no picture");
+
+    files.forget("/a.mp4");
+
+    EXPECT_THAT(files.all(), IsEmpty());
+}
+
+TEST(UnplayableFilesTest, TheyAreNotKeptWithoutEndAndTheRestIsToldOfOnce)
+{
+    UnplayableFiles files;
+    for (int number = 0; number < 4096; ++number)
+        EXPECT_TRUE(files.note("/" + std::to_string(number), ONE, "rubbish"));
+    testing::internal::CaptureStderr();
+
+    for (int number = 4096; number < 5000; ++number)
+        EXPECT_FALSE(files.note("/" + std::to_string(number), ONE, "rubbish"));
+
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(log, HasSubstr("more than 4096 videos cannot be opened"));
+    EXPECT_EQ(log.find("more than"), log.rfind("more than")) << log;
+    EXPECT_EQ(files.all().size(), 4096u);
+    EXPECT_TRUE(files.note("/0", ONE, "still rubbish")) << "it is listed";
+}
+
+} // namespace
