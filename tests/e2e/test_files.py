@@ -146,6 +146,8 @@ def test_folder_of_broken_videos_is_waited_with_until_one_is_replaced(tv, screen
     shelf.video(content / "good", "red")
     player = tv.start(folder=content)
     player.log.wait(r"nothing that is to be played can be opened; the player looks again in 2 s")
+    wait_until(lambda: tv.status()["player"]["looks_again_ms"],
+               lambda: f"a status of a player that waits, not {tv.status()['player']}")
     os.replace(content / "good", content / "a.mp4")
     screen.wait_for("red")
     assert tv.status()["passed_over"] == {}
