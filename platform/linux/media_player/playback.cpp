@@ -522,7 +522,9 @@ void Playback::fail(int error_code, const std::string &why)
 bool Playback::pass_over(int error_code, const std::string &why)
 {
     const PlayerOptions &options = *request_.options;
-    const bool its_own_fault = is_its_own_fault(error_code);
+    // A decoder that is missing may have failed to load, or be installed one day.
+    const bool its_own_fault =
+        is_its_own_fault(error_code) && missing_decoders_.count(Track::Picture) == 0;
     const std::shared_ptr<VideoPlane> plane = request_.display->view().plane;
     const FruitlessRounds::Verdict verdict = options.fruitless_rounds->on_passed_over(
         name_, its_own_fault, plane ? plane->statistics().presented : 0);

@@ -103,6 +103,28 @@ TEST_F(Decoder, ThatIsMissingForThePictureIsNamed)
     }
 }
 
+TEST_F(Decoder, ThatIsMissingForThePictureIsLookedForEachTime)
+{
+    platform::UnplayableFiles unplayable;
+    platform::FruitlessRounds rounds;
+    platform::PlayerOptions options = usual_options();
+    options.unplayable_files = &unplayable;
+    options.fruitless_rounds = &rounds;
+    make_player(options);
+    const std::string file = clip("a.mp4");
+    {
+        const WithoutDecoders gone("video/x-h264");
+        ASSERT_TRUE(gone.any());
+        for (int time = 0; time < 2; time++) {
+            EXPECT_TRUE(prepared(file)) << "it is passed over";
+            EXPECT_EQ(unplayable.all().size(), 1u);
+            player_->unprepare();
+        }
+    }
+
+    EXPECT_TRUE(playing(file));
+}
+
 TEST_F(Decoder, ThatIsMissingForTheSoundIsNamed)
 {
     const std::string file = clip("a.mp4");
