@@ -20,8 +20,8 @@
 namespace platform {
 
 /**
- * Changes when another file takes a file's place, when it is written to, even if its time is set back
- * afterwards, and when its owner or rights change.
+ * Changes when another file takes a file's place, when it is written to, even if its time is set
+ * back afterwards, and when its owner or rights change.
  */
 using FileStamp = std::array<int64_t, 7>;
 

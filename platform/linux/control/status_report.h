@@ -40,7 +40,7 @@ struct Status {
 
     PlayerStatus player;
     PictureStatus picture;
-    /** Videos that could not be opened; before the storage is asked, those that are gone as well. */
+    /** Videos that could not be opened; until the storage has been asked, also those now gone. */
     std::vector<UnplayableFile> passed_over;
     std::optional<ContentList> list;   ///< that of the file that plays; nothing while not known
     std::optional<int> selection_word; ///< as stored: halves for landscape and portrait

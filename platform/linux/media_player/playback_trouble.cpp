@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <utility>
 
 #include "log/platform_log.h"
@@ -6,6 +7,18 @@
 #include "media_player/playback.h"
 
 namespace platform {
+namespace {
+
+// Whether a file fails for what it is, and not for what is around it: a new start of the program
+// makes no difference to it.
+bool is_its_own_fault(int error_code)
+{
+    return error_code == PLAYER_ERROR_NOT_SUPPORTED_FILE ||
+           error_code == PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC ||
+           error_code == PLAYER_ERROR_PERMISSION_DENIED;
+}
+
+} // namespace
 
 void Playback::on_decoder_missing(Track track, const std::string &what)
 {
@@ -191,6 +204,56 @@ void Playback::restart()
             resume_pipeline();
     };
     await_ready(go_on, LONGEST_SEEK, [this] { complete(); });
+}
+
+// There is nothing to show of it, so the last picture stays, and once it is started it is over.
+bool Playback::pass_over(int error_code, const std::string &why)
+{
+    const PlayerOptions &options = *request_.options;
+    // A decoder that is missing may have failed to load, or be installed one day.
+    const bool its_own_fault =
+        is_its_own_fault(error_code) && missing_decoders_.count(Track::Picture) == 0;
+    const std::shared_ptr<VideoPlane> plane = request_.display->view().plane;
+    const FruitlessRounds::Verdict verdict = options.fruitless_rounds->on_passed_over(
+        name_, its_own_fault, plane ? plane->statistics().presented : 0);
+    if (verdict.give_up)
+        return false;
+    pass_over_time_ = verdict.pause;
+    if (options.unplayable_files->note(name_, its_own_fault ? stamp_ : std::nullopt, why))
+        PLATFORM_LOGW("player", "%s cannot be played: %s; it is passed over", name_.c_str(),
+                      why.c_str());
+    phase_ = Phase::PassedOver;
+    events_.prepared(*this);
+    let_go_of_file();
+    return true;
+}
+
+// What opens it may hang in a read: then all else goes on, and the file is let go of afterwards.
+void Playback::let_go_of_file()
+{
+    subtitle_.give_up();
+    const auto let_go = [this] {
+        trick_.reset();
+        pipeline_.reset();
+        opener_.close();
+    };
+    if (!opener_.post(let_go))
+        let_go(); // it was opened anew, by this thread
+}
+
+void Playback::end_passing_over()
+{
+    passing_over_ends_ = NEVER;
+    events_.completed(*this);
+}
+
+std::chrono::milliseconds Playback::waits() const
+{
+    const Clock::time_point end = passing_over_ends_;
+    if (end == NEVER)
+        return {};
+    return std::max(std::chrono::milliseconds(0),
+                    std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()));
 }
 
 } // namespace platform

@@ -12,7 +12,6 @@
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 
 namespace player_test {
 namespace {
