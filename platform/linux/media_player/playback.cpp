@@ -372,6 +372,7 @@ void Playback::on_nothing_came()
     const auto timeout = request_.options->first_frame_timeout;
     if (waited > (phase_ == Phase::SettingUp ? LONGEST_SET_UP : timeout)) {
         may_be_stale_ = may_be_stale_ && held_results_; // it was waited for long enough
+        timed_out_ = true;
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
     } else if (phase_ == Phase::AwaitingFrame && pipeline_ && pipeline_->reader_gave_up())
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its reader found nothing in it");

@@ -245,6 +245,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     bool may_be_stale_; ///< what goes wrong with it may not go wrong when it is opened anew
     std::map<Track, std::string> missing_decoders_; ///< in words
     bool sound_unsupported_ = false;
+    bool timed_out_ = false;     ///< no first frame came
     bool damage_logged_ = false; ///< a file that plays over and over would tell it each time
     bool looping_;
     bool needs_rewind_ = false; ///< it was started, or opened anew, before

@@ -214,8 +214,10 @@ bool Playback::pass_over(int error_code, const std::string &why)
     const bool its_own_fault =
         is_its_own_fault(error_code) && missing_decoders_.count(Track::Picture) == 0;
     const std::shared_ptr<VideoPlane> plane = request_.display->view().plane;
+    // A file that comes too slowly is not to hold up the others again and again; but where none
+    // comes, the disk or the machine may be slow.
     const FruitlessRounds::Verdict verdict = options.fruitless_rounds->on_passed_over(
-        name_, its_own_fault, plane ? plane->statistics().presented : 0);
+        name_, its_own_fault && !timed_out_, plane ? plane->statistics().presented : 0);
     if (verdict.give_up)
         return false;
     pass_over_time_ = verdict.pause;

@@ -182,10 +182,10 @@ TEST_F(PassedOver, IsLetGoOfAtOnce)
     player_->destroy();
 }
 
-TEST_F(PassedOver, ThatIsSlowToReadDoesNotHoldUpTheOthers)
+TEST_F(PassedOver, ThatNeverComesIsTriedTwiceAndThenAnErrorWhereNothingElsePlays)
 {
     platform::PlayerOptions options = skipping_options();
-    options.first_frame_timeout = std::chrono::milliseconds(1000);
+    options.first_frame_timeout = std::chrono::milliseconds(100);
     std::promise<void> answer;
     options.make_audio_sink = [make = options.make_audio_sink,
                                answered = answer.get_future().share()] {
@@ -194,9 +194,15 @@ TEST_F(PassedOver, ThatIsSlowToReadDoesNotHoldUpTheOthers)
         return sink;
     };
     make_player(options);
+    const std::string file = clip("slow.mp4");
 
-    EXPECT_THAT(outcome(clip("slow.mp4")), ElementsAre("prepared", "completed"));
+    EXPECT_THAT(outcome(file), ElementsAre("prepared", "completed"));
+    EXPECT_TRUE(ready(file));
+    player_->unprepare();
+    EXPECT_EQ(prepare(file), PLAYER_ERROR_NONE);
 
+    EXPECT_TRUE(wait_for_event("error " + std::to_string(PLAYER_ERROR_NOT_SUPPORTED_FILE)));
+    EXPECT_EQ(openings_, 2);
     answer.set_value();
 }
 
