@@ -12,9 +12,13 @@ std::optional<FileStamp> file_stamp(const std::string &path)
     struct stat status = {};
     if (stat(path.c_str(), &status) != 0)
         return std::nullopt;
-    return FileStamp{static_cast<int64_t>(status.st_dev), static_cast<int64_t>(status.st_ino),
-                     status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec,
-                     status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
+    return FileStamp{static_cast<int64_t>(status.st_dev),
+                     static_cast<int64_t>(status.st_ino),
+                     status.st_size,
+                     status.st_mtim.tv_sec,
+                     status.st_mtim.tv_nsec,
+                     status.st_ctim.tv_sec,
+                     status.st_ctim.tv_nsec};
 }
 
 Descriptor open_regular_file(const std::string &path, int flags)

@@ -35,8 +35,8 @@ struct StorageQuestion {
 };
 
 struct StorageFacts {
-    std::optional<ContentList> list;             ///< that of the file
-    std::optional<std::vector<std::string>> usb; ///< where sticks are mounted
+    std::optional<ContentList> list;                        ///< that of the file
+    std::optional<std::vector<std::string>> usb;            ///< where sticks are mounted
     std::optional<std::vector<UnplayableFile>> passed_over; ///< those that are still there
 };
 

@@ -265,7 +265,10 @@ int Playback::try_open()
         return PLAYER_ERROR_NONE;
     }
     output_->set_end_listener([this] { thread_.post([this] { on_round_shown(); }); });
-    thread_.post([this] { read_subtitle(); });
+    thread_.post([this] {
+        if (preparing())
+            read_subtitle();
+    });
     if (thread_.stopping())
         return PLAYER_ERROR_NONE;
     make_pipeline();

@@ -25,8 +25,9 @@ bool UnplayableFiles::note(const std::string &path, const std::optional<FileStam
     const std::lock_guard<std::mutex> lock(mutex_);
     if (files_.size() >= MOST_FILES && files_.count(path) == 0) {
         if (!std::exchange(fullness_logged_, true))
-            PLATFORM_LOGW("player", "more than %zu videos cannot be opened; the others are passed "
-                                    "over without a word",
+            PLATFORM_LOGW("player",
+                          "more than %zu videos cannot be opened; the others are passed "
+                          "over without a word",
                           MOST_FILES);
         return false;
     }
