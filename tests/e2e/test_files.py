@@ -138,6 +138,10 @@ def test_broken_videos_are_passed_over_where_the_set_says_so(tv, screen, content
     told = [match.group(1) for _, match in player.log.find_all(r"/([^/]+) cannot be played: ")]
     assert sorted(told) == sorted(path.name for path in bad.values()), "each is told of once"
     assert tv.config(PLAYBACK_STATUS) == 1
+    gone = bad.pop("noise")
+    gone.unlink()
+    wait_until(lambda: tv.status()["passed_over"].keys() == {str(path) for path in bad.values()},
+               lambda: f"a status without {gone}, not {tv.status()['passed_over']}")
 
 
 def test_folder_of_broken_videos_is_waited_with_until_one_is_replaced(tv, screen, content, shelf):

@@ -32,10 +32,13 @@ bool UnplayableFiles::note(const std::string &path, const std::optional<FileStam
         return false;
     }
     Entry &entry = files_[path];
-    const bool news = entry.why != why || entry.stamp != stamp;
-    entry.failed_twice = !entry.why.empty() && entry.stamp == stamp;
-    entry.stamp = stamp;
-    entry.why = why;
+    // The same damage is told in other words now and then.
+    const bool news = entry.stamp != stamp || (!stamp && entry.why != why);
+    entry.failed_twice = !news;
+    if (news) {
+        entry.stamp = stamp;
+        entry.why = why;
+    }
     return news;
 }
 

@@ -25,10 +25,10 @@ class UnplayableFiles {
     static UnplayableFiles &get();
 
     /**
-     * A file could not be opened.
+     * A file could not be opened. Of one that has not changed the first reason stays.
      *
      * @param stamp nothing: the file is tried each time
-     * @return false when the same was said of it before, or the list is full
+     * @return false when it is no news, or the list is full
      */
     bool note(const std::string &path, const std::optional<FileStamp> &stamp,
               const std::string &why);

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include "media_player/subtitle_reading.h"
 #include "player_fixture.h"
 
 using testing::ElementsAre;
@@ -247,6 +248,17 @@ TEST_F(SubtitleLoad, OneThatWasGuessedDoesNotHoldUpTheOneThatIsAskedFor)
     EXPECT_TRUE(slow_.stopped());
     EXPECT_TRUE(player_->status().has_subtitle);
     EXPECT_TRUE(wait_for_event("subtitle 10000 Good evening"));
+}
+
+TEST(SubtitleReading, IsNotDueOnceItIsGivenUp)
+{
+    platform::SubtitleReading reading("/a.srt");
+    reading.expect_by(std::chrono::steady_clock::now());
+    ASSERT_TRUE(reading.due());
+
+    reading.give_up();
+
+    EXPECT_FALSE(reading.due());
 }
 
 } // namespace

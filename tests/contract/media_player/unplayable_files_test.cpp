@@ -57,10 +57,21 @@ TEST(UnplayableFilesTest, TheSameIsNewsOnce)
 {
     UnplayableFiles files;
 
-    EXPECT_TRUE(files.note("/a.mp4", ONE, "it has no picture"));
-    EXPECT_FALSE(files.note("/a.mp4", ONE, "it has no picture"));
-    EXPECT_TRUE(files.note("/a.mp4", ONE, "it is a photo"));
-    EXPECT_TRUE(files.note("/a.mp4", ANOTHER, "it is a photo"));
+    EXPECT_TRUE(files.note("/a.mp4", std::nullopt, "there is no such file"));
+    EXPECT_FALSE(files.note("/a.mp4", std::nullopt, "there is no such file"));
+    EXPECT_TRUE(files.note("/a.mp4", std::nullopt, "it may not be read"));
+    EXPECT_TRUE(files.note("/a.mp4", ONE, "it may not be read"));
+    EXPECT_TRUE(files.note("/a.mp4", ANOTHER, "it may not be read"));
+}
+
+TEST(UnplayableFilesTest, AFileThatFailsAgainInOtherWordsIsNoNews)
+{
+    UnplayableFiles files;
+    files.note("/a.mp4", ONE, "it contains no streams");
+
+    EXPECT_FALSE(files.note("/a.mp4", ONE, "its reader found nothing in it"));
+
+    EXPECT_EQ(files.why("/a.mp4", ONE), "it contains no streams") << "as the log has it";
 }
 
 TEST(UnplayableFilesTest, AFileThatCouldBeOpenedIsNotToldOfAnyMore)
@@ -87,7 +98,7 @@ TEST(UnplayableFilesTest, TheyAreNotKeptWithoutEndAndTheRestIsToldOfOnce)
     EXPECT_THAT(log, HasSubstr("more than 4096 videos cannot be opened"));
     EXPECT_EQ(log.find("more than"), log.rfind("more than")) << log;
     EXPECT_EQ(files.all().size(), 4096u);
-    EXPECT_TRUE(files.note("/0", ONE, "still rubbish")) << "it is listed";
+    EXPECT_TRUE(files.note("/0", ANOTHER, "still rubbish")) << "it is listed";
 }
 
 } // namespace
