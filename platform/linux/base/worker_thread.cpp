@@ -163,4 +163,19 @@ std::shared_future<void> WorkerThread::ended() const
     return core_->ended;
 }
 
+bool WorkerThread::run_apart(const char *name, Task task, std::chrono::milliseconds patience)
+{
+    WorkerThread worker(name);
+    // Shared, so that what it holds ends where it runs.
+    const auto shared = std::make_shared<Task>(std::move(task));
+    Hooks hooks;
+    hooks.at_end = [shared] { std::exchange(*shared, nullptr)(); };
+    if (!worker.start(std::move(hooks))) {
+        (*shared)();
+        return true;
+    }
+    worker.close();
+    return worker.wait_for_end(patience);
+}
+
 } // namespace platform

@@ -71,6 +71,14 @@ class WorkerThread {
     /** Done when the thread has nothing left to do; only for a worker that was started. */
     std::shared_future<void> ended() const;
 
+    /**
+     * Runs a task that may hang on a thread of its own, and waits for it. Where there is no thread
+     * to be had the caller runs it.
+     *
+     * @return false when it is not done in time; it is left to itself, and may be done later
+     */
+    static bool run_apart(const char *name, Task task, std::chrono::milliseconds patience);
+
   private:
     struct Core;
     static void run(const std::shared_ptr<Core> &core);

@@ -131,6 +131,8 @@ std::vector<StatusNode> player_nodes(const PlayerStatus &player)
         {"subtitle", player.has_subtitle},
         {"looping", player.looping},
         {"looks_again_ms", known_time(player.looks_again_ms)},
+        {"stalls", static_cast<int64_t>(player.stalls)},
+        {"last_stall", or_null(player.last_stall)},
         {"video", video_value(player.video)},
     };
 }

@@ -256,6 +256,10 @@ std::string status_summary(const Status &status)
     }
     if (!status.passed_over.empty())
         add(lines, "Passed over", passed_over(status.passed_over));
+    if (status.player.stalls > 0)
+        add(lines, "Stalls",
+            std::to_string(status.player.stalls) + ", the last in " +
+                quoted(last_part(status.player.last_stall)));
     add(lines, "List", list(status));
     add(lines, "Selection", selection(status));
     add(lines, "Panel", panel(status.panel));

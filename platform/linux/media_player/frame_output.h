@@ -53,6 +53,7 @@ class FrameOutput {
     void set_orientation(GstVideoOrientationMethod method);
     void set_direction(double rate) { direction_ = rate; }
     void set_at_end(bool at_end);
+    void set_in_hand(bool in_hand) { in_hand_ = in_hand; }
 
     /** Paints a frame ahead of its time, once the file has been started. */
     void prepare(GstBuffer *frame, GstClockTime position);
@@ -71,6 +72,10 @@ class FrameOutput {
     /** Counts a frame that came too late to be shown. */
     void count_dropped();
 
+    /** Counts a frame that has come, to be shown or not, or word that none is to come for a while.
+     */
+    void count_arrival() { ++arrivals_; }
+
     /** What is known of the picture; never waits for a frame that is being painted. */
     VideoStatus status() const;
 
@@ -85,6 +90,12 @@ class FrameOutput {
 
     /** Whether the stretch being played has come to its end. */
     bool at_end() const { return at_end_; }
+
+    /** Frames that came, also those that could not be shown any more. */
+    uint64_t arrivals() const { return arrivals_; }
+
+    /** Whether something has come that waits for its time, or is being shown. */
+    bool in_hand() const { return in_hand_; }
 
     /** Size of the frames as they are stored; 0 before the first. */
     int width() const { return width_; }
@@ -106,6 +117,8 @@ class FrameOutput {
     std::atomic<GstClockTime> position_{GST_CLOCK_TIME_NONE};
     std::atomic<double> direction_{1.0};
     std::atomic<bool> at_end_{false};
+    std::atomic<uint64_t> arrivals_{0};
+    std::atomic<bool> in_hand_{false};
     std::function<void()> on_end_; ///< set before the first frame
     std::atomic<int> width_{0};
     std::atomic<int> height_{0};

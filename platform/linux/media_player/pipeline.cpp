@@ -5,6 +5,7 @@
 
 #include <gst/pbutils/missing-plugins.h>
 
+#include "base/worker_thread.h"
 #include "log/platform_log.h"
 #include "media_player/deinterlacer.h"
 #include "media_player/plane_sink.h"
@@ -85,8 +86,10 @@ std::string missing_decoder(GstMessage *message)
 } // namespace
 
 Pipeline::Pipeline(const std::string &uri, const std::shared_ptr<FrameOutput> &output,
-                   const AudioSinkMaker &make_audio_sink, PipelineEvents events)
-    : events_(std::move(events)), playbin_(make_element("playbin")), output_(output)
+                   const AudioSinkMaker &make_audio_sink, std::chrono::milliseconds patience,
+                   PipelineEvents events)
+    : events_(std::move(events)), patience_(patience), playbin_(make_element("playbin")),
+      output_(output)
 {
     if (!playbin_)
         return;
@@ -96,6 +99,10 @@ Pipeline::Pipeline(const std::string &uri, const std::shared_ptr<FrameOutput> &o
     const ElementPtr audio = with_sound ? make_audio_sink() : make_element("fakesink");
     // An element of our own: a sound server would remember its own mute switch past our end.
     volume_ = make_element("volume");
+    if (volume_) {
+        add_probe(volume_.get(), "sink", GST_PAD_PROBE_TYPE_BUFFER, on_sound, this);
+        sound_step_.reset(gst_element_get_static_pad(volume_.get(), "sink"));
+    }
     g_object_set(playbin_.get(), "uri", uri.c_str(), "video-sink", video.get(), "flags",
                  FLAG_VIDEO | FLAG_NATIVE_VIDEO | (with_sound ? FLAG_AUDIO : 0), nullptr);
     if (audio)
@@ -123,14 +130,37 @@ bool Pipeline::open()
            gst_element_set_state(playbin_.get(), GST_STATE_PAUSED) != GST_STATE_CHANGE_FAILURE;
 }
 
+bool Pipeline::open_in_time()
+{
+    return playbin_ && ask([](GstElement *playbin) {
+               return gst_element_set_state(playbin, GST_STATE_PAUSED) != GST_STATE_CHANGE_FAILURE;
+           });
+}
+
+// Opening and seeking go through the elements to the disk, and wait for a decoder at work. What
+// comes after one that hangs would hang as well.
+bool Pipeline::ask(std::function<bool(GstElement *)> question)
+{
+    const std::shared_ptr<GstElement> playbin(GST_ELEMENT(gst_object_ref(playbin_.get())),
+                                              gst_object_unref);
+    const auto answer = std::make_shared<std::atomic<bool>>(false);
+    hangs_ = !WorkerThread::run_apart(
+        "file-asker",
+        [question = std::move(question), playbin, answer] { *answer = question(playbin.get()); },
+        patience_);
+    return hangs_ || *answer;
+}
+
 void Pipeline::play()
 {
-    gst_element_set_state(playbin_.get(), GST_STATE_PLAYING);
+    if (!hangs_)
+        gst_element_set_state(playbin_.get(), GST_STATE_PLAYING);
 }
 
 void Pipeline::hold()
 {
-    gst_element_set_state(playbin_.get(), GST_STATE_PAUSED);
+    if (!hangs_)
+        gst_element_set_state(playbin_.get(), GST_STATE_PAUSED);
 }
 
 bool Pipeline::seek(const Seek &seek)
@@ -154,6 +184,8 @@ bool Pipeline::next_round(double rate)
 
 bool Pipeline::send_seek(double rate, int flags, gint64 start, GstSeekType stop_type, gint64 stop)
 {
+    if (hangs_)
+        return true;
     GstEvent *event = gst_event_new_seek(rate, GST_FORMAT_TIME, static_cast<GstSeekFlags>(flags),
                                          GST_SEEK_TYPE_SET, start, stop_type, stop);
     {
@@ -162,7 +194,7 @@ bool Pipeline::send_seek(double rate, int flags, gint64 start, GstSeekType stop_
         if (seeks_.size() > REMEMBERED_SEEKS)
             seeks_.pop_back();
     }
-    return gst_element_send_event(playbin_.get(), event);
+    return ask([event](GstElement *playbin) { return gst_element_send_event(playbin, event); });
 }
 
 // A message carries the number of the seek it follows from; some readers number by themselves.
@@ -249,9 +281,36 @@ bool Pipeline::plays_backwards() const
            BACKWARDS_MEMORY_LIMIT;
 }
 
+// Whoever works at what has come in, or waits with it, holds this lock of his entry.
+bool Pipeline::is_at_work(const PadPtr &entry)
+{
+    if (!entry)
+        return false;
+    const bool at_work = !GST_PAD_STREAM_TRYLOCK(entry.get());
+    if (!at_work)
+        GST_PAD_STREAM_UNLOCK(entry.get());
+    return at_work;
+}
+
+Pipeline::Motion Pipeline::motion() const
+{
+    Motion motion;
+    GstState state = GST_STATE_NULL;
+    gst_element_get_state(playbin_.get(), &state, nullptr, 0);
+    if (state == GST_STATE_PLAYING)
+        motion.clock = gst_element_get_current_clock_time(playbin_.get());
+    motion.sound = sound_pieces_;
+    motion.sounding = is_at_work(sound_step_);
+    const std::lock_guard<std::mutex> lock(facts_mutex_);
+    motion.coded = coded_frames_;
+    motion.decoding = std::any_of(picture_steps_.begin(), picture_steps_.end(), is_at_work);
+    return motion;
+}
+
 void Pipeline::note_coded_frame(GstBuffer *frame)
 {
     const std::lock_guard<std::mutex> lock(facts_mutex_);
+    coded_frames_++;
     if (!GST_BUFFER_FLAG_IS_SET(frame, GST_BUFFER_FLAG_DELTA_UNIT)) {
         key_frames_++;
         frames_since_key_ = 0;
@@ -264,6 +323,12 @@ GstPadProbeReturn Pipeline::on_coded_frame(GstPad *, GstPadProbeInfo *info, gpoi
 {
     if (GstBuffer *frame = GST_PAD_PROBE_INFO_BUFFER(info))
         static_cast<Pipeline *>(self)->note_coded_frame(frame);
+    return GST_PAD_PROBE_OK;
+}
+
+GstPadProbeReturn Pipeline::on_sound(GstPad *, GstPadProbeInfo *, gpointer self)
+{
+    ++static_cast<Pipeline *>(self)->sound_pieces_;
     return GST_PAD_PROBE_OK;
 }
 
@@ -302,11 +367,16 @@ void Pipeline::on_element(GstBin *, GstBin *, GstElement *element, gpointer self
         {
             const std::lock_guard<std::mutex> lock(pipeline->facts_mutex_);
             pipeline->photo_decoder_ = std::strstr(klass, "Image") != nullptr;
+            pipeline->picture_steps_.emplace_back(gst_element_get_static_pad(element, "sink"));
         }
         add_probe(element, "sink", GST_PAD_PROBE_TYPE_BUFFER, on_coded_frame, self);
         add_probe(element, "sink", GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_coded_event, self);
         add_probe(element, "src", GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_decoded_event, self);
     } else if (std::strstr(klass, "Parser")) {
+        if (std::strstr(klass, "Video")) {
+            const std::lock_guard<std::mutex> lock(pipeline->facts_mutex_);
+            pipeline->picture_steps_.emplace_back(gst_element_get_static_pad(element, "sink"));
+        }
         add_probe(element, "sink", GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_parsed_event, self);
     }
 }
@@ -332,6 +402,7 @@ GstBusSyncReply Pipeline::on_message(GstBus *, GstMessage *message, gpointer sel
         events.failed(read_failure(message));
         break;
     case GST_MESSAGE_QOS:
+        pipeline->output_->count_arrival();
         events.frame_dropped();
         break;
     case GST_MESSAGE_CLOCK_LOST:

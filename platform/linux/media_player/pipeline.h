@@ -5,11 +5,14 @@
  */
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "media_player/frame_output.h"
 #include "media_player/gst_ptr.h"
@@ -38,9 +41,15 @@ class Pipeline {
   public:
     using AudioSinkMaker = std::function<ElementPtr()>;
 
-    /** Nothing is opened yet. @param make_audio_sink called for the sound's end; empty: silent */
+    /**
+     * Nothing is opened yet.
+     *
+     * @param make_audio_sink called for the sound's end; empty: silent
+     * @param patience        how long a seek may take before the pipeline counts as hanging
+     */
     Pipeline(const std::string &uri, const std::shared_ptr<FrameOutput> &output,
-             const AudioSinkMaker &make_audio_sink, PipelineEvents events);
+             const AudioSinkMaker &make_audio_sink, std::chrono::milliseconds patience,
+             PipelineEvents events);
 
     /** Stops and lets go of everything; may block as long as the file does. */
     ~Pipeline();
@@ -48,8 +57,20 @@ class Pipeline {
     Pipeline(const Pipeline &) = delete;
     Pipeline &operator=(const Pipeline &) = delete;
 
-    /** Opens the file and decodes up to its first frame; `ready` or `failed` tells the end. */
+    /**
+     * Opens the file and decodes up to its first frame; `ready` or `failed` tells the end. May
+     * block as long as the disk does.
+     */
     bool open();
+
+    /** The same for a thread that is needed: see hangs(). */
+    bool open_in_time();
+
+    /**
+     * Whether it has not come back from open_in_time(), seek() or next_round(), which return true
+     * then: a decoder hangs, or the disk. Nothing more comes of such a pipeline, whatever is asked.
+     */
+    bool hangs() const { return hangs_; }
 
     /**
      * Lets it run, or holds the picture. Both return before the pipeline has followed; one that
@@ -96,6 +117,18 @@ class Pipeline {
     /** Media time being shown; GST_CLOCK_TIME_NONE when unknown. */
     GstClockTime position() const;
 
+    /** What moves in it, for somebody who looks again and again. */
+    struct Motion {
+        GstClockTime clock = GST_CLOCK_TIME_NONE; ///< while it plays
+        uint64_t coded = 0;                       ///< frames that went to the decoder so far
+        bool decoding = false; ///< what parses and decodes the picture is at work
+        uint64_t sound = 0;    ///< pieces of sound so far
+        bool sounding = false; ///< the newest, or a pause between them, waits for its time
+    };
+
+    /** Never waits, whatever hangs. */
+    Motion motion() const;
+
     /**
      * Whether backwards play is smooth within reasonable memory: the demuxer has to be good at it,
      * and every stretch between key frames seen so far has to be short, because it is held decoded.
@@ -106,15 +139,20 @@ class Pipeline {
     static GstBusSyncReply on_message(GstBus *bus, GstMessage *message, gpointer self);
     static void on_element(GstBin *bin, GstBin *child, GstElement *element, gpointer self);
     static GstPadProbeReturn on_coded_frame(GstPad *pad, GstPadProbeInfo *info, gpointer self);
+    static GstPadProbeReturn on_sound(GstPad *pad, GstPadProbeInfo *info, gpointer self);
     static GstPadProbeReturn on_parsed_event(GstPad *pad, GstPadProbeInfo *info, gpointer self);
     static GstPadProbeReturn on_decoded_event(GstPad *pad, GstPadProbeInfo *info, gpointer self);
     static GstPadProbeReturn on_coded_event(GstPad *pad, GstPadProbeInfo *info, gpointer self);
+    static bool is_at_work(const PadPtr &entry);
     std::string demuxer() const;
     void note_coded_frame(GstBuffer *frame);
     bool is_stale(GstMessage *message) const;
     bool send_seek(double rate, int flags, gint64 start, GstSeekType stop_type, gint64 stop);
+    bool ask(std::function<bool(GstElement *)> question);
 
     const PipelineEvents events_;
+    const std::chrono::milliseconds patience_;
+    bool hangs_ = false;
     ElementPtr playbin_;
     ElementPtr volume_;
 
@@ -125,7 +163,11 @@ class Pipeline {
     int frames_since_key_ = -1;    ///< -1 before the first key frame
     int longest_key_distance_ = 0; ///< frames
     int key_frames_ = 0;
-    std::deque<guint32> seeks_; ///< numbers of the last seeks, the newest in front
+    uint64_t coded_frames_ = 0;
+    std::vector<PadPtr> picture_steps_; ///< where parsers and decoders take the picture in
+    PadPtr sound_step_;                 ///< the same for the last step of the sound
+    std::deque<guint32> seeks_;         ///< numbers of the last seeks, the newest in front
+    std::atomic<uint64_t> sound_pieces_{0};
     const std::shared_ptr<FrameOutput> output_;
 };
 

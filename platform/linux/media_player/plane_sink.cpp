@@ -1,6 +1,7 @@
 #include "media_player/plane_sink.h"
 
 #include <algorithm>
+#include <optional>
 
 #include <gst/video/gstvideometa.h>
 #include <gst/video/gstvideosink.h>
@@ -17,6 +18,7 @@ struct PlaneSink {
     GstClockTime newest; ///< latest time of a frame in this segment; streaming thread
     GstBuffer *filling;  ///< the frame that filled the pipeline, if it is the newest; not ours
     gboolean late;       ///< the newest frame was prepared after its time; streaming thread
+    GstPadChainFunction take; ///< the parent's
 };
 
 struct PlaneSinkClass {
@@ -112,9 +114,32 @@ gboolean plane_sink_propose_allocation(GstBaseSink *, GstQuery *query)
     return TRUE;
 }
 
+/** As long as it lives the sink has something in hand, and does not wait for a frame. */
+class InHand {
+  public:
+    explicit InHand(FrameOutput &output) : output_(output) { output_.set_in_hand(true); }
+    ~InHand() { output_.set_in_hand(false); }
+    InHand(const InHand &) = delete;
+    InHand &operator=(const InHand &) = delete;
+
+  private:
+    FrameOutput &output_;
+};
+
+GstFlowReturn plane_sink_take(GstPad *pad, GstObject *sink, GstBuffer *frame)
+{
+    FrameOutput &output = output_of(sink);
+    const InHand in_hand(output);
+    output.count_arrival();
+    return reinterpret_cast<PlaneSink *>(sink)->take(pad, sink, frame);
+}
+
 gboolean plane_sink_event(GstBaseSink *sink, GstEvent *event)
 {
     FrameOutput &output = output_of(sink);
+    std::optional<InHand> in_hand;
+    if (GST_EVENT_IS_SERIALIZED(event))
+        in_hand.emplace(output);
     switch (GST_EVENT_TYPE(event)) {
     case GST_EVENT_TAG: {
         GstTagList *tags = nullptr;
@@ -133,6 +158,7 @@ gboolean plane_sink_event(GstBaseSink *sink, GstEvent *event)
         break;
     }
     case GST_EVENT_GAP: {
+        output.count_arrival();
         // The reader skips rubbish; the time it skips to is as little to be trusted.
         GstClockTime length = GST_CLOCK_TIME_NONE;
         gst_event_parse_gap(event, nullptr, &length);
@@ -209,6 +235,9 @@ void plane_sink_init(PlaneSink *sink)
     sink->newest = GST_CLOCK_TIME_NONE;
     sink->filling = nullptr;
     sink->late = FALSE;
+    GstPad *pad = GST_BASE_SINK_PAD(sink);
+    sink->take = GST_PAD_CHAINFUNC(pad);
+    gst_pad_set_chain_function(pad, plane_sink_take);
     gst_base_sink_set_max_lateness(GST_BASE_SINK(sink),
                                    static_cast<gint64>(platform::MAX_LATENESS));
 }

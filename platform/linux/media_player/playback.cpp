@@ -68,7 +68,8 @@ Playback::Playback(PlaybackRequest request, PlaybackEvents events)
       output_(std::make_shared<FrameOutput>(request_.display, request_.options->sdr_white)),
       path_(local_path(request_.uri)), name_(path_.empty() ? request_.uri : path_),
       sound_(request_.options->sound_retry_interval), may_be_stale_(request_.ahead),
-      looping_(request_.looping), subtitle_(request_.subtitle)
+      looping_(request_.looping), subtitle_(request_.subtitle),
+      stall_(request_.options->stall_patience)
 {
 }
 
@@ -288,16 +289,29 @@ void Playback::wait_for_others() const
 // A pipeline that has seen an error is not fit for anything more: each new try takes a new one.
 void Playback::make_pipeline()
 {
-    trick_.reset();
-    pipeline_.reset();
+    let_go_of_pipeline();
     generation_++;
     const PlayerOptions &options = *request_.options;
     const bool silent = sound_.silent();
     pipeline_ = std::make_unique<Pipeline>(
         request_.uri, output_, silent ? Pipeline::AudioSinkMaker{} : options.make_audio_sink,
-        pipeline_events());
+        options.stall_patience, pipeline_events());
     sound_.on_pipeline(!silent && options.find_sound(), Clock::now());
     trick_.emplace(*pipeline_, *output_);
+}
+
+// One whose decoder hangs does not end, and is left to itself. Of its sinks, which are stopped
+// first, nothing more comes.
+void Playback::let_go_of_pipeline()
+{
+    trick_.reset();
+    if (!pipeline_)
+        return;
+    WorkerThread::run_apart(
+        "file-closer",
+        [self = shared_from_this(),
+         former = std::shared_ptr<Pipeline>(std::move(pipeline_))]() mutable { former.reset(); },
+        LONGEST_WAIT_FOR_PREDECESSOR);
 }
 
 bool Playback::open_again()
@@ -306,7 +320,7 @@ bool Playback::open_again()
     opener_.wait_for_end({});
     break_.on_new_pipeline();
     make_pipeline();
-    return pipeline_->open();
+    return pipeline_->open_in_time();
 }
 
 PipelineEvents Playback::pipeline_events()

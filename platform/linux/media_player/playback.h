@@ -46,6 +46,8 @@ struct PlaybackEvents {
     std::function<void(Playback &from, uint64_t request)> normal_speed;
     /** It will soon have played to its end, and not begin anew. */
     std::function<void(Playback &from)> nearly_over;
+    /** No frame has come for long. It is opened anew where it stands, or soon completed. */
+    std::function<void(Playback &from)> stalled;
     /** What was opened ahead is of no use; opened anew, the file may be. Nothing more comes. */
     std::function<void(Playback &from)> stale;
 };
@@ -152,6 +154,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     int try_open();
     void wait_for_others() const;
     void make_pipeline();
+    void let_go_of_pipeline();
     bool open_again();
     PipelineEvents pipeline_events();
     void begin_wait_for_first_frame();
@@ -204,6 +207,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     bool sound_is_back();
     void search_sound();
     void reopen_with_sound();
+    void reopen_at_position(const char *failure);
     void check_for_stall();
     void on_broken(const std::string &why);
     void check_broken();

@@ -67,7 +67,7 @@ void Playback::on_failure(const Failure &failure)
         on_broken(failure.text);
 }
 
-// The pipeline is opened anew without its sound. The last picture stays until it is where it was.
+// The pipeline is opened anew without its sound.
 void Playback::go_silent(const std::string &why)
 {
     if (!sound_.go_silent())
@@ -84,11 +84,17 @@ void Playback::go_silent(const std::string &why)
         return;
     }
     warn();
+    reopen_at_position("it does not come back without sound");
+}
+
+// The last picture stays until the film is where it was.
+void Playback::reopen_at_position(const char *failure)
+{
     const GstClockTime position = output_->position();
     rounds_.reset();
     output_->set_visible(false);
     needs_rewind_ = true;
-    const auto give_up = [this] { on_broken("it does not come back without sound"); };
+    const auto give_up = [this, failure] { on_broken(failure); };
     if (!open_again()) {
         give_up();
         return;
@@ -152,12 +158,38 @@ void Playback::check_for_stall()
 {
     StallWatch::Progress progress;
     progress.shown = output_->shown();
-    progress.held = phase_ != Phase::Playing || wait_ || trick_->stepping();
+    const bool expected = phase_ == Phase::Playing && !break_.due();
+    progress.held = !expected || wait_ || trick_->stepping();
+    progress.hangs = expected && pipeline_->hangs();
     progress.rate = trick_->rate();
     progress.position = known(output_->position());
     progress.length = known(duration_);
-    if (const char *why = stall_.check(progress, Clock::now()))
-        on_broken(why);
+    progress.arrivals = output_->arrivals();
+    progress.in_hand = output_->in_hand();
+    const Pipeline::Motion motion = pipeline_->motion();
+    progress.clock = known(motion.clock);
+    progress.coded = motion.coded;
+    progress.decoding = motion.decoding;
+    progress.sound = motion.sound;
+    progress.sounding = motion.sounding;
+    const auto here = progress.position.value_or(std::chrono::nanoseconds(0));
+    switch (stall_.check(progress, Clock::now())) {
+    case StallWatch::Verdict::Wait:
+        break;
+    case StallWatch::Verdict::Restart:
+        events_.stalled(*this);
+        PLATFORM_LOGW("player", "%s stands still at %.1f s: no frame comes; it is opened anew",
+                      name_.c_str(), std::chrono::duration<double>(here).count());
+        reopen_at_position("it does not come back after it stood still");
+        break;
+    case StallWatch::Verdict::GiveUp:
+        events_.stalled(*this);
+        on_broken("no frame comes any more");
+        break;
+    case StallWatch::Verdict::AtEnd:
+        on_broken("it stands still near its end");
+        break;
+    }
 }
 
 void Playback::on_broken(const std::string &why)

@@ -380,6 +380,8 @@ PlayerStatus Player::status() const
     status.state = state_;
     status.rate = rate_;
     status.looping = looping_;
+    status.stalls = stalls_;
+    status.last_stall = last_stall_;
     if (!current_)
         return status;
     status.path = uri_;
@@ -428,6 +430,7 @@ PlaybackEvents Player::playback_events()
     events.subtitle = std::bind(&Player::on_subtitle, self, _1, _2);
     events.normal_speed = std::bind(&Player::on_normal_speed, self, _1, _2);
     events.nearly_over = std::bind(&Player::on_nearly_over, self, _1);
+    events.stalled = std::bind(&Player::on_stalled, self, _1);
     events.stale = std::bind(&Player::on_stale, self, _1);
     return events;
 }
@@ -521,6 +524,15 @@ void Player::on_normal_speed(const Playback &from, uint64_t request)
     const std::lock_guard<std::mutex> lock(mutex_);
     if (current_.get() == &from && request == rate_request_)
         rate_ = 1.0;
+}
+
+void Player::on_stalled(const Playback &from)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (current_.get() != &from)
+        return;
+    stalls_++;
+    last_stall_ = uri_;
 }
 
 // What could not be prepared beside the file that played may well be prepared alone.

@@ -87,6 +87,7 @@ class Player : public std::enable_shared_from_this<Player> {
     void on_subtitle(const Playback &from, const SubtitleTrack::Cue &cue);
     void on_normal_speed(const Playback &from, uint64_t request);
     void on_nearly_over(const Playback &from);
+    void on_stalled(const Playback &from);
     void on_stale(Playback &from);
 
     std::shared_ptr<Playback> open(const PlayedItem &item, bool ahead);
@@ -121,6 +122,8 @@ class Player : public std::enable_shared_from_this<Player> {
     bool looping_ = false;
     double rate_ = 1.0;
     uint64_t rate_request_ = 0;
+    uint64_t stalls_ = 0;
+    std::string last_stall_; ///< path
     std::shared_ptr<Playback> current_;
     /** Waits, prepared, to become the current one; nobody hears of it before. */
     struct Ahead {

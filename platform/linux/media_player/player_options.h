@@ -32,6 +32,8 @@ struct PlayerOptions {
     /** Waits for the media system, at most until it is told to stop; false: there is none. */
     std::function<bool(const std::atomic<bool> &stopping)> set_up = wait_for_media_system;
     std::chrono::milliseconds first_frame_timeout{15000}; ///< longest wait for a first frame
+    /** A film for which no frame has come for so long stalls. */
+    std::chrono::milliseconds stall_patience{10000};
     /** Of films of high dynamic range: the light that becomes the screen's white, cd/m². */
     double sdr_white = Settings::get().sdr_white;
     SubtitleLoad load_subtitle = SubtitleTrack::load;

@@ -1,19 +1,22 @@
 #include "media_player/progress_watch.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace platform {
 namespace {
-
-// How often it is checked whether frames still come. The stalls below count in seconds.
-constexpr auto INTERVAL = std::chrono::milliseconds(1000);
 
 // A file whose end should have been reached is given up after this long without a frame. Long
 // enough for a stick that wakes up; a film of stills with longer ones is saved by its length.
 constexpr auto SHORTEST_STALL = std::chrono::milliseconds(4000);
 
-// The same where no length tells when the end is due: there a still may well be meant.
-constexpr auto LONGEST_STALL = std::chrono::milliseconds(30000);
+// Of the time between two looks no more than so many intervals count: a busy machine looks late,
+// but one that looks so late was stopped.
+constexpr int LATEST_LOOK = 2;
+
+// No film pauses its sound for longer while it has no pictures either. Broken files have times that
+// are hours ahead; what the sink for pictures does about them, those for sound do not.
+constexpr auto LONGEST_SILENCE = std::chrono::minutes(10);
 
 // What was decoded before a file broke is still shown; this long without a frame is the end.
 // Several times the distance of frames, even of slow ones.
@@ -37,29 +40,58 @@ constexpr std::chrono::nanoseconds LENGTH_INTERVAL = std::chrono::seconds(2);
 // The newest frame may stand, and the end with it; that is no reason to look all the time.
 constexpr std::chrono::nanoseconds SHORTEST_INTERVAL = std::chrono::milliseconds(100);
 
+// Whether the decoder, as far as two looks tell, owes no picture: it has been given nothing to make
+// one of. Sound that goes on says then that the reader has none.
+bool owes_no_picture(const StallWatch::Progress &before, const StallWatch::Progress &now)
+{
+    return now.coded == before.coded && !now.decoding;
+}
+
+// Whether the looks differ in what is seen or heard of the file.
+bool goes_on(const StallWatch::Progress &before, const StallWatch::Progress &now)
+{
+    return now.shown != before.shown || now.arrivals != before.arrivals ||
+           (now.sound != before.sound && owes_no_picture(before, now));
+}
+
+// Whether what waits for its time may hope for it.
+bool clock_goes(const StallWatch::Progress &before, const StallWatch::Progress &now)
+{
+    return now.clock && now.clock != before.clock;
+}
+
 } // namespace
 
 void StallWatch::start(Time now)
 {
-    last_progress_ = now;
-    due_ = now + INTERVAL;
+    last_look_ = now;
+    due_ = now + interval();
+    still_ = waiting_ = {};
+    restarted_ = false;
 }
 
-const char *StallWatch::check(const Progress &progress, Time now)
+StallWatch::Verdict StallWatch::check(const Progress &progress, Time now)
 {
-    due_ = now + INTERVAL;
-    if (progress.held || progress.shown != shown_) {
-        shown_ = progress.shown;
-        last_progress_ = now;
-        return nullptr;
+    const auto passed = std::min<std::chrono::nanoseconds>(now - std::exchange(last_look_, now),
+                                                           LATEST_LOOK * interval());
+    due_ = now + interval();
+    const Progress before = std::exchange(seen_, progress);
+    still_ += passed;
+    waiting_ += passed;
+    if (progress.held || goes_on(before, progress))
+        still_ = waiting_ = {};
+    const bool sound_waits =
+        progress.sounding && owes_no_picture(before, progress) && still_ < LONGEST_SILENCE;
+    if ((progress.in_hand || sound_waits) && clock_goes(before, progress))
+        waiting_ = {};
+    if (progress.hangs || waiting_ >= patience_) {
+        waiting_ = {};
+        return std::exchange(restarted_, true) ? Verdict::GiveUp : Verdict::Restart;
     }
-    const auto still = now - last_progress_;
-    if (still < SHORTEST_STALL)
-        return nullptr;
-    if (!progress.length || !progress.position || progress.rate < 0)
-        return still > LONGEST_STALL ? "no frame comes any more" : nullptr;
-    const std::chrono::duration<double, std::nano> gone = still * progress.rate;
-    return *progress.position + gone > *progress.length ? "it stands still near its end" : nullptr;
+    if (still_ < SHORTEST_STALL || !progress.length || !progress.position || progress.rate < 0)
+        return Verdict::Wait;
+    const std::chrono::duration<double, std::nano> gone = still_ * progress.rate;
+    return *progress.position + gone > *progress.length ? Verdict::AtEnd : Verdict::Wait;
 }
 
 void BreakWatch::on_new_pipeline()

@@ -12,9 +12,11 @@
 namespace platform {
 
 /**
- * Some readers lose their way in a broken file without a word. A file is given up when no frame has
- * come for long, though its end should have been reached; slow slides are not to be mistaken for
- * it.
+ * Decoders hang, and some readers lose their way in a broken file without a word. A file stalls
+ * when the end of its pipeline has long had nothing in hand and waits for a frame; the wait for a
+ * frame's time is none, however slow the slides. Sooner it is given up where its end should have
+ * been reached. Time counts only as far as it is looked at: what passes while the machine stands
+ * still, this process with it, is nobody's stall.
  */
 class StallWatch {
   public:
@@ -22,26 +24,50 @@ class StallWatch {
 
     /** What can be seen of a file's play. */
     struct Progress {
-        uint64_t shown = 0; ///< frames so far
+        uint64_t shown = 0; ///< pictures so far
         bool held = false;  ///< no frame is to be expected: paused, sought, stepping
         double rate = 1.0;
-        std::optional<std::chrono::nanoseconds> position; ///< of the newest frame
+        std::optional<std::chrono::nanoseconds> position; ///< of the newest picture
         std::optional<std::chrono::nanoseconds> length;
+
+        uint64_t arrivals = 0; ///< frames and gaps so far, those that come too late included
+        bool in_hand = false;  ///< the newest of them waits for its time, or is being shown
+        std::optional<std::chrono::nanoseconds> clock; ///< that frames wait for, while it runs
+        uint64_t coded = 0;                            ///< frames that went to the decoder so far
+        bool decoding = false; ///< what parses and decodes the picture is at work
+        uint64_t sound = 0;    ///< pieces of sound so far
+        bool sounding = false; ///< the newest, or a pause between them, waits for its time
+        bool hangs = false;    ///< it does not come back from what it was asked, held or not
     };
 
+    /** @param patience the time without a frame that is a stall; it is looked at ten times in it */
+    explicit StallWatch(std::chrono::milliseconds patience) : patience_(patience) {}
+
+    /** The play begins. */
     void start(Time now);
     void stop() { due_.reset(); }
 
     /** When to check() next, if ever. */
     std::optional<Time> due() const { return due_; }
 
-    /** @return why the file is to be given up, a literal; null: it is not */
-    const char *check(const Progress &progress, Time now);
+    enum class Verdict {
+        Wait,
+        Restart, ///< it stalls, for the first time: open it anew where it stands
+        GiveUp,  ///< it stalls again
+        AtEnd,   ///< no frame comes, and it should have come to its end
+    };
+    Verdict check(const Progress &progress, Time now);
 
   private:
+    std::chrono::nanoseconds interval() const { return patience_ / 10; }
+
+    const std::chrono::nanoseconds patience_;
     std::optional<Time> due_;
-    Time last_progress_;
-    uint64_t shown_ = 0; ///< at the last progress
+    Time last_look_;
+    Progress seen_;                       ///< at the last look
+    std::chrono::nanoseconds still_{0};   ///< since it was seen to go on
+    std::chrono::nanoseconds waiting_{0}; ///< for a frame
+    bool restarted_ = false;
 };
 
 /**

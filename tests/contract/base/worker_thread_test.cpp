@@ -1,5 +1,7 @@
 // A thread for slow work: order, deadlines, and an end that waits for nobody too long.
 
+#include <thread>
+
 #include <gmock/gmock.h>
 
 #include "base/worker_thread.h"
@@ -146,6 +148,37 @@ TEST(WorkerThread, KeepsAliveWhatItsHooksHold)
     worker.wait_for_end({});
 
     EXPECT_TRUE(alive.expired());
+}
+
+TEST(WorkerThread, WhatRunsApartIsWaitedForAndLetsGoOfWhatItHoldsWhereItRan)
+{
+    std::thread::id ran;
+    std::thread::id let_go;
+    std::shared_ptr<void> held(nullptr, [&](void *) { let_go = std::this_thread::get_id(); });
+
+    EXPECT_TRUE(WorkerThread::run_apart(
+        "test", [&ran, held = std::move(held)] { ran = std::this_thread::get_id(); }, 40s));
+
+    EXPECT_NE(ran, std::thread::id());
+    EXPECT_NE(ran, std::this_thread::get_id());
+    EXPECT_EQ(let_go, ran);
+}
+
+TEST(WorkerThread, WhatHangsApartIsLeftToItself)
+{
+    std::promise<void> release;
+    const auto done = std::make_shared<std::promise<void>>();
+
+    EXPECT_FALSE(WorkerThread::run_apart(
+        "test",
+        [done, wait = release.get_future().share()] {
+            wait.wait();
+            done->set_value();
+        },
+        1ms));
+
+    release.set_value();
+    done->get_future().wait();
 }
 
 } // namespace

@@ -252,6 +252,19 @@ TEST(StatusSummary, CountsVideosThatArePassedOverWhereThereAreMany)
                 HasSubstr("\"1.ts\", rubbish; \"2.ts\", rubbish; \"3.ts\", rubbish; and 2 more\n"));
 }
 
+TEST(StatusSummary, CountsStallsOnceThereHaveBeenAny)
+{
+    const Status status = with([](Status &s) {
+        s.player.stalls = 3;
+        s.player.last_stall = "/demo/1\n.mp4";
+    });
+    EXPECT_THAT(status_summary(status), HasSubstr("/demo/b.mp4\n"
+                                                  "Stalls:         3, the last in \"1\\n.mp4\"\n"
+                                                  "List:"));
+    EXPECT_THAT(status_as_json(status_nodes(status)),
+                HasSubstr(R"("stalls": 3, "last_stall": "/demo/1\u000a.mp4", )"));
+}
+
 TEST(StatusSummary, ListThatCannotBeToldIsUnknown)
 {
     EXPECT_THAT(status_summary(with([](Status &s) { s.list.reset(); })),
@@ -332,7 +345,7 @@ TEST(StatusNodes, HoldEverythingForPrograms)
         R"("photos": 1, "names": ["a.mp4", "b.mp4", "c.jpg"]}, "selection": 0, )"
         R"("player": {"state": "playing", "file": "/demo/b.mp4", "position_ms": 12345, )"
         R"("duration_ms": 3723000, "rate": 1, "subtitle": false, "looping": false, )"
-        R"("looks_again_ms": null, "video": null}, )"
+        R"("looks_again_ms": null, "stalls": 0, "last_stall": null, "video": null}, )"
         R"("picture": {"file": null, "shown": false, "width": 0, "height": 0, )"
         R"("colour_profile": null}, "passed_over": {}, )"
         R"("frames": {"shown": 1234, "dropped": 5}, )"

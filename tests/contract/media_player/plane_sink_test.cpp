@@ -1,6 +1,9 @@
 // What the pipeline's end for pictures does with frames that come late, and with those whose times
 // no good file has.
 
+#include <chrono>
+#include <thread>
+
 #include <gst/app/gstappsrc.h>
 #include <gst/check/gsttestclock.h>
 #include <gtest/gtest.h>
@@ -182,6 +185,45 @@ TEST_F(FramesOfTime, AreLateWhereTheyAreReadyAfterTheirTimeAndStillShown)
     ASSERT_TRUE(run_until(400));
     EXPECT_EQ(output_->status().shown, 4u);
     EXPECT_EQ(output_->status().late, 1u);
+}
+
+TEST_F(FramesOfTime, AreInHandUntilTheirTimeHasCome)
+{
+    const auto has_none = [this] {
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (output_->in_hand() && std::chrono::steady_clock::now() < limit)
+            std::this_thread::yield();
+        return !output_->in_hand();
+    };
+    push_ms(0);
+    push_ms(100);
+    ASSERT_TRUE(run_until(100));
+    EXPECT_TRUE(output_->in_hand());
+    EXPECT_EQ(output_->arrivals(), 2u);
+
+    set_time(100);
+    EXPECT_TRUE(has_none());
+
+    skip(200 * GST_MSECOND, 50 * GST_MSECOND);
+    ASSERT_TRUE(run_until(200));
+    EXPECT_TRUE(output_->in_hand()) << "word that no frame is to come";
+    set_time(300);
+    EXPECT_TRUE(has_none());
+    EXPECT_EQ(output_->arrivals(), 3u);
+
+    push_ms(210); // too late to be shown
+    push_ms(400);
+    ASSERT_TRUE(run_until(400));
+    EXPECT_EQ(output_->arrivals(), 5u);
+    set_time(400);
+    EXPECT_TRUE(has_none());
+
+    push_ms(500);
+    end();
+    ASSERT_TRUE(run_until(500));
+    set_time(500);
+    ASSERT_TRUE(run_until(501));
+    EXPECT_TRUE(output_->in_hand()) << "the last frame has a time as well";
 }
 
 TEST_F(FramesOfTime, AreNotLateAtOtherSpeeds)

@@ -1,5 +1,7 @@
 // When a file whose frames do not come is given up, and when one is nearly over.
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "media_player/progress_watch.h"
@@ -10,6 +12,7 @@ using namespace std::chrono_literals;
 using platform::BreakWatch;
 using platform::EndWatch;
 using platform::StallWatch;
+using Stall = StallWatch::Verdict;
 using Verdict = BreakWatch::Verdict;
 
 class StallWatchTest : public testing::Test {
@@ -18,24 +21,39 @@ class StallWatchTest : public testing::Test {
     {
         progress_.shown = 100;
         progress_.position = 2s;
-        progress_.length = 10s;
+        progress_.length = 600s;
+        progress_.clock = 1h;
+        progress_.arrivals = 100;
+        progress_.coded = 110;
+        progress_.sound = 50;
         watch_.start(now_);
         look_after(1s); // the first frames
     }
 
-    std::string look_after(std::chrono::milliseconds time)
+    /** Looks once, after a time in which the clock of the play went on. */
+    Stall look_after(std::chrono::milliseconds time)
     {
         now_ += time;
-        const char *why = watch_.check(progress_, now_);
-        return why ? why : "";
+        if (progress_.clock)
+            *progress_.clock += time;
+        return watch_.check(progress_, now_);
     }
 
-    StallWatch watch_;
+    /** Looks once a second. @return what was said first, or at last */
+    Stall look_for(std::chrono::milliseconds time)
+    {
+        Stall verdict = Stall::Wait;
+        for (; time > 0s && verdict == Stall::Wait; time -= 1s)
+            verdict = look_after(std::min<std::chrono::milliseconds>(time, 1s));
+        return verdict;
+    }
+
+    StallWatch watch_{10s};
     StallWatch::Progress progress_;
     StallWatch::Time now_ = StallWatch::Time(1h);
 };
 
-TEST_F(StallWatchTest, LooksOnceASecondUntilItIsStopped)
+TEST_F(StallWatchTest, LooksTenTimesInAStallUntilItIsStopped)
 {
     EXPECT_EQ(watch_.due(), now_ + 1s);
     look_after(1500ms);
@@ -46,66 +64,202 @@ TEST_F(StallWatchTest, LooksOnceASecondUntilItIsStopped)
     EXPECT_FALSE(watch_.due());
 }
 
+TEST_F(StallWatchTest, TenSecondsWithoutAFrameAreAStall)
+{
+    ASSERT_EQ(look_for(9999ms), Stall::Wait);
+
+    EXPECT_EQ(look_after(1ms), Stall::Restart);
+}
+
 TEST_F(StallWatchTest, TheWaitForTheFirstFrameBeginsWithTheStart)
 {
-    StallWatch watch;
-    const StallWatch::Progress nothing = {};
+    StallWatch watch(10s);
     watch.start(now_);
-    EXPECT_EQ(watch.due(), now_ + 1s);
-    EXPECT_EQ(watch.check(nothing, now_ + 30s), nullptr);
-    EXPECT_STREQ(watch.check(nothing, now_ + 31s), "no frame comes any more");
+    for (int second = 1; second <= 9; second++)
+        ASSERT_EQ(watch.check({}, now_ + second * 1s), Stall::Wait) << second;
+
+    EXPECT_EQ(watch.check({}, now_ + 10s), Stall::Restart);
 }
 
-TEST_F(StallWatchTest, ASlideThatStandsInTheMiddleIsNoStall)
+TEST_F(StallWatchTest, AFileIsOpenedAnewOnceInAPlay)
 {
-    for (int second = 1; second <= 7; second++)
-        EXPECT_EQ(look_after(1s), "") << second;
+    ASSERT_EQ(look_for(10s), Stall::Restart);
+    progress_.arrivals++;
+    ASSERT_EQ(look_after(1s), Stall::Wait);
+
+    EXPECT_EQ(look_for(9s), Stall::Wait);
+    EXPECT_EQ(look_after(1s), Stall::GiveUp);
+
+    watch_.start(now_);
+    EXPECT_EQ(look_for(10s), Stall::Restart);
 }
 
-TEST_F(StallWatchTest, AFileThatShouldBeAtItsEndIsGivenUp)
+TEST_F(StallWatchTest, AFrameThatWaitsForItsTimeIsNoStall)
 {
-    ASSERT_EQ(look_after(8s), "");
+    progress_.in_hand = true;
 
-    EXPECT_EQ(look_after(1s), "it stands still near its end");
+    EXPECT_EQ(look_for(5min), Stall::Wait);
 }
 
-TEST_F(StallWatchTest, AFileNearItsEndHasFourSeconds)
+TEST_F(StallWatchTest, AFrameThatWaitsForAClockThatDoesNotGoIsAStall)
 {
-    progress_.position = 9900ms;
+    progress_.in_hand = true;
+    progress_.clock.reset();
 
-    ASSERT_EQ(look_after(3999ms), "");
+    EXPECT_EQ(look_for(9s), Stall::Wait);
+    EXPECT_EQ(look_after(1s), Stall::Restart);
 
-    EXPECT_EQ(look_after(1ms), "it stands still near its end");
+    for (int look = 0; look <= 10; look++) {
+        progress_.clock = 1h - 1s; // which it does not leave
+        EXPECT_EQ(look_after(1s), look < 10 ? Stall::Wait : Stall::GiveUp) << look;
+    }
 }
 
-TEST_F(StallWatchTest, TheEndComesSoonerAtDoubleSpeed)
+TEST_F(StallWatchTest, AMachineThatIsSlowToDecodeIsNoStall)
 {
-    progress_.rate = 2.0;
-
-    EXPECT_EQ(look_after(4001ms), "it stands still near its end");
+    for (int frame = 0; frame < 20; frame++) {
+        progress_.arrivals++; // too late to be shown
+        EXPECT_EQ(look_for(3s), Stall::Wait) << frame;
+    }
 }
 
-TEST_F(StallWatchTest, AFrameBeginsTheWaitAnew)
+TEST_F(StallWatchTest, SoundWithoutPicturesIsNoStall)
 {
-    progress_.position = 9900ms;
-    look_after(3s);
-    progress_.shown++;
-    EXPECT_EQ(look_after(1s), "");
+    for (int second = 0; second < 60; second++) {
+        progress_.sound++;
+        ASSERT_EQ(look_after(1s), Stall::Wait);
+        ASSERT_EQ(look_after(1s), Stall::Wait) << "a long piece";
+    }
+}
 
-    EXPECT_EQ(look_after(3s), "");
-    EXPECT_NE(look_after(1s), "");
+TEST_F(StallWatchTest, SoundThatWaitsForItsTimeIsNoStallEitherForTenMinutes)
+{
+    progress_.length.reset();
+    progress_.sounding = true;
+    ASSERT_EQ(look_for(10min + 8s), Stall::Wait);
+    ASSERT_EQ(look_after(1s), Stall::Restart);
+    progress_.arrivals++;
+    ASSERT_EQ(look_after(1s), Stall::Wait);
+
+    progress_.decoding = true;
+    EXPECT_EQ(look_for(9s), Stall::Wait);
+    EXPECT_EQ(look_after(1s), Stall::GiveUp);
+}
+
+TEST_F(StallWatchTest, ADecoderThatMakesNoPictureOfWhatItGetsIsAStallWhateverIsHeard)
+{
+    struct Fault {
+        const char *what;
+        void (*make)(StallWatch::Progress &);
+    };
+    for (const Fault &fault :
+         {Fault{"hangs", [](StallWatch::Progress &progress) { progress.decoding = true; }},
+          Fault{"swallows", [](StallWatch::Progress &progress) { progress.coded++; }}}) {
+        SCOPED_TRACE(fault.what);
+        watch_.start(now_);
+        progress_.decoding = false;
+        for (int second = 1; second <= 10; second++) {
+            progress_.sound++;
+            fault.make(progress_);
+            EXPECT_EQ(look_after(1s), second < 10 ? Stall::Wait : Stall::Restart) << second;
+        }
+    }
+}
+
+TEST_F(StallWatchTest, AFileThatDoesNotComeBackIsAStallAtOnceAlsoWhereNoFrameIsExpected)
+{
+    progress_.held = true;
+    ASSERT_EQ(look_after(1s), Stall::Wait);
+    progress_.hangs = true;
+    EXPECT_EQ(look_after(1ms), Stall::Restart);
+
+    progress_.hangs = false;
+    EXPECT_EQ(look_for(1min), Stall::Wait);
+    progress_.hangs = true;
+    EXPECT_EQ(look_after(1ms), Stall::GiveUp);
 }
 
 TEST_F(StallWatchTest, NothingIsExpectedOfAHeldFile)
 {
+    ASSERT_EQ(look_for(9s), Stall::Wait);
     progress_.held = true;
-    EXPECT_EQ(look_after(1h), "");
+    progress_.clock.reset();
+    EXPECT_EQ(look_for(1min), Stall::Wait);
     progress_.held = false;
 
-    EXPECT_EQ(look_after(8s), "");
+    EXPECT_EQ(look_for(9s), Stall::Wait);
+    EXPECT_EQ(look_after(1s), Stall::Restart);
 }
 
-TEST_F(StallWatchTest, WhereNoLengthTellsTheEndThirtySecondsAreGiven)
+TEST_F(StallWatchTest, AMinuteInWhichTheMachineStoodStillIsNoStall)
+{
+    progress_.position = 599s;
+    progress_.shown++;
+    ASSERT_EQ(look_after(1s), Stall::Wait);
+
+    EXPECT_EQ(look_after(1min), Stall::Wait);
+
+    progress_.position = 2s;
+    EXPECT_EQ(look_for(7s), Stall::Wait) << "two seconds of the minute count";
+    EXPECT_EQ(look_after(1s), Stall::Restart);
+}
+
+TEST_F(StallWatchTest, AFileThatShouldBeAtItsEndIsGivenUp)
+{
+    progress_.length = 10s;
+    ASSERT_EQ(look_for(8s), Stall::Wait);
+
+    EXPECT_EQ(look_after(1s), Stall::AtEnd);
+}
+
+TEST_F(StallWatchTest, AFileNearItsEndHasFourSeconds)
+{
+    progress_.position = 599900ms;
+
+    ASSERT_EQ(look_for(3999ms), Stall::Wait);
+
+    EXPECT_EQ(look_after(1ms), Stall::AtEnd);
+}
+
+TEST_F(StallWatchTest, TheEndComesSoonerAtDoubleSpeed)
+{
+    progress_.length = 10s;
+    progress_.rate = 2.0;
+
+    EXPECT_EQ(look_for(4s), Stall::Wait);
+    EXPECT_EQ(look_after(1ms), Stall::AtEnd);
+}
+
+TEST_F(StallWatchTest, WhatIsSeenOrHeardBeginsTheWaitForTheEndAnew)
+{
+    struct News {
+        const char *what;
+        uint64_t StallWatch::Progress::*count;
+    };
+    for (const News &news : {News{"a picture", &StallWatch::Progress::shown},
+                             News{"one that cannot be shown", &StallWatch::Progress::arrivals},
+                             News{"sound after the last", &StallWatch::Progress::sound}}) {
+        SCOPED_TRACE(news.what);
+        watch_.start(now_);
+        progress_.position = 599900ms;
+        look_for(3s);
+        (progress_.*news.count)++;
+        EXPECT_EQ(look_after(1s), Stall::Wait);
+
+        EXPECT_EQ(look_for(3s), Stall::Wait);
+        EXPECT_EQ(look_after(1s), Stall::AtEnd);
+    }
+}
+
+TEST_F(StallWatchTest, ALastFrameWhoseTimeIsFarPastTheEndIsNotWaitedFor)
+{
+    progress_.position = 599s;
+    progress_.in_hand = true;
+
+    EXPECT_EQ(look_for(4s), Stall::AtEnd);
+}
+
+TEST_F(StallWatchTest, WhereNothingTellsTheEndNoneIsNear)
 {
     struct Unknown {
         const char *what;
@@ -116,12 +270,14 @@ TEST_F(StallWatchTest, WhereNoLengthTellsTheEndThirtySecondsAreGiven)
           Unknown{"position", [](StallWatch::Progress &progress) { progress.position.reset(); }},
           Unknown{"direction", [](StallWatch::Progress &progress) { progress.rate = -2.0; }}}) {
         SCOPED_TRACE(unknown.what);
-        progress_ = {progress_.shown + 1, false, 1.0, 2s, 10s};
+        watch_.start(now_);
+        progress_.rate = 1.0;
+        progress_.position = 599s;
+        progress_.length = 600s;
         unknown.make(progress_);
-        ASSERT_EQ(look_after(1s), "");
 
-        EXPECT_EQ(look_after(30s), "");
-        EXPECT_EQ(look_after(1ms), "no frame comes any more");
+        EXPECT_EQ(look_for(9s), Stall::Wait);
+        EXPECT_EQ(look_after(1s), Stall::Restart);
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include "base/worker_thread.h"
 #include "player_fixture.h"
 
 using testing::ElementsAre;
@@ -69,6 +70,17 @@ TEST_F(ThreadShortage, AFileThatNobodyCanOpenHasFailed)
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
                 HasSubstr("a.mp4 cannot be played: there is no thread to open it"));
     EXPECT_TRUE(playing(file));
+}
+
+TEST_F(ThreadShortage, WhatMightHangIsDoneByTheCaller)
+{
+    std::thread::id ran;
+    threads_left = 0;
+
+    EXPECT_TRUE(platform::WorkerThread::run_apart(
+        "test", [&ran] { ran = std::this_thread::get_id(); }, std::chrono::milliseconds(0)));
+
+    EXPECT_EQ(ran, std::this_thread::get_id());
 }
 
 TEST_F(ThreadShortage, ASubtitleWithoutAThreadIsGoneWithout)
