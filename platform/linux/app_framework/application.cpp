@@ -1,5 +1,6 @@
 #include "app_framework/application.h"
 
+#include <chrono>
 #include <clocale>
 #include <cstdio>
 #include <utility>
@@ -9,6 +10,7 @@
 #include "app_framework/command_line.h"
 #include "app_framework/early_start.h"
 #include "app_framework/message_catalogue.h"
+#include "app_framework/service_manager.h"
 #include "app_framework/session_watch.h"
 #include "app_framework/single_instance.h"
 #include "config_store/platform_store.h"
@@ -33,6 +35,9 @@ namespace platform {
 namespace {
 
 constexpr char SERVICE[] = "app_framework";
+
+// The login manager may be gone meanwhile, and then nobody says that the session is back.
+constexpr double LONGEST_WAIT_FOR_SESSION_S = 60.0;
 
 enum ExitStatus { DONE = 0, COULD_NOT_RUN = 1, BAD_COMMAND_LINE = 2 };
 
@@ -69,8 +74,13 @@ int Application::run(int argc, char **argv, const ui_app_lifecycle_callback_s &c
     exit_status_ = DONE;
     follow_signals();
     let_signals_through();
+    follow_manager();
     const int status = launch(line.extras);
     stop_services();
+    await_session();
+    session_.reset();
+    alive_timer_.reset();
+    signal_handlers_.clear();
     event_handlers_.clear();
     phase_ = Phase::Idle;
     return status;
@@ -133,10 +143,7 @@ bool Application::start_services()
     if (!window_)
         return false;
     load_decoders();
-    session_ = std::make_unique<SessionWatch>([this](bool active) {
-        session_active_ = active;
-        update_visibility();
-    });
+    session_ = std::make_unique<SessionWatch>([this](bool active) { session_changed(active); });
     if (instance_->connection())
         control_start(instance_->connection(),
                       {[this] { return first_launch_; }, [this] { announce_language_change(); }});
@@ -148,14 +155,64 @@ void Application::stop_services()
     control_stop();
     usb_watch_.reset();
     Lookahead::get().stop();
-    session_.reset();
     PowerService::get().stop();
     PanelModel::get().stop();
     TimedRotation::get().stop();
     window_.reset();
     keys_.reset();
     instance_.reset();
-    signal_handlers_.clear();
+}
+
+/** Lets a service manager watch the main loop, the picture and the memory. */
+void Application::follow_manager()
+{
+    ServiceManager &manager = ServiceManager::get();
+    if (!manager.present())
+        return;
+    const std::chrono::duration<double> interval = manager.alive_interval();
+    if (interval.count() > 0.0)
+        alive_timer_.reset(ecore_timer_add(
+            interval.count(),
+            [](void *) -> Eina_Bool {
+                ServiceManager::get().tell_alive();
+                return ECORE_CALLBACK_RENEW;
+            },
+            nullptr));
+    VideoPlane::call_when_shown([] { ServiceManager::get().tell_ready(); });
+    Lookahead::get().set_growth_listener([this] {
+        PLATFORM_LOGI(SERVICE, "ending, to be started anew with less memory");
+        quit();
+    });
+}
+
+/**
+ * Where a service manager would start the player again at once, only for it to find that another
+ * session has the screen, the end waits until this session is back.
+ */
+void Application::await_session()
+{
+    if (!ServiceManager::get().present() || session_active_ || signalled_)
+        return;
+    PLATFORM_LOGI(SERVICE, "waiting until the session has the screen again");
+    ServiceManager::get().tell_status("Waiting until the session has the screen again.");
+    phase_ = Phase::Waiting;
+    const TimerPtr limit(ecore_timer_add(
+        LONGEST_WAIT_FOR_SESSION_S,
+        [](void *) -> Eina_Bool {
+            ecore_main_loop_quit();
+            return ECORE_CALLBACK_RENEW;
+        },
+        nullptr));
+    ecore_main_loop_begin();
+}
+
+void Application::session_changed(bool active)
+{
+    session_active_ = active;
+    if (phase_ != Phase::Waiting)
+        update_visibility();
+    else if (active)
+        ecore_main_loop_quit();
 }
 
 void Application::follow_signals()
@@ -182,7 +239,10 @@ void Application::follow_signals()
 void Application::signalled()
 {
     PLATFORM_LOGI(SERVICE, "asked to end by a signal");
+    signalled_ = true;
     quit();
+    if (phase_ == Phase::Waiting)
+        ecore_main_loop_quit();
 }
 
 void Application::quit()

@@ -55,7 +55,7 @@ class Application {
     void announce_language_change();
 
   private:
-    enum class Phase { Idle, Starting, Running, Ending };
+    enum class Phase { Idle, Starting, Running, Ending, Waiting };
 
     Application();
     ~Application();
@@ -63,6 +63,9 @@ class Application {
     int launch(const Extras &extras);
     bool start_services();
     void stop_services();
+    void follow_manager();
+    void await_session();
+    void session_changed(bool active);
     bool take_launch_request(Extras extras);
     void deliver(Extras extras);
     void follow_signals();
@@ -76,6 +79,7 @@ class Application {
     Phase phase_ = Phase::Idle;
     timespec first_launch_ = {}; ///< by the real-time clock; 0 before the first request
     bool quit_asked_ = false;
+    bool signalled_ = false;
     int exit_status_ = 0;
     bool window_seen_ = true;
     bool session_active_ = true;
@@ -83,6 +87,7 @@ class Application {
 
     std::vector<std::unique_ptr<app_event_handler_s>> event_handlers_;
     std::vector<EventHandlerPtr> signal_handlers_;
+    TimerPtr alive_timer_;
     std::unique_ptr<SingleInstance> instance_;
     std::unique_ptr<SessionWatch> session_;
     std::unique_ptr<UsbWatch> usb_watch_;

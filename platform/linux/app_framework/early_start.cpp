@@ -9,6 +9,8 @@
 
 #include <Efreet.h>
 
+#include "app_framework/service_manager.h"
+#include "app_framework/start_pace.h"
 #include "media_player/media_system.h"
 
 namespace platform {
@@ -36,6 +38,10 @@ sigset_t ending_signals()
 
 void prepare_process()
 {
+    // While it waits there is nothing yet that would have to be ended in good order.
+    if (ServiceManager::get().present())
+        pace_start();
+
     // A signal that arrives while the toolkit starts waits for the main loop, and then ends the
     // application in the ordinary way.
     const sigset_t signals = ending_signals();

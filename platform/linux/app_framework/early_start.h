@@ -7,8 +7,10 @@
 namespace platform {
 
 /**
- * Sets the toolkit up for a program that is alone on the screen, holds ending signals back, and
- * begins to set GStreamer up. A variable that comes to the environment later endangers its thread.
+ * Takes what a service manager says out of the environment, and waits where the starts before this
+ * one ended soon. Sets the toolkit up for a program that is alone on the screen, holds ending
+ * signals back, and begins to set GStreamer up. A variable that comes to the environment later
+ * endangers its thread.
  */
 void prepare_process();
 

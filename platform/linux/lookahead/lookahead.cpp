@@ -63,14 +63,28 @@ void Lookahead::set_opener(ContentKind kind, Opener opener)
 
 void Lookahead::on_begun(const PlayedItem &item)
 {
+    std::string former;
     {
         const std::lock_guard<std::mutex> lock(mutex_);
+        former = history_.latest().path;
         history_.on_begun(item, !std::exchange(nearly_over_, false));
     }
-    post([this, path = item.path] {
+    post([this, path = item.path, former] {
         forget_end();
         drop_unless(path);
+        look_at_growth(former, path);
     });
+}
+
+void Lookahead::on_round(const std::string &path)
+{
+    post([this, path] { look_at_growth(path, path); });
+}
+
+void Lookahead::set_growth_listener(std::function<void()> listener)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    growth_listener_ = std::move(listener);
 }
 
 void Lookahead::on_nearly_over(const std::string &path)
@@ -155,6 +169,25 @@ void Lookahead::look_at_memory(Time now)
     memory_look_ = now + environment_.memory_interval;
     if (environment_.available_memory_kb() < LEAST_FREE_MEMORY_KB)
         drop_unless({});
+}
+
+void Lookahead::look_at_growth(const std::string &from, const std::string &to)
+{
+    std::function<void()> tell;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        tell = growth_listener_;
+    }
+    if (!tell)
+        return;
+    const int64_t private_kb = environment_.private_memory_kb();
+    if (!growth_.on_change(from, to, private_kb))
+        return;
+    PLATFORM_LOGW("lookahead", "private memory has grown from %lld to %lld MB since the first lap",
+                  static_cast<long long>(growth_.level_kb() / 1024),
+                  static_cast<long long>(private_kb / 1024));
+    set_growth_listener({});
+    tell();
 }
 
 void Lookahead::wait_until_done()

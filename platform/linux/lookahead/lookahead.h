@@ -18,6 +18,7 @@
 
 #include "base/worker_thread.h"
 #include "lookahead/item_history.h"
+#include "lookahead/memory_growth.h"
 #include "player_rules/content_rules.h"
 
 namespace platform {
@@ -35,6 +36,8 @@ class Lookahead {
     struct Environment {
         std::function<std::optional<PlayedItem>(const std::string &path)> next_in_folder;
         std::function<int64_t()> available_memory_kb;
+        /** What this process has for itself. Asked for when there is a listener to its growth. */
+        std::function<int64_t()> private_memory_kb = platform::private_memory_kb;
         /** How long before an end that is expected the next item is opened. */
         std::chrono::milliseconds lead{4000};
         /** From one look at the memory to the next while an item is open. */
@@ -50,6 +53,9 @@ class Lookahead {
     /** The application asks for an item. Drops another that was opened in its place. */
     void on_begun(const PlayedItem &item);
 
+    /** An item that plays over and over has come to the end of a round. */
+    void on_round(const std::string &path);
+
     /** An item will end soon. Opens the next, unless another has been begun since. */
     void on_nearly_over(const std::string &path);
 
@@ -64,6 +70,12 @@ class Lookahead {
      * item is not near any more, or what the next one lies on goes away.
      */
     void drop();
+
+    /**
+     * Has somebody told, once, that private memory has grown too much since the first lap. Called
+     * between two items, on the look-ahead's own thread.
+     */
+    void set_growth_listener(std::function<void()> listener);
 
     /** Opens nothing any more, and ends the thread; at the end of the process. */
     void stop() { thread_.stop(); }
@@ -85,6 +97,7 @@ class Lookahead {
     void open_after(const std::string &path);
     bool is_latest(const std::string &path);
     void drop_unless(const std::string &path);
+    void look_at_growth(const std::string &from, const std::string &to);
     void forget_approach();
     void forget_end();
     Opener opener_of(const std::string &path);
@@ -93,6 +106,7 @@ class Lookahead {
     std::mutex mutex_; ///< guards what follows
     ItemHistory history_;
     bool nearly_over_ = false; ///< the latest item; what follows now follows its end
+    std::function<void()> growth_listener_;
     Opener video_;
     Opener photo_;
 
@@ -103,6 +117,7 @@ class Lookahead {
     std::optional<Time> opening_;     ///< when its end is near
     std::optional<Time> giving_up_;   ///< when it has stayed too long
     bool shortage_logged_ = false;
+    MemoryGrowth growth_;
     WorkerThread thread_{"lookahead"};
 };
 

@@ -192,6 +192,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void on_round_read(bool fresh);
     void plan_round();
     void on_round_shown();
+    void tell_round_over();
     void on_round_due();
     void check_for_end();
     static std::optional<std::chrono::nanoseconds> known(GstClockTime time);

@@ -174,6 +174,7 @@ void Playback::on_ended()
         return;
     }
     warn_if_cut_short();
+    tell_round_over();
     follow(rounds_.on_ended(plan_for_round(), Clock::now()));
 }
 
@@ -213,8 +214,17 @@ void Playback::plan_round()
 
 void Playback::on_round_shown()
 {
-    if (running() && trick_->in_rounds())
-        follow(rounds_.on_shown(looping_, Clock::now()));
+    if (!running() || !trick_->in_rounds())
+        return;
+    tell_round_over();
+    follow(rounds_.on_shown(looping_, Clock::now()));
+}
+
+void Playback::tell_round_over()
+{
+    Lookahead *lookahead = request_.options->lookahead;
+    if (looping_ && lookahead)
+        lookahead->on_round(name_);
 }
 
 void Playback::on_round_due()

@@ -1,6 +1,7 @@
 #include "video_plane/video_plane.h"
 
 #include <mutex>
+#include <utility>
 
 #include <Elementary.h>
 
@@ -19,6 +20,7 @@ bool windows_cover = true;
 struct Latest {
     std::mutex mutex;
     std::weak_ptr<VideoPlane> plane;
+    std::function<void()> when_shown;
 };
 
 Latest &latest()
@@ -99,6 +101,23 @@ void VideoPlane::set_covered(bool covered)
     windows_cover = covered;
     if (const auto plane = std::dynamic_pointer_cast<WaylandPlane>(current()))
         plane->set_covered(covered);
+}
+
+void VideoPlane::call_when_shown(std::function<void()> callback)
+{
+    const std::lock_guard<std::mutex> lock(latest().mutex);
+    latest().when_shown = std::move(callback);
+}
+
+void VideoPlane::tell_shown()
+{
+    std::function<void()> callback;
+    {
+        const std::lock_guard<std::mutex> lock(latest().mutex);
+        callback = std::exchange(latest().when_shown, {});
+    }
+    if (callback)
+        callback();
 }
 
 std::shared_ptr<VideoPlane> VideoPlane::current()

@@ -58,6 +58,12 @@ class VideoPlane {
      */
     static void set_covered(bool covered);
 
+    /**
+     * Has somebody told, once, that the compositor has a first picture to show, of whichever plane
+     * has one next. The call comes on that plane's thread. Any thread.
+     */
+    static void call_when_shown(std::function<void()> callback);
+
     /** A plane without a screen; `on_present` sees each picture, on the presenting thread. */
     static std::shared_ptr<VideoPlane>
     offscreen(int width, int height, std::function<void(const PlaneBuffer &)> on_present = {});
@@ -86,6 +92,10 @@ class VideoPlane {
 
     /** Counts a picture that its owner gave up before present(). Any thread; no lock. */
     virtual void count_dropped() = 0;
+
+  protected:
+    /** To be told by a plane when the compositor has taken its first picture. */
+    static void tell_shown();
 };
 
 } // namespace platform

@@ -383,8 +383,10 @@ void WaylandPlane::dispatch()
     bool first_shown = false;
     while (!stopping_ && dispatch_once()) {
         // The compositor gives the black picture back once it shows the first frame.
-        if (presented_ > 0 && !std::exchange(first_shown, true))
+        if (presented_ > 0 && !std::exchange(first_shown, true)) {
+            tell_shown();
             make_ahead(BUFFERS_AHEAD);
+        }
     }
     const std::lock_guard<std::mutex> lock(mutex_);
     thread_ended_ = true;

@@ -1,7 +1,8 @@
 // A login manager for tests, on the bus that DBUS_SYSTEM_BUS_ADDRESS names. It knows one session
 // and says what lines on its standard input tell it to:
-//   shutdown 0|1 | sleep 0|1 | active 0|1 | locks
-// The last two answer, locks with the number of delay locks that are held.
+//   shutdown 0|1 | sleep 0|1 | active 0|1 | strangers 0|1 | locks
+// The last three answer, locks with the number of delay locks that are held. Strangers are
+// processes that belong to no session, as those do that the manager of a user has started.
 
 #include <cstdio>
 #include <string>
@@ -22,6 +23,7 @@ Eldbus_Connection *bus = nullptr;
 Eldbus_Service_Interface *manager = nullptr;
 Eldbus_Service_Interface *session = nullptr;
 bool session_active = true;
+bool strangers = false;
 std::vector<int> lock_ends;
 
 void say(const std::string &line)
@@ -32,6 +34,11 @@ void say(const std::string &line)
 
 Eldbus_Message *get_session(const Eldbus_Service_Interface *, const Eldbus_Message *call)
 {
+    if (strangers) {
+        say("asked by a stranger");
+        return eldbus_message_error_new(call, "org.freedesktop.login1.NoSessionForPID",
+                                        "it belongs to no session");
+    }
     Eldbus_Message *reply = eldbus_message_method_return_new(call);
     eldbus_message_arguments_append(reply, "o", SESSION);
     return reply;
@@ -79,6 +86,9 @@ void obey(const std::string &command)
         session_active = on;
         eldbus_service_property_changed(session, "Active");
         say("active " + std::to_string(on));
+    } else if (command.compare(0, 9, "strangers") == 0) {
+        strangers = on;
+        say("strangers " + std::to_string(on));
     } else if (command == "locks")
         say("locks " + std::to_string(locks_held()));
 }

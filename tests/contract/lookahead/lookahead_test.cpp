@@ -100,6 +100,7 @@ class LookaheadTest : public testing::Test {
             looks_++;
             return memory_kb_.load();
         };
+        environment.private_memory_kb = [this] { return private_kb_.load(); };
         environment.lead = MOMENT;
         environment.memory_interval = MOMENT;
         return environment;
@@ -107,6 +108,7 @@ class LookaheadTest : public testing::Test {
 
     std::string in_folder_ = "/b.mp4"; ///< what the folder has next
     std::atomic<int64_t> memory_kb_{PLENTY_KB};
+    std::atomic<int64_t> private_kb_{int64_t{100} * 1024};
     std::atomic<int> looks_{0}; ///< at the memory
     std::function<void()> while_looking_ = [] {};
     std::mutex mutex_;
@@ -381,6 +383,67 @@ TEST_F(LookaheadTest, TheFolderIsReadAsThePlayerReadsIt)
     EXPECT_THAT(calls(), ElementsAre("photo " + std::string(folder / "d.jpg") + " "));
     Lookahead::get().set_opener(ContentKind::Video, {});
     Lookahead::get().set_opener(ContentKind::Photo, {});
+}
+
+/** With a process whose own memory is what the test says. */
+class GrowthTest : public LookaheadTest {
+  protected:
+    static constexpr int64_t TOO_MUCH_KB = int64_t{301} * 1024;
+
+    void SetUp() override
+    {
+        lookahead_.set_growth_listener([this] { record("grown"); });
+    }
+
+    /** What was said when these were begun one after the other. */
+    std::vector<std::string> after(const std::vector<std::string> &paths)
+    {
+        for (const std::string &path : paths)
+            begin(path);
+        return calls();
+    }
+};
+
+TEST_F(GrowthTest, IsToldOnceAtAChangeThatHasBeenSeenBefore)
+{
+    ASSERT_THAT(after({"/a.mp4", "/b.mp4", "/a.mp4"}), IsEmpty());
+    private_kb_ = TOO_MUCH_KB;
+    EXPECT_THAT(calls(), IsEmpty()) << "in the middle of an item";
+
+    EXPECT_THAT(after({"/b.mp4", "/a.mp4"}), ElementsAre("grown"));
+}
+
+TEST_F(GrowthTest, IsNotToldInTheFirstLap)
+{
+    ASSERT_THAT(after({"/a.mp4", "/b.mp4"}), IsEmpty());
+    private_kb_ = TOO_MUCH_KB;
+
+    EXPECT_THAT(after({"/a.mp4"}), IsEmpty());
+}
+
+TEST_F(GrowthTest, IsToldBetweenTheRoundsOfAnItemThatPlaysOverAndOver)
+{
+    begin("/a.mp4");
+    lookahead_.on_round("/a.mp4");
+    ASSERT_THAT(calls(), IsEmpty());
+    private_kb_ = TOO_MUCH_KB;
+
+    lookahead_.on_round("/a.mp4");
+
+    EXPECT_THAT(calls(), ElementsAre("grown"));
+}
+
+TEST_F(GrowthTest, TheFirstRoundOfAnotherItemIsHeldAgainstNothing)
+{
+    begin("/a.mp4");
+    lookahead_.on_round("/a.mp4");
+    begin("/b.mp4");
+    lookahead_.wait_until_done();
+    private_kb_ = TOO_MUCH_KB;
+
+    lookahead_.on_round("/b.mp4");
+
+    EXPECT_THAT(calls(), IsEmpty());
 }
 
 } // namespace

@@ -373,10 +373,12 @@ class AheadByItself : public Ahead {
     }
 
     std::string next_;
+    std::function<int64_t()> private_memory_kb_;
     Lookahead lookahead_{{[this](const std::string &) {
                               return PlayedItem{next_, {}};
                           },
-                          [] { return std::numeric_limits<int64_t>::max(); }}};
+                          [] { return std::numeric_limits<int64_t>::max(); },
+                          [this] { return private_memory_kb_(); }}};
 };
 
 TEST_F(AheadByItself, AFileNearItsEndHasTheNextOneOpened)
@@ -400,6 +402,22 @@ TEST_F(AheadByItself, AFileThatPlaysOverAndOverHasNone)
     ASSERT_TRUE(wait_for([&] { return shown() > begun + 70; })) << "a round and more";
 
     EXPECT_EQ(opened_, 1);
+}
+
+TEST_F(AheadByItself, TheEndOfEachRoundIsAPlaceToLookAtTheMemory)
+{
+    std::atomic<int> looks{0};
+    private_memory_kb_ = [&looks] {
+        looks++;
+        return 0;
+    };
+    lookahead_.set_growth_listener([] {});
+    player_->set_looping(true);
+    ASSERT_TRUE(playing(clip("a.mp4")));
+
+    EXPECT_TRUE(wait_for([&] { return looks >= 3; }));
+    lookahead_.set_growth_listener({});
+    lookahead_.wait_until_done();
 }
 
 TEST_F(AheadByItself, ItIsLetGoOfWhenTheFileIsHeldOrPlaysFast)

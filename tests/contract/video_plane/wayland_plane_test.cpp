@@ -104,6 +104,26 @@ TEST_F(WaylandPlaneTest, MakesABufferForTheFirstPictureAndThoseForTheNextWhenItI
     EXPECT_TRUE(wait_until([this] { return buffers(plane_) >= 4; })) << buffers(plane_);
 }
 
+/** Another plane that has a first picture. */
+struct OtherPlane : VideoPlane {
+    using VideoPlane::tell_shown;
+};
+
+TEST_F(WaylandPlaneTest, TellsOnceThatThereIsAFirstPicture)
+{
+    std::atomic<int> told{0};
+    VideoPlane::call_when_shown([&told] { told++; });
+    EXPECT_FALSE(wait_until([&] { return told > 0; }, 0.3)) << "of the black one";
+
+    ASSERT_TRUE(plane_->present(picture(*plane_, 0x123456)));
+    EXPECT_TRUE(run([&] { return told > 0; }));
+    ASSERT_TRUE(plane_->present(picture(*plane_, 0x654321)));
+    EXPECT_TRUE(run([this] { return color_on_screen() == 0x654321; }));
+    OtherPlane::tell_shown();
+
+    EXPECT_EQ(told, 1);
+}
+
 TEST_F(WaylandPlaneMaking, TakesItsSizeFromThePanelModelWhereThatKnowsIt)
 {
     PanelModel::get().set_size(3840, 2160);

@@ -24,6 +24,9 @@ FILE_MODE = f"db/{OWN_KEYS}/file_mode"
 USE_MODE = "db/menu/support/use_mode"
 RELAUNCH_TIMER = "memory/usb-launcher-service/start_relaunch_timer"
 
+# What may be done to a faulty() player.
+STAND, GROW = signal.SIGRTMIN + 1, signal.SIGRTMIN + 2
+
 Costs = namedtuple("Costs", "allocations threads descriptors")
 
 
@@ -232,6 +235,10 @@ class Tv:
         """Environment for start(): the toolkit's timers of at least `above` seconds run `speed` times
         as fast. The player itself knows nothing of it."""
         return self._preloaded("timer_speed", TIMER_SPEED=str(speed), TIMER_SPEED_ABOVE=str(above))
+
+    def faulty(self):
+        """Environment for start(): the signals STAND and GROW make it do so."""
+        return self._preloaded("faults")
 
     def counted(self):
         """Environment for start(): what the player asks of the system is counted for costs()."""

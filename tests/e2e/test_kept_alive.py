@@ -1,0 +1,86 @@
+"""The player under a service manager: when it is ready, and how the picture comes back."""
+
+import signal
+
+import pytest
+
+from harness.player import GROW, STAND
+from harness.service import Service
+from harness.waiting import wait_until
+
+
+def wait_shown(screen, *colours):
+    """As the screen itself waits, but the player may end meanwhile."""
+    wait_until(lambda: screen.shown() in colours, lambda: f"{colours}, not {screen.shown()}")
+
+
+def test_service_is_ready_when_its_first_picture_is_there(tv, screen, content, shelf):
+    """Not when its main loop begins: as long as nothing can be played it asks for more time."""
+    tv.configure(content={"broken_video": "skip"})
+    film = content / "film.mp4"
+    film.write_bytes(b"no film")
+    with Service(tv, content) as service:
+        service.lives[0].log.wait("film.mp4 cannot be played")
+        service.wait_told("EXTEND_TIMEOUT_USEC", count=2)
+        assert not service.ready()
+
+        shelf.video(film, "red")
+        service.wait_told("READY")
+        wait_shown(screen, "red")
+        service.wait_told("WATCHDOG", count=3)
+        assert len(service.lives) == 1
+
+
+def kill(service, _):
+    service.lives[0].process.send_signal(signal.SIGKILL)
+    return -signal.SIGKILL
+
+
+def stand(service, _):
+    """The main loop stands, and the film goes on."""
+    service.lives[0].process.send_signal(STAND)
+    service.watch()
+    return -signal.SIGABRT
+
+
+def stop(service, _):
+    service.lives[0].process.send_signal(signal.SIGSTOP)
+    service.watch()
+    return -signal.SIGABRT
+
+
+def leave(_, screen):
+    screen.key("Escape")
+    return 0
+
+
+@pytest.mark.parametrize("end", [kill, stand, stop, leave])
+def test_picture_comes_back(tv, screen, content, shelf, end):
+    shelf.video(content / "red.mp4", "red")
+    with Service(tv, content, **tv.faulty()) as service:
+        wait_shown(screen, "red")
+        service.wait_told("WATCHDOG", count=2)
+
+        status = end(service, screen)
+
+        assert service.lives[0].wait_end() == status
+        service.wait_back(life=1)
+        wait_shown(screen, "red")
+
+
+def test_player_that_has_grown_is_started_anew_between_two_items(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red")
+    shelf.video(content / "green.mp4", "green")
+    with Service(tv, content, **tv.faulty()) as service:
+        player = service.lives[0]
+        # In the second lap, so that this change has been seen before.
+        player.log.wait(r"OnPlayVideo\(\d+\) > /", count=4)
+        here = player.log.position()
+        player.process.send_signal(GROW)
+
+        assert player.wait_end() == 0
+        (ended, _), *_ = player.log.find_all("has come to its end", after=here)
+        (noticed, _), = player.log.find_all("private memory has grown from", after=here)
+        assert ended <= noticed
+        service.wait_back(life=1)
+        wait_shown(screen, "red", "green")
