@@ -15,9 +15,9 @@ namespace {
 struct PlaneSink {
     GstVideoSink base;
     std::shared_ptr<FrameOutput> *output; ///< ours; GObject memory knows no constructors
-    GstClockTime newest; ///< latest time of a frame in this segment; streaming thread
-    GstBuffer *filling;  ///< the frame that filled the pipeline, if it is the newest; not ours
-    gboolean late;       ///< the newest frame was prepared after its time; streaming thread
+    GstClockTime newest;      ///< latest time of a frame in this segment; streaming thread
+    GstBuffer *filling;       ///< the frame that filled the pipeline, if it is the newest; not ours
+    gboolean late;            ///< the newest frame was prepared after its time; streaming thread
     GstPadChainFunction take; ///< the parent's
 };
 
