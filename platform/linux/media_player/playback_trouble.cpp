@@ -105,7 +105,7 @@ void Playback::reopen_at_position(const char *failure)
         output_->set_visible(true);
         play_from(GST_CLOCK_TIME_IS_VALID(position) ? position : 0);
     };
-    await_ready(go_on, LONGEST_SEEK, give_up);
+    await_ready(go_on, request_.options->first_frame_timeout, give_up);
 }
 
 // Asked between two rounds of a file that plays over and over, which nothing else would ever bring

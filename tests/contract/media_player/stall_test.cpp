@@ -208,7 +208,7 @@ class StallTest : public PlayerTest {
     {
         PlayerTest::SetUp();
         platform::PlayerOptions options = usual_options();
-        options.stall_patience = std::chrono::seconds(3);
+        options.stall_patience = std::chrono::seconds(4);
         make_player(options);
     }
 
@@ -230,13 +230,13 @@ class StallTest : public PlayerTest {
         gst_object_unref(feature);
     }
 
-    /** A film of a minute, in which so many decoders hang at its first second. */
+    /** A film of twenty seconds, in which so many decoders hang at its first second. */
     std::string film_for_decoders_that_hang(int times)
     {
         set_rank("hangingdec", GST_RANK_PRIMARY + 1000);
         decoders().arm(times, GST_SECOND);
         Clip facts;
-        facts.frames = 1800;
+        facts.frames = 600;
         return clip("a.mp4", facts);
     }
 
@@ -341,7 +341,7 @@ TEST_F(StallTest, AFilmWhoseDecoderHangsDoesNotStallBeforeItsPauseIsOver)
     ASSERT_TRUE(wait_for([] { return decoders().hung() == 1; }));
     ASSERT_EQ(player_->pause(), PLAYER_ERROR_NONE);
 
-    EXPECT_TRUE(stays([&] { return stalls() == 0; }, 4));
+    EXPECT_TRUE(stays([&] { return stalls() == 0; }, 6));
 
     ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
     EXPECT_TRUE(goes_on_where_it_stood());
