@@ -1,10 +1,15 @@
-"""Rows about what a person waits for: the options popup, and a folder with very many names."""
+"""Rows about what a person waits for: the options popup, a folder with very many names, and a player
+that is started anew."""
 
 import os
 import re
 import shutil
+import signal
 import subprocess
+import time
 
+from harness.player import STAND
+from harness.waiting import wait_until
 from rows_pictures import CLIP_SECONDS
 from stage import UHD
 from table import Figure, at_most, row
@@ -63,6 +68,32 @@ def folder_of_names(stage, who, results):
             # Without the line that the player logs for each name, which the bench would read.
             run.wait_picture()
             results.note(f"folder-{names}", who, run.first_picture(run.trace()))
+
+
+def after_fault(what, bound_ms):
+    return Figure(f"restart-{what.lower()}", f"{what} to the picture of the player started anew", "ms",
+                  f"at most {bound_ms}", at_most(bound_ms))
+
+
+@row("restart", after_fault("SIGKILL", 5000), after_fault("SIGSEGV", 5000),
+     Figure("restart-stand", "the same of a main loop that stands", "ms", "at most 5000",
+            at_most(5000)),
+     Figure("restart-leave", "the same of the Back key", "ms", "at most 1000", at_most(1000)))
+def restart(stage, who, results):
+    def send(number):
+        return lambda service, _: service.lives[0].process.send_signal(number)
+
+    for fault, strike in (("sigkill", send(signal.SIGKILL)), ("sigsegv", send(signal.SIGSEGV)),
+                          ("stand", send(STAND)),
+                          ("leave", lambda _, screen: screen.key("Escape"))):
+        with stage.kept_alive(stage.one_film()) as (service, screen):
+            service.wait_told("WATCHDOG", count=2)
+            service.watch()
+            began = time.monotonic()
+            strike(service, screen)
+            wait_until(lambda: screen.shown() == "black", "the end of the picture")
+            wait_until(lambda: screen.shown() != "black", "a picture")
+            results.note(f"restart-{fault}", who, (time.monotonic() - began) * 1000)
 
 
 def fill(stage, folder, names):

@@ -11,6 +11,8 @@ from pathlib import Path
 
 from harness.player import Log, Player, Tv
 from harness.screen import UNTIL_WE_END, Screen, stop_process
+from harness.service import Service
+from harness.waiting import wait_until
 from wayland_trace import ITEM, Trace, since, stamp_of
 
 PLAYER, MPV = "player", "mpv"
@@ -156,6 +158,22 @@ class Stage:
             yield run, tv.screen
         finally:
             run.end()
+
+    @contextlib.contextmanager
+    def kept_alive(self, content):
+        """Plays the folder with the player under the service manager's stand-in. Yields that and the
+        screen once there is a picture; no earlier player is held against this one."""
+        tv = self._set(FULL_HD)
+        tv.configure()
+        Path(tv.memory_dir, "start").unlink(missing_ok=True)
+        service = Service(tv, content, OSTREL_DEMO_LOG_LEVEL="info", **tv.faulty())
+        try:
+            with service:
+                service.wait_back(life=0)
+                wait_until(lambda: tv.screen.shown() != "black", "a picture")
+                yield service, tv.screen
+        finally:
+            stop_process(service.lives[-1].process)
 
     def folder(self, name, fill):
         """A folder of content, filled once with fill(folder)."""

@@ -64,6 +64,7 @@ class Service:
         self._ended.set()
         self._thread.join()
         self._socket.close()
+        os.unlink(self._environment["NOTIFY_SOCKET"])
 
     def _run(self):
         while not self._ended.is_set():
