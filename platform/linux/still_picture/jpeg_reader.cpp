@@ -2,6 +2,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <map>
+#include <mutex>
 
 #include <jerror.h>
 
@@ -21,6 +23,42 @@ constexpr size_t LONGEST_SEGMENT = 65533;
 constexpr uint8_t END_OF_IMAGE[] = {0xff, JPEG_EOI};
 constexpr char EXIF_MARK[] = {'E', 'x', 'i', 'f', 0, 0};
 constexpr char ICC_MARK[] = "ICC_PROFILE"; // with the zero at its end
+
+/** One that is read ahead, one that is wanted, and those of both that are just being cancelled. */
+constexpr int MOST_READERS_OF_A_FILE = 4;
+
+/** Counts by file: readings that hang are not to become ever more, round after round. */
+class Readers {
+  public:
+    static Readers &get()
+    {
+        // Never destroyed: threads that hang may outlive the program's other parts.
+        static auto &readers = *new Readers;
+        return readers;
+    }
+
+    bool enter(const std::string &path)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        int &count = counts_[path];
+        if (count == MOST_READERS_OF_A_FILE)
+            return false;
+        ++count;
+        return true;
+    }
+
+    void leave(const std::string &path)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        const auto found = counts_.find(path);
+        if (--found->second == 0)
+            counts_.erase(found);
+    }
+
+  private:
+    std::mutex mutex_;
+    std::map<std::string, int> counts_;
+};
 
 /** Oddities of a file whose pixels are all there. */
 bool is_harmless(int warning)
@@ -68,7 +106,7 @@ JpegReader &JpegReader::of(j_decompress_ptr codec)
     return *static_cast<JpegReader *>(codec->client_data);
 }
 
-JpegReader::JpegReader(const std::atomic<bool> &cancelled) : cancelled_(cancelled)
+JpegReader::JpegReader(Progress &progress) : progress_made_(progress)
 {
     codec_.err = jpeg_std_error(&errors_);
     errors_.error_exit = [](j_common_ptr codec) { of(codec).give_up(); };
@@ -101,6 +139,8 @@ JpegReader::JpegReader(const std::atomic<bool> &cancelled) : cancelled_(cancelle
 JpegReader::~JpegReader()
 {
     jpeg_destroy_decompress(&codec_);
+    if (path_)
+        Readers::get().leave(*path_);
 }
 
 void JpegReader::give_up()
@@ -130,6 +170,11 @@ template <typename Step> bool JpegReader::guarded(const Step &step)
 bool JpegReader::open(const std::string &path)
 {
     exif_.reserve(LONGEST_SEGMENT);
+    if (!Readers::get().enter(path)) {
+        snprintf(message_, sizeof message_, "Earlier readings of it hang");
+        return false;
+    }
+    path_ = path;
     file_ = open_regular_file(path);
     if (!file_) {
         snprintf(message_, sizeof message_, "%s", strerror(errno));
@@ -166,10 +211,16 @@ Size JpegReader::size() const
     return {static_cast<int>(codec_.image_width), static_cast<int>(codec_.image_height)};
 }
 
+void JpegReader::take_step()
+{
+    if (progress_made_.cancelled)
+        give_up("Cancelled");
+    ++progress_made_.steps;
+}
+
 bool JpegReader::next_piece()
 {
-    if (cancelled_)
-        give_up("Cancelled");
+    take_step();
     if (at_end_)
         give_up("Premature end of JPEG file");
     const ssize_t length = read_piece(file_.number(), piece_.data(), piece_.size());
@@ -245,8 +296,7 @@ void JpegReader::take_icc()
 
 void JpegReader::check_progress()
 {
-    if (cancelled_)
-        give_up("Cancelled");
+    take_step();
     if (codec_.input_scan_number > MOST_SCANS)
         give_up("Too many scans");
 }

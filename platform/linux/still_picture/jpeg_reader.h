@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,14 @@ namespace platform {
 
 class JpegReader {
   public:
-    /** @param cancelled looked at between pieces of work; must outlive the reader */
-    explicit JpegReader(const std::atomic<bool> &cancelled);
+    /** What two threads tell each other of a reading. */
+    struct Progress {
+        const std::atomic<bool> &cancelled; ///< looked at between pieces of work
+        std::atomic<unsigned int> steps{0}; ///< pieces of work so far
+    };
+
+    /** @param progress must outlive the reader */
+    explicit JpegReader(Progress &progress);
     ~JpegReader();
     JpegReader(const JpegReader &) = delete;
     JpegReader &operator=(const JpegReader &) = delete;
@@ -61,6 +68,7 @@ class JpegReader {
     template <typename Step> bool guarded(const Step &step);
     void start(const Size &wanted);
     void choose_scale(const Size &wanted);
+    void take_step();
     void check_progress();
     bool next_piece();
     size_t begin_segment();
@@ -73,7 +81,8 @@ class JpegReader {
     static JpegReader &of(j_common_ptr codec);
     static JpegReader &of(j_decompress_ptr codec);
 
-    const std::atomic<bool> &cancelled_;
+    Progress &progress_made_;
+    std::optional<std::string> path_; ///< of the file that it counts among the readers of
     Descriptor file_;
     std::array<uint8_t, size_t{64} * 1024> piece_;
     std::vector<uint8_t> exif_;

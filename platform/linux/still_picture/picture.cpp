@@ -1,6 +1,7 @@
 #include "still_picture/picture.h"
 
 #include <new>
+#include <utility>
 
 #include "log/platform_log.h"
 #include "lookahead/lookahead.h"
@@ -20,12 +21,15 @@ StillPicture *made_last = nullptr;
 
 } // namespace
 
-StillPicture::StillPicture(std::string path) : _pictrel_s{}, path_(std::move(path)) {}
+StillPicture::StillPicture(std::string path, std::chrono::milliseconds patience)
+    : _pictrel_s{}, path_(std::move(path)), patience_(patience)
+{
+}
 
-StillPicture *StillPicture::create(std::string path)
+StillPicture *StillPicture::create(std::string path, std::chrono::milliseconds patience)
 {
     Lookahead::get().on_begun({path, {}});
-    auto picture = std::make_shared<StillPicture>(std::move(path));
+    auto picture = std::make_shared<StillPicture>(std::move(path), patience);
     picture->self_ = picture;
     made_last = picture.get();
     return made_last;
@@ -55,9 +59,10 @@ void StillPicture::destroy()
     {
         std::unique_lock<std::mutex> lock(mutex_);
         destroyed_ = true;
-        if (!worker_.is_calling())
-            delivered_.wait(lock, [this] { return !delivering_; });
+        const int own_call = worker_.is_calling() || watch_.is_calling() ? 1 : 0;
+        delivered_.wait(lock, [&] { return delivering_ <= own_call; });
     }
+    watch_.close();
     worker_.stop();
 }
 
@@ -93,6 +98,7 @@ bool StillPicture::begin(Phase from, Phase to, void (StillPicture::*work)(Time))
         return false;
     set_phase(to);
     const Time asked = WorkerThread::Clock::now();
+    watch(); // before an event can have it destroyed
     if (worker_.post([self = shared_from_this(), work, asked] { (self.get()->*work)(asked); }))
         return true;
     set_phase(from);
@@ -100,14 +106,47 @@ bool StillPicture::begin(Phase from, Phase to, void (StillPicture::*work)(Time))
     return false;
 }
 
+// A disk may never answer, and nothing else takes the show on then.
+void StillPicture::watch()
+{
+    const std::shared_ptr<StillPicture> self = shared_from_this();
+    WorkerThread::Hooks hooks;
+    hooks.next_deadline = [self] { return self->look_due_; };
+    hooks.on_deadline = [self] { self->look_after(); };
+    watch_.start(std::move(hooks)); // the first time
+    watch_.post([self] {
+        self->standstill_ = {};
+        self->look_after();
+    });
+}
+
+void StillPicture::look_after()
+{
+    look_due_.reset();
+    const Phase now = phase();
+    if (now != Phase::parsing && now != Phase::decoding)
+        return;
+    if (!standstill_.look(progress_.steps)) {
+        look_due_ = WorkerThread::Clock::now() + patience_ / StandstillWatch::LOOKS;
+        return;
+    }
+    if (!move_on(now, Phase::failed))
+        return;
+    PLATFORM_LOGW("still picture", "%s: its reading hangs", path_.c_str());
+    if (now == Phase::parsing)
+        deliver(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED);
+    else
+        deliver(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODE_FAILED);
+}
+
 void StillPicture::read_header(Time asked)
 {
     if (plane_)
-        decoded_ = PictureAhead::get().take(path_, panel(), worker_.stopping());
+        decoded_ = PictureAhead::get().take(path_, panel(), progress_);
     if (!decoded_) {
         decoded_ = std::make_unique<DecodedPicture>();
         try {
-            reader_ = std::make_unique<JpegReader>(worker_.stopping());
+            reader_ = std::make_unique<JpegReader>(progress_);
             if (!reader_->open(path_))
                 return fail(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED, asked,
                             reader_->error());
@@ -120,8 +159,8 @@ void StillPicture::read_header(Time asked)
     const Size upright = decoded_->orientation.of(decoded_->stored);
     width = upright.width;
     height = upright.height;
-    set_phase(Phase::parsed);
-    deliver(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSED);
+    if (move_on(Phase::parsing, Phase::parsed))
+        deliver(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSED);
 }
 
 void StillPicture::read_pixels(Time asked)
@@ -139,8 +178,8 @@ void StillPicture::read_pixels(Time asked)
     if (!decoded_->profile.fault.empty())
         PLATFORM_LOGW("still picture", "%s: shown as sRGB, because of its colour profile: %s",
                       path_.c_str(), decoded_->profile.fault.c_str());
-    set_phase(Phase::decoded);
-    deliver(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODED);
+    if (move_on(Phase::decoding, Phase::decoded))
+        deliver(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODED);
 }
 
 Size StillPicture::panel() const
@@ -151,9 +190,10 @@ Size StillPicture::panel() const
 void StillPicture::fail(pictrel_event_type_e type, pictrel_event_result_e result, Time asked,
                         const char *reason)
 {
+    if (!move_on(type == PICTREL_EVENT_PARSE ? Phase::parsing : Phase::decoding, Phase::failed))
+        return;
     if (!worker_.stopping())
         PLATFORM_LOGW("still picture", "%s: %s", path_.c_str(), reason);
-    set_phase(Phase::failed);
     reader_.reset(); // the reason went with it
     if (worker_.wait_until(asked + FAILURE_DELAY))
         deliver(type, result);
@@ -210,11 +250,11 @@ void StillPicture::deliver(pictrel_event_type_e type, pictrel_event_result_e res
         callback = callbacks_[type];
         if (destroyed_ || !callback.function)
             return;
-        delivering_ = true;
+        ++delivering_;
     }
     callback.function(callback.user_data, type, result);
     const std::lock_guard<std::mutex> lock(mutex_);
-    delivering_ = false;
+    --delivering_;
     delivered_.notify_all();
 }
 
@@ -228,6 +268,16 @@ void StillPicture::set_phase(Phase phase)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     phase_ = phase;
+}
+
+/** @return false, and nothing is changed, where the picture was given up meanwhile */
+bool StillPicture::move_on(Phase from, Phase to)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (phase_ != from)
+        return false;
+    phase_ = to;
+    return true;
 }
 
 } // namespace platform

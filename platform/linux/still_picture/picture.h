@@ -1,15 +1,19 @@
 /**
  * One picture on its way from the file to the panel. parse() and decode() work on a thread of the
- * picture's own, which also delivers every event; render() and rotate() draw at once. The functions
- * are for one thread at a time, the events' receiver may call them too.
+ * picture's own, which also delivers the events; one that hangs in them is given up by another
+ * thread, and left to itself. render() and rotate() draw at once. The functions are for one thread
+ * at a time, the events' receiver may call them too.
  */
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "still_picture.h"
 
@@ -20,11 +24,39 @@
 
 namespace platform {
 
+/** Notices that work stands still. Decides only; knows no time, so that one that was stopped waits.
+ */
+class StandstillWatch {
+  public:
+    /** Looks in a row that see nothing move, the first one not counted, until it stands still. */
+    static constexpr int LOOKS = 5;
+
+    /** @param steps that the work has taken. @return whether it stands still */
+    bool look(unsigned int steps)
+    {
+        in_vain_ = std::exchange(seen_, steps) == steps ? in_vain_ + 1 : 0;
+        return in_vain_ >= LOOKS;
+    }
+
+  private:
+    std::optional<unsigned int> seen_;
+    int in_vain_ = 0;
+};
+
 /** The record that the application sees is the first part of it. */
 class StillPicture : public _pictrel_s, public std::enable_shared_from_this<StillPicture> {
   public:
-    /** Makes a picture that lives until destroy(). @param path any bytes but null */
-    static StillPicture *create(std::string path);
+    /** How long the reading of a picture may stand still before it is given up. */
+    static constexpr std::chrono::milliseconds LONGEST_STAND{10000};
+
+    /**
+     * Makes a picture that lives until destroy().
+     *
+     * @param path     any bytes but null
+     * @param patience how long its reading may stand still
+     */
+    static StillPicture *create(std::string path,
+                                std::chrono::milliseconds patience = LONGEST_STAND);
 
     /** The picture that was made last, or null once it has been destroyed. */
     static StillPicture *latest();
@@ -48,7 +80,7 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     bool render();
     bool rotate(int degrees);
 
-    explicit StillPicture(std::string path);
+    StillPicture(std::string path, std::chrono::milliseconds patience);
 
   private:
     enum class Phase { created, parsing, parsed, decoding, decoded, failed };
@@ -59,6 +91,8 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     };
 
     bool begin(Phase from, Phase to, void (StillPicture::*work)(Time));
+    void watch();
+    void look_after();
     Size panel() const;
     void read_header(Time asked);
     void read_pixels(Time asked);
@@ -69,8 +103,10 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     void deliver(pictrel_event_type_e type, pictrel_event_result_e result);
     Phase phase();
     void set_phase(Phase phase);
+    bool move_on(Phase from, Phase to);
 
     const std::string path_;
+    const std::chrono::milliseconds patience_;
     std::shared_ptr<StillPicture> self_; // the application's reference
     std::shared_ptr<VideoPlane> plane_;
     bool mixer_ = false;
@@ -80,10 +116,16 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     Phase phase_ = Phase::created;
     std::array<Callback, PICTREL_EVENT_RESOURCE_CONFLICT + 1> callbacks_;
     bool destroyed_ = false;
-    bool delivering_ = false;
+    int delivering_ = 0;
     std::condition_variable delivered_;
 
     WorkerThread worker_{"still-picture"};
+    JpegReader::Progress progress_{worker_.stopping()};
+
+    WorkerThread watch_{"photo-watch"};
+    // The watch's own.
+    std::optional<Time> look_due_;
+    StandstillWatch standstill_;
 
     // The worker's until the picture is parsed or decoded, read-only then.
     std::unique_ptr<JpegReader> reader_; ///< null also when the pixels are there from the beginning

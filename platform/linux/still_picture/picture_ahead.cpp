@@ -7,7 +7,6 @@
 #include "log/platform_log.h"
 #include "lookahead/lookahead.h"
 #include "still_picture/compose.h"
-#include "still_picture/jpeg_reader.h"
 #include "video_plane/video_plane.h"
 
 namespace platform {
@@ -75,7 +74,7 @@ std::shared_ptr<PictureAhead::Work> PictureAhead::exchange(std::shared_ptr<Work>
 }
 
 std::unique_ptr<DecodedPicture> PictureAhead::take(const std::string &path, const Size &panel,
-                                                   const std::atomic<bool> &cancelled)
+                                                   JpegReader::Progress &progress)
 {
     std::shared_ptr<Work> work;
     {
@@ -85,9 +84,10 @@ std::unique_ptr<DecodedPicture> PictureAhead::take(const std::string &path, cons
     if (!work)
         return nullptr;
     if (work->path == path && work->panel == panel) {
-        while (!cancelled && work->result.wait_for(LOOK_AFTER_CANCEL) != std::future_status::ready)
-            continue;
-        if (!cancelled) {
+        while (!progress.cancelled &&
+               work->result.wait_for(LOOK_AFTER_CANCEL) != std::future_status::ready)
+            progress.steps = work->progress.steps.load();
+        if (!progress.cancelled) {
             std::unique_ptr<DecodedPicture> picture = work->result.get();
             if (picture && work->stamp == file_stamp(path))
                 return picture;
@@ -103,7 +103,7 @@ void PictureAhead::Work::decode()
     stamp = file_stamp(path);
     auto picture = std::make_unique<DecodedPicture>();
     try {
-        JpegReader reader(thread.stopping());
+        JpegReader reader(progress);
         if (reader.open(path)) {
             picture->stored = reader.size();
             picture->orientation = reader.orientation();

@@ -15,6 +15,7 @@
 #include "base/worker_thread.h"
 #include "still_picture/colour_profile.h"
 #include "still_picture/image.h"
+#include "still_picture/jpeg_reader.h"
 
 namespace platform {
 
@@ -46,12 +47,12 @@ class PictureAhead {
     /**
      * Hands a picture over that is wanted, and waits for it if need be. Lets go of any other.
      *
-     * @param panel     size of the panel
-     * @param cancelled ends the wait
+     * @param panel    size of the panel
+     * @param progress moves as long as the one that is waited for does; cancelled, it ends the wait
      * @return null when there is none for this panel, it could not be decoded or has changed since
      */
     std::unique_ptr<DecodedPicture> take(const std::string &path, const Size &panel,
-                                         const std::atomic<bool> &cancelled);
+                                         JpegReader::Progress &progress);
 
   private:
     struct Work {
@@ -61,6 +62,7 @@ class PictureAhead {
         std::promise<std::unique_ptr<DecodedPicture>> promise;
         std::future<std::unique_ptr<DecodedPicture>> result = promise.get_future();
         WorkerThread thread{"picture-ahead"};
+        JpegReader::Progress progress{thread.stopping()};
 
         void decode();
     };

@@ -37,7 +37,8 @@ class PictureAheadTest : public PictureTest {
     static bool has(const std::string &path, const platform::Size &panel = {WIDTH, HEIGHT})
     {
         const std::atomic<bool> never{false};
-        return PictureAhead::get().take(path, panel, never) != nullptr;
+        platform::JpegReader::Progress progress{never};
+        return PictureAhead::get().take(path, panel, progress) != nullptr;
     }
 };
 
@@ -97,7 +98,8 @@ TEST_F(PictureAheadTest, WhoeverWaitsForItCanBeCancelled)
     write_photo("a.jpg");
     open_ahead(file("a.jpg"));
 
-    EXPECT_EQ(PictureAhead::get().take(file("a.jpg"), {WIDTH, HEIGHT}, cancelled), nullptr);
+    platform::JpegReader::Progress progress{cancelled};
+    EXPECT_EQ(PictureAhead::get().take(file("a.jpg"), {WIDTH, HEIGHT}, progress), nullptr);
 }
 
 TEST_F(PictureAheadTest, ItIsShownAsAnyOther)

@@ -182,7 +182,8 @@ TEST_F(ABadFile, ProgressiveAndTooLargeForMemoryFailsToDecode)
 std::string reason_of(const std::string &path)
 {
     const std::atomic<bool> go_on{false};
-    platform::JpegReader reader(go_on);
+    platform::JpegReader::Progress progress{go_on};
+    platform::JpegReader reader(progress);
     platform::Image image;
     if (!reader.open(path))
         return std::string("header: ") + reader.error();

@@ -57,7 +57,8 @@ struct Kind {
 void show(const std::string &path, PlaneBuffer &buffer)
 {
     const std::atomic<bool> go_on{false};
-    JpegReader reader(go_on);
+    JpegReader::Progress progress{go_on};
+    JpegReader reader(progress);
     Image image;
     if (!reader.open(path) || !reader.decode(size_to_keep(reader.size(), PANEL), image))
         std::abort();

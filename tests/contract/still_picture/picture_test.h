@@ -141,6 +141,11 @@ class PictureTest : public testing::Test {
         application_.forget();
         screen_ = {};
         ASSERT_EQ(pictrel_create_from_url(path.c_str(), &picture_), 0);
+        set_up();
+    }
+
+    void set_up()
+    {
         ASSERT_EQ(pictrel_set_window(picture_, 1), 0);
         ASSERT_EQ(pictrel_set_geometry_size(picture_, PICTREL_GEOMETRY_FIT), 0);
         application_.subscribe(picture_);
@@ -197,8 +202,10 @@ class PictureTest : public testing::Test {
     static int picture_threads()
     {
         int count = 0;
-        for (const auto &task : std::filesystem::directory_iterator("/proc/self/task"))
-            count += store_test::read_file(task.path() / "comm") == "still-picture\n";
+        for (const auto &task : std::filesystem::directory_iterator("/proc/self/task")) {
+            const std::string name = store_test::read_file(task.path() / "comm");
+            count += name == "still-picture\n" || name == "photo-watch\n";
+        }
         return count;
     }
 
