@@ -212,6 +212,19 @@ bool ConfigFiles::read(const std::string &key, int &value) const
     return parse(small_text(path(key)), value);
 }
 
+bool ConfigFiles::holds_nothing(const std::string &key) const
+{
+    std::string text;
+    const int reason = read_regular_file(path(key), LONGEST_TEXT, text);
+    if (reason == ENOENT)
+        return true;
+    const bool rubbish = reason == 0 || reason == EFBIG || reason == EINVAL;
+    PLATFORM_LOGW("config_store", "%s %s: %s", path(key).c_str(),
+                  rubbish ? "is begun anew" : "cannot be read and is left alone",
+                  rubbish ? "it holds no number" : std::strerror(reason));
+    return rubbish;
+}
+
 bool ConfigFiles::make_folder(const std::string &key)
 {
     if (!make_folders(key))

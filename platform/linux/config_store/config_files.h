@@ -43,6 +43,12 @@ class ConfigFiles {
     bool read(const std::string &key, int &value) const;
 
     /**
+     * Whether a key that cannot be read can be written without the loss of a value: it is not
+     * there, or its file is rubbish. What stands in the way is in the log.
+     */
+    bool holds_nothing(const std::string &key) const;
+
+    /**
      * Writes a key, creating it and its folders. Readers see the old value or the new one whole. A
      * value that stands already is not written again, but is reported to watchers as a write.
      *

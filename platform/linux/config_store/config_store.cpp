@@ -51,7 +51,8 @@ void platform::write_factory_defaults()
 {
     for (const KnownKey &key : known_keys()) {
         int present = 0;
-        if (key.factory && vconf_get_int(key.name, &present) != 0)
+        if (key.factory && vconf_get_int(key.name, &present) != 0 &&
+            ConfigStore::get().files().holds_nothing(key.name))
             vconf_set_int(key.name, *key.factory);
     }
 }

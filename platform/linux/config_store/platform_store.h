@@ -10,8 +10,9 @@
 namespace platform {
 
 /**
- * Writes each key that a set has when it leaves the factory and that does not exist yet, so that
- * staff can step the intervals and other programs find something to read.
+ * Writes each key that a set has when it leaves the factory and that does not exist yet or holds no
+ * integer, so that staff can step the intervals and other programs find something to read. One that
+ * the medium does not give is left as it is, for it may give it another time.
  */
 void write_factory_defaults();
 

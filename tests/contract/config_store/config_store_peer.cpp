@@ -1,7 +1,9 @@
 // Another process of the set that uses the store.
 //   config_store_peer set KEY VALUE       writes once
 //   config_store_peer count KEY LAST      writes 1 .. LAST one after the other
-//   config_store_peer watch KEY           prints "ready", then each new value, until it is -1
+//   config_store_peer keep KEY FIRST      writes FIRST, FIRST + 1 and so on, and prints each one
+//   written config_store_peer watch KEY           prints "ready", then each new value, until it is
+//   -1
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -36,6 +38,15 @@ int watch(const char *key)
     return result == 0 ? 0 : 1;
 }
 
+int keep(const char *key, int first)
+{
+    for (int value = first; vconf_set_int(key, value) == 0; ++value) {
+        std::printf("%d\n", value);
+        std::fflush(stdout);
+    }
+    return 1;
+}
+
 int count(const char *key, int last)
 {
     for (int value = 1; value <= last; ++value) {
@@ -53,6 +64,8 @@ int main(int argc, char **argv)
         return vconf_set_int(argv[2], std::atoi(argv[3])) == 0 ? 0 : 1;
     if (argc == 4 && std::strcmp(argv[1], "count") == 0)
         return count(argv[2], std::atoi(argv[3]));
+    if (argc == 4 && std::strcmp(argv[1], "keep") == 0)
+        return keep(argv[2], std::atoi(argv[3]));
     if (argc == 3 && std::strcmp(argv[1], "watch") == 0)
         return watch(argv[2]);
     return 2;

@@ -8,10 +8,12 @@
 #include "config_store.h"
 #include "config_store/platform_store.h"
 #include "config_store_fixture.h"
+#include "store_support/captured_log.h"
 
 namespace {
 
 using store_test::Child;
+using testing::HasSubstr;
 
 class ConfigStore : public ConfigStoreFixture {};
 
@@ -39,6 +41,30 @@ TEST_F(ConfigStore, NullAndBadArgumentsAreRefused)
     EXPECT_EQ(vconf_set_int("elsewhere/a", 1), -1);
     EXPECT_EQ(vconf_get_int("db/../a", &value), -1);
     EXPECT_EQ(vconf_keynode_get_name(nullptr), nullptr);
+}
+
+TEST_F(ConfigStore, FactorySettingsTakeThePlaceOfNothingAndOfRubbishOnly)
+{
+    const std::string folder = "db/ostrel-demo-player-tv/";
+    store_test::write_file(path(folder + "demo_mode"), "2\n");
+    store_test::write_file(path(folder + "file_mode"), "rubbish");
+    // Stands for a medium that fails for a moment.
+    const std::string unreadable = path(folder + "portrait_timer");
+    std::filesystem::create_symlink("portrait_timer", unreadable);
+    const store_test::CapturedLog log;
+    platform::write_factory_defaults();
+
+    const auto value_of = [&](const char *name) {
+        int value = -99;
+        vconf_get_int((folder + name).c_str(), &value);
+        return value;
+    };
+    EXPECT_EQ(value_of("demo_mode"), 2);
+    EXPECT_EQ(value_of("file_mode"), 1);
+    EXPECT_EQ(value_of("landscape_timer"), 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(unreadable));
+    EXPECT_THAT(log.text(), HasSubstr("file_mode is begun anew: it holds no number"));
+    EXPECT_THAT(log.text(), HasSubstr("portrait_timer cannot be read and is left alone: Too many"));
 }
 
 TEST_F(ConfigStore, OwnWritesAreToldApartFromThoseOfOthers)
