@@ -122,7 +122,7 @@ build_into() {
     elif [ $unit$contract = nono ]; then
         # The end-to-end tests alone need only what they start.
         targets=(ostrel-demo-player-tv tvctl make-sample-content resources timer_speed
-            cost_counter faults)
+            cost_counter faults storage_faults)
     fi
     ninja -C "$directory" "${targets[@]}"
 }

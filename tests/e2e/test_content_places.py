@@ -6,18 +6,11 @@ import shutil
 import pytest
 
 from harness.content import order_in, picture, with_default_folder
-from harness.player import PLAYBACK_STATUS, USE_MODE
+from harness.player import PLAYBACK_STATUS, USE_MODE, obeying_permissions
 from harness.waiting import wait_until
 
 CANNOT_OPEN = r"m_CreatePlayList\(\d+\) > open dir \[.*\] failed"
 NOTHING_TO_PLAY = "Create ostrel demo player failed"
-
-
-def obeying_permissions():
-    """A command prefix under which file permissions count even for root."""
-    if os.getuid() != 0:
-        return ()
-    return ("setpriv", "--bounding-set=-dac_override,-dac_read_search")
 
 
 def assert_gave_up(tv, player):

@@ -30,6 +30,13 @@ STAND, GROW = signal.SIGRTMIN + 1, signal.SIGRTMIN + 2
 Costs = namedtuple("Costs", "allocations threads descriptors")
 
 
+def obeying_permissions():
+    """A command prefix under which file permissions count even for root."""
+    if os.getuid() != 0:
+        return ()
+    return ("setpriv", "--bounding-set=-dac_override,-dac_read_search")
+
+
 class Log:
     """The player's output, line by line as it comes."""
 
@@ -159,6 +166,7 @@ class Tv:
         self.memory_dir = os.path.join(folder, "memory")
         self.conf = os.path.join(folder, "tv.conf")
         self._costs = os.path.join(folder, "costs")
+        self._faults = os.path.join(folder, "faults")
         self.players = []
         self._mark = os.path.basename(screen.folder)
         self._short = tempfile.mkdtemp(prefix="bus-")
@@ -249,6 +257,18 @@ class Tv:
         with open(self._costs, "rb") as file:
             return Costs(*struct.unpack("=3Q", file.read()))
 
+    def breakable(self):
+        """Environment for start(): the player's storage is as break_storage() says."""
+        return self._preloaded("storage_faults", STORAGE_FAULTS=self._faults)
+
+    def break_storage(self, **faults):
+        """Has each fault hold for what lies below its path, and no other one any more; their names are
+        those of tests/preload/storage_faults.cpp. Without any, all is well again."""
+        draft = f"{self._faults}.draft"
+        with open(draft, "w", encoding="utf-8") as file:
+            file.writelines(f"{fault} {path}\n" for fault, path in faults.items())
+        os.replace(draft, self._faults)
+
     def relaunch(self, *arguments, folder=None):
         """A second start, which hands its request to the running player and ends."""
         second = self.start(*arguments, folder=folder)
@@ -278,20 +298,21 @@ class Tv:
         """A key of the set's remote control, by the set's own name."""
         self.tvctl("key", key)
 
-    def _key_file(self, key):
+    def key_file(self, key):
+        """Where a key's value lies."""
         return os.path.join(self.state_dir if key.startswith("db/") else self.memory_dir, key)
 
     def config(self, key):
         """The integer stored under the key, None when there is none."""
         try:
-            with open(self._key_file(key), encoding="ascii") as file:
+            with open(self.key_file(key), encoding="ascii") as file:
                 return int(file.read())
         except FileNotFoundError:
             return None
 
     def set_config(self, key, value):
         """Stores an integer as another service of the set would."""
-        path = self._key_file(key)
+        path = self.key_file(key)
         os.makedirs(os.path.dirname(path), exist_ok=True)
         draft = os.path.join(self.folder, "key-draft")
         with open(draft, "w", encoding="ascii") as file:
