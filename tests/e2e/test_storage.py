@@ -2,9 +2,11 @@
 
 import os
 import shutil
+import signal
 
 from harness.content import listed, picture
 from harness.player import DEMO_MODE, FILE_MODE, OWN_KEYS, PLAYBACK_STATUS, obeying_permissions
+from harness.service import Service
 from harness.waiting import wait_until
 
 NOTHING_PLAYS = r"none of the videos can be played"
@@ -226,3 +228,40 @@ def test_keys_of_garbage_begin_anew(tv, screen, content, shelf):
     for key in (DEMO_MODE, PORTRAIT_TIMER):
         assert player.log.find_all(rf"{key} is begun anew: it holds no number")
     assert player.log.find_all(r"tv\.conf:\d+: \[content\] broken_video: ")
+
+
+class OnStick:
+    """A set whose launcher asks for a folder on USB."""
+
+    def __init__(self, tv):
+        self.screen = tv.screen
+        self._tv = tv
+
+    def start(self, **options):
+        return self._tv.start("--demo_player_mode", "folder_contents_player", "--folder_path", "demo",
+                              "--path_location", "usb", **options)
+
+
+def test_disk_that_stops_the_main_loop_costs_a_start_and_no_more(tv, screen, tmp_path, shelf):
+    """The player looks for its folder on USB before each item."""
+    stick = tmp_path / "stick"
+    (stick / "demo").mkdir(parents=True)
+    for colour in ("red", "green"):
+        shelf.video(stick / "demo" / f"{colour}.mp4", colour)
+    tv.configure(usb={"mounts": str(stick)})
+    with Service(OnStick(tv), None, **tv.breakable()) as service:
+        wait_until(lambda: screen.shown() in ("red", "green"), "the first video")
+        service.wait_told("WATCHDOG", count=2)
+        with screen.record() as recorder:
+            tv.break_storage(dead=stick)
+            service.watch()
+            assert service.lives[0].wait_end() == -signal.SIGABRT
+        assert recorder.names()[0] in ("red", "green"), "the last picture stays until then"
+        wait_until(lambda: len(service.lives) > 1, "a new start")
+        service.lives[1].log.wait(r"m_GetPlaybackFolderPath|m_CreatePlayList")
+        assert not service.ready()
+
+        tv.break_storage()
+        service.wait_back(life=1)
+        wait_until(lambda: screen.shown() in ("red", "green"), "the picture again")
+        assert len(service.lives) == 2
