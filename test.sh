@@ -21,7 +21,7 @@ With one or more of these, only the named suites run:
   --quick        for between two edits: --unit and --contract, and of --e2e one demo loop
 
   --nightly      a million events against the model of the player instead of 50,000, and new ones
-                 each day; the thread sanitizer looks at the unit tests as well, and clang-tidy more
+                 each day; each fault of a shop as often as the player is to stand it; the thread sanitizer looks at the unit tests as well, and clang-tidy more
                  deeply; after all suites, breaks the Linux platform on purpose to see whether
                  its tests notice
   -k EXPR        only tests whose name matches (a regular expression; for --e2e a pytest expression)
@@ -48,6 +48,7 @@ while [ $# -gt 0 ]; do
         --quick) quick=yes ;;
         --nightly)
             nightly=yes
+            export FAULTS=${FAULTS:-many}
             export MODEL_EVENTS=${MODEL_EVENTS:-1000000} MODEL_SEED=${MODEL_SEED:-$(date +%Y%m%d)0000}
             echo "== The model's first sequence is MODEL_SEED=$MODEL_SEED" ;;
         --no-install) install=no ;;
@@ -122,7 +123,7 @@ build_into() {
     elif [ $unit$contract = nono ]; then
         # The end-to-end tests alone need only what they start.
         targets=(ostrel-demo-player-tv tvctl make-sample-content resources timer_speed
-            cost_counter faults storage_faults)
+            cost_counter faults storage_faults shortage)
     fi
     ninja -C "$directory" "${targets[@]}"
 }

@@ -148,13 +148,13 @@ int player_resize_video_render_rect(player_h player, int x, int y, int width, in
  * player_unprepare() comes first. It comes no sooner than the main loop has returned from the
  * callback that made this call, so the caller may still set its own fields after it. A sound track
  * that cannot be played is told through the error callback besides. A file whose first frame does
- * not come within 15 seconds has failed.
+ * not come within 15 seconds has failed, and so has one that the machine has no thread for.
  *
  * A set may pass over files that cannot be opened instead: such a one becomes READY too, with
  * nothing to show, and completes once it is started, looping or not.
  *
  * @return PLAYER_ERROR_NONE when it was started; INVALID_OPERATION without a uri or while one runs;
- *         RESOURCE_LIMIT when the machine has no thread for it; no callback follows then
+ *         no callback follows on an error here, so that it is for mistakes of the caller alone
  */
 int player_prepare_async(player_h player, player_prepared_cb callback, void *user_data);
 

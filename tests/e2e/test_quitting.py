@@ -139,9 +139,3 @@ def test_video_that_cannot_be_played_ends_the_demo_with_an_error(tv, content):
     player = tv.start(folder=content)
     player.tolerate(r"PLATFORM|media_player")
     assert_quit(tv, player, playback_status=3)
-
-
-def test_vanished_compositor_ends_the_demo(tv, screen, playing):
-    playing.tolerate(".*")
-    screen.kill_compositor()
-    playing.wait_end()

@@ -3,8 +3,9 @@ type reaches anything but the demo, and the picture never goes away by itself.""
 
 import pytest
 
+from harness.faults import times
 from harness.screen import lit
-from harness.sway import SwayScreen
+from harness.sway import SwayScreen, UnpluggableScreen
 from harness.waiting import wait_until
 
 SHORTCUTS = {
@@ -119,6 +120,40 @@ def test_picture_follows_a_screen_that_changes_its_resolution(screen, player):
             # A panel of other proportions: as large as fits, black above and below.
             wait_until(lambda: (screen.picture()[300, [4, 400, 795], 0] > 180).all()
                        and (screen.picture()[[40, 560], 400] < 30).all(), "bars")
+
+
+def test_picture_follows_a_screen_that_is_turned(screen, player):
+    for transform in ("90", "180", "270", "normal"):
+        here = player.log.position()
+        screen.turn(transform)
+        upright = screen.height > screen.width
+        if transform in ("90", "normal"):
+            player.log.wait(rf"video plane: now {screen.width} x {screen.height}$", after=here)
+        if not upright:
+            screen.wait_for("red")
+        else:
+            # As large as fits, black above and below.
+            wait_until(lambda: (screen.picture()[320, [4, 180, 355], 0] > 180).all()
+                       and (screen.picture()[[40, 600], 180] < 30).all(), "bars")
+
+
+class TestUnplugged:
+    @pytest.fixture
+    def screen(self):
+        with (lit(lambda folder: SwayScreen(folder, {})) as wall,
+              lit(lambda folder: UnpluggableScreen(folder, wall)) as panel):
+            yield panel
+
+    def test_picture_comes_back_to_a_screen_that_was_unplugged(self, tv, screen, player):
+        for _ in range(times(2, 10)):
+            screen.unplug()
+            position = tv.position()
+            wait_until(lambda before=position: tv.position() != before, "the film to go on unseen")
+            screen.plug()
+            screen.wait_for("red")
+            shown = tv.status()["frames"]["shown"]
+            wait_until(lambda before=shown: tv.status()["frames"]["shown"] > before, "more frames")
+        assert player.running()
 
 
 @pytest.mark.parametrize("scale", ["2", "1.5"])

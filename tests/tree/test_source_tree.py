@@ -254,6 +254,17 @@ def test_functions_in_the_toolkits_place_are_those_that_the_design_names(source_
     assert redirected and named == for_all | redirected
 
 
+def test_nothing_waits_for_a_time_of_day(build_dir):
+    """The day's clock may be set by a day; what is meant to last for a while must not notice."""
+    program = os.path.join(build_dir, "src", "ostrel-demo-player-tv")
+    wanted = {fields[-1].split("@")[0] for fields in symbols(["-D", "--undefined-only", program])}
+    assert "pthread_cond_clockwait" in wanted, "no thread waits by the steady clock"
+    by_the_day = {"pthread_cond_timedwait", "pthread_mutex_timedlock", "sem_timedwait",
+                  "pthread_rwlock_timedrdlock", "pthread_rwlock_timedwrlock", "alarm", "setitimer"}
+    assert not wanted & by_the_day
+    assert not {name for name in wanted if "system_clock" in name}
+
+
 def test_code_is_formatted(source_dir, files):
     tool = shutil.which("clang-format-14") or shutil.which("clang-format")
     assert tool, "clang-format is not installed"

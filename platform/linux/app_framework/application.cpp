@@ -88,8 +88,10 @@ int Application::run(int argc, char **argv, const ui_app_lifecycle_callback_s &c
 
 int Application::launch(const Extras &extras)
 {
-    instance_ = std::make_unique<SingleInstance>(
-        [this](Extras handed) { return take_launch_request(std::move(handed)); });
+    SingleInstance::Listener listener;
+    listener.launch = [this](Extras handed) { return take_launch_request(std::move(handed)); };
+    listener.bus = [this](Eldbus_Connection *connection) { be_controlled_by(connection); };
+    instance_ = std::make_unique<SingleInstance>(std::move(listener));
     switch (instance_->claim(extras)) {
     case SingleInstance::Outcome::HandedOver:
         return DONE;
@@ -144,10 +146,17 @@ bool Application::start_services()
         return false;
     load_decoders();
     session_ = std::make_unique<SessionWatch>([this](bool active) { session_changed(active); });
-    if (instance_->connection())
-        control_start(instance_->connection(),
-                      {[this] { return first_launch_; }, [this] { announce_language_change(); }});
+    be_controlled_by(instance_->connection());
     return true;
+}
+
+void Application::be_controlled_by(Eldbus_Connection *connection)
+{
+    if (connection)
+        control_start(connection,
+                      {[this] { return first_launch_; }, [this] { announce_language_change(); }});
+    else
+        control_stop();
 }
 
 void Application::stop_services()

@@ -62,6 +62,7 @@ class Application {
 
     int launch(const Extras &extras);
     bool start_services();
+    void be_controlled_by(Eldbus_Connection *connection);
     void stop_services();
     void follow_manager();
     void await_session();

@@ -10,7 +10,9 @@
 #include <Efreet.h>
 
 #include "app_framework/service_manager.h"
+#include "app_framework/start_limits.h"
 #include "app_framework/start_pace.h"
+#include "log/platform_log.h"
 #include "media_player/media_system.h"
 
 namespace platform {
@@ -18,6 +20,8 @@ namespace platform {
 namespace {
 
 constexpr int KEEP_USERS_CHOICE = 0;
+
+constexpr int COULD_NOT_RUN = 1;
 
 // Blocks of this size and more are mapped by themselves and go back to the system when they are
 // freed. The allocator starts with this size, but raises it up to a picture's with the first
@@ -41,6 +45,13 @@ void prepare_process()
     // While it waits there is nothing yet that would have to be ended in good order.
     if (ServiceManager::get().present())
         pace_start();
+
+    const std::string missing = missing_at_start();
+    if (!missing.empty()) {
+        PLATFORM_LOGE("app_framework", "the machine gives this program too few %s to start",
+                      missing.c_str());
+        std::_Exit(COULD_NOT_RUN);
+    }
 
     // A signal that arrives while the toolkit starts waits for the main loop, and then ends the
     // application in the ordinary way.

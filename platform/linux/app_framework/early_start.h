@@ -10,7 +10,7 @@ namespace platform {
  * Takes what a service manager says out of the environment, and waits where the starts before this
  * one ended soon. Sets the toolkit up for a program that is alone on the screen, holds ending
  * signals back, and begins to set GStreamer up. A variable that comes to the environment later
- * endangers its thread.
+ * endangers its thread. Ends the process where the machine has too little for it to start.
  */
 void prepare_process();
 

@@ -21,27 +21,27 @@ constexpr double LONGEST_HANDOVER_S = 10.0;
 constexpr double BUS_CALL_S = 5.0;
 // How often a player that ends at that very moment is followed by the next one.
 constexpr int MOST_ATTEMPTS = 5;
+// A bus that was restarted is back within a moment; to look for one costs a system call.
+constexpr double BUS_SEARCH_INTERVAL_S = 5.0;
 
 } // namespace
 
-SingleInstance::SingleInstance(std::function<bool(Extras)> on_launch)
-    : on_launch_(std::move(on_launch)), connection_(connect_session_bus())
+SingleInstance::SingleInstance(Listener listener) : listener_(std::move(listener))
 {
-    if (!connection_)
-        return;
-    eldbus_connection_event_callback_add(
-        connection_.get(), ELDBUS_CONNECTION_EVENT_DISCONNECTED,
-        [](void *, Eldbus_Connection *, void *) {
-            PLATFORM_LOGW(SERVICE, "the session bus went away: no more requests from outside");
-        },
-        nullptr);
+    join();
+}
+
+SingleInstance::~SingleInstance()
+{
+    leave();
 }
 
 SingleInstance::Outcome SingleInstance::claim(const Extras &extras)
 {
-    if (!connection_ || !publish()) {
+    if (!connection_) {
         PLATFORM_LOGW(SERVICE, "no session bus: starting alone, out of reach of later starts and "
                                "of the control tool");
+        look_for_bus();
         return Outcome::Alone;
     }
     const double deadline = ecore_time_get() + LONGEST_HANDOVER_S;
@@ -51,6 +51,7 @@ SingleInstance::Outcome SingleInstance::claim(const Extras &extras)
             return Outcome::First;
         case Name::Unavailable:
             PLATFORM_LOGW(SERVICE, "the session bus gives no name to this player");
+            look_for_bus();
             return Outcome::Alone;
         case Name::Taken:
             break;
@@ -65,7 +66,8 @@ SingleInstance::Outcome SingleInstance::claim(const Extras &extras)
     return Outcome::Failed;
 }
 
-bool SingleInstance::publish()
+/** Connects, where there is a bus, and puts the object there that later starts look for. */
+void SingleInstance::join()
 {
     static const Eldbus_Arg_Info launch_arguments[] = {{"a{say}", "extras"}, {nullptr, nullptr}};
     static const Eldbus_Method methods[] = {
@@ -74,12 +76,67 @@ bool SingleInstance::publish()
     };
     static const Eldbus_Service_Interface_Desc description = {
         BUS_APPLICATION_INTERFACE, methods, nullptr, nullptr, nullptr, nullptr};
+    connection_ = connect_session_bus();
+    if (!connection_)
+        return;
+    eldbus_connection_event_callback_add(connection_.get(), ELDBUS_CONNECTION_EVENT_DISCONNECTED,
+                                         on_disconnected, this);
     interface_.reset(
         eldbus_service_interface_register(connection_.get(), BUS_OBJECT, &description));
-    if (!interface_)
-        return false;
-    eldbus_service_object_data_set(interface_.get(), INSTANCE_KEY, this);
-    return true;
+    if (interface_)
+        eldbus_service_object_data_set(interface_.get(), INSTANCE_KEY, this);
+    else
+        leave();
+}
+
+void SingleInstance::leave()
+{
+    lost_.reset();
+    interface_.reset();
+    if (connection_)
+        eldbus_connection_event_callback_del(
+            connection_.get(), ELDBUS_CONNECTION_EVENT_DISCONNECTED, on_disconnected, this);
+    connection_.reset();
+}
+
+// The bus library is still at work on the connection; it can be let go of afterwards.
+void SingleInstance::on_disconnected(void *data, Eldbus_Connection * /*connection*/,
+                                     void * /*event*/)
+{
+    auto *self = static_cast<SingleInstance *>(data);
+    PLATFORM_LOGW(SERVICE, "the session bus went away: no requests from outside until it is back");
+    self->lost_.reset(ecore_job_add(
+        [](void *instance) {
+            auto *loser = static_cast<SingleInstance *>(instance);
+            static_cast<void>(loser->lost_.release()); // it goes by itself
+            loser->listener_.bus(nullptr);
+            loser->leave();
+            loser->look_for_bus();
+        },
+        self));
+}
+
+void SingleInstance::look_for_bus()
+{
+    search_.reset(ecore_timer_add(
+        BUS_SEARCH_INTERVAL_S,
+        [](void *data) -> Eina_Bool {
+            static_cast<SingleInstance *>(data)->rejoin();
+            return ECORE_CALLBACK_RENEW;
+        },
+        this));
+}
+
+/** Another player that has come to the bus meanwhile keeps it until it ends. */
+void SingleInstance::rejoin()
+{
+    if (!connection_)
+        join();
+    if (!connection_ || own_name() != Name::Owned)
+        return;
+    search_.reset();
+    PLATFORM_LOGI(SERVICE, "the session bus is there: requests from outside are taken");
+    listener_.bus(connection_.get());
 }
 
 SingleInstance::Name SingleInstance::own_name()
@@ -120,7 +177,7 @@ Eldbus_Message *SingleInstance::on_launch_call(const Eldbus_Service_Interface *i
         return eldbus_message_error_new(message, INVALID_ARGUMENTS,
                                         "values of extras hold no null byte");
     // Without an answer the caller waits until this process leaves the bus.
-    if (!self->on_launch_(std::move(*extras)))
+    if (!self->listener_.launch(std::move(*extras)))
         return nullptr;
     return eldbus_message_method_return_new(message);
 }

@@ -6,6 +6,7 @@
 
 #include <functional>
 
+#include "base/toolkit_handles.h"
 #include "bus/bus_connection.h"
 #include "launch/launch_request.h"
 
@@ -20,16 +21,25 @@ class SingleInstance {
         Failed,     ///< a player runs but does not answer; logged
     };
 
-    /**
-     * @param on_launch called for each request that a later start hands over. It returns false when
-     *                  the request comes too late; the later start then waits for this process to
-     *                  end and takes its place.
-     */
-    explicit SingleInstance(std::function<bool(Extras)> on_launch);
+    struct Listener {
+        /**
+         * A request that a later start hands over. It returns false when the request comes too
+         * late; the later start then waits for this process to end and takes its place.
+         */
+        std::function<bool(Extras)> launch;
+        /** After claim(): the session bus has gone, null, or is there and this is its player. */
+        std::function<void(Eldbus_Connection *connection)> bus;
+    };
+
+    explicit SingleInstance(Listener listener);
+    ~SingleInstance();
     SingleInstance(const SingleInstance &) = delete;
     SingleInstance &operator=(const SingleInstance &) = delete;
 
-    /** Becomes the session's player or hands the request over. Blocks, at most ten seconds. */
+    /**
+     * Becomes the session's player or hands the request over. Blocks, at most ten seconds. A player
+     * without a bus, from the start or later, looks for it from time to time.
+     */
     Outcome claim(const Extras &extras);
 
     /** The session bus, or null. */
@@ -41,13 +51,20 @@ class SingleInstance {
     static Eldbus_Message *on_launch_call(const Eldbus_Service_Interface *interface,
                                           const Eldbus_Message *message);
 
-    bool publish();
+    static void on_disconnected(void *data, Eldbus_Connection *connection, void *event);
+
+    void join();
+    void leave();
+    void look_for_bus();
+    void rejoin();
     Name own_name();
     bool hand_over(const Extras &extras, double timeout_s);
 
-    std::function<bool(Extras)> on_launch_;
+    const Listener listener_;
     BusConnectionPtr connection_;
     ServiceInterfacePtr interface_;
+    JobPtr lost_;
+    TimerPtr search_;
 };
 
 } // namespace platform

@@ -28,6 +28,7 @@ namespace platform {
 namespace {
 
 constexpr char INVALID_ARGUMENTS[] = "org.freedesktop.DBus.Error.InvalidArgs";
+constexpr char LIMITS_EXCEEDED[] = "org.freedesktop.DBus.Error.LimitsExceeded";
 constexpr char REFUSED[] = "org.tizen.OstrelDemoPlayerTv.Error.Refused";
 
 /** The service while it is on the bus. */
@@ -223,15 +224,18 @@ Eldbus_Message *on_status(const Eldbus_Service_Interface *interface, const Eldbu
         eldbus_message_unref(const_cast<Eldbus_Message *>(message));
     });
     eldbus_message_ref(const_cast<Eldbus_Message *>(call));
-    service().status->ask([connection = eldbus_service_connection_get(interface), asked,
-                           json = *format == "json"](const Status &status) {
-        const std::string text =
-            json ? status_as_json(status_nodes(status)) : status_summary(status);
-        Eldbus_Message *reply = eldbus_message_method_return_new(asked.get());
-        eldbus_message_arguments_append(reply, "s", text.c_str());
-        eldbus_connection_send(connection, reply, nullptr, nullptr, -1);
-    });
-    return nullptr;
+    const bool taken =
+        service().status->ask([connection = eldbus_service_connection_get(interface), asked,
+                               json = *format == "json"](const Status &status) {
+            const std::string text =
+                json ? status_as_json(status_nodes(status)) : status_summary(status);
+            Eldbus_Message *reply = eldbus_message_method_return_new(asked.get());
+            eldbus_message_arguments_append(reply, "s", text.c_str());
+            eldbus_connection_send(connection, reply, nullptr, nullptr, -1);
+        });
+    // Not in the log, which the next thousand would fill as well.
+    return taken ? nullptr
+                 : eldbus_message_error_new(call, LIMITS_EXCEEDED, "too many ask for the status");
 }
 
 const Eldbus_Arg_Info KEY_ARGUMENTS[] = {{"s", "name"}, {nullptr, nullptr}};

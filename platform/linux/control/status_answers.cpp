@@ -12,6 +12,9 @@ namespace {
 // tvctl waits for five seconds; a stick that is slow but sound answers in far less.
 constexpr double LONGEST_READING_S = 3.0;
 
+// Staff ask one at a time; each that waits holds a whole status.
+constexpr size_t MOST_WAITING = 16;
+
 } // namespace
 
 /** Facts on their way from the thread to the main loop. */
@@ -35,12 +38,15 @@ StatusAnswers::StatusAnswers(StorageReader read, std::function<timespec()> list_
 {
 }
 
-void StatusAnswers::ask(Answer answer)
+bool StatusAnswers::ask(Answer answer)
 {
+    if (waiting_.size() >= MOST_WAITING)
+        return false;
     waiting_.push_back({this, ++asked_, collect_status(), std::move(answer), nullptr});
     waiting_.back().deadline.reset(
         ecore_timer_add(LONGEST_READING_S, on_deadline, &waiting_.back()));
     read_next();
+    return true;
 }
 
 // One at a time: a thread that hangs is joined by no other, and those who ask meanwhile get their

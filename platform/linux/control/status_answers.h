@@ -34,8 +34,13 @@ class StatusAnswers {
     StatusAnswers(const StatusAnswers &) = delete;
     StatusAnswers &operator=(const StatusAnswers &) = delete;
 
-    /** Takes the status as of now and hands it over later, from the main loop. */
-    void ask(Answer answer);
+    /**
+     * Takes the status as of now and hands it over later, from the main loop.
+     *
+     * @return false when so many wait for one already that somebody must be flooding the player;
+     *         then there is no answer
+     */
+    bool ask(Answer answer);
 
   private:
     struct Waiting {

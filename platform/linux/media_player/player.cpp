@@ -172,7 +172,7 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
     const std::lock_guard<std::mutex> lock(mutex_);
     if (state_ != PLAYER_STATE_IDLE)
         return PLAYER_ERROR_INVALID_STATE;
-    if (uri_.empty() || current_)
+    if (uri_.empty() || current_ || refused_)
         return PLAYER_ERROR_INVALID_OPERATION;
     if (media_uri(uri_).empty())
         return PLAYER_ERROR_INVALID_PARAMETER;
@@ -181,8 +181,11 @@ int Player::prepare_async(player_prepared_cb callback, void *user_data)
     std::shared_ptr<Playback> opened = take_ahead();
     if (!opened)
         opened = open({uri_, subtitle_}, false);
-    if (!opened)
-        return PLAYER_ERROR_RESOURCE_LIMIT;
+    if (!opened) {
+        refused_ = true;
+        schedule_release(nullptr);
+        return PLAYER_ERROR_NONE;
+    }
     if (options_->lookahead)
         options_->lookahead->on_begun({uri_, subtitle_});
     prepared_ = {callback, user_data};
@@ -265,15 +268,33 @@ void Player::ReleaseJobEnd::operator()(Ecore_Job *job) const
 void Player::release_now(void *data)
 {
     const std::unique_ptr<Release> release(static_cast<Release *>(data));
+    const std::shared_ptr<Player> player = release->player.lock();
     const std::shared_ptr<Playback> playback = release->playback.lock();
-    if (!playback)
+    if (!playback) {
+        if (player)
+            player->report_refusal();
         return;
-    if (const std::shared_ptr<Player> player = release->player.lock()) {
+    }
+    if (player) {
         const std::lock_guard<std::mutex> lock(player->mutex_);
         if (player->current_ == playback)
             static_cast<void>(player->release_job_.release()); // it goes by itself
     }
     playback->release_results();
+}
+
+void Player::report_refusal()
+{
+    notify(nullptr, [this]() -> std::function<void()> {
+        if (!std::exchange(refused_, false))
+            return {};
+        static_cast<void>(release_job_.release()); // it goes by itself
+        if (!error_.function)
+            return {};
+        return [callback = error_] {
+            callback.function(PLAYER_ERROR_RESOURCE_LIMIT, callback.user_data);
+        };
+    });
 }
 
 void Player::unprepare()
@@ -282,6 +303,7 @@ void Player::unprepare()
     {
         std::unique_lock<std::mutex> lock(mutex_);
         release_job_.reset();
+        refused_ = false;
         former = std::exchange(current_, nullptr);
         state_ = PLAYER_STATE_IDLE;
         uri_.clear();
@@ -396,11 +418,11 @@ PlayerStatus Player::status() const
 
 // Makes one callback, unless its file is no longer the current one. `change` runs with the mutex
 // held, brings the state up to date and returns the call, which is made with the mutex released.
-template <typename Change> void Player::notify(const Playback &from, Change change)
+template <typename Change> void Player::notify(const Playback *from, Change change)
 {
     std::unique_lock<std::mutex> lock(mutex_);
     call_over_.wait(lock, [this] { return !calling_; });
-    if (current_.get() != &from)
+    if (current_.get() != from)
         return;
     const std::function<void()> call = change();
     if (!call)
@@ -437,7 +459,7 @@ PlaybackEvents Player::playback_events()
 
 void Player::on_prepared(const Playback &from)
 {
-    notify(from, [this]() -> std::function<void()> {
+    notify(&from, [this]() -> std::function<void()> {
         state_ = PLAYER_STATE_READY;
         if (!prepared_.function)
             return {};
@@ -447,7 +469,7 @@ void Player::on_prepared(const Playback &from)
 
 void Player::on_completed(const Playback &from)
 {
-    notify(from, [this]() -> std::function<void()> {
+    notify(&from, [this]() -> std::function<void()> {
         state_ = PLAYER_STATE_READY;
         rate_ = 1.0;
         if (!completed_.function)
@@ -458,7 +480,7 @@ void Player::on_completed(const Playback &from)
 
 void Player::on_sound_unsupported(const Playback &from)
 {
-    notify(from, [this]() -> std::function<void()> {
+    notify(&from, [this]() -> std::function<void()> {
         if (!error_.function)
             return {};
         return [callback = error_] {
@@ -484,7 +506,7 @@ void Player::discard_current()
 
 void Player::on_failed(Playback &from, int error_code)
 {
-    notify(from, [this, error_code]() -> std::function<void()> {
+    notify(&from, [this, error_code]() -> std::function<void()> {
         discard_current();
         if (!error_.function)
             return {};
@@ -496,7 +518,7 @@ void Player::on_failed(Playback &from, int error_code)
 
 void Player::on_interrupted(Playback &from)
 {
-    notify(from, [this]() -> std::function<void()> {
+    notify(&from, [this]() -> std::function<void()> {
         discard_current();
         if (!interrupted_.function)
             return {};
@@ -509,7 +531,7 @@ void Player::on_interrupted(Playback &from)
 
 void Player::on_subtitle(const Playback &from, const SubtitleTrack::Cue &cue)
 {
-    notify(from, [this, &cue]() -> std::function<void()> {
+    notify(&from, [this, &cue]() -> std::function<void()> {
         if (!subtitle_updated_.function)
             return {};
         const auto duration = static_cast<unsigned long>(cue.duration_ms);

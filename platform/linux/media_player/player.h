@@ -93,8 +93,8 @@ class Player : public std::enable_shared_from_this<Player> {
     std::shared_ptr<Playback> open(const PlayedItem &item, bool ahead);
     std::shared_ptr<Playback> take_ahead();
 
-    template <typename Change> void notify(const Playback &from, Change change);
-    /** Lets the results of one file through, from the main loop. */
+    template <typename Change> void notify(const Playback *from, Change change);
+    /** Lets the results of one file through, from the main loop; or that there is no file. */
     struct Release {
         std::weak_ptr<Player> player;
         std::weak_ptr<Playback> playback;
@@ -105,6 +105,7 @@ class Player : public std::enable_shared_from_this<Player> {
     };
     void schedule_release(const std::shared_ptr<Playback> &playback);
     static void release_now(void *data);
+    void report_refusal();
     void discard_current();
     void keep_as_previous(const Playback &former);
 
@@ -125,6 +126,7 @@ class Player : public std::enable_shared_from_this<Player> {
     uint64_t stalls_ = 0;
     std::string last_stall_; ///< path
     std::shared_ptr<Playback> current_;
+    bool refused_ = false; ///< there is no thread for a current one, which the caller learns soon
     /** Waits, prepared, to become the current one; nobody hears of it before. */
     struct Ahead {
         std::string uri; ///< as set_uri() would give it

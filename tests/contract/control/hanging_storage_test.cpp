@@ -1,4 +1,5 @@
 // A status is asked for while a stick does not answer.
+#include <future>
 #include <memory>
 #include <string>
 #include <vector>
@@ -7,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "control/status_answers.h"
 #include "control_fixture.h"
 
 namespace {
@@ -71,6 +73,33 @@ TEST_F(HangingStorage, DoesNotKeepThePlayerFromEnding)
     EXPECT_EQ(player_->finish(), 0) << player_->err_text();
     EXPECT_EQ(status->finish(), 1);
     EXPECT_EQ(status->err_text(), "tvctl: the player does not answer\n");
+}
+
+TEST_F(HangingStorage, IsWaitedForByNoMoreThanAFewAtATime)
+{
+    ecore_init();
+    std::promise<void> gate;
+    const std::shared_future<void> open = gate.get_future().share();
+    auto answers = platform::StatusAnswers::create(
+        [open](const platform::StorageQuestion &) {
+            open.wait();
+            return platform::StorageFacts();
+        },
+        [] { return timespec(); });
+    int answered = 0;
+    const auto ask = [&] { return answers->ask([&](const platform::Status &) { ++answered; }); };
+
+    int taken = 0;
+    while (taken < 1000 && ask())
+        ++taken;
+
+    EXPECT_GT(taken, 4);
+    EXPECT_LT(taken, 100);
+    gate.set_value();
+    EXPECT_TRUE(store_test::run_loop_until([&] { return answered == taken; }));
+    EXPECT_TRUE(ask());
+    answers.reset();
+    ecore_shutdown();
 }
 
 } // namespace

@@ -43,16 +43,31 @@ class ThreadShortage : public PlayerTest {
     }
 };
 
-TEST_F(ThreadShortage, AFileWithoutAThreadIsRefusedAndTheNextOnePlays)
+// The caller of a call that fails is told nothing more, and would wait with its show for ever.
+TEST_F(ThreadShortage, AFileWithoutAThreadHasFailedOnceTheCallIsOverAndTheNextOnePlays)
 {
     const std::string file = clip("a.mp4");
-    ASSERT_EQ(player_->set_uri(file), PLAYER_ERROR_NONE);
     threads_left = 0;
 
-    EXPECT_EQ(player_->prepare_async(nullptr, nullptr), PLAYER_ERROR_RESOURCE_LIMIT);
+    ASSERT_EQ(prepare(file), PLAYER_ERROR_NONE);
 
-    EXPECT_EQ(player_->state(), PLAYER_STATE_IDLE);
     EXPECT_EQ(threads_left, -1);
+    EXPECT_EQ(player_->prepare_async(nullptr, nullptr), PLAYER_ERROR_INVALID_OPERATION);
+    EXPECT_THAT(events(), ElementsAre());
+    ASSERT_TRUE(wait_for([this] { return !events().empty(); }));
+    EXPECT_THAT(events(), ElementsAre("error -26476532"));
+    EXPECT_EQ(player_->state(), PLAYER_STATE_IDLE);
+    EXPECT_TRUE(playing(file));
+}
+
+TEST_F(ThreadShortage, AFileWithoutAThreadThatIsLetGoOfIsNotHeardOf)
+{
+    const std::string file = clip("a.mp4");
+    threads_left = 0;
+    ASSERT_EQ(prepare(file), PLAYER_ERROR_NONE);
+
+    player_->unprepare();
+
     EXPECT_TRUE(playing(file));
     EXPECT_THAT(events(), ElementsAre("prepared"));
 }

@@ -27,6 +27,8 @@ RELAUNCH_TIMER = "memory/usb-launcher-service/start_relaunch_timer"
 # What may be done to a faulty() player.
 STAND, GROW = signal.SIGRTMIN + 1, signal.SIGRTMIN + 2
 
+# In the order of the words in the file that tests/preload/shortage.cpp reads.
+SHORTAGES = ("clock_ahead_s", "no_threads", "no_memory", "largest_block")
 Costs = namedtuple("Costs", "allocations threads descriptors")
 
 
@@ -154,6 +156,12 @@ class Player:
         return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
 
+    def memory_kb(self):
+        """Memory of its own, in kB: no files, and nothing that it shares."""
+        with open(f"/proc/{self.pid}/status", encoding="ascii", errors="replace") as file:
+            return int(re.search(r"^RssAnon:\s+(\d+) kB$", file.read(), re.MULTILINE).group(1))
+
+
 class Tv:
     """A set as it leaves the factory: its own state, bus and tv.conf, and a screen to play on."""
 
@@ -167,6 +175,7 @@ class Tv:
         self.conf = os.path.join(folder, "tv.conf")
         self._costs = os.path.join(folder, "costs")
         self._faults = os.path.join(folder, "faults")
+        self._shortage = os.path.join(folder, "shortage")
         self.players = []
         self._mark = os.path.basename(screen.folder)
         self._short = tempfile.mkdtemp(prefix="bus-")
@@ -181,6 +190,12 @@ class Tv:
                  f"--address={self.bus_address}"], stdout=log, stderr=log, start_new_session=True)
         wait_until(lambda: os.path.exists(f"{self._short}/bus"), "the session bus")
         return self
+
+    def kill_bus(self):
+        """Ends the session bus as a crash would; start_bus() brings it back."""
+        self._bus.kill()
+        self._bus.wait()
+        os.unlink(f"{self._short}/bus")
 
     def configure(self, **sections):
         """Writes tv.conf: configure(panel={"rotator": "yes"}, usb={"mounts": "/a:/b"})."""
@@ -268,6 +283,22 @@ class Tv:
         with open(draft, "w", encoding="utf-8") as file:
             file.writelines(f"{fault} {path}\n" for fault, path in faults.items())
         os.replace(draft, self._faults)
+
+    def scarce(self, **what):
+        """Environment for start(): what is short from the start on, and can be changed by short()."""
+        with open(self._shortage, "wb") as file:
+            file.write(bytes(8 * len(SHORTAGES)))
+        self.short(**what)
+        given = self._preloaded("shortage", SHORTAGE=self._shortage)
+        # The library itself tells of crashes.
+        return {**given, "ASAN_OPTIONS": given["ASAN_OPTIONS"] + ":handle_segv=0"}
+
+    def short(self, **what):
+        """Changes what is short from now on; tests/preload/shortage.cpp explains each."""
+        with open(self._shortage, "r+b") as file:
+            for name, value in what.items():
+                file.seek(8 * SHORTAGES.index(name))
+                file.write(struct.pack("=q", value))
 
     def relaunch(self, *arguments, folder=None):
         """A second start, which hands its request to the running player and ends."""

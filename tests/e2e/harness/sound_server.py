@@ -13,21 +13,25 @@ class SoundServer:
 
     def __init__(self, tv, *sinks):
         self._environment = tv.environment()
-        address = self._environment["PULSE_SERVER"]
-        path = address.removeprefix("unix:")
-        modules = [f"module-native-protocol-unix auth-anonymous=1 socket={path}"]
-        modules += [f"module-null-sink sink_name={name}" for name in sinks]
+        self._path = self._environment["PULSE_SERVER"].removeprefix("unix:")
+        self._log = os.path.join(tv.folder, "sound-server.log")
+        self._sinks = sinks
+        self.start()
+
+    def start(self):
+        modules = [f"module-native-protocol-unix auth-anonymous=1 socket={self._path}"]
+        modules += [f"module-null-sink sink_name={name}" for name in self._sinks]
         command = ["pulseaudio", "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
                    "--disable-shm", *[f"--load={module}" for module in modules]]
-        with open(os.path.join(tv.folder, "sound-server.log"), "ab") as log:
+        with open(self._log, "ab") as log:
             self._process = subprocess.Popen(
                 [*UNTIL_WE_END, *command], stdin=subprocess.DEVNULL, stdout=log, stderr=log,
                 start_new_session=True,
-                env={**self._environment, "XDG_RUNTIME_DIR": os.path.dirname(path)})
-        wait_until(lambda: os.path.exists(path) or self._process.poll() is not None,
+                env={**self._environment, "XDG_RUNTIME_DIR": os.path.dirname(self._path)})
+        wait_until(lambda: os.path.exists(self._path) or self._process.poll() is not None,
                    "the sound server")
-        assert self._process.poll() is None, f"it did not start; see {tv.folder}/sound-server.log"
-        self.pactl("set-default-sink", sinks[0])
+        assert self._process.poll() is None, f"it did not start; see {self._log}"
+        self.pactl("set-default-sink", self._sinks[0])
 
     def pactl(self, *arguments):
         done = subprocess.run(["pactl", "--format=json", *arguments], env=self._environment,
@@ -45,3 +49,9 @@ class SoundServer:
 
     def stop(self):
         stop_process(self._process)
+
+    def kill(self):
+        """Ends it as a crash would; start() brings it back."""
+        self._process.kill()
+        self._process.wait()
+        os.unlink(self._path)

@@ -1,6 +1,6 @@
 """A second compositor: sway without a screen. It has what weston lacks, the protocols by which a
 window has the compositor's shortcuts put aside and keeps the screen from blanking, and its screen
-can be resized."""
+can be resized and turned. As a window of another one it can be unplugged, too."""
 
 import glob
 import io
@@ -115,6 +115,13 @@ class SwayScreen:
         self.command("output", "HEADLESS-1", "resolution", f"{width}x{height}")
         self.width, self.height = width, height
 
+    def turn(self, transform):
+        """Turns the screen: "90", "180", "270" or "normal"."""
+        self.command("output", "HEADLESS-1", "transform", transform)
+        longer, shorter = sorted((self.width, self.height), reverse=True)
+        upright = transform in ("90", "270")
+        self.width, self.height = (shorter, longer) if upright else (longer, shorter)
+
     def key(self, name, modifiers=()):
         """Types a key by its X name while the modifiers, by wtype's names, are held."""
         held = [word for modifier in modifiers for word in ("-M", modifier)]
@@ -155,3 +162,25 @@ class SwayScreen:
     def kill(self):
         self._sway.send_signal(signal.SIGKILL)
         self._sway.wait()
+
+
+class UnpluggableScreen(SwayScreen):
+    """sway in a window of another sway: with the window goes the only screen that it has."""
+
+    def __init__(self, folder, wall):
+        super().__init__(folder, {})
+        self._wall = wall
+        wall.command("default_border", "none")
+
+    def _environment(self):
+        window = {"WLR_BACKENDS": "wayland", "WLR_WL_OUTPUTS": "1",
+                  "WAYLAND_DISPLAY": os.path.join(self._wall.runtime_dir, self._wall.socket)}
+        return {**super()._environment(), **({} if self.socket else window)}
+
+    def unplug(self):
+        self._wall.command('[app_id=".*"]', "kill")
+        wait_until(lambda: not self.ask("get_outputs"), "no screen")
+
+    def plug(self):
+        self.command("create_output")
+        wait_until(lambda: self.ask("get_outputs"), "a screen")
