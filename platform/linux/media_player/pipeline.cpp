@@ -139,16 +139,17 @@ bool Pipeline::open_in_time()
 
 // Opening and seeking go through the elements to the disk, and wait for a decoder at work. What
 // comes after one that hangs would hang as well.
-bool Pipeline::ask(std::function<bool(GstElement *)> question)
+bool Pipeline::ask(std::function<bool(GstElement *)> question, bool at_once)
 {
     const std::shared_ptr<GstElement> playbin(GST_ELEMENT(gst_object_ref(playbin_.get())),
                                               gst_object_unref);
     const auto answer = std::make_shared<std::atomic<bool>>(false);
-    hangs_ = !WorkerThread::run_apart(
+    const bool done = WorkerThread::run_apart(
         "file-asker",
         [question = std::move(question), playbin, answer] { *answer = question(playbin.get()); },
         patience_);
-    return hangs_ || *answer;
+    hangs_ = !done && at_once;
+    return !done || *answer;
 }
 
 void Pipeline::play()
@@ -194,7 +195,9 @@ bool Pipeline::send_seek(double rate, int flags, gint64 start, GstSeekType stop_
         if (seeks_.size() > REMEMBERED_SEEKS)
             seeks_.pop_back();
     }
-    return ask([event](GstElement *playbin) { return gst_element_send_event(playbin, event); });
+    // Without a flush it waits for the reader to get rid of what it has read, behind slow slides.
+    return ask([event](GstElement *playbin) { return gst_element_send_event(playbin, event); },
+               (flags & GST_SEEK_FLAG_FLUSH) != 0);
 }
 
 // A message carries the number of the seek it follows from; some readers number by themselves.

@@ -67,7 +67,7 @@ class Pipeline {
     bool open_in_time();
 
     /**
-     * Whether it has not come back from open_in_time(), seek() or next_round(), which return true
+     * Whether it has not come back from open_in_time() or seek(), which return true
      * then: a decoder hangs, or the disk. Nothing more comes of such a pipeline, whatever is asked.
      */
     bool hangs() const { return hangs_; }
@@ -148,7 +148,7 @@ class Pipeline {
     void note_coded_frame(GstBuffer *frame);
     bool is_stale(GstMessage *message) const;
     bool send_seek(double rate, int flags, gint64 start, GstSeekType stop_type, gint64 stop);
-    bool ask(std::function<bool(GstElement *)> question);
+    bool ask(std::function<bool(GstElement *)> question, bool at_once = true);
 
     const PipelineEvents events_;
     const std::chrono::milliseconds patience_;
