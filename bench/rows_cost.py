@@ -5,13 +5,11 @@ import subprocess
 
 from harness.content import picture
 from stage import PLAYER, decoding_ticks
-from table import Figure, at_most, at_most_mpv, at_most_of_mpv, row, slope
+from table import SETTLED_AFTER, Figure, at_most, at_most_mpv, at_most_of_mpv, rise, row, slope
 
 WINDOW_SECONDS = 10
 WARM_UP_SECONDS = 4
 SMALL_CLIPS = 6
-# The first fifth of a run fills caches, plugins and the arenas of threads.
-SETTLED_AFTER = 0.2
 SAMPLES = 200
 
 
@@ -106,7 +104,5 @@ def memory(stage, who, results):
     results.draw("private memory over small clips, MB by change", who, private)
     results.note("slope", who, slope([sample[:2] for sample in settled]) * 1000)
     results.note("private", who, private[-1][1])
-    middle = len(settled) // 2
     for figure, column in (("threads", 2), ("descriptors", 3)):
-        results.note(figure, who, max(sample[column] for sample in settled[middle:])
-                     - max(sample[column] for sample in settled[:middle]))
+        results.note(figure, who, rise([sample[column] for sample in settled]))

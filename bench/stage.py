@@ -31,18 +31,26 @@ class Run:
         self.pid = process.pid
         self.log = process.log
         self._lines_read = 0
-        self._items = 0
+        self.items = 0
+        self.item = ""  # the latest of them, as the program names it
+
+    def catch_up(self, count=float("inf")):
+        """Looks at what the program has written since the last time, up to its count-th item."""
+        # Each line is looked at once: over thousands of changes there are very many.
+        lines = self.log.lines
+        while self.items < count and self._lines_read < len(lines):
+            found = ITEM.search(lines[self._lines_read])
+            self._lines_read += 1
+            if found:
+                self.items += 1
+                self.item = found[1] or found[2]
 
     def wait_item(self, count, deadline_s=120):
         """Waits until the program has come to its count-th item."""
         end = time.monotonic() + deadline_s
         while True:
-            # Each line is looked at once: over thousands of changes there are very many.
-            lines = self.log.lines
-            while self._items < count and self._lines_read < len(lines):
-                self._items += bool(ITEM.search(lines[self._lines_read]))
-                self._lines_read += 1
-            if self._items >= count:
+            self.catch_up(count)
+            if self.items >= count:
                 return
             if time.monotonic() > end:
                 raise RuntimeError(f"no item {count} within {deadline_s} s")
@@ -89,6 +97,14 @@ class Run:
         """A field of /proc/PID/status that counts memory, in MB of a million bytes."""
         return status(f"/proc/{self.pid}/status", field) * 1024 / 1e6
 
+    def private(self):
+        """Memory that nobody shares, in MB of a million bytes."""
+        return private(self.pid)
+
+    def compositor_private(self):
+        """The same of the compositor."""
+        return private(self._compositor_pid)
+
     def threads(self):
         return len(os.listdir(f"/proc/{self.pid}/task"))
 
@@ -114,6 +130,12 @@ def status(path, field):
         if line.startswith(f"{field}:"):
             return int(line.split()[1])
     raise KeyError(f"{path} has no {field}")
+
+
+def private(pid):
+    """A process's memory that nobody shares, in MB of a million bytes."""
+    return sum(status(f"/proc/{pid}/smaps_rollup", field) * 1024 / 1e6
+               for field in ("Private_Clean", "Private_Dirty"))
 
 
 @dataclass

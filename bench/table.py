@@ -6,6 +6,9 @@ from typing import Callable, Optional
 
 from stage import MPV, PLAYER
 
+# The first fifth of a long run fills caches, plugins and the arenas of threads.
+SETTLED_AFTER = 0.2
+
 
 @dataclass(frozen=True)
 class Figure:
@@ -124,3 +127,10 @@ def slope(points):
     """How steep the straight line is that fits the points best by least squares."""
     xs, ys = zip(*points)
     return statistics.linear_regression(xs, ys).slope
+
+
+def rise(values):
+    """How much more the least of the second half is than that of the first: what is left over each
+    time adds up there too, while the most depends on the moment."""
+    middle = len(values) // 2
+    return min(values[middle:]) - min(values[:middle])

@@ -267,7 +267,8 @@ std::string status_summary(const Status &status)
     add(lines, "Blocked", blocked(status));
     add(lines, "Frames",
         std::to_string(status.frames.presented) + " shown, " +
-            std::to_string(status.frames.dropped) + " dropped");
+            std::to_string(status.frames.dropped) + " dropped, " +
+            std::to_string(status.frames.late) + " late");
     add(lines, "Language",
         visible_text(status.language) + ", " +
             (status.right_to_left ? "right to left" : "left to right"));

@@ -126,8 +126,10 @@ bool FrameOutput::show(GstBuffer *frame, GstClockTime position, bool late)
     frame_shown_ = true;
     if (presented) {
         shown_++;
-        if (late && direction_ == 1.0)
+        if (late && direction_ == 1.0) {
             late_++;
+            view.plane->count_late();
+        }
         report_cue(position);
     }
     return presented;

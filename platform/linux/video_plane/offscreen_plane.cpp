@@ -1,4 +1,3 @@
-#include <atomic>
 #include <mutex>
 #include <new>
 #include <vector>
@@ -60,17 +59,12 @@ class OffscreenPlane : public VideoPlane {
         return true;
     }
 
-    Statistics statistics() const override { return {presented_, dropped_}; }
-    void count_dropped() override { ++dropped_; }
-
   private:
     const int width_;
     const int height_;
     const std::function<void(const PlaneBuffer &)> on_present_;
     std::mutex mutex_;
     PlaneBufferPtr shown_;
-    std::atomic<uint64_t> presented_{0};
-    std::atomic<uint64_t> dropped_{0};
 };
 
 } // namespace

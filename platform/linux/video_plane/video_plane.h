@@ -8,6 +8,7 @@
  */
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -37,6 +38,7 @@ class VideoPlane {
         uint64_t presented = 0; ///< pictures handed to the compositor
         /** Pictures that were not shown: they came late, or there was no memory for them. */
         uint64_t dropped = 0;
+        uint64_t late = 0; ///< of those presented: not ready by their time
     };
 
     virtual ~VideoPlane() = default;
@@ -88,14 +90,23 @@ class VideoPlane {
     virtual bool present(const PlaneBufferPtr &buffer) = 0;
 
     /** Counts since the plane was made, of all who show pictures on it. Any thread; no lock. */
-    virtual Statistics statistics() const = 0;
+    Statistics statistics() const { return {presented_, dropped_, late_}; }
 
     /** Counts a picture that its owner gave up before present(). Any thread; no lock. */
-    virtual void count_dropped() = 0;
+    void count_dropped() { ++dropped_; }
+
+    /** Counts a picture that was presented after its time. Any thread; no lock. */
+    void count_late() { ++late_; }
 
   protected:
     /** To be told by a plane when the compositor has taken its first picture. */
     static void tell_shown();
+
+    std::atomic<uint64_t> presented_{0};
+
+  private:
+    std::atomic<uint64_t> dropped_{0};
+    std::atomic<uint64_t> late_{0};
 };
 
 } // namespace platform

@@ -65,8 +65,6 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     int height() const override { return height_; }
     PlaneBufferPtr acquire() override;
     bool present(const PlaneBufferPtr &buffer) override;
-    Statistics statistics() const override { return {presented_, dropped_}; }
-    void count_dropped() override { ++dropped_; }
 
     /** Buffers that exist now, for tests. */
     size_t buffer_count() const;
@@ -134,8 +132,6 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
 
     std::atomic<bool> broken_{false};
     std::atomic<bool> stopping_{false};
-    std::atomic<uint64_t> presented_{0};
-    std::atomic<uint64_t> dropped_{0};
     Waker waker_;
     std::thread thread_;
 };

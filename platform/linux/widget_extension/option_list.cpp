@@ -12,6 +12,8 @@ namespace {
 
 constexpr const char *LIST_KEY = "velt.list";
 constexpr const char *SIGNAL_SOURCE = "velt";
+/** Where the toolkit keeps, at a window, what is to take the focus as soon as it can. */
+constexpr const char *DELAYED_FOCUS_KEY = "__delayed_focus_set";
 
 /** What the genlist keeps for a row: the caller's class and data, and how the text reads. */
 struct Row {
@@ -186,6 +188,11 @@ void OptionList::on_unfocused(void *data, Evas_Object *, void *)
 void OptionList::on_deleted(void *data, Evas *, Evas_Object *object, void *)
 {
     auto *self = static_cast<OptionList *>(data);
+    // A list that was asked to take the focus while it was hidden is kept here until something else
+    // is asked. The toolkit does not notice that it goes, and complains when it finds it gone.
+    Evas_Object *window = elm_object_top_widget_get(object);
+    if (efl_key_data_get(window, DELAYED_FOCUS_KEY) == object)
+        efl_key_data_set(window, DELAYED_FOCUS_KEY, nullptr);
     evas_object_smart_callback_del_full(object, "realized", on_realized, self);
     evas_object_smart_callback_del_full(object, "item,focused", on_item_focused, self);
     evas_object_smart_callback_del_full(object, "item,unfocused", on_item_unfocused, self);

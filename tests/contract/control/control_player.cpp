@@ -34,12 +34,17 @@ void say(const std::string &line)
 
 class CountingPlane : public platform::VideoPlane {
   public:
+    CountingPlane()
+    {
+        presented_ = 1234;
+        count_dropped();
+        count_late();
+        count_late();
+    }
     int width() const override { return 1920; }
     int height() const override { return 1080; }
     platform::PlaneBufferPtr acquire() override { return nullptr; }
     bool present(const platform::PlaneBufferPtr &) override { return false; }
-    Statistics statistics() const override { return {1234, 5}; }
-    void count_dropped() override {}
 };
 
 Eldbus_Message *on_launch(const Eldbus_Service_Interface *, const Eldbus_Message *call)

@@ -139,7 +139,7 @@ TEST_F(Control, StatusTellsWhatThePlatformKnows)
           "\"duration_ms\": 60000",
           "\"rate\": 2",
           "\"subtitle\": true",
-          "\"frames\": {\"shown\": 1234, \"dropped\": 5}",
+          "\"frames\": {\"shown\": 1234, \"dropped\": 1, \"late\": 2}",
           "\"angle\": 0",
           "\"rotator\": true",
           "\"turning_to\": null",

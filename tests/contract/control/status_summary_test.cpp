@@ -29,7 +29,7 @@ Status a_status()
     status.list = ContentList{false, {"a.mp4", "b.mp4", "c.jpg"}, 2, 1};
     status.panel = {0, true, std::nullopt, 1920, 1080};
     status.rotation = {true, 211.2, 300, 330};
-    status.frames = {1234, 5};
+    status.frames = {1234, 5, 6};
     status.language = "en_US";
     status.popups_blocked = true;
     status.blocked_items["org.example"] = {"broadcasting", "pip"};
@@ -76,7 +76,7 @@ TEST(StatusSummary, TellsEverythingAtAGlance)
               "Panel:          landscape, 1920x1080\n"
               "Timed rotation: on, turns in 3 min 32 s (landscape 5 min, portrait 5 min 30 s)\n"
               "Blocked:        pop-ups of the set, broadcasting, pip\n"
-              "Frames:         1234 shown, 5 dropped\n"
+              "Frames:         1234 shown, 5 dropped, 6 late\n"
               "Language:       en_US, left to right\n"
               "USB storage:    /media/one, /media/t\\nwo\n");
 }
@@ -348,7 +348,7 @@ TEST(StatusNodes, HoldEverythingForPrograms)
         R"("looks_again_ms": null, "stalls": 0, "last_stall": null, "video": null}, )"
         R"("picture": {"file": null, "shown": false, "width": 0, "height": 0, )"
         R"("colour_profile": null}, "passed_over": {}, )"
-        R"("frames": {"shown": 1234, "dropped": 5}, )"
+        R"("frames": {"shown": 1234, "dropped": 5, "late": 6}, )"
         R"("panel": {"angle": 0, "rotator": true, "turning_to": null, "width": 1920, )"
         R"("height": 1080}, "timed_rotation": {"on": true, "left_s": 211.2, )"
         R"("landscape_s": 300, "portrait_s": 330}, "language": "en_US", )"

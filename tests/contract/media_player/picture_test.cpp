@@ -31,8 +31,6 @@ class ClosedPlane : public platform::VideoPlane {
         return behind_->acquire();
     }
     bool present(const platform::PlaneBufferPtr &) override { return false; }
-    Statistics statistics() const override { return {}; }
-    void count_dropped() override {}
 
   private:
     std::shared_ptr<VideoPlane> behind_ = offscreen(64, 36);

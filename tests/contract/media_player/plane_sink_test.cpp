@@ -185,6 +185,7 @@ TEST_F(FramesOfTime, AreLateWhereTheyAreReadyAfterTheirTimeAndStillShown)
     ASSERT_TRUE(run_until(400));
     EXPECT_EQ(output_->status().shown, 4u);
     EXPECT_EQ(output_->status().late, 1u);
+    EXPECT_EQ(display_->view().plane->statistics().late, 1u);
 }
 
 TEST_F(FramesOfTime, AreInHandUntilTheirTimeHasCome)

@@ -201,11 +201,6 @@ class FullPlane : public platform::VideoPlane {
     int height() const override { return 36; }
     platform::PlaneBufferPtr acquire() override { return nullptr; }
     bool present(const platform::PlaneBufferPtr &) override { return true; }
-    Statistics statistics() const override { return {0, dropped_}; }
-    void count_dropped() override { ++dropped_; }
-
-  private:
-    std::atomic<uint64_t> dropped_{0};
 };
 
 TEST_F(VideoStatusTest, CountsFramesForWhichThereIsNoMemoryAsDropped)

@@ -151,8 +151,6 @@ class ClosedPlane : public platform::VideoPlane {
     int height() const override { return open_->height(); }
     platform::PlaneBufferPtr acquire() override { return open_->acquire(); }
     bool present(const platform::PlaneBufferPtr &) override { return false; }
-    Statistics statistics() const override { return {}; }
-    void count_dropped() override {}
 
   private:
     std::shared_ptr<VideoPlane> open_ = offscreen(160, 90);

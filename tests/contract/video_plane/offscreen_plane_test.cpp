@@ -24,16 +24,20 @@ TEST(OffscreenPlane, ShowsEachPresentedPictureToItsListener)
     EXPECT_EQ(seen, (std::vector<int>{8, 8}));
 }
 
-TEST(OffscreenPlane, CountsWhatWasPresentedAndDropped)
+TEST(OffscreenPlane, CountsWhatWasPresentedDroppedAndLate)
 {
     const auto plane = VideoPlane::offscreen(2, 2);
 
     plane->present(plane->acquire());
     plane->count_dropped();
     plane->count_dropped();
+    plane->count_late();
+    plane->count_late();
+    plane->count_late();
 
     EXPECT_EQ(plane->statistics().presented, 1u);
     EXPECT_EQ(plane->statistics().dropped, 2u);
+    EXPECT_EQ(plane->statistics().late, 3u);
 }
 
 TEST(OffscreenPlane, KeepsTheLastPictureOnly)

@@ -269,3 +269,25 @@ TEST_F(ListTest, ClearingTheListDeletesEveryRecordOnce)
     EXPECT_EQ(shown.scene.rows_deleted, 100);
     EXPECT_EQ(shown.scene.focused_row(), -1);
 }
+
+// Options that are closed at once are asked to take the focus when they are hidden already.
+TEST_F(ListTest, OneThatIsToTakeTheFocusWhileItIsHiddenIsForgottenWhenItGoes)
+{
+    Stage stage(FULL_HD.width, FULL_HD.height);
+    PopupScene scene(stage.window(), "Demo", {"Off", "Play all"}, 1);
+    evas_object_show(scene.popup);
+    evas_object_hide(scene.popup);
+    elm_object_focus_set(scene.genlist, EINA_TRUE);
+    scene.delete_closed();
+    Evas_Object *button = elm_velt_button_add(stage.window());
+    evas_object_show(button);
+    // What was deleted has gone for good some frames later.
+    for (int x = 0; x < 10; x++) {
+        evas_object_resize(button, 100 + x, 50);
+        stage.settle();
+        stage.draw();
+    }
+    elm_object_focus_set(button, EINA_TRUE);
+
+    EXPECT_THAT(library_errors(), IsEmpty());
+}
