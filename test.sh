@@ -21,9 +21,10 @@ With one or more of these, only the named suites run:
   --quick        for between two edits: --unit and --contract, and of --e2e one demo loop
 
   --nightly      a million events against the model of the player instead of 50,000, and new ones
-                 each day; each fault of a shop as often as the player is to stand it; the thread sanitizer looks at the unit tests as well, and clang-tidy more
-                 deeply; after all suites, breaks the Linux platform on purpose to see whether
-                 its tests notice
+                 each day; each fault of a shop as often as the player is to stand it; the thread
+                 sanitizer looks at the unit tests as well, and clang-tidy more deeply; after all
+                 suites, looks for a minute each for inputs that break what reads other people's
+                 bytes, and breaks the Linux platform on purpose to see whether its tests notice
   -k EXPR        only tests whose name matches (a regular expression; for --e2e a pytest expression)
   -j N           use N processors (default: all); tests that mostly wait run several to a processor
   --no-install   do not install missing packages
@@ -247,15 +248,16 @@ elif [ $all = yes ]; then
     timed "Building build" build_plainly
     beside "Building build-asan" build_with address build-asan
     suite "Source tree" run_pytest build tree -q -n "$jobs"
-    run_suites build ""
+    run_suites build "" -m "not sanitized"
     await "Building build-asan"
     beside "Building build-tsan" build_with thread build-tsan
     [ -n "$expression" ] || beside "Lint" packaging/lint.sh "${lint_depth[@]}" build
-    run_suites build-asan " with sanitizers" -m demo_loop
+    run_suites build-asan " with sanitizers" -m "demo_loop or sanitized"
     await "Building build-tsan"
     suite "Tests of threads" run_ctest build-tsan
     [ -n "$expression" ] || await "Lint" || failed+=("Lint")
     if [ $nightly = yes ] && [ -z "$expression" ]; then
+        suite "Fuzzing" tests/fuzz/run --jobs "$jobs"
         suite "Faults on purpose" tools/mutation-test --platform --at-least 78 --jobs "$jobs"
     fi
 else

@@ -23,11 +23,12 @@ endfunction()
 
 need_package(efl elementary ecore-evas ecore-input ecore-wl2 eldbus efreet)
 
-# A set's compiler may warn of what ours does not, and that must not be in its way.
+# Another compiler, a set's or the one for fuzzing, may warn of what ours does not, and that must not be
+# in its way.
 add_library(project_flags INTERFACE)
 target_compile_options(project_flags INTERFACE
   -Wall -Wextra -Wshadow -Wredundant-decls -Wconversion -Wno-sign-conversion -Wno-psabi
-  $<$<STREQUAL:${PLATFORM},linux>:-Werror> -fno-omit-frame-pointer)
+  $<$<AND:$<STREQUAL:${PLATFORM},linux>,$<CXX_COMPILER_ID:GNU>>:-Werror> -fno-omit-frame-pointer)
 if(SANITIZE STREQUAL "address")
   target_compile_options(project_flags INTERFACE -fsanitize=address,undefined
     -fno-sanitize-recover=undefined)
@@ -35,8 +36,13 @@ if(SANITIZE STREQUAL "address")
 elseif(SANITIZE STREQUAL "thread")
   target_compile_options(project_flags INTERFACE -fsanitize=thread)
   target_link_options(project_flags INTERFACE -fsanitize=thread)
+elseif(SANITIZE STREQUAL "fuzzer")
+  # Address as well, and what tells libFuzzer which code an input has reached. Clang's, as it is.
+  target_compile_options(project_flags INTERFACE -fsanitize=address,undefined,fuzzer-no-link
+    -fno-sanitize-recover=undefined)
+  target_link_options(project_flags INTERFACE -fsanitize=address,undefined,fuzzer-no-link)
 elseif(SANITIZE)
-  message(FATAL_ERROR "SANITIZE is OFF, address or thread, not \"${SANITIZE}\"")
+  message(FATAL_ERROR "SANITIZE is OFF, address, thread or fuzzer, not \"${SANITIZE}\"")
 endif()
 
 # platform_service(name SOURCES ... [PACKAGES imported targets] [NEEDS other services])

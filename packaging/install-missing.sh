@@ -7,7 +7,8 @@ list="$(dirname "$(readlink -f "$0")")/../packages.txt"
 usage() {
     cat <<TEXT
 Usage: packaging/install-missing.sh [--list] SECTION...
-Installs the missing Debian packages of the sections (build, run, demo, test, bench) of packages.txt.
+Installs the missing Debian packages of the sections (build, run, demo, test, fuzz, bench) of
+packages.txt.
   --list   only print them
 TEXT
 }
@@ -18,7 +19,7 @@ for argument in "$@"; do
     case $argument in
         --list) only_list=yes ;;
         -h | --help) usage; exit 0 ;;
-        build | run | demo | test | bench) sections+=("$argument") ;;
+        build | run | demo | test | fuzz | bench) sections+=("$argument") ;;
         *) usage >&2; exit 2 ;;
     esac
 done

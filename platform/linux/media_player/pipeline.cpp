@@ -56,16 +56,33 @@ ElementPtr make_video_end(const std::shared_ptr<FrameOutput> &output,
     return bin;
 }
 
+bool is_sound(const GstCaps *caps)
+{
+    return caps && !gst_caps_is_empty(caps) &&
+           g_str_has_prefix(gst_structure_get_name(gst_caps_get_structure(caps, 0)), "audio/");
+}
+
+gboolean is_no_sound(GstElement *, GstPad *, GstCaps *caps, gpointer)
+{
+    return !is_sound(caps);
+}
+
+// Sound that nobody is to hear stays as it is coded: a decoder that can make nothing of it would
+// keep the picture from coming.
+void leave_sound_coded(GstBin *, GstBin *, GstElement *element, gpointer)
+{
+    const GstElementFactory *factory = gst_element_get_factory(element);
+    if (factory && std::strcmp(GST_OBJECT_NAME(factory), "decodebin") == 0)
+        g_signal_connect(element, "autoplug-continue", G_CALLBACK(is_no_sound), nullptr);
+}
+
 // Whatever is not sound is in the way of the picture, a container that nobody knows included.
 Track track_without_decoder(GstMessage *message)
 {
     const GValue *detail = gst_structure_get_value(gst_message_get_structure(message), "detail");
     const GstCaps *caps =
         detail && GST_VALUE_HOLDS_CAPS(detail) ? gst_value_get_caps(detail) : nullptr;
-    const char *media = caps && !gst_caps_is_empty(caps)
-                            ? gst_structure_get_name(gst_caps_get_structure(caps, 0))
-                            : "";
-    return g_str_has_prefix(media, "audio/") ? Track::Sound : Track::Picture;
+    return is_sound(caps) ? Track::Sound : Track::Picture;
 }
 
 // A probe behind the demuxer would miss some events: decodebin hands those that stick to a pad
@@ -110,6 +127,9 @@ Pipeline::Pipeline(const std::string &uri, const std::shared_ptr<FrameOutput> &o
     if (volume_)
         g_object_set(playbin_.get(), "audio-filter", volume_.get(), nullptr);
     g_signal_connect(playbin_.get(), "deep-element-added", G_CALLBACK(on_element), this);
+    if (!with_sound)
+        g_signal_connect(playbin_.get(), "deep-element-added", G_CALLBACK(leave_sound_coded),
+                         nullptr);
     const BusPtr bus(gst_element_get_bus(playbin_.get()));
     gst_bus_set_sync_handler(bus.get(), on_message, this, nullptr);
 }

@@ -1,8 +1,7 @@
 #include "subtitles/ass_adjust.h"
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
+#include <charconv>
 #include <cstring>
 
 #include <Eina.h>
@@ -12,6 +11,7 @@ namespace platform {
 namespace {
 
 constexpr double LARGEST_SCALE_PERCENT = 1000;
+constexpr double LARGEST_SPACING = 1000;
 constexpr double LARGEST_BORDER = 100;
 
 // A space of no width: libass breaks a line here and shows nothing where it does not.
@@ -44,19 +44,37 @@ bool may_break_between(char32_t left, char32_t right)
            (is_ideographic(left) || after_full_stop);
 }
 
-/** Bounds the number that follows a tag; returns the text that replaces it and moves `at` on. */
-std::string bounded_number(const std::string &text, size_t &at, double largest)
+/** A tag whose number can make letters large, and the largest one it may have. */
+struct SizeTag {
+    const char *name;
+    double bound;
+    bool is_size; ///< a number with a sign multiplies the present size
+};
+
+bool begins_number(char c)
 {
-    char *end = nullptr;
-    const std::string number = text.substr(at, 64);
-    const double value = std::strtod(number.c_str(), &end);
-    const auto length = static_cast<size_t>(end - number.c_str());
-    if (length == 0)
-        return {};
-    at += length;
-    if (std::fabs(value) <= largest)
-        return number.substr(0, length);
-    return std::to_string(static_cast<long>(value < 0 ? -largest : largest));
+    return (c >= '0' && c <= '9') || c == '.' || c == '+' || c == '-';
+}
+
+/** Appends the number at `at`, or the lone sign or point there, within the bound. @return its end
+ */
+size_t append_bounded(std::string &result, const std::string &ass, size_t at, const SizeTag &tag)
+{
+    const bool has_sign = ass[at] == '+' || ass[at] == '-';
+    const char *digits = ass.data() + at + (has_sign ? 1 : 0);
+    double value = 0;
+    const auto [end, error] = std::from_chars(digits, ass.data() + ass.size(), value);
+    const auto length = static_cast<size_t>(end - (ass.data() + at));
+    if (error == std::errc::invalid_argument)
+        result += ass[at];
+    else if (has_sign && tag.is_size)
+        // Multiplied in a row it would grow beyond every bound.
+        result += "+0";
+    else if (error == std::errc::result_out_of_range || value > tag.bound)
+        result += (ass[at] == '-' ? "-" : "") + std::to_string(static_cast<long>(tag.bound));
+    else
+        result.append(ass, at, length);
+    return error == std::errc::invalid_argument ? at + 1 : at + length;
 }
 
 } // namespace
@@ -96,38 +114,37 @@ std::string with_break_places(const std::string &ass)
 
 std::string with_bounded_sizes(const std::string &ass, double largest)
 {
-    static const struct {
-        const char *tag;
-        bool is_size;
-        double bound;
-    } tags[] = {{"\\fscx", false, LARGEST_SCALE_PERCENT},
-                {"\\fscy", false, LARGEST_SCALE_PERCENT},
-                {"\\fs", true, 0},
-                {"\\bord", false, LARGEST_BORDER},
-                {"\\xbord", false, LARGEST_BORDER},
-                {"\\ybord", false, LARGEST_BORDER}};
-
+    // A tag is the first of these that it begins with.
+    const SizeTag tags[] = {
+        {"fscx", LARGEST_SCALE_PERCENT, false}, {"fscy", LARGEST_SCALE_PERCENT, false},
+        {"fsp", LARGEST_SPACING, false},        {"fs", largest, true},
+        {"bord", LARGEST_BORDER, false},        {"xbord", LARGEST_BORDER, false},
+        {"ybord", LARGEST_BORDER, false}};
     std::string result;
+    bool in_block = false;
+    // What libass takes for the tag's number may stand in brackets, behind blanks or behind other
+    // letters, so all numbers up to the next tag are bounded.
+    const SizeTag *tag = nullptr;
     for (size_t i = 0; i < ass.size();) {
-        bool found = false;
-        for (const auto &entry : tags) {
-            const size_t length = std::strlen(entry.tag);
-            if (ass.compare(i, length, entry.tag) != 0)
-                continue;
-            found = true;
-            size_t at = i + length;
-            // A signed size multiplies the present one; in a row they grow beyond every bound.
-            const bool relative =
-                entry.is_size && at < ass.size() && (ass[at] == '+' || ass[at] == '-');
-            const std::string number =
-                bounded_number(ass, at, entry.is_size ? largest : entry.bound);
-            if (!relative)
-                result += entry.tag + number;
-            i = at;
-            break;
+        const char c = ass[i];
+        if (c == '{' || c == '}' || c == '\\')
+            tag = nullptr;
+        in_block = c == '{' || (in_block && c != '}');
+        if (in_block && c == '\\') {
+            const size_t name = std::min(ass.find_first_not_of(" \t", i + 1), ass.size());
+            const auto *found =
+                std::find_if(std::begin(tags), std::end(tags), [&](const auto &each) {
+                    return ass.compare(name, std::strlen(each.name), each.name) == 0;
+                });
+            if (found != std::end(tags))
+                tag = found;
         }
-        if (!found)
-            result += ass[i++];
+        if (tag && begins_number(c)) {
+            i = append_bounded(result, ass, i, *tag);
+        } else {
+            result += c;
+            ++i;
+        }
     }
     return result;
 }

@@ -139,6 +139,22 @@ TEST_F(BadFile, SoundWithoutADecoderIsToldAndThePicturePlays)
     EXPECT_GT(shown(), 10u);
 }
 
+TEST_F(BadFile, SoundThatCannotBeDecodedDoesNotStopThePicture)
+{
+    // A page of an Ogg file that does not add up is left out; this one says how the sound is coded.
+    std::string contents = read_file(clip("a.ogg"));
+    const size_t header = contents.find("\x05vorbis");
+    ASSERT_NE(header, std::string::npos);
+    contents[header + 20] = static_cast<char>(~contents[header + 20]);
+    write_file(path("odd.ogg"), contents);
+
+    ASSERT_TRUE(playing(path("odd.ogg")));
+    ASSERT_TRUE(wait_for_event("completed"));
+
+    EXPECT_THAT(events(), ElementsAre("prepared", "completed"));
+    EXPECT_GT(shown(), 10u);
+}
+
 TEST_F(BadFile, AFileThatBreaksAfterItsFirstFrameIsCompleted)
 {
     const std::string whole = read_file(clip("a.mkv"));

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "subtitle_fixture.h"
+#include "subtitles/ass_adjust.h"
 #include "subtitles/subtitle_file.h"
 
 namespace {
@@ -173,6 +174,52 @@ TEST_F(SubtitleTest, DamagedFileDoesNotFloodTheLog)
         content += "nonsense\n";
     ASSERT_NE(load("a.sub", content), nullptr);
     EXPECT_LT(log_lines_with(""), 20);
+}
+
+TEST_F(SubtitleTest, MonstrousSizeIsDrawnAsTheLargestHoweverItIsWritten)
+{
+    // The first of a row is what the others have to look like.
+    const std::vector<std::vector<std::string>> alike = {
+        {"\\fs180", "\\fs5000", "\\ fs5000", "\\fs 5000", "\\fs(5000)", "\\fs ( 5000 )",
+         "\\fs10(5000)", "\\fsx(5000)", "\\fs.5e4", "\\fs5000.5e99", "\\t(0,1,\\fs5000)",
+         "\\t(0,1,\\fs(5000))", "a\\fs5000a"},
+        {"", "\\fs+10", "\\fs(+10)", "\\fs +10", "\\fs-1\\fs+1e9", "\\t(0,1,\\fs+10)"},
+        {"\\fscx1000\\fscy1000", "\\fscx9999\\fscy(9999)"},
+        {"\\bord100\\xbord100\\ybord100", "\\bord9999\\xbord(9999)\\ ybord9999"}};
+    std::string script = "[Script Info]\nScriptType: v4.00+\nPlayResX: 160\nPlayResY: 90\n"
+                         "[V4+ Styles]\nFormat: Name, Fontname, Fontsize\n"
+                         "Style: Default,Noto Sans,20\n[Events]\nFormat: Layer, Start, End, "
+                         "Style, Name, MarginL, MarginR, MarginV, Effect, Text\n";
+    int second = 10;
+    for (const auto &row : alike) {
+        for (const std::string &tags : row) {
+            script += "Dialogue: 0,0:00:" + std::to_string(second) +
+                      ".00,0:00:" + std::to_string(second) + ".90,Default,,0,0,0,,{" + tags +
+                      "}S\n";
+            ++second;
+        }
+    }
+    const auto track = load("a.ass", script);
+    ASSERT_NE(track, nullptr);
+    second = 10;
+    for (const auto &row : alike) {
+        size_t expected = 0;
+        for (const std::string &tags : row) {
+            Picture picture(160, 90);
+            EXPECT_TRUE(picture.draw(*track, second++ * 1000 + 500)) << tags;
+            if (&tags == &row.front())
+                expected = picture.fingerprint();
+            EXPECT_EQ(picture.fingerprint(), expected) << tags << ", unlike " << row.front();
+        }
+    }
+}
+
+TEST(BoundedSizes, LeaveAloneWhatIsNoSizeOrNotTooLarge)
+{
+    for (const char *ass :
+         {"{\\fs40\\fscx120.5\\bord2}{\\fsp-3}x", "{\\fscx-20}", "C:\\fs is 5000 km",
+          "{\\pos(5000,5000)\\fs9}5000", "{a 5000}", "{\\fs}", "\\fs5000", "{\\fs"})
+        EXPECT_EQ(platform::with_bounded_sizes(ass, 100), ass);
 }
 
 TEST_F(SubtitleTest, ScriptWithMonstrousValuesIsDrawnWithoutHarm)

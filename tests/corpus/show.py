@@ -1,0 +1,83 @@
+"""Plays cases in the real player, as a folder of files that it has to get over: each has to come up,
+whatever it holds, and a good film that takes the place of the first has to be on the screen after all
+of them."""
+
+import os
+import re
+import time
+
+from specimens import VIDEOS, ending_of, is_subtitle
+
+from harness.content import order_in
+from harness.waiting import DEADLINE_S, STEP_S, wait_until
+
+# A damaged file may well say that one of its pictures stands for hours. Staff would press a key.
+PATIENCE_S = 10.0
+PHOTO_SPEED = 25
+GOOD = "red"
+FILM_ENDINGS = tuple({f".{ending_of(name)}" for name in VIDEOS})
+
+# The player's words where it takes up a file, and what may be said about one that is no good.
+TAKEN_UP = r"OnPlay(?:Video|Photo)\(\d+\) > \S*/([^ ./]+)\."
+PASSED_OVER = r"/\d{4}-([^ ./]+)\.\S+ cannot be played: "
+WHAT_MAY_BE_SAID = (r"PLATFORM", r"still_picture", r"EventDispatcher.* > decode failed",
+                    # The libraries that read it.
+                    r"(GStreamer|GLib)(-\w+)*-(CRITICAL|WARNING) \*\*")
+
+
+def lay_out(folder, cases, carrier):
+    """Writes the files. A subtitle lies beside a film and has a name that begins with the film's.
+
+    @return the names that the player has to take up, without their endings
+    """
+    films = [case for case in cases if not is_subtitle(case.name.rpartition("-")[0])]
+    subtitles = [case for case in cases if is_subtitle(case.name.rpartition("-")[0])]
+    hosts = [case for case in films if case.ending not in ("jpg", "jpeg")]
+    films += [carrier] * (len(subtitles) - len(hosts))
+    taken_up = []
+    waiting = list(subtitles)
+    for number, case in enumerate(films):
+        stem = f"{number:04d}-{case.name}"
+        taken_up.append(stem)
+        (folder / f"{stem}.{case.ending}").write_bytes(case.content())
+        if waiting and case.ending not in ("jpg", "jpeg"):
+            subtitle = waiting.pop()
+            (folder / f"{stem}.{subtitle.name}.{subtitle.ending}").write_bytes(subtitle.content())
+    assert not waiting
+    return taken_up
+
+
+def play(tv, screen, shelf, folder, cases, carrier):
+    """Plays all of them once in the empty folder, then from the beginning, where the good film is now.
+
+    Fails when one does not come up in time, or the player ends, or a whole file is passed over.
+    @return the names of those that stood for long and were left by a key
+    """
+    tv.configure(content={"broken_video": "skip"})
+    left = set(lay_out(folder, cases, carrier))
+    first = folder / order_in(folder, FILM_ENDINGS)[0]
+    player = tv.start(folder=folder, **tv.timers(PHOTO_SPEED))
+    player.tolerate(*WHAT_MAY_BE_SAID)
+    long, lines = [], 0
+    present, since = "nothing", time.monotonic()
+    while left:
+        time.sleep(STEP_S)
+        assert player.running(), f"the player ended at {present}"
+        begin, lines = lines, len(player.log.lines)
+        names = [match.group(1) for _, match in player.log.find_all(TAKEN_UP, after=begin)]
+        left -= set(names)
+        if names:
+            present, since = names[-1], time.monotonic()
+        stands = time.monotonic() - since
+        assert stands < DEADLINE_S, f"{present} stands for ever"
+        if stands > PATIENCE_S and present not in long:
+            long.append(present)
+            tv.press("Right")
+    os.replace(shelf.video(folder / "good.mp4", GOOD), first)
+    # A second start has the first one begin anew.
+    tv.relaunch(folder=folder)
+    wait_until(lambda: screen.shown() == GOOD, f"the good film after {present}")
+    broken = [match.group(1) for _, match in player.log.find_all(PASSED_OVER)
+              if match.group(1).endswith("-whole")]
+    assert not broken, f"these are not damaged, but were passed over: {broken}"
+    return long
