@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -151,12 +152,15 @@ class Session {
         setenv("EINA_LOG_LEVEL", "-1", 1);
         ecore_init();
         ecore_event_init();
-        instance_ = std::make_unique<platform::SingleInstance>([](const platform::Extras &extras) {
+        platform::SingleInstance::Listener listener;
+        listener.launch = [](const platform::Extras &extras) {
             for (const auto &[name, value] : extras)
                 fuzz::require(platform::is_utf8(name) && value.find('\0') == std::string::npos,
                               "extras are what the application can be given");
             return true;
-        });
+        };
+        listener.bus = [](Eldbus_Connection *) {};
+        instance_ = std::make_unique<platform::SingleInstance>(std::move(listener));
         fuzz::require(instance_->claim({}) == platform::SingleInstance::Outcome::First,
                       "there is a session bus without a player");
         const platform::ControlledApplication application = {[] { return timespec{}; }, [] {}};
