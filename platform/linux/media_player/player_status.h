@@ -80,8 +80,8 @@ struct PlayerStatus {
     bool has_subtitle = false; ///< a subtitle file was read and is being shown
     bool looping = false;
     int64_t looks_again_ms = -1; ///< while nothing can be played: when it is tried again; else -1
-    uint64_t stalls = 0;    ///< of all films of this player: no frame came for long
-    std::string last_stall; ///< path of the film that stalled last; empty: none has
+    uint64_t stalls = 0;         ///< of all films of this player: no frame came for long
+    std::string last_stall;      ///< path of the film that stalled last; empty: none has
 };
 
 /** The status of the player that was made last; all defaults when there is none. */
