@@ -9,7 +9,7 @@ from harness.player import DEMO_MODE, FILE_MODE, OWN_KEYS, PLAYBACK_STATUS, obey
 from harness.service import Service
 from harness.waiting import wait_until
 
-NOTHING_PLAYS = r"none of the videos can be played"
+NOTHING_PLAYS = r"nothing that is to be played can be opened"
 PORTRAIT_TIMER = f"db/{OWN_KEYS}/portrait_timer"
 NOT_WRITTEN = r"config_store: .*could not be written: {}"
 # What the player itself says of the same.
@@ -47,9 +47,8 @@ def test_stick_pulled_in_the_middle_of_a_film_is_waited_for(tv, screen, tmp_path
         # What is open stays open, and cannot be read any more.
         tv.break_storage(eio=pocket)
         os.rename(stick, pocket)
+        # A second look in vain would end the demo.
         player.log.wait(NOTHING_PLAYS)
-        assert screen.shown() in ("red", "green"), "the last picture stays"
-
         os.rename(pocket, stick)
         tv.break_storage()
         wait_shown(recorder, ["red", "green"])
