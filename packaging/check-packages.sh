@@ -11,10 +11,12 @@ committed), and runs there, as root and with network, WHAT:
   demo   ./demo.sh --seconds 40 (default)
   readme the other commands of README.md, as packaging/readme-commands.sh lists them
   test   ./test.sh
+  deb    makes the Debian packages, twice, asks lintian about them and leaves them in out/packages;
+         then installs, upgrades and purges them in another system, which has nothing else
   all    one after the other, each in a system of its own
   --keep leaves the system and its out/ folder for a look around
 Needs root and the package debootstrap. The demo and the commands take about ten minutes each, the
-tests about twenty.
+packages and the tests about twenty.
 TEXT
 }
 
@@ -22,7 +24,7 @@ keep=no what=demo
 for argument in "$@"; do
     case $argument in
         --keep) keep=yes ;;
-        demo | readme | test | all) what=$argument ;;
+        demo | readme | test | deb | deb-build | deb-use | all) what=$argument ;;
         -h | --help) usage; exit 0 ;;
         *) usage >&2; exit 2 ;;
     esac
@@ -31,9 +33,14 @@ done
 command -v debootstrap >/dev/null ||
     { echo "check-packages.sh: needs the package debootstrap." >&2; exit 1; }
 
-if [ $what = all ]; then
-    for each in demo readme test; do
-        "$0" $([ $keep = no ] || echo --keep) $each
+case $what in
+    all) parts="demo readme test deb" ;;
+    deb) parts="deb-build deb-use" ;;
+    *) parts="" ;;
+esac
+if [ -n "$parts" ]; then
+    for each in $parts; do
+        "$0" $([ $keep = no ] || echo --keep) "$each"
     done
     exit
 fi
@@ -97,6 +104,21 @@ case $what in
         inside 'apt-get update -q && apt-get install -y -q --no-install-recommends sudo systemd'
         # In a process namespace of their own, so that all they start ends with them.
         inside 'unshare --pid --fork --kill-child --mount-proc packaging/readme-commands.sh run' ;;
+    deb-build)
+        touch "$system/etc/bare-system"
+        # A clone has been made by git.
+        inside 'apt-get update -q && apt-get install -y -q --no-install-recommends git'
+        inside 'packaging/package-trial.sh build'
+        mkdir -p "$tree/out/packages"
+        rm -f "$tree"/out/packages/*
+        cp "$system"/root/tree/out/packages/* "$tree/out/packages" ;;
+    deb-use)
+        touch "$system/etc/bare-system"
+        mkdir -p "$system/root/tree/out"
+        cp -r "$tree/out/packages" "$system/root/tree/out"
+        mount --rbind /sys "$system/sys"
+        mount --make-rslave "$system/sys"
+        inside 'unshare --pid --fork --kill-child --mount-proc packaging/package-trial.sh use' ;;
     test)
         echo "== ./test.sh"
         inside './test.sh' ;;

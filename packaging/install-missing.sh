@@ -6,20 +6,22 @@ list="$(dirname "$(readlink -f "$0")")/../packages.txt"
 
 usage() {
     cat <<TEXT
-Usage: packaging/install-missing.sh [--list] SECTION...
-Installs the missing Debian packages of the sections (build, run, demo, test, fuzz, bench) of
-packages.txt.
+Usage: packaging/install-missing.sh [--list|--names] SECTION...
+Installs the missing Debian packages of the sections (build, run, demo, kiosk, test, fuzz, package,
+bench) of packages.txt.
   --list   only print them
+  --names  print all of the sections, missing or not
 TEXT
 }
 
-only_list=no
+only_list=no only_names=no
 sections=()
 for argument in "$@"; do
     case $argument in
         --list) only_list=yes ;;
+        --names) only_names=yes ;;
         -h | --help) usage; exit 0 ;;
-        build | run | demo | test | fuzz | bench) sections+=("$argument") ;;
+        build | run | demo | kiosk | test | fuzz | package | bench) sections+=("$argument") ;;
         *) usage >&2; exit 2 ;;
     esac
 done
@@ -32,6 +34,11 @@ mapfile -t wanted < <(awk -v sections=" ${sections[*]} " '
     { sub(/[ \t]*#.*/, "") }
     /^\[.*\]$/ { active = index(sections, " " substr($0, 2, length($0) - 2) " "); next }
     NF && active { print $1 }' "$list" | sort -u)
+
+if [ $only_names = yes ]; then
+    printf '%s\n' "${wanted[@]}"
+    exit 0
+fi
 
 if ! command -v dpkg-query >/dev/null; then
     echo "This is not a Debian system; please see to these yourself: ${wanted[*]}" >&2

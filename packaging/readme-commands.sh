@@ -18,6 +18,10 @@ TEXT
 declare -A elsewhere=(
     [./demo.sh]="check-packages.sh demo runs it, in a bare system of its own"
     [./test.sh]="check-packages.sh test runs it, in a bare system of its own"
+    ["packaging/install-missing.sh build package"]="check-packages.sh deb runs it"
+    [packaging/build-deb.sh]="check-packages.sh deb runs it"
+    ["sudo apt-get install -y ./out/packages/*.deb"]="check-packages.sh deb installs them with dpkg"
+    ["sudo ostrel-demo-kiosk on"]="check-packages.sh deb runs it"
 )
 
 # read_blocks FILE: "sh COMMAND" for each command, "ini LINE" for each line of the service's settings,

@@ -1,0 +1,265 @@
+"""The Debian packages as far as they can be judged without making them: what they depend on, the
+services of the kiosk and the command that switches it on and off."""
+
+import os
+import pathlib
+import re
+import subprocess
+
+import pytest
+
+KIOSK = "packaging/kiosk"
+
+
+def names(source_dir, *sections):
+    listed = subprocess.run(
+        [os.path.join(source_dir, "packaging", "install-missing.sh"), "--names", *sections],
+        capture_output=True, text=True, check=True)
+    return set(listed.stdout.split())
+
+
+@pytest.fixture(scope="module")
+def control(source_dir):
+    """The paragraphs of debian/control by the package they are about, each a dictionary."""
+    with open(os.path.join(source_dir, "packaging/debian/control"), encoding="utf-8") as file:
+        paragraphs = [dict(re.findall(r"^([A-Z][\w-]+):((?:.*\n(?: .*\n)*))", text + "\n", re.MULTILINE))
+                      for text in file.read().split("\n\n")]
+    return {fields.get("Package", "source").strip(): fields for fields in paragraphs}
+
+
+def alternatives(field):
+    return {re.sub(r" .*", "", item.strip()) for item in field.split(",") if item.strip()}
+
+
+def test_packages_are_built_with_what_the_list_names(source_dir, control):
+    assert alternatives(control["source"]["Build-Depends"]) - {"debhelper-compat"} \
+        == names(source_dir, "build") - {"ccache", "g++"}
+
+
+def test_player_depends_on_what_it_loads_while_it_runs(source_dir, control):
+    assert "${packages:run}" in alternatives(control["ostrel-demo-player-tv"]["Depends"])
+    rules = subprocess.run(
+        ["make", "-n", "-f", "packaging/debian/rules", "override_dh_gencontrol"],
+        cwd=source_dir, capture_output=True, text=True, check=True)
+    given = re.search(r"packages:run=([^']*)'", rules.stdout).group(1)
+    assert set(given.split(",")) == names(source_dir, "run")
+
+
+def test_kiosk_depends_on_what_the_list_names(source_dir, control):
+    fields = control["ostrel-demo-kiosk"]
+    needed = alternatives(fields["Depends"]) | alternatives(fields["Recommends"])
+    assert needed - {"${misc:Depends}", "ostrel-demo-player-tv", "weston"} == names(source_dir, "kiosk")
+    assert "weston" in needed & names(source_dir, "demo")
+
+
+@pytest.fixture(scope="module")
+def installation(build_dir, tmp_path_factory):
+    folder = tmp_path_factory.mktemp("installation")
+    subprocess.run(["cmake", "--install", build_dir], capture_output=True, check=True,
+                   env={**os.environ, "DESTDIR": str(folder)})
+    return folder
+
+
+def test_each_program_has_a_manual_page(source_dir, installation):
+    pages = [*installation.rglob("man/man?/*"), *pathlib.Path(source_dir, KIOSK).glob("*.[1-8]")]
+    programs = {program.name for program in installation.rglob("bin/*")} | {"ostrel-demo-kiosk"}
+    assert "tvctl" in programs and programs == {page.stem for page in pages}
+    for page in pages:
+        assert f".SH NAME\n{page.stem} ".replace("-", "\\-") in page.read_text(encoding="utf-8")
+
+
+@pytest.fixture(scope="module")
+def units(source_dir, build_dir, tmp_path_factory):
+    """The services, with the programs at places where these are while the tests run."""
+    folder = tmp_path_factory.mktemp("units")
+    for name in ("ostrel-demo-kiosk.service", "ostrel-demo-kiosk-player.service"):
+        with open(os.path.join(source_dir, KIOSK, name), encoding="utf-8") as file:
+            text = file.read()
+        (folder / name).write_text(text.replace(
+            "/usr/bin/ostrel-demo-player-tv", f"{build_dir}/src/ostrel-demo-player-tv").replace(
+            "/usr/bin/tvctl", f"{build_dir}/tools/tvctl/tvctl"))
+    return folder
+
+
+def test_services_say_nothing_that_systemd_does_not_understand(units):
+    verified = subprocess.run(
+        ["systemd-analyze", "verify", "--man=no", "--recursive-errors=no", *sorted(units.iterdir())],
+        capture_output=True, text=True, check=False)
+    complaints = [line for line in verified.stderr.splitlines() if str(units) in line
+                  or line.startswith("ostrel-demo-kiosk")]
+    assert verified.returncode == 0 and not complaints, verified.stderr
+
+
+def test_sandbox_of_the_player_leaves_little_exposed(units):
+    judged = subprocess.run(
+        ["systemd-analyze", "security", "--offline=true", "--threshold=25", "--no-pager",
+         units / "ostrel-demo-kiosk-player.service"], capture_output=True, text=True, check=False)
+    assert judged.returncode == 0, judged.stdout + judged.stderr
+    assert re.search(r"Overall exposure level.*: [0-2]\.\d", judged.stdout)
+
+
+def unit_lines(source_dir, name):
+    with open(os.path.join(source_dir, KIOSK, name), encoding="utf-8") as file:
+        return file.read().splitlines()
+
+
+def test_player_comes_and_goes_with_the_compositor(source_dir):
+    player = unit_lines(source_dir, "ostrel-demo-kiosk-player.service")
+    compositor = unit_lines(source_dir, "ostrel-demo-kiosk.service")
+    assert {"BindsTo=ostrel-demo-kiosk.service", "After=ostrel-demo-kiosk.service"} <= set(player)
+    assert "Wants=ostrel-demo-kiosk-player.service" in compositor
+    for unit in (player, compositor):
+        assert {"Restart=always", "StartLimitIntervalSec=0", "User=ostrel-demo"} <= set(unit)
+    socket = re.search(r"--socket=(\S+)", "\n".join(compositor)).group(1)
+    assert f"WAYLAND_DISPLAY={socket} " in "\n".join(player)
+
+
+@pytest.mark.parametrize("script", [
+    "packaging/build-deb.sh", "packaging/kiosk/ostrel-demo-kiosk",
+    "packaging/debian/ostrel-demo-kiosk.prerm", "packaging/debian/ostrel-demo-kiosk.postrm"])
+def test_scripts_of_the_packages_are_clean(source_dir, script):
+    checked = subprocess.run(["shellcheck", os.path.join(source_dir, script)], capture_output=True,
+                             text=True, check=False)
+    assert checked.returncode == 0, checked.stdout
+
+
+class Machine:
+    """A machine's files in a folder, and stand-ins for the commands that would change a real one.
+    Each notes its call; what it answers stands in `answers`, by the beginning of the call."""
+
+    COMMANDS = ("systemctl", "udevadm", "update-grub", "runuser", "id")
+
+    def __init__(self, folder, source_dir):
+        self.root = folder / "root"
+        self.script = os.path.join(source_dir, KIOSK, "ostrel-demo-kiosk")
+        self.parts = os.path.join(source_dir, KIOSK, "etc")
+        self.calls_file = folder / "calls"
+        self.answers = {"id -u": "0", "id -u ostrel-demo": "998",
+                        "systemctl is-enabled --quiet display-manager": "!1"}
+        share = self.root / "usr/share/ostrel-demo-kiosk"
+        share.mkdir(parents=True)
+        (share / "etc").symlink_to(self.parts)
+        (self.root / "etc").mkdir()
+        (self.root / "run/systemd/system").mkdir(parents=True)
+        self.programs = folder / "bin"
+        self.programs.mkdir()
+        for command in self.COMMANDS:
+            self.stand_in(command)
+        for command in ("sh", "find", "sort", "mkdir", "ln", "rm", "cat"):
+            (self.programs / command).symlink_to(f"/bin/{command}" if command in ("sh", "cat") else
+                                                 f"/usr/bin/{command}")
+
+    def stand_in(self, command):
+        program = self.programs / command
+        program.write_text("#!/bin/sh\n"
+                           f'call="{command}${{*:+ $*}}"\n'
+                           f'echo "$call" >>{self.calls_file}\n'
+                           f'. {self.programs}/answers\n')
+        program.chmod(0o755)
+
+    def run(self, *arguments):
+        self.calls_file.write_text("")
+        cases = "".join(
+            f"    '{call}'*) " + (f"exit {answer[1:]}" if answer.startswith("!") else f"echo '{answer}'; exit 0")
+            + " ;;\n" for call, answer in sorted(self.answers.items(), reverse=True))
+        (self.programs / "answers").write_text(f'case "$call" in\n{cases}esac\n')
+        done = subprocess.run([self.script, *arguments], capture_output=True, text=True, check=False,
+                              timeout=60, env={"PATH": str(self.programs),
+                                               "OSTREL_DEMO_KIOSK_ROOT": str(self.root)})
+        self.calls = [call for call in self.calls_file.read_text().splitlines()
+                      if not call.startswith("id ")]
+        return done
+
+    def links(self):
+        return {str(path.relative_to(self.root)): os.readlink(path)
+                for path in (self.root / "etc").rglob("*") if path.is_symlink()}
+
+    def expected_links(self):
+        return {f"etc/{path}": f"/usr/share/ostrel-demo-kiosk/etc/{path}"
+                for path in (os.path.relpath(os.path.join(folder, name), self.parts)
+                             for folder, _, files in os.walk(self.parts) for name in files)}
+
+
+@pytest.fixture
+def machine(source_dir, tmp_path):
+    return Machine(tmp_path, source_dir)
+
+
+BEGINS = ["systemctl enable --quiet ostrel-demo-kiosk.service",
+          "systemctl start ostrel-demo-kiosk.service ostrel-demo-kiosk-player.service"]
+
+
+def test_on_makes_a_demo_set_and_off_undoes_it(machine):
+    for _ in range(2):
+        switched = machine.run("on")
+        assert switched.returncode == 0 and switched.stderr == "", switched.stderr
+        assert machine.links() == machine.expected_links() and len(machine.links()) == 3
+        # The rules and the boot's text are in force before the screen is taken.
+        order = [machine.calls.index(call) for call in (
+            "update-grub", "udevadm control --reload", BEGINS[1])]
+        assert BEGINS[0] in machine.calls and order == sorted(order)
+    switched = machine.run("off")
+    assert switched.returncode == 0, switched.stderr
+    assert not machine.links()
+    assert "systemctl disable --quiet ostrel-demo-kiosk.service" in machine.calls
+    assert "systemctl stop ostrel-demo-kiosk.service ostrel-demo-kiosk-player.service" in machine.calls
+    assert machine.calls[-1] == "systemctl --no-block start getty@tty1.service"
+    assert "udevadm control --reload" in machine.calls and "update-grub" in machine.calls
+
+
+def test_on_leaves_the_screen_to_a_desktop(machine):
+    machine.answers["systemctl is-enabled --quiet display-manager"] = "enabled"
+    refused = machine.run("on")
+    assert refused.returncode == 1 and "display-manager" in refused.stderr
+    assert not machine.links()
+    assert not set(BEGINS) & set(machine.calls)
+
+
+@pytest.mark.parametrize("demo_mode, set_anew", [("-1", True), ("0", False), ("2", False)])
+def test_on_brings_a_demo_back_that_was_ended_in_its_options(machine, demo_mode, set_anew):
+    for_user = ("runuser -u ostrel-demo -- env -i HOME=/var/lib/ostrel-demo-kiosk "
+                "XDG_RUNTIME_DIR=/run/user/998 OSTREL_DEMO_TV_CONF=/etc/ostrel-demo-kiosk/tv.conf "
+                "/usr/bin/tvctl")
+    machine.answers[f"{for_user} config get demo_mode"] = demo_mode
+    assert machine.run("on").returncode == 0
+    assert (f"{for_user} config set demo_mode 0" in machine.calls) == set_anew
+
+
+def test_on_in_a_system_made_for_another_machine_starts_nothing(machine):
+    (machine.root / "run/systemd/system").rmdir()
+    assert machine.run("on").returncode == 0
+    assert machine.links() == machine.expected_links()
+    assert BEGINS[0] in machine.calls and BEGINS[1] not in machine.calls
+    assert not [call for call in machine.calls if call.startswith("udevadm")]
+
+
+def test_a_machine_without_grub_is_told_what_it_will_show(machine):
+    (machine.programs / "update-grub").unlink()
+    switched = machine.run("on")
+    assert switched.returncode == 0 and "GRUB" in switched.stderr
+    assert BEGINS[1] in machine.calls
+
+
+@pytest.mark.parametrize("command", ["on", "off", "tvctl"])
+def test_only_root_switches_the_kiosk(machine, command):
+    machine.answers["id -u"] = "1000"
+    refused = machine.run(command)
+    assert refused.returncode == 1 and "root" in refused.stderr
+    assert not machine.links() and not machine.calls
+
+
+def test_status_tells_whether_it_plays(machine):
+    playing = machine.run("status")
+    assert playing.returncode == 0 and playing.stdout.count("yes") == 2
+    assert machine.calls[-1].endswith("/usr/bin/tvctl status")
+    machine.answers["systemctl is-active"] = "!3"
+    machine.answers["systemctl is-enabled --quiet ostrel"] = "!1"
+    stopped = machine.run("status")
+    assert stopped.returncode == 3 and stopped.stdout.count("no\n") == 2
+
+
+@pytest.mark.parametrize("arguments", [[], ["of"], ["on", "off"], ["--now"]])
+def test_a_wrong_command_changes_nothing(machine, arguments):
+    refused = machine.run(*arguments)
+    assert refused.returncode == 2 and "Usage" in refused.stderr
+    assert not machine.calls
