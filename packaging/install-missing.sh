@@ -7,7 +7,7 @@ list="$(dirname "$(readlink -f "$0")")/../packages.txt"
 usage() {
     cat <<TEXT
 Usage: packaging/install-missing.sh [--list|--names] SECTION...
-Installs the missing Debian packages of the sections (build, run, demo, kiosk, test, fuzz, package,
+Installs the missing Debian packages of the sections (build, run, demo, kiosk, test, package, fuzz,
 bench) of packages.txt.
   --list   only print them
   --names  print all of the sections, missing or not

@@ -29,7 +29,7 @@ def test_each_package_stands_once_and_says_why(lines):
 
 def test_sections_are_those_the_scripts_ask_for(lines):
     assert [line for line in lines if line.startswith("[")] == [
-        "[build]", "[run]", "[demo]", "[kiosk]", "[test]", "[fuzz]", "[package]", "[bench]"]
+        "[build]", "[run]", "[demo]", "[kiosk]", "[test]", "[package]", "[fuzz]", "[bench]"]
 
 
 def test_all_packages_are_installed(source_dir):
