@@ -45,6 +45,15 @@ elseif(SANITIZE)
   message(FATAL_ERROR "SANITIZE is OFF, address, thread or fuzzer, not \"${SANITIZE}\"")
 endif()
 
+# What makes a hole in the program harder to use; for what is installed, and not for the tests. A
+# sanitizer takes the place of some of it, and an unoptimised build cannot check sizes.
+add_library(hardening INTERFACE)
+if(PLATFORM STREQUAL "linux" AND NOT SANITIZE)
+  target_compile_options(hardening INTERFACE -fPIE -fstack-protector-strong
+    -fstack-clash-protection -U_FORTIFY_SOURCE $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
+  target_link_options(hardening INTERFACE -pie -Wl,-z,relro,-z,now,-z,noexecstack)
+endif()
+
 # platform_service(name SOURCES ... [PACKAGES imported targets] [NEEDS other services])
 # One static library per service of the Linux platform, named platform_<name>; all of them together
 # make the target platform_linux.
@@ -54,7 +63,7 @@ function(platform_service name)
   target_include_directories(platform_${name}
     PUBLIC ${CMAKE_SOURCE_DIR}/platform/include ${CMAKE_SOURCE_DIR}/platform/linux)
   target_link_libraries(platform_${name}
-    PRIVATE project_flags PUBLIC PkgConfig::efl Threads::Threads ${ARG_PACKAGES})
+    PRIVATE project_flags hardening PUBLIC PkgConfig::efl Threads::Threads ${ARG_PACKAGES})
   foreach(other IN LISTS ARG_NEEDS)
     target_link_libraries(platform_${name} PUBLIC platform_${other})
   endforeach()

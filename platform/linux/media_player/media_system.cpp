@@ -16,6 +16,7 @@
 #include "log/platform_log.h"
 #include "media_player/audio_sink.h"
 #include "media_player/gst_ptr.h"
+#include "media_player/media_formats.h"
 
 namespace platform {
 namespace {
@@ -77,6 +78,7 @@ bool set_up()
                       owned ? owned->message : "no reason given");
         return false;
     }
+    limit_formats();
     for (const char *element : COMMON_ELEMENTS)
         load(element);
     // What looks into a file to tell its kind is no element.

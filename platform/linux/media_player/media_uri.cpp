@@ -11,16 +11,16 @@
 namespace platform {
 namespace {
 
-bool has_scheme(const std::string &name)
+bool is_local_uri(const std::string &name)
 {
-    return gst_uri_is_valid(name.c_str()) && name.find("://") != std::string::npos;
+    return name.rfind("file://", 0) == 0 || name.rfind("fd://", 0) == 0;
 }
 
 } // namespace
 
 std::string media_uri(const std::string &name)
 {
-    if (has_scheme(name))
+    if (is_local_uri(name))
         return name;
     const CharsPtr uri(gst_filename_to_uri(name.c_str(), nullptr));
     return uri ? uri.get() : "";

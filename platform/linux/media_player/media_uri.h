@@ -10,7 +10,8 @@ namespace platform {
 /**
  * Makes a URI of a name.
  *
- * @param name a path, any bytes but null, or a URI with a scheme, which stays as it is
+ * @param name a path, any bytes but null, or a URI of the scheme file or fd, which stays as it is.
+ * A URI of another scheme would lead away from this machine's files: it counts as a path
  * @return empty when no URI can be made of it
  */
 std::string media_uri(const std::string &name);

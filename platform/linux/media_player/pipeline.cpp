@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
-#include <gst/pbutils/missing-plugins.h>
+#include <gst/pbutils/pbutils.h>
 
 #include "base/worker_thread.h"
 #include "log/platform_log.h"
 #include "media_player/deinterlacer.h"
+#include "media_player/media_formats.h"
 #include "media_player/plane_sink.h"
 
 namespace platform {
@@ -56,15 +58,18 @@ ElementPtr make_video_end(const std::shared_ptr<FrameOutput> &output,
     return bin;
 }
 
-bool is_sound(const GstCaps *caps)
+/** What kind of thing a track holds: "video", "audio" and so on; of nothing, nothing. */
+std::string kind_of(const GstCaps *caps)
 {
-    return caps && !gst_caps_is_empty(caps) &&
-           g_str_has_prefix(gst_structure_get_name(gst_caps_get_structure(caps, 0)), "audio/");
+    if (!caps || gst_caps_is_empty(caps))
+        return {};
+    const std::string media = gst_structure_get_name(gst_caps_get_structure(caps, 0));
+    return media.substr(0, media.find('/'));
 }
 
 gboolean is_no_sound(GstElement *, GstPad *, GstCaps *caps, gpointer)
 {
-    return !is_sound(caps);
+    return kind_of(caps) != "audio";
 }
 
 // Sound that nobody is to hear stays as it is coded: a decoder that can make nothing of it would
@@ -76,13 +81,22 @@ void leave_sound_coded(GstBin *, GstBin *, GstElement *element, gpointer)
         g_signal_connect(element, "autoplug-continue", G_CALLBACK(is_no_sound), nullptr);
 }
 
-// Whatever is not sound is in the way of the picture, a container that nobody knows included.
-Track track_without_decoder(GstMessage *message)
+/** What a message says that nothing reads; null when it says nothing. */
+const GstCaps *unread_caps(GstMessage *message)
 {
     const GValue *detail = gst_structure_get_value(gst_message_get_structure(message), "detail");
-    const GstCaps *caps =
-        detail && GST_VALUE_HOLDS_CAPS(detail) ? gst_value_get_caps(detail) : nullptr;
-    return is_sound(caps) ? Track::Sound : Track::Picture;
+    return detail && GST_VALUE_HOLDS_CAPS(detail) ? gst_value_get_caps(detail) : nullptr;
+}
+
+// A film does not need its embedded subtitles and whatever else lies in it. Whatever nobody has a
+// name for is in the way of the picture.
+std::optional<Track> track_of(const GstCaps *caps)
+{
+    const std::string kind = kind_of(caps);
+    if (kind == "audio")
+        return Track::Sound;
+    const bool picture = kind.empty() || kind == "video" || kind == "image";
+    return picture ? std::optional(Track::Picture) : std::nullopt;
 }
 
 // A probe behind the demuxer would miss some events: decodebin hands those that stick to a pad
@@ -92,6 +106,13 @@ void add_probe(GstElement *element, const char *pad_name, GstPadProbeType type,
 {
     if (const PadPtr pad{gst_element_get_static_pad(element, pad_name)})
         gst_pad_add_probe(pad.get(), type, probe, data, nullptr);
+}
+
+std::string name_of(const GstCaps *caps)
+{
+    const CharsPtr description(gst_pb_utils_get_codec_description(caps));
+    return description ? description.get()
+                       : gst_structure_get_name(gst_caps_get_structure(caps, 0));
 }
 
 std::string missing_decoder(GstMessage *message)
@@ -404,6 +425,16 @@ void Pipeline::on_element(GstBin *, GstBin *, GstElement *element, gpointer self
     }
 }
 
+// Once a container has been opened it is about one of its tracks.
+void Pipeline::on_nothing_to_read_it(GstMessage *message) const
+{
+    const GstCaps *caps = unread_caps(message);
+    if (caps && demuxer().empty() && !is_video_format(caps))
+        events_.format_refused(name_of(caps));
+    else if (const std::optional<Track> track = track_of(caps))
+        events_.decoder_missing(*track, missing_decoder(message));
+}
+
 GstBusSyncReply Pipeline::on_message(GstBus *, GstMessage *message, gpointer self)
 {
     const auto *pipeline = static_cast<Pipeline *>(self);
@@ -433,7 +464,7 @@ GstBusSyncReply Pipeline::on_message(GstBus *, GstMessage *message, gpointer sel
         break;
     case GST_MESSAGE_ELEMENT:
         if (gst_is_missing_plugin_message(message))
-            events.decoder_missing(track_without_decoder(message), missing_decoder(message));
+            pipeline->on_nothing_to_read_it(message);
         break;
     default:
         break;

@@ -31,6 +31,8 @@ struct PipelineEvents {
     std::function<void(Failure)> failed;
     /** No decoder is installed for a track; `what` names it in words. Comes before `failed`. */
     std::function<void(Track track, const std::string &what)> decoder_missing;
+    /** The file is none that may be a video; `what` names its kind. Comes before `failed`. */
+    std::function<void(const std::string &what)> format_refused;
     std::function<void()> frame_dropped; ///< a frame came too late
     /** An interlaced film goes on with one picture a frame, because two came too late; once. */
     std::function<void()> fields_halved;
@@ -144,6 +146,7 @@ class Pipeline {
     static GstPadProbeReturn on_decoded_event(GstPad *pad, GstPadProbeInfo *info, gpointer self);
     static GstPadProbeReturn on_coded_event(GstPad *pad, GstPadProbeInfo *info, gpointer self);
     static bool is_at_work(const PadPtr &entry);
+    void on_nothing_to_read_it(GstMessage *message) const;
     std::string demuxer() const;
     void note_coded_frame(GstBuffer *frame);
     bool is_stale(GstMessage *message) const;

@@ -347,6 +347,9 @@ PipelineEvents Playback::pipeline_events()
     events.decoder_missing = [this, post](Track track, const std::string &what) {
         post([this, track, what] { on_decoder_missing(track, what); });
     };
+    events.format_refused = [this, post](const std::string &what) {
+        post([this, what] { refused_format_ = what; });
+    };
     events.frame_dropped = [this] {
         if (count_drops_)
             output_->count_dropped();

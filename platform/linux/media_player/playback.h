@@ -249,6 +249,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     std::optional<std::vector<std::function<void()>>> held_results_{std::in_place};
     bool may_be_stale_; ///< what goes wrong with it may not go wrong when it is opened anew
     std::map<Track, std::string> missing_decoders_; ///< in words
+    std::string refused_format_;                    ///< likewise
     bool sound_unsupported_ = false;
     bool timed_out_ = false;     ///< no first frame came
     bool damage_logged_ = false; ///< a file that plays over and over would tell it each time

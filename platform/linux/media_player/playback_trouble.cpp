@@ -32,6 +32,8 @@ void Playback::on_decoder_missing(Track track, const std::string &what)
 // GStreamer's own sentence about a missing decoder does not say which one.
 std::string Playback::why_no_picture(const std::string &otherwise) const
 {
+    if (!refused_format_.empty())
+        return "it is none of the kinds of video that are played (" + refused_format_ + ")";
     const auto missing = missing_decoders_.find(Track::Picture);
     return missing == missing_decoders_.end()
                ? otherwise
