@@ -70,6 +70,22 @@ def test_player_that_started_before_the_session_bus_comes_to_it(tv, screen, film
     assert tv.status()["playing"]["name"] in ("red.mp4", "green.mp4")
 
 
+def test_player_that_missed_the_bus_gives_way_to_the_one_that_has_it(tv, screen, films):
+    early = tv.start(folder=films, **tv.timers(50))
+    wait_film(screen)
+    # Held, it cannot come back to the new bus before the other player does.
+    early.process.send_signal(signal.SIGSTOP)
+    tv.kill_bus()
+    tv.start_bus()
+    late = tv.start(folder=films)
+    late.log.wait("player_start successful")
+    early.process.send_signal(signal.SIGCONT)
+
+    early.log.wait("another player has taken this one's place")
+    assert early.wait_end() == 0
+    assert late.running() and tv.status()["playing"]["name"] in ("red.mp4", "green.mp4")
+
+
 def test_sound_server_that_is_restarted_has_the_sound_back(tv, screen, films):
     tv.configure(sound={"external_sink": "headphones"})
     server = SoundServer(tv, "speakers", "headphones")

@@ -160,6 +160,7 @@ class Session {
             return true;
         };
         listener.bus = [](Eldbus_Connection *) {};
+        listener.superseded = [] {};
         instance_ = std::make_unique<platform::SingleInstance>(std::move(listener));
         fuzz::require(instance_->claim({}) == platform::SingleInstance::Outcome::First,
                       "there is a session bus without a player");

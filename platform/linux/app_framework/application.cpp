@@ -91,6 +91,7 @@ int Application::launch(const Extras &extras)
     SingleInstance::Listener listener;
     listener.launch = [this](Extras handed) { return take_launch_request(std::move(handed)); };
     listener.bus = [this](Eldbus_Connection *connection) { be_controlled_by(connection); };
+    listener.superseded = [this] { quit(); };
     instance_ = std::make_unique<SingleInstance>(std::move(listener));
     switch (instance_->claim(extras)) {
     case SingleInstance::Outcome::HandedOver:

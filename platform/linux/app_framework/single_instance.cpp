@@ -127,16 +127,27 @@ void SingleInstance::look_for_bus()
         this));
 }
 
-/** Another player that has come to the bus meanwhile keeps it until it ends. */
+/** A player that has come to the bus meanwhile is the session's, and one is enough. */
 void SingleInstance::rejoin()
 {
     if (!connection_)
         join();
-    if (!connection_ || own_name() != Name::Owned)
+    if (!connection_)
         return;
-    search_.reset();
-    PLATFORM_LOGI(SERVICE, "the session bus is there: requests from outside are taken");
-    listener_.bus(connection_.get());
+    switch (own_name()) {
+    case Name::Owned:
+        search_.reset();
+        PLATFORM_LOGI(SERVICE, "the session bus is there: requests from outside are taken");
+        listener_.bus(connection_.get());
+        break;
+    case Name::Taken:
+        search_.reset();
+        PLATFORM_LOGW(SERVICE, "another player has taken this one's place meanwhile");
+        listener_.superseded();
+        break;
+    case Name::Unavailable:
+        break;
+    }
 }
 
 SingleInstance::Name SingleInstance::own_name()

@@ -29,6 +29,8 @@ class SingleInstance {
         std::function<bool(Extras)> launch;
         /** After claim(): the session bus has gone, null, or is there and this is its player. */
         std::function<void(Eldbus_Connection *connection)> bus;
+        /** While this player was without a bus another one has become the session's. */
+        std::function<void()> superseded;
     };
 
     explicit SingleInstance(Listener listener);
