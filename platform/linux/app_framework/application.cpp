@@ -197,7 +197,7 @@ void Application::follow_manager()
 
 /**
  * Where a service manager would start the player again at once, only for it to find that another
- * session has the screen, the end waits until this session is back.
+ * login has the screen, the end waits until its own has it back.
  */
 void Application::await_session()
 {
