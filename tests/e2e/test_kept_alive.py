@@ -75,12 +75,12 @@ def test_player_that_has_grown_is_started_anew_between_two_items(tv, screen, con
         player = service.lives[0]
         # In the second lap, so that this change has been seen before.
         player.log.wait(r"OnPlayVideo\(\d+\) > /", count=4)
-        here = player.log.position()
         player.process.send_signal(GROW)
 
         assert player.wait_end() == 0
-        (ended, _), *_ = player.log.find_all("has come to its end", after=here)
-        (noticed, _), = player.log.find_all("private memory has grown from", after=here)
-        assert ended <= noticed
+        moments = [match.group() for _, match in player.log.find_all(
+            "has come to its end|player: playing|private memory has grown")]
+        noticed = moments.index("private memory has grown")
+        assert moments[noticed - 1] == "has come to its end"
         service.wait_back(life=1)
         wait_shown(screen, "red", "green")
