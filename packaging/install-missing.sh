@@ -7,8 +7,8 @@ list="$(dirname "$(readlink -f "$0")")/../packages.txt"
 usage() {
     cat <<TEXT
 Usage: packaging/install-missing.sh [--list|--names] SECTION...
-Installs the missing Debian packages of the sections (build, run, demo, kiosk, test, package, fuzz,
-bench) of packages.txt.
+Installs the missing Debian packages of the sections (build, run, demo, kiosk, test, package, vm,
+fuzz, bench) of packages.txt.
   --list   only print them
   --names  print all of the sections, missing or not
 TEXT
@@ -21,7 +21,7 @@ for argument in "$@"; do
         --list) only_list=yes ;;
         --names) only_names=yes ;;
         -h | --help) usage; exit 0 ;;
-        build | run | demo | kiosk | test | fuzz | package | bench) sections+=("$argument") ;;
+        build | run | demo | kiosk | test | fuzz | package | vm | bench) sections+=("$argument") ;;
         *) usage >&2; exit 2 ;;
     esac
 done

@@ -1,0 +1,94 @@
+#!/usr/bin/env bash
+# Tries the Debian packages on a whole machine: a virtual one, with a screen, keys, sticks and a power switch.
+set -euo pipefail
+cd "$(dirname "$(readlink -f "$0")")/.."
+
+usage() {
+    cat <<TEXT
+Usage: packaging/test-in-vm.sh [--cuts N] [--work FOLDER]
+Makes the packages of the last commit, installs them into a Debian 12 with nothing else, boots that in
+qemu, and watches its screen while it plays: keys, sticks of each file system, killed and stopped
+processes, power cuts. Leaves in FOLDER/result the table (result.md), the screenshots and a sheet of
+them, and the log of the machine's console.
+  --cuts N       cut the power N times during play (default: 20)
+  --work FOLDER  where system, image and result lie (default: /var/tmp/ostrel-demo-vm); the system is
+                 kept for the next run, and needs 3 GB
+Needs root and network, and installs what it needs itself. Without KVM it takes about an hour.
+TEXT
+}
+
+cuts=20 work=/var/tmp/ostrel-demo-vm
+while [ $# -gt 0 ]; do
+    case $1 in
+        --cuts | --work)
+            [ $# -ge 2 ] || { usage >&2; exit 2; }
+            if [ "$1" = --cuts ]; then cuts=$2; else work=$2; fi
+            shift ;;
+        -h | --help) usage; exit 0 ;;
+        *) usage >&2; exit 2 ;;
+    esac
+    shift
+done
+case $cuts in '' | *[!0-9]*) usage >&2; exit 2 ;; esac
+[ "$(id -u)" -eq 0 ] || { echo "test-in-vm.sh: needs root." >&2; exit 1; }
+
+packaging/install-missing.sh build run test package vm
+mkdir -p "$work"
+work=$(realpath "$work")
+system=$work/system
+mirror=${DEBIAN_MIRROR:-http://deb.debian.org/debian}
+
+# The machine has no network once it runs, so that this is the last it sees of it.
+inside() {
+    env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin TERM=dumb LANG=C.UTF-8 DEBIAN_FRONTEND=noninteractive \
+        ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} \
+        chroot "$system" sh -c "$1"
+}
+
+echo "== The packages"
+packaging/build-deb.sh "$work/packages" >"$work/build-deb.log" 2>&1 || { tail -n 40 "$work/build-deb.log" >&2; exit 1; }
+dependencies=$(for package in "$work"/packages/*.deb; do dpkg-deb -f "$package" Depends Recommends; done |
+    sed 's/^[A-Z][a-z]*: //; s/ostrel-demo-player-tv ([^)]*),//g' | paste -sd,)
+
+# What a shop's machine has when the packages come to it.
+if [ "$(cat "$system.ready" 2>/dev/null)" != "$dependencies" ]; then
+    echo "== A bare Debian 12 in $system"
+    rm -rf --one-file-system "$system" "$system.ready"
+    debootstrap --variant=minbase --include=systemd-sysv,udev,kmod,linux-image-amd64,initramfs-tools,zstd \
+        bookworm "$system" "$mirror" >"$work/debootstrap.log" || { tail "$work/debootstrap.log" >&2; exit 1; }
+    cp -n /etc/apt/apt.conf.d/*proxy* "$system/etc/apt/apt.conf.d/" 2>/dev/null || true
+    inside "apt-get update -q && apt-get satisfy -y -q --no-install-recommends '$dependencies' &&
+        apt-get install -y -q --no-install-recommends exfatprogs dosfstools && apt-get clean" >"$work/apt.log" 2>&1 ||
+        { tail -n 40 "$work/apt.log" >&2; exit 1; }
+    echo demo-set >"$system/etc/hostname"
+    echo '/dev/vda / ext4 defaults 0 1' >"$system/etc/fstab"
+    inside 'passwd -qd root'
+    # Only what finds the disk: loading a larger one takes a virtual machine longer than all the rest.
+    printf 'MODULES=list\nCOMPRESS=zstd\n' >"$system/etc/initramfs-tools/conf.d/small"
+    printf 'virtio_pci\nvirtio_blk\next4\n' >"$system/etc/initramfs-tools/modules"
+    inside 'update-initramfs -u' >/dev/null 2>&1
+    # A line to the machine for this trial, beside screen and keys.
+    mkdir -p "$system/etc/systemd/system/serial-getty@ttyS0.service.d"
+    printf '[Service]\nExecStart=\nExecStart=-/sbin/agetty -a root --keep-baud 115200 - vt220\n' \
+        >"$system/etc/systemd/system/serial-getty@ttyS0.service.d/trial.conf"
+    echo "$dependencies" >"$system.ready"
+fi
+
+echo "== Installed and switched on, as README.md says"
+rm -rf --one-file-system "$work/root" "$work/result"
+mkdir "$work/result"
+cp -a --reflink=auto "$system" "$work/root"
+system=$work/root
+mkdir "$system/root/packages"
+cp "$work"/packages/*.deb "$system/root/packages/"
+inside 'dpkg -i /root/packages/*.deb && ostrel-demo-kiosk on' >"$work/install.log" 2>&1 ||
+    { tail -n 40 "$work/install.log" >&2; exit 1; }
+rm -r "$system/root/packages"
+# This machine's processor stands in for the set's, its memory for the graphics card's, some twenty
+# times slower: what is watched by the clock gets more time.
+sed -i 's/^\[core\]$/[core]\nuse-pixman=true/' "$system/etc/ostrel-demo-kiosk/weston.ini"
+for unit in ostrel-demo-kiosk ostrel-demo-kiosk-player; do
+    mkdir -p "$system/etc/systemd/system/$unit.service.d"
+    printf '[Service]\nWatchdogSec=40\nTimeoutStartSec=180\n' >"$system/etc/systemd/system/$unit.service.d/trial.conf"
+done
+packaging/vm_trial.py "$work" "$cuts"
