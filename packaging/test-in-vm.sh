@@ -5,25 +5,28 @@ cd "$(dirname "$(readlink -f "$0")")/.."
 
 usage() {
     cat <<TEXT
-Usage: packaging/test-in-vm.sh [--cuts N] [--work FOLDER]
+Usage: packaging/test-in-vm.sh [--kvm] [--cuts N] [--work FOLDER]
 Makes the packages of the last commit, installs them into a Debian 12 with nothing else, boots that in
 qemu, and watches its screen while it plays: keys, sticks of each file system, killed and stopped
 processes, power cuts. Leaves in FOLDER/result the table (result.md), the screenshots and a sheet of
 them, and the log of the machine's console.
+  --kvm          let the processor run the machine itself; not on every machine that has /dev/kvm
+                 that works
   --cuts N       cut the power N times during play (default: 20)
   --work FOLDER  where system, image and result lie (default: /var/tmp/ostrel-demo-vm); the system is
-                 kept for the next run, and needs 3 GB
+                 kept for the next run, and needs 6 GB
 Needs root and network, and installs what it needs itself. Without KVM it takes about an hour.
 TEXT
 }
 
-cuts=20 work=/var/tmp/ostrel-demo-vm
+kvm=() cuts=20 work=/var/tmp/ostrel-demo-vm
 while [ $# -gt 0 ]; do
     case $1 in
         --cuts | --work)
             [ $# -ge 2 ] || { usage >&2; exit 2; }
             if [ "$1" = --cuts ]; then cuts=$2; else work=$2; fi
             shift ;;
+        --kvm) kvm=(--kvm) ;;
         -h | --help) usage; exit 0 ;;
         *) usage >&2; exit 2 ;;
     esac
@@ -91,4 +94,4 @@ for unit in ostrel-demo-kiosk ostrel-demo-kiosk-player; do
     mkdir -p "$system/etc/systemd/system/$unit.service.d"
     printf '[Service]\nWatchdogSec=40\nTimeoutStartSec=180\n' >"$system/etc/systemd/system/$unit.service.d/trial.conf"
 done
-packaging/vm_trial.py "$work" "$cuts"
+packaging/vm_trial.py "${kvm[@]}" "$work" "$cuts"
