@@ -111,7 +111,7 @@ class Machine:
 
     def log_in(self):
         self.read(rb"root@", 0, 600)
-        self.run("stty -echo cols 4000; export TERM=dumb PAGER=cat")
+        self.run("stty -echo cols 4000; bind 'set enable-bracketed-paste off'; export TERM=dumb PAGER=cat PS1=")
 
     def uptime(self):
         """Seconds that have passed in the machine since its kernel began."""
@@ -281,11 +281,11 @@ def fill_sticks(trial):
     """As staff would on another computer; the machine is the only one here that writes each kind."""
     machine = trial.machine
     # The kiosk would mount them for reading.
-    machine.run("systemctl stop systemd-udevd-kernel.socket systemd-udevd-control.socket systemd-udevd")
+    rule = "/etc/udev/rules.d/90-ostrel-demo-kiosk.rules"
+    machine.run(f"mv {rule} /root/ && udevadm control --reload")
     for kind in STICKS:
         machine.plug(f"{machine.work}/{kind}.img")
         status, text = machine.run(
-            f"modprobe {'fuse' if kind == 'ntfs' else kind} || true; "
             f"for i in $(seq 100); do [ -b /dev/sda ] && break; sleep .2; done; "
             f"{MAKE[kind]} /dev/sda && mount -t {'ntfs-3g' if kind == 'ntfs' else kind} /dev/sda /mnt && "
             f"cp -r /root/sticks/{kind}/demo /mnt/ && umount /mnt && sync")
@@ -293,7 +293,7 @@ def fill_sticks(trial):
             raise RuntimeError(f"the {kind} stick could not be filled: {text}")
         machine.pull()
         machine.run("for i in $(seq 100); do [ -b /dev/sda ] || break; sleep .2; done")
-    machine.run("systemctl start systemd-udevd")
+    machine.run(f"mv /root/{os.path.basename(rule)} {rule} && udevadm control --reload")
 
 
 # ---- The trial ------------------------------------------------------------------------------------
