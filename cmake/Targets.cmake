@@ -21,7 +21,7 @@ function(need_package target)
   endif()
 endfunction()
 
-need_package(efl elementary ecore-evas ecore-input ecore-wl2 eldbus efreet)
+need_package(efl elementary ecore-evas ecore-input ecore-wl2 efreet)
 
 # Another compiler, a set's or the one for fuzzing, may warn of what ours does not, and that must not be
 # in its way.

@@ -1,11 +1,7 @@
 #include "player_connection.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <functional>
-#include <memory>
-
-#include <Ecore.h>
 
 #include "bus/bus_connection.h"
 #include "bus/bus_names.h"
@@ -16,27 +12,10 @@ namespace tvctl {
 namespace {
 
 // A player that is reading a slow stick answers late; one that hangs never does.
-constexpr double LONGEST_CALL_MS = 5000.0;
+constexpr double LONGEST_CALL_S = 5.0;
 
-using Append = std::function<void(Eldbus_Message *)>;
-using Take = std::function<void(const Eldbus_Message *)>;
-
-class EcoreLibrary {
-  public:
-    EcoreLibrary()
-    {
-        // Modules that follow the machine's batteries and name; they ask the system bus, loudly.
-        setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
-        ecore_init();
-        // The toolkit takes every error reply for a mistake of the program's; here it is an answer
-        // that is told in the tool's own words.
-        eina_log_domain_level_set("eldbus", -1);
-        eina_log_domain_level_set("eina_safety", -1);
-    }
-    ~EcoreLibrary() { ecore_shutdown(); }
-    EcoreLibrary(const EcoreLibrary &) = delete;
-    EcoreLibrary &operator=(const EcoreLibrary &) = delete;
-};
+using Append = std::function<void(sd_bus_message *)>;
+using Take = std::function<void(sd_bus_message *)>;
 
 int no_player(const char *reason)
 {
@@ -44,40 +23,37 @@ int no_player(const char *reason)
     return EXIT_NO_PLAYER;
 }
 
-int explain(const std::string &name, const std::string &text)
+int explain(const sd_bus_error &error)
 {
-    const std::string prefix = "org.freedesktop.DBus.Error.";
-    if (name == prefix + "ServiceUnknown" || name == prefix + "NameHasNoOwner")
+    if (sd_bus_error_has_names(&error, SD_BUS_ERROR_SERVICE_UNKNOWN,
+                               SD_BUS_ERROR_NAME_HAS_NO_OWNER))
         return no_player("no player is running in this login");
-    if (name == prefix + "NoReply" || name == prefix + "Timeout" || name.empty())
+    if (sd_bus_error_has_names(&error, SD_BUS_ERROR_NO_REPLY, SD_BUS_ERROR_TIMEOUT))
         return refuse("the player does not answer");
-    return refuse(text.empty() ? name : text);
+    return refuse(error.message != nullptr ? error.message : error.name);
 }
 
 int call(const char *interface, const char *operation, const Append &append, const Take &take)
 {
-    const EcoreLibrary ecore;
-    const platform::BusConnectionPtr bus = platform::connect_session_bus();
+    const platform::BusPtr bus = platform::connect_session_bus();
     if (!bus)
         return no_player("there is no session bus to find a player on");
-    const platform::BusProxy player(bus.get(), platform::BUS_NAME, platform::BUS_OBJECT, interface);
-    if (!player)
+    platform::BusMessagePtr message;
+    if (sd_bus_message_new_method_call(bus.get(), platform::BusOutput(message), platform::BUS_NAME,
+                                       platform::BUS_OBJECT, interface, operation) < 0)
         return refuse("out of memory");
-    Eldbus_Message *message = eldbus_proxy_method_call_new(player.get(), operation);
-    append(message);
-    const platform::BusMessagePtr reply(
-        eldbus_proxy_send_and_block(player.get(), message, LONGEST_CALL_MS));
-    const char *name = nullptr;
-    const char *text = nullptr;
+    append(message.get());
+    const platform::BusMessagePtr reply =
+        platform::call_and_wait(bus.get(), message.get(), LONGEST_CALL_S);
     if (!reply)
-        return explain({}, {});
-    if (eldbus_message_error_get(reply.get(), &name, &text))
-        return explain(name != nullptr ? name : "", text != nullptr ? text : "");
+        return refuse("the player does not answer");
+    if (const sd_bus_error *error = sd_bus_message_get_error(reply.get()))
+        return explain(*error);
     take(reply.get());
     return EXIT_DONE;
 }
 
-void ignore(const Eldbus_Message *) {}
+void ignore(sd_bus_message *) {}
 
 } // namespace
 
@@ -89,13 +65,12 @@ int call_control(const char *operation, const std::string &text)
 
 int ask_control(const char *operation, const std::string &text, std::string &result)
 {
-    const Append append = [&](Eldbus_Message *message) {
-        eldbus_message_arguments_append(message, "s", text.c_str());
+    const Append append = [&](sd_bus_message *message) {
+        sd_bus_message_append_basic(message, 's', text.c_str());
     };
-    const Take take = [&](const Eldbus_Message *reply) {
+    const Take take = [&](sd_bus_message *reply) {
         const char *answer = nullptr;
-        if (*eldbus_message_signature_get(reply) != '\0' &&
-            eldbus_message_arguments_get(reply, "s", &answer) && answer != nullptr)
+        if (sd_bus_message_read_basic(reply, 's', &answer) > 0)
             result = answer;
     };
     return call(platform::BUS_CONTROL_INTERFACE, operation, append, take);
@@ -103,15 +78,15 @@ int ask_control(const char *operation, const std::string &text, std::string &res
 
 int call_control(const char *operation, const Bytes &bytes)
 {
-    const Append append = [&](Eldbus_Message *message) {
-        platform::append_bytes(eldbus_message_iter_get(message), bytes.value);
+    const Append append = [&](sd_bus_message *message) {
+        platform::append_bytes(message, bytes.value);
     };
     return call(platform::BUS_CONTROL_INTERFACE, operation, append, ignore);
 }
 
 int call_launch(const platform::Extras &extras)
 {
-    const Append append = [&](Eldbus_Message *message) {
+    const Append append = [&](sd_bus_message *message) {
         platform::append_extras(message, extras);
     };
     return call(platform::BUS_APPLICATION_INTERFACE, "Launch", append, ignore);

@@ -90,7 +90,7 @@ int Application::launch(const Extras &extras)
 {
     SingleInstance::Listener listener;
     listener.launch = [this](Extras handed) { return take_launch_request(std::move(handed)); };
-    listener.bus = [this](Eldbus_Connection *connection) { be_controlled_by(connection); };
+    listener.bus = [this](sd_bus *bus) { be_controlled_by(bus); };
     listener.superseded = [this] { quit(); };
     instance_ = std::make_unique<SingleInstance>(std::move(listener));
     switch (instance_->claim(extras)) {
@@ -151,10 +151,10 @@ bool Application::start_services()
     return true;
 }
 
-void Application::be_controlled_by(Eldbus_Connection *connection)
+void Application::be_controlled_by(sd_bus *bus)
 {
-    if (connection)
-        control_start(connection,
+    if (bus)
+        control_start(bus,
                       {[this] { return first_launch_; }, [this] { announce_language_change(); }});
     else
         control_stop();

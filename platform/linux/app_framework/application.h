@@ -10,6 +10,7 @@
 #include <vector>
 
 #include <Ecore.h>
+#include <systemd/sd-bus.h>
 
 #include "app_framework.h"
 #include "base/toolkit_handles.h"
@@ -62,7 +63,7 @@ class Application {
 
     int launch(const Extras &extras);
     bool start_services();
-    void be_controlled_by(Eldbus_Connection *connection);
+    void be_controlled_by(sd_bus *bus);
     void stop_services();
     void follow_manager();
     void await_session();

@@ -1,6 +1,5 @@
 #include "app_framework/session_watch.h"
 
-#include <cstring>
 #include <unistd.h>
 #include <utility>
 
@@ -12,60 +11,54 @@ namespace platform {
 namespace {
 
 constexpr char SERVICE[] = "app_framework";
-constexpr char ACTIVE[] = "Active";
+constexpr char PROPERTIES[] = "org.freedesktop.DBus.Properties";
 
 } // namespace
 
 SessionWatch::SessionWatch(std::function<void(bool)> on_change)
-    : on_change_(std::move(on_change)), connection_(connect_system_bus())
+    : on_change_(std::move(on_change)), bus_(connect_system_bus())
 {
-    if (!connection_)
+    if (!bus_)
         return;
-    manager_ = BusProxy(connection_.get(), LOGIND, LOGIND_PATH, LOGIND_MANAGER);
-    if (manager_)
-        pending_.reset(eldbus_proxy_call(manager_.get(), "GetSessionByPID", on_session, this, -1,
-                                         "u", static_cast<unsigned int>(getpid())));
-}
-
-void SessionWatch::on_session(void *data, const Eldbus_Message *reply, Eldbus_Pending * /*pending*/)
-{
-    auto *self = static_cast<SessionWatch *>(data);
-    static_cast<void>(self->pending_.release()); // it goes by itself
-    const char *path = nullptr;
-    if (!eldbus_message_error_get(reply, nullptr, nullptr) &&
-        eldbus_message_arguments_get(reply, "o", &path))
-        self->follow(path);
+    loop_.emplace(bus_.get());
+    const auto found = [](sd_bus_message *reply, void *data, sd_bus_error *) {
+        const char *path = nullptr;
+        if (sd_bus_message_read(reply, "o", &path) > 0)
+            static_cast<SessionWatch *>(data)->follow(path);
+        return 1;
+    };
+    sd_bus_call_method_async(bus_.get(), BusOutput(pending_), LOGIND, LOGIND_PATH, LOGIND_MANAGER,
+                             "GetSessionByPID", found, this, "u", static_cast<uint32_t>(getpid()));
 }
 
 void SessionWatch::follow(const char *path)
 {
-    session_ = BusProxy(connection_.get(), LOGIND, path, LOGIND_SESSION);
-    if (!session_)
-        return;
-    eldbus_proxy_event_callback_add(session_.get(), ELDBUS_PROXY_EVENT_PROPERTY_CHANGED,
-                                    on_property, this);
-    eldbus_proxy_event_callback_add(session_.get(), ELDBUS_PROXY_EVENT_PROPERTY_LOADED, on_loaded,
-                                    this);
-    eldbus_proxy_properties_monitor(session_.get(), EINA_TRUE);
+    session_ = path;
+    const auto changed = [](sd_bus_message *, void *data, sd_bus_error *) {
+        static_cast<SessionWatch *>(data)->ask();
+        return 0;
+    };
+    sd_bus_match_signal_async(bus_.get(), BusOutput(changes_), LOGIND, path, PROPERTIES,
+                              "PropertiesChanged", changed, nullptr, this);
+    // What the session is already is told by no change.
+    ask();
 }
 
-void SessionWatch::on_property(void *data, Eldbus_Proxy * /*proxy*/, void *event)
+void SessionWatch::ask()
 {
-    const auto *changed = static_cast<const Eldbus_Proxy_Event_Property_Changed *>(event);
-    if (std::strcmp(changed->name, ACTIVE) == 0)
-        static_cast<SessionWatch *>(data)->take(changed->value);
+    const auto told = [](sd_bus_message *reply, void *data, sd_bus_error *) {
+        int active = 0;
+        if (sd_bus_message_read(reply, "v", "b", &active) > 0)
+            static_cast<SessionWatch *>(data)->take(active != 0);
+        return 1;
+    };
+    sd_bus_call_method_async(bus_.get(), BusOutput(pending_), LOGIND, session_.c_str(), PROPERTIES,
+                             "Get", told, this, "ss", LOGIND_SESSION, "Active");
 }
 
-// What the session was when its properties were asked for is told by no change.
-void SessionWatch::on_loaded(void *data, Eldbus_Proxy *proxy, void * /*event*/)
+void SessionWatch::take(bool active)
 {
-    static_cast<SessionWatch *>(data)->take(eldbus_proxy_property_local_get(proxy, ACTIVE));
-}
-
-void SessionWatch::take(const Eina_Value *value)
-{
-    Eina_Bool active = EINA_TRUE;
-    if (!value || !eina_value_get(value, &active) || active == active_)
+    if (active == active_)
         return;
     active_ = active;
     PLATFORM_LOGI(SERVICE, "the session %s the screen", active ? "has" : "does not have");

@@ -4,9 +4,11 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "bus/bus_connection.h"
+#include "bus/bus_loop.h"
 
 namespace platform {
 
@@ -22,19 +24,17 @@ class SessionWatch {
     SessionWatch &operator=(const SessionWatch &) = delete;
 
   private:
-    static void on_session(void *data, const Eldbus_Message *reply, Eldbus_Pending *pending);
-    static void on_property(void *data, Eldbus_Proxy *proxy, void *event);
-    static void on_loaded(void *data, Eldbus_Proxy *proxy, void *event);
-
     void follow(const char *path);
-    void take(const Eina_Value *value);
+    void ask();
+    void take(bool active);
 
     std::function<void(bool)> on_change_;
-    BusConnectionPtr connection_;
-    BusProxy manager_;
-    BusProxy session_;
-    PendingCallPtr pending_;
-    Eina_Bool active_ = EINA_TRUE;
+    BusPtr bus_;
+    std::optional<BusLoop> loop_;
+    std::string session_;
+    BusSlotPtr changes_;
+    BusSlotPtr pending_;
+    bool active_ = true;
 };
 
 } // namespace platform

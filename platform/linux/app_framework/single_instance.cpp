@@ -1,6 +1,5 @@
 #include "app_framework/single_instance.h"
 
-#include <optional>
 #include <utility>
 
 #include <Ecore.h>
@@ -13,49 +12,37 @@ namespace platform {
 namespace {
 
 constexpr char SERVICE[] = "app_framework";
-constexpr char INSTANCE_KEY[] = "instance";
-constexpr char INVALID_ARGUMENTS[] = "org.freedesktop.DBus.Error.InvalidArgs";
 
 // A player that is still scanning a slow stick answers late; one that hangs never does.
 constexpr double LONGEST_HANDOVER_S = 10.0;
-constexpr double BUS_CALL_S = 5.0;
 // How often a player that ends at that very moment is followed by the next one.
 constexpr int MOST_ATTEMPTS = 5;
-// A bus that was restarted is back within a moment; to look for one costs a system call.
-constexpr double BUS_SEARCH_INTERVAL_S = 5.0;
+
+// What the bus says to who asks for a name.
+enum RequestNameReply : uint32_t { PRIMARY_OWNER = 1, ALREADY_OWNER = 4 };
 
 } // namespace
 
-SingleInstance::SingleInstance(Listener listener) : listener_(std::move(listener))
+SingleInstance::SingleInstance(Listener listener, double patience_s)
+    : listener_(std::move(listener)), patience_s_(patience_s)
 {
-    join();
-}
-
-SingleInstance::~SingleInstance()
-{
-    leave();
 }
 
 SingleInstance::Outcome SingleInstance::claim(const Extras &extras)
 {
-    if (!connection_) {
-        PLATFORM_LOGW(SERVICE, "no session bus: starting alone, out of reach of later starts and "
-                               "of the control tool");
-        look_for_bus();
-        return Outcome::Alone;
-    }
+    if (!join())
+        return alone("no session bus: starting alone, out of reach of later starts and of the "
+                     "control tool");
     const double deadline = ecore_time_get() + LONGEST_HANDOVER_S;
     for (int attempt = 0; attempt < MOST_ATTEMPTS && ecore_time_get() < deadline; ++attempt) {
-        switch (own_name()) {
-        case Name::Owned:
+        ask_for_name();
+        serve_until(bus_.get(), patience_s_, [this] { return name_ != Name::Asked; });
+        if (name_ == Name::Owned) {
+            follow_bus();
             return Outcome::First;
-        case Name::Unavailable:
-            PLATFORM_LOGW(SERVICE, "the session bus gives no name to this player");
-            look_for_bus();
-            return Outcome::Alone;
-        case Name::Taken:
-            break;
         }
+        if (name_ != Name::Taken)
+            return alone("the session bus gives no name to this player");
         if (hand_over(extras, deadline - ecore_time_get())) {
             PLATFORM_LOGI(SERVICE, "the running player took the launch request");
             return Outcome::HandedOver;
@@ -66,131 +53,127 @@ SingleInstance::Outcome SingleInstance::claim(const Extras &extras)
     return Outcome::Failed;
 }
 
-/** Connects, where there is a bus, and puts the object there that later starts look for. */
-void SingleInstance::join()
+SingleInstance::Outcome SingleInstance::alone(const char *reason)
 {
-    static const Eldbus_Arg_Info launch_arguments[] = {{"a{say}", "extras"}, {nullptr, nullptr}};
-    static const Eldbus_Method methods[] = {
-        {"Launch", launch_arguments, nullptr, on_launch_call, 0},
-        {nullptr, nullptr, nullptr, nullptr, 0},
-    };
-    static const Eldbus_Service_Interface_Desc description = {
-        BUS_APPLICATION_INTERFACE, methods, nullptr, nullptr, nullptr, nullptr};
-    connection_ = connect_session_bus();
-    if (!connection_)
-        return;
-    eldbus_connection_event_callback_add(connection_.get(), ELDBUS_CONNECTION_EVENT_DISCONNECTED,
-                                         on_disconnected, this);
-    interface_.reset(
-        eldbus_service_interface_register(connection_.get(), BUS_OBJECT, &description));
-    if (interface_)
-        eldbus_service_object_data_set(interface_.get(), INSTANCE_KEY, this);
-    else
+    PLATFORM_LOGW(SERVICE, "%s", reason);
+    follow_bus();
+    look_for_bus();
+    return Outcome::Alone;
+}
+
+/** Connects, where there is a bus, and puts the object there that later starts look for. */
+bool SingleInstance::join()
+{
+    // As in the control service, anybody on the bus may call.
+    static const sd_bus_vtable methods[] = {
+        SD_BUS_VTABLE_START(0),
+        SD_BUS_METHOD_WITH_ARGS("Launch", SD_BUS_ARGS("a{say}", extras), SD_BUS_NO_RESULT,
+                                on_launch_call, SD_BUS_VTABLE_UNPRIVILEGED),
+        SD_BUS_VTABLE_END};
+    bus_ = connect_session_bus();
+    if (bus_ && sd_bus_add_object_vtable(bus_.get(), BusOutput(object_), BUS_OBJECT,
+                                         BUS_APPLICATION_INTERFACE, methods, this) < 0)
         leave();
+    // However late a name is given, it is.
+    if (bus_)
+        sd_bus_set_method_call_timeout(bus_.get(), UINT64_MAX);
+    return bus_ != nullptr;
 }
 
 void SingleInstance::leave()
 {
-    lost_.reset();
-    interface_.reset();
-    if (connection_)
-        eldbus_connection_event_callback_del(
-            connection_.get(), ELDBUS_CONNECTION_EVENT_DISCONNECTED, on_disconnected, this);
-    connection_.reset();
+    loop_.reset();
+    request_.reset();
+    name_ = Name::Unavailable;
+    object_.reset();
+    bus_.reset();
 }
 
-// The bus library is still at work on the connection; it can be let go of afterwards.
-void SingleInstance::on_disconnected(void *data, Eldbus_Connection * /*connection*/,
-                                     void * /*event*/)
+/** From here on nothing is waited for. */
+void SingleInstance::follow_bus()
 {
-    auto *self = static_cast<SingleInstance *>(data);
-    PLATFORM_LOGW(SERVICE, "the session bus went away: no requests from outside until it is back");
-    self->lost_.reset(ecore_job_add(
-        [](void *instance) {
-            auto *loser = static_cast<SingleInstance *>(instance);
-            static_cast<void>(loser->lost_.release()); // it goes by itself
-            loser->listener_.bus(nullptr);
-            loser->leave();
-            loser->look_for_bus();
-        },
-        self));
+    if (bus_)
+        loop_.emplace(bus_.get(), [this] {
+            if (name_ == Name::Owned)
+                PLATFORM_LOGW(SERVICE, "the session bus went away: no requests from outside until "
+                                       "it is back");
+            listener_.bus(nullptr);
+            leave();
+            look_for_bus();
+        });
 }
 
 void SingleInstance::look_for_bus()
 {
     search_.reset(ecore_timer_add(
-        BUS_SEARCH_INTERVAL_S,
+        patience_s_,
         [](void *data) -> Eina_Bool {
-            static_cast<SingleInstance *>(data)->rejoin();
+            auto *self = static_cast<SingleInstance *>(data);
+            if (!self->bus_ && self->join())
+                self->follow_bus();
+            if (self->bus_ && self->name_ != Name::Asked)
+                self->ask_for_name();
             return ECORE_CALLBACK_RENEW;
         },
         this));
 }
 
-/** A player that has come to the bus meanwhile is the session's, and one is enough. */
-void SingleInstance::rejoin()
+void SingleInstance::ask_for_name()
 {
-    if (!connection_)
-        join();
-    if (!connection_)
-        return;
-    switch (own_name()) {
-    case Name::Owned:
-        search_.reset();
-        PLATFORM_LOGI(SERVICE, "the session bus is there: requests from outside are taken");
-        listener_.bus(connection_.get());
-        break;
-    case Name::Taken:
-        search_.reset();
-        PLATFORM_LOGW(SERVICE, "another player has taken this one's place meanwhile");
-        listener_.superseded();
-        break;
-    case Name::Unavailable:
-        break;
-    }
+    const auto told = [](sd_bus_message *reply, void *data, sd_bus_error *) {
+        auto *self = static_cast<SingleInstance *>(data);
+        uint32_t result = 0;
+        if (sd_bus_message_read(reply, "u", &result) <= 0)
+            self->name_ = Name::Unavailable;
+        else
+            self->name_ =
+                result == PRIMARY_OWNER || result == ALREADY_OWNER ? Name::Owned : Name::Taken;
+        // During claim() it is that which waits for this.
+        if (self->loop_)
+            self->name_told();
+        return 1;
+    };
+    const int asked = sd_bus_request_name_async(bus_.get(), BusOutput(request_), BUS_NAME, 0, told,
+                                                this); // 0: this one does not queue for it
+    name_ = asked < 0 ? Name::Unavailable : Name::Asked;
 }
 
-SingleInstance::Name SingleInstance::own_name()
+/** A player that has come to the bus meanwhile is the session's, and one is enough. */
+void SingleInstance::name_told()
 {
-    const BusProxy bus(connection_.get(), ELDBUS_FDO_BUS, ELDBUS_FDO_PATH, ELDBUS_FDO_INTERFACE);
-    if (!bus)
-        return Name::Unavailable;
-    Eldbus_Message *call = eldbus_proxy_method_call_new(bus.get(), "RequestName");
-    eldbus_message_arguments_append(
-        call, "su", BUS_NAME, static_cast<unsigned int>(ELDBUS_NAME_REQUEST_FLAG_DO_NOT_QUEUE));
-    const BusMessagePtr reply = call_and_wait(bus, call, BUS_CALL_S);
-    unsigned int result = 0;
-    if (!reply || !eldbus_message_arguments_get(reply.get(), "u", &result))
-        return Name::Unavailable;
-    return result == ELDBUS_NAME_REQUEST_REPLY_PRIMARY_OWNER ||
-                   result == ELDBUS_NAME_REQUEST_REPLY_ALREADY_OWNER
-               ? Name::Owned
-               : Name::Taken;
+    if (name_ == Name::Unavailable)
+        return;
+    search_.reset();
+    if (name_ == Name::Owned) {
+        PLATFORM_LOGI(SERVICE, "the session bus is there: requests from outside are taken");
+        listener_.bus(bus_.get());
+    } else {
+        PLATFORM_LOGW(SERVICE, "another player has taken this one's place meanwhile");
+        listener_.superseded();
+    }
 }
 
 bool SingleInstance::hand_over(const Extras &extras, double timeout_s)
 {
-    const BusProxy owner(connection_.get(), BUS_NAME, BUS_OBJECT, BUS_APPLICATION_INTERFACE);
-    if (!owner)
+    BusMessagePtr call;
+    if (sd_bus_message_new_method_call(bus_.get(), BusOutput(call), BUS_NAME, BUS_OBJECT,
+                                       BUS_APPLICATION_INTERFACE, "Launch") < 0)
         return false;
-    Eldbus_Message *call = eldbus_proxy_method_call_new(owner.get(), "Launch");
-    append_extras(call, extras);
-    return call_and_wait(owner, call, timeout_s) != nullptr;
+    append_extras(call.get(), extras);
+    const BusMessagePtr reply = call_and_wait(bus_.get(), call.get(), timeout_s);
+    return reply && !sd_bus_message_is_method_error(reply.get(), nullptr);
 }
 
-Eldbus_Message *SingleInstance::on_launch_call(const Eldbus_Service_Interface *interface,
-                                               const Eldbus_Message *message)
+int SingleInstance::on_launch_call(sd_bus_message *call, void *self, sd_bus_error *error)
 {
-    auto *self =
-        static_cast<SingleInstance *>(eldbus_service_object_data_get(interface, INSTANCE_KEY));
-    std::optional<Extras> extras = extras_of(message);
+    std::optional<Extras> extras = read_extras(call);
     if (!extras)
-        return eldbus_message_error_new(message, INVALID_ARGUMENTS,
-                                        "values of extras hold no null byte");
+        return sd_bus_error_set_const(error, SD_BUS_ERROR_INVALID_ARGS,
+                                      "values of extras hold no null byte");
     // Without an answer the caller waits until this process leaves the bus.
-    if (!self->listener_.launch(std::move(*extras)))
-        return nullptr;
-    return eldbus_message_method_return_new(message);
+    if (!static_cast<SingleInstance *>(self)->listener_.launch(std::move(*extras)))
+        return 1;
+    return sd_bus_reply_method_return(call, nullptr);
 }
 
 } // namespace platform

@@ -5,9 +5,11 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 
 #include "base/toolkit_handles.h"
 #include "bus/bus_connection.h"
+#include "bus/bus_loop.h"
 #include "launch/launch_request.h"
 
 namespace platform {
@@ -16,7 +18,7 @@ class SingleInstance {
   public:
     enum class Outcome {
         First,      ///< this is the session's player now
-        Alone,      ///< there is no bus to find another one by
+        Alone,      ///< there is no bus to find another one by, or it has not answered yet
         HandedOver, ///< the running player took the request
         Failed,     ///< a player runs but does not answer; logged
     };
@@ -28,45 +30,52 @@ class SingleInstance {
          */
         std::function<bool(Extras)> launch;
         /** After claim(): the session bus has gone, null, or is there and this is its player. */
-        std::function<void(Eldbus_Connection *connection)> bus;
+        std::function<void(sd_bus *bus)> bus;
         /** While this player was without a bus another one has become the session's. */
         std::function<void()> superseded;
     };
 
-    explicit SingleInstance(Listener listener);
-    ~SingleInstance();
+    /**
+     * @param patience_s how long the start waits for the bus to give it a name, and how often a
+     *                   player without a bus looks for one, which costs a system call: a bus that
+     *                   is restarted is back within a moment
+     */
+    explicit SingleInstance(Listener listener, double patience_s = 5.0);
     SingleInstance(const SingleInstance &) = delete;
     SingleInstance &operator=(const SingleInstance &) = delete;
 
     /**
-     * Becomes the session's player or hands the request over. Blocks, at most ten seconds. A player
-     * without a bus, from the start or later, looks for it from time to time.
+     * Becomes the session's player or hands the request over. Blocks, at most ten seconds and the
+     * patience; nothing later does. A player without a bus, from the start or later, looks for it
+     * from time to time, and one whose bus has not answered goes on waiting for the answer.
      */
     Outcome claim(const Extras &extras);
 
     /** The session bus, or null. */
-    Eldbus_Connection *connection() const { return connection_.get(); }
+    sd_bus *connection() const { return bus_.get(); }
 
   private:
-    enum class Name { Owned, Taken, Unavailable };
+    enum class Name { Asked, Owned, Taken, Unavailable };
 
-    static Eldbus_Message *on_launch_call(const Eldbus_Service_Interface *interface,
-                                          const Eldbus_Message *message);
+    static int on_launch_call(sd_bus_message *call, void *self, sd_bus_error *error);
 
-    static void on_disconnected(void *data, Eldbus_Connection *connection, void *event);
-
-    void join();
+    bool join();
     void leave();
     void look_for_bus();
-    void rejoin();
-    Name own_name();
+    void ask_for_name();
+    void follow_bus();
+    void name_told();
+    Outcome alone(const char *reason);
     bool hand_over(const Extras &extras, double timeout_s);
 
     const Listener listener_;
-    BusConnectionPtr connection_;
-    ServiceInterfacePtr interface_;
-    JobPtr lost_;
+    const double patience_s_;
     TimerPtr search_;
+    BusPtr bus_;
+    BusSlotPtr object_;
+    BusSlotPtr request_;
+    Name name_ = Name::Unavailable;
+    std::optional<BusLoop> loop_;
 };
 
 } // namespace platform

@@ -23,6 +23,7 @@ template <auto END> struct HandleEnd {
 using TimerPtr = std::unique_ptr<Ecore_Timer, HandleEnd<ecore_timer_del>>;
 using JobPtr = std::unique_ptr<Ecore_Job, HandleEnd<ecore_job_del>>;
 using IdlerPtr = std::unique_ptr<Ecore_Idler, HandleEnd<ecore_idler_del>>;
+using IdleEntererPtr = std::unique_ptr<Ecore_Idle_Enterer, HandleEnd<ecore_idle_enterer_del>>;
 using EventHandlerPtr = std::unique_ptr<Ecore_Event_Handler, HandleEnd<ecore_event_handler_del>>;
 using FdHandlerPtr = std::unique_ptr<Ecore_Fd_Handler, HandleEnd<ecore_main_fd_handler_del>>;
 using IteratorPtr = std::unique_ptr<Eina_Iterator, HandleEnd<eina_iterator_free>>;

@@ -1,74 +1,69 @@
 /**
- * Connections to the message buses, shared by the services that talk D-Bus. A machine without a bus
- * is an ordinary case here: the answer is null and nothing is logged, so that each service decides
- * what that means to it. Main-loop thread only.
+ * Connections to the message buses, over libsystemd's sd-bus: what owns its handles, and how to
+ * wait for an answer where there is no main loop. A machine without a bus is an ordinary case here:
+ * the answer is null and nothing is logged, so that each service decides what that means to it. A
+ * connection belongs to one thread; the player's belong to the main loop's (bus_loop.h).
  */
 #pragma once
 
 #include <functional>
 #include <memory>
-#include <string>
 
-#include <Eldbus.h>
+#include <systemd/sd-bus.h>
 
 #include "base/toolkit_handles.h"
 
 namespace platform {
 
-struct BusConnectionDeleter {
-    void operator()(Eldbus_Connection *connection) const;
-};
-
-/** Holds Eldbus as a whole as well, so it must go before Ecore is shut down. */
-using BusConnectionPtr = std::unique_ptr<Eldbus_Connection, BusConnectionDeleter>;
+/** Ends the connection as it stands: what the bus has not taken by then is lost. */
+using BusPtr = std::unique_ptr<sd_bus, HandleEnd<sd_bus_close_unref>>;
+using BusMessagePtr = std::unique_ptr<sd_bus_message, HandleEnd<sd_bus_message_unref>>;
 
 /**
- * The bus of the login session. A bus that goes away later takes nothing along with it.
- *
- * @return null when there is none; one is never launched for the purpose
+ * A call that waits for its answer, a signal that is listened to, or an object that is offered. Its
+ * end takes the callback back, which is not called for it.
  */
-BusConnectionPtr connect_session_bus();
+using BusSlotPtr = std::unique_ptr<sd_bus_slot, HandleEnd<sd_bus_slot_unref>>;
 
-/** The machine's bus; null as above. */
-BusConnectionPtr connect_system_bus();
-
-using BusMessagePtr = std::unique_ptr<Eldbus_Message, HandleEnd<eldbus_message_unref>>;
-using SignalHandlerPtr =
-    std::unique_ptr<Eldbus_Signal_Handler, HandleEnd<eldbus_signal_handler_del>>;
-using ServiceInterfacePtr =
-    std::unique_ptr<Eldbus_Service_Interface, HandleEnd<eldbus_service_interface_unregister>>;
-
-/**
- * A call that waits for its answer. Its end makes the callback one last time, with an error. A call
- * is gone after its callback, which lets go of the owner with release().
- */
-using PendingCallPtr = std::unique_ptr<Eldbus_Pending, HandleEnd<eldbus_pending_cancel>>;
-
-/** An object of another process and one interface of it; releases both together. */
-class BusProxy {
+/** An owner for what a function of sd-bus leaves in `handle`, such as BusSlotPtr. */
+template <typename Owner> class BusOutput {
   public:
-    BusProxy() = default;
-    BusProxy(Eldbus_Connection *connection, const char *name, const char *path,
-             const char *interface);
-    ~BusProxy();
-    BusProxy(BusProxy &&other) noexcept;
-    BusProxy &operator=(BusProxy &&other) noexcept;
-
-    Eldbus_Proxy *get() const { return proxy_; }
-    explicit operator bool() const { return proxy_ != nullptr; }
+    explicit BusOutput(Owner &owner) : owner_(owner) {}
+    ~BusOutput() { owner_.reset(handle_); }
+    BusOutput(const BusOutput &) = delete;
+    BusOutput &operator=(const BusOutput &) = delete;
+    operator typename Owner::pointer *() { return &handle_; }
 
   private:
-    Eldbus_Object *object_ = nullptr;
-    Eldbus_Proxy *proxy_ = nullptr;
+    Owner &owner_;
+    typename Owner::pointer handle_ = nullptr;
 };
 
 /**
- * Calls a method and waits for its reply. A failure is an ordinary outcome here and not logged.
+ * The bus of the login session, as sd_bus_open_user(3) finds it. Nothing is waited for: the bus may
+ * still turn this process away, or never answer.
  *
- * @param call      the call, which this function consumes
- * @param timeout_s how long to wait at most
- * @return the reply, or null when there was none, an error, or no time left
+ * @return null when nobody listens there; a bus is never launched for the purpose
  */
-BusMessagePtr call_and_wait(const BusProxy &proxy, Eldbus_Message *call, double timeout_s);
+BusPtr connect_session_bus();
+
+/** The machine's bus; as above. */
+BusPtr connect_system_bus();
+
+/**
+ * Handles what comes over a connection, and sends, until a condition holds: for a program that has
+ * no main loop, or has not begun it.
+ *
+ * @param done asked between two messages
+ * @return whether it held before the time was up or the connection ended
+ */
+bool serve_until(sd_bus *bus, double timeout_s, const std::function<bool()> &done);
+
+/**
+ * Makes a call and waits for its reply; what else comes meanwhile is handled.
+ *
+ * @return the reply, which may be an error; null when none came in time
+ */
+BusMessagePtr call_and_wait(sd_bus *bus, sd_bus_message *call, double timeout_s);
 
 } // namespace platform

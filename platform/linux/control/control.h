@@ -8,7 +8,7 @@
 #include <ctime>
 #include <functional>
 
-#include <Eldbus.h>
+#include <systemd/sd-bus.h>
 
 #include "control/storage_facts.h"
 
@@ -25,12 +25,12 @@ struct ControlledApplication {
 /**
  * Registers the control interface at BUS_OBJECT.
  *
- * @param connection  the session bus; stays the caller's and must outlive the service
+ * @param bus         the session bus; stays the caller's and must outlive the service
  * @param application both functions have to be there
  * @param read        what asks the storage, in a thread
  * @return false when the interface could not be registered; the reason is logged
  */
-bool control_start(Eldbus_Connection *connection, ControlledApplication application,
+bool control_start(sd_bus *bus, ControlledApplication application,
                    StorageReader read = read_storage);
 
 /**

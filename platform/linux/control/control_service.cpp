@@ -27,13 +27,11 @@ namespace platform {
 
 namespace {
 
-constexpr char INVALID_ARGUMENTS[] = "org.freedesktop.DBus.Error.InvalidArgs";
-constexpr char LIMITS_EXCEEDED[] = "org.freedesktop.DBus.Error.LimitsExceeded";
 constexpr char REFUSED[] = "org.tizen.OstrelDemoPlayerTv.Error.Refused";
 
 /** The service while it is on the bus. */
 struct Service {
-    ServiceInterfacePtr interface;
+    BusSlotPtr object;
     ControlledApplication application;
     std::shared_ptr<StatusAnswers> status;
 };
@@ -44,23 +42,21 @@ Service &service()
     return the_one;
 }
 
-Eldbus_Message *invalid(const Eldbus_Message *call, const char *reason)
+int invalid(sd_bus_error *error, const char *reason)
 {
-    return eldbus_message_error_new(call, INVALID_ARGUMENTS, reason);
+    return sd_bus_error_set_const(error, SD_BUS_ERROR_INVALID_ARGS, reason);
 }
 
 // The one way to say no: the reason goes to the caller and, because staff may ask later, the log.
-Eldbus_Message *refuse(const Eldbus_Message *call, const std::string &reason)
+int refuse(sd_bus_message *call, sd_bus_error *error, const std::string &reason)
 {
-    PLATFORM_LOGW("control", "%s refused: %s", eldbus_message_member_get(call), reason.c_str());
-    return eldbus_message_error_new(call, REFUSED, reason.c_str());
+    PLATFORM_LOGW("control", "%s refused: %s", sd_bus_message_get_member(call), reason.c_str());
+    return sd_bus_error_set(error, REFUSED, reason.c_str());
 }
 
-// What follows may end the program, so the caller gets its answer first.
-void answer_now(const Eldbus_Service_Interface *interface, const Eldbus_Message *call)
+int done(sd_bus_message *call)
 {
-    eldbus_connection_send(eldbus_service_connection_get(interface),
-                           eldbus_message_method_return_new(call), nullptr, nullptr, -1);
+    return sd_bus_reply_method_return(call, nullptr);
 }
 
 // Letters to insert, remove or change to make one text of the other; upper case counts as lower.
@@ -80,28 +76,22 @@ size_t distance(const std::string &from, const std::string &to)
     return row.back();
 }
 
-/** The one text of a call, "s"; nothing when it has other arguments. */
-std::optional<std::string> text_argument(const Eldbus_Message *message)
+/** The one text of a call, "s". */
+std::string text_argument(sd_bus_message *call)
 {
-    const char *text = nullptr;
-    if (!eldbus_message_arguments_get(message, "s", &text) || text == nullptr)
-        return std::nullopt;
+    const char *text = "";
+    sd_bus_message_read_basic(call, 's', &text);
     return text;
 }
 
-/** The one path of a call, "ay", any bytes but null; nothing for other arguments. */
-std::optional<std::string> path_argument(const Eldbus_Message *message)
+/** The one path of a call, "ay", any bytes but null; empty unless it is an absolute one. */
+std::string path_argument(sd_bus_message *call)
 {
-    Eldbus_Message_Iter *bytes = nullptr;
-    const char *data = nullptr;
-    int size = 0;
-    if (!eldbus_message_arguments_get(message, "ay", &bytes) ||
-        !eldbus_message_iter_fixed_array_get(bytes, 'y', &data, &size) || size <= 0)
-        return std::nullopt;
-    std::string path(data, static_cast<size_t>(size));
-    if (path.find('\0') != std::string::npos)
-        return std::nullopt;
-    return path;
+    const void *bytes = nullptr;
+    size_t size = 0;
+    sd_bus_message_read_array(call, 'y', &bytes, &size);
+    std::string path(static_cast<const char *>(bytes), size);
+    return path[0] == '/' && path.find('\0') == std::string::npos ? path : std::string();
 }
 
 /** "landscape", "portrait", "landscape-reverse", "portrait-reverse" as degrees clockwise. */
@@ -138,143 +128,131 @@ std::string similar_key_name(const std::string &name)
     return best;
 }
 
-Eldbus_Message *on_key(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+int on_key(sd_bus_message *call, void *, sd_bus_error *error)
 {
-    const auto name = text_argument(call);
-    if (!name)
-        return invalid(call, "Key takes the name of a key");
-    if (!is_tv_key_name(*name)) {
-        const std::string similar = similar_key_name(*name);
-        return refuse(call, "the set has no key \"" + visible_text(*name) + "\"" +
-                                (similar.empty() ? std::string() : "; is it " + similar + "?"));
+    const std::string name = text_argument(call);
+    if (!is_tv_key_name(name)) {
+        const std::string similar = similar_key_name(name);
+        return refuse(call, error,
+                      "the set has no key \"" + visible_text(name) + "\"" +
+                          (similar.empty() ? std::string() : "; is it " + similar + "?"));
     }
-    inject_key(*name);
-    return eldbus_message_method_return_new(call);
+    inject_key(name);
+    return done(call);
 }
 
-Eldbus_Message *on_panel(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+int on_panel(sd_bus_message *call, void *, sd_bus_error *error)
 {
-    const auto name = text_argument(call);
-    const auto angle = name ? panel_angle(*name) : std::nullopt;
+    const auto angle = panel_angle(text_argument(call));
     if (!angle)
-        return invalid(call, "Panel takes landscape, portrait, landscape-reverse or "
-                             "portrait-reverse");
+        return invalid(error, "Panel takes landscape, portrait, landscape-reverse or "
+                              "portrait-reverse");
     PanelModel &panel = PanelModel::get();
     if (!panel.can_turn())
-        return refuse(call, "the set does not turn its panel; tv.conf says whether it has a "
-                            "rotator");
+        return refuse(call, error,
+                      "the set does not turn its panel; tv.conf says whether it has a rotator");
     if (panel.turning() && panel.target() != *angle)
-        return refuse(call,
+        return refuse(call, error,
                       "the panel is turning to " + std::to_string(panel.target()) + " degrees");
     const bool there = panel.turning() || panel.angle() == *angle;
     if (!there && !panel.turn_to(*angle))
-        return refuse(call, "the panel does not turn");
-    return eldbus_message_method_return_new(call);
+        return refuse(call, error, "the panel does not turn");
+    return done(call);
 }
 
-Eldbus_Message *on_power(const Eldbus_Service_Interface *interface, const Eldbus_Message *call)
+int on_power(sd_bus_message *call, void *, sd_bus_error *error)
 {
     static const std::map<std::string, PowerEvent> events = {
         {"off", PowerEvent::Off}, {"standby", PowerEvent::Standby}, {"wakeup", PowerEvent::Wakeup}};
-    const auto name = text_argument(call);
-    const auto event = name ? events.find(*name) : events.end();
+    const auto event = events.find(text_argument(call));
     if (event == events.end())
-        return invalid(call, "Power takes off, standby or wakeup");
-    answer_now(interface, call);
+        return invalid(error, "Power takes off, standby or wakeup");
+    // What follows may end the program, so the caller gets its answer first.
+    const int answered = done(call);
     PowerService::get().raise(event->second);
-    return nullptr;
+    return answered;
 }
 
-Eldbus_Message *on_language(const Eldbus_Service_Interface *interface, const Eldbus_Message *call)
+int on_language(sd_bus_message *call, void *, sd_bus_error *error)
 {
-    const auto name = text_argument(call);
-    if (!name || !set_language(*name))
-        return invalid(call, "Language takes a language and country like ko_KR");
-    answer_now(interface, call);
+    if (!set_language(text_argument(call)))
+        return invalid(error, "Language takes a language and country like ko_KR");
+    const int answered = done(call);
     service().application.announce_language_change();
-    return nullptr;
+    return answered;
 }
 
-Eldbus_Message *on_usb_add(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+int on_usb_add(sd_bus_message *call, void *, sd_bus_error *error)
 {
-    const auto path = path_argument(call);
-    if (!path || path->front() != '/')
-        return invalid(call, "UsbAdd takes an absolute path");
-    if (!usb_add(*path))
-        return refuse(call, visible_text(*path) + " is no folder");
-    return eldbus_message_method_return_new(call);
+    const std::string path = path_argument(call);
+    if (path.empty())
+        return invalid(error, "UsbAdd takes an absolute path");
+    if (!usb_add(path))
+        return refuse(call, error, visible_text(path) + " is no folder");
+    return done(call);
 }
 
-Eldbus_Message *on_usb_remove(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+int on_usb_remove(sd_bus_message *call, void *, sd_bus_error *error)
 {
-    const auto path = path_argument(call);
-    if (!path || path->front() != '/')
-        return invalid(call, "UsbRemove takes an absolute path");
-    if (!usb_remove(*path))
-        return refuse(call, "no USB storage is mounted at " + visible_text(*path));
-    return eldbus_message_method_return_new(call);
+    const std::string path = path_argument(call);
+    if (path.empty())
+        return invalid(error, "UsbRemove takes an absolute path");
+    if (!usb_remove(path))
+        return refuse(call, error, "no USB storage is mounted at " + visible_text(path));
+    return done(call);
 }
 
-Eldbus_Message *on_status(const Eldbus_Service_Interface *interface, const Eldbus_Message *call)
+int on_status(sd_bus_message *call, void *, sd_bus_error *error)
 {
-    const auto format = text_argument(call);
-    if (!format || (*format != "json" && *format != "text"))
-        return invalid(call, "Status takes the format: json or text");
-    const std::shared_ptr<const Eldbus_Message> asked(call, [](const Eldbus_Message *message) {
-        eldbus_message_unref(const_cast<Eldbus_Message *>(message));
-    });
-    eldbus_message_ref(const_cast<Eldbus_Message *>(call));
+    const std::string format = text_argument(call);
+    if (format != "json" && format != "text")
+        return invalid(error, "Status takes the format: json or text");
+    const std::shared_ptr<sd_bus_message> asked(sd_bus_message_ref(call), sd_bus_message_unref);
     const bool taken =
-        service().status->ask([connection = eldbus_service_connection_get(interface), asked,
-                               json = *format == "json"](const Status &status) {
+        service().status->ask([asked, json = format == "json"](const Status &status) {
             const std::string text =
                 json ? status_as_json(status_nodes(status)) : status_summary(status);
-            Eldbus_Message *reply = eldbus_message_method_return_new(asked.get());
-            eldbus_message_arguments_append(reply, "s", text.c_str());
-            eldbus_connection_send(connection, reply, nullptr, nullptr, -1);
+            sd_bus_reply_method_return(asked.get(), "s", text.c_str());
         });
     // Not in the log, which the next thousand would fill as well.
-    return taken ? nullptr
-                 : eldbus_message_error_new(call, LIMITS_EXCEEDED, "too many ask for the status");
+    return taken ? 1
+                 : sd_bus_error_set_const(error, SD_BUS_ERROR_LIMITS_EXCEEDED,
+                                          "too many ask for the status");
 }
 
-const Eldbus_Arg_Info KEY_ARGUMENTS[] = {{"s", "name"}, {nullptr, nullptr}};
-const Eldbus_Arg_Info PANEL_ARGUMENTS[] = {{"s", "orientation"}, {nullptr, nullptr}};
-const Eldbus_Arg_Info POWER_ARGUMENTS[] = {{"s", "event"}, {nullptr, nullptr}};
-const Eldbus_Arg_Info LANGUAGE_ARGUMENTS[] = {{"s", "language"}, {nullptr, nullptr}};
-const Eldbus_Arg_Info PATH_ARGUMENTS[] = {{"ay", "path"}, {nullptr, nullptr}};
-const Eldbus_Arg_Info FORMAT_ARGUMENTS[] = {{"s", "format"}, {nullptr, nullptr}};
-const Eldbus_Arg_Info STATUS_RESULTS[] = {{"s", "status"}, {nullptr, nullptr}};
+// Whoever is on the session bus may call: the library would ask the bus for the caller's rights.
+constexpr uint64_t ANYBODY = SD_BUS_VTABLE_UNPRIVILEGED;
 
-const Eldbus_Method METHODS[] = {
-    {"Key", KEY_ARGUMENTS, nullptr, on_key, 0},
-    {"Panel", PANEL_ARGUMENTS, nullptr, on_panel, 0},
-    {"Power", POWER_ARGUMENTS, nullptr, on_power, 0},
-    {"Language", LANGUAGE_ARGUMENTS, nullptr, on_language, 0},
-    {"UsbAdd", PATH_ARGUMENTS, nullptr, on_usb_add, 0},
-    {"UsbRemove", PATH_ARGUMENTS, nullptr, on_usb_remove, 0},
-    {"Status", FORMAT_ARGUMENTS, STATUS_RESULTS, on_status, 0},
-    {nullptr, nullptr, nullptr, nullptr, 0},
-};
-
-const Eldbus_Service_Interface_Desc DESCRIPTION = {
-    BUS_CONTROL_INTERFACE, METHODS, nullptr, nullptr, nullptr, nullptr};
+const sd_bus_vtable METHODS[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD_WITH_ARGS("Key", SD_BUS_ARGS("s", name), SD_BUS_NO_RESULT, on_key, ANYBODY),
+    SD_BUS_METHOD_WITH_ARGS("Panel", SD_BUS_ARGS("s", orientation), SD_BUS_NO_RESULT, on_panel,
+                            ANYBODY),
+    SD_BUS_METHOD_WITH_ARGS("Power", SD_BUS_ARGS("s", event), SD_BUS_NO_RESULT, on_power, ANYBODY),
+    SD_BUS_METHOD_WITH_ARGS("Language", SD_BUS_ARGS("s", language), SD_BUS_NO_RESULT, on_language,
+                            ANYBODY),
+    SD_BUS_METHOD_WITH_ARGS("UsbAdd", SD_BUS_ARGS("ay", path), SD_BUS_NO_RESULT, on_usb_add,
+                            ANYBODY),
+    SD_BUS_METHOD_WITH_ARGS("UsbRemove", SD_BUS_ARGS("ay", path), SD_BUS_NO_RESULT, on_usb_remove,
+                            ANYBODY),
+    SD_BUS_METHOD_WITH_ARGS("Status", SD_BUS_ARGS("s", format), SD_BUS_RESULT("s", status),
+                            on_status, ANYBODY),
+    SD_BUS_VTABLE_END};
 
 } // namespace
 
-bool control_start(Eldbus_Connection *connection, ControlledApplication application,
-                   StorageReader read)
+bool control_start(sd_bus *bus, ControlledApplication application, StorageReader read)
 {
-    if (connection == nullptr || service().interface)
+    if (bus == nullptr || service().object)
         return false;
-    ServiceInterfacePtr interface(
-        eldbus_service_interface_register(connection, BUS_OBJECT, &DESCRIPTION));
-    if (!interface) {
+    BusSlotPtr object;
+    if (sd_bus_add_object_vtable(bus, BusOutput(object), BUS_OBJECT, BUS_CONTROL_INTERFACE, METHODS,
+                                 nullptr) < 0) {
         PLATFORM_LOGW("control", "the control interface could not be put on the session bus");
         return false;
     }
     auto status = StatusAnswers::create(std::move(read), application.first_launch);
-    service() = {std::move(interface), std::move(application), std::move(status)};
+    service() = {std::move(object), std::move(application), std::move(status)};
     return true;
 }
 

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <fcntl.h>
+
 #include "bus/bus_names.h"
 #include "log/platform_log.h"
 
@@ -18,27 +20,19 @@ constexpr double LOCK_SECONDS = 3.0;
 } // namespace
 
 LogindPower::LogindPower(std::function<void(PowerEvent)> on_event)
-    : on_event_(std::move(on_event)), connection_(connect_system_bus())
+    : on_event_(std::move(on_event)), bus_(connect_system_bus())
 {
-    if (!connection_) {
+    if (!bus_) {
         PLATFORM_LOGI(SERVICE, "no system bus: power events of the machine are not seen");
         return;
     }
-    manager_ = BusProxy(connection_.get(), LOGIND, LOGIND_PATH, LOGIND_MANAGER);
-    if (!manager_)
-        return;
-    shutdown_.reset(eldbus_proxy_signal_handler_add(
-        manager_.get(), "PrepareForShutdown",
-        [](void *data, const Eldbus_Message *message) {
-            static_cast<LogindPower *>(data)->prepare(PowerEvent::Off, message);
-        },
-        this));
-    sleep_.reset(eldbus_proxy_signal_handler_add(
-        manager_.get(), "PrepareForSleep",
-        [](void *data, const Eldbus_Message *message) {
-            static_cast<LogindPower *>(data)->prepare(PowerEvent::Standby, message);
-        },
-        this));
+    loop_.emplace(bus_.get());
+    const auto follow = [this](BusSlotPtr &slot, const char *signal, auto callback) {
+        sd_bus_match_signal_async(bus_.get(), BusOutput(slot), LOGIND, LOGIND_PATH, LOGIND_MANAGER,
+                                  signal, callback, nullptr, this);
+    };
+    follow(shutdown_, "PrepareForShutdown", on_prepare<PowerEvent::Off>);
+    follow(sleep_, "PrepareForSleep", on_prepare<PowerEvent::Standby>);
     take_delay_lock();
 }
 
@@ -46,17 +40,18 @@ void LogindPower::take_delay_lock()
 {
     if (lock_ || pending_lock_)
         return;
-    pending_lock_.reset(eldbus_proxy_call(
-        manager_.get(), "Inhibit",
-        [](void *data, const Eldbus_Message *reply, Eldbus_Pending *) {
-            auto *self = static_cast<LogindPower *>(data);
-            static_cast<void>(self->pending_lock_.release()); // it goes by itself
-            int lock = -1;
-            if (!eldbus_message_error_get(reply, nullptr, nullptr) &&
-                eldbus_message_arguments_get(reply, "h", &lock))
-                self->lock_ = Descriptor(lock);
-        },
-        this, -1, "ssss", "shutdown:sleep", "Demo player", "The demo is being ended", "delay"));
+    const auto take = [](sd_bus_message *reply, void *data, sd_bus_error *) {
+        auto *self = static_cast<LogindPower *>(data);
+        self->pending_lock_.reset();
+        int lock = -1;
+        // The message closes its own.
+        if (sd_bus_message_read(reply, "h", &lock) > 0)
+            self->lock_ = Descriptor(fcntl(lock, F_DUPFD_CLOEXEC, 0));
+        return 1;
+    };
+    sd_bus_call_method_async(bus_.get(), BusOutput(pending_lock_), LOGIND, LOGIND_PATH,
+                             LOGIND_MANAGER, "Inhibit", take, this, "ssss", "shutdown:sleep",
+                             "Demo player", "The demo is being ended", "delay");
 }
 
 void LogindPower::release_delay_lock()
@@ -80,11 +75,17 @@ void LogindPower::release_delay_lock_soon()
         this));
 }
 
-void LogindPower::prepare(PowerEvent begin, const Eldbus_Message *message)
+template <PowerEvent BEGIN>
+int LogindPower::on_prepare(sd_bus_message *signal, void *self, sd_bus_error *)
 {
-    Eina_Bool begins = EINA_FALSE;
-    if (!eldbus_message_arguments_get(message, "b", &begins))
-        return;
+    int begins = 0;
+    if (sd_bus_message_read(signal, "b", &begins) > 0)
+        static_cast<LogindPower *>(self)->prepare(BEGIN, begins != 0);
+    return 0;
+}
+
+void LogindPower::prepare(PowerEvent begin, bool begins)
+{
     if (begins) {
         PLATFORM_LOGI(SERVICE, "the machine is about to %s",
                       begin == PowerEvent::Off ? "shut down" : "sleep");

@@ -4,12 +4,12 @@
 #pragma once
 
 #include <functional>
-
-#include <Ecore.h>
+#include <optional>
 
 #include "base/descriptor.h"
 #include "base/toolkit_handles.h"
 #include "bus/bus_connection.h"
+#include "bus/bus_loop.h"
 #include "device_power/power_service.h"
 
 namespace platform {
@@ -28,16 +28,18 @@ class LogindPower {
     void take_delay_lock();
     void release_delay_lock();
     void release_delay_lock_soon();
-    void prepare(PowerEvent begin, const Eldbus_Message *message);
+    template <PowerEvent BEGIN>
+    static int on_prepare(sd_bus_message *signal, void *self, sd_bus_error *);
+    void prepare(PowerEvent begin, bool begins);
 
     std::function<void(PowerEvent)> on_event_;
-    BusConnectionPtr connection_;
-    BusProxy manager_;
-    SignalHandlerPtr shutdown_;
-    SignalHandlerPtr sleep_;
+    BusPtr bus_;
+    std::optional<BusLoop> loop_;
+    BusSlotPtr shutdown_;
+    BusSlotPtr sleep_;
     Descriptor lock_;
     TimerPtr release_timer_;
-    PendingCallPtr pending_lock_;
+    BusSlotPtr pending_lock_;
 };
 
 } // namespace platform

@@ -1,7 +1,6 @@
 #include "launch/launch_request.h"
 
 #include <array>
-#include <cstring>
 
 #include "base/utf8.h"
 #include "player_rules/launch_rules.h"
@@ -94,48 +93,45 @@ std::optional<std::string> read_launch_option(const std::vector<std::string> &ar
     return take(name, arguments[next++], extras);
 }
 
-void append_bytes(Eldbus_Message_Iter *to, const std::string &bytes)
+void append_bytes(sd_bus_message *to, const std::string &bytes)
 {
-    Eldbus_Message_Iter *array = eldbus_message_iter_container_new(to, 'a', "y");
-    eldbus_message_iter_fixed_array_append(array, 'y', bytes.data(),
-                                           static_cast<unsigned int>(bytes.size()));
-    eldbus_message_iter_container_close(to, array);
+    sd_bus_message_append_array(to, 'y', bytes.data(), bytes.size());
 }
 
-void append_extras(Eldbus_Message *call, const Extras &extras)
+void append_extras(sd_bus_message *call, const Extras &extras)
 {
-    Eldbus_Message_Iter *arguments = eldbus_message_iter_get(call);
-    Eldbus_Message_Iter *array = eldbus_message_iter_container_new(arguments, 'a', "{say}");
+    sd_bus_message_open_container(call, 'a', "{say}");
     for (const auto &[name, value] : extras) {
-        Eldbus_Message_Iter *entry = eldbus_message_iter_container_new(array, 'e', nullptr);
-        eldbus_message_iter_basic_append(entry, 's', name.c_str());
-        append_bytes(entry, value);
-        eldbus_message_iter_container_close(array, entry);
+        sd_bus_message_open_container(call, 'e', "say");
+        sd_bus_message_append_basic(call, 's', name.c_str());
+        append_bytes(call, value);
+        sd_bus_message_close_container(call);
     }
-    eldbus_message_iter_container_close(arguments, array);
+    sd_bus_message_close_container(call);
 }
 
-std::optional<Extras> extras_of(const Eldbus_Message *call)
+std::optional<Extras> read_extras(sd_bus_message *call)
 {
-    Eldbus_Message_Iter *array = nullptr;
-    if (!eldbus_message_arguments_get(call, "a{say}", &array))
+    if (sd_bus_message_enter_container(call, 'a', "{say}") < 0)
         return std::nullopt;
     Extras extras;
-    Eldbus_Message_Iter *entry = nullptr;
-    while (eldbus_message_iter_get_and_next(array, 'e', &entry)) {
+    int result = 0;
+    while ((result = sd_bus_message_enter_container(call, 'e', "say")) > 0) {
         const char *name = nullptr;
-        Eldbus_Message_Iter *bytes = nullptr;
-        if (!eldbus_message_iter_arguments_get(entry, "say", &name, &bytes))
+        const void *bytes = nullptr;
+        size_t size = 0;
+        if (sd_bus_message_read_basic(call, 's', &name) < 0 ||
+            sd_bus_message_read_array(call, 'y', &bytes, &size) < 0)
             return std::nullopt;
-        const char *value = nullptr;
-        int size = 0;
-        if (!eldbus_message_iter_fixed_array_get(bytes, 'y', &value, &size))
-            size = 0;
+        const std::string value(static_cast<const char *>(bytes), size);
         // The application gets values as C strings; one that would be cut short is no value.
-        if (size > 0 && std::memchr(value, '\0', static_cast<size_t>(size)))
+        if (value.find('\0') != std::string::npos)
             return std::nullopt;
-        extras[name] = size > 0 ? std::string(value, static_cast<size_t>(size)) : std::string();
+        extras[name] = value;
+        sd_bus_message_exit_container(call);
     }
+    if (result < 0)
+        return std::nullopt;
     return extras;
 }
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include <Eldbus.h>
+#include "bus/bus_connection.h"
 
 namespace platform {
 
@@ -33,12 +33,12 @@ std::optional<std::string> read_launch_option(const std::vector<std::string> &ar
                                               size_t &next, Extras &extras);
 
 /** Writes any bytes, "ay". */
-void append_bytes(Eldbus_Message_Iter *to, const std::string &bytes);
+void append_bytes(sd_bus_message *to, const std::string &bytes);
 
 /** Writes the arguments of a launch call, "a{say}". */
-void append_extras(Eldbus_Message *call, const Extras &extras);
+void append_extras(sd_bus_message *call, const Extras &extras);
 
-/** The extras of a launch call, or nothing when it holds something else. */
-std::optional<Extras> extras_of(const Eldbus_Message *call);
+/** Reads the extras of a launch call; nothing when it holds something else. */
+std::optional<Extras> read_extras(sd_bus_message *call);
 
 } // namespace platform
