@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include <sys/mman.h>
@@ -13,10 +14,10 @@
 
 #include <Ecore.h>
 #include <Ecore_Input.h>
-#include <Eldbus.h>
 
 #include "app_framework/single_instance.h"
 #include "base/utf8.h"
+#include "bus/bus_loop.h"
 #include "bus/bus_names.h"
 #include "control/control.h"
 #include "device_power/power_service.h"
@@ -71,15 +72,14 @@ class Reader {
     std::string_view left_;
 };
 
-void append_argument(Reader &input, Eldbus_Message *call)
+void append_argument(Reader &input, sd_bus_message *call)
 {
-    Eldbus_Message_Iter *to = eldbus_message_iter_get(call);
     switch (input.byte()) {
     case 's':
-        eldbus_message_iter_basic_append(to, 's', input.text().c_str());
+        sd_bus_message_append(call, "s", input.text().c_str());
         break;
     case 'y':
-        platform::append_bytes(to, input.bytes());
+        platform::append_bytes(call, input.bytes());
         break;
     case 'e': {
         platform::Extras extras;
@@ -87,24 +87,14 @@ void append_argument(Reader &input, Eldbus_Message *call)
             const std::string name = input.text();
             extras[name] = input.bytes();
         }
-        Eldbus_Message_Iter *array = eldbus_message_iter_container_new(to, 'a', "{say}");
-        for (const auto &[name, value] : extras) {
-            Eldbus_Message_Iter *entry = eldbus_message_iter_container_new(array, 'e', nullptr);
-            eldbus_message_iter_basic_append(entry, 's', name.c_str());
-            platform::append_bytes(entry, value);
-            eldbus_message_iter_container_close(array, entry);
-        }
-        eldbus_message_iter_container_close(to, array);
+        platform::append_extras(call, extras);
         break;
     }
-    case 'v': {
-        Eldbus_Message_Iter *variant = eldbus_message_iter_container_new(to, 'v', "s");
-        eldbus_message_iter_basic_append(variant, 's', input.text().c_str());
-        eldbus_message_iter_container_close(to, variant);
+    case 'v':
+        sd_bus_message_append(call, "v", "s", input.text().c_str());
         break;
-    }
     default:
-        eldbus_message_iter_basic_append(to, 'i', static_cast<int32_t>(input.byte()) - 128);
+        sd_bus_message_append(call, "i", static_cast<int32_t>(input.byte()) - 128);
     }
 }
 
@@ -122,13 +112,20 @@ class Session {
     void call(Reader input)
     {
         const char *method = METHODS[input.byte() % std::size(METHODS)];
-        const bool launch = method == METHODS[0];
-        Eldbus_Message *call =
-            eldbus_proxy_method_call_new((launch ? application_ : control_).get(), method);
+        platform::BusMessagePtr call;
+        sd_bus_message_new_method_call(caller_.get(), platform::BusOutput(call), platform::BUS_NAME,
+                                       platform::BUS_OBJECT,
+                                       method == METHODS[0] ? platform::BUS_APPLICATION_INTERFACE
+                                                            : platform::BUS_CONTROL_INTERFACE,
+                                       method);
         while (!input.empty())
-            append_argument(input, call);
+            append_argument(input, call.get());
         answered_ = false;
-        eldbus_proxy_send((launch ? application_ : control_).get(), call, on_answer, this, -1);
+        platform::BusSlotPtr pending;
+        // More arguments than a message may have are no call.
+        if (sd_bus_call_async(caller_.get(), platform::BusOutput(pending), call.get(), on_answer,
+                              this, UINT64_MAX) < 0)
+            return;
         const auto give_up = [](void *) -> Eina_Bool {
             ecore_main_loop_quit();
             return ECORE_CALLBACK_CANCEL;
@@ -148,8 +145,6 @@ class Session {
                       "there is memory for tv.conf");
         setenv("OSTREL_DEMO_TV_CONF", ("/proc/self/fd/" + std::to_string(conf)).c_str(), 1);
         setenv("ECORE_NO_SYSTEM_MODULES", "1", 1);
-        // The toolkit says of each refused call that its program must be wrong.
-        setenv("EINA_LOG_LEVEL", "-1", 1);
         ecore_init();
         ecore_event_init();
         platform::SingleInstance::Listener listener;
@@ -159,7 +154,7 @@ class Session {
                               "extras are what the application can be given");
             return true;
         };
-        listener.bus = [](Eldbus_Connection *) {};
+        listener.bus = [](sd_bus *) {};
         listener.superseded = [] {};
         instance_ = std::make_unique<platform::SingleInstance>(std::move(listener));
         fuzz::require(instance_->claim({}) == platform::SingleInstance::Outcome::First,
@@ -167,20 +162,14 @@ class Session {
         const platform::ControlledApplication application = {[] { return timespec{}; }, [] {}};
         fuzz::require(platform::control_start(instance_->connection(), application),
                       "the control service is on the bus");
-        caller_ = eldbus_private_connection_get(ELDBUS_CONNECTION_TYPE_SESSION);
+        caller_ = platform::connect_session_bus();
         fuzz::require(caller_ != nullptr, "the bus takes a second connection");
-        const auto proxy = [this](const char *interface) {
-            return platform::BusProxy(caller_, platform::BUS_NAME, platform::BUS_OBJECT, interface);
-        };
-        application_ = proxy(platform::BUS_APPLICATION_INTERFACE);
-        control_ = proxy(platform::BUS_CONTROL_INTERFACE);
+        caller_loop_.emplace(caller_.get());
     }
 
     ~Session()
     {
-        application_ = {};
-        control_ = {};
-        eldbus_connection_unref(caller_);
+        caller_loop_.reset();
         platform::control_stop();
         platform::PowerService::get().stop();
         instance_.reset();
@@ -188,16 +177,16 @@ class Session {
         ecore_shutdown();
     }
 
-    static void on_answer(void *self, const Eldbus_Message *, Eldbus_Pending *)
+    static int on_answer(sd_bus_message *, void *self, sd_bus_error *)
     {
         static_cast<Session *>(self)->answered_ = true;
         ecore_main_loop_quit();
+        return 1;
     }
 
     std::unique_ptr<platform::SingleInstance> instance_;
-    Eldbus_Connection *caller_ = nullptr;
-    platform::BusProxy application_;
-    platform::BusProxy control_;
+    platform::BusPtr caller_;
+    std::optional<platform::BusLoop> caller_loop_;
     bool answered_ = false;
 };
 

@@ -140,7 +140,7 @@ TEST_F(LifecycleTest, WithoutABusItStartsAloneAndSaysSoOnce)
 TEST_F(LifecycleTest, ABusThatGoesAwayTakesNothingAlong)
 {
     auto app = start_and_show();
-    session_bus_.kill();
+    session_bus_.signal(SIGKILL);
     EXPECT_TRUE(
         wait_until([&] { return app->errors().find("bus went away") != std::string::npos; }));
     app->say("sync");

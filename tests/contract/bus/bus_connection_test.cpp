@@ -2,9 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include "bus/bus_connection.h"
+#include "bus/bus_on_trial.h"
 #include "store_support/captured_log.h"
-#include "store_support/private_bus.h"
 
 namespace platform {
 namespace {
@@ -13,32 +12,8 @@ using store_test::CapturedLog;
 using store_test::Environment;
 using store_test::PrivateBus;
 
-constexpr char BUS[] = "org.freedesktop.DBus";
-constexpr char BUS_PATH[] = "/org/freedesktop/DBus";
 constexpr double LONGEST_CALL_S = 30.0;
 
-/** A place without any bus. */
-class BusTest : public testing::Test {
-  protected:
-    BusTest() { ecore_init(); }
-    ~BusTest() override { ecore_shutdown(); }
-
-    /** Who this process is on a bus; empty where there is none. */
-    static std::string name_on(const BusConnectionPtr &connection)
-    {
-        const char *name =
-            connection ? eldbus_connection_unique_name_get(connection.get()) : nullptr;
-        return name ? name : "";
-    }
-
-    const store_test::ScratchDir folder_;
-    const Environment modules_{"ECORE_NO_SYSTEM_MODULES", "1"};
-    const Environment session_{"DBUS_SESSION_BUS_ADDRESS"};
-    const Environment system_{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + (folder_ / "nobody")};
-    const Environment runtime_{"XDG_RUNTIME_DIR", folder_.path()};
-};
-
-// The bus library reads the variables once in a process.
 class NamedBusTest : public BusTest, public testing::WithParamInterface<const char *> {};
 
 TEST_P(NamedBusTest, IsTheOneThatIsConnectedTo)
@@ -64,7 +39,8 @@ TEST_F(BusTest, NoBusIsNoConnectionAndNothingIsSaid)
     store_test::write_file(folder_ / "file", "no socket");
     const CapturedLog log;
     for (const std::string &address :
-         {std::string(), "unix:path=" + (folder_ / "nobody"), "unix:path=" + (folder_ / "file")}) {
+         {std::string(), std::string("autolaunch:"), "unix:path=" + (folder_ / "nobody"),
+          "unix:path=" + (folder_ / "file")}) {
         const Environment session("DBUS_SESSION_BUS_ADDRESS", address);
         EXPECT_EQ(connect_session_bus(), nullptr) << address;
     }
@@ -74,40 +50,53 @@ TEST_F(BusTest, NoBusIsNoConnectionAndNothingIsSaid)
     EXPECT_EQ(log.text(), "");
 }
 
-/** On a bus. */
-class BusCallTest : public BusTest {
+class BusCallTest : public OnABusTest {
   protected:
-    BusMessagePtr call(const BusProxy &proxy, const char *method, double timeout_s = LONGEST_CALL_S)
+    BusMessagePtr call(const char *name, const char *method, double timeout_s = LONGEST_CALL_S)
     {
-        return call_and_wait(proxy, eldbus_proxy_method_call_new(proxy.get(), method), timeout_s);
+        return call_and_wait(connection_.get(), call_to(name, method).get(), timeout_s);
     }
-
-    const PrivateBus bus_{folder_ / "bus"};
-    const BusConnectionPtr connection_ = connect_session_bus();
-    const BusProxy daemon_{connection_.get(), BUS, BUS_PATH, BUS};
 };
 
 TEST_F(BusCallTest, HasItsReply)
 {
-    const BusMessagePtr reply = call(daemon_, "GetId");
+    const BusMessagePtr reply = call(DAEMON, "GetId");
     ASSERT_TRUE(reply);
     const char *id = nullptr;
-    ASSERT_TRUE(eldbus_message_arguments_get(reply.get(), "s", &id));
+    ASSERT_GT(sd_bus_message_read(reply.get(), "s", &id), 0);
     EXPECT_EQ(std::string(id).size(), 32u);
 }
 
-TEST_F(BusCallTest, AnErrorIsNoReplyAndNothingIsSaid)
+TEST_F(BusCallTest, HasItsErrorAndNothingIsSaid)
 {
     const CapturedLog log;
-    EXPECT_EQ(call(daemon_, "NoSuchMethod"), nullptr);
+    const BusMessagePtr reply = call(DAEMON, "NoSuchMethod");
+    ASSERT_TRUE(reply);
+    EXPECT_TRUE(sd_bus_message_is_method_error(reply.get(), SD_BUS_ERROR_UNKNOWN_METHOD));
     EXPECT_EQ(log.text(), "");
 }
 
 TEST_F(BusCallTest, IsGivenUpWhenNobodyAnswers)
 {
-    // This process itself, which does not come to answer while it waits.
-    const BusProxy nobody(connection_.get(), name_on(connection_).c_str(), BUS_PATH, BUS);
-    EXPECT_EQ(call(nobody, "GetId", 0.05), nullptr);
+    const BusPtr silent = connect_session_bus();
+    EXPECT_EQ(call(name_on(silent).c_str(), "GetId", 0.05), nullptr);
+}
+
+TEST_F(BusCallTest, IsGivenUpWhenTheBusTakesNobodyIn)
+{
+    bus_.signal(SIGSTOP);
+    const BusPtr waiting = connect_session_bus();
+    ASSERT_TRUE(waiting) << "the system has taken the connection";
+    connection_ = connect_session_bus();
+    EXPECT_EQ(call(DAEMON, "GetId", 0.05), nullptr);
+    bus_.signal(SIGCONT);
+}
+
+TEST_F(BusCallTest, IsGivenUpWhenTheBusEnds)
+{
+    ASSERT_TRUE(call(DAEMON, "GetId"));
+    bus_.signal(SIGKILL);
+    EXPECT_EQ(call(DAEMON, "GetId"), nullptr);
 }
 
 } // namespace

@@ -13,11 +13,12 @@
 #include <unistd.h>
 
 #include "app_context.h"
-#include "bus/bus_connection.h"
+#include "bus/bus_loop.h"
 #include "bus/bus_names.h"
 #include "control/control.h"
 #include "device_power.h"
 #include "device_power/power_service.h"
+#include "launch/launch_request.h"
 #include "media_player/player_status.h"
 #include "panel/panel_model.h"
 #include "still_picture/picture_status.h"
@@ -47,38 +48,20 @@ class CountingPlane : public platform::VideoPlane {
     bool present(const platform::PlaneBufferPtr &) override { return false; }
 };
 
-Eldbus_Message *on_launch(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+int on_launch(sd_bus_message *call, void *, sd_bus_error *)
 {
-    Eldbus_Message_Iter *extras = nullptr;
-    if (!eldbus_message_arguments_get(call, "a{say}", &extras))
-        return eldbus_message_error_new(call, "org.example.Error", "no extras");
-    Eldbus_Message_Iter *entry = nullptr;
     std::string line = "launch";
-    while (eldbus_message_iter_get_and_next(extras, 'e', &entry)) {
-        const char *name = nullptr;
-        Eldbus_Message_Iter *bytes = nullptr;
-        const char *value = nullptr;
-        int size = 0;
-        eldbus_message_iter_arguments_get(entry, "say", &name, &bytes);
-        if (eldbus_message_iter_fixed_array_get(bytes, 'y', &value, &size) && size > 0)
-            line += std::string(" ") + name + "=" + std::string(value, static_cast<size_t>(size));
-        else
-            line += std::string(" ") + name + "=";
-    }
+    const auto extras = platform::read_extras(call);
+    for (const auto &[name, value] : extras.value())
+        line += " " + name + "=" + value;
     say(line);
-    return eldbus_message_method_return_new(call);
+    return sd_bus_reply_method_return(call, nullptr);
 }
 
-const Eldbus_Arg_Info LAUNCH_ARGUMENTS[] = {{"a{say}", "extras"}, {nullptr, nullptr}};
-const Eldbus_Method LAUNCH_METHODS[] = {{"Launch", LAUNCH_ARGUMENTS, nullptr, on_launch, 0},
-                                        {nullptr, nullptr, nullptr, nullptr, 0}};
-const Eldbus_Service_Interface_Desc APPLICATION = {
-    platform::BUS_APPLICATION_INTERFACE, LAUNCH_METHODS, nullptr, nullptr, nullptr, nullptr};
-
-void on_name(void *, const Eldbus_Message *reply, Eldbus_Pending *)
-{
-    say(eldbus_message_error_get(reply, nullptr, nullptr) ? "no name" : "ready");
-}
+const sd_bus_vtable APPLICATION[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD("Launch", "a{say}", nullptr, on_launch, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END};
 
 platform::StorageFacts read_behind_the_gate(const platform::StorageQuestion &question)
 {
@@ -136,9 +119,10 @@ int main()
     ecore_init();
     ecore_event_init();
     int result = 1;
-    if (BusConnectionPtr bus = connect_session_bus()) {
-        Eldbus_Service_Interface *application =
-            eldbus_service_interface_register(bus.get(), BUS_OBJECT, &APPLICATION);
+    if (const BusPtr bus = connect_session_bus()) {
+        const BusLoop loop(bus.get());
+        sd_bus_add_object_vtable(bus.get(), nullptr, BUS_OBJECT, BUS_APPLICATION_INTERFACE,
+                                 APPLICATION, nullptr);
         const ControlledApplication controlled = {[] { return timespec{}; },
                                                   [] { say("language changed"); }};
         if (control_start(bus.get(), controlled, read_behind_the_gate) &&
@@ -156,15 +140,17 @@ int main()
                 nullptr);
             device_power_subscribe_standby([](void *) { say("power standby"); }, nullptr);
             ecore_event_handler_add(ECORE_EVENT_SIGNAL_EXIT, quit, nullptr);
-            eldbus_name_request(bus.get(), BUS_NAME, ELDBUS_NAME_REQUEST_FLAG_DO_NOT_QUEUE, on_name,
-                                nullptr);
+            const auto named = [](sd_bus_message *reply, void *, sd_bus_error *) {
+                say(sd_bus_message_is_method_error(reply, nullptr) ? "no name" : "ready");
+                return 1;
+            };
+            sd_bus_request_name_async(bus.get(), nullptr, BUS_NAME, 0, named, nullptr);
             ecore_main_loop_begin();
             result = 0;
         }
         control_stop();
         control_stop();
         PowerService::get().stop();
-        eldbus_service_interface_unregister(application);
     }
     ecore_event_shutdown();
     ecore_shutdown();

@@ -4,24 +4,25 @@
 // The last three answer, locks with the number of delay locks that are held. Strangers are
 // processes that belong to no session, as those do that the manager of a user has started.
 
+#include <cerrno>
 #include <cstdio>
 #include <string>
 #include <unistd.h>
 #include <vector>
 
-#include <Ecore.h>
-#include <Eldbus.h>
 #include <poll.h>
+#include <sys/epoll.h>
+#include <systemd/sd-bus.h>
+#include <systemd/sd-event.h>
 
 namespace {
 
+constexpr char MANAGER[] = "/org/freedesktop/login1";
+constexpr char MANAGER_INTERFACE[] = "org.freedesktop.login1.Manager";
 constexpr char SESSION[] = "/org/freedesktop/login1/session/c1";
+constexpr char SESSION_INTERFACE[] = "org.freedesktop.login1.Session";
 
-enum { PREPARE_FOR_SHUTDOWN, PREPARE_FOR_SLEEP };
-
-Eldbus_Connection *bus = nullptr;
-Eldbus_Service_Interface *manager = nullptr;
-Eldbus_Service_Interface *session = nullptr;
+sd_bus *bus = nullptr;
 bool session_active = true;
 bool strangers = false;
 std::vector<int> lock_ends;
@@ -32,37 +33,47 @@ void say(const std::string &line)
     std::fflush(stdout);
 }
 
-Eldbus_Message *get_session(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+int get_session(sd_bus_message *call, void *, sd_bus_error *error)
 {
     if (strangers) {
         say("asked by a stranger");
-        return eldbus_message_error_new(call, "org.freedesktop.login1.NoSessionForPID",
-                                        "it belongs to no session");
+        return sd_bus_error_set_const(error, "org.freedesktop.login1.NoSessionForPID",
+                                      "it belongs to no session");
     }
-    Eldbus_Message *reply = eldbus_message_method_return_new(call);
-    eldbus_message_arguments_append(reply, "o", SESSION);
-    return reply;
+    return sd_bus_reply_method_return(call, "o", SESSION);
 }
 
-Eldbus_Message *inhibit(const Eldbus_Service_Interface *, const Eldbus_Message *call)
+int inhibit(sd_bus_message *call, void *, sd_bus_error *)
 {
     const char *what = nullptr, *who = nullptr, *why = nullptr, *mode = nullptr;
     int ends[2];
-    if (!eldbus_message_arguments_get(call, "ssss", &what, &who, &why, &mode) || pipe(ends) != 0)
-        return eldbus_message_error_new(call, "org.freedesktop.DBus.Error.Failed", "no lock");
+    if (sd_bus_message_read(call, "ssss", &what, &who, &why, &mode) <= 0 || pipe(ends) != 0)
+        return -EIO;
     lock_ends.push_back(ends[0]);
-    Eldbus_Message *reply = eldbus_message_method_return_new(call);
-    eldbus_message_arguments_append(reply, "h", ends[1]);
+    const int answered = sd_bus_reply_method_return(call, "h", ends[1]);
     close(ends[1]);
     say(std::string("locked ") + what + " " + mode + " by " + who + ": " + why);
-    return reply;
+    return answered;
 }
 
-Eina_Bool get_active(const Eldbus_Service_Interface *, const char *, Eldbus_Message_Iter *value,
-                     const Eldbus_Message *, Eldbus_Message **)
+int get_active(sd_bus *, const char *, const char *, const char *, sd_bus_message *reply, void *,
+               sd_bus_error *)
 {
-    return eldbus_message_iter_basic_append(value, 'b', session_active);
+    return sd_bus_message_append(reply, "b", session_active);
 }
+
+const sd_bus_vtable MANAGER_MEMBERS[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD("GetSessionByPID", "u", "o", get_session, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Inhibit", "ssss", "h", inhibit, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_SIGNAL("PrepareForShutdown", "b", 0),
+    SD_BUS_SIGNAL("PrepareForSleep", "b", 0),
+    SD_BUS_VTABLE_END};
+
+const sd_bus_vtable SESSION_MEMBERS[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_PROPERTY("Active", "b", get_active, 0, SD_BUS_VTABLE_PROPERTY_EMITS_CHANGE),
+    SD_BUS_VTABLE_END};
 
 int locks_held()
 {
@@ -79,12 +90,12 @@ void obey(const std::string &command)
 {
     const bool on = command.back() == '1';
     if (command.compare(0, 8, "shutdown") == 0)
-        eldbus_service_signal_emit(manager, PREPARE_FOR_SHUTDOWN, on);
+        sd_bus_emit_signal(bus, MANAGER, MANAGER_INTERFACE, "PrepareForShutdown", "b", on);
     else if (command.compare(0, 5, "sleep") == 0)
-        eldbus_service_signal_emit(manager, PREPARE_FOR_SLEEP, on);
+        sd_bus_emit_signal(bus, MANAGER, MANAGER_INTERFACE, "PrepareForSleep", "b", on);
     else if (command.compare(0, 6, "active") == 0) {
         session_active = on;
-        eldbus_service_property_changed(session, "Active");
+        sd_bus_emit_properties_changed(bus, SESSION, SESSION_INTERFACE, "Active", nullptr);
         say("active " + std::to_string(on));
     } else if (command.compare(0, 9, "strangers") == 0) {
         strangers = on;
@@ -93,58 +104,36 @@ void obey(const std::string &command)
         say("locks " + std::to_string(locks_held()));
 }
 
-Eina_Bool on_input(void *, Ecore_Fd_Handler *)
+int on_input(sd_event_source *source, int, uint32_t, void *)
 {
     static std::string pending;
     char buffer[256];
     const ssize_t size = read(STDIN_FILENO, buffer, sizeof buffer);
-    if (size <= 0) {
-        ecore_main_loop_quit();
-        return ECORE_CALLBACK_CANCEL;
-    }
+    if (size <= 0)
+        return sd_event_exit(sd_event_source_get_event(source), 0);
     pending.append(buffer, static_cast<size_t>(size));
     for (size_t end = pending.find('\n'); end != std::string::npos; end = pending.find('\n')) {
         obey(pending.substr(0, end));
         pending.erase(0, end + 1);
     }
-    return ECORE_CALLBACK_RENEW;
+    return 0;
 }
 
 } // namespace
 
 int main()
 {
-    ecore_init();
-    eldbus_init();
-    bus = eldbus_connection_get(ELDBUS_CONNECTION_TYPE_SYSTEM);
-    const Eldbus_Arg_Info pid[] = {{"u", "pid"}, {nullptr, nullptr}};
-    const Eldbus_Arg_Info path[] = {{"o", "path"}, {nullptr, nullptr}};
-    const Eldbus_Arg_Info lock[] = {
-        {"s", "what"}, {"s", "who"}, {"s", "why"}, {"s", "mode"}, {nullptr, nullptr}};
-    const Eldbus_Arg_Info descriptor[] = {{"h", "lock"}, {nullptr, nullptr}};
-    const Eldbus_Arg_Info start[] = {{"b", "start"}, {nullptr, nullptr}};
-    const Eldbus_Method methods[] = {{"GetSessionByPID", pid, path, get_session, 0},
-                                     {"Inhibit", lock, descriptor, inhibit, 0},
-                                     {nullptr, nullptr, nullptr, nullptr, 0}};
-    const Eldbus_Signal signals[] = {
-        {"PrepareForShutdown", start, 0}, {"PrepareForSleep", start, 0}, {nullptr, nullptr, 0}};
-    const Eldbus_Service_Interface_Desc description = {
-        "org.freedesktop.login1.Manager", methods, signals, nullptr, nullptr, nullptr};
-    manager = eldbus_service_interface_register(bus, "/org/freedesktop/login1", &description);
-    const Eldbus_Property properties[] = {{"Active", "b", get_active, nullptr, 0},
-                                          {nullptr, nullptr, nullptr, nullptr, 0}};
-    const Eldbus_Service_Interface_Desc session_description = {
-        "org.freedesktop.login1.Session", nullptr, nullptr, properties, nullptr, nullptr};
-    session = eldbus_service_interface_register(bus, SESSION, &session_description);
-    eldbus_name_request(
-        bus, "org.freedesktop.login1", ELDBUS_NAME_REQUEST_FLAG_DO_NOT_QUEUE,
-        [](void *, const Eldbus_Message *, Eldbus_Pending *) { say("serving"); }, nullptr);
-    ecore_main_fd_handler_add(STDIN_FILENO, ECORE_FD_READ, on_input, nullptr, nullptr, nullptr);
-    ecore_main_loop_begin();
-    eldbus_service_interface_unregister(session);
-    eldbus_service_interface_unregister(manager);
-    eldbus_connection_unref(bus);
-    eldbus_shutdown();
-    ecore_shutdown();
-    return 0;
+    sd_event *event = nullptr;
+    sd_event_default(&event);
+    sd_bus_open_system(&bus);
+    sd_bus_attach_event(bus, event, SD_EVENT_PRIORITY_NORMAL);
+    sd_bus_add_object_vtable(bus, nullptr, MANAGER, MANAGER_INTERFACE, MANAGER_MEMBERS, nullptr);
+    sd_bus_add_object_vtable(bus, nullptr, SESSION, SESSION_INTERFACE, SESSION_MEMBERS, nullptr);
+    sd_bus_request_name(bus, "org.freedesktop.login1", 0);
+    sd_event_add_io(event, nullptr, STDIN_FILENO, EPOLLIN, on_input, nullptr);
+    say("serving");
+    const int status = sd_event_loop(event);
+    sd_bus_flush_close_unref(bus);
+    sd_event_unref(event);
+    return status;
 }

@@ -75,7 +75,7 @@ TEST_F(DevicePowerTest, AnEndedApplicationHoldsNothingUp)
 TEST_F(DevicePowerTest, ABusThatGoesAwayIsNoPowerEvent)
 {
     auto app = known_app();
-    system_bus_.kill();
+    system_bus_.signal(SIGKILL);
     app->say("sync");
     EXPECT_TRUE(app->hears("done sync"));
     EXPECT_EQ(quit(*app), 0) << app->errors();

@@ -74,89 +74,47 @@ TEST(LaunchOptionTest, HelpHasALineForEachOption)
     EXPECT_THAT(help, HasSubstr("  --extra NAME=VALUE "));
 }
 
-/** This process on a bus, calling itself. */
+/** A call that is written and then read, as it would be at the other end of the bus. */
 class LaunchCallTest : public testing::Test {
   protected:
-    static constexpr char PATH[] = "/launch";
-    static constexpr char INTERFACE[] = "test.Launch";
-
-    LaunchCallTest()
-    {
-        ecore_init();
-        connection_ = connect_session_bus();
-        interface_.reset(eldbus_service_interface_register(connection_.get(), PATH, &DESCRIPTION));
-    }
-
-    ~LaunchCallTest() override
-    {
-        interface_.reset();
-        connection_.reset();
-        ecore_shutdown();
-    }
-
     /** What the other end makes of a call. */
-    std::optional<Extras> sent(const char *method,
-                               const std::function<void(Eldbus_Message *)> &write)
+    std::optional<Extras> sent(const std::function<void(sd_bus_message *)> &write)
     {
-        bool answered = false;
-        Eldbus_Message *call = eldbus_message_method_call_new(
-            eldbus_connection_unique_name_get(connection_.get()), PATH, INTERFACE, method);
-        write(call);
-        eldbus_connection_send(
-            connection_.get(), call,
-            [](void *data, const Eldbus_Message *reply, Eldbus_Pending *) {
-                EXPECT_FALSE(eldbus_message_error_get(reply, nullptr, nullptr));
-                *static_cast<bool *>(data) = true;
-            },
-            &answered, -1);
-        EXPECT_TRUE(store_test::run_loop_until([&] { return answered; }, 30.0));
-        return received;
+        BusMessagePtr call;
+        sd_bus_message_new_method_call(connection_.get(), BusOutput(call), nullptr, "/launch",
+                                       "test.Launch", "Launch");
+        write(call.get());
+        EXPECT_GE(sd_bus_message_seal(call.get(), 1, 0), 0);
+        return read_extras(call.get());
     }
-
-    static Eldbus_Message *on_call(const Eldbus_Service_Interface *, const Eldbus_Message *message)
-    {
-        received = extras_of(message);
-        return eldbus_message_method_return_new(message);
-    }
-
-    inline static std::optional<Extras> received;
-    inline static const Eldbus_Arg_Info EXTRAS[] = {{"a{say}", "extras"}, {nullptr, nullptr}};
-    inline static const Eldbus_Arg_Info TEXT[] = {{"s", "text"}, {nullptr, nullptr}};
-    inline static const Eldbus_Method METHODS[] = {{"Launch", EXTRAS, nullptr, on_call, 0},
-                                                   {"Other", TEXT, nullptr, on_call, 0},
-                                                   {nullptr, nullptr, nullptr, nullptr, 0}};
-    inline static const Eldbus_Service_Interface_Desc DESCRIPTION = {INTERFACE, METHODS, nullptr,
-                                                                     nullptr,   nullptr, nullptr};
 
     const store_test::ScratchDir folder_;
     const store_test::PrivateBus bus_{folder_ / "bus"};
     const store_test::Environment address_{"DBUS_SESSION_BUS_ADDRESS", bus_.address()};
-    const store_test::Environment modules_{"ECORE_NO_SYSTEM_MODULES", "1"};
-    BusConnectionPtr connection_;
-    ServiceInterfacePtr interface_;
+    const BusPtr connection_ = connect_session_bus();
 };
 
 TEST_F(LaunchCallTest, ExtrasArriveByteForByte)
 {
     for (const Extras &extras :
          {Extras{}, Extras{{"folder_path", "/a b\n/\xff\xfe/"}, {"mode", ""}, {"größe", "x=y"}}})
-        EXPECT_EQ(sent("Launch", [&](Eldbus_Message *call) { append_extras(call, extras); }),
-                  extras);
+        EXPECT_EQ(sent([&](sd_bus_message *call) { append_extras(call, extras); }), extras);
 }
 
 TEST_F(LaunchCallTest, AValueWithANullByteIsRefused)
 {
     const Extras cut = {{"mode", "factory"}, {"path", std::string("a\0b", 3)}};
-    EXPECT_EQ(sent("Launch", [&](Eldbus_Message *call) { append_extras(call, cut); }),
-              std::nullopt);
+    EXPECT_EQ(sent([&](sd_bus_message *call) { append_extras(call, cut); }), std::nullopt);
 }
 
 TEST_F(LaunchCallTest, SomethingElseThanExtrasIsRefused)
 {
-    EXPECT_EQ(
-        sent("Other",
-             [](Eldbus_Message *call) { eldbus_message_arguments_append(call, "s", "mode"); }),
-        std::nullopt);
+    EXPECT_EQ(sent([](sd_bus_message *call) { sd_bus_message_append(call, "s", "mode"); }),
+              std::nullopt);
+    EXPECT_EQ(sent([](sd_bus_message *call) {
+                  sd_bus_message_append(call, "a{sv}", 1, "mode", "s", "factory");
+              }),
+              std::nullopt);
 }
 
 } // namespace

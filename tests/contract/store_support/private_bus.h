@@ -20,7 +20,7 @@ class PrivateBus {
     }
 
     const std::string &address() const { return address_; }
-    void kill() const { daemon_.signal(SIGKILL); }
+    void signal(int number) const { daemon_.signal(number); }
 
   private:
     Child daemon_;
