@@ -227,23 +227,12 @@ void Application::session_changed(bool active)
 
 void Application::follow_signals()
 {
-    const auto exit_asked = [](void *data, int, void *event) -> Eina_Bool {
-        // The bus library asks for the end when the session bus goes away, as if by a signal. The
-        // demo plays on without a bus, so nobody else gets to see that.
-        const auto *asked = static_cast<const Ecore_Event_Signal_Exit *>(event);
-        if (asked->data.si_signo == 0)
-            return ECORE_CALLBACK_DONE;
+    const auto asked = [](void *data, int, void *) -> Eina_Bool {
         static_cast<Application *>(data)->signalled();
         return ECORE_CALLBACK_PASS_ON;
     };
-    const auto hung_up = [](void *data, int, void *) -> Eina_Bool {
-        static_cast<Application *>(data)->signalled();
-        return ECORE_CALLBACK_PASS_ON;
-    };
-    signal_handlers_.emplace_back(
-        ecore_event_handler_prepend(ECORE_EVENT_SIGNAL_EXIT, exit_asked, this));
-    signal_handlers_.emplace_back(
-        ecore_event_handler_prepend(ECORE_EVENT_SIGNAL_HUP, hung_up, this));
+    for (const int event : {ECORE_EVENT_SIGNAL_EXIT, ECORE_EVENT_SIGNAL_HUP})
+        signal_handlers_.emplace_back(ecore_event_handler_prepend(event, asked, this));
 }
 
 void Application::signalled()

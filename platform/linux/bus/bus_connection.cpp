@@ -1,6 +1,5 @@
 #include "bus/bus_connection.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 

@@ -25,7 +25,7 @@ using BusMessagePtr = std::unique_ptr<sd_bus_message, HandleEnd<sd_bus_message_u
  */
 using BusSlotPtr = std::unique_ptr<sd_bus_slot, HandleEnd<sd_bus_slot_unref>>;
 
-/** An owner for what a function of sd-bus leaves in `handle`, such as BusSlotPtr. */
+/** Where a function of sd-bus leaves what it hands out: `sd_bus_new(BusOutput(owner))`. */
 template <typename Owner> class BusOutput {
   public:
     explicit BusOutput(Owner &owner) : owner_(owner) {}
