@@ -227,12 +227,23 @@ void Application::session_changed(bool active)
 
 void Application::follow_signals()
 {
-    const auto asked = [](void *data, int, void *) -> Eina_Bool {
+    const auto exit_asked = [](void *data, int, void *event) -> Eina_Bool {
+        // The toolkit asks for the end when the compositor goes away, as if by a signal; that is
+        // compositor_gone()'s to say, and nobody else gets to see it.
+        const auto *asked = static_cast<const Ecore_Event_Signal_Exit *>(event);
+        if (asked->data.si_signo == 0)
+            return ECORE_CALLBACK_DONE;
         static_cast<Application *>(data)->signalled();
         return ECORE_CALLBACK_PASS_ON;
     };
-    for (const int event : {ECORE_EVENT_SIGNAL_EXIT, ECORE_EVENT_SIGNAL_HUP})
-        signal_handlers_.emplace_back(ecore_event_handler_prepend(event, asked, this));
+    const auto hung_up = [](void *data, int, void *) -> Eina_Bool {
+        static_cast<Application *>(data)->signalled();
+        return ECORE_CALLBACK_PASS_ON;
+    };
+    signal_handlers_.emplace_back(
+        ecore_event_handler_prepend(ECORE_EVENT_SIGNAL_EXIT, exit_asked, this));
+    signal_handlers_.emplace_back(
+        ecore_event_handler_prepend(ECORE_EVENT_SIGNAL_HUP, hung_up, this));
 }
 
 void Application::signalled()
