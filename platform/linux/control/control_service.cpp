@@ -220,7 +220,7 @@ int on_status(sd_bus_message *call, void *, sd_bus_error *error)
                                           "too many ask for the status");
 }
 
-// Whoever is on the session bus may call: the library would ask the bus for the caller's rights.
+// Whoever is on the session bus may call, and introspection is to say so.
 constexpr uint64_t ANYBODY = SD_BUS_VTABLE_UNPRIVILEGED;
 
 const sd_bus_vtable METHODS[] = {
