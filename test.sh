@@ -8,7 +8,8 @@ usage() {
 Usage: ./test.sh [OPTION]...
 Builds the player plainly into build/, with the address and undefined-behaviour sanitizers into
 build-asan/, and what has threads with the thread sanitizer into build-tsan/, and runs all tests. Each
-suite ends with the test runner's own summary; the last lines tell where the time went.
+suite ends with the test runner's own summary; the last lines tell where the time went, and which tests
+failed.
 
 With one or more of these, only the named suites run:
   --unit         the player against the recording platform, and the checks of the source tree
@@ -279,12 +280,13 @@ fi
 echo "== Where the time went"
 cat "$results/seconds"
 printf '%6d s  all\n' $SECONDS
-packaging/slowest-tests.py "$results"
+packaging/test-results.py slowest "$results"
 
 if [ $found = no ] && [ -n "$expression" ]; then
     failed+=("no test is named like '$expression'")
 fi
 if [ ${#failed[@]} -gt 0 ]; then
     printf 'Failed: %s\n' "${failed[@]}" >&2
+    packaging/test-results.py failed "$results" >&2
     exit 1
 fi

@@ -63,6 +63,37 @@ def test_scripts_explain_themselves(source_dir, script):
     assert "Usage" in explained.stdout
 
 
+def test_failed_tests_are_named_with_what_they_say(source_dir, tmp_path):
+    """As ctest and pytest tell of them."""
+    (tmp_path / "CTestTestfile.cmake").write_text("""
+        add_test(Suite.Passes true)
+        add_test(Suite.Expects sh -c "echo first; echo a_test.cpp:1: Failure; echo Value of: x; exit 1")
+        add_test(Suite.IsCaught sh -c "echo '==1==ERROR: AddressSanitizer: SEGV'; exit 1")
+        add_test(Suite.IsMute false)
+        add_test(Suite.IsGone /nonexistent)""")
+    (tmp_path / "test_it.py").write_text("""
+def test_passes(): pass
+def test_asserts(): assert False, "one\\ntwo"
+@__import__("pytest").fixture
+def broken(): raise ValueError("three")
+def test_is_not_begun(broken): pass""")
+    results = tmp_path / "results"
+    results.mkdir()
+    for command in (["ctest", "--output-junit", results / "build.ctest.xml"],
+                    ["/usr/bin/python3", "-m", "pytest", "-p", "no:cacheprovider",
+                     f"--junitxml={results}/build-asan.e2e.xml", "test_it.py"]):
+        assert subprocess.run(command, cwd=tmp_path, capture_output=True, check=False).returncode != 0
+    printed = subprocess.run([os.path.join(source_dir, "packaging", "test-results.py"), "failed",
+                              results], capture_output=True, text=True, check=True)
+    assert re.sub(r"after [0-9.]+ s", "after N s", printed.stdout).splitlines() == [
+        "  test_asserts (build-asan): AssertionError: one",
+        '  test_is_not_begun (build-asan): failed on setup with "ValueError: three"',
+        "  Suite.Expects (build): a_test.cpp:1: Failure Value of: x",
+        "  Suite.IsCaught (build): ==1==ERROR: AddressSanitizer: SEGV",
+        "  Suite.IsMute (build): says nothing, after N s",
+        "  Suite.IsGone (build): Unable to find executable: /nonexistent"]
+
+
 def listed_commands(source_dir, text, folder):
     readme = folder / "README.md"
     readme.write_text(text)
