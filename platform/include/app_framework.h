@@ -37,7 +37,10 @@ typedef void (*app_event_cb)(app_event_info_h event_info, void *user_data);
 typedef struct {
     /** Before the first launch request. Returning false ends the application at once. */
     bool (*create)(void *user_data);
-    /** After the main loop has ended, once; the last call the application gets. */
+    /**
+     * After the main loop has ended, once; the last call the application gets: timers and idlers
+     * that it leaves are not called any more.
+     */
     void (*terminate)(void *user_data);
     /** The application's window is no longer visible to anybody. */
     void (*pause)(void *user_data);

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <clocale>
 #include <cstdio>
+#include <thread>
 #include <utility>
 
 #include <Elementary.h>
@@ -38,6 +39,7 @@ constexpr char SERVICE[] = "app_framework";
 
 // The login manager may be gone meanwhile, and then nobody says that the session is back.
 constexpr double LONGEST_WAIT_FOR_SESSION_S = 60.0;
+constexpr std::chrono::milliseconds STEP_OF_WAIT{100};
 
 enum ExitStatus { DONE = 0, COULD_NOT_RUN = 1, BAD_COMMAND_LINE = 2 };
 
@@ -118,6 +120,7 @@ int Application::launch(const Extras &extras)
     PLATFORM_LOGI(SERVICE, "ending");
     if (callbacks_.terminate)
         callbacks_.terminate(user_data_);
+    freeze_timers();
     return exit_status_;
 }
 
@@ -205,24 +208,34 @@ void Application::await_session()
         return;
     PLATFORM_LOGI(SERVICE, "waiting until the session has the screen again");
     ServiceManager::get().tell_status("Waiting until the session has the screen again.");
-    phase_ = Phase::Waiting;
-    const TimerPtr limit(ecore_timer_add(
-        LONGEST_WAIT_FOR_SESSION_S,
-        [](void *) -> Eina_Bool {
-            ecore_main_loop_quit();
-            return ECORE_CALLBACK_RENEW;
-        },
-        nullptr));
-    ecore_main_loop_begin();
+    const double end = ecore_time_get() + LONGEST_WAIT_FOR_SESSION_S;
+    // Without ecore_main_loop_begin(), which would call the idlers that the application has left.
+    while (!session_active_ && !signalled_ && ecore_time_get() < end) {
+        std::this_thread::sleep_for(STEP_OF_WAIT);
+        ecore_main_loop_iterate();
+    }
+}
+
+/**
+ * The application's timers may stay when it has let go of all else, because its loop is over. The
+ * loop turns on all the same, in await_session() and when the toolkit is shut down.
+ */
+void Application::freeze_timers() const
+{
+    const IteratorPtr children(efl_children_iterator_new(efl_main_loop_get()));
+    void *child = nullptr;
+    EINA_ITERATOR_FOREACH(children.get(), child)
+    {
+        auto *object = static_cast<Eo *>(child);
+        if (efl_isa(object, EFL_LOOP_TIMER_CLASS) && object != alive_timer_.get())
+            ecore_timer_freeze(object);
+    }
 }
 
 void Application::session_changed(bool active)
 {
     session_active_ = active;
-    if (phase_ != Phase::Waiting)
-        update_visibility();
-    else if (active)
-        ecore_main_loop_quit();
+    update_visibility();
 }
 
 void Application::follow_signals()
@@ -251,8 +264,6 @@ void Application::signalled()
     PLATFORM_LOGI(SERVICE, "asked to end by a signal");
     signalled_ = true;
     quit();
-    if (phase_ == Phase::Waiting)
-        ecore_main_loop_quit();
 }
 
 void Application::quit()

@@ -56,7 +56,7 @@ class Application {
     void announce_language_change();
 
   private:
-    enum class Phase { Idle, Starting, Running, Ending, Waiting };
+    enum class Phase { Idle, Starting, Running, Ending };
 
     Application();
     ~Application();
@@ -67,6 +67,7 @@ class Application {
     void stop_services();
     void follow_manager();
     void await_session();
+    void freeze_timers() const;
     void session_changed(bool active);
     bool take_launch_request(Extras extras);
     void deliver(Extras extras);

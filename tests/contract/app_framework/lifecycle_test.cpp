@@ -40,6 +40,13 @@ TEST_F(LifecycleTest, CallsCreateThenTheLaunchRequestThenTerminateOnce)
     EXPECT_THAT(calls(app->lines()), ElementsAre("create", "control", "terminate"));
 }
 
+TEST_F(LifecycleTest, NothingThatTheApplicationLeftBehindIsCalledAfterTerminate)
+{
+    auto app = start_and_show();
+    EXPECT_EQ(quit(*app), 0) << app->errors();
+    EXPECT_THAT(app->lines(), Not(Contains(HasSubstr("after the end"))));
+}
+
 TEST_F(LifecycleTest, AnOrdinaryLifeLogsNoErrorLine)
 {
     auto app = start_and_show();

@@ -79,6 +79,7 @@ TEST_F(ServiceInASessionTest, TheEndWaitsUntilTheSessionIsBack)
     manager_->say("active 1");
 
     EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_THAT(app->lines(), testing::Not(testing::Contains(testing::HasSubstr("after the end"))));
 }
 
 TEST_F(ServiceInASessionTest, ASignalEndsItAllTheSame)

@@ -1,7 +1,8 @@
 // A small application on the framework. It writes what happens to it to its standard output, one
 // line each, and does what lines on its standard input say:
-//   quit | quit-from-a-thread | hide | delete | close | sync | turn DEGREES | press KEY | panel-key
-//   | language | keyboard (answered as soon as the window has it)
+//   quit (leaves a timer and an idler behind) | quit-from-a-thread | hide | delete | close | sync
+//   | turn DEGREES | press KEY | panel-key | language
+//   | keyboard (answered as soon as the window has it)
 //   | only X Y WIDTH HEIGHT (leaves nothing but the square, there)
 //   | redraw (a corner of the real window, nothing of its content; answered with "redrawn")
 // Environment: TEST_CREATE_FAILS, TEST_QUIT_IN_CREATE, TEST_QUIT_IN_CONTROL; TEST_POWER_OFF_ONLY
@@ -35,6 +36,7 @@ namespace {
 Evas_Object *window = nullptr;
 Evas_Object *mark = nullptr;
 Evas_Object *button = nullptr;
+bool has_ended = false;
 bool has_keyboard = false;
 bool keyboard_asked_for = false;
 
@@ -244,9 +246,22 @@ void quit_from_a_thread()
         nullptr);
 }
 
+/** What an application need not let go of, because it goes with the main loop. */
+void leave_behind()
+{
+    const auto tell_when_late = [](void *what) -> Eina_Bool {
+        if (has_ended)
+            say("%s after the end", static_cast<const char *>(what));
+        return ECORE_CALLBACK_RENEW;
+    };
+    ecore_timer_add(0.0, tell_when_late, "timer");
+    ecore_idler_add(tell_when_late, "idler");
+}
+
 void obey(const std::string &command)
 {
     if (command == "quit") {
+        leave_behind();
         ui_app_exit();
         ui_app_exit();
     } else if (command == "quit-from-a-thread") {
@@ -354,6 +369,7 @@ void on_terminate(void *)
     VirtualKey_Finalize();
     display_rotator_remove_cb(on_rotator);
     delete_window();
+    has_ended = true;
     // The loop is over; asking for its end changes nothing, whoever asks.
     ui_app_exit();
     std::thread(ui_app_exit).join();
