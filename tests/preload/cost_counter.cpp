@@ -11,7 +11,6 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/epoll.h>
@@ -20,6 +19,8 @@
 #include <sys/socket.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
+
+#include "next.h"
 
 namespace {
 
@@ -34,11 +35,6 @@ static_assert(sizeof(Counts) == 3 * sizeof(uint64_t));
 // Until the file is there, what is counted goes here and is not seen.
 Counts before_the_file;
 std::atomic<Counts *> counts{&before_the_file};
-
-template <typename Function> Function *next(const char *name)
-{
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
 
 void count(std::atomic<uint64_t> Counts::*which)
 {
@@ -57,12 +53,6 @@ FILE *opened(FILE *file)
 {
     opened(file ? 0 : -1);
     return file;
-}
-
-/** The third word of open(), which is there only where a file may be made. */
-mode_t mode_in(va_list words, int flags)
-{
-    return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(words, mode_t) : 0;
 }
 
 __attribute__((constructor)) void map_the_file()

@@ -17,13 +17,14 @@
 #include <cstdlib>
 #include <ctime>
 
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/mman.h>
 #include <sys/time.h>
 #include <ucontext.h>
 #include <unistd.h>
+
+#include "next.h"
 
 // The allocator's own names are called, because asking for them by dlsym() may allocate. What a
 // sanitized player starts may have no sanitizer.
@@ -56,11 +57,6 @@ static_assert(sizeof(Shortage) == 4 * sizeof(int64_t));
 // Until the file is there nothing is short.
 Shortage none;
 std::atomic<Shortage *> shortage{&none};
-
-template <typename Function> Function *next(const char *name)
-{
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
 
 Shortage &present()
 {

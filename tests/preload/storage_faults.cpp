@@ -3,14 +3,14 @@
 // everybody who runs the tests has, and could not refuse a write.
 //
 // STORAGE_FAULTS   the file that says what is wrong at the moment, a fault a line: its name and
-// what the
-//                  paths begin with that it holds for. Without the file all is well. It is looked
-//                  at with each call and so has to be replaced as a whole.
+//                  what the paths begin with that it holds for. Without the file all is well. It is
+//                  looked at with each call and so has to be replaced as a whole.
 //
 // hangs       a read waits until the fault is gone
 // dead        so does whatever opens a file, looks at one or lists a folder
 // eio         a read fails, as on a disk that was pulled out
 // eio_often   one read of three fails
+// unsynced    nothing gets to the medium: a sync waits until the fault is gone
 // full        nothing can be written, and no folder made
 // read_only   nothing can be opened for writing, made, renamed or removed
 
@@ -23,30 +23,27 @@
 #include <string_view>
 
 #include <dirent.h>
-#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
 
+#include "next.h"
+
 namespace {
 
 constexpr timespec LOOK_AGAIN{0, 10'000'000};
 constexpr unsigned int READS_TO_A_FAILURE = 3;
 
-enum class Fault { None, Hangs, Dead, Eio, EioOften, Full, ReadOnly };
+enum class Fault { None, Hangs, Dead, Eio, EioOften, Unsynced, Full, ReadOnly };
 
 constexpr struct {
     std::string_view name;
     Fault fault;
-} NAMES[] = {{"hangs", Fault::Hangs},        {"dead", Fault::Dead}, {"eio", Fault::Eio},
-             {"eio_often", Fault::EioOften}, {"full", Fault::Full}, {"read_only", Fault::ReadOnly}};
-
-template <typename Function> Function *next(const char *name)
-{
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
+} NAMES[] = {{"hangs", Fault::Hangs},        {"dead", Fault::Dead},         {"eio", Fault::Eio},
+             {"eio_often", Fault::EioOften}, {"unsynced", Fault::Unsynced}, {"full", Fault::Full},
+             {"read_only", Fault::ReadOnly}};
 
 Fault named(std::string_view name)
 {
@@ -136,6 +133,12 @@ bool may_write(int descriptor)
     return (fault != Fault::Full || refuse(ENOSPC)) && (fault != Fault::ReadOnly || refuse(EROFS));
 }
 
+void wait_until_synced(int descriptor)
+{
+    while (fault_of(descriptor) == Fault::Unsynced)
+        look_again();
+}
+
 /** Waits as long as nobody answers. @return the fault that there is then */
 Fault answered(const char *path)
 {
@@ -156,12 +159,6 @@ bool may_change(const char *path)
     return answered(path) != Fault::ReadOnly || refuse(EROFS);
 }
 
-/** The third word of open(), which is there only where a file may be made. */
-mode_t mode_in(va_list words, int flags)
-{
-    return (flags & (O_CREAT | O_TMPFILE)) != 0 ? va_arg(words, mode_t) : 0;
-}
-
 } // namespace
 
 ssize_t read(int descriptor, void *buffer, size_t size)
@@ -180,6 +177,20 @@ ssize_t write(int descriptor, const void *buffer, size_t size)
 {
     static auto *const original = next<decltype(write)>("write");
     return may_write(descriptor) ? original(descriptor, buffer, size) : -1;
+}
+
+int fsync(int descriptor)
+{
+    static auto *const original = next<decltype(fsync)>("fsync");
+    wait_until_synced(descriptor);
+    return original(descriptor);
+}
+
+int fdatasync(int descriptor)
+{
+    static auto *const original = next<decltype(fdatasync)>("fdatasync");
+    wait_until_synced(descriptor);
+    return original(descriptor);
 }
 
 int open(const char *path, int flags, ...)

@@ -9,9 +9,9 @@
 #include <cmath>
 #include <cstdlib>
 
-#include <dlfcn.h>
-
 #include <Ecore.h>
+
+#include "next.h"
 
 namespace {
 
@@ -29,22 +29,17 @@ double at_test_speed(double seconds)
     return seconds >= above ? seconds / speed : seconds;
 }
 
-template <typename Function> Function *toolkits(const char *name)
-{
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, name));
-}
-
 } // namespace
 
 Ecore_Timer *ecore_timer_add(double seconds, Ecore_Task_Cb callback, const void *data)
 {
-    static auto *const original = toolkits<decltype(ecore_timer_add)>("ecore_timer_add");
+    static auto *const original = next<decltype(ecore_timer_add)>("ecore_timer_add");
     return original(at_test_speed(seconds), callback, data);
 }
 
 void ecore_timer_interval_set(Ecore_Timer *timer, double seconds)
 {
     static auto *const original =
-        toolkits<decltype(ecore_timer_interval_set)>("ecore_timer_interval_set");
+        next<decltype(ecore_timer_interval_set)>("ecore_timer_interval_set");
     original(timer, at_test_speed(seconds));
 }
