@@ -27,7 +27,9 @@ int vconf_get_int(const char *key, int *value);
 
 /**
  * Writes an integer key, creating it when it does not exist. A "db/" key is on the medium when the
- * call returns.
+ * call returns, unless the medium is so slow that the main loop must not wait for it. Such a value
+ * is read as any other and follows in the order of the calls; until it is there, a crash leaves the
+ * old one, and when it cannot be written in the end, the old one stands again.
  *
  * @return 0, or -1 when it could not be written; the old value then stands
  */

@@ -194,6 +194,31 @@ def test_disk_that_takes_no_keys_keeps_the_old_ones(tv, screen, content, shelf):
     screen.wait_for("red")
 
 
+def test_disk_that_does_not_sync_holds_up_no_key(tv, screen, content, shelf):
+    tv.configure(panel={"rotator": "yes"})
+    shelf.video(content / "red.mp4", "red")
+    player = tv.start(folder=content, **tv.breakable())
+    screen.wait_for("red")
+    tv.press("XF86ChannelGuide")
+    tv.wait_config(PORTRAIT_TIMER, 0)
+
+    tv.break_storage(unsynced=tv.state_dir)
+    tv.press("XF86RaiseChannel")
+    player.log.wait(f"{PORTRAIT_TIMER} takes long to be written")
+    tv.press("XF86RaiseChannel")
+    assert tv.status()["panel"], "the main loop answers"
+    assert tv.config(PORTRAIT_TIMER) == 0, "until it is on the medium the old value stands"
+    tv.break_storage()
+    tv.wait_config(PORTRAIT_TIMER, 2)
+
+    tv.break_storage(unsynced=tv.state_dir)
+    tv.press("XF86RaiseChannel")
+    player.tolerate(f"{PORTRAIT_TIMER} may keep its old value: 3 is not written yet")
+    tv.set_config(DEMO_MODE, -1)
+    assert player.wait_end() == 0
+    assert tv.config(PORTRAIT_TIMER) == 2
+
+
 def test_state_that_is_removed_is_begun_anew(tv, screen, content, shelf):
     for colour in ("red", "green"):
         shelf.video(content / f"{colour}.mp4", colour, seconds=1)

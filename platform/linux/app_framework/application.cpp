@@ -174,6 +174,7 @@ void Application::stop_services()
     window_.reset();
     keys_.reset();
     instance_.reset();
+    finish_writes();
 }
 
 /** Lets a service manager watch the main loop, the picture and the memory. */

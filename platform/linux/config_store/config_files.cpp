@@ -35,11 +35,6 @@ bool starts_with(std::string_view text, std::string_view prefix)
     return text.substr(0, prefix.size()) == prefix;
 }
 
-bool survives(std::string_view key)
-{
-    return starts_with(key, DB);
-}
-
 std::string text_of(int value)
 {
     return std::to_string(value) + "\n";
@@ -178,6 +173,11 @@ bool ConfigFiles::is_valid_key(std::string_view key)
         before = c;
     }
     return before != '/';
+}
+
+bool ConfigFiles::survives(std::string_view key)
+{
+    return starts_with(key, DB);
 }
 
 bool ConfigFiles::parse(std::string_view text, int &value)

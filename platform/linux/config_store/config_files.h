@@ -36,6 +36,9 @@ class ConfigFiles {
      */
     static bool is_valid_key(std::string_view key);
 
+    /** Whether a valid key outlasts the machine's next start, and is synced to the medium. */
+    static bool survives(std::string_view key);
+
     /** Reads a text as a file would be read: an integer, then nothing but white space. */
     static bool parse(std::string_view text, int &value);
 

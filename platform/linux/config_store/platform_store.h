@@ -22,4 +22,11 @@ void write_factory_defaults();
  */
 void on_own_write(std::function<void(const std::string &key, int value)> listener);
 
+/**
+ * Waits, a second and a half at most, until all that the application has written is on the medium.
+ *
+ * @return false when something is not, which is in the log; it may get there yet
+ */
+bool finish_writes();
+
 } // namespace platform

@@ -1,14 +1,20 @@
-// A key's value after a power cut: what is synced, and in front of what.
+// A key's value after a power cut: what is synced, and in front of what. A medium that takes long.
+#include <algorithm>
 #include <cerrno>
+#include <condition_variable>
 #include <cstdio>
 #include <filesystem>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include "config_store.h"
 #include "config_store/config_files.h"
+#include "config_store/platform_store.h"
+#include "config_store_fixture.h"
 #include "store_support/captured_log.h"
 #include "store_support/scratch.h"
 
@@ -22,6 +28,28 @@ using testing::HasSubstr;
 std::vector<std::string> done;
 bool syncing_fails = false;
 
+/** Where a sync waits while the medium is held. */
+class Medium {
+  public:
+    void set_held(bool held)
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        held_ = held;
+        changed_.notify_all();
+    }
+
+    void pass()
+    {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait(lock, [this] { return !held_; });
+    }
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    bool held_ = false;
+} medium;
+
 std::string name_of(const fs::path &path)
 {
     return path.filename().string().front() == '.' ? "new" : path.filename().string();
@@ -29,6 +57,7 @@ std::string name_of(const fs::path &path)
 
 int synced(int descriptor)
 {
+    medium.pass();
     done.push_back("sync " +
                    name_of(fs::read_symlink("/proc/self/fd/" + std::to_string(descriptor))));
     errno = EIO;
@@ -109,6 +138,86 @@ TEST_F(ConfigSync, AFailedSyncIsLoggedAndTheOldValueStands)
     int value = 0;
     EXPECT_TRUE(files_.read("db/a/key", value));
     EXPECT_EQ(value, 1);
+}
+
+/** The store as the player calls it, with a value that the medium does not take yet. */
+class SlowMedium : public ConfigStoreFixture {
+  protected:
+    SlowMedium()
+    {
+        EXPECT_EQ(vconf_set_int(key("a"), 1), 0);
+        EXPECT_EQ(vconf_set_int(key("b"), 1), 0);
+        done.clear();
+        medium.set_held(true);
+        EXPECT_EQ(vconf_set_int(key("a"), 2), 0);
+    }
+    ~SlowMedium() override
+    {
+        medium.set_held(false);
+        EXPECT_TRUE(platform::finish_writes());
+        syncing_fails = false;
+    }
+
+    static int read(const char *key)
+    {
+        int value = -99;
+        EXPECT_EQ(vconf_get_int(key, &value), 0);
+        return value;
+    }
+
+    int on_medium(const char *key) const
+    {
+        int value = -99;
+        EXPECT_TRUE(platform::ConfigFiles::parse(store_test::read_file(path(key)), value));
+        return value;
+    }
+
+    const store_test::CapturedLog log_;
+};
+
+TEST_F(SlowMedium, DoesNotHoldUpWhoWritesAndReadsTheNewValue)
+{
+    EXPECT_EQ(read(key("a")), 2);
+    EXPECT_EQ(on_medium(key("a")), 1);
+    EXPECT_THAT(log_.text(), HasSubstr("a takes long to be written; it is not waited for"));
+
+    medium.set_held(false);
+    EXPECT_TRUE(platform::finish_writes());
+    EXPECT_EQ(on_medium(key("a")), 2);
+    EXPECT_EQ(read(key("a")), 2);
+}
+
+TEST_F(SlowMedium, GetsTheNewestValuesOnlyAndInTheirOrder)
+{
+    EXPECT_EQ(vconf_set_int(key("a"), 3), 0);
+    EXPECT_EQ(vconf_set_int(key("b"), 2), 0);
+    EXPECT_EQ(vconf_set_int(key("a"), 4), 0);
+    EXPECT_EQ(read(key("a")), 4);
+
+    medium.set_held(false);
+    EXPECT_TRUE(platform::finish_writes());
+    EXPECT_EQ(read(key("a")), 4);
+    done.erase(std::remove_if(done.begin(), done.end(),
+                              [](const auto &what) { return what.compare(0, 6, "rename") != 0; }),
+               done.end());
+    EXPECT_THAT(done, ElementsAre("rename new to a", "rename new to b", "rename new to a"));
+}
+
+TEST_F(SlowMedium, ThatFailsInTheEndLeavesTheOldValue)
+{
+    syncing_fails = true;
+    medium.set_held(false);
+    EXPECT_TRUE(platform::finish_writes());
+    EXPECT_EQ(read(key("a")), 1);
+    EXPECT_THAT(log_.text(), HasSubstr("a could not be written: Input/output error"));
+
+    EXPECT_EQ(vconf_set_int(key("a"), 3), -1) << "it answers in time again";
+}
+
+TEST_F(SlowMedium, IsWaitedForAtTheEndButNotForEver)
+{
+    EXPECT_FALSE(platform::finish_writes());
+    EXPECT_THAT(log_.text(), HasSubstr("a may keep its old value: 2 is not written yet"));
 }
 
 } // namespace
