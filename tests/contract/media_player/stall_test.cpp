@@ -381,5 +381,22 @@ INSTANTIATE_TEST_SUITE_P(
         return name.substr(0, name.find('.'));
     });
 
+// The reader asks for the next round as soon as it has read one, and holds the last picture then
+// until there is room for it behind slides that are still to be shown.
+TEST_F(StallTest, AFilmOfSlowSlidesThatGoesRoundDoesNotStall)
+{
+    const std::string file = path("slides.flv");
+    run_ffmpeg("-f lavfi -i testsrc2=size=64x32:rate=1/5:duration=15 " + file);
+    ASSERT_EQ(prepare(file), PLAYER_ERROR_NONE);
+    player_->set_looping(true);
+    ASSERT_TRUE(wait_for_event("prepared"));
+    ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(wait_for([this] { return shown() > 2 || stalls() > 0; }));
+
+    EXPECT_EQ(stalls(), 0u);
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+}
+
 } // namespace
 } // namespace player_test
