@@ -2,6 +2,7 @@
 # Tries the Debian packages, as packaging/check-packages.sh has it run in bare systems.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
+. packaging/trial-steps.sh
 
 usage() {
     cat <<TEXT
@@ -11,23 +12,6 @@ Usage: packaging/package-trial.sh build | use
          installed over themselves, and are purged
 Works only in the bare systems that packaging/check-packages.sh makes.
 TEXT
-}
-
-fail() {
-    echo "package-trial.sh: $1" >&2
-    exit 1
-}
-
-# wait_for WHAT COMMAND...: until the command succeeds.
-wait_for() {
-    local what=$1 round
-    shift
-    for round in $(seq 1200); do
-        ! "$@" || return 0
-        sleep 0.1
-    done
-    tail -n 40 "$work"/*.log >&2
-    fail "waited in vain for $what"
 }
 
 build() {
@@ -172,7 +156,7 @@ use() {
 case ${1:-} in
     build | use)
         [ -e /etc/bare-system ] || { echo "package-trial.sh: this is no bare system." >&2; exit 2; }
-        work=$(mktemp -d)
+        work=$(mktemp -d) logs=$work
         chmod 755 "$work"
         trap 'kill $(jobs -p) 2>/dev/null || true' EXIT
         "$1" ;;

@@ -2,6 +2,7 @@
 # The commands of README.md: lists them, or runs them as a reader would.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
+. packaging/trial-steps.sh
 
 usage() {
     cat <<TEXT
@@ -62,23 +63,6 @@ list() {
 }
 
 # ---- In the bare system ---------------------------------------------------------------------------
-
-fail() {
-    echo "readme-commands.sh: $1" >&2
-    tail -n 20 "$logs"/*.log 2>/dev/null >&2 || true
-    exit 1
-}
-
-# wait_for WHAT COMMAND...: until the command succeeds.
-wait_for() {
-    local what=$1 round
-    shift
-    for round in $(seq 600); do
-        ! "$@" || return 0
-        sleep 0.1
-    done
-    fail "waited in vain for $what"
-}
 
 # in_background NAME COMMAND...: its process is $started.
 in_background() {
