@@ -7,6 +7,7 @@ import pytest
 
 from harness.content import order_in, picture, with_default_folder
 from harness.player import PLAYBACK_STATUS, USE_MODE, obeying_permissions
+from harness.service import Service
 from harness.waiting import wait_until
 
 CANNOT_OPEN = r"m_CreatePlayList\(\d+\) > open dir \[.*\] failed"
@@ -131,6 +132,39 @@ def test_stick_pulled_while_photos_show_and_put_back(tv, screen, tmp_path):
     os.rename(tmp_path / "pocket", stick)
     tv.wait_config(PLAYBACK_STATUS, 1)
     assert player.running()
+
+
+def test_stick_plays_while_it_is_plugged_in(tv, screen, content, tmp_path, shelf):
+    stick, pocket = tmp_path / "stick", tmp_path / "pocket"
+    (pocket / "Demo").mkdir(parents=True)
+    shelf.video(pocket / "Demo" / "green.mp4", "green")
+    shelf.video(content / "red.mp4", "red")
+    tv.configure(content={"follow_sticks": "yes"}, usb={"mounts": str(stick)})
+    with Service(tv, None, prefix=with_default_folder(content)) as service:
+        wait_until(lambda: screen.shown() == "red", "the built-in content")
+        os.rename(pocket, stick)
+        tv.tvctl("usb", "add", str(stick))
+        wait_until(lambda: screen.shown() == "green", "the stick's content")
+        service.wait_told("READY")
+        service.lives[-1].tolerate("PLATFORM")  # the film goes away under it
+        os.rename(stick, pocket)
+        tv.tvctl("usb", "add", str(content))  # another stick; whatever comes or goes, all are looked at
+        wait_until(lambda: screen.shown() == "red", "the built-in content")
+        assert [life.wait_end() for life in service.lives[:2]] == [0, 0]
+
+
+def test_changed_folder_is_taken_up_between_two_rounds(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red")
+    tv.configure(content={"follow_folder": "yes"})
+    with Service(tv, content) as service:
+        wait_until(lambda: screen.shown() == "red", "the film")
+        shelf.video(content / "green.mp4", "green")
+        assert service.lives[0].wait_end() == 0
+        log = service.lives[0].log
+        (noticed, _), = log.find_all("holds other files; they are played after this one")
+        (ended, _), = log.find_all("ending, to be started anew with other content")
+        assert noticed <= ended
+        wait_until(lambda: screen.shown() == "green", "the new film")
 
 
 def test_ten_thousand_files(tv, screen, content):

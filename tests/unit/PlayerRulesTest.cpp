@@ -17,6 +17,7 @@
 #include "player_rules/user_interface.h"
 #include "widget_extension.h"
 
+using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
@@ -114,6 +115,18 @@ TEST_F(PlayerRulesTest, FilesAreOfThePlayersKinds)
             ASSERT_FALSE(played.empty());
             EXPECT_THAT(expected[number++], ElementsAreArray(played));
         }
+    }
+}
+
+TEST_F(PlayerRulesTest, SubtitlesAreThoseThatThePlayerTakes)
+{
+    for (const char *extension : {"srt", "SRT", "sub", "ttxt", "txt", "ssa", "ass", "psb", "sami",
+                                  "smi", "mpl", "vtt", "jpg", "mp4", "mp3"}) {
+        const std::string name = std::string("b a.") + extension;
+        fake_.storage.add_folder(FOLDER, {"a.mkv", name});
+        player_.m_CreatePlayList();
+        const bool taken = player_.m_vdcLandscapeVideos.front().strSubtitleName == name;
+        EXPECT_EQ(platform::is_subtitle(name), taken) << name;
     }
 }
 
@@ -302,6 +315,19 @@ TEST_F(PlayersLaunchTest, ExtrasHaveTheNamesThatThePlayerAsksFor)
                 UnorderedElementsAre(platform::FOLDER_PATH_EXTRA, platform::PATH_LOCATION_EXTRA,
                                      platform::PLAYER_MODE_EXTRA, platform::REPEAT_MODE_EXTRA,
                                      platform::MODE_EXTRA, platform::RELOCATE_BELOW_EXTRA));
+}
+
+TEST_F(PlayersLaunchTest, FolderOfARequestIsTheOneThatThePlayerLists)
+{
+    using Extras = std::map<std::string, std::string>;
+    for (const Extras &extras :
+         {Extras(), Extras{{"folder_path", "/media/named/"}}, Extras{{"folder_path", ""}},
+          platform::request_for("/media/chosen/")}) {
+        run_created([&] { fake_.app.launch({extras.begin(), extras.end()}); });
+        const std::string folder = platform::listed_folder(extras).value();
+        EXPECT_THAT(fake_.of({"opendir"}), Contains("opendir(\"" + folder + "\")"));
+    }
+    EXPECT_FALSE(platform::listed_folder({{"folder_path", "demo"}, {"path_location", "usb"}}));
 }
 
 TEST_F(PlayersLaunchTest, RequestsStartPlaybackWhereThePlayerStartsIt)

@@ -15,17 +15,20 @@
 #include "app_framework/session_watch.h"
 #include "app_framework/single_instance.h"
 #include "config_store/platform_store.h"
+#include "content_watch/content_watch.h"
 #include "control/control.h"
 #include "device_power/power_service.h"
 #include "key_router/key_translator.h"
 #include "log/platform_log.h"
 #include "lookahead/lookahead.h"
 #include "media_player/media_system.h"
+#include "media_player/player_status.h"
 #include "panel/panel_model.h"
 #include "panel/rotation_state.h"
 #include "panel/timed_rotation.h"
 #include "player_rules/launch_rules.h"
 #include "player_rules/user_interface.h"
+#include "settings/settings.h"
 #include "still_picture/picture_ahead.h"
 #include "usb_storage/usb_watch.h"
 #include "video_plane/video_plane.h"
@@ -166,6 +169,7 @@ void Application::be_controlled_by(sd_bus *bus)
 void Application::stop_services()
 {
     control_stop();
+    content_.reset();
     usb_watch_.reset();
     Lookahead::get().stop();
     PowerService::get().stop();
@@ -197,6 +201,32 @@ void Application::follow_manager()
         PLATFORM_LOGI(SERVICE, "ending, to be started anew with less memory");
         quit();
     });
+}
+
+/**
+ * Has the player end, to be started anew, when there is other content to be played.
+ *
+ * @return what the application is to be asked for
+ */
+Extras Application::follow_content(Extras extras)
+{
+    const Settings &settings = Settings::get();
+    if (content_ || !starts_playback(extras) || !(settings.follow_folder || settings.follow_sticks))
+        return extras;
+    if (!ServiceManager::get().present()) {
+        PLATFORM_LOGI(SERVICE, "content is not followed: nobody would start the player again");
+        return extras;
+    }
+    ContentWatch::Environment environment;
+    environment.follow_folder = settings.follow_folder;
+    environment.follow_sticks = settings.follow_sticks;
+    environment.restart = [this] {
+        PLATFORM_LOGI(SERVICE, "ending, to be started anew with other content");
+        quit();
+    };
+    environment.nothing_plays = [] { return current_player_status().looks_again_ms >= 0; };
+    content_ = std::make_unique<ContentWatch>(std::move(environment));
+    return content_->begin(extras);
 }
 
 /**
@@ -293,7 +323,7 @@ void Application::deliver(Extras extras)
 {
     if (first_launch_.tv_sec == 0)
         clock_gettime(CLOCK_REALTIME, &first_launch_);
-    app_control_s request = {std::move(extras)};
+    app_control_s request = {follow_content(std::move(extras))};
     if (callbacks_.app_control)
         callbacks_.app_control(&request, user_data_);
     if (starts_playback(request.extras))

@@ -33,6 +33,7 @@ struct app_event_handler_s {
 
 namespace platform {
 
+class ContentWatch;
 class KeyTranslator;
 class SessionWatch;
 class SingleInstance;
@@ -66,6 +67,7 @@ class Application {
     void be_controlled_by(sd_bus *bus);
     void stop_services();
     void follow_manager();
+    Extras follow_content(Extras extras);
     void await_session();
     void freeze_timers() const;
     void session_changed(bool active);
@@ -94,6 +96,7 @@ class Application {
     std::unique_ptr<SingleInstance> instance_;
     std::unique_ptr<SessionWatch> session_;
     std::unique_ptr<UsbWatch> usb_watch_;
+    std::unique_ptr<ContentWatch> content_; ///< from the first request on that plays something
     std::unique_ptr<KeyTranslator> keys_;
     std::unique_ptr<TvWindow> window_;
 };

@@ -72,19 +72,29 @@ void Lookahead::on_begun(const PlayedItem &item)
     post([this, path = item.path, former] {
         forget_end();
         drop_unless(path);
+        tell_change();
         look_at_growth(former, path);
     });
 }
 
 void Lookahead::on_round(const std::string &path)
 {
-    post([this, path] { look_at_growth(path, path); });
+    post([this, path] {
+        tell_change();
+        look_at_growth(path, path);
+    });
 }
 
 void Lookahead::set_growth_listener(std::function<void()> listener)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     growth_listener_ = std::move(listener);
+}
+
+void Lookahead::call_at_change(std::function<void()> listener)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    change_listener_ = std::move(listener);
 }
 
 void Lookahead::on_nearly_over(const std::string &path)
@@ -169,6 +179,17 @@ void Lookahead::look_at_memory(Time now)
     memory_look_ = now + environment_.memory_interval;
     if (environment_.available_memory_kb() < LEAST_FREE_MEMORY_KB)
         drop_unless({});
+}
+
+void Lookahead::tell_change()
+{
+    std::function<void()> tell;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        tell = std::exchange(change_listener_, {});
+    }
+    if (tell)
+        tell();
 }
 
 void Lookahead::look_at_growth(const std::string &from, const std::string &to)

@@ -77,6 +77,12 @@ class Lookahead {
      */
     void set_growth_listener(std::function<void()> listener);
 
+    /**
+     * Has somebody told, once, that one item has ended, or a round of one that plays over and over,
+     * and the next is asked for. On the look-ahead's own thread.
+     */
+    void call_at_change(std::function<void()> listener);
+
     /** Opens nothing any more, and ends the thread; at the end of the process. */
     void stop() { thread_.stop(); }
 
@@ -97,6 +103,7 @@ class Lookahead {
     void open_after(const std::string &path);
     bool is_latest(const std::string &path);
     void drop_unless(const std::string &path);
+    void tell_change();
     void look_at_growth(const std::string &from, const std::string &to);
     void forget_approach();
     void forget_end();
@@ -107,6 +114,7 @@ class Lookahead {
     ItemHistory history_;
     bool nearly_over_ = false; ///< the latest item; what follows now follows its end
     std::function<void()> growth_listener_;
+    std::function<void()> change_listener_;
     Opener video_;
     Opener photo_;
 

@@ -16,7 +16,16 @@ constexpr std::string_view VIDEOS = ".ts/.avi/.mp4/.asf/.wmv/.ogg/.flv/.mpeg/.mk
 constexpr std::string_view VIDEOS_OF_DIRECT_BACKLIGHT =
     ".smp4/.ts/.avi/.mp4/.asf/.wmv/.ogg/.flv/.mpeg/.mkv/.tp";
 constexpr std::string_view PHOTOS = ".jpg/.jpeg";
+constexpr std::string_view SUBTITLES = ".smi/.srt/.sub/.ttxt/.txt/.ssa/.ass/.psb/.sami/.mpl";
 constexpr std::string_view PORTRAIT_PREFIX = "portrait_";
+
+/** Whether the extension of a name is found in a text. */
+bool ends_as(std::string_view name, std::string_view extensions)
+{
+    const size_t dot = name.rfind('.');
+    return dot != std::string_view::npos && name != "." && name != ".." &&
+           find_nocase(extensions, name.substr(dot)) != std::string_view::npos;
+}
 
 struct DirectoryCloser {
     void operator()(DIR *directory) const { closedir(directory); }
@@ -26,15 +35,14 @@ struct DirectoryCloser {
 
 ContentKind content_kind(std::string_view name, bool direct_backlight)
 {
-    const size_t dot = name.rfind('.');
-    if (dot == std::string_view::npos || name == "." || name == "..")
-        return ContentKind::Other;
-    const auto is_among = [extension = name.substr(dot)](std::string_view extensions) {
-        return find_nocase(extensions, extension) != std::string_view::npos;
-    };
-    if (is_among(direct_backlight ? VIDEOS_OF_DIRECT_BACKLIGHT : VIDEOS))
+    if (ends_as(name, direct_backlight ? VIDEOS_OF_DIRECT_BACKLIGHT : VIDEOS))
         return ContentKind::Video;
-    return is_among(PHOTOS) ? ContentKind::Photo : ContentKind::Other;
+    return ends_as(name, PHOTOS) ? ContentKind::Photo : ContentKind::Other;
+}
+
+bool is_subtitle(std::string_view name)
+{
+    return content_kind(name, true) == ContentKind::Other && ends_as(name, SUBTITLES);
 }
 
 bool is_portrait_content(std::string_view name)

@@ -23,6 +23,9 @@ constexpr int DIRECT_BACKLIGHT = 1;
 /** @param direct_backlight whether the set is of those models */
 ContentKind content_kind(std::string_view name, bool direct_backlight);
 
+/** Whether a file of that name is looked at for a subtitle. */
+bool is_subtitle(std::string_view name);
+
 /** Whether a file is for the upright panel. */
 bool is_portrait_content(std::string_view name);
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string>
 
 namespace platform {
@@ -20,6 +21,25 @@ inline bool starts_playback(const std::map<std::string, std::string> &extras)
     const auto below = extras.find(RELOCATE_BELOW_EXTRA);
     return extras.count(MODE_EXTRA) == 0 &&
            (below == extras.end() || below->second != "com.norvane.tv.aod");
+}
+
+/** What is played where a request names no folder. */
+inline constexpr char BUILT_IN_FOLDER[] = "/opt/data/demo_movie/";
+
+/** The folder whose files the player lists; nothing for one that it looks for on USB. */
+inline std::optional<std::string> listed_folder(const std::map<std::string, std::string> &extras)
+{
+    const auto location = extras.find(PATH_LOCATION_EXTRA);
+    if (location != extras.end() && location->second == "usb")
+        return std::nullopt;
+    const auto folder = extras.find(FOLDER_PATH_EXTRA);
+    return folder != extras.end() && !folder->second.empty() ? folder->second : BUILT_IN_FOLDER;
+}
+
+/** A request for the contents of a folder. @param folder with a slash at its end */
+inline std::map<std::string, std::string> request_for(const std::string &folder)
+{
+    return {{PLAYER_MODE_EXTRA, "folder_contents_player"}, {FOLDER_PATH_EXTRA, folder}};
 }
 
 } // namespace platform

@@ -25,6 +25,8 @@ struct Settings {
 
     // [content]
     bool skip_broken_videos = false; ///< "broken_video": end or skip
+    bool follow_folder = false;      ///< begins anew when the folder that is played has changed
+    bool follow_sticks = false;      ///< a stick's folder "demo" goes before the built-in one
 
     // [product]
     bool disclaimer = false;      ///< the feature that shows the disclaimer

@@ -107,6 +107,10 @@ const std::map<std::string, Parser> &parsers()
              s.skip_broken_videos = value == "skip";
              return true;
          }},
+        {"content/follow_folder",
+         [](std::string_view value, Settings &s) { return parse_bool(value, s.follow_folder); }},
+        {"content/follow_sticks",
+         [](std::string_view value, Settings &s) { return parse_bool(value, s.follow_sticks); }},
         {"product/disclaimer",
          [](std::string_view value, Settings &s) { return parse_bool(value, s.disclaimer); }},
         {"product/store_content_type",

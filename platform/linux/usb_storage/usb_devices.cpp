@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -19,6 +20,12 @@ UsbChanges &manual_changes()
 {
     static UsbChanges changes;
     return changes;
+}
+
+std::function<void()> &change_listener()
+{
+    static std::function<void()> listener;
+    return listener;
 }
 
 bool contains(const std::vector<std::string> &paths, const std::string &path)
@@ -76,6 +83,17 @@ std::optional<std::vector<std::string>> usb_mount_paths(const UsbChanges &change
     return listed;
 }
 
+void usb_set_listener(std::function<void()> listener)
+{
+    change_listener() = std::move(listener);
+}
+
+void usb_tell_change()
+{
+    if (change_listener())
+        change_listener()();
+}
+
 bool usb_add(const std::string &path)
 {
     const std::string place = without_last_slashes(path);
@@ -86,6 +104,7 @@ bool usb_add(const std::string &path)
     if (!contains(usb_mount_paths(manual_changes()).value_or(std::vector<std::string>()), place))
         manual_changes().added.push_back(place);
     PLATFORM_LOGI("usb_storage", "%s was added", place.c_str());
+    usb_tell_change();
     return true;
 }
 
@@ -104,6 +123,7 @@ bool usb_remove(const std::string &path)
     // Whoever pulls it may want to unmount it next.
     Lookahead::get().drop();
     PLATFORM_LOGI("usb_storage", "%s was removed", place.c_str());
+    usb_tell_change();
     return true;
 }
 

@@ -5,6 +5,7 @@
  */
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,6 +29,15 @@ const UsbChanges &usb_changes();
  * @return nothing when neither udev nor the mount table can be read
  */
 std::optional<std::vector<std::string>> usb_mount_paths(const UsbChanges &changes);
+
+/**
+ * Has somebody told whenever what usb_mount_paths() answers may be another now: by usb_add(),
+ * usb_remove() and UsbWatch. Replaces whoever was told before; an empty function ends it.
+ */
+void usb_set_listener(std::function<void()> listener);
+
+/** Tells the listener, if there is one. */
+void usb_tell_change();
 
 /**
  * Treats a folder as a stick that was plugged in.

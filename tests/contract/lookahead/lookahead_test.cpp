@@ -22,6 +22,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 constexpr int64_t PLENTY_KB = int64_t{8} * 1024 * 1024;
 constexpr int64_t SHORT_KB =
@@ -386,6 +387,21 @@ TEST_F(LookaheadTest, TheFolderIsReadAsThePlayerReadsIt)
 }
 
 /** With a process whose own memory is what the test says. */
+TEST_F(LookaheadTest, ChangesAreToldOnceEach)
+{
+    begin("/a.mp4");
+    ASSERT_THAT(calls(), IsEmpty());
+    lookahead_.call_at_change([this] { record("changed"); });
+    lookahead_.on_nearly_over("/a.mp4");
+    EXPECT_THAT(calls(), Not(Contains("changed")));
+    begin("/b.mp4");
+    begin("/c.mp4");
+    EXPECT_THAT(calls_with("changed"), ElementsAre("changed"));
+    lookahead_.call_at_change([this] { record("changed"); });
+    lookahead_.on_round("/c.mp4");
+    EXPECT_THAT(calls(), ElementsAre("changed"));
+}
+
 class GrowthTest : public LookaheadTest {
   protected:
     static constexpr int64_t TOO_MUCH_KB = int64_t{301} * 1024;

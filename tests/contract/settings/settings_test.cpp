@@ -49,6 +49,8 @@ void expect_defaults(const Settings &settings)
     EXPECT_EQ(settings.first_rotation_state, 1);
     EXPECT_DOUBLE_EQ(settings.sdr_white, 203);
     EXPECT_FALSE(settings.skip_broken_videos);
+    EXPECT_FALSE(settings.follow_folder);
+    EXPECT_FALSE(settings.follow_sticks);
     EXPECT_FALSE(settings.disclaimer);
     EXPECT_EQ(settings.store_content_type, 0);
     EXPECT_EQ(settings.menu_orientation, "");
@@ -240,11 +242,13 @@ TEST_F(SettingsFile, ExampleHoldsOnlyTheDefaults)
     EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(SettingsFile, KioskPassesOverBrokenVideosAndIsElseAsUsual)
+TEST_F(SettingsFile, KioskPassesOverBrokenVideosFollowsItsContentAndIsElseAsUsual)
 {
     const CapturedLog log;
     Settings settings = Settings::read(KIOSK_TV_CONF);
-    EXPECT_TRUE(std::exchange(settings.skip_broken_videos, false));
+    for (bool *const differs :
+         {&settings.skip_broken_videos, &settings.follow_folder, &settings.follow_sticks})
+        EXPECT_TRUE(std::exchange(*differs, false));
     expect_defaults(settings);
     EXPECT_EQ(log.text(), "");
 }
@@ -263,7 +267,7 @@ TEST_F(SettingsFile, ExampleNamesNoUnknownKey)
         }
     }
     const Settings settings = read(uncommented);
-    EXPECT_EQ(keys, 13);
+    EXPECT_EQ(keys, 15);
     EXPECT_EQ(settings.usb_mounts.size(), 2u);
     EXPECT_EQ(settings.language, "ko_KR");
     EXPECT_EQ(log_, "");

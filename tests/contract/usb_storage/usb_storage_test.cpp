@@ -9,6 +9,7 @@
 #include "store_support/captured_log.h"
 #include "store_support/scratch.h"
 #include "usb_storage.h"
+#include "usb_storage/stick_content.h"
 #include "usb_storage/usb_devices.h"
 
 namespace {
@@ -119,6 +120,19 @@ TEST_F(UsbStorage, ConfiguredStickCanBePulledAndPutBack)
     EXPECT_FALSE(platform::usb_remove(stick("z")));
     EXPECT_TRUE(platform::usb_add(stick("z")));
     EXPECT_THAT(listed(), ElementsAre(stick("z"), stick("a")));
+}
+
+TEST_F(UsbStorage, ContentOfSticksIsTheirFolderDemoWithSomethingToPlay)
+{
+    store_test::write_file(stick("z") + "/DEMO/film.MP4", "");
+    store_test::write_file(stick("a") + "/demo/notes.txt", "");
+    store_test::write_file(stick("new") + "/demonstration/film.mp4", "");
+    EXPECT_THAT(platform::stick_contents({stick("a"), stick("z"), stick("new"), stick("missing")}),
+                ElementsAre(stick("z") + "/DEMO/"));
+    store_test::write_file(stick("a") + "/demo/photo.jpg", "");
+    store_test::write_file(stick("a") + "/Demo/photo.jpg", "");
+    EXPECT_THAT(platform::stick_contents({stick("a"), stick("z")}),
+                ElementsAre(stick("a") + "/demo/", stick("a") + "/Demo/", stick("z") + "/DEMO/"));
 }
 
 TEST_F(UsbStorage, OnlyAFolderCanBeAdded)

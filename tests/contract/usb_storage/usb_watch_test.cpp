@@ -8,10 +8,14 @@
 
 #include <Ecore.h>
 #include <gmock/gmock.h>
+#include <sched.h>
 #include <sys/eventfd.h>
+#include <sys/mount.h>
+#include <unistd.h>
 
 #include "base/descriptor.h"
 #include "lookahead/lookahead.h"
+#include "store_support/captured_log.h"
 #include "store_support/scratch.h"
 #include "usb_storage/usb_devices.h"
 #include "usb_storage/usb_watch.h"
@@ -78,13 +82,13 @@ TEST_F(LettingGo, ADiskThatIsPulledIsLetGoOf)
 {
     const platform::Descriptor news(eventfd(1, EFD_CLOEXEC));
     std::deque<std::string> actions = {"add", "change"};
-    platform::UsbWatch watch({news.number(), [&]() -> std::optional<std::string> {
-                                  if (actions.empty())
-                                      return std::nullopt;
-                                  const std::string action = actions.front();
-                                  actions.pop_front();
-                                  return action;
-                              }});
+    platform::UsbWatch watch({{news.number(), [&]() -> std::optional<std::string> {
+                                   if (actions.empty())
+                                       return std::nullopt;
+                                   const std::string action = actions.front();
+                                   actions.pop_front();
+                                   return action;
+                               }}});
     ecore_main_loop_iterate_may_block(1);
     ASSERT_TRUE(actions.empty());
     EXPECT_THAT(calls(), ElementsAre("open"));
@@ -95,9 +99,51 @@ TEST_F(LettingGo, ADiskThatIsPulledIsLetGoOf)
     EXPECT_THAT(calls(), ElementsAre("open", "drop"));
 }
 
-TEST_F(LettingGo, TheMachinesDisksCanBeWatched)
+TEST_F(LettingGo, WhoeverListensIsToldOfEachChange)
 {
-    EXPECT_TRUE(platform::UsbWatch::create());
+    std::vector<std::string> told;
+    platform::usb_set_listener([&] { told.emplace_back("told"); });
+    platform::usb_add(stick_.path());
+    EXPECT_THAT(told, ElementsAre("told"));
+    platform::usb_remove(stick_.path());
+    EXPECT_THAT(told, ElementsAre("told", "told"));
+
+    const platform::Descriptor news(eventfd(1, EFD_CLOEXEC));
+    std::deque<std::string> actions = {"mount"};
+    platform::UsbWatch watch({{news.number(), [&]() -> std::optional<std::string> {
+                                   if (actions.empty())
+                                       return std::nullopt;
+                                   actions.pop_front();
+                                   return "mount";
+                               }}});
+    ecore_main_loop_iterate_may_block(1);
+    platform::usb_set_listener({});
+    EXPECT_THAT(told, ElementsAre("told", "told", "told"));
+}
+
+TEST_F(LettingGo, TheMachinesDisksAndMountsCanBeWatched)
+{
+    const store_test::CapturedLog log;
+    platform::UsbWatch::create();
+    EXPECT_EQ(log.text(), "");
+}
+
+/** Mounts a file system where nobody else sees it. @return whether the listener was told of it */
+bool hears_of_mount(const std::string &place)
+{
+    if (unshare(getuid() == 0 ? CLONE_NEWNS : CLONE_NEWNS | CLONE_NEWUSER) != 0)
+        return false;
+    const auto watch = platform::UsbWatch::create();
+    bool told = false;
+    platform::usb_set_listener([&] { told = true; });
+    return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           mount("none", place.c_str(), "tmpfs", 0, nullptr) == 0 &&
+           store_test::run_loop_until([&] { return told; }, 60.0);
+}
+
+TEST_F(LettingGo, WhoeverListensIsToldOfAMount)
+{
+    EXPECT_EXIT(_exit(hears_of_mount(stick_.path()) ? 0 : 1), testing::ExitedWithCode(0), "");
 }
 
 } // namespace

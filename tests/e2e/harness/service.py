@@ -35,13 +35,14 @@ def seconds(text):
 class Service:
     """A player that is kept alive as long as the block lasts."""
 
-    def __init__(self, tv, folder, **environment):
+    def __init__(self, tv, folder, prefix=(), **environment):
         unit = settings()
         assert (unit["Type"], unit["Restart"]) == ("notify", "always")
         self._silence_s = seconds(unit["WatchdogSec"])
         self._pause_s = seconds(unit["RestartSec"])
         self._tv = tv
         self._folder = folder
+        self._prefix = (*prefix, *WATCHED)
         address = os.path.join(tv.screen.folder, "notify")
         self._environment = {**environment, "NOTIFY_SOCKET": address,
                              "WATCHDOG_USEC": str(round(self._silence_s * 1e6))}
@@ -69,7 +70,7 @@ class Service:
     def _run(self):
         while not self._ended.is_set():
             self.states.append([])
-            self.lives.append(self._tv.start(folder=self._folder, prefix=WATCHED,
+            self.lives.append(self._tv.start(folder=self._folder, prefix=self._prefix,
                                              **self._environment))
             while self.lives[-1].running() and not self._ended.is_set():
                 self._listen()

@@ -1,0 +1,60 @@
+/**
+ * Follows the content: notices that the folder that is played has changed, and that a USB stick
+ * with content comes or goes. The application makes its list of files once in its life, so new
+ * content takes a new life; who starts it is not this service's business. Main-loop thread only;
+ * disks are looked at by a thread of its own.
+ */
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "base/worker_thread.h"
+#include "content_watch/folder_events.h"
+#include "content_watch/folder_rest.h"
+
+namespace platform {
+
+class ContentWatch {
+  public:
+    using Extras = std::map<std::string, std::string>;
+
+    /** What is followed, and who is asked. */
+    struct Environment {
+        bool follow_folder = false; ///< as the fields of the settings
+        bool follow_sticks = false;
+        /** Ends the application, to be started anew. Any thread; may be called more than once. */
+        std::function<void()> restart;
+        /** Whether no item will end, because nothing can be played. Any thread. */
+        std::function<bool()> nothing_plays;
+        FolderRest::Patience patience;
+    };
+
+    explicit ContentWatch(Environment environment);
+    ~ContentWatch();
+    ContentWatch(const ContentWatch &) = delete;
+    ContentWatch &operator=(const ContentWatch &) = delete;
+
+    /**
+     * Follows what a launch request plays, from now on. To be called once, before the application
+     * has the request. Waits for the disk as long as the application would, and not for ever.
+     *
+     * @return the request that the application is to have: one for a stick's content in the place
+     * of one without extras, which asks for nothing in particular
+     */
+    Extras begin(const Extras &asked);
+
+  private:
+    struct Looks;
+
+    static bool may_play_stick();
+    void on_usb_change();
+
+    const std::shared_ptr<Looks> looks_; ///< the thread's, once that runs
+    std::unique_ptr<FolderEvents> events_;
+    WorkerThread thread_{"content"};
+};
+
+} // namespace platform
