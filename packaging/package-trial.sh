@@ -121,6 +121,10 @@ use() {
     echo "== Content, by somebody of the group, and switched on"
     setpriv --reuid=nobody --regid=nogroup --groups="$(getent group ostrel-content | cut -d: -f3)" \
         make-sample-content --quick /opt/data/demo_movie >/dev/null
+    cp -r /opt/data/demo_movie "$work/demo"
+    ostrel-demo-copy "$work/demo" >/dev/null
+    [ "$(stat -c %G:%a /opt/data/demo_movie/sunrise.mp4)" = ostrel-content:664 ] ||
+        fail "staff may not replace what was copied"
     ostrel-demo-kiosk on
     [ -L /etc/systemd/system/multi-user.target.wants/ostrel-demo-kiosk.service ] || fail "it is not enabled"
     # As udev would read it.

@@ -11,6 +11,7 @@
 // eio         a read fails, as on a disk that was pulled out
 // eio_often   one read of three fails
 // unsynced    nothing gets to the medium: a sync waits until the fault is gone
+// corrupt     a read gives other bytes than were written
 // full        nothing can be written, and no folder made
 // read_only   nothing can be opened for writing, made, renamed or removed
 
@@ -36,14 +37,15 @@ namespace {
 constexpr timespec LOOK_AGAIN{0, 10'000'000};
 constexpr unsigned int READS_TO_A_FAILURE = 3;
 
-enum class Fault { None, Hangs, Dead, Eio, EioOften, Unsynced, Full, ReadOnly };
+enum class Fault { None, Hangs, Dead, Eio, EioOften, Corrupt, Unsynced, Full, ReadOnly };
 
 constexpr struct {
     std::string_view name;
     Fault fault;
-} NAMES[] = {{"hangs", Fault::Hangs},        {"dead", Fault::Dead},         {"eio", Fault::Eio},
-             {"eio_often", Fault::EioOften}, {"unsynced", Fault::Unsynced}, {"full", Fault::Full},
-             {"read_only", Fault::ReadOnly}};
+} NAMES[] = {{"hangs", Fault::Hangs},     {"dead", Fault::Dead},
+             {"eio", Fault::Eio},         {"eio_often", Fault::EioOften},
+             {"corrupt", Fault::Corrupt}, {"unsynced", Fault::Unsynced},
+             {"full", Fault::Full},       {"read_only", Fault::ReadOnly}};
 
 Fault named(std::string_view name)
 {
@@ -164,7 +166,10 @@ bool may_change(const char *path)
 ssize_t read(int descriptor, void *buffer, size_t size)
 {
     static auto *const original = next<decltype(read)>("read");
-    return may_read(descriptor) ? original(descriptor, buffer, size) : -1;
+    const ssize_t length = may_read(descriptor) ? original(descriptor, buffer, size) : -1;
+    if (length > 0 && fault_of(descriptor) == Fault::Corrupt)
+        static_cast<char *>(buffer)[length / 2] ^= 1;
+    return length;
 }
 
 ssize_t pread(int descriptor, void *buffer, size_t size, off_t at)

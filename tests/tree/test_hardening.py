@@ -8,7 +8,7 @@ import subprocess
 import pytest
 
 PROGRAMS = ("src/ostrel-demo-player-tv", "tools/tvctl/tvctl",
-            "tools/sample_content/make-sample-content")
+            "tools/demo_copy/ostrel-demo-copy", "tools/sample_content/make-sample-content")
 
 
 def tool(*command):

@@ -1,0 +1,185 @@
+"""ostrel-demo-copy: what is on a stick comes into the set whole, or not at all."""
+
+import os
+import pty
+import signal
+import stat
+import subprocess
+
+import pytest
+
+from harness.waiting import wait_until
+
+FILMS = {"a.mp4": b"film " * 700_000, "portrait_b.jpg": b"photo", "a.srt": b"subtitle"}
+OLD = {"old.mp4": b"the old film", "old.txt": b"notes"}
+
+
+class Copying:
+    """A stick, a set and the program between them."""
+
+    def __init__(self, folder, build_dir):
+        self.program = os.path.join(build_dir, "tools", "demo_copy", "ostrel-demo-copy")
+        self.stick = folder / "stick"
+        self.set = folder / "set"
+        self.content = self.set / "demo_movie"
+        fill(self.stick / "Demo", FILMS)
+        fill(self.content, OLD)
+        conf = folder / "tv.conf"
+        conf.write_text(f"[usb]\nmounts = {self.stick}\n")
+        self.faults = folder / "faults"
+        checks = os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"
+        self.environment = {
+            **os.environ, "OSTREL_DEMO_TV_CONF": str(conf), "OSTREL_DEMO_RUNTIME_DIR": str(folder),
+            "LD_PRELOAD": os.path.join(build_dir, "tests", "preload", "libstorage_faults.so"),
+            "STORAGE_FAULTS": str(self.faults), "ASAN_OPTIONS": checks.lstrip(":")}
+
+    def start(self, *arguments, **options):
+        arguments = arguments or (self.stick / "Demo", self.content)
+        return subprocess.Popen([self.program, *arguments], env=self.environment, text=True,
+                                **{"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options})
+
+    def run(self, *arguments):
+        process = self.start(*arguments)
+        process.out, process.err = process.communicate(timeout=60)
+        return process
+
+    def break_storage(self, fault, path):
+        self.faults.write_text(f"{fault} {path}\n")
+
+    def fresh(self):
+        """Where the new files are until they are complete."""
+        return self.set / ".demo_movie.new"
+
+    def assert_as_it_was(self, refused, reason):
+        assert refused.returncode == 1 and reason in refused.err, refused.err
+        assert refused.err.endswith("The content is as it was.\n")
+        assert os.listdir(self.set) == ["demo_movie"] and held(self.content) == OLD
+
+
+def fill(folder, files):
+    folder.mkdir(parents=True, exist_ok=True)
+    for name, what in files.items():
+        (folder / name).write_bytes(what)
+
+
+def held(folder):
+    return {name: (folder / name).read_bytes() for name in os.listdir(folder)}
+
+
+@pytest.fixture
+def copying(tmp_path, build_dir):
+    return Copying(tmp_path, build_dir)
+
+
+def test_content_of_the_stick_takes_the_place_of_the_old_one(copying):
+    for name in ("notes.pdf", "._a.mp4"):
+        (copying.stick / "Demo" / name).write_bytes(b"no film")
+    (copying.stick / "Demo" / "more.ts").mkdir()
+    os.utime(copying.stick / "Demo" / "a.mp4", (1_000_000, 1_000_000))
+    copying.content.chmod(0o2770)
+    done = copying.run()
+    assert done.returncode == 0 and done.err == "", done.err
+    assert held(copying.content) == FILMS and os.listdir(copying.set) == ["demo_movie"]
+    assert (copying.content / "a.mp4").stat().st_mtime == 1_000_000
+    assert stat.S_IMODE(copying.content.stat().st_mode) == 0o2770
+    assert stat.S_IMODE((copying.content / "a.mp4").stat().st_mode) == 0o664
+    lines = done.out.splitlines()
+    assert lines[0].startswith("3 files, 3.5 MB, from ") and lines[-1] == "All files are copied and checked."
+    for name in ("notes.pdf", "more.ts"):
+        assert f"Left out, for the demo does not play it: {name}" in lines
+    assert sorted(line.split()[-1] for line in lines if line.startswith("[")) == sorted(FILMS)
+    assert [line.split()[0] for line in lines if line.startswith("[")] == ["[1/3]", "[2/3]", "[3/3]"]
+
+
+def test_a_folder_is_made_where_there_is_none(copying):
+    done = copying.run(copying.stick / "Demo", copying.set / "other")
+    assert done.returncode == 0, done.err
+    assert held(copying.set / "other") == FILMS and held(copying.content) == OLD
+
+
+def test_without_arguments_the_stick_goes_into_the_built_in_folder(copying):
+    script = 'mount -t tmpfs none /opt && mkdir -p /opt/data && exec "$0"'
+    done = subprocess.run(
+        ["unshare", *(["--map-root-user"] if os.getuid() else []), "--mount", "sh", "-c", script,
+         copying.program], env=copying.environment, capture_output=True, text=True, timeout=60, check=False)
+    assert done.returncode == 0, done.stderr
+    assert done.stdout.startswith(
+        f"3 files, 3.5 MB, from {copying.stick}/Demo/ to /opt/data/demo_movie/\n")
+
+
+@pytest.mark.parametrize("fault, place, reason", [
+    ("eio", "stick", "stick/Demo/a.mp4 cannot be read: Input/output error"),
+    ("eio", "set", "set/.demo_movie.new/a.mp4 cannot be read: Input/output error"),
+    ("full", "set", "set/.demo_movie.new/a.mp4 cannot be written: No space left on device"),
+    ("read_only", "set", "set/.demo_movie.new/a.mp4 cannot be made: Read-only file system"),
+    ("corrupt", "set", "set/.demo_movie.new/a.mp4 is not what was written")])
+def test_storage_that_fails_leaves_the_old_content(copying, tmp_path, fault, place, reason):
+    copying.break_storage(fault, {"stick": f"{copying.stick}/Demo/a.mp4",
+                                  "set": f"{copying.fresh()}/a.mp4"}[place])
+    copying.assert_as_it_was(copying.run(), f"{tmp_path}/{reason}")
+
+
+def test_what_has_no_room_is_not_begun(copying):
+    os.truncate(copying.stick / "Demo" / "a.mp4", 2**43)
+    refused = copying.run()
+    copying.assert_as_it_was(refused, "there is no room for it in ")
+    assert "it takes 8.8 TB beside the content that is there" in refused.err
+    assert "[1/3]" not in refused.out
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGKILL])
+def test_a_copy_that_is_cut_off_leaves_the_old_content_and_the_next_one_is_whole(copying, number):
+    copying.break_storage("hangs", f"{copying.stick}/Demo/portrait_b.jpg")
+    process = copying.start()
+    wait_until((copying.fresh() / "portrait_b.jpg").exists, "the file that hangs")
+    process.send_signal(number)
+    copying.faults.unlink()
+    process.out, process.err = process.communicate(timeout=60)
+    assert held(copying.content) == OLD
+    if number == signal.SIGTERM:
+        copying.assert_as_it_was(process, "stopped")
+    done = copying.run()
+    assert done.returncode == 0 and held(copying.content) == FILMS
+    assert os.listdir(copying.set) == ["demo_movie"]
+
+
+@pytest.mark.parametrize("what, reason", [
+    ("empty", "holds nothing that the demo plays"), ("missing", "cannot be read: No such file"),
+    ("same", "is what is to be copied"), ("file", "is no folder")])
+def test_a_wrong_folder_is_refused(copying, what, reason):
+    arguments = {"empty": (copying.set, copying.content), "missing": ("/nowhere", copying.content),
+                 "same": (copying.stick / "Demo", copying.stick / "Demo"),
+                 "file": (copying.stick / "Demo", copying.stick / "Demo" / "a.mp4")}[what]
+    copying.assert_as_it_was(copying.run(*arguments), reason)
+    assert held(copying.stick / "Demo") == FILMS
+
+
+def test_without_a_stick_there_is_nothing_to_copy(copying):
+    (copying.stick / "Demo").rename(copying.stick / "films")
+    process = subprocess.run([copying.program], env=copying.environment, capture_output=True,
+                             text=True, timeout=60, check=False)
+    assert process.returncode == 1 and "no USB stick is plugged in that has a folder \"demo\"" in process.stderr
+
+
+def test_a_terminal_shows_a_bar(copying):
+    ours, theirs = pty.openpty()
+    process = copying.start(stdout=theirs)
+    os.close(theirs)
+    shown = b""
+    try:
+        while piece := os.read(ours, 4096):
+            shown += piece
+    except OSError:
+        pass  # the other side is closed
+    os.close(ours)
+    _, complaint = process.communicate(timeout=60)
+    assert process.returncode == 0, complaint
+    assert b"\r[..............................]   0 %  " in shown
+    assert b"\r[##############################] 100 %  " in shown
+    assert shown.endswith(b"All files are copied and checked.\r\n")
+
+
+@pytest.mark.parametrize("arguments, status", [(["--help"], 0), (["-x"], 2), (["a", "b", "c"], 2)])
+def test_usage_is_told(copying, arguments, status):
+    told = copying.run(*arguments)
+    assert told.returncode == status and "Usage: ostrel-demo-copy" in told.out + told.err

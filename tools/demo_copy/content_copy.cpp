@@ -1,0 +1,308 @@
+#include "content_copy.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include "base/descriptor.h"
+#include "base/paths.h"
+#include "base/regular_file.h"
+#include "player_rules/content_rules.h"
+
+namespace demo_copy {
+
+namespace {
+
+namespace fs = std::filesystem;
+using platform::Descriptor;
+
+constexpr size_t BLOCK = size_t{1024} * 1024;
+// For folders, and what else the file system keeps for itself.
+constexpr uint64_t ROOM_TO_SPARE = uint64_t{16} * 1024 * 1024;
+constexpr mode_t FOLDER_MODE = 0775;
+constexpr mode_t FILE_MODE = 0664;
+
+[[noreturn]] void fail(const std::string &what, int reason)
+{
+    std::string text = what + ": " + std::strerror(reason);
+    if (reason == EACCES || reason == EPERM)
+        text += " (with sudo it may work)";
+    throw CopyFailure(text);
+}
+
+/** A number for a file's bytes, which arrive in blocks of one size. */
+class Digest {
+  public:
+    void add(std::string_view block)
+    {
+        value_ = value_ * PRIME + std::hash<std::string_view>()(block);
+    }
+    bool operator!=(const Digest &other) const { return value_ != other.value_; }
+
+  private:
+    static constexpr uint64_t PRIME = 1099511628211U;
+    uint64_t value_ = 0;
+};
+
+struct DirectoryEnd {
+    void operator()(DIR *directory) const { closedir(directory); }
+};
+
+bool is_played(const std::string &name)
+{
+    return platform::content_kind(name, true) != platform::ContentKind::Other;
+}
+
+/** The new folder, which goes with the object unless it has taken the old one's place. */
+class NewFolder {
+  public:
+    explicit NewFolder(fs::path place) : place_(std::move(place))
+    {
+        remove(); // of a copy that was cut off
+        if (mkdir(place_.c_str(), S_IRWXU) != 0)
+            fail(place_.string() + " cannot be made", errno);
+        made_ = true;
+    }
+    ~NewFolder()
+    {
+        if (made_)
+            remove();
+    }
+    NewFolder(const NewFolder &) = delete;
+    NewFolder &operator=(const NewFolder &) = delete;
+
+    std::string operator/(const std::string &name) const { return place_ / name; }
+
+    /** Gives it the owner, the group and the rights of the old folder, if there is one. */
+    void become_like(const fs::path &old) const
+    {
+        struct stat status = {};
+        const bool known = stat(old.c_str(), &status) == 0;
+        // Only root may give it away; anybody else keeps it.
+        if (known && chown(place_.c_str(), status.st_uid, status.st_gid) != 0 && geteuid() == 0)
+            fail(place_.string() + " cannot be given away", errno);
+        if (chmod(place_.c_str(), known ? status.st_mode & 07777 : FOLDER_MODE) != 0)
+            fail(place_.string() + " cannot be opened to others", errno);
+    }
+
+    /** Takes the old folder's place. @return what could not be done afterwards, if anything */
+    std::string exchange_with(const fs::path &old, const Descriptor &parent)
+    {
+        sync(place_);
+        const bool replaces = fs::exists(old);
+        if (renameat2(AT_FDCWD, place_.c_str(), AT_FDCWD, old.c_str(),
+                      replaces ? RENAME_EXCHANGE : RENAME_NOREPLACE) != 0)
+            fail(old.string() + " cannot be exchanged", errno);
+        made_ = false;
+        if (fsync(parent.number()) != 0)
+            return std::string("a power cut may undo it: ") + std::strerror(errno);
+        return remove();
+    }
+
+  private:
+    static void sync(const fs::path &folder)
+    {
+        const Descriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        if (!opened || fsync(opened.number()) != 0)
+            fail(folder.string() + " cannot be written", errno);
+    }
+
+    std::string remove() const
+    {
+        std::error_code failure;
+        fs::remove_all(place_, failure);
+        return failure ? place_.string() + " cannot be removed: " + failure.message() : "";
+    }
+
+    const fs::path place_;
+    bool made_ = false;
+};
+
+/** One file on its way, its bytes told as they go by. */
+class FileCopy {
+  public:
+    using Passed = std::function<void(size_t bytes)>;
+
+    FileCopy(std::string from, std::string to, Passed passed)
+        : from_(std::move(from)), to_(std::move(to)), passed_(std::move(passed)), buffer_(BLOCK)
+    {
+    }
+
+    void copy(const ContentFile &file)
+    {
+        const Descriptor source = platform::open_regular_file(from_);
+        if (!source)
+            fail(from_ + " cannot be read", errno);
+        const Descriptor target(
+            open(to_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, FILE_MODE));
+        if (!target)
+            fail(to_ + " cannot be made", errno);
+        Digest digest;
+        uint64_t size = 0;
+        while (const size_t length = read_block(source, from_)) {
+            digest.add({buffer_.data(), length});
+            write_block(target, length);
+            size += length;
+            passed_(length);
+        }
+        if (size != static_cast<uint64_t>(file.status.st_size))
+            throw CopyFailure(from_ + " has changed while it was copied");
+        const timespec times[2] = {{0, UTIME_OMIT}, file.status.st_mtim};
+        if (fchmod(target.number(), FILE_MODE) != 0 || futimens(target.number(), times) != 0 ||
+            fsync(target.number()) != 0)
+            fail(to_ + " cannot be written", errno);
+        check(digest);
+    }
+
+  private:
+    /** Reads the copy as the disk has it, and not what memory still holds of it. */
+    void check(const Digest &expected)
+    {
+        const Descriptor copy = platform::open_regular_file(to_);
+        if (!copy)
+            fail(to_ + " cannot be read", errno);
+        posix_fadvise(copy.number(), 0, 0, POSIX_FADV_DONTNEED);
+        Digest digest;
+        while (const size_t length = read_block(copy, to_)) {
+            digest.add({buffer_.data(), length});
+            passed_(length);
+        }
+        if (digest != expected)
+            throw CopyFailure(to_ +
+                              " is not what was written: the disk of this machine is damaged");
+    }
+
+    /** Whole blocks but for the last one, so that digests may be compared. */
+    size_t read_block(const Descriptor &file, const std::string &path)
+    {
+        size_t length = 0;
+        while (length < BLOCK) {
+            const ssize_t piece =
+                platform::read_piece(file.number(), buffer_.data() + length, BLOCK - length);
+            if (piece < 0)
+                fail(path + " cannot be read", errno);
+            if (piece == 0)
+                break;
+            length += static_cast<size_t>(piece);
+        }
+        return length;
+    }
+
+    void write_block(const Descriptor &file, size_t length)
+    {
+        for (size_t written = 0; written < length;) {
+            const ssize_t piece = write(file.number(), buffer_.data() + written, length - written);
+            if (piece < 0 && errno != EINTR)
+                fail(to_ + " cannot be written", errno);
+            written += static_cast<size_t>(std::max<ssize_t>(piece, 0));
+        }
+    }
+
+    const std::string from_;
+    const std::string to_;
+    const Passed passed_;
+    std::vector<char> buffer_;
+};
+
+void check_room(const fs::path &folder, uint64_t bytes)
+{
+    struct statvfs facts = {};
+    if (statvfs(folder.c_str(), &facts) != 0)
+        fail(folder.string() + " cannot be looked at", errno);
+    const uint64_t free = uint64_t{facts.f_bavail} * facts.f_frsize;
+    if (free < bytes + ROOM_TO_SPARE)
+        throw CopyFailure("there is no room for it in " + folder.string() + ": it takes " +
+                          in_words(bytes) + " beside the content that is there, and " +
+                          in_words(free) + " are free");
+}
+
+} // namespace
+
+std::string in_words(uint64_t bytes)
+{
+    constexpr const char *UNITS[] = {"kB", "MB", "GB", "TB"};
+    double amount = static_cast<double>(bytes) / 1000;
+    size_t unit = 0;
+    while (amount >= 999.95 && unit + 1 < std::size(UNITS)) {
+        amount /= 1000;
+        ++unit;
+    }
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f %s", amount, UNITS[unit]);
+    return text;
+}
+
+ContentCopy::ContentCopy(std::string from) : from_(platform::without_last_slashes(std::move(from)))
+{
+    const std::unique_ptr<DIR, DirectoryEnd> directory(opendir(from_.c_str()));
+    if (!directory)
+        fail(from_ + " cannot be read", errno);
+    while (const dirent *entry = readdir(directory.get())) {
+        ContentFile file = {entry->d_name, {}};
+        // What other systems leave behind under hidden names looks like films that are broken.
+        if (file.name[0] == '.')
+            continue;
+        if (fstatat(dirfd(directory.get()), entry->d_name, &file.status, 0) != 0)
+            fail(from_ + "/" + file.name + " cannot be read", errno);
+        if (!S_ISREG(file.status.st_mode) ||
+            !(is_played(file.name) || platform::is_subtitle(file.name))) {
+            left_out_.push_back(file.name);
+            continue;
+        }
+        bytes_ += static_cast<uint64_t>(file.status.st_size);
+        files_.push_back(std::move(file));
+    }
+    if (std::none_of(files_.begin(), files_.end(),
+                     [](const ContentFile &file) { return is_played(file.name); }))
+        throw CopyFailure(from_ + " holds nothing that the demo plays");
+}
+
+std::string ContentCopy::replace(const std::string &to, const std::atomic<bool> &stop,
+                                 const std::function<void(const Progress &)> &progress) const
+{
+    std::error_code failure;
+    // A link stays, and what it leads to is replaced.
+    const fs::path old = fs::weakly_canonical(platform::without_last_slashes(to), failure);
+    if (failure || !old.has_filename())
+        throw CopyFailure(to + " is no place for content");
+    if (fs::exists(old, failure) && !fs::is_directory(old, failure))
+        throw CopyFailure(old.string() + " is no folder");
+    if (fs::equivalent(old, from_, failure))
+        throw CopyFailure(old.string() + " is what is to be copied");
+    const fs::path folder = old.parent_path();
+    const Descriptor parent(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!parent)
+        fail(folder.string() + " cannot be opened", errno);
+    if (flock(parent.number(), LOCK_EX | LOCK_NB) != 0)
+        throw CopyFailure("somebody else is copying to " + folder.string());
+
+    NewFolder fresh(folder / ("." + old.filename().string() + ".new"));
+    fresh.become_like(old);
+    check_room(folder, bytes_);
+    Progress now;
+    const auto passed = [&](size_t bytes) {
+        if (stop)
+            throw CopyFailure("stopped");
+        now.bytes += bytes;
+        progress(now);
+    };
+    for (const ContentFile &file : files_) {
+        progress(now);
+        FileCopy(from_ + "/" + file.name, fresh / file.name, passed).copy(file);
+        ++now.file;
+    }
+    return fresh.exchange_with(old, parent);
+}
+
+} // namespace demo_copy

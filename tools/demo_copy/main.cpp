@@ -1,0 +1,100 @@
+// ostrel-demo-copy: copies what a USB stick brings along into the set.
+#include <atomic>
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "content_copy.h"
+#include "player_rules/launch_rules.h"
+#include "progress.h"
+#include "usb_storage/stick_content.h"
+#include "usb_storage/usb_devices.h"
+
+namespace {
+
+enum ExitStatus { DONE = 0, NOT_COPIED = 1, BAD_COMMAND_LINE = 2 };
+
+constexpr char USAGE[] =
+    "Usage: ostrel-demo-copy [FROM [TO]]\n"
+    "Replaces the demo's content by that of a USB stick, while the demo plays. Each copy is read "
+    "back\n"
+    "from the disk; when all are right, they take the place of the old content in one step.\n"
+    "  FROM  a folder; default: the folder \"demo\" of the first stick that has something to play\n"
+    "  TO    the folder to be replaced; default: /opt/data/demo_movie\n"
+    "What is in TO and not in FROM is gone afterwards. There has to be room for both.\n";
+
+std::atomic<bool> stop{false};
+static_assert(std::atomic<bool>::is_always_lock_free);
+
+extern "C" void on_stop_signal(int)
+{
+    stop = true;
+}
+
+void catch_stop_signals()
+{
+    struct sigaction action = {};
+    action.sa_handler = &on_stop_signal;
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        sigaction(number, &action, nullptr);
+    // A limit is told by the write that fails, not by dying of it.
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+std::string content_of_a_stick()
+{
+    const auto mounts = platform::usb_mount_paths({}).value_or(std::vector<std::string>());
+    const std::vector<std::string> found = platform::stick_contents(mounts);
+    if (found.empty())
+        throw demo_copy::CopyFailure(
+            "no USB stick is plugged in that has a folder \"demo\" with something to play");
+    return found.front();
+}
+
+void copy(const std::string &from, const std::string &to)
+{
+    using namespace demo_copy;
+    const ContentCopy content(from);
+    std::printf("%zu files, %s, from %s to %s\n", content.files().size(),
+                in_words(content.bytes()).c_str(), from.c_str(), to.c_str());
+    for (const std::string &name : content.left_out())
+        std::printf("Left out, for the demo does not play it: %s\n", name.c_str());
+    ProgressShow shown(content);
+    std::string left;
+    try {
+        left = content.replace(to, stop, [&](const auto &progress) { shown.show(progress); });
+    } catch (...) {
+        shown.end();
+        throw;
+    }
+    shown.end();
+    std::printf("All files are copied and checked.\n");
+    if (!left.empty())
+        std::fprintf(stderr, "ostrel-demo-copy: %s\n", left.c_str());
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (!arguments.empty() && (arguments[0] == "--help" || arguments[0] == "-h")) {
+        std::fputs(USAGE, stdout);
+        return DONE;
+    }
+    if (arguments.size() > 2 || (!arguments.empty() && arguments[0][0] == '-')) {
+        std::fputs(USAGE, stderr);
+        return BAD_COMMAND_LINE;
+    }
+    catch_stop_signals();
+    try {
+        copy(arguments.empty() ? content_of_a_stick() : arguments[0],
+             arguments.size() < 2 ? platform::BUILT_IN_FOLDER : arguments[1]);
+        return DONE;
+    } catch (const std::exception &failure) {
+        std::fprintf(stderr, "ostrel-demo-copy: %s\nThe content is as it was.\n", failure.what());
+        return NOT_COPIED;
+    }
+}
