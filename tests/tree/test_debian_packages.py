@@ -1,6 +1,7 @@
 """The Debian packages as far as they can be judged without making them: what they depend on, the
 services of the kiosk and the command that switches it on and off."""
 
+import configparser
 import os
 import pathlib
 import re
@@ -193,10 +194,11 @@ def test_on_makes_a_demo_set_and_off_undoes_it(machine):
     for _ in range(2):
         switched = machine.run("on")
         assert switched.returncode == 0 and switched.stderr == "", switched.stderr
-        assert machine.links() == machine.expected_links() and len(machine.links()) == 3
+        assert machine.links() == machine.expected_links() and len(machine.links()) == 4
         # The rules and the boot's text are in force before the screen is taken.
         order = [machine.calls.index(call) for call in (
-            "update-grub", "udevadm control --reload", BEGINS[1])]
+            "update-grub", "udevadm control --reload", "systemctl try-restart systemd-journald.service",
+            BEGINS[1])]
         assert BEGINS[0] in machine.calls and order == sorted(order)
     switched = machine.run("off")
     assert switched.returncode == 0, switched.stderr
@@ -205,6 +207,14 @@ def test_on_makes_a_demo_set_and_off_undoes_it(machine):
     assert "systemctl stop ostrel-demo-kiosk.service ostrel-demo-kiosk-player.service" in machine.calls
     assert machine.calls[-1] == "systemctl --no-block start getty@tty1.service"
     assert "udevadm control --reload" in machine.calls and "update-grub" in machine.calls
+
+
+def test_journal_of_a_set_is_bounded(source_dir):
+    path = os.path.join(source_dir, KIOSK, "etc/systemd/journald.conf.d/ostrel-demo-kiosk.conf")
+    journal = configparser.ConfigParser()
+    journal.optionxform = str
+    journal.read(path)
+    assert dict(journal["Journal"]) == {"SystemMaxUse": "64M", "RuntimeMaxUse": "32M"}
 
 
 def test_on_leaves_the_screen_to_a_desktop(machine):
