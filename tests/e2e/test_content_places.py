@@ -167,6 +167,12 @@ def test_changed_folder_is_taken_up_between_two_rounds(tv, screen, content, shel
         wait_until(lambda: screen.shown() == "green", "the new film")
 
 
+def test_nothing_is_followed_where_nobody_would_start_the_player_again(tv, content):
+    picture(content / "red.jpg", "red")
+    tv.configure(content={"follow_folder": "yes", "follow_sticks": "yes"})
+    tv.start(folder=content).log.wait("content is not followed: nobody would start the player again")
+
+
 def test_ten_thousand_files(tv, screen, content):
     picture(content / "first.jpg", "red")
     for number in range(9999):

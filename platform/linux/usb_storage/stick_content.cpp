@@ -53,7 +53,8 @@ std::vector<std::string> stick_contents(const std::vector<std::string> &mounts)
         // In ASCII small letters come last.
         std::sort(names.begin(), names.end(), std::greater<>());
         for (const std::string &name : names) {
-            const std::string folder = mount + "/" + name + "/";
+            std::string folder = mount;
+            folder.append("/").append(name).append("/");
             if (!names_in(folder, is_played).empty())
                 found.push_back(folder);
         }

@@ -3,13 +3,14 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
 
 #include <Ecore.h>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 
 #include "base/toolkit_handles.h"
@@ -24,7 +25,6 @@
 
 namespace {
 
-namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using platform::ContentWatch;
 using platform::Lookahead;
@@ -166,10 +166,12 @@ TEST_F(ContentWatchTest, WhereNothingCanBePlayedItIsTakenUpAtOnce)
 
 TEST_F(ContentWatchTest, AFolderThatIsReplacedAsAWholeIsFollowedFurther)
 {
+    const store_test::ScratchDir other;
+    store_test::write_file(other / "b.mp4", "another film");
     begin_folder();
-    fs::rename(folder_.path(), folder_.path() + ".old");
-    fs::rename(folder_.path() + ".old", folder_.path());
-    store_test::write_file(folder_ / "b.mp4", "another film");
+    ASSERT_EQ(renameat2(AT_FDCWD, folder_.path().c_str(), AT_FDCWD, other.path().c_str(),
+                        RENAME_EXCHANGE),
+              0);
     EXPECT_TRUE(says("holds other files"));
 }
 
