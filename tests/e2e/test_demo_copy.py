@@ -39,8 +39,15 @@ class Copying:
                                 **{"stdout": subprocess.PIPE, "stderr": subprocess.PIPE, **options})
 
     def run(self, *arguments):
-        process = self.start(*arguments)
-        process.out, process.err = process.communicate(timeout=60)
+        return self.finish(self.start(*arguments))
+
+    @staticmethod
+    def finish(process):
+        try:
+            process.out, process.err = process.communicate(timeout=60)
+        except subprocess.TimeoutExpired:
+            process.kill()  # what it writes may have no end
+            raise
         return process
 
     def break_storage(self, fault, path):
@@ -121,6 +128,8 @@ def test_storage_that_fails_leaves_the_old_content(copying, tmp_path, fault, pla
 
 def test_what_has_no_room_is_not_begun(copying):
     os.truncate(copying.stick / "Demo" / "a.mp4", 2**43)
+    # Were it begun all the same, a write would fail here and not fill the disk.
+    copying.break_storage("full", f"{copying.fresh()}/a.mp4")
     refused = copying.run()
     copying.assert_as_it_was(refused, "there is no room for it in ")
     assert "it takes 8.8 TB beside the content that is there" in refused.err
@@ -134,7 +143,7 @@ def test_a_copy_that_is_cut_off_leaves_the_old_content_and_the_next_one_is_whole
     wait_until((copying.fresh() / "portrait_b.jpg").exists, "the file that hangs")
     process.send_signal(number)
     copying.faults.unlink()
-    process.out, process.err = process.communicate(timeout=60)
+    copying.finish(process)
     assert held(copying.content) == OLD
     if number == signal.SIGTERM:
         copying.assert_as_it_was(process, "stopped")
@@ -172,8 +181,7 @@ def test_a_terminal_shows_a_bar(copying):
     except OSError:
         pass  # the other side is closed
     os.close(ours)
-    _, complaint = process.communicate(timeout=60)
-    assert process.returncode == 0, complaint
+    assert copying.finish(process).returncode == 0, process.err
     assert b"\r[..............................]   0 %  " in shown
     assert b"\r[##############################] 100 %  " in shown
     assert shown.endswith(b"All files are copied and checked.\r\n")
