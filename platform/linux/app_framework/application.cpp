@@ -148,9 +148,14 @@ bool Application::start_services()
     };
     listener.content_seen = [](bool seen) { VideoPlane::set_covered(seen); };
     listener.compositor_gone = [this] { compositor_gone(); };
+    listener.gone = [] { VideoPlane::outer_window_gone(); };
     window_ = TvWindow::create(WINDOW_NAME, std::move(listener));
     if (!window_)
         return false;
+    VideoPlane::call_when_shown([] {
+        ecore_main_loop_thread_safe_call_async([](void *) { Application::get().picture_shown(); },
+                                               nullptr);
+    });
     load_decoders();
     session_ = std::make_unique<SessionWatch>([this](bool active) { session_changed(active); });
     be_controlled_by(instance_->connection());
@@ -181,7 +186,7 @@ void Application::stop_services()
     finish_writes();
 }
 
-/** Lets a service manager watch the main loop, the picture and the memory. */
+/** Lets a service manager watch the main loop and the memory. */
 void Application::follow_manager()
 {
     ServiceManager &manager = ServiceManager::get();
@@ -196,7 +201,6 @@ void Application::follow_manager()
                 return ECORE_CALLBACK_RENEW;
             },
             nullptr));
-    VideoPlane::call_when_shown([] { ServiceManager::get().tell_ready(); });
     Lookahead::get().set_growth_listener([this] {
         PLATFORM_LOGI(SERVICE, "ending, to be started anew with less memory");
         quit();
@@ -328,6 +332,13 @@ void Application::deliver(Extras extras)
         callbacks_.app_control(&request, user_data_);
     if (starts_playback(request.extras))
         TimedRotation::get().launched();
+}
+
+void Application::picture_shown()
+{
+    if (window_)
+        window_->reveal();
+    ServiceManager::get().tell_ready();
 }
 
 void Application::compositor_gone()

@@ -75,6 +75,7 @@ class Application {
     void deliver(Extras extras);
     void follow_signals();
     void signalled();
+    void picture_shown();
     void compositor_gone();
     void update_visibility();
     void announce(app_event_type_e type);

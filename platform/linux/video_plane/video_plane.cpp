@@ -20,12 +20,14 @@ bool windows_cover = true;
 struct Latest {
     std::mutex mutex;
     std::weak_ptr<VideoPlane> plane;
+    std::shared_ptr<WaylandPlane> staying; ///< of a window that has been deleted
     std::function<void()> when_shown;
 };
 
 Latest &latest()
 {
-    static Latest latest;
+    // Never destroyed: at the end of the process the connection that a plane needs is gone.
+    static auto &latest = *new Latest;
     return latest;
 }
 
@@ -66,7 +68,13 @@ void on_window_deleted(void *data, Evas *, Evas_Object *window, void *)
 {
     const std::unique_ptr<Attachment> attachment(static_cast<Attachment *>(data));
     evas_object_data_del(window, DATA_KEY);
-    attachment->plane->close();
+    // What is drawn in another window is on the screen for as long as that one.
+    if (!elm_win_inlined_image_object_get(window)) {
+        attachment->plane->close();
+        return;
+    }
+    const std::lock_guard<std::mutex> lock(latest().mutex);
+    latest().staying = attachment->plane;
 }
 
 } // namespace
@@ -101,6 +109,17 @@ void VideoPlane::set_covered(bool covered)
     windows_cover = covered;
     if (const auto plane = std::dynamic_pointer_cast<WaylandPlane>(current()))
         plane->set_covered(covered);
+}
+
+void VideoPlane::outer_window_gone()
+{
+    std::shared_ptr<WaylandPlane> plane;
+    {
+        const std::lock_guard<std::mutex> lock(latest().mutex);
+        plane = std::exchange(latest().staying, {});
+    }
+    if (plane)
+        plane->close();
 }
 
 void VideoPlane::call_when_shown(std::function<void()> callback)

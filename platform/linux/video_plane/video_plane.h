@@ -44,7 +44,8 @@ class VideoPlane {
     virtual ~VideoPlane() = default;
 
     /**
-     * The plane under a window, made at the first call and kept for the window's life.
+     * The plane under a window, made at the first call and kept for the window's life; where the
+     * window is drawn in another one, until outer_window_gone().
      *
      * @return null when the window has no surface yet or the compositor lacks subsurfaces
      */
@@ -54,6 +55,12 @@ class VideoPlane {
     static std::shared_ptr<VideoPlane> current();
 
     /**
+     * Takes the plane of a deleted window away, which would have shown black in its place before the
+     * window that it was drawn in had gone. Main-loop thread only.
+     */
+    static void outer_window_gone();
+
+    /**
      * Says whether the windows have anything to show, which planes then lie under, from the
      * window's next frame on. Under windows that have not the compositor would blend every picture
      * with nothing. Main-loop thread only.
@@ -61,8 +68,8 @@ class VideoPlane {
     static void set_covered(bool covered);
 
     /**
-     * Has somebody told, once, that the compositor has a first picture to show, of whichever plane
-     * has one next. The call comes on that plane's thread. Any thread.
+     * Has somebody told, once, that the compositor has been given a first picture, of whichever plane
+     * has one next. The call comes from the thread that presents it. Any thread.
      */
     static void call_when_shown(std::function<void()> callback);
 
@@ -99,7 +106,7 @@ class VideoPlane {
     void count_late() { ++late_; }
 
   protected:
-    /** To be told by a plane when the compositor has taken its first picture. */
+    /** To be told by a plane when the compositor has been given its first picture. */
     static void tell_shown();
 
     std::atomic<uint64_t> presented_{0};

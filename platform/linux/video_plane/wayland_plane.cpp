@@ -152,9 +152,9 @@ bool WaylandPlane::make_surface(wl_surface *parent, const PlaneSize &size)
     // Some compositors never map a subsurface that has no buffer when its parent is committed, so
     // the plane starts with a black one.
     const PlaneBufferPtr black = acquire();
-    if (!black || !present(black))
+    if (!black)
         return false;
-    presented_ = 0;
+    attach(static_cast<ShmBuffer *>(black.get()), black);
     wl_surface_commit(parent);
     wl_display_flush(display_);
     return true;
@@ -323,7 +323,10 @@ bool WaylandPlane::present(const PlaneBufferPtr &buffer)
             return fail("flush");
         waker_.wake(); // the thread waits until the compositor reads on
     }
-    ++presented_;
+    const bool first = presented_++ == 0;
+    lock.unlock();
+    if (first)
+        tell_shown();
     return true;
 }
 
@@ -383,10 +386,8 @@ void WaylandPlane::dispatch()
     bool first_shown = false;
     while (!stopping_ && dispatch_once()) {
         // The compositor gives the black picture back once it shows the first frame.
-        if (presented_ > 0 && !std::exchange(first_shown, true)) {
-            tell_shown();
+        if (presented_ > 0 && !std::exchange(first_shown, true))
             make_ahead(BUFFERS_AHEAD);
-        }
     }
     const std::lock_guard<std::mutex> lock(mutex_);
     thread_ended_ = true;

@@ -37,6 +37,19 @@ double pixels_per_unit(Size output, Size window)
     return enlarged ? across : 1.0;
 }
 
+/**
+ * How long the window stays off the screen with nothing to see in it. Only a window on the screen
+ * gets keys and the pointer, by which staff choose something else.
+ */
+constexpr double LONGEST_UNSEEN_S = 5.0;
+
+/**
+ * How long the window stays on the screen when the application has hidden it, as it does before it
+ * ends. Some compositors show what lies beneath only when the window is no more, and black where it
+ * has only lost its picture; so the last picture stays until then.
+ */
+constexpr double TIME_TO_END_S = 1.0;
+
 // What a set's panel has when the compositor names no output.
 constexpr Size COMMON_PANEL = {1920, 1080};
 
@@ -163,6 +176,7 @@ void TvWindow::make_outer(const std::string &name)
     elm_win_alpha_set(outer_.get(), EINA_TRUE);
     elm_win_borderless_set(outer_.get(), EINA_TRUE);
     elm_win_fullscreen_set(outer_.get(), EINA_TRUE);
+    mapping_ = std::make_unique<Mapping>(ecore_evas_wayland2_window_get(outer_canvas_));
 
     Size size;
     ecore_wl2_display_screen_size_get(display_.get(), &size.width, &size.height);
@@ -256,6 +270,7 @@ void TvWindow::fit()
     evas_object_geometry_get(outer_.get(), nullptr, nullptr, &size.width, &size.height);
     if (size.width <= 0 || size.height <= 0 || !inner_)
         return;
+    mapping_->forget();
     Size output;
     ecore_wl2_display_screen_size_get(display_.get(), &output.width, &output.height);
     PanelModel::get().set_size(size.width, size.height, pixels_per_unit(output, size));
@@ -332,23 +347,59 @@ void TvWindow::fit_frame(Size content)
 void TvWindow::shown()
 {
     awaiting_frame_ = true;
+    hide_timer_.reset();
     evas_object_show(outer_.get());
     // A window that is shown again has lost its picture, though nothing in it changed.
     const Size size = {PanelModel::get().width(), PanelModel::get().height()};
     evas_damage_rectangle_add(evas_object_evas_get(outer_.get()), 0, 0, size.width, size.height);
     ecore_evas_focus_set(inner_canvas_, EINA_TRUE);
+    if (mapping_->held())
+        reveal_timer_.reset(ecore_timer_add(
+            LONGEST_UNSEEN_S,
+            [](void *data) -> Eina_Bool {
+                auto *window = static_cast<TvWindow *>(data);
+                static_cast<void>(window->reveal_timer_.release()); // it goes by itself
+                window->reveal();
+                return ECORE_CALLBACK_CANCEL;
+            },
+            this));
     Ecore_Wl2_Window *window = ecore_evas_wayland2_window_get(outer_canvas_);
     if (!idle_inhibitor_ && window)
         idle_inhibitor_ = IdleInhibitor::create(ecore_wl2_display_registry_get(display_.get()),
                                                 ecore_wl2_window_surface_get(window));
 }
 
+void TvWindow::reveal()
+{
+    reveal_timer_.reset();
+    if (mapping_->held())
+        mapping_->show();
+}
+
 void TvWindow::hidden()
 {
     awaiting_frame_ = false;
+    reveal_timer_.reset();
     idle_inhibitor_.reset();
-    evas_object_hide(outer_.get());
+    if (mapping_->held())
+        leave_screen();
+    else
+        hide_timer_.reset(ecore_timer_add(
+            TIME_TO_END_S,
+            [](void *data) -> Eina_Bool {
+                auto *window = static_cast<TvWindow *>(data);
+                static_cast<void>(window->hide_timer_.release()); // it goes by itself
+                window->leave_screen();
+                return ECORE_CALLBACK_CANCEL;
+            },
+            this));
     announce_visibility(false);
+}
+
+void TvWindow::leave_screen()
+{
+    mapping_->forget();
+    evas_object_hide(outer_.get());
 }
 
 void TvWindow::frame_drawn()
@@ -371,6 +422,10 @@ void TvWindow::content_drawn()
     if (content_seen_ == seen)
         return;
     content_seen_ = seen;
+    if (seen && mapping_->held()) {
+        reveal_timer_.reset();
+        mapping_->show_next();
+    }
     listener_.content_seen(seen);
 }
 
@@ -400,12 +455,14 @@ void TvWindow::inner_deleted()
     awaiting_frame_ = false;
     visible_job_.reset();
     idle_inhibitor_.reset();
+    reveal_timer_.reset();
+    mapping_->forget();
     pointer_.reset();
     input_.reset();
+    hide_timer_.reset();
     if (!outer_)
         return;
     // The inner window is a child of the outer one and in the middle of its own deletion.
-    evas_object_hide(outer_.get());
     delete_job_.reset(ecore_job_add(
         [](void *data) {
             auto *window = static_cast<TvWindow *>(data);
@@ -418,6 +475,9 @@ void TvWindow::inner_deleted()
 void TvWindow::delete_outer()
 {
     delete_job_.reset();
+    if (!outer_)
+        return;
+    mapping_->stay(listener_.gone);
     outer_.reset();
     outer_canvas_ = nullptr;
 }

@@ -5,7 +5,9 @@
  *
  * Two Elementary windows make one. The outer window is the real one and never turns; the inner one,
  * which the application gets, has the turned size, is drawn into an image of the outer one, and is
- * shown, hidden and deleted by the application as if it were real. A window that was hidden cannot
+ * shown, hidden and deleted by the application as if it were real. It comes onto the screen when
+ * there is something to see in it, or below it; the application is told that it is visible as soon
+ * as it could be. A window that was hidden cannot
  * be shown again: the toolkit never draws on its surface again once it has been unmapped. What the
  * toolkit cannot answer for the inner window is answered by efl_on_tv.cpp.
  */
@@ -24,6 +26,7 @@
 #include "wayland/idle_inhibitor.h"
 #include "window/ecore_wl2_more.h"
 #include "window/input_feed.h"
+#include "window/mapping.h"
 #include "window/pointer_hider.h"
 #include "window/wayland_sync.h"
 
@@ -37,6 +40,7 @@ class TvWindow {
         /** The application's window has something to show (true), or is all transparent. */
         std::function<void(bool)> content_seen;
         std::function<void()> compositor_gone; ///< the connection broke for good
+        std::function<void()> gone;            ///< from the screen; maybe after this object's end
     };
 
     /** @return null when no compositor answers; the reason is logged */
@@ -58,6 +62,12 @@ class TvWindow {
     /** The real window. */
     Evas_Object *outer() const { return outer_.get(); }
     Ecore_Evas *outer_canvas() const { return outer_canvas_; }
+
+    /**
+     * Puts the window onto the screen when it has been shown, or as soon as it is: there is a
+     * picture below it.
+     */
+    void reveal();
 
     /** Waits for the compositor where that can be done without a deadlock. */
     void sync();
@@ -82,6 +92,7 @@ class TvWindow {
     void fit();
     void shown();
     void hidden();
+    void leave_screen();
     void inner_deleted();
     void frame_drawn();
     void content_drawn();
@@ -97,11 +108,14 @@ class TvWindow {
     Rect drawn_part_;              ///< of the content
     Ecore_Evas *outer_canvas_ = nullptr;
     Ecore_Evas *inner_canvas_ = nullptr;
+    std::unique_ptr<Mapping> mapping_;
     std::unique_ptr<InputFeed> input_;
     std::unique_ptr<PointerHider> pointer_;
     std::unique_ptr<IdleInhibitor> idle_inhibitor_;
     std::unique_ptr<ConnectionWatch> connection_watch_;
     EventHandlerPtr device_;
+    TimerPtr reveal_timer_;
+    TimerPtr hide_timer_;
     JobPtr visible_job_;
     JobPtr delete_job_;
     bool taken_ = false;

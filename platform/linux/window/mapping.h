@@ -1,0 +1,61 @@
+/**
+ * When the real window is mapped, that is on the screen. One at a time; main-loop thread only.
+ */
+#pragma once
+
+#include <functional>
+
+#include "efl_on_tv.h"
+
+struct wl_buffer;
+
+namespace platform {
+
+/**
+ * Keeps a window off the screen until there is something to see, and on it until it is deleted.
+ *
+ * Compositors lay black below a window that is full screen, and some show black for one that has
+ * lost its picture. So it would not do to be transparent. What the toolkit draws is held back from
+ * the compositor instead, which goes on showing what it has shown before, and the toolkit's wish to
+ * have the window without a picture right before it is deleted is passed over.
+ */
+class Mapping {
+  public:
+    /** @param window whose frames are held back; null for none */
+    explicit Mapping(Ecore_Wl2_Window *window);
+    ~Mapping();
+    Mapping(const Mapping &) = delete;
+    Mapping &operator=(const Mapping &) = delete;
+
+    /** Whether the window is kept off the screen. */
+    bool held() const { return held_; }
+
+    /** Shows the window as it was drawn last; from its first frame on when there was none yet. */
+    void show();
+
+    /** Shows the window from its next frame on. */
+    void show_next();
+
+    /** What was drawn is good for nothing any more: the window has another size, or was hidden. */
+    void forget() { buffer_ = nullptr; }
+
+    /**
+     * From now on the window leaves the screen only as it is deleted, which is to follow; the
+     * toolkit may be long about that.
+     *
+     * @param gone called when it has left, maybe after the end of this object
+     */
+    void stay(std::function<void()> gone);
+
+    /** Takes what the toolkit is about to give to the compositor. @return false to let it pass */
+    bool takes(const Ecore_Wl2_Window *window, void *buffer);
+
+  private:
+    void give_back();
+
+    Ecore_Wl2_Window *const window_;
+    bool held_;
+    wl_buffer *buffer_ = nullptr; ///< the toolkit's
+};
+
+} // namespace platform
