@@ -55,8 +55,8 @@ class VideoPlane {
     static std::shared_ptr<VideoPlane> current();
 
     /**
-     * Takes the plane of a deleted window away, which would have shown black in its place before the
-     * window that it was drawn in had gone. Main-loop thread only.
+     * Takes the plane of a deleted window away, which would have shown black in its place before
+     * the window that it was drawn in had gone. Main-loop thread only.
      */
     static void outer_window_gone();
 
@@ -68,8 +68,8 @@ class VideoPlane {
     static void set_covered(bool covered);
 
     /**
-     * Has somebody told, once, that the compositor has been given a first picture, of whichever plane
-     * has one next. The call comes from the thread that presents it. Any thread.
+     * Has somebody told, once, that the compositor has been given a first picture, of whichever
+     * plane has one next. The call comes from the thread that presents it. Any thread.
      */
     static void call_when_shown(std::function<void()> callback);
 

@@ -72,14 +72,8 @@ void Mapping::stay(std::function<void()> gone)
     leaving = {window_, std::move(gone)};
 }
 
-void Mapping::show_next()
-{
-    held_ = false;
-    give_back();
-}
-
-// The toolkit does not draw into a buffer again before the compositor has said that it does not need
-// it; this one never got there.
+// The toolkit does not draw into a buffer again before the compositor has said that it does not
+// need it; this one never got there.
 void Mapping::give_back()
 {
     wl_buffer *buffer = std::exchange(buffer_, nullptr);

@@ -33,9 +33,6 @@ class Mapping {
     /** Shows the window as it was drawn last; from its first frame on when there was none yet. */
     void show();
 
-    /** Shows the window from its next frame on. */
-    void show_next();
-
     /** What was drawn is good for nothing any more: the window has another size, or was hidden. */
     void forget() { buffer_ = nullptr; }
 

@@ -42,6 +42,8 @@ double pixels_per_unit(Size output, Size window)
  * gets keys and the pointer, by which staff choose something else.
  */
 constexpr double LONGEST_UNSEEN_S = 5.0;
+/** How long it does with something to see in it: what lies over a film may come before the film. */
+constexpr double TIME_FOR_PICTURE_S = 0.2;
 
 /**
  * How long the window stays on the screen when the application has hidden it, as it does before it
@@ -353,16 +355,7 @@ void TvWindow::shown()
     const Size size = {PanelModel::get().width(), PanelModel::get().height()};
     evas_damage_rectangle_add(evas_object_evas_get(outer_.get()), 0, 0, size.width, size.height);
     ecore_evas_focus_set(inner_canvas_, EINA_TRUE);
-    if (mapping_->held())
-        reveal_timer_.reset(ecore_timer_add(
-            LONGEST_UNSEEN_S,
-            [](void *data) -> Eina_Bool {
-                auto *window = static_cast<TvWindow *>(data);
-                static_cast<void>(window->reveal_timer_.release()); // it goes by itself
-                window->reveal();
-                return ECORE_CALLBACK_CANCEL;
-            },
-            this));
+    reveal_within(LONGEST_UNSEEN_S);
     Ecore_Wl2_Window *window = ecore_evas_wayland2_window_get(outer_canvas_);
     if (!idle_inhibitor_ && window)
         idle_inhibitor_ = IdleInhibitor::create(ecore_wl2_display_registry_get(display_.get()),
@@ -374,6 +367,21 @@ void TvWindow::reveal()
     reveal_timer_.reset();
     if (mapping_->held())
         mapping_->show();
+}
+
+void TvWindow::reveal_within(double seconds)
+{
+    if (!mapping_->held())
+        return;
+    reveal_timer_.reset(ecore_timer_add(
+        seconds,
+        [](void *data) -> Eina_Bool {
+            auto *window = static_cast<TvWindow *>(data);
+            static_cast<void>(window->reveal_timer_.release()); // it goes by itself
+            window->reveal();
+            return ECORE_CALLBACK_CANCEL;
+        },
+        this));
 }
 
 void TvWindow::hidden()
@@ -422,10 +430,8 @@ void TvWindow::content_drawn()
     if (content_seen_ == seen)
         return;
     content_seen_ = seen;
-    if (seen && mapping_->held()) {
-        reveal_timer_.reset();
-        mapping_->show_next();
-    }
+    if (seen)
+        reveal_within(TIME_FOR_PICTURE_S);
     listener_.content_seen(seen);
 }
 

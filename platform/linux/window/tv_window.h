@@ -91,6 +91,7 @@ class TvWindow {
     void fit_frame(Size content);
     void fit();
     void shown();
+    void reveal_within(double seconds);
     void hidden();
     void leave_screen();
     void inner_deleted();
