@@ -42,8 +42,11 @@ double pixels_per_unit(Size output, Size window)
  * gets keys and the pointer, by which staff choose something else.
  */
 constexpr double LONGEST_UNSEEN_S = 5.0;
-/** How long it does with something to see in it: what lies over a film may come before the film. */
-constexpr double TIME_FOR_PICTURE_S = 0.2;
+/**
+ * How often it is looked at until then, and how long it waits with something to see in it: what
+ * lies over a film may be there before the film.
+ */
+constexpr double LOOK_S = 0.1;
 
 /**
  * How long the window stays on the screen when the application has hidden it, as it does before it
@@ -355,7 +358,14 @@ void TvWindow::shown()
     const Size size = {PanelModel::get().width(), PanelModel::get().height()};
     evas_damage_rectangle_add(evas_object_evas_get(outer_.get()), 0, 0, size.width, size.height);
     ecore_evas_focus_set(inner_canvas_, EINA_TRUE);
-    reveal_within(LONGEST_UNSEEN_S);
+    if (mapping_->held())
+        look_timer_.reset(ecore_timer_add(
+            LOOK_S,
+            [](void *data) -> Eina_Bool {
+                static_cast<TvWindow *>(data)->look();
+                return ECORE_CALLBACK_RENEW;
+            },
+            this));
     Ecore_Wl2_Window *window = ecore_evas_wayland2_window_get(outer_canvas_);
     if (!idle_inhibitor_ && window)
         idle_inhibitor_ = IdleInhibitor::create(ecore_wl2_display_registry_get(display_.get()),
@@ -364,30 +374,24 @@ void TvWindow::shown()
 
 void TvWindow::reveal()
 {
-    reveal_timer_.reset();
+    look_timer_.reset();
     if (mapping_->held())
         mapping_->show();
 }
 
-void TvWindow::reveal_within(double seconds)
+/** For something to see in the window, for which no frame was asked for since the first one. */
+void TvWindow::look()
 {
-    if (!mapping_->held())
-        return;
-    reveal_timer_.reset(ecore_timer_add(
-        seconds,
-        [](void *data) -> Eina_Bool {
-            auto *window = static_cast<TvWindow *>(data);
-            static_cast<void>(window->reveal_timer_.release()); // it goes by itself
-            window->reveal();
-            return ECORE_CALLBACK_CANCEL;
-        },
-        this));
+    if (content_seen_.value_or(false) || ++looks_ * LOOK_S >= LONGEST_UNSEEN_S)
+        reveal();
+    else if (!awaiting_frame_)
+        ecore_evas_manual_render(outer_canvas_);
 }
 
 void TvWindow::hidden()
 {
     awaiting_frame_ = false;
-    reveal_timer_.reset();
+    look_timer_.reset();
     idle_inhibitor_.reset();
     if (mapping_->held())
         leave_screen();
@@ -430,8 +434,6 @@ void TvWindow::content_drawn()
     if (content_seen_ == seen)
         return;
     content_seen_ = seen;
-    if (seen)
-        reveal_within(TIME_FOR_PICTURE_S);
     listener_.content_seen(seen);
 }
 
@@ -461,7 +463,7 @@ void TvWindow::inner_deleted()
     awaiting_frame_ = false;
     visible_job_.reset();
     idle_inhibitor_.reset();
-    reveal_timer_.reset();
+    look_timer_.reset();
     mapping_->forget();
     pointer_.reset();
     input_.reset();

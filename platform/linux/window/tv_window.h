@@ -91,7 +91,7 @@ class TvWindow {
     void fit_frame(Size content);
     void fit();
     void shown();
-    void reveal_within(double seconds);
+    void look();
     void hidden();
     void leave_screen();
     void inner_deleted();
@@ -115,12 +115,13 @@ class TvWindow {
     std::unique_ptr<IdleInhibitor> idle_inhibitor_;
     std::unique_ptr<ConnectionWatch> connection_watch_;
     EventHandlerPtr device_;
-    TimerPtr reveal_timer_;
+    TimerPtr look_timer_;
     TimerPtr hide_timer_;
     JobPtr visible_job_;
     JobPtr delete_job_;
     bool taken_ = false;
     bool awaiting_frame_ = false;
+    int looks_ = 0;
     bool visible_ = false;
     std::optional<bool> content_seen_;
     bool announced_visible_ = false;

@@ -5,9 +5,9 @@
 //   | keyboard (answered as soon as the window has it)
 //   | only X Y WIDTH HEIGHT (leaves nothing but the square, there)
 //   | redraw (a corner of the real window, nothing of its content; answered with "redrawn")
-// Environment: TEST_CREATE_FAILS, TEST_QUIT_IN_CREATE, TEST_QUIT_IN_CONTROL; TEST_POWER_OFF_ONLY
-// subscribes to no other power event; TEST_SLOW_CREATE and TEST_SLOW_TERMINATE wait for a line on
-// the standard input.
+// Environment: TEST_NOTHING_SEEN leaves square and button out of the window; TEST_CREATE_FAILS,
+// TEST_QUIT_IN_CREATE, TEST_QUIT_IN_CONTROL; TEST_POWER_OFF_ONLY subscribes to no other power
+// event; TEST_SLOW_CREATE and TEST_SLOW_TERMINATE wait for a line on the standard input.
 
 #include <cstdio>
 #include <cstdlib>
@@ -153,13 +153,16 @@ void make_window()
     mark = evas_object_rectangle_add(evas_object_evas_get(window));
     evas_object_color_set(mark, 255, 0, 0, 255);
     evas_object_geometry_set(mark, 20, 10, 100, 60);
-    evas_object_show(mark);
+    const bool seen = !getenv("TEST_NOTHING_SEEN");
+    if (seen)
+        evas_object_show(mark);
     button = elm_button_add(window);
     evas_object_geometry_set(button, 200, 100, 80, 40);
     evas_object_event_callback_add(button, EVAS_CALLBACK_KEY_DOWN, on_inner_key, nullptr);
     evas_object_smart_callback_add(
         button, "clicked", [](void *, Evas_Object *, void *) { say("clicked"); }, nullptr);
-    evas_object_show(button);
+    if (seen)
+        evas_object_show(button);
     elm_object_focus_set(button, EINA_TRUE);
 
     say("hint %d", elm_win_aux_hint_add(window, "wm.screencontroller.exception", "3"));
@@ -212,6 +215,7 @@ void leave_only(const char *place)
     std::sscanf(place, "%d %d %d %d", &x, &y, &width, &height);
     evas_object_hide(button);
     evas_object_geometry_set(mark, x, y, width, height);
+    evas_object_show(mark);
 }
 
 void on_redrawn(void *, Evas *canvas, void *)

@@ -202,6 +202,31 @@ TEST_F(WindowTest, TellsItsVisibilityAfterTheFirstFrameAndOnceOnly)
     EXPECT_THAT(lines, Not(Contains("visibility 0")));
 }
 
+// A compositor shows black for a window that is there and transparent.
+TEST_F(WindowTest, IsDrawnButStaysOffTheScreenUntilThereIsSomethingToSee)
+{
+    auto app = start({}, {{"TEST_NOTHING_SEEN", "1"}, {"WAYLAND_DEBUG", "client"}});
+    EXPECT_TRUE(app->hears("visibility 1"));
+    // More often than the toolkit has buffers to draw into.
+    for (int frame = 0; frame < 6; ++frame) {
+        app->say("redraw");
+        EXPECT_TRUE(app->hears("redrawn"));
+    }
+    app->say("sync");
+    EXPECT_TRUE(app->hears("done sync"));
+    std::smatch window;
+    const std::string before = app->errors();
+    ASSERT_TRUE(
+        std::regex_search(before, window, std::regex("get_xdg_surface.*, (wl_surface@\\d+)")))
+        << before;
+    EXPECT_THAT(before, Not(HasSubstr(window[1].str() + ".attach")));
+
+    const platform::Rect place = {20, 10, 100, 60};
+    show_only(*app, place);
+    EXPECT_TRUE(wait_until([&] { return Screen::get().lit_part() == place; }));
+    EXPECT_EQ(quit(*app), 0);
+}
+
 // Over a film each pixel that is given over costs the compositor time, and the application before
 // it.
 TEST_F(WindowTest, GivesTheCompositorNoMoreThanWhatChanged)
