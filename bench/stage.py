@@ -87,7 +87,7 @@ class Run:
 
     def first_picture(self, trace):
         """Milliseconds from the start of the program to its first picture."""
-        return since(stamp_of(self._started), trace.pictures()[0])
+        return since(stamp_of(self._started), trace.first_shown())
 
     def ticks(self):
         """Processor time so far, in ticks: the program's and the compositor's."""

@@ -6,7 +6,8 @@ import re
 WRAP_MS = 2**32 / 1000
 
 LINE = re.compile(r"^\[\s*(\d+\.\d+)\]\s+(.*)")
-SUBSURFACE = re.compile(r"-> wl_subcompositor@\d+\.get_subsurface\(new id \w+@\d+, wl_surface@(\d+),")
+SUBSURFACE = re.compile(r"-> wl_subcompositor@\d+\.get_subsurface\(new id \w+@\d+, wl_surface@(\d+), "
+                        r"wl_surface@(\d+)")
 ATTACH = re.compile(r"-> wl_surface@(\d+)\.attach\((nil|wl_buffer@\d+)")
 COMMIT = re.compile(r"-> wl_surface@(\d+)\.commit\(\)")
 KEY = re.compile(r"wl_keyboard@\d+\.key\(\d+, \d+, (\d+), 1\)")
@@ -22,7 +23,7 @@ class Trace:
         self.surfaces = {}
         self.keys = []
         self._items = []
-        self._subsurfaces = set()
+        self._parents = {}
         pending = set()
         for number, line in enumerate(lines):
             stamped = LINE.match(line)
@@ -39,13 +40,13 @@ class Trace:
                 pending.discard(found[1])
                 self.surfaces.setdefault(found[1], []).append((number, stamp))
         elif found := SUBSURFACE.match(request):
-            self._subsurfaces.add(found[1])
+            self._parents[found[1]] = found[2]
         elif found := KEY.match(request):
             self.keys.append((stamp, int(found[1])))
 
     def film_surface(self):
         """The surface of the film: the subsurface with most pictures, or the busiest of all."""
-        of_film = [name for name in self.surfaces if name in self._subsurfaces]
+        of_film = [name for name in self.surfaces if name in self._parents]
         return max(of_film or self.surfaces, key=lambda name: len(self.surfaces[name]),
                    default=None)
 
@@ -54,12 +55,19 @@ class Trace:
         if surface is None:
             return []
         # What a plane is given first is its black ground, no picture of any item.
-        ground = 1 if surface in self._subsurfaces else 0
+        ground = 1 if surface in self._parents else 0
         return self.surfaces[surface][ground:]
 
     def pictures(self):
         """When each picture of the film was presented."""
         return [stamp for _, stamp in self._film()]
+
+    def first_shown(self):
+        """When the first picture could be seen: not before its window had a picture, too."""
+        first = self.pictures()[0]
+        window = self.surfaces.get(self._parents.get(self.film_surface()), [])
+        late = since(first, window[0][1]) if window else 0
+        return first + late if late < WRAP_MS / 2 else first
 
     def pictures_between(self, began, ended):
         """How many were presented between two times of time.time()."""
