@@ -43,8 +43,8 @@ double pixels_per_unit(Size output, Size window)
  */
 constexpr double LONGEST_UNSEEN_S = 5.0;
 /**
- * How often it is looked at until then, and how long it waits with something to see in it: what
- * lies over a film may be there before the film.
+ * How often it is looked at until then, and for how long at most it waits with something to see in
+ * it: what lies over a film may be there before the film.
  */
 constexpr double LOOK_S = 0.1;
 
@@ -95,6 +95,12 @@ TvWindow *current_window = nullptr;
 template <auto CALL> void on_object(void *data, Evas *, Evas_Object *, void *)
 {
     (static_cast<TvWindow *>(data)->*CALL)();
+}
+
+template <auto CALL> Eina_Bool on_timer(void *data)
+{
+    (static_cast<TvWindow *>(data)->*CALL)(); // which may delete the timer
+    return ECORE_CALLBACK_RENEW;
 }
 
 Ecore_Evas *canvas_of(Evas_Object *window)
@@ -358,14 +364,10 @@ void TvWindow::shown()
     const Size size = {PanelModel::get().width(), PanelModel::get().height()};
     evas_damage_rectangle_add(evas_object_evas_get(outer_.get()), 0, 0, size.width, size.height);
     ecore_evas_focus_set(inner_canvas_, EINA_TRUE);
-    if (mapping_->held())
-        look_timer_.reset(ecore_timer_add(
-            LOOK_S,
-            [](void *data) -> Eina_Bool {
-                static_cast<TvWindow *>(data)->look();
-                return ECORE_CALLBACK_RENEW;
-            },
-            this));
+    if (mapping_->held()) {
+        look_timer_.reset(ecore_timer_add(LOOK_S, on_timer<&TvWindow::look>, this));
+        reveal_timer_.reset(ecore_timer_add(LONGEST_UNSEEN_S, on_timer<&TvWindow::reveal>, this));
+    }
     Ecore_Wl2_Window *window = ecore_evas_wayland2_window_get(outer_canvas_);
     if (!idle_inhibitor_ && window)
         idle_inhibitor_ = IdleInhibitor::create(ecore_wl2_display_registry_get(display_.get()),
@@ -375,6 +377,7 @@ void TvWindow::shown()
 void TvWindow::reveal()
 {
     look_timer_.reset();
+    reveal_timer_.reset();
     if (mapping_->held())
         mapping_->show();
 }
@@ -382,7 +385,7 @@ void TvWindow::reveal()
 /** For something to see in the window, for which no frame was asked for since the first one. */
 void TvWindow::look()
 {
-    if (content_seen_.value_or(false) || ++looks_ * LOOK_S >= LONGEST_UNSEEN_S)
+    if (content_seen_.value_or(false))
         reveal();
     else if (!awaiting_frame_)
         ecore_evas_manual_render(outer_canvas_);
@@ -392,24 +395,18 @@ void TvWindow::hidden()
 {
     awaiting_frame_ = false;
     look_timer_.reset();
+    reveal_timer_.reset();
     idle_inhibitor_.reset();
     if (mapping_->held())
         leave_screen();
     else
-        hide_timer_.reset(ecore_timer_add(
-            TIME_TO_END_S,
-            [](void *data) -> Eina_Bool {
-                auto *window = static_cast<TvWindow *>(data);
-                static_cast<void>(window->hide_timer_.release()); // it goes by itself
-                window->leave_screen();
-                return ECORE_CALLBACK_CANCEL;
-            },
-            this));
+        hide_timer_.reset(ecore_timer_add(TIME_TO_END_S, on_timer<&TvWindow::leave_screen>, this));
     announce_visibility(false);
 }
 
 void TvWindow::leave_screen()
 {
+    hide_timer_.reset();
     mapping_->forget();
     evas_object_hide(outer_.get());
 }
@@ -464,6 +461,7 @@ void TvWindow::inner_deleted()
     visible_job_.reset();
     idle_inhibitor_.reset();
     look_timer_.reset();
+    reveal_timer_.reset();
     mapping_->forget();
     pointer_.reset();
     input_.reset();

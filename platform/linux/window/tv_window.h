@@ -116,12 +116,12 @@ class TvWindow {
     std::unique_ptr<ConnectionWatch> connection_watch_;
     EventHandlerPtr device_;
     TimerPtr look_timer_;
+    TimerPtr reveal_timer_;
     TimerPtr hide_timer_;
     JobPtr visible_job_;
     JobPtr delete_job_;
     bool taken_ = false;
     bool awaiting_frame_ = false;
-    int looks_ = 0;
     bool visible_ = false;
     std::optional<bool> content_seen_;
     bool announced_visible_ = false;
