@@ -187,7 +187,7 @@ void TvWindow::make_outer(const std::string &name)
     elm_win_alpha_set(outer_.get(), EINA_TRUE);
     elm_win_borderless_set(outer_.get(), EINA_TRUE);
     elm_win_fullscreen_set(outer_.get(), EINA_TRUE);
-    mapping_ = std::make_unique<Mapping>(ecore_evas_wayland2_window_get(outer_canvas_));
+    mapping_ = std::make_unique<WindowMapping>(ecore_evas_wayland2_window_get(outer_canvas_));
 
     Size size;
     ecore_wl2_display_screen_size_get(display_.get(), &size.width, &size.height);

@@ -26,9 +26,9 @@
 #include "wayland/idle_inhibitor.h"
 #include "window/ecore_wl2_more.h"
 #include "window/input_feed.h"
-#include "window/mapping.h"
 #include "window/pointer_hider.h"
 #include "window/wayland_sync.h"
+#include "window/window_mapping.h"
 
 namespace platform {
 
@@ -109,7 +109,7 @@ class TvWindow {
     Rect drawn_part_;              ///< of the content
     Ecore_Evas *outer_canvas_ = nullptr;
     Ecore_Evas *inner_canvas_ = nullptr;
-    std::unique_ptr<Mapping> mapping_;
+    std::unique_ptr<WindowMapping> mapping_;
     std::unique_ptr<InputFeed> input_;
     std::unique_ptr<PointerHider> pointer_;
     std::unique_ptr<IdleInhibitor> idle_inhibitor_;

@@ -1,4 +1,4 @@
-#include "window/mapping.h"
+#include "window/window_mapping.h"
 
 #include <cstdint>
 #include <dlfcn.h>
@@ -12,7 +12,7 @@ namespace platform {
 
 namespace {
 
-Mapping *current = nullptr;
+WindowMapping *current = nullptr;
 
 /** The window that is being deleted. */
 struct Leaving {
@@ -35,17 +35,17 @@ void attach(Ecore_Wl2_Window *window, void *buffer, int x, int y, Eina_Bool impl
 
 } // namespace
 
-Mapping::Mapping(Ecore_Wl2_Window *window) : window_(window), held_(window != nullptr)
+WindowMapping::WindowMapping(Ecore_Wl2_Window *window) : window_(window), held_(window != nullptr)
 {
     current = this;
 }
 
-Mapping::~Mapping()
+WindowMapping::~WindowMapping()
 {
     current = nullptr;
 }
 
-bool Mapping::takes(const Ecore_Wl2_Window *window, void *buffer)
+bool WindowMapping::takes(const Ecore_Wl2_Window *window, void *buffer)
 {
     if (!held_ || window != window_)
         return false;
@@ -55,7 +55,7 @@ bool Mapping::takes(const Ecore_Wl2_Window *window, void *buffer)
 }
 
 // Committed at once, and not with a frame of the toolkit's, which has nothing new to draw.
-void Mapping::show()
+void WindowMapping::show()
 {
     held_ = false;
     if (!buffer_)
@@ -67,14 +67,14 @@ void Mapping::show()
     ecore_wl2_display_flush(ecore_wl2_window_display_get(window_));
 }
 
-void Mapping::stay(std::function<void()> gone)
+void WindowMapping::stay(std::function<void()> gone)
 {
     leaving = {window_, std::move(gone)};
 }
 
 // The toolkit does not draw into a buffer again before the compositor has said that it does not
 // need it; this one never got there.
-void Mapping::give_back()
+void WindowMapping::give_back()
 {
     wl_buffer *buffer = std::exchange(buffer_, nullptr);
     if (!buffer)

@@ -19,13 +19,13 @@ namespace platform {
  * the compositor instead, which goes on showing what it has shown before, and the toolkit's wish to
  * have the window without a picture right before it is deleted is passed over.
  */
-class Mapping {
+class WindowMapping {
   public:
     /** @param window whose frames are held back; null for none */
-    explicit Mapping(Ecore_Wl2_Window *window);
-    ~Mapping();
-    Mapping(const Mapping &) = delete;
-    Mapping &operator=(const Mapping &) = delete;
+    explicit WindowMapping(Ecore_Wl2_Window *window);
+    ~WindowMapping();
+    WindowMapping(const WindowMapping &) = delete;
+    WindowMapping &operator=(const WindowMapping &) = delete;
 
     /** Whether the window is kept off the screen. */
     bool held() const { return held_; }
