@@ -98,6 +98,26 @@ def test_content_of_the_stick_takes_the_place_of_the_old_one(copying):
     assert [line.split()[0] for line in lines if line.startswith("[")] == ["[1/3]", "[2/3]", "[3/3]"]
 
 
+def test_names_do_nothing_to_a_terminal(copying):
+    for name in ("clear\033[2J.mp4", "title\033]0;x\007.pdf"):
+        (copying.stick / "Demo" / name).write_bytes(b"film")
+    told = copying.run()
+    assert told.returncode == 0 and "clear?[2J.mp4" in told.out and "title?]0;x?.pdf" in told.out
+    assert "\033" not in told.out and "clear\033[2J.mp4" in held(copying.content)
+
+
+def test_links_on_a_stick_lead_nowhere(copying, tmp_path):
+    """Root runs it, who may read what the stick's owner may not."""
+    (tmp_path / "secret").write_bytes(b"secret")
+    (copying.stick / "Demo" / "c.mp4").symlink_to(tmp_path / "secret")
+    done = copying.run()
+    assert done.returncode == 0 and "does not play it: c.mp4" in done.out, done.err
+    assert held(copying.content) == FILMS
+    (copying.stick / "demo").symlink_to(tmp_path / "set" / "demo_movie")
+    refused = copying.run(copying.stick / "demo", copying.set / "other")
+    assert refused.returncode == 1 and "stick/demo cannot be read" in refused.err
+
+
 def test_a_folder_is_made_where_there_is_none(copying):
     done = copying.run(copying.stick / "Demo", copying.set / "other")
     assert done.returncode == 0, done.err

@@ -141,7 +141,7 @@ class FileCopy {
 
     void copy(const ContentFile &file)
     {
-        const Descriptor source = platform::open_regular_file(from_);
+        const Descriptor source = platform::open_regular_file(from_, O_RDONLY | O_NOFOLLOW);
         if (!source)
             fail(from_ + " cannot be read", errno);
         const Descriptor target(
@@ -229,6 +229,14 @@ void check_room(const fs::path &folder, uint64_t bytes)
 
 } // namespace
 
+std::string printable(std::string text)
+{
+    std::replace_if(
+        text.begin(), text.end(), [](unsigned char byte) { return byte < ' ' || byte == 0x7F; },
+        '?');
+    return text;
+}
+
 std::string in_words(uint64_t bytes)
 {
     constexpr const char *UNITS[] = {"kB", "MB", "GB", "TB"};
@@ -245,7 +253,10 @@ std::string in_words(uint64_t bytes)
 
 ContentCopy::ContentCopy(std::string from) : from_(platform::without_last_slashes(std::move(from)))
 {
-    const std::unique_ptr<DIR, DirectoryEnd> directory(opendir(from_.c_str()));
+    // Links are not followed: a stick could have any file of the machine copied, since root reads
+    // it.
+    const int opened = open(from_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    const std::unique_ptr<DIR, DirectoryEnd> directory(opened < 0 ? nullptr : fdopendir(opened));
     if (!directory)
         fail(from_ + " cannot be read", errno);
     while (const dirent *entry = readdir(directory.get())) {
@@ -253,7 +264,7 @@ ContentCopy::ContentCopy(std::string from) : from_(platform::without_last_slashe
         // What other systems leave behind under hidden names looks like films that are broken.
         if (file.name[0] == '.')
             continue;
-        if (fstatat(dirfd(directory.get()), entry->d_name, &file.status, 0) != 0)
+        if (fstatat(dirfd(directory.get()), entry->d_name, &file.status, AT_SYMLINK_NOFOLLOW) != 0)
             fail(from_ + "/" + file.name + " cannot be read", errno);
         if (!S_ISREG(file.status.st_mode) ||
             !(is_played(file.name) || platform::is_subtitle(file.name))) {

@@ -58,9 +58,9 @@ void copy(const std::string &from, const std::string &to)
     using namespace demo_copy;
     const ContentCopy content(from);
     std::printf("%zu files, %s, from %s to %s\n", content.files().size(),
-                in_words(content.bytes()).c_str(), from.c_str(), to.c_str());
+                in_words(content.bytes()).c_str(), printable(from).c_str(), printable(to).c_str());
     for (const std::string &name : content.left_out())
-        std::printf("Left out, for the demo does not play it: %s\n", name.c_str());
+        std::printf("Left out, for the demo does not play it: %s\n", printable(name).c_str());
     ProgressShow shown(content);
     std::string left;
     try {
@@ -72,7 +72,7 @@ void copy(const std::string &from, const std::string &to)
     shown.end();
     std::printf("All files are copied and checked.\n");
     if (!left.empty())
-        std::fprintf(stderr, "ostrel-demo-copy: %s\n", left.c_str());
+        std::fprintf(stderr, "ostrel-demo-copy: %s\n", printable(left).c_str());
 }
 
 } // namespace
@@ -94,7 +94,8 @@ int main(int argc, char **argv)
              arguments.size() < 2 ? platform::BUILT_IN_FOLDER : arguments[1]);
         return DONE;
     } catch (const std::exception &failure) {
-        std::fprintf(stderr, "ostrel-demo-copy: %s\nThe content is as it was.\n", failure.what());
+        std::fprintf(stderr, "ostrel-demo-copy: %s\nThe content is as it was.\n",
+                     demo_copy::printable(failure.what()).c_str());
         return NOT_COPIED;
     }
 }
