@@ -79,7 +79,7 @@ def test_player_that_has_grown_is_started_anew_between_two_items(tv, screen, con
 
         assert player.wait_end() == 0
         moments = [match.group() for _, match in player.log.find_all(
-            "has come to its end|player: playing|private memory has grown")]
+            "has come to its end|opening .* ahead|private memory has grown")]
         noticed = moments.index("private memory has grown")
         assert moments[noticed - 1] == "has come to its end"
         service.wait_back(life=1)

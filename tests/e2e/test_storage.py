@@ -202,7 +202,7 @@ def test_disk_that_does_not_sync_holds_up_no_key(tv, screen, content, shelf):
     player = tv.start(folder=content, **tv.breakable())
     screen.wait_for("red")
     tv.press("XF86ChannelGuide")
-    tv.wait_config(PORTRAIT_TIMER, 0)
+    player.log.wait("timers reset")
 
     tv.break_storage(unsynced=tv.state_dir)
     tv.press("XF86RaiseChannel")
