@@ -99,10 +99,10 @@ def test_window_without_a_picture_comes_for_the_keys(beneath, tv, screen, conten
 
 
 def test_window_without_a_picture_comes_for_the_options(beneath, tv, screen, content):
-    """At once, where somebody else's key opens them."""
+    """At once, where somebody else's key opens them. The clock runs slowly."""
     tv.configure(content={"broken_video": "skip"})
     (content / "broken.mp4").write_bytes(b"no film")
-    player = tv.start(folder=content, **tv.timers(0.01, above=4))
+    player = tv.start(folder=content, **tv.timers(0.01, above=0.4))
     player.log.wait("broken.mp4 cannot be played")
     tv.press("Return")
     wait_until(lambda: screen.shown() != "yellow", "the options")

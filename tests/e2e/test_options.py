@@ -39,6 +39,7 @@ def test_the_film_lies_over_the_window_only_while_the_window_is_empty(
         tv, screen, content, two_videos):
     player = tv.start(folder=content, WAYLAND_DEBUG="client")
     player.tolerate(r"^\[ *\d+\.\d+\] ")
+    wait_until(lambda: screen.shown() in two_videos, "the first video")
     player.log.wait(r"wl_subsurface@\d+\.place_above")
     here = open_options(screen, player)
     player.log.wait(r"wl_subsurface@\d+\.place_below", after=here)

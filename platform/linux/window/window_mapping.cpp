@@ -58,7 +58,7 @@ bool WindowMapping::takes(const Ecore_Wl2_Window *window, void *buffer)
 void WindowMapping::show()
 {
     held_ = false;
-    if (!buffer_)
+    if (!buffer_ || !window_)
         return;
     attach(window_, std::exchange(buffer_, nullptr), 0, 0, EINA_FALSE);
     wl_surface *surface = ecore_wl2_window_surface_get(window_);
@@ -69,7 +69,10 @@ void WindowMapping::show()
 
 void WindowMapping::stay(std::function<void()> gone)
 {
-    leaving = {window_, std::move(gone)};
+    if (window_)
+        leaving = {window_, std::move(gone)};
+    else if (gone)
+        gone();
 }
 
 // The toolkit does not draw into a buffer again before the compositor has said that it does not
@@ -110,6 +113,8 @@ extern "C" void ecore_wl2_window_free(Ecore_Wl2_Window *window)
     static const auto own =
         platform::toolkits_own<decltype(ecore_wl2_window_free)>("ecore_wl2_window_free");
     own(window);
+    if (platform::current && platform::current->window() == window)
+        platform::current->deleted();
     if (!window || window != platform::leaving.window)
         return;
     const auto left = std::exchange(platform::leaving, {});

@@ -27,6 +27,8 @@ class WindowMapping {
     WindowMapping(const WindowMapping &) = delete;
     WindowMapping &operator=(const WindowMapping &) = delete;
 
+    Ecore_Wl2_Window *window() const { return window_; }
+
     /** Whether the window is kept off the screen. */
     bool held() const { return held_; }
 
@@ -44,13 +46,16 @@ class WindowMapping {
      */
     void stay(std::function<void()> gone);
 
+    /** The toolkit has deleted the window, as it does when the compositor asks for its end. */
+    void deleted() { window_ = nullptr; }
+
     /** Takes what the toolkit is about to give to the compositor. @return false to let it pass */
     bool takes(const Ecore_Wl2_Window *window, void *buffer);
 
   private:
     void give_back();
 
-    Ecore_Wl2_Window *const window_;
+    Ecore_Wl2_Window *window_;
     bool held_;
     wl_buffer *buffer_ = nullptr; ///< the toolkit's
 };
