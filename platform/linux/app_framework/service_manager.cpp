@@ -37,7 +37,7 @@ ServiceManager::Request ServiceManager::take_request()
 
 ServiceManager &ServiceManager::get()
 {
-    // Never destroyed: the video plane's thread may tell it something at any time.
+    // Never destroyed: it may be told something until the very end.
     static auto &manager = *new ServiceManager(take_request());
     return manager;
 }
