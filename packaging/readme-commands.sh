@@ -23,6 +23,7 @@ declare -A elsewhere=(
     [packaging/build-deb.sh]="check-packages.sh deb runs it"
     ["sudo apt-get install -y ./out/packages/*.deb"]="check-packages.sh deb installs them with dpkg"
     ["sudo ostrel-demo-kiosk on"]="check-packages.sh deb runs it"
+    ["sudo ostrel-demo-copy"]="test.sh runs it, with folders in the stick's place"
 )
 
 # read_blocks FILE: "sh COMMAND" for each command, "ini LINE" for each line of the service's settings,

@@ -29,7 +29,7 @@ def test_each_package_stands_once_and_says_why(lines):
 
 def test_sections_are_those_the_scripts_ask_for(lines):
     assert [line for line in lines if line.startswith("[")] == [
-        "[build]", "[run]", "[demo]", "[kiosk]", "[test]", "[package]", "[fuzz]", "[bench]"]
+        "[build]", "[run]", "[demo]", "[kiosk]", "[test]", "[package]", "[vm]", "[fuzz]", "[bench]"]
 
 
 def test_all_packages_are_installed(source_dir):
@@ -117,7 +117,7 @@ def test_each_command_of_the_readme_is_run_or_says_where(source_dir, readme, tmp
     assert {command for command, where in how.items() if where != "run"} == {
         "./demo.sh", "./test.sh", "packaging/install-missing.sh build package",
         "packaging/build-deb.sh", "sudo apt-get install -y ./out/packages/*.deb",
-        "sudo ostrel-demo-kiosk on"}
+        "sudo ostrel-demo-kiosk on", "sudo ostrel-demo-copy"}
 
 
 @pytest.mark.parametrize("block", ["```console\nmake coffee\n```", "```\nmake coffee\n```",
