@@ -14,8 +14,8 @@ them, and the log of the machine's console.
                  that works
   --cuts N       cut the power N times during play (default: 20)
   --work FOLDER  where system, image and result lie (default: /var/tmp/ostrel-demo-vm); the system is
-                 kept for the next run, and needs 6 GB
-Needs root and network, and installs what it needs itself. Without KVM it takes about an hour.
+                 kept for the next run
+Needs root, network and some gigabytes of disk, and installs what it needs itself.
 TEXT
 }
 
@@ -38,6 +38,10 @@ case $cuts in '' | *[!0-9]*) usage >&2; exit 2 ;; esac
 packaging/install-missing.sh build run test package vm
 mkdir -p "$work"
 work=$(realpath "$work")
+# What lies there is replaced without a question.
+[ -e "$work/.ostrel-demo-vm" ] || [ -z "$(ls -A "$work")" ] ||
+    { echo "test-in-vm.sh: $work is neither empty nor of an earlier run" >&2; exit 2; }
+touch "$work/.ostrel-demo-vm"
 system=$work/system
 mirror=${DEBIAN_MIRROR:-http://deb.debian.org/debian}
 

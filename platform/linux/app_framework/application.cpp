@@ -183,6 +183,8 @@ void Application::stop_services()
     window_.reset();
     keys_.reset();
     instance_.reset();
+    // What has ended before may have taken its time as well.
+    ServiceManager::get().tell_alive();
     finish_writes();
 }
 

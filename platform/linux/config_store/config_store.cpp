@@ -24,7 +24,7 @@ struct _keynode_t {
 namespace {
 
 // What a sync takes on a medium in good health is less. The service manager bears a main loop that
-// stands for three seconds, of which a second may be over when the end begins.
+// stands for three seconds.
 constexpr std::chrono::milliseconds LONGEST_WRITE{500};
 constexpr std::chrono::milliseconds LONGEST_END{1500};
 
