@@ -25,7 +25,7 @@ FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 CONTENT = "/opt/data/demo_movie"
 
 # What lies on the stick of each file system: its colour tells that it is the one on the screen.
-STICKS = {"vfat": (200, 90, 0), "exfat": (0, 130, 120), "ntfs": (120, 0, 140), "ext4": (110, 120, 0)}
+STICKS = {"vfat": (0, 80, 190), "exfat": (0, 130, 120), "ntfs": (120, 0, 140), "ext4": (110, 120, 0)}
 MAKE = {"vfat": "mkfs.vfat -n DEMO", "exfat": "mkfs.exfat -L DEMO", "ntfs": "mkfs.ntfs -q -f -F -L DEMO",
         "ext4": "mkfs.ext4 -q -L DEMO"}
 
