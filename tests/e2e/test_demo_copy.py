@@ -174,13 +174,46 @@ def test_a_copy_that_is_cut_off_leaves_the_old_content_and_the_next_one_is_whole
 
 @pytest.mark.parametrize("what, reason", [
     ("empty", "holds nothing that the demo plays"), ("missing", "cannot be read: No such file"),
-    ("same", "is what is to be copied"), ("file", "is no folder")])
+    ("same", "is what is to be copied"), ("file", "is no folder"),
+    ("above", "lie one within the other"), ("below", "lie one within the other")])
 def test_a_wrong_folder_is_refused(copying, what, reason):
+    films = copying.stick / "Demo"
     arguments = {"empty": (copying.set, copying.content), "missing": ("/nowhere", copying.content),
-                 "same": (copying.stick / "Demo", copying.stick / "Demo"),
-                 "file": (copying.stick / "Demo", copying.stick / "Demo" / "a.mp4")}[what]
-    copying.assert_as_it_was(copying.run(*arguments), reason)
-    assert held(copying.stick / "Demo") == FILMS
+                 "same": (films, films), "file": (films, films / "a.mp4"),
+                 "above": (films, copying.stick), "below": (films, films / "new")}[what]
+    refused = copying.run(*arguments)
+    copying.assert_as_it_was(refused, reason)
+    assert "[1/3]" not in refused.out and held(films) == FILMS
+    assert os.listdir(copying.stick) == ["Demo"]
+
+
+def test_only_files_of_one_folder_are_ever_replaced(copying):
+    """A slip of the keyboard, as root, shall not take a home or /etc away."""
+    fill(copying.content / "letters", {"dear.txt": b"dear"})
+    refused = copying.run()
+    assert refused.returncode == 1 and "is more than content, for it holds the folder letters" in refused.err
+    assert "[1/3]" not in refused.out and os.listdir(copying.set) == ["demo_movie"]
+    assert held(copying.content / "letters") == {"dear.txt": b"dear"}
+    (copying.content / "letters").rename(copying.set / "letters")
+    (copying.content / "link").symlink_to(copying.set / "letters")
+    done = copying.run()
+    assert done.returncode == 0 and held(copying.content) == FILMS, done.err
+    assert held(copying.set / "letters") == {"dear.txt": b"dear"}
+
+
+def test_a_folder_in_the_place_of_the_new_files_is_left_alone(copying):
+    fill(copying.fresh() / "letters", {"dear.txt": b"dear"})
+    refused = copying.run()
+    assert refused.returncode == 1 and ".demo_movie.new cannot be removed: Is a directory" in refused.err
+    assert held(copying.fresh() / "letters") == {"dear.txt": b"dear"} and held(copying.content) == OLD
+
+
+def test_what_a_power_cut_left_can_be_saved(copying):
+    """That may be the old films, when it came between the exchange and the tidying up."""
+    fill(copying.fresh(), FILMS)
+    refused = copying.run(copying.fresh(), copying.content)
+    assert refused.returncode == 1 and "is where the new files go: rename it first" in refused.err
+    assert held(copying.fresh()) == FILMS and held(copying.content) == OLD
 
 
 def test_without_a_stick_there_is_nothing_to_copy(copying):

@@ -33,12 +33,15 @@ constexpr uint64_t ROOM_TO_SPARE = uint64_t{16} * 1024 * 1024;
 constexpr mode_t FOLDER_MODE = 0775;
 constexpr mode_t FILE_MODE = 0664;
 
+std::string with_reason(const std::string &what, int reason)
+{
+    const bool is_forbidden = reason == EACCES || reason == EPERM;
+    return what + ": " + std::strerror(reason) + (is_forbidden ? " (with sudo it may work)" : "");
+}
+
 [[noreturn]] void fail(const std::string &what, int reason)
 {
-    std::string text = what + ": " + std::strerror(reason);
-    if (reason == EACCES || reason == EPERM)
-        text += " (with sudo it may work)";
-    throw CopyFailure(text);
+    throw CopyFailure(with_reason(what, reason));
 }
 
 /** A number for a file's bytes, which arrive in blocks of one size. */
@@ -58,6 +61,70 @@ class Digest {
 struct DirectoryEnd {
     void operator()(DIR *directory) const { closedir(directory); }
 };
+using Directory = std::unique_ptr<DIR, DirectoryEnd>;
+
+/** @return nothing on failure, with errno set; a link is one */
+Directory open_directory(const std::string &path)
+{
+    const int opened = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    return Directory(opened < 0 ? nullptr : fdopendir(opened));
+}
+
+/** Whether the path is the folder or lies somewhere below it, both canonical. */
+bool is_within(const fs::path &path, const fs::path &folder)
+{
+    return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first ==
+           folder.end();
+}
+
+/** Where the new files are until they are complete. */
+fs::path place_beside(const fs::path &old)
+{
+    return old.parent_path() / ("." + old.filename().string() + ".new");
+}
+
+/** Content lies in one folder. What has others in it is something else, named by mistake. */
+void check_flat(const fs::path &folder)
+{
+    std::error_code failure;
+    for (fs::directory_iterator entry(folder, failure), end; !failure && entry != end;
+         entry.increment(failure)) {
+        if (entry->is_directory(failure) && !entry->is_symlink(failure))
+            throw CopyFailure(folder.string() + " is more than content, for it holds the folder " +
+                              entry->path().filename().string());
+    }
+    if (failure)
+        fail(folder.string() + " cannot be read", failure.value());
+}
+
+/**
+ * The folder that is to be replaced, when that can be done and takes nothing else along.
+ *
+ * @throws CopyFailure
+ */
+fs::path checked_place(const std::string &to, const std::string &from)
+{
+    std::error_code failure;
+    // A link stays, and what it leads to is replaced.
+    const fs::path old = fs::weakly_canonical(platform::without_last_slashes(to), failure);
+    if (failure || !old.has_filename())
+        throw CopyFailure(to + " is no place for content");
+    if (fs::exists(old, failure) && !fs::is_directory(old, failure))
+        throw CopyFailure(old.string() + " is no folder");
+    if (fs::equivalent(old, from, failure))
+        throw CopyFailure(old.string() + " is what is to be copied");
+    const fs::path source = fs::canonical(from, failure);
+    if (failure)
+        fail(from + " cannot be read", failure.value());
+    if (is_within(source, old) || is_within(old, source))
+        throw CopyFailure(old.string() + " and " + source.string() +
+                          " lie one within the other, so one cannot replace the other");
+    if (is_within(source, place_beside(old)))
+        throw CopyFailure(source.string() + " is where the new files go: rename it first");
+    if (fs::exists(old, failure))
+        check_flat(old);
+    return old;
+}
 
 bool is_played(const std::string &name)
 {
@@ -69,7 +136,9 @@ class NewFolder {
   public:
     explicit NewFolder(fs::path place) : place_(std::move(place))
     {
-        remove(); // of a copy that was cut off
+        // Of a copy that was cut off.
+        if (const std::string left = remove(); !left.empty())
+            throw CopyFailure(left);
         if (mkdir(place_.c_str(), S_IRWXU) != 0)
             fail(place_.string() + " cannot be made", errno);
         made_ = true;
@@ -118,11 +187,22 @@ class NewFolder {
             fail(folder.string() + " cannot be written", errno);
     }
 
+    /** Takes away the files at its top, and itself. What lies deeper was never content. */
     std::string remove() const
     {
-        std::error_code failure;
-        fs::remove_all(place_, failure);
-        return failure ? place_.string() + " cannot be removed: " + failure.message() : "";
+        const Directory directory = open_directory(place_);
+        if (!directory && errno == ENOENT)
+            return "";
+        int reason = 0;
+        while (const dirent *entry = directory ? readdir(directory.get()) : nullptr) {
+            const std::string name = entry->d_name;
+            if (name != "." && name != ".." &&
+                unlinkat(dirfd(directory.get()), entry->d_name, 0) != 0)
+                reason = errno;
+        }
+        if (rmdir(place_.c_str()) == 0)
+            return "";
+        return with_reason(place_.string() + " cannot be removed", reason != 0 ? reason : errno);
     }
 
     const fs::path place_;
@@ -255,8 +335,7 @@ ContentCopy::ContentCopy(std::string from) : from_(platform::without_last_slashe
 {
     // Links are not followed: a stick could have any file of the machine copied, since root reads
     // it.
-    const int opened = open(from_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    const std::unique_ptr<DIR, DirectoryEnd> directory(opened < 0 ? nullptr : fdopendir(opened));
+    const Directory directory = open_directory(from_);
     if (!directory)
         fail(from_ + " cannot be read", errno);
     while (const dirent *entry = readdir(directory.get())) {
@@ -282,15 +361,7 @@ ContentCopy::ContentCopy(std::string from) : from_(platform::without_last_slashe
 std::string ContentCopy::replace(const std::string &to, const std::atomic<bool> &stop,
                                  const std::function<void(const Progress &)> &progress) const
 {
-    std::error_code failure;
-    // A link stays, and what it leads to is replaced.
-    const fs::path old = fs::weakly_canonical(platform::without_last_slashes(to), failure);
-    if (failure || !old.has_filename())
-        throw CopyFailure(to + " is no place for content");
-    if (fs::exists(old, failure) && !fs::is_directory(old, failure))
-        throw CopyFailure(old.string() + " is no folder");
-    if (fs::equivalent(old, from_, failure))
-        throw CopyFailure(old.string() + " is what is to be copied");
+    const fs::path old = checked_place(to, from_);
     const fs::path folder = old.parent_path();
     const Descriptor parent(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (!parent)
@@ -298,7 +369,7 @@ std::string ContentCopy::replace(const std::string &to, const std::atomic<bool> 
     if (flock(parent.number(), LOCK_EX | LOCK_NB) != 0)
         throw CopyFailure("somebody else is copying to " + folder.string());
 
-    NewFolder fresh(folder / ("." + old.filename().string() + ".new"));
+    NewFolder fresh(place_beside(old));
     fresh.become_like(old);
     check_room(folder, bytes_);
     Progress now;
