@@ -309,14 +309,6 @@ void check_room(const fs::path &folder, uint64_t bytes)
 
 } // namespace
 
-std::string printable(std::string text)
-{
-    std::replace_if(
-        text.begin(), text.end(), [](unsigned char byte) { return byte < ' ' || byte == 0x7F; },
-        '?');
-    return text;
-}
-
 std::string in_words(uint64_t bytes)
 {
     constexpr const char *UNITS[] = {"kB", "MB", "GB", "TB"};

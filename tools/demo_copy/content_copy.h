@@ -67,9 +67,6 @@ class ContentCopy {
     uint64_t bytes_ = 0;
 };
 
-/** A text for a terminal, on which the bytes of a file's name shall do nothing but be seen. */
-std::string printable(std::string text);
-
 /** "3.4 GB" */
 std::string in_words(uint64_t bytes);
 

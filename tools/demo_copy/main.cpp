@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "content_copy.h"
+#include "log/log_line.h"
 #include "player_rules/launch_rules.h"
 #include "progress.h"
 #include "usb_storage/stick_content.h"
@@ -58,9 +59,11 @@ void copy(const std::string &from, const std::string &to)
     using namespace demo_copy;
     const ContentCopy content(from);
     std::printf("%zu files, %s, from %s to %s\n", content.files().size(),
-                in_words(content.bytes()).c_str(), printable(from).c_str(), printable(to).c_str());
+                in_words(content.bytes()).c_str(), platform::visible_text(from).c_str(),
+                platform::visible_text(to).c_str());
     for (const std::string &name : content.left_out())
-        std::printf("Left out, for the demo does not play it: %s\n", printable(name).c_str());
+        std::printf("Left out, for the demo does not play it: %s\n",
+                    platform::visible_text(name).c_str());
     ProgressShow shown(content);
     std::string left;
     try {
@@ -72,7 +75,7 @@ void copy(const std::string &from, const std::string &to)
     shown.end();
     std::printf("All files are copied and checked.\n");
     if (!left.empty())
-        std::fprintf(stderr, "ostrel-demo-copy: %s\n", printable(left).c_str());
+        std::fprintf(stderr, "ostrel-demo-copy: %s\n", platform::visible_text(left).c_str());
 }
 
 } // namespace
@@ -95,7 +98,7 @@ int main(int argc, char **argv)
         return DONE;
     } catch (const std::exception &failure) {
         std::fprintf(stderr, "ostrel-demo-copy: %s\nThe content is as it was.\n",
-                     demo_copy::printable(failure.what()).c_str());
+                     platform::visible_text(failure.what()).c_str());
         return NOT_COPIED;
     }
 }

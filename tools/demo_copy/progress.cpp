@@ -6,6 +6,8 @@
 
 #include <unistd.h>
 
+#include "log/log_line.h"
+
 namespace demo_copy {
 
 namespace {
@@ -27,7 +29,7 @@ void ProgressShow::show(const ContentCopy::Progress &progress)
         draw(progress);
     else if (other_file)
         std::printf("[%zu/%zu] %s\n", progress.file + 1, copy_.files().size(),
-                    printable(copy_.files()[progress.file].name).c_str());
+                    platform::visible_text(copy_.files()[progress.file].name).c_str());
     std::fflush(stdout);
 }
 
@@ -43,7 +45,8 @@ void ProgressShow::draw(const ContentCopy::Progress &progress)
     std::string bar(static_cast<size_t>(filled), '#');
     bar.resize(BAR_WIDTH, '.');
     std::printf("\r[%s] %3d %%  %s%s", bar.c_str(), percent,
-                printable(copy_.files()[progress.file].name).c_str(), CLEAR_REST_OF_LINE);
+                platform::visible_text(copy_.files()[progress.file].name).c_str(),
+                CLEAR_REST_OF_LINE);
 }
 
 void ProgressShow::end()
