@@ -41,6 +41,13 @@ class Copying:
     def run(self, *arguments):
         return self.finish(self.start(*arguments))
 
+    def run_with_mounts(self, script, *arguments, **environment):
+        """Where a script has mounted what nobody else sees."""
+        return self.finish(subprocess.Popen(
+            ["unshare", *(["--map-root-user"] if os.getuid() else []), "--mount", "sh", "-c",
+             f'{script} && exec "$0" "$@"', self.program, *arguments], text=True,
+            env={**self.environment, **environment}, stdout=subprocess.PIPE, stderr=subprocess.PIPE))
+
     @staticmethod
     def finish(process):
         try:
@@ -120,20 +127,38 @@ def test_links_on_a_stick_lead_nowhere(copying, tmp_path):
     assert refused.returncode == 1 and "stick/demo cannot be read" in refused.err
 
 
-def test_a_folder_is_made_where_there_is_none(copying):
-    done = copying.run(copying.stick / "Demo", copying.set / "other")
+@pytest.mark.parametrize("absolute", [True, False])
+def test_a_folder_is_made_where_there_is_none(copying, absolute):
+    # No file system that cannot exchange is in its way.
+    copying.break_storage("plain", copying.set)
+    to = copying.set / "other" if absolute else "other"
+    done = copying.finish(copying.start(copying.stick / "Demo", to, cwd=copying.set))
     assert done.returncode == 0, done.err
     assert held(copying.set / "other") == FILMS and held(copying.content) == OLD
 
 
 def test_without_arguments_the_stick_goes_into_the_built_in_folder(copying):
-    script = 'mount -t tmpfs none /opt && mkdir -p /opt/data && exec "$0"'
-    done = subprocess.run(
-        ["unshare", *(["--map-root-user"] if os.getuid() else []), "--mount", "sh", "-c", script,
-         copying.program], env=copying.environment, capture_output=True, text=True, timeout=60, check=False)
-    assert done.returncode == 0, done.stderr
-    assert done.stdout.startswith(
+    done = copying.run_with_mounts("mount -t tmpfs none /opt && mkdir -p /opt/data")
+    assert done.returncode == 0, done.err
+    assert done.out.startswith(
         f"3 files, 3.5 MB, from {copying.stick}/Demo/ to /opt/data/demo_movie/\n")
+
+
+def test_what_cannot_be_exchanged_is_told_before_anything_is_copied(copying):
+    copying.break_storage("plain", copying.set)
+    refused = copying.run()
+    copying.assert_as_it_was(refused, f"the file system of {copying.set} cannot exchange two folders in one step")
+    assert "[1/3]" not in refused.out
+    copying.faults.unlink()
+    refused = copying.run_with_mounts(f"mount --bind {copying.content} {copying.content}",
+                                      copying.stick / "Demo", copying.content)
+    copying.assert_as_it_was(refused, f"something is mounted at {copying.content}, which cannot be exchanged")
+    assert "[1/3]" not in refused.out
+    link = copying.stick / "link"
+    link.symlink_to("/nowhere")
+    refused = copying.run(copying.stick / "Demo", link)
+    copying.assert_as_it_was(refused, "stick/link is a link that leads nowhere")
+    assert "[1/3]" not in refused.out
 
 
 @pytest.mark.parametrize("fault, place, reason", [

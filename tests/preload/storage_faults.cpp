@@ -14,6 +14,7 @@
 // corrupt     a read gives other bytes than were written
 // full        nothing can be written, and no folder made
 // read_only   nothing can be opened for writing, made, renamed or removed
+// plain       renaming takes no flags, as on file systems that cannot exchange
 
 #include <atomic>
 #include <cerrno>
@@ -37,15 +38,15 @@ namespace {
 constexpr timespec LOOK_AGAIN{0, 10'000'000};
 constexpr unsigned int READS_TO_A_FAILURE = 3;
 
-enum class Fault { None, Hangs, Dead, Eio, EioOften, Corrupt, Unsynced, Full, ReadOnly };
+enum class Fault { None, Hangs, Dead, Eio, EioOften, Corrupt, Unsynced, Full, ReadOnly, Plain };
 
 constexpr struct {
     std::string_view name;
     Fault fault;
-} NAMES[] = {{"hangs", Fault::Hangs},     {"dead", Fault::Dead},
-             {"eio", Fault::Eio},         {"eio_often", Fault::EioOften},
-             {"corrupt", Fault::Corrupt}, {"unsynced", Fault::Unsynced},
-             {"full", Fault::Full},       {"read_only", Fault::ReadOnly}};
+} NAMES[] = {
+    {"hangs", Fault::Hangs},        {"dead", Fault::Dead},          {"eio", Fault::Eio},
+    {"eio_often", Fault::EioOften}, {"corrupt", Fault::Corrupt},    {"unsynced", Fault::Unsynced},
+    {"full", Fault::Full},          {"read_only", Fault::ReadOnly}, {"plain", Fault::Plain}};
 
 Fault named(std::string_view name)
 {
@@ -250,6 +251,17 @@ int rename(const char *from, const char *to) noexcept
 {
     static auto *const original = next<decltype(rename)>("rename");
     return may_change(from) ? original(from, to) : -1;
+}
+
+int renameat2(int from_folder, const char *from, int to_folder, const char *to,
+              unsigned int flags) noexcept
+{
+    static auto *const original = next<decltype(renameat2)>("renameat2");
+    if (flags != 0 && fault_of(from) == Fault::Plain) {
+        errno = EINVAL;
+        return -1;
+    }
+    return original(from_folder, from, to_folder, to, flags);
 }
 
 int unlink(const char *path) noexcept

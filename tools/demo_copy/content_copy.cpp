@@ -97,6 +97,14 @@ void check_flat(const fs::path &folder)
         fail(folder.string() + " cannot be read", failure.value());
 }
 
+/** Not by device numbers: a folder that is bound to another place of the same disk has the same. */
+bool is_mount_point(const fs::path &folder)
+{
+    struct statx facts = {};
+    return statx(AT_FDCWD, folder.c_str(), AT_SYMLINK_NOFOLLOW, 0, &facts) == 0 &&
+           (facts.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
 /**
  * The folder that is to be replaced, when that can be done and takes nothing else along.
  *
@@ -106,9 +114,12 @@ fs::path checked_place(const std::string &to, const std::string &from)
 {
     std::error_code failure;
     // A link stays, and what it leads to is replaced.
-    const fs::path old = fs::weakly_canonical(platform::without_last_slashes(to), failure);
+    const fs::path old =
+        fs::weakly_canonical(fs::absolute(platform::without_last_slashes(to), failure), failure);
     if (failure || !old.has_filename())
         throw CopyFailure(to + " is no place for content");
+    if (fs::is_symlink(old))
+        throw CopyFailure(old.string() + " is a link that leads nowhere");
     if (fs::exists(old, failure) && !fs::is_directory(old, failure))
         throw CopyFailure(old.string() + " is no folder");
     if (fs::equivalent(old, from, failure))
@@ -121,8 +132,12 @@ fs::path checked_place(const std::string &to, const std::string &from)
                           " lie one within the other, so one cannot replace the other");
     if (is_within(source, place_beside(old)))
         throw CopyFailure(source.string() + " is where the new files go: rename it first");
-    if (fs::exists(old, failure))
-        check_flat(old);
+    if (!fs::exists(old, failure))
+        return old;
+    if (is_mount_point(old))
+        throw CopyFailure("something is mounted at " + old.string() +
+                          ", which cannot be exchanged: name a folder below it");
+    check_flat(old);
     return old;
 }
 
@@ -165,13 +180,29 @@ class NewFolder {
             fail(place_.string() + " cannot be opened to others", errno);
     }
 
+    /** Finds out before all the work, by two files, whether the file system can exchange. */
+    void check_exchange() const
+    {
+        const std::string files[] = {*this / "1", *this / "2"};
+        for (const std::string &file : files) {
+            if (!Descriptor(open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR)))
+                fail(file + " cannot be made", errno);
+        }
+        if (renameat2(AT_FDCWD, files[0].c_str(), AT_FDCWD, files[1].c_str(), RENAME_EXCHANGE) != 0)
+            fail("the file system of " + place_.parent_path().string() +
+                     " cannot exchange two folders in one step",
+                 errno);
+        for (const std::string &file : files)
+            unlink(file.c_str());
+    }
+
     /** Takes the old folder's place. @return what could not be done afterwards, if anything */
     std::string exchange_with(const fs::path &old, const Descriptor &parent)
     {
         sync(place_);
         const bool replaces = fs::exists(old);
         if (renameat2(AT_FDCWD, place_.c_str(), AT_FDCWD, old.c_str(),
-                      replaces ? RENAME_EXCHANGE : RENAME_NOREPLACE) != 0)
+                      replaces ? RENAME_EXCHANGE : 0) != 0)
             fail(old.string() + " cannot be exchanged", errno);
         made_ = false;
         if (fsync(parent.number()) != 0)
@@ -363,6 +394,8 @@ std::string ContentCopy::replace(const std::string &to, const std::atomic<bool> 
 
     NewFolder fresh(place_beside(old));
     fresh.become_like(old);
+    if (fs::exists(old))
+        fresh.check_exchange();
     check_room(folder, bytes_);
     Progress now;
     const auto passed = [&](size_t bytes) {
