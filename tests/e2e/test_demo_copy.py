@@ -41,12 +41,12 @@ class Copying:
     def run(self, *arguments):
         return self.finish(self.start(*arguments))
 
-    def run_with_mounts(self, script, *arguments, **environment):
-        """Where a script has mounted what nobody else sees."""
+    def run_with_mounts(self, script, *arguments):
+        """Runs it where a script has mounted what nobody else sees."""
         return self.finish(subprocess.Popen(
             ["unshare", *(["--map-root-user"] if os.getuid() else []), "--mount", "sh", "-c",
              f'{script} && exec "$0" "$@"', self.program, *arguments], text=True,
-            env={**self.environment, **environment}, stdout=subprocess.PIPE, stderr=subprocess.PIPE))
+            env=self.environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE))
 
     @staticmethod
     def finish(process):
@@ -181,6 +181,17 @@ def test_what_has_no_room_is_not_begun(copying):
     copying.assert_as_it_was(refused, "there is no room for it in ")
     assert "it takes 8.8 TB beside the content that is there" in refused.err
     assert "[1/3]" not in refused.out
+
+
+def test_sizes_that_add_up_to_nothing_have_no_room(copying):
+    """On a file system for files of any size: twice 2^63 - 1 bytes, and two."""
+    stick = copying.stick
+    copying.break_storage("full", f"{copying.fresh()}/")
+    refused = copying.run_with_mounts(
+        f"mount -t tmpfs none {stick} && mkdir {stick}/Demo && cd {stick}/Demo && printf ab >c.mp4 &&"
+        f"truncate -s {2**63 - 1} a.mp4 b.mp4", stick / "Demo", copying.content)
+    copying.assert_as_it_was(refused, "there is no room for it in ")
+    assert "it takes 18446744.1 TB" in refused.err
 
 
 @pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGKILL])

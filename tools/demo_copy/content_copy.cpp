@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <string_view>
 #include <utility>
@@ -332,7 +333,7 @@ void check_room(const fs::path &folder, uint64_t bytes)
     if (statvfs(folder.c_str(), &facts) != 0)
         fail(folder.string() + " cannot be looked at", errno);
     const uint64_t free = uint64_t{facts.f_bavail} * facts.f_frsize;
-    if (free < bytes + ROOM_TO_SPARE)
+    if (free < ROOM_TO_SPARE || free - ROOM_TO_SPARE < bytes)
         throw CopyFailure("there is no room for it in " + folder.string() + ": it takes " +
                           in_words(bytes) + " beside the content that is there, and " +
                           in_words(free) + " are free");
@@ -373,7 +374,9 @@ ContentCopy::ContentCopy(std::string from) : from_(platform::without_last_slashe
             left_out_.push_back(file.name);
             continue;
         }
-        bytes_ += static_cast<uint64_t>(file.status.st_size);
+        // Files with holes can have any size on a stick, and together more than is counted.
+        const auto size = static_cast<uint64_t>(file.status.st_size);
+        bytes_ += std::min(size, std::numeric_limits<uint64_t>::max() - bytes_);
         files_.push_back(std::move(file));
     }
     if (std::none_of(files_.begin(), files_.end(),
