@@ -24,12 +24,12 @@ class Copying:
         self.content = self.set / "demo_movie"
         fill(self.stick / "Demo", FILMS)
         fill(self.content, OLD)
-        conf = folder / "tv.conf"
-        conf.write_text(f"[usb]\nmounts = {self.stick}\n")
+        self.conf = folder / "tv.conf"
+        self.conf.write_text(f"[usb]\nmounts = {self.stick}\n")
         self.faults = folder / "faults"
         checks = os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"
         self.environment = {
-            **os.environ, "OSTREL_DEMO_TV_CONF": str(conf), "OSTREL_DEMO_RUNTIME_DIR": str(folder),
+            **os.environ, "OSTREL_DEMO_TV_CONF": str(self.conf), "OSTREL_DEMO_RUNTIME_DIR": str(folder),
             "LD_PRELOAD": os.path.join(build_dir, "tests", "preload", "libstorage_faults.so"),
             "STORAGE_FAULTS": str(self.faults), "ASAN_OPTIONS": checks.lstrip(":")}
 
@@ -125,6 +125,14 @@ def test_links_on_a_stick_lead_nowhere(copying, tmp_path):
     (copying.stick / "demo").symlink_to(tmp_path / "set" / "demo_movie")
     refused = copying.run(copying.stick / "demo", copying.set / "other")
     assert refused.returncode == 1 and "stick/demo cannot be read" in refused.err
+    first = tmp_path / "first"
+    first.mkdir()
+    (first / "Demo").symlink_to(copying.content)
+    copying.conf.write_text(f"[usb]\nmounts = {first}:{tmp_path / 'second'}\n")
+    copying.stick.rename(tmp_path / "second")
+    (tmp_path / "second" / "demo").unlink()
+    done = copying.run_with_mounts("mount -t tmpfs none /opt && mkdir -p /opt/data")
+    assert done.returncode == 0 and f"from {tmp_path}/second/Demo/ to " in done.out, done.err
 
 
 @pytest.mark.parametrize("absolute", [True, False])

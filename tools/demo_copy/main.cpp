@@ -3,9 +3,11 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "base/paths.h"
 #include "content_copy.h"
 #include "log/log_line.h"
 #include "player_rules/launch_rules.h"
@@ -47,11 +49,13 @@ void catch_stop_signals()
 std::string content_of_a_stick()
 {
     const auto mounts = platform::usb_mount_paths({}).value_or(std::vector<std::string>());
-    const std::vector<std::string> found = platform::stick_contents(mounts);
-    if (found.empty())
-        throw demo_copy::CopyFailure(
-            "no USB stick is plugged in that has a folder \"demo\" with something to play");
-    return found.front();
+    for (const std::string &found : platform::stick_contents(mounts)) {
+        // A link could have any folder of the machine copied.
+        if (!std::filesystem::is_symlink(platform::without_last_slashes(found)))
+            return found;
+    }
+    throw demo_copy::CopyFailure(
+        "no USB stick is plugged in that has a folder \"demo\" with something to play");
 }
 
 void copy(const std::string &from, const std::string &to)
