@@ -152,6 +152,27 @@ def test_without_arguments_the_stick_goes_into_the_built_in_folder(copying):
         f"3 files, 3.5 MB, from {copying.stick}/Demo/ to /opt/data/demo_movie/\n")
 
 
+@pytest.mark.parametrize("named", [True, False])
+def test_the_kiosk_says_where_its_sticks_are(copying, tmp_path, named):
+    fill(tmp_path / "kiosk" / "Demo", FILMS)
+    done = copying.run_with_mounts(
+        "mount -t tmpfs none /opt && mkdir -p /opt/data && mount -t tmpfs none /etc &&"
+        "mkdir /etc/ostrel-demo-kiosk && cd /etc/ostrel-demo-kiosk &&"
+        f"printf '[usb]\\nmounts = {tmp_path}/kiosk\\n' >tv.conf"
+        + ("" if named else " && unset OSTREL_DEMO_TV_CONF"))
+    assert done.returncode == 0, done.err
+    assert f"from {copying.stick if named else tmp_path / 'kiosk'}/Demo/" in done.out
+
+
+def test_the_purge_of_the_kiosk_takes_what_a_cut_off_copy_left(copying, source_dir):
+    postrm = os.path.join(source_dir, "packaging", "debian", "ostrel-demo-kiosk.postrm")
+    purged = copying.run_with_mounts(
+        "for place in /opt /etc /var/lib; do mount -t tmpfs none $place || exit; done &&"
+        "mkdir -p /opt/data/demo_movie /opt/data/.demo_movie.new && echo film >/opt/data/.demo_movie.new/a.mp4 &&"
+        f"sh {postrm} purge && exec find /opt -mindepth 1")
+    assert (purged.returncode, purged.out) == (0, ""), purged.err
+
+
 def test_what_cannot_be_exchanged_is_told_before_anything_is_copied(copying):
     copying.break_storage("plain", copying.set)
     refused = copying.run()

@@ -2,10 +2,13 @@
 #include <atomic>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <string>
 #include <vector>
+
+#include <unistd.h>
 
 #include "base/paths.h"
 #include "content_copy.h"
@@ -34,6 +37,15 @@ static_assert(std::atomic<bool>::is_always_lock_free);
 extern "C" void on_stop_signal(int)
 {
     stop = true;
+}
+
+/** On a machine with the kiosk its player is the one whose content is copied. */
+void go_by_the_kiosk()
+{
+    constexpr const char *CONF = "/etc/ostrel-demo-kiosk/tv.conf";
+    constexpr int KEEP_THE_CALLERS = 0;
+    if (access(CONF, F_OK) == 0)
+        setenv("OSTREL_DEMO_TV_CONF", CONF, KEEP_THE_CALLERS);
 }
 
 void catch_stop_signals()
@@ -95,6 +107,7 @@ int main(int argc, char **argv)
         std::fputs(USAGE, stderr);
         return BAD_COMMAND_LINE;
     }
+    go_by_the_kiosk();
     catch_stop_signals();
     try {
         copy(arguments.empty() ? content_of_a_stick() : arguments[0],
