@@ -192,13 +192,14 @@ def test_what_cannot_be_exchanged_is_told_before_anything_is_copied(copying):
 
 @pytest.mark.parametrize("fault, place, reason", [
     ("eio", "stick", "stick/Demo/a.mp4 cannot be read: Input/output error"),
+    ("unlisted", "stick", "stick/Demo cannot be read: Input/output error"),
     ("eio", "set", "set/.demo_movie.new/a.mp4 cannot be read: Input/output error"),
     ("full", "set", "set/.demo_movie.new/a.mp4 cannot be written: No space left on device"),
     ("read_only", "set", "set/.demo_movie.new/a.mp4 cannot be made: Read-only file system"),
     ("corrupt", "set", "set/.demo_movie.new/a.mp4 is not what was written")])
 def test_storage_that_fails_leaves_the_old_content(copying, tmp_path, fault, place, reason):
-    copying.break_storage(fault, {"stick": f"{copying.stick}/Demo/a.mp4",
-                                  "set": f"{copying.fresh()}/a.mp4"}[place])
+    folder = {"stick": copying.stick / "Demo", "set": copying.fresh()}[place]
+    copying.break_storage(fault, folder if fault == "unlisted" else folder / "a.mp4")
     copying.assert_as_it_was(copying.run(), f"{tmp_path}/{reason}")
 
 

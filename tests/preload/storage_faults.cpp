@@ -9,6 +9,7 @@
 // hangs       a read waits until the fault is gone
 // dead        so does whatever opens a file, looks at one or lists a folder
 // eio         a read fails, as on a disk that was pulled out
+// unlisted    a folder can be opened, and its list ends in an error
 // eio_often   one read of three fails
 // unsynced    nothing gets to the medium: a sync waits until the fault is gone
 // corrupt     a read gives other bytes than were written
@@ -38,15 +39,28 @@ namespace {
 constexpr timespec LOOK_AGAIN{0, 10'000'000};
 constexpr unsigned int READS_TO_A_FAILURE = 3;
 
-enum class Fault { None, Hangs, Dead, Eio, EioOften, Corrupt, Unsynced, Full, ReadOnly, Plain };
+enum class Fault {
+    None,
+    Hangs,
+    Dead,
+    Eio,
+    EioOften,
+    Corrupt,
+    Unsynced,
+    Full,
+    ReadOnly,
+    Plain,
+    Unlisted
+};
 
 constexpr struct {
     std::string_view name;
     Fault fault;
-} NAMES[] = {
-    {"hangs", Fault::Hangs},        {"dead", Fault::Dead},          {"eio", Fault::Eio},
-    {"eio_often", Fault::EioOften}, {"corrupt", Fault::Corrupt},    {"unsynced", Fault::Unsynced},
-    {"full", Fault::Full},          {"read_only", Fault::ReadOnly}, {"plain", Fault::Plain}};
+} NAMES[] = {{"hangs", Fault::Hangs},     {"dead", Fault::Dead},
+             {"eio", Fault::Eio},         {"eio_often", Fault::EioOften},
+             {"corrupt", Fault::Corrupt}, {"unsynced", Fault::Unsynced},
+             {"full", Fault::Full},       {"read_only", Fault::ReadOnly},
+             {"plain", Fault::Plain},     {"unlisted", Fault::Unlisted}};
 
 Fault named(std::string_view name)
 {
@@ -214,6 +228,16 @@ DIR *opendir(const char *path)
     static auto *const original = next<decltype(opendir)>("opendir");
     answered(path);
     return original(path);
+}
+
+dirent *readdir(DIR *directory)
+{
+    static auto *const original = next<decltype(readdir)>("readdir");
+    dirent *const entry = original(directory);
+    if (entry || fault_of(dirfd(directory)) != Fault::Unlisted)
+        return entry;
+    errno = EIO;
+    return nullptr;
 }
 
 int access(const char *path, int mode) noexcept

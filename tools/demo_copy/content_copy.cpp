@@ -362,7 +362,7 @@ ContentCopy::ContentCopy(std::string from) : from_(platform::without_last_slashe
     const Directory directory = open_directory(from_);
     if (!directory)
         fail(from_ + " cannot be read", errno);
-    while (const dirent *entry = readdir(directory.get())) {
+    for (errno = 0; const dirent *entry = readdir(directory.get()); errno = 0) {
         ContentFile file = {entry->d_name, {}};
         // What other systems leave behind under hidden names looks like films that are broken.
         if (file.name[0] == '.')
@@ -379,6 +379,8 @@ ContentCopy::ContentCopy(std::string from) : from_(platform::without_last_slashe
         bytes_ += std::min(size, std::numeric_limits<uint64_t>::max() - bytes_);
         files_.push_back(std::move(file));
     }
+    if (errno != 0)
+        fail(from_ + " cannot be read", errno);
     if (std::none_of(files_.begin(), files_.end(),
                      [](const ContentFile &file) { return is_played(file.name); }))
         throw CopyFailure(from_ + " holds nothing that the demo plays");
