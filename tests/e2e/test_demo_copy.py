@@ -264,6 +264,7 @@ def test_only_files_of_one_folder_are_ever_replaced(copying):
     assert held(copying.content / "letters") == {"dear.txt": b"dear"}
     (copying.content / "letters").rename(copying.set / "letters")
     (copying.content / "link").symlink_to(copying.set / "letters")
+    (copying.content / "to_nowhere").symlink_to("/nowhere")
     done = copying.run()
     assert done.returncode == 0 and held(copying.content) == FILMS, done.err
     assert held(copying.set / "letters") == {"dear.txt": b"dear"}

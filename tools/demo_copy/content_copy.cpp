@@ -90,7 +90,7 @@ void check_flat(const fs::path &folder)
     std::error_code failure;
     for (fs::directory_iterator entry(folder, failure), end; !failure && entry != end;
          entry.increment(failure)) {
-        if (entry->is_directory(failure) && !entry->is_symlink(failure))
+        if (entry->symlink_status(failure).type() == fs::file_type::directory)
             throw CopyFailure(folder.string() + " is more than content, for it holds the folder " +
                               entry->path().filename().string());
     }
@@ -115,7 +115,7 @@ fs::path checked_place(const std::string &to, const std::string &from)
 {
     std::error_code failure;
     // A link stays, and what it leads to is replaced.
-    const fs::path old =
+    fs::path old =
         fs::weakly_canonical(fs::absolute(platform::without_last_slashes(to), failure), failure);
     if (failure || !old.has_filename())
         throw CopyFailure(to + " is no place for content");
