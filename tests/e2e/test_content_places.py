@@ -135,11 +135,13 @@ def test_stick_pulled_while_photos_show_and_put_back(tv, screen, tmp_path):
 
 
 def test_stick_plays_while_it_is_plugged_in(tv, screen, content, tmp_path, shelf):
-    stick, pocket = tmp_path / "stick", tmp_path / "pocket"
+    stick, pocket, upright = tmp_path / "stick", tmp_path / "pocket", tmp_path / "upright"
     (pocket / "Demo").mkdir(parents=True)
+    (upright / "demo").mkdir(parents=True)
+    picture(upright / "demo" / "portrait_blue.jpg", "blue")  # which this set cannot show
     shelf.video(pocket / "Demo" / "green.mp4", "green")
     shelf.video(content / "red.mp4", "red")
-    tv.configure(content={"follow_sticks": "yes"}, usb={"mounts": str(stick)})
+    tv.configure(content={"follow_sticks": "yes"}, usb={"mounts": f"{upright}:{stick}"})
     with Service(tv, None, prefix=with_default_folder(content)) as service:
         wait_until(lambda: screen.shown() == "red", "the built-in content")
         os.rename(pocket, stick)

@@ -14,6 +14,7 @@
 #include "app_framework/service_manager.h"
 #include "app_framework/session_watch.h"
 #include "app_framework/single_instance.h"
+#include "base/orientation.h"
 #include "config_store/platform_store.h"
 #include "content_watch/content_watch.h"
 #include "control/control.h"
@@ -226,6 +227,11 @@ Extras Application::follow_content(Extras extras)
     ContentWatch::Environment environment;
     environment.follow_folder = settings.follow_folder;
     environment.follow_sticks = settings.follow_sticks;
+    // Without a rotator the panel stands as it does now for good.
+    const PanelModel &panel = PanelModel::get();
+    environment.shown = panel.can_turn()             ? Orientations::Both
+                        : is_portrait(panel.angle()) ? Orientations::Portrait
+                                                     : Orientations::Landscape;
     environment.restart = [this] {
         PLATFORM_LOGI(SERVICE, "ending, to be started anew with other content");
         quit();

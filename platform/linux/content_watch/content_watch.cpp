@@ -62,7 +62,7 @@ void ContentWatch::Looks::look_at_sticks(const UsbChanges &changes) const
     const auto mounts = usb_mount_paths(changes);
     if (!mounts)
         return;
-    const std::vector<std::string> sticks = stick_contents(*mounts);
+    const std::vector<std::string> sticks = stick_contents(*mounts, environment.shown);
     if (!on_stick && !sticks.empty())
         PLATFORM_LOGI(SERVICE, "%s has come", sticks.front().c_str());
     else if (on_stick && std::find(sticks.begin(), sticks.end(), folder) == sticks.end())
@@ -97,10 +97,11 @@ ContentWatch::Extras ContentWatch::begin(const Extras &asked)
 
     const auto found = std::make_shared<Beginning>();
     const auto look = [found, with_sticks, folder, changes = usb_changes(),
+                       shown = looks_->environment.shown,
                        queue = events_ ? events_->queue() : nullptr] {
         if (with_sticks)
-            found->sticks =
-                stick_contents(usb_mount_paths(changes).value_or(std::vector<std::string>()));
+            found->sticks = stick_contents(
+                usb_mount_paths(changes).value_or(std::vector<std::string>()), shown);
         if (folder && found->sticks.empty()) {
             found->watch = queue->watch(*folder);
             found->state = folder_state(*folder);

@@ -14,6 +14,7 @@
 #include "base/worker_thread.h"
 #include "content_watch/folder_events.h"
 #include "content_watch/folder_rest.h"
+#include "player_rules/content_rules.h"
 
 namespace platform {
 
@@ -25,6 +26,7 @@ class ContentWatch {
     struct Environment {
         bool follow_folder = false; ///< as the fields of the settings
         bool follow_sticks = false;
+        Orientations shown = Orientations::Both; ///< by the panel; other content does not count
         /** Ends the application, to be started anew. Any thread; may be called more than once. */
         std::function<void()> restart;
         /** Whether no item will end, because nothing can be played. Any thread. */

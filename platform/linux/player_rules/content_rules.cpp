@@ -50,6 +50,18 @@ bool is_portrait_content(std::string_view name)
     return find_nocase(name.substr(0, PORTRAIT_PREFIX.size()), PORTRAIT_PREFIX) == 0;
 }
 
+bool is_playable(const std::filesystem::directory_entry &file, bool direct_backlight,
+                 Orientations shown)
+{
+    const std::string name = file.path().filename().string();
+    const Orientations meant_for =
+        is_portrait_content(name) ? Orientations::Portrait : Orientations::Landscape;
+    std::error_code failure; // makes it no regular file
+    return (shown == Orientations::Both || shown == meant_for) && name.front() != '.' &&
+           content_kind(name, direct_backlight) != ContentKind::Other &&
+           file.is_regular_file(failure);
+}
+
 std::optional<ContentList> content_list(const std::string &path, bool direct_backlight)
 {
     const size_t slash = path.rfind('/');

@@ -4,6 +4,7 @@
  */
 #pragma once
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -28,6 +29,19 @@ bool is_subtitle(std::string_view name);
 
 /** Whether a file is for the upright panel. */
 bool is_portrait_content(std::string_view name);
+
+/** Content of which orientations a panel can show: of one as it stands, of both with a rotator. */
+enum class Orientations { Landscape, Portrait, Both };
+
+/**
+ * Whether a file gives the player something to show. Stricter than the player's list, which takes
+ * folders and the hidden files of other systems too: with nothing else it shows nothing. Asks the
+ * file system where that has not told the kind of file.
+ *
+ * @param direct_backlight whether the set is of the models that play one more kind of file
+ */
+bool is_playable(const std::filesystem::directory_entry &file, bool direct_backlight,
+                 Orientations shown);
 
 /**
  * The list that a playing file stands in, as its folder tells it: the folder's files of one

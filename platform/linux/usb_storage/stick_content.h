@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "player_rules/content_rules.h"
+
 namespace platform {
 
 /**
@@ -15,8 +17,10 @@ namespace platform {
  * several such folders on one stick the one that is written like that goes first.
  *
  * @param mounts where the sticks are mounted
+ * @param shown of the panel that is to show it; whoever has none takes all
  * @return paths with a slash at the end
  */
-std::vector<std::string> stick_contents(const std::vector<std::string> &mounts);
+std::vector<std::string> stick_contents(const std::vector<std::string> &mounts,
+                                        Orientations shown = Orientations::Both);
 
 } // namespace platform

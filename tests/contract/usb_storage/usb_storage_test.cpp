@@ -17,6 +17,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 
 // The settings of the process are read once: two sticks, "z" before "a", which shows the order.
 class UsbStorage : public testing::Test {
@@ -133,6 +134,27 @@ TEST_F(UsbStorage, ContentOfSticksIsTheirFolderDemoWithSomethingToPlay)
     store_test::write_file(stick("a") + "/Demo/photo.jpg", "");
     EXPECT_THAT(platform::stick_contents({stick("a"), stick("z")}),
                 ElementsAre(stick("a") + "/demo/", stick("a") + "/Demo/", stick("z") + "/DEMO/"));
+}
+
+TEST_F(UsbStorage, AStickWithNothingForThePanelHasNoContent)
+{
+    using platform::Orientations;
+    const auto shown_as = [](Orientations shown) {
+        return platform::stick_contents({stick("new")}, shown);
+    };
+    const auto content = ElementsAre(stick("new") + "/demo/");
+    store_test::write_file(stick("new") + "/demo/._film.mp4", "");
+    fs::create_directory(stick("new") + "/demo/old.ts");
+    EXPECT_THAT(shown_as(Orientations::Both), IsEmpty()) << "which cannot be opened";
+
+    store_test::write_file(stick("new") + "/demo/Portrait_film.mp4", "");
+    EXPECT_THAT(shown_as(Orientations::Landscape), IsEmpty());
+    EXPECT_THAT(shown_as(Orientations::Portrait), content);
+    EXPECT_THAT(shown_as(Orientations::Both), content);
+
+    fs::rename(stick("new") + "/demo/Portrait_film.mp4", stick("new") + "/demo/film.mp4");
+    EXPECT_THAT(shown_as(Orientations::Landscape), content);
+    EXPECT_THAT(shown_as(Orientations::Portrait), IsEmpty());
 }
 
 TEST_F(UsbStorage, OnlyAFolderCanBeAdded)
