@@ -31,6 +31,7 @@
 #include "player_rules/user_interface.h"
 #include "settings/settings.h"
 #include "still_picture/picture_ahead.h"
+#include "usb_storage/stick_content.h"
 #include "usb_storage/usb_watch.h"
 #include "video_plane/video_plane.h"
 #include "window/tv_window.h"
@@ -229,9 +230,12 @@ Extras Application::follow_content(Extras extras)
     environment.follow_sticks = settings.follow_sticks;
     // Without a rotator the panel stands as it does now for good.
     const PanelModel &panel = PanelModel::get();
-    environment.shown = panel.can_turn()             ? Orientations::Both
-                        : is_portrait(panel.angle()) ? Orientations::Portrait
-                                                     : Orientations::Landscape;
+    const Orientations shown = panel.can_turn()             ? Orientations::Both
+                               : is_portrait(panel.angle()) ? Orientations::Portrait
+                                                            : Orientations::Landscape;
+    environment.stick_contents = [shown](const std::string &mount) {
+        return stick_contents({mount}, shown);
+    };
     environment.restart = [this] {
         PLATFORM_LOGI(SERVICE, "ending, to be started anew with other content");
         quit();

@@ -6,15 +6,17 @@
  */
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "base/worker_thread.h"
 #include "content_watch/folder_events.h"
 #include "content_watch/folder_rest.h"
-#include "player_rules/content_rules.h"
+#include "content_watch/stick_looks.h"
 
 namespace platform {
 
@@ -26,7 +28,9 @@ class ContentWatch {
     struct Environment {
         bool follow_folder = false; ///< as the fields of the settings
         bool follow_sticks = false;
-        Orientations shown = Orientations::Both; ///< by the panel; other content does not count
+        /** The folders of a stick that the panel can show. Any thread; may take for ever. */
+        std::function<std::vector<std::string>(const std::string &mount)> stick_contents;
+        std::chrono::milliseconds patience_at_start{3000}; ///< for the sticks, and for the folder
         /** Ends the application, to be started anew. Any thread; may be called more than once. */
         std::function<void()> restart;
         /** Whether no item will end, because nothing can be played. Any thread. */
@@ -52,10 +56,12 @@ class ContentWatch {
     struct Looks;
 
     static bool may_play_stick();
-    void on_usb_change();
+    std::string begin_sticks();
+    void begin_folder(const std::string &folder);
 
     const std::shared_ptr<Looks> looks_; ///< the thread's, once that runs
     std::unique_ptr<FolderEvents> events_;
+    std::shared_ptr<StickLooks> sticks_;
     WorkerThread thread_{"content"};
 };
 

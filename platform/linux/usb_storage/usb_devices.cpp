@@ -63,7 +63,7 @@ const UsbChanges &usb_changes()
     return manual_changes();
 }
 
-std::optional<std::vector<std::string>> usb_mount_paths(const UsbChanges &changes)
+std::optional<std::vector<std::string>> usb_places(const UsbChanges &changes)
 {
     std::optional<std::vector<std::string>> paths = Settings::get().usb_mounts;
     if (paths->empty())
@@ -73,14 +73,24 @@ std::optional<std::vector<std::string>> usb_mount_paths(const UsbChanges &change
         return std::nullopt;
     std::vector<std::string> listed;
     for (const std::string &path : paths.value_or(std::vector<std::string>())) {
-        if (is_folder(path) && !contains(changes.removed, path))
+        if (!contains(changes.removed, path))
             listed.push_back(path);
     }
     for (const std::string &path : changes.added) {
-        if (is_folder(path) && !contains(listed, path))
+        if (!contains(listed, path))
             listed.push_back(path);
     }
     return listed;
+}
+
+std::optional<std::vector<std::string>> usb_mount_paths(const UsbChanges &changes)
+{
+    std::optional<std::vector<std::string>> paths = usb_places(changes);
+    if (paths)
+        paths->erase(std::remove_if(paths->begin(), paths->end(),
+                                    [](const std::string &path) { return !is_folder(path); }),
+                     paths->end());
+    return paths;
 }
 
 void usb_set_listener(std::function<void()> listener)

@@ -22,6 +22,14 @@ struct UsbChanges {
 const UsbChanges &usb_changes();
 
 /**
+ * The places where storage is said to be mounted, in the order of usb_mount_paths(), which leaves
+ * out those that are no folder. Looks at none of them, and so waits for no disk. Any thread.
+ *
+ * @return nothing when neither udev nor the mount table can be read
+ */
+std::optional<std::vector<std::string>> usb_places(const UsbChanges &changes);
+
+/**
  * The mount points, without a trailing slash: those of devices in the order of the device names,
  * then those that were added by hand, in order. A place that is no folder any more is left out.
  * Looks at each place, and takes for ever where one hangs. Any thread.

@@ -3,10 +3,12 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include <Ecore.h>
@@ -21,6 +23,7 @@
 #include "settings/settings.h"
 #include "store_support/captured_log.h"
 #include "store_support/scratch.h"
+#include "usb_storage/stick_content.h"
 #include "usb_storage/usb_devices.h"
 
 namespace {
@@ -60,6 +63,7 @@ class ContentWatchTest : public testing::Test {
         ecore_init();
         machine_ = new store_test::ScratchDir;
         const store_test::Environment state("OSTREL_DEMO_STATE_DIR", *machine_ / "state");
+        const store_test::Environment runtime("OSTREL_DEMO_RUNTIME_DIR", *machine_ / "");
         const store_test::Environment conf("OSTREL_DEMO_TV_CONF", *machine_ / "tv.conf");
         // No real stick of the machine that the tests run on.
         store_test::write_file(*machine_ / "tv.conf", "[usb]\nmounts = /nowhere\n");
@@ -82,6 +86,8 @@ class ContentWatchTest : public testing::Test {
     void TearDown() override
     {
         end();
+        set_hanging(false);
+        platform::usb_remove(slow_.path());
         platform::usb_remove(stick_.path());
         Lookahead::get().call_at_change({});
     }
@@ -94,6 +100,15 @@ class ContentWatchTest : public testing::Test {
         environment.restart = [this] { restarted_ = true; };
         environment.nothing_plays = [this] { return nothing_plays_.load(); };
         environment.patience = {50ms, 100ms};
+        environment.patience_at_start = patience_at_start_;
+        environment.stick_contents = [disk = disk_, slow = slow_.path()](const std::string &mount) {
+            if (mount == slow) {
+                std::unique_lock<std::mutex> lock(disk->mutex);
+                ++disk->looks;
+                disk->changed.wait(lock, [&] { return !disk->hangs; });
+            }
+            return platform::stick_contents({mount});
+        };
         watch_ = std::make_unique<ContentWatch>(std::move(environment));
         return watch_->begin(asked);
     }
@@ -131,7 +146,39 @@ class ContentWatchTest : public testing::Test {
         store_test::write_file(stick_ / folder + "/film.mp4", "a film");
     }
 
+    /** The slow stick's, which its looks may outlive the test with. */
+    struct Disk {
+        std::mutex mutex;
+        std::condition_variable changed;
+        bool hangs = false;
+        int looks = 0;
+    };
+
+    void plug_in_hanging_stick()
+    {
+        patience_at_start_ = 0ms;
+        set_hanging(true);
+        store_test::write_file(slow_ / "demo/film.mp4", "a film");
+        platform::usb_add(slow_.path());
+    }
+
+    void set_hanging(bool hangs)
+    {
+        const std::lock_guard<std::mutex> lock(disk_->mutex);
+        disk_->hangs = hangs;
+        disk_->changed.notify_all();
+    }
+
+    int looks_at_slow_stick()
+    {
+        const std::lock_guard<std::mutex> lock(disk_->mutex);
+        return disk_->looks;
+    }
+
     static store_test::ScratchDir *machine_;
+    const store_test::ScratchDir slow_;
+    const std::shared_ptr<Disk> disk_ = std::make_shared<Disk>();
+    std::chrono::milliseconds patience_at_start_{60'000};
     const store_test::ScratchDir folder_;
     const store_test::ScratchDir stick_;
     const store_test::CapturedLog log_;
@@ -228,6 +275,49 @@ TEST_F(ContentWatchTest, ASticksComingMakesNoDifferenceToWhatWasAskedFor)
     store_test::write_file(folder_ / "b.mp4", "another film");
     EXPECT_TRUE(says("holds other files"));
     EXPECT_FALSE(restarted_);
+}
+
+TEST_F(ContentWatchTest, AStickThatAnswersTooLateIsTakenUpOnceUntilItIsPulled)
+{
+    plug_in_hanging_stick();
+    ASSERT_THAT(begin({}), IsEmpty());
+    EXPECT_FALSE(restarted_);
+    set_hanging(false);
+    ASSERT_TRUE(is_restarted());
+    end();
+
+    restarted_ = false;
+    set_hanging(true);
+    const int looks = looks_at_slow_stick();
+    ASSERT_THAT(begin({}), IsEmpty());
+    ASSERT_TRUE(wait_for([&] { return looks_at_slow_stick() == looks + 1; }));
+    platform::usb_tell_change();
+    set_hanging(false);
+    // The looks follow each other, so the first one's result has been taken.
+    platform::usb_tell_change();
+    ASSERT_TRUE(wait_for([&] { return looks_at_slow_stick() >= looks + 2; }));
+    EXPECT_FALSE(restarted_);
+
+    platform::usb_remove(slow_.path());
+    ASSERT_TRUE(wait_for([] { return store_test::read_file(*machine_ / "slow_sticks").empty(); }));
+    platform::usb_add(slow_.path());
+    EXPECT_TRUE(is_restarted());
+}
+
+TEST_F(ContentWatchTest, AStickThatHangsHidesNeitherAnotherNorTheFolder)
+{
+    plug_in_hanging_stick();
+    patience_at_start_ = 1s; // which the stick that hangs uses up
+    ASSERT_THAT(begin({}), IsEmpty());
+    EXPECT_THAT(log_.text(), HasSubstr(slow_.path() + " does not answer in time"));
+    EXPECT_THAT(log_.text(), Not(HasSubstr("the folder is not followed")));
+    bring_content("demo");
+    platform::usb_add(stick_.path());
+    EXPECT_TRUE(is_restarted());
+    end();
+
+    EXPECT_THAT(begin({}), ElementsAre(Pair("demo_player_mode", "folder_contents_player"),
+                                       Pair("folder_path", stick_ / "demo/")));
 }
 
 } // namespace
