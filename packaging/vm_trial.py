@@ -203,10 +203,9 @@ class Trial:
         time_of = "" if seconds is None else f"{seconds:.1f} s"
         print(f"  {'seen    ' if seen else 'NOT SEEN'} {time_of:>8}  {what}", flush=True)
 
-    def keep(self, name, image=None):
-        image = image or self.machine.screen()
+    def keep(self, name):
         path = f"{self.work}/result/{len(self.shots):02d}-{re.sub('[^a-z0-9]+', '-', name.lower())}.png"
-        image.save(path)
+        self.machine.screen().save(path)
         self.shots.append((name, path))
 
     def see(self, what, condition, keep=None, deadline_s=240, since=None):
@@ -215,14 +214,15 @@ class Trial:
         began = machine.uptime() if since is None else since
         end = time.monotonic() + deadline_s
         while True:
-            image = machine.screen()
-            seen = bool(condition(image))
+            seen = bool(condition(machine.screen()))
             if seen or time.monotonic() > end:
                 break
             time.sleep(0.5)
         self.say(what, machine.uptime() - began, seen)
         if keep:
-            self.keep(keep, image)
+            # What has been asked of the player may be on its way to the screen.
+            time.sleep(3)
+            self.keep(keep)
         return seen
 
     def check(self, what, seen, seconds=None):
@@ -236,8 +236,8 @@ class Trial:
         self.machine.log_in()
 
     def write(self):
-        commit = subprocess.run(["git", "log", "-1", "--format=%h"], check=True, text=True,
-                                capture_output=True, cwd=os.path.dirname(__file__)).stdout.strip()
+        package, = glob.glob(f"{self.work}/packages/ostrel-demo-player-tv_*.deb")
+        commit = re.search(r"\.g([0-9a-f]+)_", package).group(1)
         with open(f"{self.work}/result/result.md", "w", encoding="utf-8") as result:
             result.write(f"Commit {commit}, {time.strftime('%Y-%m-%d')}, "
                          f"{'with KVM' if self.kvm else 'without KVM'}.\n\n"
