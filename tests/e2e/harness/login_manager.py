@@ -7,7 +7,7 @@ import sys
 import dbus
 
 from .screen import UNTIL_WE_END, stop_process
-from .waiting import wait_until
+from .waiting import wait_served, wait_until
 
 NAME = "org.freedesktop.login1"
 PATH = "/org/freedesktop/login1"
@@ -25,7 +25,7 @@ class LoginManager:
             self._processes = [
                 subprocess.Popen([*UNTIL_WE_END, "dbus-daemon", "--session", "--nofork",
                                   "--nopidfile", f"--address={self.address}"], stdout=log, stderr=log)]
-            wait_until(lambda: os.path.exists(path), "the system bus")
+            wait_served(path, "the system bus")
             self._processes.append(
                 subprocess.Popen([*UNTIL_WE_END, sys.executable, "-m", "dbusmock", "--system",
                                   "--template", "logind"], stdout=log, stderr=log,

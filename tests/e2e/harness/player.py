@@ -15,7 +15,7 @@ from collections import namedtuple
 
 from . import audit
 from .screen import UNTIL_WE_END, stop_process
-from .waiting import DEADLINE_S, wait_until
+from .waiting import DEADLINE_S, wait_served, wait_until
 
 OWN_KEYS = "ostrel-demo-player-tv"
 PLAYBACK_STATUS = f"memory/{OWN_KEYS}/playback_status"
@@ -188,7 +188,7 @@ class Tv:
             self._bus = subprocess.Popen(
                 [*UNTIL_WE_END, "dbus-daemon", "--session", "--nofork", "--nopidfile",
                  f"--address={self.bus_address}"], stdout=log, stderr=log, start_new_session=True)
-        wait_until(lambda: os.path.exists(f"{self._short}/bus"), "the session bus")
+        wait_served(f"{self._short}/bus", "the session bus")
         return self
 
     def kill_bus(self):

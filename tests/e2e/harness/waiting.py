@@ -1,5 +1,6 @@
 """Waiting for conditions, with a deadline instead of a guess at how long things take."""
 
+import socket
 import threading
 import time
 
@@ -24,3 +25,11 @@ def wait_until(condition, what, deadline_s=DEADLINE_S):
             raise AssertionError(
                 f"waited {deadline_s:.0f} s in vain for {what() if callable(what) else what}")
         idle.wait(STEP_S)
+
+
+def wait_served(path, what):
+    """Waits until somebody listens at a socket, which is there before anybody does."""
+    def served():
+        with socket.socket(socket.AF_UNIX) as client:
+            return client.connect_ex(path) == 0
+    wait_until(served, what)
