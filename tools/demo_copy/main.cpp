@@ -1,6 +1,5 @@
 // ostrel-demo-copy: copies what a USB stick brings along into the set.
 #include <atomic>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -15,6 +14,7 @@
 #include "log/log_line.h"
 #include "player_rules/launch_rules.h"
 #include "progress.h"
+#include "stop_signals.h"
 #include "usb_storage/stick_content.h"
 #include "usb_storage/usb_devices.h"
 
@@ -46,16 +46,6 @@ void go_by_the_kiosk()
     constexpr int KEEP_THE_CALLERS = 0;
     if (access(CONF, F_OK) == 0)
         setenv("OSTREL_DEMO_TV_CONF", CONF, KEEP_THE_CALLERS);
-}
-
-void catch_stop_signals()
-{
-    struct sigaction action = {};
-    action.sa_handler = &on_stop_signal;
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        sigaction(number, &action, nullptr);
-    // A limit is told by the write that fails, not by dying of it.
-    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 std::string content_of_a_stick()
@@ -108,7 +98,7 @@ int main(int argc, char **argv)
         return BAD_COMMAND_LINE;
     }
     go_by_the_kiosk();
-    catch_stop_signals();
+    tools::catch_stop_signals(&on_stop_signal);
     try {
         copy(arguments.empty() ? content_of_a_stick() : arguments[0],
              arguments.size() < 2 ? platform::BUILT_IN_FOLDER : arguments[1]);

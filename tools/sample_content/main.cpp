@@ -17,6 +17,7 @@
 #include "options.h"
 #include "photo_writer.h"
 #include "scene.h"
+#include "stop_signals.h"
 #include "subtitle_writer.h"
 #include "target_file.h"
 #include "video_writer.h"
@@ -33,16 +34,6 @@ constexpr double QUICK_SECONDS = 2;
 extern "C" void on_stop_signal(int number)
 {
     stop_signal = number;
-}
-
-void catch_stop_signals()
-{
-    struct sigaction action = {};
-    action.sa_handler = &on_stop_signal;
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        sigaction(number, &action, nullptr);
-    // A full disk or a size limit is told by the failed write, not by dying of it.
-    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 /** One line for each item: rewritten in place on a terminal, in quarters elsewhere. */
@@ -185,7 +176,7 @@ int main(int argc, char **argv)
         break;
     }
 
-    sample::catch_stop_signals();
+    tools::catch_stop_signals(&sample::on_stop_signal);
     gst_init(nullptr, nullptr);
     int status = 0;
     try {
