@@ -10,7 +10,6 @@
 
 #include "app_framework/command_line.h"
 #include "app_framework/early_start.h"
-#include "app_framework/message_catalogue.h"
 #include "app_framework/service_manager.h"
 #include "app_framework/session_watch.h"
 #include "app_framework/single_instance.h"
@@ -31,6 +30,7 @@
 #include "player_rules/user_interface.h"
 #include "settings/settings.h"
 #include "still_picture/picture_ahead.h"
+#include "system_facts/message_catalogue.h"
 #include "usb_storage/stick_content.h"
 #include "usb_storage/usb_watch.h"
 #include "video_plane/video_plane.h"

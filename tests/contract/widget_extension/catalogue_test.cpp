@@ -26,7 +26,10 @@ const std::map<std::string, int> SLOTS_OF_TEXT = {
     {LANDSCAPE + "_B_SEC", 2},
     {PORTRAIT, 1},
     {PORTRAIT + "_B_SEC", 2},
-    {"TV_SID_ZAVO_MIX_CAAUG_RESET_P_L_TIMER_A_MINS", 1}};
+    {"TV_SID_ZAVO_MIX_CAAUG_RESET_P_L_TIMER_A_MINS", 1},
+    {"STANDBY_ONE_MOMENT", 0},
+    {"STANDBY_NO_CONTENT", 1},
+    {"STANDBY_UNPLAYABLE_FILES", 0}};
 
 std::uint32_t word_at(const std::string &bytes, std::size_t position)
 {

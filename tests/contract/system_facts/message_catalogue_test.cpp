@@ -6,8 +6,8 @@
 
 #include <gtest/gtest.h>
 
-#include "app_framework/message_catalogue.h"
 #include "store_support/scratch.h"
+#include "system_facts/message_catalogue.h"
 
 namespace {
 

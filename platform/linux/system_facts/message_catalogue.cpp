@@ -1,4 +1,4 @@
-#include "app_framework/message_catalogue.h"
+#include "system_facts/message_catalogue.h"
 
 #include <clocale>
 #include <cstdlib>

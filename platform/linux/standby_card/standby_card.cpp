@@ -1,0 +1,157 @@
+#include "standby_card/standby_card.h"
+
+#include <algorithm>
+#include <libintl.h>
+
+#include <Edje.h>
+
+#include "base/utf8.h"
+#include "log/platform_log.h"
+#include "player_rules/user_interface.h"
+#include "settings/settings.h"
+#include "widget_extension/plain_text.h"
+
+namespace platform {
+
+namespace {
+
+constexpr char PRODUCT_NAME[] = "Ostrel demo player";
+constexpr char PART[] = "text";
+constexpr char SLOT[] = "<<A>>";
+/** Keeps a path's or a name's own direction in a text of the other one. */
+constexpr char LEFT_TO_RIGHT_MARK[] = "\u200e";
+constexpr char UNKNOWN_LETTER[] = "\uFFFD";
+constexpr char ELLIPSIS[] = "\u2026";
+
+/** The panel's longer side that the theme is drawn for. */
+constexpr double DESIGN_SIDE = 1920.0;
+constexpr size_t MOST_FILES = 8;
+constexpr size_t LONGEST_NAME = 60;
+constexpr size_t LONGEST_REASON = 110;
+
+/** A text for people: bytes that are none of UTF-8 are seen as such, and what is long is cut. */
+std::string shortened(const std::string &text, size_t most)
+{
+    std::vector<std::string> letters;
+    for (size_t at = 0; at < text.size();) {
+        const size_t length = utf8_length(text, at);
+        letters.push_back(length ? text.substr(at, length) : UNKNOWN_LETTER);
+        at += std::max<size_t>(length, 1);
+    }
+    // The end of a name tells as much as its beginning: it has the number and the kind of file.
+    if (letters.size() > most) {
+        const auto middle = letters.begin() + static_cast<ptrdiff_t>(most / 2);
+        letters.erase(middle, middle + static_cast<ptrdiff_t>(letters.size() - most + 1));
+        letters.insert(letters.begin() + static_cast<ptrdiff_t>(most / 2), ELLIPSIS);
+    }
+    std::string whole;
+    for (const std::string &letter : letters)
+        whole += letter;
+    return whole;
+}
+
+std::string translated(const char *id)
+{
+    return dgettext(TEXT_DOMAIN, id);
+}
+
+std::string paragraph(const char *tag, const std::string &text)
+{
+    return std::string("<ps/><") + tag + ">" + markup_of(text.c_str()) + "</" + tag + ">";
+}
+
+std::string list_of(const std::vector<StandbyMessage::File> &files, size_t named)
+{
+    std::string markup;
+    for (size_t i = 0; i < std::min(named, files.size()); ++i)
+        markup += paragraph("gap", " ") +
+                  paragraph("file", shortened(files[i].name, LONGEST_NAME)) +
+                  paragraph("why", shortened(files[i].why, LONGEST_REASON));
+    if (named < files.size())
+        markup +=
+            paragraph("gap", " ") + paragraph("file", "+ " + std::to_string(files.size() - named));
+    return markup;
+}
+
+} // namespace
+
+std::string standby_markup(const StandbyMessage &message, size_t named)
+{
+    std::string name = std::string("<name>") + PRODUCT_NAME + "</name>";
+    const auto with = [&](const std::string &text) {
+        return name + paragraph("gap", " ") + "<ps/>" + markup_of(text.c_str());
+    };
+    switch (message.kind) {
+    case StandbyMessage::Kind::OneMoment:
+        return with(translated("STANDBY_ONE_MOMENT"));
+    case StandbyMessage::Kind::NoContent: {
+        std::string text = translated("STANDBY_NO_CONTENT");
+        const size_t slot = text.find(SLOT);
+        if (slot != std::string::npos)
+            text.replace(slot, sizeof SLOT - 1,
+                         LEFT_TO_RIGHT_MARK + message.folder + LEFT_TO_RIGHT_MARK);
+        return with(text);
+    }
+    case StandbyMessage::Kind::UnplayableFiles:
+        return with(translated("STANDBY_UNPLAYABLE_FILES")) + list_of(message.files, named);
+    case StandbyMessage::Kind::SwitchedOff:
+        break;
+    }
+    return name;
+}
+
+StandbyCard::StandbyCard(Evas *canvas) : card_(edje_object_add(canvas))
+{
+    const std::string theme = Settings::get().resource_dir + "/theme/ostrel.edj";
+    if (!edje_object_file_set(card_.get(), theme.c_str(), "ostrel/standby"))
+        PLATFORM_LOGE("standby card", "%s has none: %s", theme.c_str(),
+                      edje_load_error_str(edje_object_load_error_get(card_.get())));
+    evas_object_pass_events_set(card_.get(), EINA_TRUE);
+    evas_object_show(card_.get());
+}
+
+void StandbyCard::say(const StandbyMessage &message)
+{
+    message_ = message;
+    lay_text();
+}
+
+void StandbyCard::resize(Size size)
+{
+    edje_object_scale_set(card_.get(), std::max(size.width, size.height) / DESIGN_SIDE);
+    evas_object_resize(card_.get(), size.width, size.height);
+    lay_text();
+}
+
+void StandbyCard::lay_text()
+{
+    size_t named = MOST_FILES;
+    do
+        edje_object_part_text_set(card_.get(), PART, standby_markup(message_, named).c_str());
+    while (!fits() && --named > 0);
+}
+
+bool StandbyCard::fits() const
+{
+    int room = 0;
+    edje_object_part_geometry_get(card_.get(), PART, nullptr, nullptr, nullptr, &room);
+    int height = 0;
+    evas_object_textblock_size_formatted_get(edje_object_part_object_get(card_.get(), PART),
+                                             nullptr, &height);
+    return height <= room;
+}
+
+std::vector<uint32_t> standby_picture(const StandbyMessage &message, Size size)
+{
+    const CanvasPtr canvas(ecore_evas_buffer_new(size.width, size.height));
+    if (!canvas)
+        return {};
+    StandbyCard card(ecore_evas_get(canvas.get()));
+    card.resize(size);
+    card.say(message);
+    ecore_evas_manual_render(canvas.get());
+    const auto *pixels = static_cast<const uint32_t *>(ecore_evas_buffer_pixels_get(canvas.get()));
+    return pixels ? std::vector<uint32_t>(pixels, pixels + size.area()) : std::vector<uint32_t>();
+}
+
+} // namespace platform
