@@ -98,11 +98,13 @@ def test_window_without_a_picture_comes_for_the_keys(beneath, tv, screen, conten
     wait_until(pressed, "a key that arrives")
 
 
-def test_window_without_a_picture_comes_for_the_options(beneath, tv, screen, content):
-    """At once, where somebody else's key opens them. The clock runs slowly."""
+def test_window_without_a_picture_comes_for_the_options(beneath, tv, screen, content, shelf):
+    """At once, where somebody else's key opens them. The clock runs slowly, and the disk hangs."""
     tv.configure(content={"broken_video": "skip"})
-    (content / "broken.mp4").write_bytes(b"no film")
-    player = tv.start(folder=content, **tv.timers(0.01, above=0.4))
-    player.log.wait("broken.mp4 cannot be played")
+    shelf.video(content / "red.mp4", "red")
+    tv.break_storage(hangs=content)
+    player = tv.start(folder=content,
+                      **tv.together(tv.timers(0.01, above=0.4), tv.breakable()))
+    player.log.wait(r"OnPlayVideo\(\d+\)")
     tv.press("Return")
     wait_until(lambda: screen.shown() != "yellow", "the options")

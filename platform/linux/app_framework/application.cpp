@@ -21,6 +21,7 @@
 #include "key_router/key_translator.h"
 #include "log/platform_log.h"
 #include "lookahead/lookahead.h"
+#include "media_player/fruitless_rounds.h"
 #include "media_player/media_system.h"
 #include "media_player/player_status.h"
 #include "panel/panel_model.h"
@@ -149,6 +150,7 @@ bool Application::start_services()
         update_visibility();
     };
     listener.content_seen = [](bool seen) { VideoPlane::set_covered(seen); };
+    listener.without_picture = [this] { show_card(); };
     listener.compositor_gone = [this] { compositor_gone(); };
     listener.gone = [] { VideoPlane::outer_window_gone(); };
     window_ = TvWindow::create(WINDOW_NAME, std::move(listener));
@@ -156,6 +158,16 @@ bool Application::start_services()
         return false;
     VideoPlane::call_when_shown([] {
         ecore_main_loop_thread_safe_call_async([](void *) { Application::get().picture_shown(); },
+                                               nullptr);
+    });
+    // The panel outlives the application's parts.
+    static const bool following_the_panel = [] {
+        PanelModel::get().on_angle([](int) { Application::get().refresh_card(); });
+        return true;
+    }();
+    static_cast<void>(following_the_panel);
+    FruitlessRounds::get().set_listener([] {
+        ecore_main_loop_thread_safe_call_async([](void *) { Application::get().show_card(); },
                                                nullptr);
     });
     load_decoders();
@@ -175,6 +187,7 @@ void Application::be_controlled_by(sd_bus *bus)
 
 void Application::stop_services()
 {
+    FruitlessRounds::get().set_listener({});
     control_stop();
     content_.reset();
     usb_watch_.reset();
@@ -353,6 +366,19 @@ void Application::picture_shown()
     ServiceManager::get().tell_ready();
 }
 
+/** Says in the window why it has no picture. */
+void Application::show_card()
+{
+    if (window_ && stand_in_.show(window_->content()))
+        window_->reveal();
+}
+
+void Application::refresh_card()
+{
+    if (window_)
+        stand_in_.refresh(window_->content());
+}
+
 void Application::compositor_gone()
 {
     PLATFORM_LOGE(SERVICE, "the compositor went away");
@@ -393,6 +419,7 @@ void Application::announce(app_event_type_e type)
 void Application::announce_language_change()
 {
     choose_catalogue_language();
+    refresh_card();
     announce(APP_EVENT_LANGUAGE_CHANGED);
     // The application has had the toolkit choose the language, which sets every part of the locale.
     setlocale(LC_NUMERIC, "C");

@@ -13,6 +13,7 @@
 #include <systemd/sd-bus.h>
 
 #include "app_framework.h"
+#include "app_framework/stand_in.h"
 #include "base/toolkit_handles.h"
 #include "launch/launch_request.h"
 
@@ -76,6 +77,8 @@ class Application {
     void follow_signals();
     void signalled();
     void picture_shown();
+    void show_card();
+    void refresh_card();
     void compositor_gone();
     void update_visibility();
     void announce(app_event_type_e type);
@@ -100,6 +103,7 @@ class Application {
     std::unique_ptr<ContentWatch> content_; ///< from the first request on that plays something
     std::unique_ptr<KeyTranslator> keys_;
     std::unique_ptr<TvWindow> window_;
+    StandIn stand_in_;
 };
 
 } // namespace platform

@@ -62,7 +62,7 @@ void ServiceManager::tell_alive()
     else if (heard_ready_)
         send("WATCHDOG=1");
     else
-        heard_ready_ = send("READY=1\nSTATUS=A picture is on the screen.\nWATCHDOG=1");
+        heard_ready_ = send("READY=1\nSTATUS=On the screen.\nWATCHDOG=1");
 }
 
 void ServiceManager::tell_ready()

@@ -42,12 +42,20 @@ FruitlessRounds::Verdict FruitlessRounds::on_passed_over(const std::string &path
                           "nothing that is to be played can be opened; the player looks again in "
                           "%d s",
                           static_cast<int>(pause_.count() / 1000));
+        if (listener_ && !verdict.give_up)
+            listener_();
         begin_round();
     }
     if (passed_over_.size() < MOST_FILES)
         passed_over_.insert(path);
     all_own_faults_ = all_own_faults_ && its_own_fault;
     return verdict;
+}
+
+void FruitlessRounds::set_listener(std::function<void()> listener)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    listener_ = std::move(listener);
 }
 
 void FruitlessRounds::begin_round()

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <set>
 #include <string>
@@ -36,6 +37,12 @@ class FruitlessRounds {
      */
     Verdict on_passed_over(const std::string &path, bool its_own_fault, uint64_t shown);
 
+    /**
+     * Has somebody told whenever a wait begins. The call comes from the thread of the video; it
+     * must not call this object. One listener at a time; an empty one ends it.
+     */
+    void set_listener(std::function<void()> listener);
+
   private:
     void begin_round();
 
@@ -44,6 +51,7 @@ class FruitlessRounds {
     std::chrono::milliseconds pause_{0}; ///< after the last round; none after one with a picture
     std::set<std::string> passed_over_;  ///< in this round
     bool all_own_faults_ = true;         ///< in this round
+    std::function<void()> listener_;
 };
 
 } // namespace platform

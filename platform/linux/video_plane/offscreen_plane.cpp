@@ -45,7 +45,15 @@ class OffscreenPlane : public VideoPlane {
         }
     }
 
-    bool present(const PlaneBufferPtr &buffer) override
+    bool present(const PlaneBufferPtr &buffer) override { return put_up(buffer, 1); }
+
+    bool present_stand_in(const PlaneBufferPtr &buffer, uint64_t presented) override
+    {
+        return presented == presented_ && put_up(buffer, 0);
+    }
+
+  private:
+    bool put_up(const PlaneBufferPtr &buffer, int counts)
     {
         if (!buffer)
             return false;
@@ -53,13 +61,12 @@ class OffscreenPlane : public VideoPlane {
             const std::lock_guard<std::mutex> lock(mutex_);
             shown_ = buffer;
         }
-        ++presented_;
+        presented_ += counts;
         if (on_present_)
             on_present_(*buffer);
         return true;
     }
 
-  private:
     const int width_;
     const int height_;
     const std::function<void(const PlaneBuffer &)> on_present_;

@@ -96,6 +96,18 @@ class VideoPlane {
      */
     virtual bool present(const PlaneBufferPtr &buffer) = 0;
 
+    /**
+     * Shows what stands in for a picture, until the next one comes; it is none of those that are
+     * counted or told of.
+     *
+     * @param presented pictures that the plane has had, as the caller knows
+     * @return false when it has had another one since, has been closed, or is one for tests
+     */
+    virtual bool present_stand_in(const PlaneBufferPtr & /*buffer*/, uint64_t /*presented*/)
+    {
+        return false;
+    }
+
     /** Counts since the plane was made, of all who show pictures on it. Any thread; no lock. */
     Statistics statistics() const { return {presented_, dropped_, late_}; }
 

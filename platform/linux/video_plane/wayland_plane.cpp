@@ -293,12 +293,13 @@ PlaneBufferPtr WaylandPlane::acquire()
     return wrap(std::move(buffer));
 }
 
-bool WaylandPlane::present(const PlaneBufferPtr &buffer)
+/** @param stand_in_after after how many pictures this stands in for one; nothing: it is one */
+bool WaylandPlane::put_up(const PlaneBufferPtr &buffer, std::optional<uint64_t> stand_in_after)
 {
     auto *own = dynamic_cast<ShmBuffer *>(buffer.get());
     PlaneBufferPtr shown = buffer; // before the lock, so that it can go after it
     std::unique_lock<std::mutex> lock(mutex_);
-    if (closed_ || broken_)
+    if (closed_ || broken_ || (stand_in_after && *stand_in_after != presented_))
         return false;
     if (std::find(buffers_.begin(), buffers_.end(), own) == buffers_.end()) {
         PLATFORM_LOGE("video plane", "a picture of another plane was presented");
@@ -323,6 +324,8 @@ bool WaylandPlane::present(const PlaneBufferPtr &buffer)
             return fail("flush");
         waker_.wake(); // the thread waits until the compositor reads on
     }
+    if (stand_in_after)
+        return true;
     const bool first = presented_++ == 0;
     lock.unlock();
     if (first)

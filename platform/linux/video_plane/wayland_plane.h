@@ -11,6 +11,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -64,7 +65,11 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     int width() const override { return width_; }
     int height() const override { return height_; }
     PlaneBufferPtr acquire() override;
-    bool present(const PlaneBufferPtr &buffer) override;
+    bool present(const PlaneBufferPtr &buffer) override { return put_up(buffer, {}); }
+    bool present_stand_in(const PlaneBufferPtr &buffer, uint64_t presented) override
+    {
+        return put_up(buffer, presented);
+    }
 
     /** Buffers that exist now, for tests. */
     size_t buffer_count() const;
@@ -93,6 +98,7 @@ class WaylandPlane : public VideoPlane, public std::enable_shared_from_this<Wayl
     void dispatch();
     bool dispatch_once();
     bool fail(const char *step);
+    bool put_up(const PlaneBufferPtr &buffer, std::optional<uint64_t> stand_in_after);
     void attach(ShmBuffer *buffer, const PlaneBufferPtr &reference);
     PlaneBufferPtr copy_of(ShmBuffer *buffer);
     void recycle(std::unique_ptr<ShmBuffer> buffer);

@@ -366,7 +366,8 @@ void TvWindow::shown()
     ecore_evas_focus_set(inner_canvas_, EINA_TRUE);
     if (mapping_->held()) {
         look_timer_.reset(ecore_timer_add(LOOK_S, on_timer<&TvWindow::look>, this));
-        reveal_timer_.reset(ecore_timer_add(LONGEST_UNSEEN_S, on_timer<&TvWindow::reveal>, this));
+        reveal_timer_.reset(
+            ecore_timer_add(LONGEST_UNSEEN_S, on_timer<&TvWindow::give_up_waiting>, this));
     }
     Ecore_Wl2_Window *window = ecore_evas_wayland2_window_get(outer_canvas_);
     if (!idle_inhibitor_ && window)
@@ -389,6 +390,12 @@ void TvWindow::look()
         reveal();
     else if (!awaiting_frame_)
         ecore_evas_manual_render(outer_canvas_);
+}
+
+void TvWindow::give_up_waiting()
+{
+    listener_.without_picture();
+    reveal();
 }
 
 void TvWindow::hidden()

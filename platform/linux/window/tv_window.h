@@ -39,6 +39,7 @@ class TvWindow {
         std::function<void(bool)> seen; ///< iconified (false) or back on the screen (true)
         /** The application's window has something to show (true), or is all transparent. */
         std::function<void(bool)> content_seen;
+        std::function<void()> without_picture; ///< about to come with nothing to see in it
         std::function<void()> compositor_gone; ///< the connection broke for good
         std::function<void()> gone;            ///< from the screen; maybe after this object's end
     };
@@ -58,6 +59,9 @@ class TvWindow {
     /** Whether this is the application's window. */
     bool is(const Evas_Object *window) const { return window && window == inner_; }
     bool is(const Ecore_Evas *canvas) const { return canvas && canvas == inner_canvas_; }
+
+    /** The application's window; null when it has been deleted. */
+    Evas_Object *content() const { return inner_; }
 
     /** The real window. */
     Evas_Object *outer() const { return outer_.get(); }
@@ -92,6 +96,7 @@ class TvWindow {
     void fit();
     void shown();
     void look();
+    void give_up_waiting();
     void hidden();
     void leave_screen();
     void inner_deleted();

@@ -48,6 +48,21 @@ TEST_F(FruitlessRoundsTest, BecomeRarer)
     EXPECT_EQ(log.find("in 60 s"), log.rfind("in 60 s")) << "said once: " << log;
 }
 
+TEST_F(FruitlessRoundsTest, TellWhenAWaitBeginsAndNotWhenTheyAreGivenUp)
+{
+    int told = 0;
+    rounds_.set_listener([&told] { ++told; });
+    gives_up_at("/a.mp4", OWN_FAULT);
+    gives_up_at("/b.mp4", !OWN_FAULT);
+    EXPECT_EQ(told, 0) << "in the first round";
+    gives_up_at("/a.mp4", OWN_FAULT);
+    EXPECT_EQ(told, 1);
+    gives_up_at("/b.mp4", !OWN_FAULT);
+
+    EXPECT_TRUE(gives_up_at("/a.mp4", OWN_FAULT));
+    EXPECT_EQ(told, 1);
+}
+
 TEST_F(FruitlessRoundsTest, EndWithAnythingThatIsShown)
 {
     for (int round = 0; round < 3; ++round)

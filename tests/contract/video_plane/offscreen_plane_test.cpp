@@ -40,6 +40,21 @@ TEST(OffscreenPlane, CountsWhatWasPresentedDroppedAndLate)
     EXPECT_EQ(plane->statistics().late, 3u);
 }
 
+TEST(OffscreenPlane, ShowsAStandInWhereNoPictureHasComeMeanwhileAndCountsNone)
+{
+    int shown = 0;
+    const auto plane = VideoPlane::offscreen(2, 2, [&shown](const PlaneBuffer &) { ++shown; });
+
+    EXPECT_TRUE(plane->present_stand_in(plane->acquire(), 0));
+    EXPECT_EQ(plane->statistics().presented, 0u);
+    plane->present(plane->acquire());
+    EXPECT_FALSE(plane->present_stand_in(plane->acquire(), 0));
+    EXPECT_TRUE(plane->present_stand_in(plane->acquire(), 1));
+
+    EXPECT_EQ(shown, 3);
+    EXPECT_EQ(plane->statistics().presented, 1u);
+}
+
 TEST(OffscreenPlane, KeepsTheLastPictureOnly)
 {
     const auto plane = VideoPlane::offscreen(2, 2);

@@ -124,6 +124,21 @@ TEST_F(WaylandPlaneTest, TellsOnceThatThereIsAFirstPicture)
     EXPECT_EQ(told, 1);
 }
 
+TEST_F(WaylandPlaneTest, ShowsWhatStandsInForAPictureUntilThereIsOne)
+{
+    std::atomic<int> told{0};
+    VideoPlane::call_when_shown([&told] { told++; });
+    ASSERT_TRUE(plane_->present_stand_in(picture(*plane_, 0x20c040), 0));
+    EXPECT_TRUE(run([this] { return color_on_screen() == 0x20c040; }));
+    EXPECT_EQ(told, 0);
+    EXPECT_EQ(plane_->statistics().presented, 0u);
+
+    ASSERT_TRUE(plane_->present(picture(*plane_, 0xd01030)));
+    EXPECT_FALSE(plane_->present_stand_in(picture(*plane_, 0x20c040), 0)) << "it comes too late";
+    EXPECT_TRUE(run([this] { return color_on_screen() == 0xd01030; }));
+    EXPECT_EQ(told, 1);
+}
+
 TEST_F(WaylandPlaneMaking, TakesItsSizeFromThePanelModelWhereThatKnowsIt)
 {
     PanelModel::get().set_size(3840, 2160);

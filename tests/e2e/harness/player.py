@@ -234,7 +234,9 @@ class Tv:
             # The launcher hands over the folder as a prefix of file names, so it ends in a slash.
             command += ["--demo_player_mode", "folder_contents_player",
                         "--folder_path", os.fsencode(folder) + b"/"]
-        command += arguments
+        return self._run([*command, *arguments], environment)
+
+    def _run(self, command, environment):
         stem = os.path.join(self.folder, f"player-{len(self.players)}")
         with open(f"{stem}.out.log", "wb") as output:
             process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=output,
@@ -245,6 +247,12 @@ class Tv:
         if self.screen.player is None or not self.screen.player.running():
             self.screen.player = player
         return player
+
+    def start_standby(self, **environment):
+        """Starts the program that shows the standby card beneath the player,"""
+        program = os.path.join(self.build_dir, "tools", "standby", "ostrel-demo-standby")
+        return self._run([program], {
+            "OSTREL_DEMO_RESOURCE_DIR": os.path.join(self.build_dir, "res"), **environment})
 
     def _preloaded(self, name, **environment):
         """Environment for start(): a library of tests/preload comes before the player's own."""
@@ -258,6 +266,13 @@ class Tv:
         """Environment for start(): the toolkit's timers of at least `above` seconds run `speed` times
         as fast. The player itself knows nothing of it."""
         return self._preloaded("timer_speed", TIMER_SPEED=str(speed), TIMER_SPEED_ABOVE=str(above))
+
+    @staticmethod
+    def together(*environments):
+        """Environment for start(): several of these."""
+        libraries = ":".join(environment["LD_PRELOAD"] for environment in environments)
+        return {name: value for environment in environments for name, value in environment.items()} \
+            | {"LD_PRELOAD": libraries}
 
     def faulty(self):
         """Environment for start(): the signals STAND and GROW make it do so."""
