@@ -94,8 +94,9 @@ rm -r "$system/root/packages"
 # This machine's processor stands in for the set's, its memory for the graphics card's, some twenty
 # times slower: what is watched by the clock gets more time.
 sed -i 's/^\[core\]$/[core]\nuse-pixman=true/' "$system/etc/ostrel-demo-kiosk/weston.ini"
-for unit in ostrel-demo-kiosk ostrel-demo-kiosk-player; do
+for unit in ostrel-demo-kiosk ostrel-demo-kiosk-player ostrel-demo-kiosk-standby; do
     mkdir -p "$system/etc/systemd/system/$unit.service.d"
-    printf '[Service]\nWatchdogSec=40\nTimeoutStartSec=180\n' >"$system/etc/systemd/system/$unit.service.d/trial.conf"
+    { echo '[Service]'; echo TimeoutStartSec=180; [ "${unit##*-}" = standby ] || echo WatchdogSec=40; } \
+        >"$system/etc/systemd/system/$unit.service.d/trial.conf"
 done
 packaging/vm_trial.py "${kvm[@]}" "$work" "$cuts"

@@ -4,7 +4,7 @@ import pytest
 
 from harness.content import picture
 from harness.options import open_options, wait_focus_on_row
-from harness.player import DEMO_MODE
+from harness.player import DEMO_MODE, PLAYBACK_STATUS
 from harness.screen import Recorder
 from harness.waiting import wait_until
 
@@ -44,6 +44,26 @@ def test_looks(tv, screen, content, shelf, references, orientation, direction):
 
     tv.press("XF86ChannelGuide")
     references.check(f"toast-{suffix}", turned)
+
+
+@pytest.mark.parametrize("screen", SIZES[:1], indirect=True, ids=lambda size: f"{size[0]}x{size[1]}")
+@pytest.mark.parametrize("orientation, direction", [("landscape", "ltr"), ("portrait", "rtl")])
+def test_standby_card_looks(tv, screen, content, references, orientation, direction):
+    state, turned = ORIENTATIONS[orientation]
+    tv.configure(panel={"rotator": "yes", "first_rotation_state": state},
+                 language={"language": LANGUAGES[direction]}, content={"broken_video": "skip"})
+    prefix = "portrait_" if orientation == "portrait" else ""
+    (content / f"{prefix}{LONG_NAME}.mp4").touch()
+    (content / f"{prefix}مشاهد من الطبيعة.mp4").touch()
+    suffix = f"{orientation}-{direction}-{screen.width}x{screen.height}"
+
+    tv.start_standby()
+    wait_until(lambda: screen.shown() != "black", "the card")
+    tv.set_config(PLAYBACK_STATUS, 2)
+    references.check(f"standby-content-{suffix}", turned)
+
+    tv.start(folder=content)
+    references.check(f"standby-files-{suffix}", turned)
 
 
 def record_row(screen):

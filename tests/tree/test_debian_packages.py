@@ -73,12 +73,12 @@ def test_each_program_has_a_manual_page(source_dir, installation):
 def units(source_dir, build_dir, tmp_path_factory):
     """The services, with the programs at places where these are while the tests run."""
     folder = tmp_path_factory.mktemp("units")
-    for name in ("ostrel-demo-kiosk.service", "ostrel-demo-kiosk-player.service"):
-        with open(os.path.join(source_dir, KIOSK, name), encoding="utf-8") as file:
-            text = file.read()
-        (folder / name).write_text(text.replace(
-            "/usr/bin/ostrel-demo-player-tv", f"{build_dir}/src/ostrel-demo-player-tv").replace(
-            "/usr/bin/tvctl", f"{build_dir}/tools/tvctl/tvctl"))
+    for path in pathlib.Path(source_dir, KIOSK).glob("*.service"):
+        text = path.read_text(encoding="utf-8")
+        for program in ("src/ostrel-demo-player-tv", "tools/tvctl/tvctl",
+                        "tools/standby/ostrel-demo-standby"):
+            text = text.replace(f"/usr/bin/{os.path.basename(program)}", f"{build_dir}/{program}")
+        (folder / path.name).write_text(text)
     return folder
 
 
@@ -91,10 +91,11 @@ def test_services_say_nothing_that_systemd_does_not_understand(units):
     assert verified.returncode == 0 and not complaints, verified.stderr
 
 
-def test_sandbox_of_the_player_leaves_little_exposed(units):
+@pytest.mark.parametrize("unit", ["player", "standby"])
+def test_sandbox_leaves_little_exposed(units, unit):
     judged = subprocess.run(
         ["systemd-analyze", "security", "--offline=true", "--threshold=25", "--no-pager",
-         units / "ostrel-demo-kiosk-player.service"], capture_output=True, text=True, check=False)
+         units / f"ostrel-demo-kiosk-{unit}.service"], capture_output=True, text=True, check=False)
     assert judged.returncode == 0, judged.stdout + judged.stderr
     assert re.search(r"Overall exposure level.*: [0-2]\.\d", judged.stdout)
 
@@ -104,15 +105,38 @@ def unit_lines(source_dir, name):
         return file.read().splitlines()
 
 
-def test_player_comes_and_goes_with_the_compositor(source_dir):
-    player = unit_lines(source_dir, "ostrel-demo-kiosk-player.service")
-    compositor = unit_lines(source_dir, "ostrel-demo-kiosk.service")
-    assert {"BindsTo=ostrel-demo-kiosk.service", "After=ostrel-demo-kiosk.service"} <= set(player)
-    assert "Wants=ostrel-demo-kiosk-player.service" in compositor
-    for unit in (player, compositor):
-        assert {"Restart=always", "StartLimitIntervalSec=0", "User=ostrel-demo"} <= set(unit)
+def names_in(unit, key):
+    return {name for line in unit if line.startswith(f"{key}=") for name in line.split("=")[1].split()}
+
+
+def test_player_comes_and_goes_with_the_card_and_both_with_the_compositor(source_dir):
+    """A card that came after the player would lie above it."""
+    names = {"compositor": "ostrel-demo-kiosk.service", "card": "ostrel-demo-kiosk-standby.service",
+             "player": "ostrel-demo-kiosk-player.service"}
+    compositor, card, player = (unit_lines(source_dir, name) for name in names.values())
+    for key in ("BindsTo", "After"):
+        assert names_in(card, key) == {names["compositor"]}
+        assert names_in(player, key) == {names["compositor"], names["card"]}
+    assert {names["card"], names["player"]} <= names_in(compositor, "Wants")
+    assert names_in(card, "Wants") == {names["player"]}
     socket = re.search(r"--socket=(\S+)", "\n".join(compositor)).group(1)
-    assert f"WAYLAND_DISPLAY={socket} " in "\n".join(player)
+    for unit in (compositor, card, player):
+        assert {"Restart=always", "StartLimitIntervalSec=0", "User=ostrel-demo",
+                "Type=notify"} <= set(unit)
+    for unit in (card, player):
+        assert f"WAYLAND_DISPLAY={socket} " in "\n".join(unit)
+
+
+def test_card_has_the_players_sandbox_and_no_device(source_dir):
+    def sandbox(name):
+        lines = unit_lines(source_dir, name)
+        return {line for line in lines[lines.index("NoNewPrivileges=yes"):] if "=" in line
+                and not line.startswith("#")}
+
+    card, player = (sandbox(f"ostrel-demo-kiosk-{unit}.service") for unit in ("standby", "player"))
+    assert {line for line in player - card if not line.startswith("DeviceAllow=")} \
+        == {"RestrictAddressFamilies=AF_UNIX AF_NETLINK"}
+    assert not [line for line in card if line.startswith("DeviceAllow=")]
 
 
 @pytest.mark.parametrize("script", [
@@ -187,7 +211,8 @@ def machine(source_dir, tmp_path):
 
 
 BEGINS = ["systemctl enable --quiet ostrel-demo-kiosk.service",
-          "systemctl start ostrel-demo-kiosk.service ostrel-demo-kiosk-player.service"]
+          "systemctl start ostrel-demo-kiosk.service ostrel-demo-kiosk-standby.service "
+          "ostrel-demo-kiosk-player.service"]
 
 
 def test_on_makes_a_demo_set_and_off_undoes_it(machine):
@@ -204,7 +229,7 @@ def test_on_makes_a_demo_set_and_off_undoes_it(machine):
     assert switched.returncode == 0, switched.stderr
     assert not machine.links()
     assert "systemctl disable --quiet ostrel-demo-kiosk.service" in machine.calls
-    assert "systemctl stop ostrel-demo-kiosk.service ostrel-demo-kiosk-player.service" in machine.calls
+    assert BEGINS[1].replace("start", "stop", 1) in machine.calls
     assert machine.calls[-1] == "systemctl --no-block start getty@tty1.service"
     assert "udevadm control --reload" in machine.calls and "update-grub" in machine.calls
 
@@ -260,12 +285,12 @@ def test_only_root_switches_the_kiosk(machine, command):
 
 def test_status_tells_whether_it_plays(machine):
     playing = machine.run("status")
-    assert playing.returncode == 0 and playing.stdout.count("yes") == 2
+    assert playing.returncode == 0 and playing.stdout.count("yes") == 3
     assert machine.calls[-1].endswith("/usr/bin/tvctl status")
     machine.answers["systemctl is-active"] = "!3"
     machine.answers["systemctl is-enabled --quiet ostrel"] = "!1"
     stopped = machine.run("status")
-    assert stopped.returncode == 3 and stopped.stdout.count("no\n") == 2
+    assert stopped.returncode == 3 and stopped.stdout.count("no\n") == 3
 
 
 @pytest.mark.parametrize("arguments", [[], ["of"], ["on", "off"], ["--now"]])

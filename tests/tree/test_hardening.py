@@ -8,7 +8,8 @@ import subprocess
 import pytest
 
 PROGRAMS = ("src/ostrel-demo-player-tv", "tools/tvctl/tvctl",
-            "tools/demo_copy/ostrel-demo-copy", "tools/sample_content/make-sample-content")
+            "tools/demo_copy/ostrel-demo-copy", "tools/sample_content/make-sample-content",
+            "tools/standby/ostrel-demo-standby")
 
 
 def tool(*command):

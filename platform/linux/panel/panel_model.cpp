@@ -114,6 +114,13 @@ void PanelModel::set_first_angle(int degrees)
     angle_ = quarter_turns(degrees);
 }
 
+void PanelModel::follow(int degrees)
+{
+    const int former = angle_.exchange(quarter_turns(degrees));
+    if (former != angle_)
+        notify(angle_listeners_, angle());
+}
+
 void PanelModel::stop()
 {
     timer_.reset();

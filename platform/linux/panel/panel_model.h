@@ -68,6 +68,9 @@ class PanelModel {
     /** Sets the angle at start, without a turn. */
     void set_first_angle(int degrees);
 
+    /** The panel stands so: another program has turned it. */
+    void follow(int degrees);
+
     /** Gives up a turn under way, without a report; the angle stays. For the end of the program. */
     void stop();
 

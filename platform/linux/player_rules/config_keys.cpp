@@ -23,7 +23,7 @@ const std::vector<KnownKey> &known_keys()
          3,
          {},
          "panel: 1 landscape, 2 portrait, 3 landscape reversed, 0 portrait reversed"},
-        {"memory/ostrel-demo-player-tv/playback_status",
+        {PLAYBACK_STATUS_KEY,
          INT_MIN,
          INT_MAX,
          {},

@@ -15,6 +15,7 @@ inline constexpr char DEMO_MODE_KEY[] = "db/ostrel-demo-player-tv/demo_mode";
 inline constexpr char LANDSCAPE_TIMER_KEY[] = "db/ostrel-demo-player-tv/landscape_timer";
 inline constexpr char PORTRAIT_TIMER_KEY[] = "db/ostrel-demo-player-tv/portrait_timer";
 inline constexpr char ROTATION_AUTO_MODE_KEY[] = "db/ostrel-demo-player-tv/rotation_auto_mode";
+inline constexpr char PLAYBACK_STATUS_KEY[] = "memory/ostrel-demo-player-tv/playback_status";
 inline constexpr char ROTATION_STATE_KEY[] = "db/sysman/rotation_state";
 
 struct KnownKey {

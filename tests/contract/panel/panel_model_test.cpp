@@ -72,6 +72,15 @@ TEST_F(PanelModelTest, OddAnglesBecomeQuarterTurns)
     EXPECT_EQ(panel_.angle(), 180);
 }
 
+TEST_F(PanelModelTest, FollowsAPanelThatAnotherProgramTurns)
+{
+    panel_.follow(90);
+    panel_.follow(90);
+    EXPECT_EQ(panel_.angle(), 90);
+    panel_.follow(0);
+    EXPECT_THAT(seen_, ElementsAre("angle 90", "angle 0"));
+}
+
 TEST_F(PanelModelTest, AListenerThatAsksForATurnInsideATurnsEndIsToldNothingTwice)
 {
     panel_.on_angle([this](int) { EXPECT_TRUE(panel_.turn_to(0)); });
