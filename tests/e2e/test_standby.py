@@ -52,10 +52,10 @@ def test_card_lies_beneath_the_player(tv, screen, content, shelf, end):
     with Recorder(lambda: seen(screen)) as recorder:
         for _ in range(2):
             player = tv.start(folder=content)
-            wait_until(lambda: recorder.names()[-1] == "red", "the film")
+            wait_until(lambda: recorder.names()[-1:] == ["red"], "the film")
             player.process.send_signal(end)
             player.wait_end()
-            wait_until(lambda: recorder.names()[-1] == "card", "the card again")
+            wait_until(lambda: recorder.names()[-1:] == ["card"], "the card again")
     assert recorder.names() == ["card", "red", "card", "red", "card"]
 
 
@@ -154,7 +154,7 @@ def test_window_names_the_files_when_none_can_be_played(tv, screen, content, she
     wait_until(lambda: shows(screen, named), "the card as before")
     with Recorder(lambda: seen(screen)) as recorder:
         os.replace(content / "good", content / "red.mp4")
-        screen.wait_for("blue")
+        wait_until(lambda: recorder.names()[-1:] == ["blue"], "the film that can be played")
     assert recorder.names() == ["card", "blue"]
 
 
