@@ -23,6 +23,7 @@ from PIL import Image, ImageDraw, ImageFont
 
 FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 CONTENT = "/opt/data/demo_movie"
+CARD_GROUND = (22, 38, 66)
 
 # What lies on the stick of each file system: its colour tells that it is the one on the screen.
 STICKS = {"vfat": (0, 80, 190), "exfat": (0, 130, 120), "ntfs": (120, 0, 140), "ext4": (110, 120, 0)}
@@ -172,8 +173,9 @@ def share_of(colour):
     return share
 
 
-def is_black(image):
-    return share_of((0, 0, 0))(image) > 0.98
+def shows_card(image):
+    """Its ground, and letters on it."""
+    return share_of(CARD_GROUND)(image) > 0.7 and share_of((255, 255, 255))(image) > 0.002
 
 
 def shows_stick(kind):
@@ -203,9 +205,9 @@ class Trial:
         time_of = "" if seconds is None else f"{seconds:.1f} s"
         print(f"  {'seen    ' if seen else 'NOT SEEN'} {time_of:>8}  {what}", flush=True)
 
-    def keep(self, name):
+    def keep(self, name, image=None):
         path = f"{self.work}/result/{len(self.shots):02d}-{re.sub('[^a-z0-9]+', '-', name.lower())}.png"
-        self.machine.screen().save(path)
+        (image or self.machine.screen()).save(path)
         self.shots.append((name, path))
 
     def see(self, what, condition, keep=None, deadline_s=240, since=None):
@@ -214,15 +216,14 @@ class Trial:
         began = machine.uptime() if since is None else since
         end = time.monotonic() + deadline_s
         while True:
-            seen = bool(condition(machine.screen()))
+            image = machine.screen()
+            seen = bool(condition(image))
             if seen or time.monotonic() > end:
                 break
             time.sleep(0.5)
-        self.say(what, machine.uptime() - began, seen)
         if keep:
-            # What has been asked of the player may be on its way to the screen.
-            time.sleep(3)
-            self.keep(keep)
+            self.keep(keep, image)
+        self.say(what, machine.uptime() - began, seen)
         return seen
 
     def check(self, what, seen, seconds=None):
@@ -245,7 +246,7 @@ class Trial:
             for what, seconds, seen in self.rows:
                 time_of = "" if seconds is None else f"{seconds:.1f}"
                 result.write(f"| {what} | {time_of} | {'yes' if seen else '**no**'} |\n")
-        columns, width, height, line = 4, 400, 250, 26
+        columns, width, height, line = 4, 480, 300, 28
         rows = -(-len(self.shots) // columns)
         sheet = Image.new("RGB", (columns * (width + 8) + 8, rows * (height + line + 8) + 8), (32, 32, 32))
         draw = ImageDraw.Draw(sheet)
@@ -306,8 +307,9 @@ def first_day(trial):
     """Out of the box, without content, until the demo plays."""
     trial.boot(keep="boot")
     machine = trial.machine
-    trial.see("standby card after switching on, with no content", lambda image: not is_black(image),
-              keep="no content", since=0)
+    trial.see("standby card after switching on", shows_card, keep="standby card", since=0)
+    machine.run("until [ \"$(ostrel-demo-kiosk tvctl config get playback_status)\" = 2 ]; do sleep 1; done; sleep 2")
+    trial.see("standby card without content", shows_card, keep="no content", since=0)
     trial.check("no console on the screen, no login prompt",
                 machine.run("systemctl is-active getty@tty1")[0] != 0)
     fill_sticks(trial)
@@ -319,7 +321,9 @@ def first_day(trial):
 def keys(trial):
     machine = trial.machine
     machine.key("ret")
-    trial.see("Return opens the options", lambda _: machine.told("popups_blocked"), keep="options")
+    trial.see("Return opens the options", lambda _: machine.told("popups_blocked"))
+    time.sleep(5) # from the player's word to the screen
+    trial.keep("options")
     machine.key("esc")
     trial.see("Escape closes them", lambda _: machine.told("popups_blocked") is False)
     before = machine.told("playing", "file")
@@ -344,6 +348,18 @@ def sticks(trial):
                   keep=f"{kind} stick out", since=began)
 
 
+def broken_content(trial):
+    machine = trial.machine
+    began = machine.uptime()
+    machine.run(f"mv {CONTENT} /root/good && install -d -g ostrel-content -m 2775 {CONTENT} && "
+                f"for name in spring summer; do echo no film >{CONTENT}/$name.mp4; done")
+    trial.see("nothing but broken files: the standby card names them", shows_card, keep="broken files",
+              since=began)
+    began = machine.uptime()
+    machine.run(f"rm {CONTENT}/* && cp /root/good/* {CONTENT}/")
+    trial.see("copied again: the demo is back", shows_pictures, since=began)
+
+
 def ends(trial):
     """Each process that may end or stand still."""
     for name, unit, signal in (("player killed", "ostrel-demo-kiosk-player", "KILL"),
@@ -354,7 +370,10 @@ def ends(trial):
         before = machine.run(f"systemctl show -p MainPID --value {unit}")[1].strip()
         began = machine.uptime()
         machine.run(f"kill -{signal} {before}")
-        trial.keep(name)
+        if signal in ("KILL", "SEGV"):
+            trial.see(f"{name}: the standby card", shows_card, keep=name, since=began)
+        else:
+            trial.keep(name)
         trial.see(f"{name}: the demo is back",
                   lambda image: shows_pictures(image) and machine.run(
                       f"systemctl show -p MainPID --value {unit}")[1].strip() not in (before, "0"),
@@ -397,7 +416,7 @@ def main():
     prepare(work)
     trial = Trial(work, options.kvm)
     try:
-        for part in (first_day, keys, sticks, ends):
+        for part in (first_day, keys, broken_content, sticks, ends):
             part(trial)
         power_cuts(trial, options.cuts)
     finally:
