@@ -135,6 +135,28 @@ def test_links_on_a_stick_lead_nowhere(copying, tmp_path):
     assert done.returncode == 0 and f"from {tmp_path}/second/Demo/ to " in done.out, done.err
 
 
+def test_a_folder_that_is_exchanged_meanwhile_gives_nothing_of_the_other(copying):
+    demo = copying.stick / "Demo"
+    first = os.listdir(demo)[0]
+    copying.break_storage("hangs", demo / first)
+    process = copying.start()
+    wait_until((copying.fresh() / first).exists, "the file that hangs")
+    demo.rename(copying.stick / "was")
+    fill(demo, {name: bytes(len(what)) for name, what in FILMS.items()})
+    copying.faults.unlink()
+    assert copying.finish(process).returncode == 0, process.err
+    assert held(copying.content) == FILMS
+
+
+@pytest.mark.parametrize("type_of_set, played", [(0, False), (1, True)])
+def test_what_is_played_is_for_the_set_to_say(copying, type_of_set, played):
+    fill(copying.stick / "demo", {"a.smp4": b"film"})
+    copying.conf.write_text(f"[product]\nstore_content_type = {type_of_set}\n[usb]\nmounts = {copying.stick}\n")
+    done = copying.run(copying.stick / "demo", copying.content)
+    assert done.returncode == (0 if played else 1), done.err
+    assert held(copying.content) == ({"a.smp4": b"film"} if played else OLD)
+
+
 @pytest.mark.parametrize("absolute", [True, False])
 def test_a_folder_is_made_where_there_is_none(copying, absolute):
     # No file system that cannot exchange is in its way.

@@ -121,12 +121,15 @@ TEST_F(PlayerRulesTest, FilesAreOfThePlayersKinds)
 TEST_F(PlayerRulesTest, SubtitlesAreThoseThatThePlayerTakes)
 {
     for (const char *extension : {"srt", "SRT", "sub", "ttxt", "txt", "ssa", "ass", "psb", "sami",
-                                  "smi", "mpl", "vtt", "jpg", "mp4", "mp3"}) {
+                                  "smi", "mpl", "vtt", "jpg", "mp4", "mp3", "s"}) {
         const std::string name = std::string("b a.") + extension;
         fake_.storage.add_folder(FOLDER, {"a.mkv", name});
-        player_.m_CreatePlayList();
-        const bool taken = player_.m_vdcLandscapeVideos.front().strSubtitleName == name;
-        EXPECT_EQ(platform::is_subtitle(name), taken) << name;
+        for (const bool direct_backlight : {false, true}) {
+            fake_.system.store_content_type = direct_backlight ? 1 : 0;
+            player_.m_CreatePlayList();
+            const bool taken = player_.m_vdcLandscapeVideos.front().strSubtitleName == name;
+            EXPECT_EQ(platform::is_subtitle(name, direct_backlight), taken) << name;
+        }
     }
 }
 

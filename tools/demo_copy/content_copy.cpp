@@ -27,6 +27,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using platform::Descriptor;
+using platform::DirectoryPtr;
 
 constexpr size_t BLOCK = size_t{1024} * 1024;
 // For folders, and what else the file system keeps for itself.
@@ -59,16 +60,11 @@ class Digest {
     uint64_t value_ = 0;
 };
 
-struct DirectoryEnd {
-    void operator()(DIR *directory) const { closedir(directory); }
-};
-using Directory = std::unique_ptr<DIR, DirectoryEnd>;
-
 /** @return nothing on failure, with errno set; a link is one */
-Directory open_directory(const std::string &path)
+DirectoryPtr open_directory(const std::string &path)
 {
     const int opened = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    return Directory(opened < 0 ? nullptr : fdopendir(opened));
+    return DirectoryPtr(opened < 0 ? nullptr : fdopendir(opened));
 }
 
 /** Whether the path is the folder or lies somewhere below it, both canonical. */
@@ -140,11 +136,6 @@ fs::path checked_place(const std::string &to, const std::string &from)
                           ", which cannot be exchanged: name a folder below it");
     check_flat(old);
     return old;
-}
-
-bool is_played(const std::string &name)
-{
-    return platform::content_kind(name, true) != platform::ContentKind::Other;
 }
 
 /** The new folder, which goes with the object unless it has taken the old one's place. */
@@ -222,7 +213,7 @@ class NewFolder {
     /** Takes away the files at its top, and itself. What lies deeper was never content. */
     std::string remove() const
     {
-        const Directory directory = open_directory(place_);
+        const DirectoryPtr directory = open_directory(place_);
         if (!directory && errno == ENOENT)
             return "";
         int reason = 0;
@@ -251,9 +242,11 @@ class FileCopy {
     {
     }
 
-    void copy(const ContentFile &file)
+    /** @param folder the one that the file was seen in */
+    void copy(const ContentFile &file, int folder)
     {
-        const Descriptor source = platform::open_regular_file(from_, O_RDONLY | O_NOFOLLOW);
+        const Descriptor source =
+            platform::open_regular_file_at(folder, file.name, O_RDONLY | O_NOFOLLOW);
         if (!source)
             fail(from_ + " cannot be read", errno);
         const Descriptor target(
@@ -264,7 +257,8 @@ class FileCopy {
         uint64_t size = 0;
         while (const size_t length = read_block(source, from_)) {
             digest.add({buffer_.data(), length});
-            write_block(target, length);
+            if (!platform::write_whole(target.number(), {buffer_.data(), length}))
+                fail(to_ + " cannot be written", errno);
             size += length;
             passed_(length);
         }
@@ -311,16 +305,6 @@ class FileCopy {
         return length;
     }
 
-    void write_block(const Descriptor &file, size_t length)
-    {
-        for (size_t written = 0; written < length;) {
-            const ssize_t piece = write(file.number(), buffer_.data() + written, length - written);
-            if (piece < 0 && errno != EINTR)
-                fail(to_ + " cannot be written", errno);
-            written += static_cast<size_t>(std::max<ssize_t>(piece, 0));
-        }
-    }
-
     const std::string from_;
     const std::string to_;
     const Passed passed_;
@@ -355,22 +339,22 @@ std::string in_words(uint64_t bytes)
     return text;
 }
 
-ContentCopy::ContentCopy(std::string from) : from_(platform::without_last_slashes(std::move(from)))
+// Links are not followed: a stick could have any file of the machine copied, since root reads it.
+ContentCopy::ContentCopy(std::string from, bool direct_backlight)
+    : from_(platform::without_last_slashes(std::move(from))), direct_backlight_(direct_backlight),
+      folder_(open_directory(from_))
 {
-    // Links are not followed: a stick could have any file of the machine copied, since root reads
-    // it.
-    const Directory directory = open_directory(from_);
-    if (!directory)
+    if (!folder_)
         fail(from_ + " cannot be read", errno);
-    for (errno = 0; const dirent *entry = readdir(directory.get()); errno = 0) {
+    for (errno = 0; const dirent *entry = readdir(folder_.get()); errno = 0) {
         ContentFile file = {entry->d_name, {}};
         // What other systems leave behind under hidden names looks like films that are broken.
         if (file.name[0] == '.')
             continue;
-        if (fstatat(dirfd(directory.get()), entry->d_name, &file.status, AT_SYMLINK_NOFOLLOW) != 0)
+        if (fstatat(dirfd(folder_.get()), entry->d_name, &file.status, AT_SYMLINK_NOFOLLOW) != 0)
             fail(from_ + "/" + file.name + " cannot be read", errno);
         if (!S_ISREG(file.status.st_mode) ||
-            !(is_played(file.name) || platform::is_subtitle(file.name))) {
+            !(is_played(file.name) || platform::is_subtitle(file.name, direct_backlight_))) {
             left_out_.push_back(file.name);
             continue;
         }
@@ -382,8 +366,13 @@ ContentCopy::ContentCopy(std::string from) : from_(platform::without_last_slashe
     if (errno != 0)
         fail(from_ + " cannot be read", errno);
     if (std::none_of(files_.begin(), files_.end(),
-                     [](const ContentFile &file) { return is_played(file.name); }))
+                     [this](const ContentFile &file) { return is_played(file.name); }))
         throw CopyFailure(from_ + " holds nothing that the demo plays");
+}
+
+bool ContentCopy::is_played(const std::string &name) const
+{
+    return platform::is_playable(name, direct_backlight_);
 }
 
 std::string ContentCopy::replace(const std::string &to, const std::atomic<bool> &stop,
@@ -411,7 +400,8 @@ std::string ContentCopy::replace(const std::string &to, const std::atomic<bool> 
     };
     for (const ContentFile &file : files_) {
         progress(now);
-        FileCopy(from_ + "/" + file.name, fresh / file.name, passed).copy(file);
+        FileCopy(from_ + "/" + file.name, fresh / file.name, passed)
+            .copy(file, dirfd(folder_.get()));
         ++now.file;
     }
     return fresh.exchange_with(old, parent);

@@ -15,6 +15,8 @@
 
 #include <sys/stat.h>
 
+#include "base/descriptor.h"
+
 namespace demo_copy {
 
 /** Why the content was not copied, in words for staff. The old content stands. */
@@ -38,9 +40,10 @@ class ContentCopy {
     /**
      * Looks what there is to be copied.
      *
+     * @param direct_backlight whether the set is of the models that play one more kind of file
      * @throws CopyFailure where the folder cannot be read, or holds nothing that the demo plays
      */
-    explicit ContentCopy(std::string from);
+    ContentCopy(std::string from, bool direct_backlight);
 
     const std::vector<ContentFile> &files() const { return files_; }
     /** Names of what stays behind: not played, or no files. Hidden ones are not told. */
@@ -61,7 +64,12 @@ class ContentCopy {
                         const std::function<void(const Progress &)> &progress) const;
 
   private:
+    bool is_played(const std::string &name) const;
+
     const std::string from_;
+    const bool direct_backlight_;
+    /** Stays open: files are opened in the folder that was looked at, whatever its path becomes. */
+    const platform::DirectoryPtr folder_;
     std::vector<ContentFile> files_;
     std::vector<std::string> left_out_;
     uint64_t bytes_ = 0;

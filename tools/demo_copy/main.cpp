@@ -14,6 +14,7 @@
 #include "log/log_line.h"
 #include "player_rules/launch_rules.h"
 #include "progress.h"
+#include "settings/settings.h"
 #include "stop_signals.h"
 #include "usb_storage/stick_content.h"
 #include "usb_storage/usb_devices.h"
@@ -63,7 +64,7 @@ std::string content_of_a_stick()
 void copy(const std::string &from, const std::string &to)
 {
     using namespace demo_copy;
-    const ContentCopy content(from);
+    const ContentCopy content(from, platform::Settings::get().direct_backlight());
     std::printf("%zu files, %s, from %s to %s\n", content.files().size(),
                 in_words(content.bytes()).c_str(), platform::visible_text(from).c_str(),
                 platform::visible_text(to).c_str());

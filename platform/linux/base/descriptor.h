@@ -1,8 +1,10 @@
-/** A file descriptor that closes itself. */
+/** What of files and folders has to be closed, and closes itself. */
 #pragma once
 
+#include <memory>
 #include <utility>
 
+#include <dirent.h>
 #include <unistd.h>
 
 namespace platform {
@@ -29,5 +31,11 @@ class Descriptor {
   private:
     int number_ = -1;
 };
+
+struct DirectoryEnd {
+    void operator()(DIR *directory) const { closedir(directory); }
+};
+/** A folder that is being listed. */
+using DirectoryPtr = std::unique_ptr<DIR, DirectoryEnd>;
 
 } // namespace platform

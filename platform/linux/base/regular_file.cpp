@@ -21,9 +21,12 @@ std::optional<FileStamp> file_stamp(const std::string &path)
                      status.st_ctim.tv_nsec};
 }
 
-Descriptor open_regular_file(const std::string &path, int flags)
+namespace {
+
+constexpr int NEVER_WAIT = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+
+Descriptor only_regular(Descriptor file)
 {
-    Descriptor file(open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     struct stat status = {};
     if (!file || fstat(file.number(), &status) != 0)
         return Descriptor();
@@ -34,6 +37,18 @@ Descriptor open_regular_file(const std::string &path, int flags)
     return file;
 }
 
+} // namespace
+
+Descriptor open_regular_file(const std::string &path, int flags)
+{
+    return only_regular(Descriptor(open(path.c_str(), flags | NEVER_WAIT)));
+}
+
+Descriptor open_regular_file_at(int folder, const std::string &name, int flags)
+{
+    return only_regular(Descriptor(openat(folder, name.c_str(), flags | NEVER_WAIT)));
+}
+
 ssize_t read_piece(int descriptor, void *buffer, size_t size)
 {
     ssize_t length;
@@ -41,6 +56,17 @@ ssize_t read_piece(int descriptor, void *buffer, size_t size)
         length = ::read(descriptor, buffer, size);
     } while (length < 0 && errno == EINTR);
     return length;
+}
+
+bool write_whole(int descriptor, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t length = ::write(descriptor, bytes.data(), bytes.size());
+        if (length < 0 && errno != EINTR)
+            return false;
+        bytes.remove_prefix(length > 0 ? static_cast<size_t>(length) : 0);
+    }
+    return true;
 }
 
 int read_regular_file(const std::string &path, size_t limit, std::string &content,

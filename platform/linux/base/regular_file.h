@@ -11,6 +11,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include <fcntl.h>
 #include <sys/types.h>
@@ -36,8 +37,14 @@ std::optional<FileStamp> file_stamp(const std::string &path);
  */
 Descriptor open_regular_file(const std::string &path, int flags = O_RDONLY);
 
+/** The same, of a file in a folder that is open, whatever has become of the folder's path. */
+Descriptor open_regular_file_at(int folder, const std::string &name, int flags = O_RDONLY);
+
 /** read(2), begun anew when a signal interrupts it. */
 ssize_t read_piece(int descriptor, void *buffer, size_t size);
+
+/** write(2) for all of it. @return false on failure, with errno set */
+bool write_whole(int descriptor, std::string_view bytes);
 
 /**
  * Reads a regular file to its end.

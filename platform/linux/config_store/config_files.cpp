@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <vector>
 
 #include <dirent.h>
@@ -40,20 +39,6 @@ std::string text_of(int value)
     return std::to_string(value) + "\n";
 }
 
-bool write_text(int descriptor, const std::string &text)
-{
-    size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t length = ::write(descriptor, text.data() + done, text.size() - done);
-        if (length < 0 && errno == EINTR)
-            continue;
-        if (length < 0)
-            return false;
-        done += static_cast<size_t>(length);
-    }
-    return true;
-}
-
 /** The whole text of a small file; empty when it cannot be read. */
 std::string small_text(const std::string &path)
 {
@@ -66,13 +51,6 @@ bool sync_folder(const std::string &folder)
     const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     // Some file systems cannot sync a directory and say so; they have nothing to sync then.
     return directory && (fsync(directory.number()) == 0 || errno == EINVAL || errno == EROFS);
-}
-
-using Directory = std::unique_ptr<DIR, int (*)(DIR *)>;
-
-Directory open_directory(const std::string &path)
-{
-    return Directory(opendir(path.c_str()), closedir);
 }
 
 // Takes a temporary file away when the writing itself does not get to its end.
@@ -112,7 +90,7 @@ ConfigFiles::ConfigFiles(std::string state_dir, std::string runtime_dir,
         PLATFORM_LOGW("config_store", "%s cannot be read; memory keys may outlive a restart",
                       boot_id_file.c_str());
     // Where there is no key nothing needs to go, and reading makes no folder.
-    memory_is_stale_ = open_directory(path(std::string(MEMORY))) != nullptr;
+    memory_is_stale_ = DirectoryPtr(opendir(path(std::string(MEMORY)).c_str())) != nullptr;
     if (memory_is_stale_)
         note_boot();
 }
@@ -138,7 +116,7 @@ void ConfigFiles::note_boot()
     TemporaryFile next(stamp + std::string(TEMPORARY_MARK) + "0");
     const Descriptor file(
         open(next.path().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0644));
-    if (!file || !write_text(file.number(), boot_id_)) {
+    if (!file || !write_whole(file.number(), boot_id_)) {
         PLATFORM_LOGE("config_store", "%s could not be written: %s; memory keys %s",
                       next.path().c_str(), std::strerror(errno),
                       maybe_stale ? "are not used" : "may outlive a restart");
@@ -299,7 +277,7 @@ ConfigFiles::Outcome ConfigFiles::write_once(const std::string &key, int value)
     TemporaryFile guard(temporary);
     // The lock tells other processes that this file's writer is alive.
     flock(file.number(), LOCK_EX | LOCK_NB);
-    if (!write_text(file.number(), text_of(value)))
+    if (!write_whole(file.number(), text_of(value)))
         return Outcome::Failed;
     if (survives(key) && fsync(file.number()) != 0)
         return Outcome::Failed;
@@ -338,7 +316,7 @@ void ConfigFiles::remove_leftovers(const std::string &folder)
 {
     if (!folders_cleaned_.insert(folder).second)
         return;
-    const Directory directory = open_directory(folder);
+    const DirectoryPtr directory(opendir(folder.c_str()));
     while (const dirent *entry = directory ? readdir(directory.get()) : nullptr) {
         const std::string_view name = entry->d_name;
         if (name.front() != '.' || name.find(TEMPORARY_MARK) == std::string_view::npos)
@@ -362,7 +340,7 @@ std::map<std::string, int> ConfigFiles::list() const
 std::vector<std::string> ConfigFiles::children(const std::string &prefix) const
 {
     std::vector<std::string> names;
-    const Directory directory = open_directory(path(prefix));
+    const DirectoryPtr directory(opendir(path(prefix).c_str()));
     while (const dirent *entry = directory ? readdir(directory.get()) : nullptr) {
         const std::string name = prefix + entry->d_name;
         if (!is_valid_key(name))

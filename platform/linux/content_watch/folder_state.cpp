@@ -1,20 +1,16 @@
 #include "content_watch/folder_state.h"
 
 #include <functional>
-#include <memory>
 
 #include <dirent.h>
 #include <sys/stat.h>
 
+#include "base/descriptor.h"
 #include "player_rules/content_rules.h"
 
 namespace platform {
 
 namespace {
-
-struct DirectoryEnd {
-    void operator()(DIR *directory) const { closedir(directory); }
-};
 
 uint64_t digest_of(const std::string &name, const struct stat &status)
 {
@@ -27,13 +23,14 @@ uint64_t digest_of(const std::string &name, const struct stat &status)
 
 std::optional<FolderState> folder_state(const std::string &path)
 {
-    const std::unique_ptr<DIR, DirectoryEnd> directory(opendir(path.c_str()));
+    const DirectoryPtr directory(opendir(path.c_str()));
     if (!directory)
         return std::nullopt;
     FolderState state;
     while (const dirent *entry = readdir(directory.get())) {
         // A kind of file that some models play is watched on all; on others it makes no harm.
-        if (content_kind(entry->d_name, true) == ContentKind::Other && !is_subtitle(entry->d_name))
+        if (content_kind(entry->d_name, true) == ContentKind::Other &&
+            !is_subtitle(entry->d_name, true))
             continue;
         // A file that cannot be looked at is in the player's list all the same.
         struct stat status = {};

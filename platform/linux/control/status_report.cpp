@@ -70,7 +70,7 @@ Status collect_status()
 
 StorageQuestion storage_question(const Status &status, const timespec &list_made)
 {
-    const bool direct_backlight = Settings::get().store_content_type == DIRECT_BACKLIGHT;
+    const bool direct_backlight = Settings::get().direct_backlight();
     return {status.file(), direct_backlight, list_made, usb_changes(), status.passed_over};
 }
 

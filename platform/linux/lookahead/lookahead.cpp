@@ -21,7 +21,7 @@ constexpr int64_t LARGEST_ITEM_KB = int64_t{300} * 1024;
 
 std::optional<PlayedItem> next_in_folder(const std::string &path)
 {
-    const bool direct_backlight = Settings::get().store_content_type == DIRECT_BACKLIGHT;
+    const bool direct_backlight = Settings::get().direct_backlight();
     const std::optional<ContentList> list = content_list(path, direct_backlight);
     if (!list)
         return std::nullopt;

@@ -1,11 +1,11 @@
 #include "player_rules/content_rules.h"
 
 #include <algorithm>
-#include <memory>
 
 #include <dirent.h>
 
 #include "base/ascii_case.h"
+#include "base/descriptor.h"
 
 namespace platform {
 
@@ -27,10 +27,6 @@ bool ends_as(std::string_view name, std::string_view extensions)
            find_nocase(extensions, name.substr(dot)) != std::string_view::npos;
 }
 
-struct DirectoryCloser {
-    void operator()(DIR *directory) const { closedir(directory); }
-};
-
 } // namespace
 
 ContentKind content_kind(std::string_view name, bool direct_backlight)
@@ -40,14 +36,19 @@ ContentKind content_kind(std::string_view name, bool direct_backlight)
     return ends_as(name, PHOTOS) ? ContentKind::Photo : ContentKind::Other;
 }
 
-bool is_subtitle(std::string_view name)
+bool is_subtitle(std::string_view name, bool direct_backlight)
 {
-    return content_kind(name, true) == ContentKind::Other && ends_as(name, SUBTITLES);
+    return content_kind(name, direct_backlight) == ContentKind::Other && ends_as(name, SUBTITLES);
 }
 
 bool is_portrait_content(std::string_view name)
 {
     return find_nocase(name.substr(0, PORTRAIT_PREFIX.size()), PORTRAIT_PREFIX) == 0;
+}
+
+bool is_playable(std::string_view name, bool direct_backlight)
+{
+    return name.front() != '.' && content_kind(name, direct_backlight) != ContentKind::Other;
 }
 
 bool is_playable(const std::filesystem::directory_entry &file, bool direct_backlight,
@@ -57,9 +58,8 @@ bool is_playable(const std::filesystem::directory_entry &file, bool direct_backl
     const Orientations meant_for =
         is_portrait_content(name) ? Orientations::Portrait : Orientations::Landscape;
     std::error_code failure; // makes it no regular file
-    return (shown == Orientations::Both || shown == meant_for) && name.front() != '.' &&
-           content_kind(name, direct_backlight) != ContentKind::Other &&
-           file.is_regular_file(failure);
+    return (shown == Orientations::Both || shown == meant_for) &&
+           is_playable(name, direct_backlight) && file.is_regular_file(failure);
 }
 
 std::optional<ContentList> content_list(const std::string &path, bool direct_backlight)
@@ -68,8 +68,7 @@ std::optional<ContentList> content_list(const std::string &path, bool direct_bac
     if (slash == std::string::npos)
         return std::nullopt;
     const std::string name = path.substr(slash + 1);
-    const std::unique_ptr<DIR, DirectoryCloser> directory(
-        opendir(path.substr(0, slash + 1).c_str()));
+    const DirectoryPtr directory(opendir(path.substr(0, slash + 1).c_str()));
     if (!directory)
         return std::nullopt;
 

@@ -18,14 +18,11 @@ enum class ContentKind {
     Photo,
 };
 
-/** Product number 713 of the models that play one more kind of file. */
-constexpr int DIRECT_BACKLIGHT = 1;
-
-/** @param direct_backlight whether the set is of those models */
+/** @param direct_backlight whether the set is of the models that play one more kind of file */
 ContentKind content_kind(std::string_view name, bool direct_backlight);
 
 /** Whether a file of that name is looked at for a subtitle. */
-bool is_subtitle(std::string_view name);
+bool is_subtitle(std::string_view name, bool direct_backlight);
 
 /** Whether a file is for the upright panel. */
 bool is_portrait_content(std::string_view name);
@@ -34,11 +31,15 @@ bool is_portrait_content(std::string_view name);
 enum class Orientations { Landscape, Portrait, Both };
 
 /**
- * Whether a file gives the player something to show. Stricter than the player's list, which takes
- * folders and the hidden files of other systems too: with nothing else it shows nothing. Asks the
- * file system where that has not told the kind of file.
- *
- * @param direct_backlight whether the set is of the models that play one more kind of file
+ * Whether a regular file of that name gives the player something to show. Stricter than the
+ * player's list, which takes the hidden files of other systems too: with nothing else it shows
+ * nothing.
+ */
+bool is_playable(std::string_view name, bool direct_backlight);
+
+/**
+ * The same of what lies in a folder, and folders are nothing to show either. Asks the file system
+ * where that has not told the kind of file.
  */
 bool is_playable(const std::filesystem::directory_entry &file, bool direct_backlight,
                  Orientations shown);

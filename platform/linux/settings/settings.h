@@ -29,8 +29,10 @@ struct Settings {
     bool follow_sticks = false;      ///< a stick's folder "demo" goes before the built-in one
 
     // [product]
-    bool disclaimer = false;      ///< the feature that shows the disclaimer
-    int store_content_type = 0;   ///< product number 713
+    bool disclaimer = false;    ///< the feature that shows the disclaimer
+    int store_content_type = 0; ///< product number 713
+    /** Whether the set is of the models that play one more kind of file. */
+    bool direct_backlight() const { return store_content_type == 1; }
     std::string menu_orientation; ///< "ltr", "rtl", or empty: from the language
 
     // [usb]

@@ -41,7 +41,7 @@ bool is_demo(const fs::directory_entry &entry)
 
 std::vector<std::string> stick_contents(const std::vector<std::string> &mounts, Orientations shown)
 {
-    const bool direct_backlight = Settings::get().store_content_type == DIRECT_BACKLIGHT;
+    const bool direct_backlight = Settings::get().direct_backlight();
     const auto playable = [&](const fs::directory_entry &file) {
         return is_playable(file, direct_backlight, shown);
     };
