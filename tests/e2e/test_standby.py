@@ -7,6 +7,7 @@ import subprocess
 
 import pytest
 
+from harness.content import picture
 from harness.options import focus_box, open_options
 from harness.player import DEMO_MODE, PLAYBACK_STATUS
 from harness.pictures import wait_still
@@ -165,8 +166,26 @@ def open_and_close_options(screen, tv):
     wait_until(lambda: focus_box(screen) is None, "the card alone")
 
 
+def test_window_names_the_photos_when_none_can_be_shown(tv, screen, content):
+    """The card beneath says that it takes a moment, in letters at the same places."""
+    tv.start_standby()
+    one_moment = wait_text(screen)
+    bad = content / "a.jpg"
+    bad.write_bytes(b"no photo")
+    player = tv.start(folder=content, **tv.timers(10, above=2))
+    player.tolerate(r"still_picture")
+    named = wait_text(screen, one_moment)
+    assert tv.status()["passed_over"] == {str(bad): "Not a JPEG file: starts with 0x6e 0x6f"}
+    (content / "empty").touch()
+    os.replace(content / "empty", bad)
+    wait_text(screen, named)  # another reason
+    picture(content / "good", "blue")
+    os.replace(content / "good", bad)
+    screen.wait_for("blue")
+    assert tv.status()["passed_over"] == {}
+
+
 def test_card_in_the_window_turns_and_speaks_with_the_set(tv, screen, content):
-    """One that is shown once, because nobody knows yet that none of the photos is one."""
     tv.configure(panel={"rotator": "yes", "turning_time_s": "0"})
     (content / "a.jpg").write_bytes(b"no photo")
     player = tv.start(folder=content, **tv.timers(10, above=2))

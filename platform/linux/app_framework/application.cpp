@@ -32,6 +32,7 @@
 #include "settings/settings.h"
 #include "still_picture/picture_ahead.h"
 #include "system_facts/message_catalogue.h"
+#include "unplayable_files/unplayable_files.h"
 #include "usb_storage/stick_content.h"
 #include "usb_storage/usb_watch.h"
 #include "video_plane/video_plane.h"
@@ -170,6 +171,10 @@ bool Application::start_services()
         ecore_main_loop_thread_safe_call_async([](void *) { Application::get().show_card(); },
                                                nullptr);
     });
+    UnplayableFiles::get().set_listener([] {
+        ecore_main_loop_thread_safe_call_async([](void *) { Application::get().refresh_card(); },
+                                               nullptr);
+    });
     load_decoders();
     session_ = std::make_unique<SessionWatch>([this](bool active) { session_changed(active); });
     be_controlled_by(instance_->connection());
@@ -188,6 +193,7 @@ void Application::be_controlled_by(sd_bus *bus)
 void Application::stop_services()
 {
     FruitlessRounds::get().set_listener({});
+    UnplayableFiles::get().set_listener({});
     control_stop();
     content_.reset();
     usb_watch_.reset();

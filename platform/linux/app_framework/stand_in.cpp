@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "base/orientation.h"
-#include "media_player/unplayable_files.h"
 #include "panel/panel_model.h"
 #include "standby_card/standby_card.h"
+#include "unplayable_files/unplayable_files.h"
 #include "video_plane/plane_drawing.h"
 #include "video_plane/video_plane.h"
 

@@ -24,7 +24,7 @@ class StandIn {
      */
     bool show(Evas_Object *window);
 
-    /** Draws it anew where it is seen: the panel was turned, or there is another language. */
+    /** Draws it anew where it is seen: for a turned panel, another language or more such files. */
     void refresh(Evas_Object *window);
 
   private:

@@ -14,8 +14,8 @@
 
 #include "control/storage_facts.h"
 #include "media_player/player_status.h"
-#include "media_player/unplayable_files.h"
 #include "still_picture/picture_status.h"
+#include "unplayable_files/unplayable_files.h"
 #include "video_plane/video_plane.h"
 
 namespace platform {
@@ -40,7 +40,7 @@ struct Status {
 
     PlayerStatus player;
     PictureStatus picture;
-    /** Videos that could not be opened; until the storage has been asked, also those now gone. */
+    /** Files that could not be shown; until the storage has been asked, also those now gone. */
     std::vector<UnplayableFile> passed_over;
     std::optional<ContentList> list;   ///< that of the file that plays; nothing while not known
     std::optional<int> selection_word; ///< as stored: halves for landscape and portrait

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "media_player/unplayable_files.h"
 #include "player_rules/content_rules.h"
+#include "unplayable_files/unplayable_files.h"
 #include "usb_storage/usb_devices.h"
 
 namespace platform {

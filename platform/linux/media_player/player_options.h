@@ -13,9 +13,9 @@
 #include "media_player/fruitless_rounds.h"
 #include "media_player/media_system.h"
 #include "media_player/pipeline.h"
-#include "media_player/unplayable_files.h"
 #include "settings/settings.h"
 #include "subtitles/subtitle_track.h"
+#include "unplayable_files/unplayable_files.h"
 
 namespace platform {
 

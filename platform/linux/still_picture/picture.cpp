@@ -9,6 +9,7 @@
 #include "settings/settings.h"
 #include "still_picture/compose.h"
 #include "still_picture/picture_status.h"
+#include "unplayable_files/unplayable_files.h"
 
 namespace platform {
 
@@ -18,6 +19,13 @@ namespace {
 constexpr std::chrono::milliseconds FAILURE_DELAY{200};
 
 StillPicture *made_last = nullptr;
+
+/** A photo is tried each time, whatever became of it before. */
+void note_failure(const std::string &path, const char *reason)
+{
+    PLATFORM_LOGW("still picture", "%s: %s", path.c_str(), reason);
+    UnplayableFiles::get().note(path, std::nullopt, reason);
+}
 
 } // namespace
 
@@ -132,7 +140,7 @@ void StillPicture::look_after()
     }
     if (!move_on(now, Phase::failed))
         return;
-    PLATFORM_LOGW("still picture", "%s: its reading hangs", path_.c_str());
+    note_failure(path_, "its reading hangs");
     if (now == Phase::parsing)
         deliver(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED);
     else
@@ -178,8 +186,10 @@ void StillPicture::read_pixels(Time asked)
     if (!decoded_->profile.fault.empty())
         PLATFORM_LOGW("still picture", "%s: shown as sRGB, because of its colour profile: %s",
                       path_.c_str(), decoded_->profile.fault.c_str());
-    if (move_on(Phase::decoding, Phase::decoded))
-        deliver(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODED);
+    if (!move_on(Phase::decoding, Phase::decoded))
+        return;
+    UnplayableFiles::get().forget(path_);
+    deliver(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODED);
 }
 
 Size StillPicture::panel() const
@@ -193,7 +203,7 @@ void StillPicture::fail(pictrel_event_type_e type, pictrel_event_result_e result
     if (!move_on(type == PICTREL_EVENT_PARSE ? Phase::parsing : Phase::decoding, Phase::failed))
         return;
     if (!worker_.stopping())
-        PLATFORM_LOGW("still picture", "%s: %s", path_.c_str(), reason);
+        note_failure(path_, reason);
     reader_.reset(); // the reason went with it
     if (worker_.wait_until(asked + FAILURE_DELAY))
         deliver(type, result);

@@ -73,6 +73,20 @@ class ABadFile : public PictureTest {
     }
 };
 
+TEST_F(ABadFile, IsToldOfUntilItCanBeShown)
+{
+    expect_parse_fails_of("just a text");
+    EXPECT_EQ(why_unplayable(file("bad.jpg")), "Not a JPEG file: starts with 0x6a 0x75");
+    const std::string bytes = bytes_of_a_picture();
+    expect_decode_fails_of(bytes.substr(0, bytes.size() / 2));
+    EXPECT_EQ(why_unplayable(file("bad.jpg")), "Corrupt JPEG data: premature end of data segment");
+
+    store_test::write_file(file("bad.jpg"), bytes);
+    open(file("bad.jpg"));
+    ASSERT_NO_FATAL_FAILURE(decode());
+    EXPECT_EQ(why_unplayable(file("bad.jpg")), std::nullopt);
+}
+
 TEST_F(ABadFile, ThatIsMissingFailsToParse)
 {
     expect_parse_fails(file("none.jpg"));

@@ -153,6 +153,7 @@ TEST_F(AHangingDisk, FailsToParse)
 
     EXPECT_THAT(application_.events(1), ElementsAre(PARSE_FAILED));
     EXPECT_THAT(log.text(), HasSubstr("a.jpg: its reading hangs"));
+    EXPECT_EQ(why_unplayable(file("a.jpg")), "its reading hangs");
     EXPECT_LT(pictrel_decode(picture_, 0), 0);
 }
 

@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <filesystem>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,6 +17,7 @@
 #include "still_picture/jpeg_maker.h"
 #include "still_picture/picture_display.h"
 #include "store_support/scratch.h"
+#include "unplayable_files/unplayable_files.h"
 #include "video_plane/video_plane.h"
 
 namespace platform_test {
@@ -102,6 +104,16 @@ MATCHER_P(LooksLike, color, "")
         }
     }
     return true;
+}
+
+/** What the platform tells of a file that could not be shown. */
+inline std::optional<std::string> why_unplayable(const std::string &path)
+{
+    for (const platform::UnplayableFile &file : platform::UnplayableFiles::get().all()) {
+        if (file.path == path)
+            return file.why;
+    }
+    return std::nullopt;
 }
 
 class PictureTest : public testing::Test {

@@ -1,9 +1,10 @@
 /**
- * The videos that could not be opened, and why, where such are passed over. One that has failed
- * twice is not tried again until it changes. Any thread; never asks the disk.
+ * The files that could not be shown, and why: photos, and videos where such are passed over. A
+ * video that has failed twice is not tried again until it changes. Any thread; never asks the disk.
  */
 #pragma once
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -25,7 +26,7 @@ class UnplayableFiles {
     static UnplayableFiles &get();
 
     /**
-     * A file could not be opened. Of one that has not changed the first reason stays.
+     * A file could not be shown. Of one that has not changed the first reason stays.
      *
      * @param stamp nothing: the file is tried each time
      * @return false when it is no news, or the list is full
@@ -33,7 +34,7 @@ class UnplayableFiles {
     bool note(const std::string &path, const std::optional<FileStamp> &stamp,
               const std::string &why);
 
-    /** A file could be opened. */
+    /** A file could be shown. */
     void forget(const std::string &path);
 
     /** Why a file is not worth trying; nothing: it is, or it has changed since. */
@@ -41,6 +42,12 @@ class UnplayableFiles {
 
     /** All of them, by path. */
     std::vector<UnplayableFile> all() const;
+
+    /**
+     * Has somebody told of each news. The call comes from the thread that brings it; it must not
+     * call this object. One listener at a time; an empty one ends it.
+     */
+    void set_listener(std::function<void()> listener);
 
   private:
     struct Entry {
@@ -52,6 +59,7 @@ class UnplayableFiles {
     mutable std::mutex mutex_; ///< guards what follows
     std::map<std::string, Entry> files_;
     bool fullness_logged_ = false;
+    std::function<void()> listener_;
 };
 
 } // namespace platform

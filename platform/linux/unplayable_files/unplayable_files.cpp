@@ -1,4 +1,4 @@
-#include "media_player/unplayable_files.h"
+#include "unplayable_files/unplayable_files.h"
 
 #include <utility>
 
@@ -26,7 +26,7 @@ bool UnplayableFiles::note(const std::string &path, const std::optional<FileStam
     if (files_.size() >= MOST_FILES && files_.count(path) == 0) {
         if (!std::exchange(fullness_logged_, true))
             PLATFORM_LOGW("player",
-                          "more than %zu videos cannot be opened; the others are passed "
+                          "more than %zu files cannot be shown; the others are passed "
                           "over without a word",
                           MOST_FILES);
         return false;
@@ -38,8 +38,16 @@ bool UnplayableFiles::note(const std::string &path, const std::optional<FileStam
     if (news) {
         entry.stamp = stamp;
         entry.why = why;
+        if (listener_)
+            listener_();
     }
     return news;
+}
+
+void UnplayableFiles::set_listener(std::function<void()> listener)
+{
+    const std::lock_guard<std::mutex> lock(mutex_);
+    listener_ = std::move(listener);
 }
 
 void UnplayableFiles::forget(const std::string &path)

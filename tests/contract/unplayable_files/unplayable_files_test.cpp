@@ -1,8 +1,8 @@
-// Which videos are passed over without being tried.
+// Which files could not be shown, and which of them are passed over without being tried.
 
 #include <gmock/gmock.h>
 
-#include "media_player/unplayable_files.h"
+#include "unplayable_files/unplayable_files.h"
 
 namespace {
 
@@ -64,6 +64,23 @@ TEST(UnplayableFilesTest, TheSameIsNewsOnce)
     EXPECT_TRUE(files.note("/a.mp4", ANOTHER, "it may not be read"));
 }
 
+TEST(UnplayableFilesTest, NewsIsToldAsLongAsSomebodyListens)
+{
+    UnplayableFiles files;
+    int told = 0;
+    files.set_listener([&told] { ++told; });
+
+    for (int time = 0; time < 2; ++time)
+        files.note("/a.jpg", std::nullopt, "it is empty");
+    EXPECT_EQ(told, 1);
+    files.note("/b.jpg", std::nullopt, "it is empty");
+    EXPECT_EQ(told, 2);
+
+    files.set_listener({});
+    files.note("/c.jpg", std::nullopt, "it is empty");
+    EXPECT_EQ(told, 2);
+}
+
 TEST(UnplayableFilesTest, AFileThatFailsAgainInOtherWordsIsNoNews)
 {
     UnplayableFiles files;
@@ -95,7 +112,7 @@ TEST(UnplayableFilesTest, TheyAreNotKeptWithoutEndAndTheRestIsToldOfOnce)
         EXPECT_FALSE(files.note("/" + std::to_string(number), ONE, "rubbish"));
 
     const std::string log = testing::internal::GetCapturedStderr();
-    EXPECT_THAT(log, HasSubstr("more than 4096 videos cannot be opened"));
+    EXPECT_THAT(log, HasSubstr("more than 4096 files cannot be shown"));
     EXPECT_EQ(log.find("more than"), log.rfind("more than")) << log;
     EXPECT_EQ(files.all().size(), 4096u);
     EXPECT_TRUE(files.note("/0", ANOTHER, "still rubbish")) << "it is listed";
