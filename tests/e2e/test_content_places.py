@@ -152,7 +152,11 @@ def test_stick_plays_while_it_is_plugged_in(tv, screen, content, tmp_path, shelf
         os.rename(stick, pocket)
         tv.tvctl("usb", "add", str(content))  # another stick; whatever comes or goes, all are looked at
         wait_until(lambda: screen.shown() == "red", "the built-in content")
-        assert [life.wait_end() for life in service.lives[:2]] == [0, 0]
+        tv.tvctl("usb", "add", str(pocket))
+        wait_until(lambda: screen.shown() == "green", "the content of one that was added by hand")
+        tv.tvctl("usb", "remove", str(pocket))
+        wait_until(lambda: screen.shown() == "red", "the built-in content once more")
+        assert [life.wait_end() for life in service.lives[:4]] == [0] * 4
 
 
 def test_changed_folder_is_taken_up_between_two_rounds(tv, screen, content, shelf):

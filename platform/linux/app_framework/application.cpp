@@ -34,6 +34,7 @@
 #include "system_facts/message_catalogue.h"
 #include "unplayable_files/unplayable_files.h"
 #include "usb_storage/stick_content.h"
+#include "usb_storage/usb_devices.h"
 #include "usb_storage/usb_watch.h"
 #include "video_plane/video_plane.h"
 #include "window/tv_window.h"
@@ -135,6 +136,7 @@ bool Application::start_services()
 {
     bind_message_catalogue();
     PictureAhead::get().join_lookahead();
+    usb_keep_added_in(Settings::get().runtime_dir + "/added_sticks");
     usb_watch_ = UsbWatch::create();
     write_factory_defaults();
     announce_device_events();

@@ -1,7 +1,8 @@
-/** Paths as texts of any bytes. Any thread. */
+/** Paths as texts of any bytes, and lists of such in files. Any thread. */
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace platform {
 
@@ -10,5 +11,11 @@ std::string without_last_slashes(std::string path);
 
 /** What stands behind the last slash; the whole path when there is none. */
 std::string last_part(const std::string &path);
+
+/** A list that write_paths() has left; empty where there is none. */
+std::vector<std::string> read_paths(const std::string &file);
+
+/** Replaces the file, whatever lies there. @return false on failure */
+bool write_paths(const std::string &file, const std::vector<std::string> &paths);
 
 } // namespace platform

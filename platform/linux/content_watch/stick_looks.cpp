@@ -2,13 +2,11 @@
 
 #include <algorithm>
 #include <condition_variable>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <mutex>
 #include <utility>
 
-#include "base/regular_file.h"
+#include "base/paths.h"
 #include "base/worker_thread.h"
 #include "log/platform_log.h"
 
@@ -20,35 +18,10 @@ using Clock = std::chrono::steady_clock;
 using Mounts = std::vector<std::string>;
 
 constexpr char SERVICE[] = "content_watch";
-constexpr size_t LONGEST_FILE = 65536;
 
 bool contains(const Mounts &mounts, const std::string &mount)
 {
     return std::find(mounts.begin(), mounts.end(), mount) != mounts.end();
-}
-
-/** Paths, each ended by the one byte that none has. */
-Mounts read_mounts(const std::string &file)
-{
-    Mounts mounts;
-    std::string text;
-    if (read_regular_file(file, LONGEST_FILE, text) != 0)
-        return mounts;
-    size_t begin = 0;
-    for (size_t end = 0; (end = text.find('\0', begin)) != std::string::npos; begin = end + 1)
-        mounts.push_back(text.substr(begin, end - begin));
-    return mounts;
-}
-
-bool write_mounts(const std::string &file, const Mounts &mounts)
-{
-    std::error_code failure;                // is seen when the file is opened
-    std::filesystem::remove(file, failure); // it may be a pipe, which would be waited for
-    std::ofstream out(file);
-    for (const std::string &mount : mounts)
-        out << mount << '\0';
-    out.flush();
-    return out.good();
 }
 
 } // namespace
@@ -121,7 +94,7 @@ void StickLooks::Core::take_locked(const std::string &mount, bool slow)
             return;
         if (slow) {
             slow_mounts.push_back(mount);
-            if (!write_mounts(environment.slow_file, slow_mounts)) {
+            if (!write_paths(environment.slow_file, slow_mounts)) {
                 PLATFORM_LOGW(SERVICE, "%s cannot be written; the slow stick %s is not played",
                               environment.slow_file.c_str(), mount.c_str());
                 return;
@@ -143,7 +116,7 @@ void StickLooks::Core::set_mounts_locked(const Mounts &present)
         return;
     slow_mounts.erase(gone, slow_mounts.end());
     // What stays in the file costs a stick its new start, and no more.
-    write_mounts(environment.slow_file, slow_mounts);
+    write_paths(environment.slow_file, slow_mounts);
 }
 
 /** Whether no stick that has not answered could still be the one that plays. */
@@ -172,7 +145,7 @@ void StickLooks::close()
 std::string StickLooks::begin(const std::vector<std::string> &mounts)
 {
     std::unique_lock<std::mutex> lock(core_->mutex);
-    core_->slow_mounts = read_mounts(core_->environment.slow_file);
+    core_->slow_mounts = read_paths(core_->environment.slow_file);
     core_->set_mounts_locked(mounts);
     lock.unlock();
     on_change(mounts);

@@ -22,6 +22,20 @@ UsbChanges &manual_changes()
     return changes;
 }
 
+std::string &file_of_added()
+{
+    static std::string file;
+    return file;
+}
+
+void keep_added()
+{
+    const std::string &file = file_of_added();
+    if (!file.empty() && !write_paths(file, manual_changes().added))
+        PLATFORM_LOGW("usb_storage", "%s cannot be written; what was added lasts until the end",
+                      file.c_str());
+}
+
 std::function<void()> &change_listener()
 {
     static std::function<void()> listener;
@@ -104,6 +118,12 @@ void usb_tell_change()
         change_listener()();
 }
 
+void usb_keep_added_in(const std::string &file)
+{
+    file_of_added() = file;
+    manual_changes().added = read_paths(file);
+}
+
 bool usb_add(const std::string &path)
 {
     const std::string place = without_last_slashes(path);
@@ -113,6 +133,7 @@ bool usb_add(const std::string &path)
     removed.erase(std::remove(removed.begin(), removed.end(), place), removed.end());
     if (!contains(usb_mount_paths(manual_changes()).value_or(std::vector<std::string>()), place))
         manual_changes().added.push_back(place);
+    keep_added();
     PLATFORM_LOGI("usb_storage", "%s was added", place.c_str());
     usb_tell_change();
     return true;
@@ -130,6 +151,7 @@ bool usb_remove(const std::string &path)
     added.erase(std::remove(added.begin(), added.end(), place), added.end());
     if (listed && !was_added)
         manual_changes().removed.push_back(place);
+    keep_added();
     // Whoever pulls it may want to unmount it next.
     Lookahead::get().drop();
     PLATFORM_LOGI("usb_storage", "%s was removed", place.c_str());

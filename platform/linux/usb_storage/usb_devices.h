@@ -48,6 +48,14 @@ void usb_set_listener(std::function<void()> listener);
 void usb_tell_change();
 
 /**
+ * Has the list of what is added by hand outlive the program: begins it with what a file holds, and
+ * keeps it there.
+ *
+ * @param file for the life of the machine
+ */
+void usb_keep_added_in(const std::string &file);
+
+/**
  * Treats a folder as a stick that was plugged in.
  *
  * @param path absolute

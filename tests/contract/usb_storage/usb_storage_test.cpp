@@ -114,6 +114,30 @@ TEST_F(UsbStorage, StickAddedByHandComesLastUntilItIsRemoved)
     EXPECT_FALSE(platform::usb_remove(stick("new")));
 }
 
+TEST_F(UsbStorage, StickAddedByHandIsKnownToTheNextLifeOfTheProgramUntilItIsRemoved)
+{
+    const std::string file = *scratch_ / "added";
+    const auto next_life = [&] {
+        platform::usb_keep_added_in(file);
+        return listed();
+    };
+    EXPECT_THAT(next_life(), ElementsAre(stick("z"), stick("a")));
+    const std::string odd = stick("new\n\xff");
+    fs::create_directory(odd);
+    EXPECT_TRUE(platform::usb_add(stick("new")));
+    EXPECT_TRUE(platform::usb_add(odd));
+    EXPECT_THAT(next_life(), ElementsAre(stick("z"), stick("a"), stick("new"), odd));
+    EXPECT_TRUE(platform::usb_remove(odd));
+    EXPECT_TRUE(platform::usb_remove(stick("new")));
+    EXPECT_THAT(next_life(), ElementsAre(stick("z"), stick("a")));
+
+    const store_test::CapturedLog log;
+    platform::usb_keep_added_in("/nowhere/added");
+    EXPECT_TRUE(platform::usb_add(stick("new")));
+    EXPECT_THAT(log.text(), HasSubstr("/nowhere/added cannot be written"));
+    EXPECT_THAT(next_life(), ElementsAre(stick("z"), stick("a")));
+}
+
 TEST_F(UsbStorage, ConfiguredStickCanBePulledAndPutBack)
 {
     EXPECT_TRUE(platform::usb_remove(stick("z")));
