@@ -155,7 +155,7 @@ def test_window_names_the_files_when_none_can_be_played(tv, screen, content, she
     wait_until(lambda: shows(screen, named), "the card as before")
     with Recorder(lambda: seen(screen)) as recorder:
         os.replace(content / "good", content / "red.mp4")
-        wait_until(lambda: recorder.names()[-1:] == ["blue"], "the film that can be played")
+        wait_until(lambda: recorder.names()[-1:] == ["blue"], "the film")
     assert recorder.names() == ["card", "blue"]
 
 
