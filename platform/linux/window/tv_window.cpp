@@ -361,8 +361,7 @@ void TvWindow::shown()
     hide_timer_.reset();
     evas_object_show(outer_.get());
     // A window that is shown again has lost its picture, though nothing in it changed.
-    const Size size = {PanelModel::get().width(), PanelModel::get().height()};
-    evas_damage_rectangle_add(evas_object_evas_get(outer_.get()), 0, 0, size.width, size.height);
+    damage_all();
     ecore_evas_focus_set(inner_canvas_, EINA_TRUE);
     if (mapping_->held()) {
         look_timer_.reset(ecore_timer_add(LOOK_S, on_timer<&TvWindow::look>, this));
@@ -375,12 +374,24 @@ void TvWindow::shown()
                                                 ecore_wl2_window_surface_get(window));
 }
 
+void TvWindow::damage_all()
+{
+    const Size size = {PanelModel::get().width(), PanelModel::get().height()};
+    evas_damage_rectangle_add(evas_object_evas_get(outer_.get()), 0, 0, size.width, size.height);
+}
+
 void TvWindow::reveal()
 {
     look_timer_.reset();
     reveal_timer_.reset();
-    if (mapping_->held())
-        mapping_->show();
+    if (!mapping_->held() || mapping_->show())
+        return;
+    if (!inner_ || !evas_object_visible_get(inner_) || awaiting_frame_)
+        return;
+    // What was drawn is of another size. The toolkit draws again when the compositor asks for a
+    // frame, which it never does for a window that it does not have.
+    damage_all();
+    ecore_evas_manual_render(outer_canvas_);
 }
 
 /** For something to see in the window, for which no frame was asked for since the first one. */

@@ -95,6 +95,7 @@ class TvWindow {
     void fit_frame(Size content);
     void fit();
     void shown();
+    void damage_all();
     void look();
     void give_up_waiting();
     void hidden();

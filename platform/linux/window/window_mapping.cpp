@@ -55,16 +55,17 @@ bool WindowMapping::takes(const Ecore_Wl2_Window *window, void *buffer)
 }
 
 // Committed at once, and not with a frame of the toolkit's, which has nothing new to draw.
-void WindowMapping::show()
+bool WindowMapping::show()
 {
     held_ = false;
     if (!buffer_ || !window_)
-        return;
+        return false;
     attach(window_, std::exchange(buffer_, nullptr), 0, 0, EINA_FALSE);
     wl_surface *surface = ecore_wl2_window_surface_get(window_);
     wl_surface_damage(surface, 0, 0, INT32_MAX, INT32_MAX);
     wl_surface_commit(surface);
     ecore_wl2_display_flush(ecore_wl2_window_display_get(window_));
+    return true;
 }
 
 void WindowMapping::stay(std::function<void()> gone)

@@ -32,8 +32,12 @@ class WindowMapping {
     /** Whether the window is kept off the screen. */
     bool held() const { return held_; }
 
-    /** Shows the window as it was drawn last; from its first frame on when there was none yet. */
-    void show();
+    /**
+     * Shows the window as it was drawn last, or from its next frame on.
+     *
+     * @return false when nothing was drawn that could be shown
+     */
+    bool show();
 
     /** What was drawn is good for nothing any more: the window has another size, or was hidden. */
     void forget() { buffer_ = nullptr; }

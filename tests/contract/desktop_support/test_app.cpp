@@ -5,6 +5,7 @@
 //   | keyboard (answered as soon as the window has it)
 //   | only X Y WIDTH HEIGHT (leaves nothing but the square, there)
 //   | redraw (a corner of the real window, nothing of its content; answered with "redrawn")
+//   | reveal-resized (the real window, as when a picture comes right after a change of its size)
 // Environment: TEST_NOTHING_SEEN leaves square and button out of the window; TEST_CREATE_FAILS,
 // TEST_QUIT_IN_CREATE, TEST_QUIT_IN_CONTROL; TEST_POWER_OFF_ONLY subscribes to no other power
 // event; TEST_SLOW_CREATE and TEST_SLOW_TERMINATE wait for a line on the standard input.
@@ -293,6 +294,9 @@ void obey(const std::string &command)
         leave_only(command.c_str() + 5);
     } else if (command == "redraw") {
         redraw();
+    } else if (command == "reveal-resized") {
+        evas_object_resize(platform::TvWindow::current()->outer(), 600, 360);
+        platform::TvWindow::current()->reveal();
     } else if (command.compare(0, 6, "press ") == 0) {
         platform::inject_key(command.substr(6));
     }

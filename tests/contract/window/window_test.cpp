@@ -175,6 +175,16 @@ INSTANTIATE_TEST_SUITE_P(Angles, TurnedWindowTest, testing::ValuesIn(TURNS), [](
 
 using WindowTest = DesktopTest;
 
+/** Whether, by its trace, an application gave the compositor a picture of its window. */
+bool gave_a_picture(const std::string &trace)
+{
+    std::smatch window;
+    const bool made =
+        std::regex_search(trace, window, std::regex("get_xdg_surface.*, (wl_surface@\\d+)"));
+    EXPECT_TRUE(made) << trace;
+    return made && trace.find(window[1].str() + ".attach(wl_buffer") != std::string::npos;
+}
+
 TEST_F(WindowTest, IsPreparedOnceAtThePanelsSizeBeforeItIsShown)
 {
     auto app = start();
@@ -214,17 +224,40 @@ TEST_F(WindowTest, IsDrawnButStaysOffTheScreenUntilThereIsSomethingToSee)
     }
     app->say("sync");
     EXPECT_TRUE(app->hears("done sync"));
-    std::smatch window;
-    const std::string before = app->errors();
-    ASSERT_TRUE(
-        std::regex_search(before, window, std::regex("get_xdg_surface.*, (wl_surface@\\d+)")))
-        << before;
-    EXPECT_THAT(before, Not(HasSubstr(window[1].str() + ".attach")));
+    EXPECT_FALSE(gave_a_picture(app->errors()));
 
     const platform::Rect place = {20, 10, 100, 60};
     show_only(*app, place);
     EXPECT_TRUE(wait_until([&] { return Screen::get().lit_part() == place; }));
     EXPECT_EQ(quit(*app), 0);
+}
+
+// The frame that was held back has another size than the window then.
+TEST_F(WindowTest, ThatHasAnotherSizeSinceItsLastFrameComesOntoTheScreenAllTheSame)
+{
+    auto app = start({}, {{"TEST_NOTHING_SEEN", "1"}});
+    EXPECT_TRUE(app->hears("visibility 1"));
+    app->say("reveal-resized");
+    EXPECT_TRUE(app->hears("done reveal-resized"));
+
+    const platform::Rect place = {20, 10, 100, 60};
+    show_only(*app, place);
+    EXPECT_TRUE(wait_until([&] { return Screen::get().lit_part() == place; }));
+    EXPECT_EQ(quit(*app), 0);
+}
+
+// As when a film's first picture comes while the application ends.
+TEST_F(WindowTest, ThatIsHiddenBeforeItCameOntoTheScreenStaysOffIt)
+{
+    for (const char *end : {"hide", "delete"}) {
+        auto app = start({}, {{"TEST_NOTHING_SEEN", "1"}, {"WAYLAND_DEBUG", "client"}});
+        EXPECT_TRUE(app->hears("visibility 1"));
+        app->say(end);
+        app->say("reveal-resized");
+        EXPECT_EQ(end == std::string("hide") ? quit(*app) : app->finish(), 0);
+        EXPECT_FALSE(gave_a_picture(app->errors()));
+        EXPECT_THAT(app->errors(), Not(HasSubstr("ERR<")));
+    }
 }
 
 // Over a film each pixel that is given over costs the compositor time, and the application before
