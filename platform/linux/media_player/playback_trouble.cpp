@@ -255,7 +255,8 @@ bool Playback::pass_over(int error_code, const std::string &why)
     if (verdict.give_up)
         return false;
     pass_over_time_ = verdict.pause;
-    if (options.unplayable_files->note(name_, its_own_fault ? stamp_ : std::nullopt, why))
+    if (options.unplayable_files->note(name_, its_own_fault ? stamp_ : std::nullopt, why,
+                                       timed_out_))
         PLATFORM_LOGW("player", "%s cannot be played: %s; it is passed over", name_.c_str(),
                       why.c_str());
     phase_ = Phase::PassedOver;

@@ -1,5 +1,6 @@
 #include "unplayable_files/unplayable_files.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "log/platform_log.h"
@@ -9,6 +10,13 @@ namespace {
 
 /** More of them are tried each time, and told of as a whole. */
 constexpr size_t MOST_FILES = 4096;
+
+/**
+ * When a file whose picture did not come in time is tried again. Each try holds up the show for as
+ * long as a picture may take.
+ */
+constexpr auto FIRST_PAUSE = std::chrono::minutes(5);
+constexpr auto LONGEST_PAUSE = std::chrono::minutes(60);
 
 } // namespace
 
@@ -20,7 +28,7 @@ UnplayableFiles &UnplayableFiles::get()
 }
 
 bool UnplayableFiles::note(const std::string &path, const std::optional<FileStamp> &stamp,
-                           const std::string &why)
+                           const std::string &why, bool timed_out, Clock::time_point now)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (files_.size() >= MOST_FILES && files_.count(path) == 0) {
@@ -32,16 +40,24 @@ bool UnplayableFiles::note(const std::string &path, const std::optional<FileStam
         return false;
     }
     Entry &entry = files_[path];
+    if (entry.hopeless(stamp, now))
+        return false;
     // The same damage is told in other words now and then.
-    const bool news = entry.stamp != stamp || (!stamp && entry.why != why);
-    entry.failed_twice = !news;
-    if (news) {
-        entry.stamp = stamp;
-        entry.why = why;
+    if (entry.stamp != stamp || (!stamp && entry.why != why)) {
+        entry = {stamp, why};
         if (listener_)
             listener_();
+        return true;
     }
-    return news;
+    entry.failed_twice = true;
+    entry.next_try = Clock::time_point::max();
+    if (timed_out && stamp) {
+        entry.pause = std::clamp(2 * entry.pause, FIRST_PAUSE, LONGEST_PAUSE);
+        entry.next_try = now + entry.pause;
+        PLATFORM_LOGW("player", "%s is slow again; it is tried anew in %d min", path.c_str(),
+                      static_cast<int>(entry.pause.count()));
+    }
+    return false;
 }
 
 void UnplayableFiles::set_listener(std::function<void()> listener)
@@ -56,12 +72,12 @@ void UnplayableFiles::forget(const std::string &path)
     files_.erase(path);
 }
 
-std::optional<std::string> UnplayableFiles::why(const std::string &path,
-                                                const FileStamp &stamp) const
+std::optional<std::string> UnplayableFiles::why(const std::string &path, const FileStamp &stamp,
+                                                Clock::time_point now) const
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     const auto found = files_.find(path);
-    if (found == files_.end() || !found->second.failed_twice || found->second.stamp != stamp)
+    if (found == files_.end() || !found->second.hopeless(stamp, now))
         return std::nullopt;
     return found->second.why;
 }

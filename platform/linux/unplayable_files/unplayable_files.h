@@ -1,9 +1,12 @@
 /**
  * The files that could not be shown, and why: photos, and videos where such are passed over. A
- * video that has failed twice is not tried again until it changes. Any thread; never asks the disk.
+ * video that has failed twice is not tried again until it changes; one whose picture did not come in
+ * time, for which a disk that hung may be to blame, is tried again from time to time as well. Any
+ * thread; never asks the disk.
  */
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -22,23 +25,28 @@ struct UnplayableFile {
 
 class UnplayableFiles {
   public:
+    using Clock = std::chrono::steady_clock;
+
     /** The list of this process. */
     static UnplayableFiles &get();
 
     /**
-     * A file could not be shown. Of one that has not changed the first reason stays.
+     * A file could not be shown, or was not tried. Of one that has not changed the first reason
+     * stays.
      *
-     * @param stamp nothing: the file is tried each time
+     * @param stamp     nothing: the file is tried each time
+     * @param timed_out its picture did not come in time
      * @return false when it is no news, or the list is full
      */
     bool note(const std::string &path, const std::optional<FileStamp> &stamp,
-              const std::string &why);
+              const std::string &why, bool timed_out = false, Clock::time_point now = Clock::now());
 
     /** A file could be shown. */
     void forget(const std::string &path);
 
     /** Why a file is not worth trying; nothing: it is, or it has changed since. */
-    std::optional<std::string> why(const std::string &path, const FileStamp &stamp) const;
+    std::optional<std::string> why(const std::string &path, const FileStamp &stamp,
+                                   Clock::time_point now = Clock::now()) const;
 
     /** All of them, by path. */
     std::vector<UnplayableFile> all() const;
@@ -53,7 +61,14 @@ class UnplayableFiles {
     struct Entry {
         std::optional<FileStamp> stamp;
         std::string why;
-        bool failed_twice = false; ///< with this stamp
+        bool failed_twice = false;     ///< with this stamp
+        std::chrono::minutes pause{0}; ///< before the next try, where there is to be one
+        Clock::time_point next_try = Clock::time_point::max();
+
+        bool hopeless(const std::optional<FileStamp> &now_stamped, Clock::time_point now) const
+        {
+            return failed_twice && stamp && stamp == now_stamped && now < next_try;
+        }
     };
 
     mutable std::mutex mutex_; ///< guards what follows

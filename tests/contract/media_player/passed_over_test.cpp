@@ -90,6 +90,14 @@ class PassedOver : public PlayerTest {
         return prepared(file);
     }
 
+    /** Whether a file that has not changed would be passed over untried. */
+    bool is_known(const std::string &file, std::chrono::hours from_now = {}) const
+    {
+        return unplayable_
+            .why(file, *platform::file_stamp(file), std::chrono::steady_clock::now() + from_now)
+            .has_value();
+    }
+
     platform::UnplayableFiles unplayable_;
     platform::FruitlessRounds rounds_;
     std::atomic<int> openings_{0};
@@ -139,6 +147,7 @@ TEST_F(PassedOver, IsOpenedTwiceAndThenNotUntilItChanges)
     }
     const std::string log = testing::internal::GetCapturedStderr();
     EXPECT_EQ(log.find("cannot be played"), log.rfind("cannot be played")) << log;
+    EXPECT_TRUE(is_known(path("bad.mp4"), std::chrono::hours(24)));
 
     player_->unprepare();
     std::filesystem::rename(clip("good.mp4"), path("bad.mp4"));
@@ -198,6 +207,8 @@ TEST_F(PassedOver, ThatNeverComesIsTriedTwiceAndThenAnErrorWhereNothingElsePlays
 
     EXPECT_THAT(outcome(file), ElementsAre("prepared", "completed"));
     EXPECT_TRUE(ready(file));
+    EXPECT_TRUE(is_known(file));
+    EXPECT_FALSE(is_known(file, std::chrono::hours(24))) << "the disk may have hung";
     player_->unprepare();
     EXPECT_EQ(prepare(file), PLAYER_ERROR_NONE);
 

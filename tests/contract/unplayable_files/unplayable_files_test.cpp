@@ -6,6 +6,7 @@
 
 namespace {
 
+using namespace std::chrono_literals;
 using platform::UnplayableFiles;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -38,6 +39,27 @@ TEST(UnplayableFilesTest, AFileThatHasChangedHasTwoTriesAgain)
 
     files.note("/a.mp4", ANOTHER, "rubbish");
     EXPECT_TRUE(files.why("/a.mp4", ANOTHER));
+}
+
+TEST(UnplayableFilesTest, AFileThatIsTooSlowIsTriedAgainMoreAndMoreRarely)
+{
+    constexpr bool TIMED_OUT = true;
+    UnplayableFiles files;
+    UnplayableFiles::Clock::time_point now;
+    files.note("/a.mp4", ONE, "its first frame does not come", TIMED_OUT, now);
+    EXPECT_FALSE(files.why("/a.mp4", ONE, now));
+
+    for (const auto &pause : {5min, 10min, 20min, 40min, 60min, 60min}) {
+        files.note("/a.mp4", ONE, "its first frame does not come", TIMED_OUT, now);
+        now += pause - 1s;
+        EXPECT_TRUE(files.why("/a.mp4", ONE, now)) << pause.count();
+        files.note("/a.mp4", ONE, "its first frame does not come", !TIMED_OUT, now);
+        now += 1s;
+        EXPECT_FALSE(files.why("/a.mp4", ONE, now)) << pause.count();
+    }
+
+    files.note("/a.mp4", ONE, "it has no picture", !TIMED_OUT, now);
+    EXPECT_TRUE(files.why("/a.mp4", ONE, now + 24h)) << "the disk has answered";
 }
 
 TEST(UnplayableFilesTest, AFileWithoutAStampIsToldOfAndTriedEachTime)
