@@ -310,9 +310,16 @@ std::string Pipeline::demuxer() const
     return demuxer_;
 }
 
+bool Pipeline::has_one_picture() const
+{
+    const std::lock_guard<std::mutex> lock(facts_mutex_);
+    return end_coded_ && longest_stretch_ == 1;
+}
+
+// A reader that stands at its only picture finds nothing on its way back to it.
 bool Pipeline::goes_in_rounds() const
 {
-    return is_one_of(demuxer(), READERS_WITH_ROUNDS);
+    return is_one_of(demuxer(), READERS_WITH_ROUNDS) && (!has_one_picture() || has_sound());
 }
 
 bool Pipeline::plays_backwards() const
@@ -355,12 +362,22 @@ void Pipeline::note_coded_frame(GstBuffer *frame)
 {
     const std::lock_guard<std::mutex> lock(facts_mutex_);
     coded_frames_++;
+    longest_stretch_ = std::max(longest_stretch_, ++stretch_);
     if (!GST_BUFFER_FLAG_IS_SET(frame, GST_BUFFER_FLAG_DELTA_UNIT)) {
         key_frames_++;
         frames_since_key_ = 0;
     }
     if (frames_since_key_ >= 0)
         longest_key_distance_ = std::max(longest_key_distance_, ++frames_since_key_);
+}
+
+void Pipeline::note_coded_event(GstEventType type)
+{
+    const std::lock_guard<std::mutex> lock(facts_mutex_);
+    if (type == GST_EVENT_SEGMENT)
+        stretch_ = 0;
+    else if (type == GST_EVENT_SEGMENT_DONE)
+        end_coded_ = true;
 }
 
 GstPadProbeReturn Pipeline::on_coded_frame(GstPad *, GstPadProbeInfo *info, gpointer self)
@@ -390,8 +407,9 @@ GstPadProbeReturn Pipeline::on_decoded_event(GstPad *pad, GstPadProbeInfo *info,
 
 GstPadProbeReturn Pipeline::on_coded_event(GstPad *pad, GstPadProbeInfo *info, gpointer self)
 {
-    const auto *pipeline = static_cast<Pipeline *>(self);
+    auto *pipeline = static_cast<Pipeline *>(self);
     pipeline->output_->colour_tags().on_coded_event(pad, info, pipeline->demuxer());
+    pipeline->note_coded_event(GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)));
     return GST_PAD_PROBE_OK;
 }
 

@@ -107,7 +107,7 @@ class Pipeline {
     bool has_picture() const;
     bool has_sound() const;
 
-    /** Whether a stretch can be sought in rounds. */
+    /** Whether a stretch can be sought in rounds, as far as is known. */
     bool goes_in_rounds() const;
 
     /** Whether the file is a photo, which decodes like a video of one frame. */
@@ -148,7 +148,9 @@ class Pipeline {
     static bool is_at_work(const PadPtr &entry);
     void on_nothing_to_read_it(GstMessage *message) const;
     std::string demuxer() const;
+    bool has_one_picture() const;
     void note_coded_frame(GstBuffer *frame);
+    void note_coded_event(GstEventType type);
     bool is_stale(GstMessage *message) const;
     bool send_seek(double rate, int flags, gint64 start, GstSeekType stop_type, gint64 stop);
     bool ask(std::function<bool(GstElement *)> question, bool at_once = true);
@@ -167,6 +169,9 @@ class Pipeline {
     int longest_key_distance_ = 0; ///< frames
     int key_frames_ = 0;
     uint64_t coded_frames_ = 0;
+    int stretch_ = 0;                   ///< coded frames since the last segment began
+    int longest_stretch_ = 0;           ///< the most of them so far
+    bool end_coded_ = false;            ///< the decoder has heard of a round's end
     std::vector<PadPtr> picture_steps_; ///< where parsers and decoders take the picture in
     PadPtr sound_step_;                 ///< the same for the last step of the sound
     std::deque<guint32> seeks_;         ///< numbers of the last seeks, the newest in front

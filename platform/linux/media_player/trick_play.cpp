@@ -38,7 +38,7 @@ bool TrickPlay::seek_to(double rate, GstClockTime position, bool in_rounds)
 
 bool TrickPlay::next_round()
 {
-    return in_rounds_ && pipeline_.next_round(rate_);
+    return in_rounds_ && pipeline_.goes_in_rounds() && pipeline_.next_round(rate_);
 }
 
 void TrickPlay::start_stepping(GstClockTime position, bool running, Time now)

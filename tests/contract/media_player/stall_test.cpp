@@ -381,6 +381,30 @@ INSTANTIATE_TEST_SUITE_P(
         return name.substr(0, name.find('.'));
     });
 
+/** Of one picture, which some readers do not find again as long as they stand at it. */
+class FilmOfOnePicture : public StallTest, public testing::WithParamInterface<const char *> {};
+
+TEST_P(FilmOfOnePicture, GoesRoundAndDoesNotStall)
+{
+    const std::string file = path(GetParam());
+    run_ffmpeg("-f lavfi -i testsrc2=size=64x32:rate=5:duration=0.2 " + file);
+    ASSERT_EQ(prepare(file), PLAYER_ERROR_NONE);
+    player_->set_looping(true);
+    ASSERT_TRUE(wait_for_event("prepared"));
+    ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(wait_for([this] { return shown() > 3 || stalls() > 0; }));
+
+    EXPECT_EQ(stalls(), 0u);
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEachReader, FilmOfOnePicture,
+                         testing::Values("slide.mkv", "slide.flv", "slide.mp4"),
+                         [](const auto &film) {
+                             return std::string(film.param).substr(sizeof "slide." - 1);
+                         });
+
 // The reader asks for the next round as soon as it has read one, and holds the last picture then
 // until there is room for it behind slides that are still to be shown.
 TEST_F(StallTest, AFilmOfSlowSlidesThatGoesRoundDoesNotStall)
