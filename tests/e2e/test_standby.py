@@ -12,6 +12,7 @@ from harness.options import focus_box, open_options
 from harness.player import DEMO_MODE, PLAYBACK_STATUS
 from harness.pictures import wait_still
 from harness.screen import Recorder
+from harness.service import Service
 from harness.waiting import DEADLINE_S, wait_until
 
 GROUND = {"card": (22, 38, 66)}
@@ -207,3 +208,25 @@ def test_window_says_that_it_waits_for_a_disk(tv, screen, content, shelf):
     wait_seen(screen, "card")
     tv.break_storage()
     screen.wait_for("red")
+
+def test_films_that_vanish_leave_the_card_and_play_when_they_are_back(tv, screen, content, shelf):
+    """The player ends, since nothing can be played; one that is started later finds them."""
+    away = content.parent / "away"
+    away.mkdir()
+    tv.configure(content={"broken_video": "skip"})
+    for colour in ("red", "green"):
+        shelf.video(content / f"{colour}.mp4", colour, seconds=1)
+    tv.start_standby()
+    wait_seen(screen, "card")
+    with Recorder(lambda: seen(screen)) as recorder, Service(tv, content) as service:
+        wait_until(lambda: recorder.names()[-1] in ("red", "green"), "a film")
+        for path in list(content.iterdir()):
+            path.rename(away / path.name)
+        wait_until(lambda: len(service.lives) > 2, "players that find nothing")
+        wait_until(lambda: recorder.names()[-1] == "card", "the card")
+        for path in list(away.iterdir()):
+            path.rename(content / path.name)
+        wait_until(lambda: recorder.names()[-1] in ("red", "green"), "a film again")
+        for life in service.lives:
+            life.tolerate("Create ostrel demo player failed")
+    assert "black" not in recorder.names()
