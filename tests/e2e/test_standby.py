@@ -209,6 +209,7 @@ def test_window_says_that_it_waits_for_a_disk(tv, screen, content, shelf):
     tv.break_storage()
     screen.wait_for("red")
 
+
 def test_films_that_vanish_leave_the_card_and_play_when_they_are_back(tv, screen, content, shelf):
     """The player ends, since nothing can be played; one that is started later finds them."""
     away = content.parent / "away"
