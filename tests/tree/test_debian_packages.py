@@ -34,7 +34,7 @@ def alternatives(field):
 
 def test_packages_are_built_with_what_the_list_names(source_dir, control):
     assert alternatives(control["source"]["Build-Depends"]) - {"debhelper-compat"} \
-        == names(source_dir, "build") - {"ccache", "g++"}
+        == names(source_dir, "build") - {"ccache", "g++", "git"}
 
 
 def test_player_depends_on_what_it_loads_while_it_runs(source_dir, control):
@@ -125,6 +125,28 @@ def test_player_comes_and_goes_with_the_card_and_both_with_the_compositor(source
                 "Type=notify"} <= set(unit)
     for unit in (card, player):
         assert f"WAYLAND_DISPLAY={socket} " in "\n".join(unit)
+    # The screen is black while one of the two is away, and with it the other.
+    pauses = [names_in(unit, "RestartSec") for unit in (card, player)]
+    assert pauses[0] == pauses[1] == {"100ms"}
+
+
+def service_settings(path):
+    unit = configparser.ConfigParser(interpolation=None, strict=False)
+    unit.optionxform = str
+    unit.read(path, encoding="utf-8")
+    return dict(unit["Service"]), dict(unit["Unit"])
+
+
+def test_players_two_services_keep_it_alive_alike(source_dir):
+    """Tests and measurements are made with the user's."""
+    kiosk, kiosk_unit = service_settings(os.path.join(source_dir, KIOSK, "ostrel-demo-kiosk-player.service"))
+    users, users_unit = service_settings(
+        os.path.join(source_dir, "packaging/ostrel-demo-player-tv.service.in"))
+    del users["ExecStart"]
+    users["ExecCondition"] = users["ExecCondition"].replace("@CMAKE_INSTALL_FULL_BINDIR@", "/usr/bin")
+    assert {"WatchdogSec", "RestartSec", "MemoryMax"} < set(users)
+    assert {key: kiosk.get(key) for key in users} == users
+    assert kiosk_unit["StartLimitIntervalSec"] == users_unit["StartLimitIntervalSec"]
 
 
 def test_card_has_the_players_sandbox_and_no_device(source_dir):
@@ -141,7 +163,8 @@ def test_card_has_the_players_sandbox_and_no_device(source_dir):
 
 @pytest.mark.parametrize("script", [
     "packaging/build-deb.sh", "packaging/kiosk/ostrel-demo-kiosk",
-    "packaging/debian/ostrel-demo-kiosk.prerm", "packaging/debian/ostrel-demo-kiosk.postrm"])
+    "packaging/debian/ostrel-demo-kiosk.postinst", "packaging/debian/ostrel-demo-kiosk.prerm",
+    "packaging/debian/ostrel-demo-kiosk.postrm"])
 def test_scripts_of_the_packages_are_clean(source_dir, script):
     checked = subprocess.run(["shellcheck", os.path.join(source_dir, script)], capture_output=True,
                              text=True, check=False)
@@ -150,7 +173,8 @@ def test_scripts_of_the_packages_are_clean(source_dir, script):
 
 class Machine:
     """A machine's files in a folder, and stand-ins for the commands that would change a real one.
-    Each notes its call; what it answers stands in `answers`, by the beginning of the call."""
+    Each notes its call; what it answers stands in `answers`, by the beginning of the call, with its
+    status behind a "!" where that is not 0."""
 
     COMMANDS = ("systemctl", "udevadm", "update-grub", "runuser", "id")
 
@@ -160,17 +184,18 @@ class Machine:
         self.parts = os.path.join(source_dir, KIOSK, "etc")
         self.calls_file = folder / "calls"
         self.answers = {"id -u": "0", "id -u ostrel-demo": "998",
-                        "systemctl is-enabled --quiet display-manager": "!1"}
-        share = self.root / "usr/share/ostrel-demo-kiosk"
-        share.mkdir(parents=True)
-        (share / "etc").symlink_to(self.parts)
+                        "systemctl is-enabled --quiet display-manager": "!1",
+                        "systemctl is-active ostrel-demo-kiosk-player": "active"}
+        self.share = self.root / "usr/share/ostrel-demo-kiosk"
+        self.share.mkdir(parents=True)
+        (self.share / "etc").symlink_to(self.parts)
         (self.root / "etc").mkdir()
         (self.root / "run/systemd/system").mkdir(parents=True)
         self.programs = folder / "bin"
         self.programs.mkdir()
         for command in self.COMMANDS:
             self.stand_in(command)
-        for command in ("sh", "find", "sort", "mkdir", "ln", "rm", "cat"):
+        for command in ("sh", "find", "grep", "mkdir", "ln", "rm", "cat"):
             (self.programs / command).symlink_to(f"/bin/{command}" if command in ("sh", "cat") else
                                                  f"/usr/bin/{command}")
 
@@ -185,8 +210,8 @@ class Machine:
     def run(self, *arguments):
         self.calls_file.write_text("")
         cases = "".join(
-            f"    '{call}'*) " + (f"exit {answer[1:]}" if answer.startswith("!") else f"echo '{answer}'; exit 0")
-            + " ;;\n" for call, answer in sorted(self.answers.items(), reverse=True))
+            f"    '{call}'*) printf %s '{answer.partition('!')[0]}'; exit {answer.partition('!')[2] or 0} ;;\n"
+            for call, answer in sorted(self.answers.items(), reverse=True))
         (self.programs / "answers").write_text(f'case "$call" in\n{cases}esac\n')
         done = subprocess.run([self.script, *arguments], capture_output=True, text=True, check=False,
                               timeout=60, env={"PATH": str(self.programs),
@@ -194,6 +219,15 @@ class Machine:
         self.calls = [call for call in self.calls_file.read_text().splitlines()
                       if not call.startswith("id ")]
         return done
+
+    def never_switched_on(self):
+        self.answers |= {"systemctl is-enabled --quiet ostrel-demo-kiosk": "!1",
+                         "systemctl is-active": "!3",
+                         "systemctl is-active ostrel-demo-kiosk-player": "inactive!3"}
+
+    def changes(self):
+        """The calls that ask for more than an answer."""
+        return [call for call in self.calls if not call.startswith(("systemctl is-", "runuser"))]
 
     def links(self):
         return {str(path.relative_to(self.root)): os.readlink(path)
@@ -210,28 +244,90 @@ def machine(source_dir, tmp_path):
     return Machine(tmp_path, source_dir)
 
 
-BEGINS = ["systemctl enable --quiet ostrel-demo-kiosk.service",
-          "systemctl start ostrel-demo-kiosk.service ostrel-demo-kiosk-standby.service "
-          "ostrel-demo-kiosk-player.service"]
+FOR_USER = ("runuser -u ostrel-demo -- env -i HOME=/var/lib/ostrel-demo-kiosk "
+            "XDG_RUNTIME_DIR=/run/user/998 OSTREL_DEMO_TV_CONF=/etc/ostrel-demo-kiosk/tv.conf "
+            "/usr/bin/tvctl")
+RELOADS = ["update-grub", "udevadm control --reload", "systemctl kill --signal=HUP systemd-logind.service",
+           "systemctl try-restart systemd-journald.service"]
+ENABLES = "systemctl enable --quiet ostrel-demo-kiosk.service"
+# A player without content is never ready.
+STARTS = ["systemctl start ostrel-demo-kiosk.service ostrel-demo-kiosk-standby.service",
+          "systemctl --no-block start ostrel-demo-kiosk-player.service"]
 
 
 def test_on_makes_a_demo_set_and_off_undoes_it(machine):
     for _ in range(2):
         switched = machine.run("on")
         assert switched.returncode == 0 and switched.stderr == "", switched.stderr
+        assert "/opt/data/demo_movie" in switched.stdout and "folder demo" in switched.stdout
         assert machine.links() == machine.expected_links() and len(machine.links()) == 4
-        # The rules and the boot's text are in force before the screen is taken.
-        order = [machine.calls.index(call) for call in (
-            "update-grub", "udevadm control --reload", "systemctl try-restart systemd-journald.service",
-            BEGINS[1])]
-        assert BEGINS[0] in machine.calls and order == sorted(order)
+        # The rules and the boot's text are in force before the screen is taken, and the card before
+        # the player.
+        assert [call for call in machine.changes() if "trigger" not in call] == [ENABLES, *RELOADS, *STARTS]
     switched = machine.run("off")
     assert switched.returncode == 0, switched.stderr
     assert not machine.links()
-    assert "systemctl disable --quiet ostrel-demo-kiosk.service" in machine.calls
-    assert BEGINS[1].replace("start", "stop", 1) in machine.calls
-    assert machine.calls[-1] == "systemctl --no-block start getty@tty1.service"
-    assert "udevadm control --reload" in machine.calls and "update-grub" in machine.calls
+    assert machine.changes() == [
+        ENABLES.replace("enable", "disable"), *RELOADS,
+        STARTS[0].replace("start", "stop", 1) + " ostrel-demo-kiosk-player.service",
+        "systemctl stop user-998.slice run-media-ostrel-*.mount",
+        "systemctl --no-block start getty@tty1.service"]
+
+
+def test_on_says_where_to_look_when_there_is_no_screen(machine):
+    machine.answers[STARTS[0]] = "!1"
+    failed = machine.run("on")
+    assert failed.returncode == 1 and "journalctl -u ostrel-demo-kiosk" in failed.stderr
+
+
+@pytest.mark.parametrize("command", ["off", "refresh"])
+def test_where_it_is_off_nothing_is_touched(machine, command):
+    """On a desktop the package is removed and upgraded without the screen being taken."""
+    machine.never_switched_on()
+    assert machine.run(command).returncode == 0
+    assert not machine.changes() and not machine.links()
+
+
+def test_one_that_is_on_by_half_can_be_switched_off(machine):
+    machine.run("on")
+    machine.never_switched_on()
+    machine.run("off")
+    assert not machine.links() and ENABLES.replace("enable", "disable") in machine.calls
+
+
+def test_another_version_has_its_files_and_no_others_in_force(machine, tmp_path):
+    """What staff have put in the place of one stays."""
+    assert machine.run("on").returncode == 0
+    before = machine.links()
+    ours = machine.root / "etc/systemd/journald.conf.d/ostrel-demo-kiosk.conf"
+    ours.unlink()
+    ours.write_text("[Journal]\n")
+    later = tmp_path / "later"
+    (later / "udev/rules.d").mkdir(parents=True)
+    (later / "systemd/journald.conf.d").mkdir(parents=True)
+    for name in ("udev/rules.d/91-new.rules", "systemd/journald.conf.d/ostrel-demo-kiosk.conf"):
+        (later / name).write_text("")
+    (machine.share / "etc").unlink()
+    (machine.share / "etc").symlink_to(later)
+    assert machine.run("refresh").returncode == 0
+    assert len(before) == 4 and machine.links() == {
+        "etc/udev/rules.d/91-new.rules": "/usr/share/ostrel-demo-kiosk/etc/udev/rules.d/91-new.rules"}
+    assert machine.changes() == RELOADS
+    assert machine.run("off").returncode == 0
+    assert not machine.links() and ours.read_text() == "[Journal]\n"
+
+
+def test_an_upgrade_refreshes_before_it_starts_anew(source_dir, tmp_path):
+    script = pathlib.Path(source_dir, "packaging/debian/ostrel-demo-kiosk.postinst").read_text(encoding="utf-8")
+    called = tmp_path / "ostrel-demo-kiosk"
+    called.write_text("#!/bin/sh\necho $*\n")
+    called.chmod(0o755)
+    for arguments, done in ((["configure", "1.0"], "refresh\nrestart\n"), (["configure", ""], "restart\n"),
+                            (["abort-upgrade", "1.0"], "restart\n")):
+        ran = subprocess.run(["sh", "-c", script.replace("#DEBHELPER#", "echo restart"), "postinst", *arguments],
+                             capture_output=True, text=True, check=True,
+                             env={"PATH": f"{tmp_path}:{os.environ['PATH']}"})
+        assert ran.stdout == done
 
 
 def test_journal_of_a_set_is_bounded(source_dir):
@@ -247,53 +343,79 @@ def test_on_leaves_the_screen_to_a_desktop(machine):
     refused = machine.run("on")
     assert refused.returncode == 1 and "display-manager" in refused.stderr
     assert not machine.links()
-    assert not set(BEGINS) & set(machine.calls)
+    assert not machine.changes()
 
 
 @pytest.mark.parametrize("demo_mode, set_anew", [("-1", True), ("0", False), ("2", False)])
 def test_on_brings_a_demo_back_that_was_ended_in_its_options(machine, demo_mode, set_anew):
-    for_user = ("runuser -u ostrel-demo -- env -i HOME=/var/lib/ostrel-demo-kiosk "
-                "XDG_RUNTIME_DIR=/run/user/998 OSTREL_DEMO_TV_CONF=/etc/ostrel-demo-kiosk/tv.conf "
-                "/usr/bin/tvctl")
-    machine.answers[f"{for_user} config get demo_mode"] = demo_mode
+    machine.answers[f"{FOR_USER} config get demo_mode"] = demo_mode
     assert machine.run("on").returncode == 0
-    assert (f"{for_user} config set demo_mode 0" in machine.calls) == set_anew
+    assert (f"{FOR_USER} config set demo_mode 0" in machine.calls) == set_anew
 
 
 def test_on_in_a_system_made_for_another_machine_starts_nothing(machine):
     (machine.root / "run/systemd/system").rmdir()
     assert machine.run("on").returncode == 0
     assert machine.links() == machine.expected_links()
-    assert BEGINS[0] in machine.calls and BEGINS[1] not in machine.calls
-    assert not [call for call in machine.calls if call.startswith("udevadm")]
+    assert machine.changes() == [ENABLES, "update-grub"]
 
 
 def test_a_machine_without_grub_is_told_what_it_will_show(machine):
     (machine.programs / "update-grub").unlink()
     switched = machine.run("on")
     assert switched.returncode == 0 and "GRUB" in switched.stderr
-    assert BEGINS[1] in machine.calls
+    assert machine.changes()[-2:] == STARTS
 
 
-@pytest.mark.parametrize("command", ["on", "off", "tvctl"])
+@pytest.mark.parametrize("command", ["on", "off", "refresh", "panel portrait", "tvctl"])
 def test_only_root_switches_the_kiosk(machine, command):
     machine.answers["id -u"] = "1000"
-    refused = machine.run(command)
+    refused = machine.run(*command.split())
     assert refused.returncode == 1 and "root" in refused.stderr
     assert not machine.links() and not machine.calls
 
 
+@pytest.mark.parametrize("stands, state", [("landscape", 1), ("portrait", 2), ("landscape-reverse", 3),
+                                           ("portrait-reverse", 0)])
+def test_set_is_told_how_its_screen_hangs(machine, stands, state):
+    assert machine.run("panel", stands).returncode == 0
+    assert machine.calls == [f"{FOR_USER} config set rotation_state {state}",
+                             "systemctl --no-block try-restart ostrel-demo-kiosk-player.service"]
+
+
 def test_status_tells_whether_it_plays(machine):
+    machine.answers[f"{FOR_USER} status"] = "Playing:        video \"nothing can be played.mp4\""
     playing = machine.run("status")
-    assert playing.returncode == 0 and playing.stdout.count("yes") == 3
-    assert machine.calls[-1].endswith("/usr/bin/tvctl status")
-    machine.answers["systemctl is-active"] = "!3"
-    machine.answers["systemctl is-enabled --quiet ostrel"] = "!1"
+    assert playing.returncode == 0 and playing.stdout.count("yes\n") == 3
+    assert playing.stdout.endswith('.mp4"\n')
+    machine.never_switched_on()
+    machine.answers[f"{FOR_USER} status"] = "!3"
     stopped = machine.run("status")
     assert stopped.returncode == 3 and stopped.stdout.count("no\n") == 3
 
 
-@pytest.mark.parametrize("arguments", [[], ["of"], ["on", "off"], ["--now"]])
+@pytest.mark.parametrize("state, key, told, says", [
+    ("activating", "", "Playing:        nothing can be played; looks again in 8 s", "none of the files"),
+    ("active", "", "Playing:        nothing can be played; looks again in 8 s", "none of the files"),
+    ("activating", "config get playback_status=2", "", "nothing to play"),
+    ("activating", "", "Playing:        video \"a.mp4\", about to start", "no picture yet"),
+    ("inactive", "config get demo_mode=-1", "", '"Off" in its options')])
+def test_status_tells_why_it_does_not_play(machine, state, key, told, says):
+    machine.answers |= {"systemctl is-active ostrel-demo-kiosk-player": f"{state}!{0 if state == 'active' else 3}",
+                        f"{FOR_USER} status": told or "!3"}
+    if key:
+        call, _, value = key.partition("=")
+        machine.answers[f"{FOR_USER} {call}"] = value
+    asked = machine.run("status")
+    assert asked.returncode == 3
+    assert re.search(f"^Plays: no, .*{says}", asked.stdout, re.MULTILINE), asked.stdout
+    assert told in asked.stdout
+    machine.answers["id -u"] = "1000"
+    assert machine.run("status").returncode == (0 if state == "active" else 3)
+    assert not [call for call in machine.calls if "tvctl" in call]
+
+
+@pytest.mark.parametrize("arguments", [[], ["of"], ["on", "off"], ["--now"], ["panel"], ["panel", "upright"]])
 def test_a_wrong_command_changes_nothing(machine, arguments):
     refused = machine.run(*arguments)
     assert refused.returncode == 2 and "Usage" in refused.stderr
