@@ -26,7 +26,8 @@ def arrow_is_up(screen, upper_edge):
                          ids=["landscape panel", "portrait panel"])
 def test_sample_files_are_shown_upright_in_order_and_wrap(
         tv, screen, sample, sample_colours, rotation_state, portrait, upper_edge):
-    tv.configure(panel={"first_rotation_state": rotation_state})
+    # As "ostrel-demo-kiosk panel" does.
+    tv.tvctl("config", "set", "rotation_state", str(rotation_state))
     order = listed(sample, portrait)
     assert len(order) == (2 if portrait else 4)
     with screen.record_frames(sample_colours) as recorder:
