@@ -106,8 +106,6 @@ case $what in
         inside 'unshare --pid --fork --kill-child --mount-proc packaging/readme-commands.sh run' ;;
     deb-build)
         touch "$system/etc/bare-system"
-        # A clone has been made by git.
-        inside 'apt-get update -q && apt-get install -y -q --no-install-recommends git'
         inside 'packaging/package-trial.sh build'
         mkdir -p "$tree/out/packages"
         rm -f "$tree"/out/packages/*

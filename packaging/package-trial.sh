@@ -8,8 +8,8 @@ usage() {
     cat <<TEXT
 Usage: packaging/package-trial.sh build | use
   build  makes the packages twice, in folders of different names, and asks lintian about them
-  use    in a system where nothing is installed: the packages of out/packages are installed, play, are
-         installed over themselves, and are purged
+  use    in a system where nothing is installed: the packages of out/packages are installed, play, give
+         way to another version, and are purged
 Works only in the bare systems that packaging/check-packages.sh makes.
 TEXT
 }
@@ -42,8 +42,21 @@ snapshot() {
     find /etc/fstab /etc/systemd /etc/default -type f -exec md5sum {} +
 }
 
+# install_packages FOLDER: with the option that README.md names, and nobody to answer a question.
 install_packages() {
-    dpkg -i out/packages/*.deb
+    dpkg --force-confold -i "$1"/*.deb </dev/null
+}
+
+# another_version FOLDER: the packages with other settings, and another file for /etc.
+another_version() {
+    mkdir -p "$1"
+    cp out/packages/ostrel-demo-player-tv_*.deb "$1"
+    dpkg-deb -R out/packages/ostrel-demo-kiosk_*.deb "$work/another"
+    echo "; theirs" >>"$work/another/etc/ostrel-demo-kiosk/tv.conf"
+    echo "# theirs" >>"$work/another/etc/ostrel-demo-kiosk/weston.ini"
+    local rules=$work/another/usr/share/ostrel-demo-kiosk/etc/udev/rules.d
+    mv "$rules/90-ostrel-demo-kiosk.rules" "$rules/91-ostrel-demo-kiosk.rules"
+    dpkg-deb --root-owner-group -b "$work/another" "$1" >/dev/null
 }
 
 # In the place of the shell that runs it in the background.
@@ -93,11 +106,11 @@ play() {
         fail "the player misses something"
 }
 
-# dpkg believes that systemd runs, and what it would tell it is noted.
+# dpkg believes that systemd runs, and what it would tell it, or udev, is noted.
 with_noted_systemctl() {
     mkdir -p /run/systemd/system "$work/bin"
-    printf '#!/bin/sh\necho "$*" >>%s/systemctl.log\n' "$work" >"$work/bin/systemctl"
-    chmod +x "$work/bin/systemctl"
+    printf '#!/bin/sh\necho "$*" >>%s/systemctl.log\n' "$work" | tee "$work/bin/systemctl" >"$work/bin/udevadm"
+    chmod +x "$work/bin/systemctl" "$work/bin/udevadm"
     : >"$work/systemctl.log"
     PATH=$work/bin:$PATH "$@"
     rm -rf /run/systemd/system
@@ -113,7 +126,7 @@ use() {
     snapshot >"$work/before"
 
     echo "== Installed"
-    with_noted_systemctl install_packages
+    with_noted_systemctl install_packages out/packages
     ! grep -E 'ostrel.*(start|enable)|(start|enable).*ostrel' "$work/systemctl.log" ||
         fail "installing the packages has started something"
     ! find /etc/systemd /etc/udev /etc/default -name '*ostrel*' | grep . || fail "installing has enabled something"
@@ -135,11 +148,17 @@ use() {
     echo "== Plays"
     play
 
-    echo "== Installed over itself"
+    echo "== Another version installed over it"
     echo "; ours" >>/etc/ostrel-demo-kiosk/tv.conf
-    with_noted_systemctl install_packages
+    another_version "$work/later"
+    with_noted_systemctl install_packages "$work/later"
     cat "$work/systemctl.log"
     [ "$(tail -n 1 /etc/ostrel-demo-kiosk/tv.conf)" = "; ours" ] || fail "the configuration is not kept"
+    [ "$(tail -n 1 /etc/ostrel-demo-kiosk/weston.ini)" = "# theirs" ] || fail "settings that nobody changed are old"
+    [ "$(echo /etc/udev/rules.d/*ostrel*)" = /etc/udev/rules.d/91-ostrel-demo-kiosk.rules ] ||
+        fail "what is linked into /etc is not what the version brings"
+    [ "$(grep -c -e '^control --reload' -e 'try-restart systemd-journald' "$work/systemctl.log")" = 2 ] ||
+        fail "what has changed is not read"
     [ "$(ostrel-demo-kiosk tvctl config get landscape_timer)" = 3 ] || fail "a choice is not kept"
     [ "$(grep -c 'restart.*ostrel' "$work/systemctl.log")" = 1 ] || fail "the kiosk is not restarted once"
     ! grep 'stop.*ostrel' "$work/systemctl.log" || fail "the screen stays dark while packages are installed"
@@ -151,7 +170,7 @@ use() {
     rm -r /opt/data
 
     echo "== Installed and purged, without content"
-    install_packages >/dev/null
+    install_packages out/packages >/dev/null
     dpkg --purge ostrel-demo-kiosk ostrel-demo-player-tv >/dev/null
     snapshot >"$work/after"
     diff "$work/before" "$work/after" || fail "something is left"
