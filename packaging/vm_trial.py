@@ -36,7 +36,7 @@ MAKE = {"vfat": "mkfs.vfat -n DEMO", "exfat": "mkfs.exfat -L DEMO", "ntfs": "mkf
 
 
 PLAYER, STANDBY, COMPOSITOR = "ostrel-demo-kiosk-player", "ostrel-demo-kiosk-standby", "ostrel-demo-kiosk"
-INSTALL = "apt-get install -y /root/{}/*.deb"
+INSTALL = "apt-get install -y -o Dpkg::Options::=--force-confold /root/{}/*.deb"
 
 
 class Machine:
