@@ -289,6 +289,14 @@ def test_where_it_is_off_nothing_is_touched(machine, command):
     assert not machine.changes() and not machine.links()
 
 
+def test_a_system_made_for_another_machine_is_upgraded_without_being_switched_on(machine):
+    """systemctl answers there as if each unit ran."""
+    machine.answers["systemctl is-enabled --quiet ostrel-demo-kiosk"] = "!1"
+    (machine.root / "run/systemd/system").rmdir()
+    assert machine.run("refresh").returncode == 0
+    assert not machine.links() and not machine.changes()
+
+
 def test_one_that_is_on_by_half_can_be_switched_off(machine):
     machine.run("on")
     machine.never_switched_on()
