@@ -26,6 +26,20 @@ size_t colour_escape_length(std::string_view text, size_t position)
     return end != std::string_view::npos && text[end] == 'm' ? end + 1 - position : 0;
 }
 
+// U+061C, U+200E, U+200F, U+2028 to U+202E and U+2066 to U+2069.
+bool turns_letters(std::string_view character)
+{
+    if (character == "\u061c")
+        return true;
+    if (character.size() != 3 || byte_at(character, 0) != 0xE2)
+        return false;
+    const unsigned char second = byte_at(character, 1);
+    const unsigned char third = byte_at(character, 2);
+    if (second == 0x80)
+        return third == 0x8E || third == 0x8F || (third >= 0xA8 && third <= 0xAE);
+    return second == 0x81 && third >= 0xA6 && third <= 0xA9;
+}
+
 void append_escaped(std::string &line, unsigned char byte)
 {
     if (byte == '\n') {
@@ -50,7 +64,8 @@ void append_visible(std::string &line, std::string_view text, bool colours)
                 coloured = escape != COLOUR_RESET;
             }
             position += length;
-        } else if (length = printable_length(text, position); length != 0) {
+        } else if (length = printable_length(text, position);
+                   length != 0 && !turns_letters(text.substr(position, length))) {
             line += text.substr(position, length);
             position += length;
         } else {

@@ -21,7 +21,10 @@ struct LogStyle {
  */
 size_t printable_length(std::string_view text, size_t position);
 
-/** A text with everything that is no printable UTF-8 shown as \n, \t or \xNN. */
+/**
+ * A text with everything that is no printable UTF-8 shown as \n, \t or \xNN; and what has the
+ * letters behind it run in another direction or line, so that nobody sees another text.
+ */
 std::string visible_text(std::string_view text);
 
 /** The letter of a priority, a log_priority value: D, I, W or E. */

@@ -68,6 +68,17 @@ TEST(LogLine, ColourLeftOpenIsClosed)
     EXPECT_EQ(plain("\033[1;31mred"), "red");
 }
 
+TEST(LogLine, DirectionsAndLinesOfNamesAreSeen)
+{
+    for (const char *control :
+         {"\u061c", "\u200e", "\u200f", "\u2028", "\u2029", "\u202a", "\u202e", "\u2066", "\u2069"})
+        EXPECT_THAT(plain(control), testing::StartsWith("\\x")) << plain(control);
+    // Joiners are needed for spelling.
+    for (const char *letter :
+         {"\u200c", "\u200d", "\u2027", "\u202f", "\u2065", "\u206a", "\u2128"})
+        EXPECT_EQ(plain(letter), letter);
+}
+
 TEST(LogLine, OtherEscapesNeverReachTheTerminal)
 {
     EXPECT_EQ(coloured("\033[2J\033]0;title\007"), "\\x1b[2J\\x1b]0;title\\x07");
