@@ -13,12 +13,12 @@
 #include <Efreet.h>
 #include <Elementary.h>
 
-#include "app_framework/service_manager.h"
 #include "config_store.h"
 #include "panel/panel_model.h"
 #include "panel/rotation_state.h"
 #include "player_rules/config_keys.h"
 #include "player_rules/launch_rules.h"
+#include "service_manager/service_manager.h"
 #include "settings/settings.h"
 #include "standby_card/standby_card.h"
 #include "system_facts/message_catalogue.h"

@@ -10,7 +10,6 @@
 
 #include "app_framework/command_line.h"
 #include "app_framework/early_start.h"
-#include "app_framework/service_manager.h"
 #include "app_framework/session_watch.h"
 #include "app_framework/single_instance.h"
 #include "base/orientation.h"
@@ -29,6 +28,7 @@
 #include "panel/timed_rotation.h"
 #include "player_rules/launch_rules.h"
 #include "player_rules/user_interface.h"
+#include "service_manager/service_manager.h"
 #include "settings/settings.h"
 #include "still_picture/picture_ahead.h"
 #include "system_facts/message_catalogue.h"

@@ -9,11 +9,11 @@
 
 #include <Efreet.h>
 
-#include "app_framework/service_manager.h"
 #include "app_framework/start_limits.h"
 #include "app_framework/start_pace.h"
 #include "log/platform_log.h"
 #include "media_player/media_system.h"
+#include "service_manager/service_manager.h"
 
 namespace platform {
 

@@ -6,9 +6,9 @@
 #include <fstream>
 #include <thread>
 
-#include "app_framework/service_manager.h"
 #include "base/regular_file.h"
 #include "log/platform_log.h"
+#include "service_manager/service_manager.h"
 #include "settings/places.h"
 
 namespace platform {

@@ -5,7 +5,7 @@
 
 #include <gmock/gmock.h>
 
-#include "app_framework/fake_manager.h"
+#include "desktop_support/fake_manager.h"
 #include "desktop_support/login_manager_test.h"
 
 namespace desktop_test {

@@ -5,9 +5,8 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include "app_framework/fake_manager.h"
-#include "app_framework/service_manager.h"
-#include "desktop_support/desktop.h"
+#include "desktop_support/fake_manager.h"
+#include "service_manager/service_manager.h"
 #include "store_support/captured_log.h"
 #include "store_support/scratch.h"
 
@@ -19,7 +18,6 @@ using platform::ServiceManager;
 using store_test::Environment;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::StartsWith;
 
 class ServiceManagerTest : public testing::Test {
@@ -124,71 +122,6 @@ TEST_F(ServiceManagerTest, AWatchdogOfAnotherProcessOrWithoutATimeIsNone)
     EXPECT_EQ(watchdog("3000000", "1"), 0s);
     for (const char *nonsense : {"", "soon", "-1", "0"})
         EXPECT_EQ(watchdog(nonsense, ""), 0s) << nonsense;
-}
-
-/** An application that a manager watches. */
-class WatchedApplicationTest : public DesktopTest {
-  protected:
-    static constexpr char BEGGING[] = "EXTEND_TIMEOUT_USEC=60000";
-
-    WatchedApplicationTest()
-    {
-        variables_["NOTIFY_SOCKET"] = folder_ / "notify";
-        variables_["WATCHDOG_USEC"] = "60000";
-    }
-
-    FakeManager manager_{folder_ / "notify"};
-};
-
-TEST_F(WatchedApplicationTest, IsAliveInItsMainLoopAndNotReadyWithoutAPicture)
-{
-    auto app = start_and_show();
-
-    EXPECT_TRUE(manager_.hears(BEGGING));
-    std::vector<std::string> told;
-    EXPECT_TRUE(wait_until([&] {
-        for (std::string &state : manager_.told())
-            told.push_back(std::move(state));
-        return told.size() >= 5;
-    }));
-
-    EXPECT_THAT(told, testing::Each(BEGGING)) << "the toolkit spoke for it";
-    EXPECT_EQ(quit(*app), 0) << app->errors();
-}
-
-TEST_F(WatchedApplicationTest, IsSilentWhileItsMainLoopStands)
-{
-    auto app = start({}, {{"TEST_SLOW_TERMINATE", "1"}, {"TEST_QUIT_IN_CONTROL", "1"}});
-    ASSERT_TRUE(app->hears("terminate"));
-    manager_.told();
-
-    EXPECT_FALSE(wait_until([&] { return !manager_.told().empty(); }, 0.3));
-
-    app->say("go on");
-    EXPECT_EQ(app->finish(), 0) << app->errors();
-}
-
-TEST_F(WatchedApplicationTest, WaitsAfterPlayersThatEndedSoon)
-{
-    using std::chrono::milliseconds;
-    const auto now = std::chrono::duration_cast<milliseconds>(
-        std::chrono::steady_clock::now().time_since_epoch());
-    store_test::write_file(folder_ / "run/start", "1 " + std::to_string(now.count()) + "\n");
-
-    auto app = start_and_show();
-
-    EXPECT_THAT(app->errors(), HasSubstr("ended soon; this one waits for 250 ms"));
-    EXPECT_THAT(store_test::read_file(folder_ / "run/start"), StartsWith("2 "));
-    EXPECT_EQ(quit(*app), 0) << app->errors();
-}
-
-TEST_F(WatchedApplicationTest, WithoutAManagerNobodyWaits)
-{
-    auto app = start_and_show({{"NOTIFY_SOCKET", ""}});
-    EXPECT_EQ(quit(*app), 0) << app->errors();
-
-    EXPECT_EQ(store_test::read_file(folder_ / "run/start"), "");
-    EXPECT_THAT(manager_.told(), IsEmpty());
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "app_framework/service_manager.h"
+#include "service_manager/service_manager.h"
 
 #include <cstddef>
 #include <cstdlib>
@@ -51,7 +51,7 @@ ServiceManager::ServiceManager(const Request &request)
     if (has_form && address_.size() <= sizeof(sockaddr_un::sun_path))
         socket_ = Descriptor(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     if (!socket_)
-        PLATFORM_LOGW("app_framework", "the service manager cannot be told anything at %s",
+        PLATFORM_LOGW("service_manager", "the service manager cannot be told anything at %s",
                       address_.c_str());
 }
 
