@@ -54,6 +54,12 @@ TEST_F(PlayerRulesTest, ConfigurationKeysHaveThePlayersNames)
     EXPECT_THAT(known, UnorderedElementsAreArray(players));
 }
 
+TEST_F(PlayerRulesTest, ConfigurationKeysHaveThePlayersValues)
+{
+    EXPECT_EQ(platform::NOTHING_TO_PLAY, PLAYBACK_STATUS_NO_CONTENT);
+    EXPECT_EQ(platform::PLAYBACK_FAILED, PLAYBACK_STATUS_ERROR);
+}
+
 TEST_F(PlayerRulesTest, ANewSetBeginsInLandscapeWithThePlayersFirstValues)
 {
     EXPECT_EQ(platform::find_known_key("file_mode")->factory, ENDEMO_FILE_MODE_LANDSCAPE);

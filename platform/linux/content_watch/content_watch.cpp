@@ -124,7 +124,7 @@ void ContentWatch::begin_folder(const std::string &folder)
 bool ContentWatch::may_play_stick()
 {
     int selection = 0;
-    return vconf_get_int(DEMO_MODE_KEY, &selection) != 0 || selection != -1;
+    return vconf_get_int(DEMO_MODE_KEY, &selection) != 0 || selection != DEMO_SWITCHED_OFF;
 }
 
 } // namespace platform

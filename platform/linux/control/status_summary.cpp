@@ -8,6 +8,7 @@
 #include "base/paths.h"
 #include "control/status_report.h"
 #include "log/log_line.h"
+#include "player_rules/config_keys.h"
 
 namespace platform {
 
@@ -165,7 +166,7 @@ std::string list(const Status &status)
 std::string selection(const Status &status)
 {
     const int entry = status.selection();
-    if (entry == -1)
+    if (entry == DEMO_SWITCHED_OFF)
         return "off";
     if (entry == 0)
         return "play all";

@@ -11,7 +11,7 @@ const std::vector<KnownKey> &known_keys()
     constexpr int LAST_INTERVAL = static_cast<int>(ROTATION_INTERVALS_S.size()) - 1;
     static const std::vector<KnownKey> keys = {
         {"db/menu/support/use_mode", INT_MIN, INT_MAX, {}, "use mode of the set; 0 ends the demo"},
-        {DEMO_MODE_KEY, -1, 0xFFFF, 0,
+        {DEMO_MODE_KEY, DEMO_SWITCHED_OFF, 0xFFFF, 0,
          "menu selection: 0 play all, -1 leave, else one file (portrait in the high byte)"},
         {"db/ostrel-demo-player-tv/file_mode", INT_MIN, INT_MAX, 1,
          "orientation in force: 1 landscape, 2 portrait"},
@@ -49,7 +49,7 @@ const KnownKey *find_known_key(const std::string &name)
 
 int selection_of(int word, bool portrait)
 {
-    if (word == 0 || word == -1)
+    if (word == 0 || word == DEMO_SWITCHED_OFF)
         return word;
     const auto bits = static_cast<unsigned int>(word);
     return static_cast<int>((portrait ? bits >> 8 : bits) & 0xFF);

@@ -18,6 +18,12 @@ inline constexpr char ROTATION_AUTO_MODE_KEY[] = "db/ostrel-demo-player-tv/rotat
 inline constexpr char PLAYBACK_STATUS_KEY[] = "memory/ostrel-demo-player-tv/playback_status";
 inline constexpr char ROTATION_STATE_KEY[] = "db/sysman/rotation_state";
 
+/** A value of DEMO_MODE_KEY: staff have ended the demo with "Off" in the options. */
+inline constexpr int DEMO_SWITCHED_OFF = -1;
+// Values of PLAYBACK_STATUS_KEY.
+inline constexpr int NOTHING_TO_PLAY = 2;
+inline constexpr int PLAYBACK_FAILED = 3; ///< a video has ended the demo, or a photo was skipped
+
 struct KnownKey {
     const char *name;
     int lowest;                 ///< smallest value with a meaning
