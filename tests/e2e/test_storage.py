@@ -45,8 +45,7 @@ def test_stick_pulled_in_the_middle_of_a_film_is_waited_for(tv, screen, tmp_path
         wait_until(lambda: screen.shown() in ("red", "green"), "the first video")
 
         # What is open stays open, and cannot be read any more. The next film is looked for where the
-        # player runs, because it has no folder; that takes until the stick is back, for two rounds in
-        # vain would end the demo.
+        # player runs, because it has no folder; that takes until the stick is back.
         tv.break_storage(eio=pocket, dead=os.path.abspath("film_"))
         os.rename(stick, pocket)
         player.log.wait(r"OnPlayVideo\(\d+\) > film_")

@@ -33,10 +33,10 @@ FruitlessRounds::Verdict FruitlessRounds::on_passed_over(const std::string &path
     }
     Verdict verdict;
     if (passed_over_.count(path) > 0) {
-        verdict.give_up = pause_.count() > 0 && !all_own_faults_;
         const auto former =
             std::exchange(pause_, std::clamp(2 * pause_, FIRST_PAUSE, LONGEST_PAUSE));
         verdict.pause = pause_;
+        verdict.give_up = pause_ == LONGEST_PAUSE && !all_own_faults_;
         if (pause_ != former && !verdict.give_up)
             PLATFORM_LOGW("player",
                           "nothing that is to be played can be opened; the player looks again in "

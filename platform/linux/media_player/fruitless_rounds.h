@@ -19,9 +19,9 @@ class FruitlessRounds {
     struct Verdict {
         std::chrono::milliseconds pause{0}; ///< before the video counts as played
         /**
-         * A round has shown nothing, the one after a wait has not either, and in that one a video
-         * failed for something else than what is in it: a program that starts afresh, with what
-         * the machine and the folder have then, may do better.
+         * The longest wait would be the next, after a minute of shorter ones, and in the round
+         * before it a video failed for something else than what is in it: a program that starts
+         * afresh, with what the machine and the folder have then, may do better.
          */
         bool give_up = false;
     };
