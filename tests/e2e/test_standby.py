@@ -12,7 +12,6 @@ from harness.options import focus_box, open_options
 from harness.player import DEMO_MODE, PLAYBACK_STATUS
 from harness.pictures import wait_still
 from harness.screen import Recorder
-from harness.service import Service
 from harness.waiting import DEADLINE_S, wait_until
 
 GROUND = {"card": (22, 38, 66)}
@@ -85,6 +84,12 @@ def test_card_says_what_the_keys_tell(tv, screen):
     no_content = wait_text(screen, one_moment)
     tv.set_config(DEMO_MODE, -1)
     switched_off = wait_text(screen, no_content)
+    tv.set_config(PLAYBACK_STATUS, 3)
+    tv.set_config(DEMO_MODE, 0)
+    begins_again = wait_text(screen, switched_off)
+    assert (begins_again != one_moment).any() and (begins_again != no_content).any()
+    tv.set_config(DEMO_MODE, -1)
+    wait_until(lambda: shows(screen, switched_off), "switched off")
     tv.set_config(ROTATION_STATE, 2)
     wait_text(screen, switched_off)
     tv.set_config(ROTATION_STATE, 1)
@@ -177,8 +182,8 @@ def test_window_names_the_photos_when_none_can_be_shown(tv, screen, content):
     player.tolerate(r"still_picture")
     named = wait_text(screen, one_moment)
     assert tv.status()["passed_over"] == {str(bad): "Not a JPEG file: starts with 0x6e 0x6f"}
-    (content / "empty").touch()
-    os.replace(content / "empty", bad)
+    os.symlink(bad, content / "loop")
+    os.replace(content / "loop", bad)
     wait_text(screen, named)  # another reason
     picture(content / "good", "blue")
     os.replace(content / "good", bad)
@@ -210,24 +215,24 @@ def test_window_says_that_it_waits_for_a_disk(tv, screen, content, shelf):
     screen.wait_for("red")
 
 
-def test_films_that_vanish_leave_the_card_and_play_when_they_are_back(tv, screen, content, shelf):
-    """The player ends, since nothing can be played; one that is started later finds them."""
+def test_films_that_vanish_are_named_and_play_when_they_are_back(tv, screen, content, shelf):
+    """The player goes on looking for them."""
     away = content.parent / "away"
     away.mkdir()
     tv.configure(content={"broken_video": "skip"})
     for colour in ("red", "green"):
         shelf.video(content / f"{colour}.mp4", colour, seconds=1)
     tv.start_standby()
-    wait_seen(screen, "card")
-    with Recorder(lambda: seen(screen)) as recorder, Service(tv, content) as service:
+    one_moment = wait_text(screen)
+    with Recorder(lambda: seen(screen)) as recorder:
+        player = tv.start(folder=content)
         wait_until(lambda: recorder.names()[-1] in ("red", "green"), "a film")
         for path in list(content.iterdir()):
             path.rename(away / path.name)
-        wait_until(lambda: len(service.lives) > 2, "players that find nothing")
-        wait_until(lambda: recorder.names()[-1] == "card", "the card")
+        player.log.wait("the player looks again in 2 s")
+        wait_text(screen, one_moment)
         for path in list(away.iterdir()):
             path.rename(content / path.name)
         wait_until(lambda: recorder.names()[-1] in ("red", "green"), "a film again")
-        for life in service.lives:
-            life.tolerate("Create ostrel demo player failed")
     assert "black" not in recorder.names()
+    assert player.running()

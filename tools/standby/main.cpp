@@ -2,6 +2,7 @@
 // player. It says what the configuration keys tell, for as long as nothing covers it, and neither
 // takes keys nor shows a pointer.
 
+#include <array>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
@@ -33,9 +34,9 @@ enum ExitStatus { DONE = 0, COULD_NOT_RUN = 1, BAD_COMMAND_LINE = 2 };
 constexpr char NAME[] = "ostrel-demo-standby";
 constexpr char USAGE[] = "Usage: ostrel-demo-standby\n"
                          "Shows the standby card, full screen, until it is ended by a signal.\n";
-/** Values of the keys, as README.md has them. */
-constexpr int SWITCHED_OFF = -1;
-constexpr int NO_CONTENT = 2;
+
+/** Those that what is said depends on. */
+constexpr std::array MESSAGE_KEYS = {DEMO_MODE_KEY, PLAYBACK_STATUS_KEY};
 
 int read_key(const char *key, int otherwise)
 {
@@ -47,12 +48,15 @@ int read_key(const char *key, int otherwise)
 StandbyMessage message_of_keys()
 {
     StandbyMessage message;
-    if (read_key(DEMO_MODE_KEY, 0) == SWITCHED_OFF) {
+    const int status = read_key(PLAYBACK_STATUS_KEY, 0);
+    if (read_key(DEMO_MODE_KEY, 0) == DEMO_SWITCHED_OFF) {
         message.kind = StandbyMessage::Kind::SwitchedOff;
-    } else if (read_key(PLAYBACK_STATUS_KEY, 0) == NO_CONTENT) {
+    } else if (status == NOTHING_TO_PLAY) {
         message.kind = StandbyMessage::Kind::NoContent;
         message.folder = BUILT_IN_FOLDER;
         message.folder.pop_back(); // its slash
+    } else if (status == PLAYBACK_FAILED) {
+        message.kind = StandbyMessage::Kind::BeginsAgain;
     }
     return message;
 }
@@ -63,14 +67,22 @@ int stored_angle()
         read_key(ROTATION_STATE_KEY, Settings::get().first_rotation_state));
 }
 
+void follow_panel(keynode_t *, void *)
+{
+    PanelModel::get().follow(stored_angle());
+}
+
 class Standby {
   public:
+    ~Standby();
+
     /** @return false when there is no compositor, with the reason in the log */
     bool start();
 
     int exit_status() const { return exit_status_; }
 
   private:
+    static void say_what_the_keys_tell(keynode_t *, void *standby);
     void ignore_input();
     void fit();
     void end(int status);
@@ -81,6 +93,19 @@ class Standby {
     std::vector<EventHandlerPtr> input_;
     int exit_status_ = DONE;
 };
+
+// The main loop turns on while the toolkit is shut down.
+Standby::~Standby()
+{
+    for (const char *key : MESSAGE_KEYS)
+        vconf_ignore_key_changed(key, say_what_the_keys_tell);
+    vconf_ignore_key_changed(ROTATION_STATE_KEY, follow_panel);
+}
+
+void Standby::say_what_the_keys_tell(keynode_t *, void *standby)
+{
+    static_cast<Standby *>(standby)->card_->say(message_of_keys());
+}
 
 bool Standby::start()
 {
@@ -102,17 +127,9 @@ bool Standby::start()
         [](void *data, Evas *, Evas_Object *, void *) { static_cast<Standby *>(data)->fit(); },
         this);
     fit();
-    for (const char *key : {DEMO_MODE_KEY, PLAYBACK_STATUS_KEY}) {
-        vconf_notify_key_changed(
-            key,
-            [](keynode_t *, void *data) {
-                static_cast<Standby *>(data)->card_->say(message_of_keys());
-            },
-            this);
-    }
-    vconf_notify_key_changed(
-        ROTATION_STATE_KEY, [](keynode_t *, void *) { PanelModel::get().follow(stored_angle()); },
-        nullptr);
+    for (const char *key : MESSAGE_KEYS)
+        vconf_notify_key_changed(key, say_what_the_keys_tell, this);
+    vconf_notify_key_changed(ROTATION_STATE_KEY, follow_panel, nullptr);
     // A program that is started next is mapped above this one.
     evas_object_smart_callback_add(
         content_, "visibility,changed",

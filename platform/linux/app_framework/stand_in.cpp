@@ -17,8 +17,7 @@ namespace {
 StandbyMessage message()
 {
     StandbyMessage message;
-    for (const UnplayableFile &file : UnplayableFiles::get().all())
-        message.files.push_back({file.path.substr(file.path.rfind('/') + 1), file.why});
+    message.files = UnplayableFiles::get().all();
     if (!message.files.empty())
         message.kind = StandbyMessage::Kind::UnplayableFiles;
     return message;

@@ -15,7 +15,7 @@ namespace platform {
 class StandIn {
   public:
     /**
-     * Shows the files that cannot be played, with the reasons, or that a picture is to come where
+     * Shows the files that cannot be played, with the kinds of reasons, or that a picture is to come where
      * there are none.
      *
      * @param window the application's; null: nothing is shown

@@ -18,6 +18,20 @@ bool is_its_own_fault(int error_code)
            error_code == PLAYER_ERROR_PERMISSION_DENIED;
 }
 
+UnplayableFile::Kind kind_of(int error_code)
+{
+    switch (error_code) {
+    case PLAYER_ERROR_NOT_SUPPORTED_FILE:
+    case PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC:
+        return UnplayableFile::Kind::Damaged;
+    case PLAYER_ERROR_NO_SUCH_FILE:
+    case PLAYER_ERROR_PERMISSION_DENIED:
+        return UnplayableFile::Kind::Unreadable;
+    default:
+        return UnplayableFile::Kind::Refused;
+    }
+}
+
 } // namespace
 
 void Playback::on_decoder_missing(Track track, const std::string &what)
@@ -244,9 +258,12 @@ void Playback::restart()
 bool Playback::pass_over(int error_code, const std::string &why)
 {
     const PlayerOptions &options = *request_.options;
+    const bool no_decoder = missing_decoders_.count(Track::Picture) > 0;
     // A decoder that is missing may have failed to load, or be installed one day.
-    const bool its_own_fault =
-        is_its_own_fault(error_code) && missing_decoders_.count(Track::Picture) == 0;
+    const bool its_own_fault = is_its_own_fault(error_code) && !no_decoder;
+    const UnplayableFile::Kind kind = timed_out_   ? UnplayableFile::Kind::TooSlow
+                                      : no_decoder ? UnplayableFile::Kind::NoDecoder
+                                                   : kind_of(error_code);
     const std::shared_ptr<VideoPlane> plane = request_.display->view().plane;
     // A file that comes too slowly is not to hold up the others again and again; but where none
     // comes, the disk or the machine may be slow.
@@ -255,8 +272,7 @@ bool Playback::pass_over(int error_code, const std::string &why)
     if (verdict.give_up)
         return false;
     pass_over_time_ = verdict.pause;
-    if (options.unplayable_files->note(name_, its_own_fault ? stamp_ : std::nullopt, why,
-                                       timed_out_))
+    if (options.unplayable_files->note(name_, its_own_fault ? stamp_ : std::nullopt, why, kind))
         PLATFORM_LOGW("player", "%s cannot be played: %s; it is passed over", name_.c_str(),
                       why.c_str());
     phase_ = Phase::PassedOver;

@@ -6,6 +6,7 @@
 #include <Edje.h>
 
 #include "base/utf8.h"
+#include "log/log_line.h"
 #include "log/platform_log.h"
 #include "player_rules/user_interface.h"
 #include "settings/settings.h"
@@ -20,34 +21,36 @@ constexpr char PART[] = "text";
 constexpr char SLOT[] = "<<A>>";
 /** Keeps a path's or a name's own direction in a text of the other one. */
 constexpr char LEFT_TO_RIGHT_MARK[] = "\u200e";
-constexpr char UNKNOWN_LETTER[] = "\uFFFD";
+/** Lines do not break there. */
+constexpr char WORD_JOINER[] = "\u2060";
 constexpr char ELLIPSIS[] = "\u2026";
 
 /** The panel's longer side that the theme is drawn for. */
 constexpr double DESIGN_SIDE = 1920.0;
 constexpr size_t MOST_FILES = 8;
 constexpr size_t LONGEST_NAME = 60;
-constexpr size_t LONGEST_REASON = 110;
 
-/** A text for people: bytes that are none of UTF-8 are seen as such, and what is long is cut. */
-std::string shortened(const std::string &text, size_t most)
+/** A file's name for people: each byte of it is seen, and what is long is cut. */
+std::string name_of(const std::string &path)
 {
-    std::vector<std::string> letters;
-    for (size_t at = 0; at < text.size();) {
-        const size_t length = utf8_length(text, at);
-        letters.push_back(length ? text.substr(at, length) : UNKNOWN_LETTER);
-        at += std::max<size_t>(length, 1);
-    }
+    const std::string name = visible_text(path.substr(path.rfind('/') + 1));
+    std::vector<size_t> letters; // where they begin
+    for (size_t at = 0; at < name.size(); at += utf8_length(name, at))
+        letters.push_back(at);
+    if (letters.size() <= LONGEST_NAME)
+        return name;
     // The end of a name tells as much as its beginning: it has the number and the kind of file.
-    if (letters.size() > most) {
-        const auto middle = letters.begin() + static_cast<ptrdiff_t>(most / 2);
-        letters.erase(middle, middle + static_cast<ptrdiff_t>(letters.size() - most + 1));
-        letters.insert(letters.begin() + static_cast<ptrdiff_t>(most / 2), ELLIPSIS);
-    }
-    std::string whole;
-    for (const std::string &letter : letters)
-        whole += letter;
-    return whole;
+    return name.substr(0, letters[LONGEST_NAME / 2]) + ELLIPSIS +
+           name.substr(letters[letters.size() - LONGEST_NAME / 2 + 1]);
+}
+
+/** A path as it is read and in one piece, in a text of whatever direction. */
+std::string path_in_text(const std::string &path)
+{
+    std::string text = LEFT_TO_RIGHT_MARK;
+    for (const char letter : path)
+        text += letter == '/' ? letter + std::string(WORD_JOINER) : std::string(1, letter);
+    return text + LEFT_TO_RIGHT_MARK;
 }
 
 std::string translated(const char *id)
@@ -55,18 +58,34 @@ std::string translated(const char *id)
     return dgettext(TEXT_DOMAIN, id);
 }
 
+std::string why(UnplayableFile::Kind kind)
+{
+    switch (kind) {
+    case UnplayableFile::Kind::Damaged:
+        return translated("STANDBY_FILE_DAMAGED");
+    case UnplayableFile::Kind::NoDecoder:
+        return translated("STANDBY_FILE_NO_DECODER");
+    case UnplayableFile::Kind::Unreadable:
+        return translated("STANDBY_FILE_UNREADABLE");
+    case UnplayableFile::Kind::TooSlow:
+        return translated("STANDBY_FILE_TOO_SLOW");
+    case UnplayableFile::Kind::Refused:
+        break;
+    }
+    return translated("STANDBY_FILE_REFUSED");
+}
+
 std::string paragraph(const char *tag, const std::string &text)
 {
     return std::string("<ps/><") + tag + ">" + markup_of(text.c_str()) + "</" + tag + ">";
 }
 
-std::string list_of(const std::vector<StandbyMessage::File> &files, size_t named)
+std::string list_of(const std::vector<UnplayableFile> &files, size_t named)
 {
     std::string markup;
     for (size_t i = 0; i < std::min(named, files.size()); ++i)
-        markup += paragraph("gap", " ") +
-                  paragraph("file", shortened(files[i].name, LONGEST_NAME)) +
-                  paragraph("why", shortened(files[i].why, LONGEST_REASON));
+        markup += paragraph("gap", " ") + paragraph("file", name_of(files[i].path)) +
+                  paragraph("why", why(files[i].kind));
     if (named < files.size())
         markup +=
             paragraph("gap", " ") + paragraph("file", "+ " + std::to_string(files.size() - named));
@@ -77,27 +96,28 @@ std::string list_of(const std::vector<StandbyMessage::File> &files, size_t named
 
 std::string standby_markup(const StandbyMessage &message, size_t named)
 {
-    std::string name = std::string("<name>") + PRODUCT_NAME + "</name>";
-    const auto with = [&](const std::string &text) {
-        return name + paragraph("gap", " ") + "<ps/>" + markup_of(text.c_str());
+    const auto with = [](const std::string &text) {
+        return std::string("<name>") + PRODUCT_NAME + "</name>" + paragraph("gap", " ") + "<ps/>" +
+               markup_of(text.c_str());
     };
     switch (message.kind) {
-    case StandbyMessage::Kind::OneMoment:
-        return with(translated("STANDBY_ONE_MOMENT"));
+    case StandbyMessage::Kind::SwitchedOff:
+        return with(translated("STANDBY_SWITCHED_OFF"));
+    case StandbyMessage::Kind::BeginsAgain:
+        return with(translated("STANDBY_BEGINS_AGAIN"));
     case StandbyMessage::Kind::NoContent: {
         std::string text = translated("STANDBY_NO_CONTENT");
         const size_t slot = text.find(SLOT);
         if (slot != std::string::npos)
-            text.replace(slot, sizeof SLOT - 1,
-                         LEFT_TO_RIGHT_MARK + message.folder + LEFT_TO_RIGHT_MARK);
+            text.replace(slot, sizeof SLOT - 1, path_in_text(message.folder));
         return with(text);
     }
     case StandbyMessage::Kind::UnplayableFiles:
         return with(translated("STANDBY_UNPLAYABLE_FILES")) + list_of(message.files, named);
-    case StandbyMessage::Kind::SwitchedOff:
+    case StandbyMessage::Kind::OneMoment:
         break;
     }
-    return name;
+    return with(translated("STANDBY_ONE_MOMENT"));
 }
 
 StandbyCard::StandbyCard(Evas *canvas) : card_(edje_object_add(canvas))

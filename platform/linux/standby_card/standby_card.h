@@ -12,24 +12,22 @@
 
 #include "base/geometry.h"
 #include "base/toolkit_handles.h"
+#include "unplayable_files/unplayable_files.h"
 
 namespace platform {
 
 struct StandbyMessage {
     enum class Kind {
-        SwitchedOff,     ///< staff have ended the demo: nothing but the product's name
+        SwitchedOff,     ///< staff have ended the demo
         OneMoment,       ///< a picture is to come
+        BeginsAgain,     ///< a file has ended the demo
         NoContent,       ///< where content belongs
         UnplayableFiles, ///< which files cannot be played, and why
     };
-    struct File {
-        std::string name; ///< any bytes
-        std::string why;  ///< in words
-    };
 
     Kind kind = Kind::OneMoment;
-    std::string folder;      ///< of NoContent
-    std::vector<File> files; ///< of UnplayableFiles
+    std::string folder;                ///< of NoContent
+    std::vector<UnplayableFile> files; ///< of UnplayableFiles; with names of any bytes
 };
 
 /** The message as the markup of the card's text. @param named so many files; others are counted */

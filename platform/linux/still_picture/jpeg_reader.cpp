@@ -149,9 +149,10 @@ void JpegReader::give_up()
     std::longjmp(on_error_, 1);
 }
 
-void JpegReader::give_up(const char *reason)
+void JpegReader::give_up(const char *reason, UnplayableFile::Kind kind)
 {
     snprintf(message_, sizeof message_, "%s", reason);
+    error_kind_ = kind;
     std::longjmp(on_error_, 1);
 }
 
@@ -172,11 +173,14 @@ bool JpegReader::open(const std::string &path)
     exif_.reserve(LONGEST_SEGMENT);
     if (!Readers::get().enter(path)) {
         snprintf(message_, sizeof message_, "Earlier readings of it hang");
+        error_kind_ = UnplayableFile::Kind::TooSlow;
         return false;
     }
     path_ = path;
     file_ = open_regular_file(path);
     if (!file_) {
+        if (errno != EISDIR && errno != EINVAL) // those are no ordinary files
+            error_kind_ = UnplayableFile::Kind::Unreadable;
         snprintf(message_, sizeof message_, "%s", strerror(errno));
         return false;
     }
@@ -225,7 +229,7 @@ bool JpegReader::next_piece()
         give_up("Premature end of JPEG file");
     const ssize_t length = read_piece(file_.number(), piece_.data(), piece_.size());
     if (length < 0)
-        give_up(strerror(errno));
+        give_up(strerror(errno), UnplayableFile::Kind::Unreadable);
     if (length > 0) {
         source_.next_input_byte = piece_.data();
         source_.bytes_in_buffer = static_cast<size_t>(length);

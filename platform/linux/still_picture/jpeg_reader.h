@@ -23,6 +23,7 @@
 #include "still_picture/colour_profile.h"
 #include "still_picture/icc_chunks.h"
 #include "still_picture/image.h"
+#include "unplayable_files/unplayable_files.h"
 
 namespace platform {
 
@@ -64,6 +65,9 @@ class JpegReader {
     /** Why the last call failed, for the log. */
     const char *error() const { return message_; }
 
+    /** What kind of reason that is. */
+    UnplayableFile::Kind error_kind() const { return error_kind_; }
+
   private:
     template <typename Step> bool guarded(const Step &step);
     void start(const Size &wanted);
@@ -76,7 +80,8 @@ class JpegReader {
     void take_exif();
     void take_icc();
     std::unique_ptr<ColourProfile> make_profile();
-    [[noreturn]] void give_up(const char *reason);
+    [[noreturn]] void give_up(const char *reason,
+                              UnplayableFile::Kind kind = UnplayableFile::Kind::Damaged);
     [[noreturn]] void give_up();
     static JpegReader &of(j_common_ptr codec);
     static JpegReader &of(j_decompress_ptr codec);
@@ -92,6 +97,7 @@ class JpegReader {
     bool header_read_ = false;
     bool at_end_ = false;
     char message_[JMSG_LENGTH_MAX] = "";
+    UnplayableFile::Kind error_kind_ = UnplayableFile::Kind::Damaged; ///< of message_
     std::jmp_buf on_error_;
 
     jpeg_decompress_struct codec_ = {};

@@ -9,7 +9,6 @@
 #include "settings/settings.h"
 #include "still_picture/compose.h"
 #include "still_picture/picture_status.h"
-#include "unplayable_files/unplayable_files.h"
 
 namespace platform {
 
@@ -18,13 +17,15 @@ namespace {
 /** A folder of broken pictures must not keep the set busy. */
 constexpr std::chrono::milliseconds FAILURE_DELAY{200};
 
+constexpr char NO_MEMORY[] = "no memory";
+
 StillPicture *made_last = nullptr;
 
 /** A photo is tried each time, whatever became of it before. */
-void note_failure(const std::string &path, const char *reason)
+void note_failure(const std::string &path, const char *reason, UnplayableFile::Kind kind)
 {
     PLATFORM_LOGW("still picture", "%s: %s", path.c_str(), reason);
-    UnplayableFiles::get().note(path, std::nullopt, reason);
+    UnplayableFiles::get().note(path, std::nullopt, reason, kind);
 }
 
 } // namespace
@@ -140,7 +141,7 @@ void StillPicture::look_after()
     }
     if (!move_on(now, Phase::failed))
         return;
-    note_failure(path_, "its reading hangs");
+    note_failure(path_, "its reading hangs", UnplayableFile::Kind::TooSlow);
     if (now == Phase::parsing)
         deliver(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED);
     else
@@ -157,9 +158,10 @@ void StillPicture::read_header(Time asked)
             reader_ = std::make_unique<JpegReader>(progress_);
             if (!reader_->open(path_))
                 return fail(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED, asked,
-                            reader_->error());
+                            reader_->error(), reader_->error_kind());
         } catch (const std::bad_alloc &) {
-            return fail(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED, asked, "no memory");
+            return fail(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED, asked, NO_MEMORY,
+                        UnplayableFile::Kind::Refused);
         }
         decoded_->stored = reader_->size();
         decoded_->orientation = reader_->orientation();
@@ -175,10 +177,11 @@ void StillPicture::read_pixels(Time asked)
 {
     try {
         if (reader_ && !reader_->decode(size_to_keep(decoded_->stored, panel()), decoded_->image))
-            return fail(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODE_FAILED, asked,
-                        reader_->error());
+            return fail(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODE_FAILED, asked, reader_->error(),
+                        reader_->error_kind());
     } catch (const std::bad_alloc &) {
-        return fail(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODE_FAILED, asked, "no memory");
+        return fail(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODE_FAILED, asked, NO_MEMORY,
+                    UnplayableFile::Kind::Refused);
     }
     if (reader_)
         decoded_->profile = reader_->profile_use();
@@ -198,12 +201,12 @@ Size StillPicture::panel() const
 }
 
 void StillPicture::fail(pictrel_event_type_e type, pictrel_event_result_e result, Time asked,
-                        const char *reason)
+                        const char *reason, UnplayableFile::Kind kind)
 {
     if (!move_on(type == PICTREL_EVENT_PARSE ? Phase::parsing : Phase::decoding, Phase::failed))
         return;
     if (!worker_.stopping())
-        note_failure(path_, reason);
+        note_failure(path_, reason, kind);
     reader_.reset(); // the reason went with it
     if (worker_.wait_until(asked + FAILURE_DELAY))
         deliver(type, result);

@@ -20,6 +20,7 @@
 #include "base/worker_thread.h"
 #include "still_picture/jpeg_reader.h"
 #include "still_picture/picture_ahead.h"
+#include "unplayable_files/unplayable_files.h"
 #include "video_plane/video_plane.h"
 
 namespace platform {
@@ -97,7 +98,7 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     void read_header(Time asked);
     void read_pixels(Time asked);
     void fail(pictrel_event_type_e type, pictrel_event_result_e result, Time asked,
-              const char *reason);
+              const char *reason, UnplayableFile::Kind kind);
     bool show(int degrees, pictrel_event_type_e done);
     void post_event(pictrel_event_type_e type, pictrel_event_result_e result);
     void deliver(pictrel_event_type_e type, pictrel_event_result_e result);

@@ -28,7 +28,7 @@ UnplayableFiles &UnplayableFiles::get()
 }
 
 bool UnplayableFiles::note(const std::string &path, const std::optional<FileStamp> &stamp,
-                           const std::string &why, bool timed_out, Clock::time_point now)
+                           const std::string &why, UnplayableFile::Kind kind, Clock::time_point now)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
     if (files_.size() >= MOST_FILES && files_.count(path) == 0) {
@@ -44,14 +44,14 @@ bool UnplayableFiles::note(const std::string &path, const std::optional<FileStam
         return false;
     // The same damage is told in other words now and then.
     if (entry.stamp != stamp || (!stamp && entry.why != why)) {
-        entry = {stamp, why};
+        entry = {stamp, why, kind};
         if (listener_)
             listener_();
         return true;
     }
     entry.failed_twice = true;
     entry.next_try = Clock::time_point::max();
-    if (timed_out && stamp) {
+    if (kind == UnplayableFile::Kind::TooSlow && stamp) {
         entry.pause = std::clamp(2 * entry.pause, FIRST_PAUSE, LONGEST_PAUSE);
         entry.next_try = now + entry.pause;
         PLATFORM_LOGW("player", "%s is slow again; it is tried anew in %d min", path.c_str(),
@@ -87,7 +87,7 @@ std::vector<UnplayableFile> UnplayableFiles::all() const
     const std::lock_guard<std::mutex> lock(mutex_);
     std::vector<UnplayableFile> all;
     for (const auto &[path, entry] : files_)
-        all.push_back({path, entry.why});
+        all.push_back({path, entry.why, entry.kind});
     return all;
 }
 

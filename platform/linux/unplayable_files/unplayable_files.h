@@ -1,8 +1,8 @@
 /**
  * The files that could not be shown, and why: photos, and videos where such are passed over. A
- * video that has failed twice is not tried again until it changes; one whose picture did not come
- * in time, for which a disk that hung may be to blame, is tried again from time to time as well.
- * Any thread; never asks the disk.
+ * video that has failed twice is not tried again until it changes; one that was too slow, for which
+ * a disk that hung may be to blame, is tried again from time to time as well. Any thread; never
+ * asks the disk.
  */
 #pragma once
 
@@ -19,8 +19,18 @@
 namespace platform {
 
 struct UnplayableFile {
+    /** What to do about it: all that staff can read of it in their own language. */
+    enum class Kind {
+        Damaged,    ///< nothing in it, or nothing that is played: another file has to be brought
+        NoDecoder,  ///< a package has to be installed
+        Unreadable, ///< missing, or not to be read
+        TooSlow,    ///< reading it, or its picture, did not come in time
+        Refused,    ///< the machine has no memory, thread or device for it at this moment
+    };
+
     std::string path;
-    std::string why; ///< in words
+    std::string why; ///< in words, as the log has it
+    Kind kind = Kind::Damaged;
 };
 
 class UnplayableFiles {
@@ -34,12 +44,12 @@ class UnplayableFiles {
      * A file could not be shown, or was not tried. Of one that has not changed the first reason
      * stays.
      *
-     * @param stamp     nothing: the file is tried each time
-     * @param timed_out its picture did not come in time
+     * @param stamp nothing: the file is tried each time
      * @return false when it is no news, or the list is full
      */
     bool note(const std::string &path, const std::optional<FileStamp> &stamp,
-              const std::string &why, bool timed_out = false, Clock::time_point now = Clock::now());
+              const std::string &why, UnplayableFile::Kind kind = UnplayableFile::Kind::Damaged,
+              Clock::time_point now = Clock::now());
 
     /** A file could be shown. */
     void forget(const std::string &path);
@@ -61,6 +71,7 @@ class UnplayableFiles {
     struct Entry {
         std::optional<FileStamp> stamp;
         std::string why;
+        UnplayableFile::Kind kind = UnplayableFile::Kind::Damaged;
         bool failed_twice = false;     ///< with this stamp
         std::chrono::minutes pause{0}; ///< before the next try, where there is to be one
         Clock::time_point next_try = Clock::time_point::max();

@@ -117,7 +117,8 @@ TEST_F(Decoder, ThatIsMissingForThePictureIsLookedForEachTime)
         ASSERT_TRUE(gone.any());
         for (int time = 0; time < 2; time++) {
             EXPECT_TRUE(prepared(file)) << "it is passed over";
-            EXPECT_EQ(unplayable.all().size(), 1u);
+            ASSERT_EQ(unplayable.all().size(), 1u);
+            EXPECT_EQ(unplayable.all()[0].kind, platform::UnplayableFile::Kind::NoDecoder);
             player_->unprepare();
         }
     }

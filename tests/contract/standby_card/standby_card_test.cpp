@@ -34,20 +34,21 @@ StandbyMessage no_content()
     return {Kind::NoContent, "/opt/data/demo_movie", {}};
 }
 
-/** As bad as it gets: long names in both directions, with spaces and without, and long reasons. */
+/** As bad as it gets: all the reasons, long names in both directions, with spaces and without. */
 StandbyMessage unplayable()
 {
-    const std::string long_reason(400, 'w');
+    using Why = UnplayableFile::Kind;
     StandbyMessage message = {Kind::UnplayableFiles, "", {}};
-    message.files = {{std::string(251, 'n') + ".mp4", long_reason},
-                     {"A walk through the mountains and along the coast on the first day of a long "
-                      "summer.mkv",
-                      "The file is damaged, or of a kind that is not known."},
-                     {"مشاهد من الطبيعة.mp4", "no film"},
-                     {"서울의 밤.ts", "its first picture did not come within 15 s"},
-                     {"b\xff<b>&amp;.avi", "no decoder for video/x-<something>"},
-                     {"f.mp4", "no film"},
-                     {"g.mp4", "no film"}};
+    message.files = {
+        {"/demo/" + std::string(251, 'n') + ".mp4", "it is a photo", Why::Damaged},
+        {"/demo/A walk through the mountains and along the coast on the first day of a long "
+         "summer.mkv",
+         "no decoder is installed for it (H.264)", Why::NoDecoder},
+        {"/demo/مشاهد من الطبيعة.mp4", "there is no such file", Why::Unreadable},
+        {"/demo/서울의 밤.ts", "its first frame does not come", Why::TooSlow},
+        {"/demo/b\xff<b>&amp;\u202e\n.avi", "there is no thread to open it", Why::Refused},
+        {"/demo/f.mp4", "it has no picture", Why::Damaged},
+        {"/demo/g.mp4", "it has no picture", Why::Damaged}};
     return message;
 }
 
@@ -135,7 +136,11 @@ TEST_P(EachPanel, HasRoomForAllInEveryLanguage)
         SCOPED_TRACE(language);
         speak(language);
         const std::map<std::string, StandbyMessage> messages = {
-            {"moment", {}}, {"content", no_content()}, {"files", unplayable()}};
+            {"moment", {}},
+            {"again", {Kind::BeginsAgain, "", {}}},
+            {"off", {Kind::SwitchedOff, "", {}}},
+            {"content", no_content()},
+            {"files", unplayable()}};
         for (const auto &[what, message] : messages) {
             const auto picture = card.draw(message);
             keep(what + "-" + name + "-" + language, picture, size);
@@ -153,7 +158,7 @@ TEST_F(StandbyCardTest, SaysWhereContentBelongs)
     speak("en_US");
     const std::string markup = standby_markup(no_content(), 1);
     EXPECT_THAT(markup, HasSubstr("Copy videos or photos to"));
-    EXPECT_THAT(markup, HasSubstr("/opt/data/demo_movie"));
+    EXPECT_THAT(markup, HasSubstr("/\u2060opt/\u2060data/\u2060demo_movie")) << "in one piece";
     EXPECT_THAT(markup, HasSubstr(", or plug in a stick with a folder demo"));
     EXPECT_THAT(markup, Not(HasSubstr("A&gt;&gt;")));
 }
@@ -161,9 +166,9 @@ TEST_F(StandbyCardTest, SaysWhereContentBelongs)
 TEST_F(StandbyCardTest, NamesTheFirstFilesWithTheirReasonsAndCountsTheOthers)
 {
     const std::string markup = standby_markup(unplayable(), 5);
-    EXPECT_THAT(markup, HasSubstr("The file is damaged, or of a kind that is not known."));
-    EXPECT_THAT(markup, HasSubstr("서울의 밤.ts"));
-    EXPECT_THAT(markup, HasSubstr("b\uFFFD&lt;b&gt;&amp;amp;.avi"));
+    EXPECT_THAT(markup, HasSubstr("summer.mkv</file><ps/><why>No decoder for it is installed<"));
+    EXPECT_THAT(markup, HasSubstr("<file>서울의 밤.ts</file><ps/><why>Takes too long to read<"));
+    EXPECT_THAT(markup, HasSubstr("<file>b\\xff&lt;b&gt;&amp;amp;\\xe2\\x80\\xae\\n.avi<"));
     EXPECT_THAT(markup, Not(HasSubstr("f.mp4")));
     EXPECT_THAT(markup, HasSubstr("+ 2"));
     // Of a long name, beginning and end.
@@ -178,7 +183,15 @@ TEST_F(StandbyCardTest, APictureOfItLooksTheSame)
     EXPECT_EQ(standby_picture(unplayable(), size), DrawnCard(size).draw(unplayable()));
 }
 
-TEST_F(StandbyCardTest, ADemoThatIsSwitchedOffHasNothingButTheName)
+TEST_F(StandbyCardTest, GivesEachKindOfReasonInEveryLanguage)
 {
-    EXPECT_EQ(standby_markup({Kind::SwitchedOff, "", {}}, 1), "<name>Ostrel demo player</name>");
+    for (const std::string &language : LANGUAGES) {
+        speak(language);
+        std::set<std::string> reasons;
+        for (const UnplayableFile &file : unplayable().files)
+            reasons.insert(standby_markup({Kind::UnplayableFiles, "", {{"a", "", file.kind}}}, 1));
+        EXPECT_EQ(reasons.size(), 5u) << language;
+        for (const std::string &markup : reasons)
+            EXPECT_THAT(markup, Not(HasSubstr("STANDBY_"))) << language;
+    }
 }

@@ -12,6 +12,8 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using namespace std::string_literals;
+using Kind = platform::UnplayableFile::Kind;
 
 constexpr std::chrono::milliseconds EARLIEST_FAILURE{200};
 
@@ -76,10 +78,12 @@ class ABadFile : public PictureTest {
 TEST_F(ABadFile, IsToldOfUntilItCanBeShown)
 {
     expect_parse_fails_of("just a text");
-    EXPECT_EQ(why_unplayable(file("bad.jpg")), "Not a JPEG file: starts with 0x6a 0x75");
+    EXPECT_EQ(why_unplayable(file("bad.jpg")),
+              std::pair(Kind::Damaged, "Not a JPEG file: starts with 0x6a 0x75"s));
     const std::string bytes = bytes_of_a_picture();
     expect_decode_fails_of(bytes.substr(0, bytes.size() / 2));
-    EXPECT_EQ(why_unplayable(file("bad.jpg")), "Corrupt JPEG data: premature end of data segment");
+    EXPECT_EQ(why_unplayable(file("bad.jpg")),
+              std::pair(Kind::Damaged, "Corrupt JPEG data: premature end of data segment"s));
 
     store_test::write_file(file("bad.jpg"), bytes);
     open(file("bad.jpg"));
@@ -101,12 +105,15 @@ TEST_F(ABadFile, ThatCannotBeOpenedFailsToParse)
 {
     std::filesystem::create_symlink("loop.jpg", file("loop.jpg"));
     expect_parse_fails(file("loop.jpg"));
+    EXPECT_EQ(why_unplayable(file("loop.jpg")),
+              std::pair(Kind::Unreadable, "Too many levels of symbolic links"s));
 }
 
 TEST_F(ABadFile, ThatIsAFolderFailsToParse)
 {
     std::filesystem::create_directory(file("folder.jpg"));
     expect_parse_fails(file("folder.jpg"));
+    EXPECT_EQ(why_unplayable(file("folder.jpg")), std::pair(Kind::Damaged, "Is a directory"s));
 }
 
 TEST_F(ABadFile, ThatIsAPipeFailsToParse)

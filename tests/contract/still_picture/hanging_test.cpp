@@ -153,7 +153,8 @@ TEST_F(AHangingDisk, FailsToParse)
 
     EXPECT_THAT(application_.events(1), ElementsAre(PARSE_FAILED));
     EXPECT_THAT(log.text(), HasSubstr("a.jpg: its reading hangs"));
-    EXPECT_EQ(why_unplayable(file("a.jpg")), "its reading hangs");
+    EXPECT_EQ(why_unplayable(file("a.jpg")),
+              std::pair(platform::UnplayableFile::Kind::TooSlow, std::string("its reading hangs")));
     EXPECT_LT(pictrel_decode(picture_, 0), 0);
 }
 

@@ -106,12 +106,13 @@ MATCHER_P(LooksLike, color, "")
     return true;
 }
 
-/** What the platform tells of a file that could not be shown. */
-inline std::optional<std::string> why_unplayable(const std::string &path)
+/** What the platform tells of a file that could not be shown: its kind and why, or nothing. */
+inline std::optional<std::pair<platform::UnplayableFile::Kind, std::string>>
+why_unplayable(const std::string &path)
 {
     for (const platform::UnplayableFile &file : platform::UnplayableFiles::get().all()) {
         if (file.path == path)
-            return file.why;
+            return std::pair(file.kind, file.why);
     }
     return std::nullopt;
 }

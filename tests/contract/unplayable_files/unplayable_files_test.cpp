@@ -8,6 +8,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using platform::UnplayableFiles;
+using Kind = platform::UnplayableFile::Kind;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
@@ -43,22 +44,21 @@ TEST(UnplayableFilesTest, AFileThatHasChangedHasTwoTriesAgain)
 
 TEST(UnplayableFilesTest, AFileThatIsTooSlowIsTriedAgainMoreAndMoreRarely)
 {
-    constexpr bool TIMED_OUT = true;
     UnplayableFiles files;
     UnplayableFiles::Clock::time_point now;
-    files.note("/a.mp4", ONE, "its first frame does not come", TIMED_OUT, now);
+    files.note("/a.mp4", ONE, "its first frame does not come", Kind::TooSlow, now);
     EXPECT_FALSE(files.why("/a.mp4", ONE, now));
 
     for (const auto &pause : {5min, 10min, 20min, 40min, 60min, 60min}) {
-        files.note("/a.mp4", ONE, "its first frame does not come", TIMED_OUT, now);
+        files.note("/a.mp4", ONE, "its first frame does not come", Kind::TooSlow, now);
         now += pause - 1s;
         EXPECT_TRUE(files.why("/a.mp4", ONE, now)) << pause.count();
-        files.note("/a.mp4", ONE, "its first frame does not come", !TIMED_OUT, now);
+        files.note("/a.mp4", ONE, "its first frame does not come", Kind::Damaged, now);
         now += 1s;
         EXPECT_FALSE(files.why("/a.mp4", ONE, now)) << pause.count();
     }
 
-    files.note("/a.mp4", ONE, "it has no picture", !TIMED_OUT, now);
+    files.note("/a.mp4", ONE, "it has no picture", Kind::Damaged, now);
     EXPECT_TRUE(files.why("/a.mp4", ONE, now + 24h)) << "the disk has answered";
 }
 
@@ -67,11 +67,12 @@ TEST(UnplayableFilesTest, AFileWithoutAStampIsToldOfAndTriedEachTime)
     UnplayableFiles files;
 
     for (int time = 0; time < 2; ++time)
-        files.note("/a.mp4", std::nullopt, "there is no such file");
+        files.note("/a.mp4", std::nullopt, "there is no such file", Kind::Unreadable);
 
     ASSERT_EQ(files.all().size(), 1u);
     EXPECT_EQ(files.all()[0].path, "/a.mp4");
     EXPECT_EQ(files.all()[0].why, "there is no such file");
+    EXPECT_EQ(files.all()[0].kind, Kind::Unreadable);
     EXPECT_FALSE(files.why("/a.mp4", ONE));
 }
 

@@ -29,7 +29,14 @@ const std::map<std::string, int> SLOTS_OF_TEXT = {
     {"TV_SID_ZAVO_MIX_CAAUG_RESET_P_L_TIMER_A_MINS", 1},
     {"STANDBY_ONE_MOMENT", 0},
     {"STANDBY_NO_CONTENT", 1},
-    {"STANDBY_UNPLAYABLE_FILES", 0}};
+    {"STANDBY_UNPLAYABLE_FILES", 0},
+    {"STANDBY_SWITCHED_OFF", 0},
+    {"STANDBY_BEGINS_AGAIN", 0},
+    {"STANDBY_FILE_DAMAGED", 0},
+    {"STANDBY_FILE_NO_DECODER", 0},
+    {"STANDBY_FILE_UNREADABLE", 0},
+    {"STANDBY_FILE_TOO_SLOW", 0},
+    {"STANDBY_FILE_REFUSED", 0}};
 
 std::uint32_t word_at(const std::string &bytes, std::size_t position)
 {
