@@ -236,3 +236,15 @@ def test_films_that_vanish_are_named_and_play_when_they_are_back(tv, screen, con
         wait_until(lambda: recorder.names()[-1] in ("red", "green"), "a film again")
     assert "black" not in recorder.names()
     assert player.running()
+
+
+def test_keys_that_change_while_the_program_ends_find_nobody(tv, screen):
+    """The toolkit's loop turns on when the program has let go of its card."""
+    standby = tv.start_standby()
+    wait_seen(screen, "card")
+    standby.process.send_signal(signal.SIGTERM)
+    value = 0
+    while standby.running():
+        value = 2 - value
+        tv.set_config(PLAYBACK_STATUS, value)
+    assert standby.wait_end() == 0
