@@ -15,8 +15,8 @@ namespace platform {
 class StandIn {
   public:
     /**
-     * Shows the files that cannot be played, with the kinds of reasons, or that a picture is to come where
-     * there are none.
+     * Shows the files that cannot be played, with the kinds of reasons, or that a picture is to
+     * come where there are none.
      *
      * @param window the application's; null: nothing is shown
      * @return false when it is not to be seen, because of a picture that came meanwhile for
