@@ -33,7 +33,7 @@ constexpr size_t LONGEST_NAME = 60;
 /** A file's name for people: each byte of it is seen, and what is long is cut. */
 std::string name_of(const std::string &path)
 {
-    const std::string name = visible_text(path.substr(path.rfind('/') + 1));
+    std::string name = visible_text(path.substr(path.rfind('/') + 1));
     std::vector<size_t> letters; // where they begin
     for (size_t at = 0; at < name.size(); at += utf8_length(name, at))
         letters.push_back(at);
