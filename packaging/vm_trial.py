@@ -527,7 +527,7 @@ def power_cuts(trial, cuts, own):
         # A choice about the moment in which the power goes.
         new = (kept + 1) % 10
         machine.run(f"ostrel-demo-kiosk tvctl config set {CHOICE} {new} >/dev/null 2>&1 & "
-                    f"sleep {number % 10 * 0.3:.1f}")
+                    f"sleep {number % 10 * 0.5:.1f}")
         machine.cut()
         trial.boot(keep="power cut" if number == 0 else None)
         machine = trial.machine
