@@ -457,10 +457,12 @@ def ends(trial, no_content):
         machine.run(f"kill -{signal} {before}")
         # What has been stopped is seen until its watchdog ends it.
         trial.see(f"{what}: the standby card",
-                  lambda image: shows_card(image) and is_other(image, no_content), keep=what, since=began)
+                  lambda image: shows_card(image) and is_other(image, no_content),
+                  keep=what if what == "player crashed" else None, since=began)
         trial.see(f"{what}: the demo is back", shows_pictures,
                   when=lambda: machine.process_of(unit) not in (before, "0") and
-                  machine.process_of(PLAYER) not in (player, "0"), keep=f"{what}: back", since=began)
+                  machine.process_of(PLAYER) not in (player, "0"), since=began,
+                  keep=f"{what}: back" if what in ("player crashed", "compositor killed") else None)
 
 
 def writes(trial):
@@ -529,7 +531,7 @@ def power_cuts(trial, cuts, own):
         machine.run(f"ostrel-demo-kiosk tvctl config set {CHOICE} {new} >/dev/null 2>&1 & "
                     f"sleep {number % 10 * 0.5:.1f}")
         machine.cut()
-        trial.boot(keep="power cut" if number == 0 else None)
+        trial.boot(keep="power cut, and on again" if number == 0 else None)
         machine = trial.machine
         trial.see(f"power cut {number + 1}: the demo is back", shows_pictures,
                   keep="after the power cut" if number == 0 else None, since=0)
