@@ -32,7 +32,7 @@ while [ $# -gt 0 ]; do
     esac
     shift
 done
-case $cuts in '' | *[!0-9]*) usage >&2; exit 2 ;; esac
+case $cuts in '' | 0* | *[!0-9]*) usage >&2; exit 2 ;; esac
 [ "$(id -u)" -eq 0 ] || { echo "test-in-vm.sh: needs root." >&2; exit 1; }
 
 packaging/install-missing.sh build run test package vm

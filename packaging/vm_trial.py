@@ -540,8 +540,6 @@ def power_cuts(trial, cuts, own):
         changed += found == str(new)
         losses += found not in (str(kept), str(new))
         kept = int(found) if found.isdigit() else 7
-    if not cuts:
-        return
     trial.check(f"each time with a choice as before ({cuts - changed - losses}) or after ({changed}) "
                 "the one that was made as the power went", losses == 0)
     factor = slowness(trial)
