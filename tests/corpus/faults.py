@@ -3,6 +3,7 @@ another file in front, a stretch of nothing, a wrong name. The same seed gives t
 
 import collections
 import functools
+import itertools
 import random
 
 from specimens import ending_of, is_subtitle
@@ -66,11 +67,17 @@ def all_cases(files, seed):
 
 
 def sample(cases, count, seed):
-    """As many of the cases, by chance. No more than half are flipped bits while there are others."""
+    """As many of the cases, by chance. Each kind of file has its share, so that each codec is met, and
+    no more than half of it are flipped bits while there are others."""
     chance = random.Random(f"{seed} {count}")
-    flips = [case for case in cases if case.fault == "flip"]
-    others = [case for case in cases if case.fault != "flip"]
-    few = min(len(others), count // 2)
-    chosen = chance.sample(others, few) + chance.sample(flips, min(len(flips), count - few))
+    shuffled = chance.sample(cases, len(cases))
+    kinds = collections.defaultdict(lambda: ([], []))
+    for case in shuffled:
+        kinds[case.name.rpartition("-")[0]][case.fault == "flip"].append(case)
+    # Of each kind in turns: one that is not a flip, one that is.
+    queues = [[case for pair in itertools.zip_longest(*both) for case in pair if case]
+              for both in kinds.values()]
+    chance.shuffle(queues)
+    chosen = [case for turn in itertools.zip_longest(*queues) for case in turn if case][:count]
     chance.shuffle(chosen)
     return chosen

@@ -52,6 +52,24 @@ VIDEOS = {
     "flv-h264": ("flv", X264, AAC),
     "mpeg-mpeg1": ("mpeg", "-c:v mpeg1video", MP2),
     "mpeg-mpeg2": ("vob", f"-c:v mpeg2video {INTERLACED}", AC3),
+    # What cameras, cutting rooms and the programs of former days write.
+    "avi-dv": ("avi", "-c:v dvvideo -s 720x576 -frames:v 2", "-c:a adpcm_ima_wav"),
+    "mkv-ffv1": ("matroska", "-c:v ffv1 -level 3", "-c:a truehd"),
+    "avi-huffyuv": ("avi", "-c:v huffyuv -pix_fmt yuv422p", "-c:a adpcm_ms"),
+    "avi-cinepak": ("avi", "-c:v cinepak -pix_fmt rgb24", "-c:a pcm_mulaw"),
+    "avi-msvideo1": ("avi", "-c:v msvideo1 -pix_fmt rgb555le", "-c:a libgsm_ms -ar 8000 -ac 1"),
+    "mp4-h263": ("mov", "-c:v h263", "-c:a alac"),
+    "mp4-prores": ("mov", "-c:v prores_ks -profile:v proxy -pix_fmt yuv422p10le", "-c:a pcm_s24be"),
+    "mp4-dnxhd": ("mov", "-c:v dnxhd -b:v 60M -s 1280x720 -r 24000/1001 -pix_fmt yuv422p -frames:v 1",
+                  "-c:a pcm_alaw"),
+    "mp4-svq1": ("mov", "-c:v svq1 -pix_fmt yuv410p", "-c:a adpcm_ima_qt"),
+    "mp4-rle": ("mov", "-c:v qtrle -pix_fmt rgb24", "-c:a eac3"),
+    "flv-flashsv": ("flv", "-c:v flashsv -pix_fmt bgr24", "-c:a nellymoser -ar 44100 -ac 1"),
+    "ogg-speex": ("ogg", "-c:v libtheora", "-c:a libspeex -ar 16000 -ac 1"),
+    "flv-adpcm": ("flv", "-c:v flv1", "-c:a adpcm_swf -ar 44100"),
+    "mkv-dts": ("matroska", "-c:v h263p", "-c:a dca"),
+    "ts-eac3": ("mpegts", "-c:v mpeg4", "-c:a eac3"),
+    "mpeg-lpcm": ("vob", "-c:v mpeg2video", "-c:a pcm_dvd"),
 }
 
 SRT = ("1\n00:00:00,000 --> 00:00:01,000\n<i>Hello</i> there\n\n"
@@ -97,7 +115,7 @@ def make_videos(folder):
                "-f", "lavfi", "-i", f"testsrc2=size={SIZE}:rate={RATE}:duration={FRAMES / RATE}",
                "-f", "lavfi", "-i", f"sine=frequency=440:sample_rate=48000:duration={FRAMES / RATE}"]
     for name, (container, pictures, sound) in VIDEOS.items():
-        words = f"-map 0:v -map 1:a -pix_fmt yuv420p {pictures} {sound} -ac 2 -strict -2 " \
+        words = f"-map 0:v -map 1:a -pix_fmt yuv420p -ac 2 {pictures} {sound} -strict -2 " \
                 f"-threads 1 -fflags +bitexact -flags:v +bitexact -flags:a +bitexact -f {container}"
         command += [*words.split(), os.path.join(folder, name)]
     made = subprocess.run(command, capture_output=True, text=True, timeout=300, check=False)

@@ -4,7 +4,7 @@
 // waits until a time of day is not moved along with the clock; nothing of the player's does.
 //
 // A library that stumbles over what it does not get is nobody's fault here; the player is not to.
-// So a crash tells of itself in whose code it was.
+// So a crash tells of itself through whose code it came about, and so does an end by exit().
 //
 // SHORTAGE   the file with the words of Shortage, of 64 bits in the machine's order; whoever writes
 //            it changes what holds from that moment on
@@ -16,12 +16,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <initializer_list>
 
+#include <execinfo.h>
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/mman.h>
 #include <sys/time.h>
-#include <ucontext.h>
 #include <unistd.h>
 
 #include "next.h"
@@ -43,6 +44,8 @@ void *__libc_memalign(size_t alignment, size_t size);
     (__interceptor_##function ? __interceptor_##function : __libc_##function)
 
 namespace {
+
+constexpr int MOST_CALLS = 100;
 
 /** All zero: nothing is short. */
 struct Shortage {
@@ -82,25 +85,24 @@ bool refuses(size_t size)
     return refused;
 }
 
-/** The address of the instruction that was carried out. */
-void *place_of(const void *context)
+/** Writes where each of the calls is that led here, the innermost first, a line each. */
+void tell_calls()
 {
-    const mcontext_t &machine = static_cast<const ucontext_t *>(context)->uc_mcontext;
-#if defined(__x86_64__)
-    return reinterpret_cast<void *>(machine.gregs[REG_RIP]);
-#elif defined(__aarch64__)
-    return reinterpret_cast<void *>(machine.pc);
-#else
-#error "Where does this machine keep its program counter?"
-#endif
+    void *calls[MOST_CALLS];
+    const int count = backtrace(calls, MOST_CALLS);
+    for (int i = 0; i < count; i++) {
+        Dl_info place = {};
+        const bool known = dladdr(calls[i], &place) != 0 && place.dli_fname;
+        const auto base = reinterpret_cast<uintptr_t>(known ? place.dli_fbase : nullptr);
+        dprintf(STDERR_FILENO, "called in %s +0x%zx\n", known ? place.dli_fname : "nowhere",
+                reinterpret_cast<uintptr_t>(calls[i]) - base);
+    }
 }
 
-void tell_place(int number, siginfo_t * /*facts*/, void *context)
+void tell_crash(int number)
 {
-    Dl_info place = {};
-    const bool known = dladdr(place_of(context), &place) != 0;
-    dprintf(STDERR_FILENO, "crashed in %s\n", known ? place.dli_fname : "nowhere");
-    signal(number, SIG_DFL);
+    dprintf(STDERR_FILENO, "crashed with signal %d\n", number);
+    tell_calls();
     raise(number);
 }
 
@@ -112,10 +114,15 @@ void tell_of_crashes()
     own_stack.ss_sp = stack;
     own_stack.ss_size = sizeof stack;
     sigaltstack(&own_stack, nullptr);
+    // The first time it loads the library that knows how, which it cannot do in a crash.
+    void *here = nullptr;
+    backtrace(&here, 1);
     struct sigaction crash = {};
-    crash.sa_sigaction = tell_place;
-    crash.sa_flags = SA_SIGINFO | SA_ONSTACK;
-    sigaction(SIGSEGV, &crash, nullptr);
+    crash.sa_handler = tell_crash;
+    // A crash in the handler ends the process as well, and without its words.
+    crash.sa_flags = SA_ONSTACK | static_cast<int>(SA_RESETHAND);
+    for (const int number : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGTRAP})
+        sigaction(number, &crash, nullptr);
 }
 
 __attribute__((constructor)) void map_the_file()
@@ -198,4 +205,13 @@ int posix_memalign(void **memory, size_t alignment, size_t size) noexcept
         return ENOMEM;
     *memory = made;
     return 0;
+}
+
+void exit(int status) noexcept
+{
+    static auto *const original = next<decltype(exit)>("exit");
+    dprintf(STDERR_FILENO, "exit with status %d\n", status);
+    tell_calls();
+    original(status);
+    abort();
 }
