@@ -2,6 +2,7 @@
 
 import os
 import signal
+import subprocess
 
 import dbus
 import dbus.lowlevel
@@ -12,11 +13,12 @@ from harness.faults import times
 from harness.options import open_options
 from harness.player import RELAUNCH_TIMER
 from harness.sound_server import SoundServer
-from harness.waiting import wait_until
+from harness.waiting import DEADLINE_S, wait_until
 
 NAME = "org.tizen.OstrelDemoPlayerTv"
 PATH = "/org/tizen/OstrelDemoPlayerTv"
 DAY_S = 24 * 60 * 60
+NOBODY = 65534
 
 
 @pytest.fixture
@@ -179,6 +181,30 @@ def test_messages_that_make_no_sense_are_refused(tv, screen, films):
     finally:
         bus.close()
     assert tv.status()["player"]["state"] == "playing"
+    assert player.running()
+
+
+ASK = """import sys, dbus
+dbus.bus.BusConnection(sys.argv[1]).call_blocking(*sys.argv[2:6], "s", ["json"])"""
+
+
+@pytest.mark.skipif(os.getuid() != 0, reason="needs root, to ask as another user")
+def test_another_user_is_turned_away(tv, screen, films):
+    """By the bus, which is all there is against them: the folder it lies in lets everybody in here."""
+    player = tv.start(folder=films)
+    wait_film(screen)
+    path = tv.bus_address.partition("=")[2]
+    os.chmod(os.path.dirname(path), 0o755)
+    asked = [subprocess.run(["/usr/bin/python3", "-c", ASK, tv.bus_address, NAME, PATH,
+                             f"{NAME}.Control", "Status"],
+                            env={}, cwd="/", capture_output=True, text=True, timeout=DEADLINE_S,
+                            check=False, **who)
+             for who in ({}, {"user": NOBODY, "group": NOBODY, "extra_groups": []})]
+    assert asked[0].returncode == 0, asked[0].stderr
+    assert asked[1].returncode != 0
+    # Not turned away by a file's permissions.
+    assert "Permission denied" not in asked[1].stderr
+    assert "NoReply" in asked[1].stderr or "AccessDenied" in asked[1].stderr, asked[1].stderr
     assert player.running()
 
 

@@ -101,8 +101,18 @@ void tell_calls()
 
 void tell_crash(int number)
 {
+    // What comes of telling ends the process at once, and another thread's crash waits for that.
+    static thread_local bool telling = false;
+    static std::atomic_flag told = ATOMIC_FLAG_INIT;
+    if (telling)
+        signal(number, SIG_DFL);
+    else
+        while (told.test_and_set())
+            pause();
+    telling = true;
     dprintf(STDERR_FILENO, "crashed with signal %d\n", number);
     tell_calls();
+    signal(number, SIG_DFL);
     raise(number);
 }
 
@@ -119,8 +129,7 @@ void tell_of_crashes()
     backtrace(&here, 1);
     struct sigaction crash = {};
     crash.sa_handler = tell_crash;
-    // A crash in the handler ends the process as well, and without its words.
-    crash.sa_flags = SA_ONSTACK | static_cast<int>(SA_RESETHAND);
+    crash.sa_flags = SA_ONSTACK;
     for (const int number : {SIGABRT, SIGBUS, SIGFPE, SIGILL, SIGSEGV, SIGTRAP})
         sigaction(number, &crash, nullptr);
 }
