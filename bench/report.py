@@ -9,9 +9,12 @@ from pathlib import Path
 from PIL import Image, ImageDraw, ImageFont
 
 from stage import MPV, PLAYER
+from table import shown
 
 WIDTH, CHART_HEIGHT, MARGIN = 1200, 420, 60
 COLOURS = {PLAYER: (200, 60, 20), MPV: (40, 90, 190)}
+# Of other curves, in their order.
+MORE_COLOURS = ((200, 60, 20), (40, 90, 190), (20, 130, 60), (150, 60, 170), (120, 110, 20))
 GROUND, INK, GRID = (255, 255, 255), (40, 40, 40), (225, 225, 225)
 FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 PACKAGES = ("mpv", "weston", "libgstreamer1.0-0", "libavcodec59", "libc6")
@@ -72,7 +75,7 @@ def write(path, results, options, machine):
 
 
 def draw(path, curves):
-    """One chart under the other, the player's curves in one colour and mpv's in another."""
+    """One chart under the other, and everybody's curves in one colour."""
     charts = sorted({chart for chart, _ in curves})
     image = Image.new("RGB", (WIDTH, len(charts) * CHART_HEIGHT), GROUND)
     canvas = ImageDraw.Draw(image)
@@ -100,11 +103,14 @@ def draw_chart(canvas, font, top, title, lines_of):
         value = highest * part / 4
         _, y = place(left, value)
         canvas.line([(MARGIN, y), (WIDTH - MARGIN, y)], fill=GRID)
-        canvas.text((8, y - 9), f"{value:.0f}", fill=INK, font=font)
+        canvas.text((8, y - 9), shown(value), fill=INK, font=font)
     for x in (left, right):
-        canvas.text((place(x, 0)[0] - 10, bottom + 8), f"{x}", fill=INK, font=font)
-    canvas.text((MARGIN, top + 16), title, fill=INK, font=font)
-    for number, who in enumerate(sorted(lines_of)):
-        canvas.text((WIDTH - 200 + 90 * number, top + 16), who, fill=COLOURS[who], font=font)
+        canvas.text((place(x, 0)[0] - 10, bottom + 8), f"{x:.0f}", fill=INK, font=font)
+    canvas.text((MARGIN, top + 6), title, fill=INK, font=font)
+    across = MARGIN
+    for who, other in zip(sorted(lines_of), MORE_COLOURS):
+        colour = COLOURS.get(who, other)
+        canvas.text((across, top + 30), who, fill=colour, font=font)
+        across += font.getlength(who) + 30
         for line in lines_of[who]:
-            canvas.line([place(x, y) for x, y in line], fill=COLOURS[who], width=1)
+            canvas.line([place(x, y) for x, y in line], fill=colour, width=2)

@@ -9,6 +9,7 @@
 // SHORTAGE   the file with the words of Shortage, of 64 bits in the machine's order; whoever writes
 //            it changes what holds from that moment on
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -17,6 +18,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <initializer_list>
+#include <utility>
 
 #include <execinfo.h>
 #include <fcntl.h>
@@ -85,6 +87,15 @@ bool refuses(size_t size)
     return refused;
 }
 
+/** Writes a line without the allocator, which may be what has crashed. */
+template <typename... Values> void tell(const char *format, Values... values)
+{
+    char line[4096];
+    const int length = snprintf(line, sizeof line, format, values...);
+    if (length < 0 || write(STDERR_FILENO, line, std::min<size_t>(length, sizeof line - 1)) < 0)
+        _exit(EXIT_FAILURE);
+}
+
 /** Writes where each of the calls is that led here, the innermost first, a line each. */
 void tell_calls()
 {
@@ -94,8 +105,8 @@ void tell_calls()
         Dl_info place = {};
         const bool known = dladdr(calls[i], &place) != 0 && place.dli_fname;
         const auto base = reinterpret_cast<uintptr_t>(known ? place.dli_fbase : nullptr);
-        dprintf(STDERR_FILENO, "called in %s +0x%zx\n", known ? place.dli_fname : "nowhere",
-                reinterpret_cast<uintptr_t>(calls[i]) - base);
+        tell("called in %s +0x%zx\n", known ? place.dli_fname : "nowhere",
+             reinterpret_cast<uintptr_t>(calls[i]) - base);
     }
 }
 
@@ -104,14 +115,12 @@ void tell_crash(int number)
     // What comes of telling ends the process at once, and another thread's crash waits for that.
     static thread_local bool telling = false;
     static std::atomic_flag told = ATOMIC_FLAG_INIT;
-    if (telling)
-        signal(number, SIG_DFL);
-    else
+    if (!std::exchange(telling, true)) {
         while (told.test_and_set())
             pause();
-    telling = true;
-    dprintf(STDERR_FILENO, "crashed with signal %d\n", number);
-    tell_calls();
+        tell("crashed with signal %d\n", number);
+        tell_calls();
+    }
     signal(number, SIG_DFL);
     raise(number);
 }
@@ -219,7 +228,7 @@ int posix_memalign(void **memory, size_t alignment, size_t size) noexcept
 void exit(int status) noexcept
 {
     static auto *const original = next<decltype(exit)>("exit");
-    dprintf(STDERR_FILENO, "exit with status %d\n", status);
+    tell("exit with status %d\n", status);
     tell_calls();
     original(status);
     abort();
