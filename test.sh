@@ -22,10 +22,11 @@ With one or more of these, only the named suites run:
   --quick        for between two edits: --unit and --contract, and of --e2e one demo loop
 
   --nightly      a million events against the model of the player instead of 50,000, and new ones
-                 each day; each fault of a shop as often as the player is to stand it; the thread
-                 sanitizer looks at the unit tests as well, and clang-tidy more deeply; after all
-                 suites, looks for a minute each for inputs that break what reads other people's
-                 bytes, and breaks the Linux platform on purpose to see whether its tests notice
+                 each day; each fault of a shop as often as the player is to stand it, but for the
+                 long loads of bench/endurance; the thread sanitizer looks at the unit tests as
+                 well, and clang-tidy more deeply; after all suites, plays 5,000 damaged files,
+                 looks for a minute each for inputs that break what reads other people's bytes, and
+                 breaks the Linux platform on purpose to see whether its tests notice
   -k EXPR        only tests whose name matches (a regular expression; for --e2e a pytest expression)
   -j N           use N processors (default: all); tests that mostly wait run several to a processor
   --no-install   do not install missing packages
@@ -50,7 +51,7 @@ while [ $# -gt 0 ]; do
         --quick) quick=yes ;;
         --nightly)
             nightly=yes
-            export FAULTS=${FAULTS:-many}
+            export FAULTS=${FAULTS:-many} CONFIG_KILLS=${CONFIG_KILLS:-2000}
             export MODEL_EVENTS=${MODEL_EVENTS:-1000000} MODEL_SEED=${MODEL_SEED:-$(date +%Y%m%d)0000}
             echo "== The model's first sequence is MODEL_SEED=$MODEL_SEED" ;;
         --no-install) install=no ;;
@@ -217,7 +218,7 @@ run_pytest() {
     # and takes a word of its own for a place to look for tests.
     local status=0
     /usr/bin/python3 -m pytest -p no:cacheprovider "--build-dir=$directory" \
-        "--junitxml=$results/$directory.$folder.xml" "$@" "tests/$folder" || status=$?
+        "--junitxml=$results/$directory.$folder.xml" -rs "$@" "tests/$folder" || status=$?
     # With -k, that this suite has no such test is no failure of it.
     [ $status -ne 5 ] || [ -z "$expression" ] || return 0
     found=yes
@@ -258,6 +259,7 @@ elif [ $all = yes ]; then
     suite "Tests of threads" run_ctest build-tsan
     [ -n "$expression" ] || await "Lint" || failed+=("Lint")
     if [ $nightly = yes ] && [ -z "$expression" ]; then
+        suite "Damaged files" tests/corpus/run --jobs "$jobs"
         suite "Fuzzing" tests/fuzz/run --jobs "$jobs"
         suite "Faults on purpose" tools/mutation-test --platform --at-least 78 --jobs "$jobs"
     fi

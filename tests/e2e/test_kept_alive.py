@@ -36,6 +36,11 @@ def kill(service, _):
     return -signal.SIGKILL
 
 
+def crash(service, _):
+    service.lives[0].process.send_signal(signal.SIGSEGV)
+    return -signal.SIGSEGV
+
+
 def stand(service, _):
     """The main loop stands, and the film goes on."""
     service.lives[0].process.send_signal(STAND)
@@ -54,10 +59,13 @@ def leave(_, screen):
     return 0
 
 
-@pytest.mark.parametrize("end", [kill, stand, stop, leave])
+@pytest.mark.parametrize("end", [kill, crash, stand, stop, leave])
 def test_picture_comes_back(tv, screen, content, shelf, end):
     shelf.video(content / "red.mp4", "red")
-    with Service(tv, content, **tv.faulty()) as service:
+    environment = tv.faulty()
+    # A sanitizer would make an end of its own of a crash.
+    environment["ASAN_OPTIONS"] += ":handle_segv=0"
+    with Service(tv, content, **environment) as service:
         wait_shown(screen, "red")
         service.wait_told("WATCHDOG", count=2)
 
@@ -66,6 +74,9 @@ def test_picture_comes_back(tv, screen, content, shelf, end):
         assert service.lives[0].wait_end() == status
         service.wait_back(life=1)
         wait_shown(screen, "red")
+        # One start brings it back, and no wait that a first start does not have as well.
+        assert len(service.lives) == 2
+        assert service.gap_s(life=1) < max(10, 10 * service.start_s(life=0))
 
 
 def test_player_that_has_grown_is_started_anew_between_two_items(tv, screen, content, shelf):

@@ -55,6 +55,8 @@ class Service:
         self._thread = threading.Thread(target=self._run, daemon=True)
         self.lives = []   # the players, in their order
         self.states = []  # of each: what it told, and when
+        self._began = []  # of each: when it was started
+        self._over = []   # of each but the last: when its end was noticed
 
     def __enter__(self):
         self._thread.start()
@@ -70,11 +72,13 @@ class Service:
     def _run(self):
         while not self._ended.is_set():
             self.states.append([])
+            self._began.append(time.monotonic())
             self.lives.append(self._tv.start(folder=self._folder, prefix=self._prefix,
                                              **self._environment))
             while self.lives[-1].running() and not self._ended.is_set():
                 self._listen()
                 self._watch()
+            self._over.append(time.monotonic())
             self._ended.wait(self._pause_s)
 
     def _listen(self):
@@ -116,3 +120,14 @@ class Service:
         """Waits until this life's picture is on the screen."""
         wait_until(lambda: len(self.lives) > life, f"player {life}")
         self.wait_told("READY", life=life)
+
+    def _ready_at(self, life):
+        return next(when for when, line in self.states[life] if line.startswith("READY"))
+
+    def start_s(self, life):
+        """Seconds from a player's start to its picture."""
+        return self._ready_at(life) - self._began[life]
+
+    def gap_s(self, life):
+        """Seconds from the end of the player before this one to its picture."""
+        return self._ready_at(life) - self._over[life - 1]
