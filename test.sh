@@ -125,8 +125,8 @@ build_into() {
         targets=("${with_threads[@]}")
     elif [ $unit$contract = nono ]; then
         # The end-to-end tests alone need only what they start.
-        targets=(ostrel-demo-player-tv tvctl make-sample-content resources timer_speed
-            cost_counter faults storage_faults shortage)
+        targets=(ostrel-demo-player-tv ostrel-demo-copy ostrel-demo-standby tvctl
+            make-sample-content resources timer_speed cost_counter faults storage_faults shortage)
     fi
     ninja -C "$directory" "${targets[@]}"
 }

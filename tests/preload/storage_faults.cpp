@@ -7,7 +7,7 @@
 //                  looked at with each call and so has to be replaced as a whole.
 //
 // hangs       a read waits until the fault is gone
-// dead        so does whatever opens a file, looks at one or lists a folder
+// dead        so does whatever opens a file, looks at one, lists a folder or moves in an open file
 // eio         a read fails, as on a disk that was pulled out
 // unlisted    a folder can be opened, and its list ends in an error
 // eio_often   one read of three fails
@@ -99,17 +99,45 @@ Fault fault_of(const char *path)
     return fault;
 }
 
-Fault fault_of(int descriptor)
+constexpr size_t LONGEST_PATH = 4096;
+
+/** What the descriptor stands for; empty where that is no path. */
+void find_path(int descriptor, char (&path)[LONGEST_PATH])
 {
     const int before = errno;
     char link[32];
     snprintf(link, sizeof link, "/proc/self/fd/%d", descriptor);
-    char path[4096];
     const ssize_t length = readlink(link, path, sizeof path - 1);
     path[length > 0 ? length : 0] = 0;
     errno = before;
+}
+
+Fault fault_of(int descriptor)
+{
+    char path[LONGEST_PATH];
+    find_path(descriptor, path);
     return fault_of(path);
 }
+
+/** A path as the calls take it that count from a folder, with the folder in front. */
+class PathIn {
+  public:
+    PathIn(int folder, const char *path) : path_(path)
+    {
+        if (folder == AT_FDCWD || !path || *path == '/')
+            return;
+        find_path(folder, whole_);
+        const size_t length = strlen(whole_);
+        if (*path)
+            snprintf(whole_ + length, sizeof whole_ - length, "/%s", path);
+        path_ = whole_;
+    }
+    const char *get() const { return path_; }
+
+  private:
+    const char *path_;
+    char whole_[LONGEST_PATH];
+};
 
 bool refuse(int reason)
 {
@@ -163,6 +191,12 @@ Fault answered(const char *path)
     for (; fault == Fault::Dead; fault = fault_of(path))
         look_again();
     return fault;
+}
+
+void answered(int descriptor)
+{
+    while (fault_of(descriptor) == Fault::Dead)
+        look_again();
 }
 
 bool may_open(const char *path, int flags)
@@ -223,6 +257,31 @@ int open(const char *path, int flags, ...)
     return may_open(path, flags) ? original(path, flags, mode) : -1;
 }
 
+int openat(int folder, const char *path, int flags, ...)
+{
+    static auto *const original = next<decltype(openat)>("openat");
+    va_list words;
+    va_start(words, flags);
+    const mode_t mode = mode_in(words, flags);
+    va_end(words);
+    return may_open(PathIn(folder, path).get(), flags) ? original(folder, path, flags, mode) : -1;
+}
+
+FILE *fopen(const char *path, const char *mode)
+{
+    static auto *const original = next<decltype(fopen)>("fopen");
+    return may_open(path, *mode == 'r' && !strchr(mode, '+') ? O_RDONLY : O_RDWR)
+               ? original(path, mode)
+               : nullptr;
+}
+
+off_t lseek(int descriptor, off_t offset, int whence) noexcept
+{
+    static auto *const original = next<decltype(lseek)>("lseek");
+    answered(descriptor);
+    return original(descriptor, offset, whence);
+}
+
 DIR *opendir(const char *path)
 {
     static auto *const original = next<decltype(opendir)>("opendir");
@@ -233,6 +292,7 @@ DIR *opendir(const char *path)
 dirent *readdir(DIR *directory)
 {
     static auto *const original = next<decltype(readdir)>("readdir");
+    answered(dirfd(directory));
     dirent *const entry = original(directory);
     if (entry || fault_of(dirfd(directory)) != Fault::Unlisted)
         return entry;
@@ -254,11 +314,32 @@ int stat(const char *path, struct stat *status) noexcept
     return original(path, status);
 }
 
-int stat64(const char *path, struct stat64 *status) noexcept
+int lstat(const char *path, struct stat *status) noexcept
 {
-    static auto *const original = next<decltype(stat64)>("stat64");
+    static auto *const original = next<decltype(lstat)>("lstat");
     answered(path);
     return original(path, status);
+}
+
+int fstat(int descriptor, struct stat *status) noexcept
+{
+    static auto *const original = next<decltype(fstat)>("fstat");
+    answered(descriptor);
+    return original(descriptor, status);
+}
+
+int fstatat(int folder, const char *path, struct stat *status, int flags) noexcept
+{
+    static auto *const original = next<decltype(fstatat)>("fstatat");
+    answered(PathIn(folder, path).get());
+    return original(folder, path, status, flags);
+}
+
+int statx(int folder, const char *path, int flags, unsigned int mask, struct statx *status) noexcept
+{
+    static auto *const original = next<decltype(statx)>("statx");
+    answered(PathIn(folder, path).get());
+    return original(folder, path, flags, mask, status);
 }
 
 int mkdir(const char *path, mode_t mode) noexcept
@@ -294,10 +375,32 @@ int unlink(const char *path) noexcept
     return may_change(path) ? original(path) : -1;
 }
 
-// Where file sizes have 64 bits anyhow, these are other names of the same functions.
-static_assert(sizeof(off_t) == sizeof(off64_t));
+// What the compiler's checks make of these calls where the mode is left out. Where file sizes have
+// 64 bits anyhow, others are other names of the same functions.
+static_assert(sizeof(off_t) == sizeof(off64_t) && sizeof(struct stat) == sizeof(struct stat64) &&
+              sizeof(dirent) == sizeof(dirent64));
 extern "C" {
+int __open_2(const char *path, int flags)
+{
+    return open(path, flags);
+}
+int __openat_2(int folder, const char *path, int flags)
+{
+    return openat(folder, path, flags);
+}
+int __open64_2(const char *path, int flags) __attribute__((alias("__open_2")));
+int __openat64_2(int folder, const char *path, int flags) __attribute__((alias("__openat_2")));
 int open64(const char *path, int flags, ...) __attribute__((alias("open")));
+int openat64(int folder, const char *path, int flags, ...) __attribute__((alias("openat")));
+FILE *fopen64(const char *path, const char *mode) __attribute__((alias("fopen")));
+off64_t lseek64(int descriptor, off64_t offset, int whence) noexcept
+    __attribute__((alias("lseek")));
+dirent64 *readdir64(DIR *directory) __attribute__((alias("readdir")));
+int stat64(const char *path, struct stat64 *status) noexcept __attribute__((alias("stat")));
+int lstat64(const char *path, struct stat64 *status) noexcept __attribute__((alias("lstat")));
+int fstat64(int descriptor, struct stat64 *status) noexcept __attribute__((alias("fstat")));
+int fstatat64(int folder, const char *path, struct stat64 *status, int flags) noexcept
+    __attribute__((alias("fstatat")));
 ssize_t pread64(int descriptor, void *buffer, size_t size, off64_t at)
     __attribute__((alias("pread")));
 }

@@ -125,8 +125,11 @@ TEST_P(ConfigKill, AtAnyMomentLeavesTheOldValueOrTheNewOne)
         ASSERT_EQ(writer.finish(), -SIGKILL) << writer.err_text();
         const std::string told = writer.out_text();
         const int written = std::atoi(told.c_str() + told.rfind('\n', told.size() - 2) + 1);
+        // What a medium takes long for is not waited for, and says so: then some may be lost.
+        const bool waited = writer.err_text().find("it is not waited for") == std::string::npos;
+        const int least = waited ? written : last;
         last = value();
-        ASSERT_THAT(last, AllOf(Ge(written), Le(written + 1))) << "kill " << i;
+        ASSERT_THAT(last, AllOf(Ge(least), Le(written + 1))) << "kill " << i;
     }
     ASSERT_TRUE(files().write(key_, 0));
     expect_only_the_key_is_left();
