@@ -67,12 +67,14 @@ def play(tv, screen, shelf, folder, cases, carrier):
     @return the names of those that were left by a key
     """
     tv.configure(content={"broken_video": "skip"})
-    left = set(lay_out(folder, cases, carrier))
+    stems = lay_out(folder, cases, carrier)
+    left = set(stems)
     first = folder / order_in(folder, FILM_ENDINGS)[0]
     player = tv.start(folder=folder, **tv.timers(PHOTO_SPEED))
     player.tolerate(*WHAT_MAY_BE_SAID)
-    long, seen, present = [], 0, "nothing"
-    while left:
+    long, seen, present, last = [], 0, "nothing", None
+    # The last one has to come to its end as well, and only one file plays over and over.
+    while left or present == last and len(stems) > 1:
         since = time.monotonic()
         wait_until(lambda: not player.running() or player.log.find_all(TAKEN_UP, after=seen) or
                    present not in long and time.monotonic() - since > PATIENCE_S
@@ -83,8 +85,10 @@ def play(tv, screen, shelf, folder, cases, carrier):
         begin, seen = seen, player.log.position()
         names = [match.group(1) for _, match in player.log.find_all(TAKEN_UP, after=begin)]
         if names:
-            left -= set(names)
             present = names[-1]
+            if left and not left - set(names):
+                last = present
+            left -= set(names)
         else:
             long.append(present)
             tv.press("Right")
