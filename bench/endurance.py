@@ -205,6 +205,12 @@ class Show:
 
 
 def keys(show, count):
+    def is_heard():
+        show.screen.key("Down")
+        return show.log.find_all("KeyName=Down ")
+
+    # The window is on the screen before it has the keyboard.
+    wait_until(is_heard, "the keyboard to be the player's")
     chance = random.Random(1)
     show.load(lambda: show.type(chance.choices(tuple(TYPED), k=KEYS_A_SECOND - 1)), count,
               KEYS_A_SECOND)

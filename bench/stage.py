@@ -98,7 +98,7 @@ class Run:
         return status(f"/proc/{self.pid}/status", field) * 1024 / 1e6
 
     def private(self):
-        """Memory that nobody shares, in MB of a million bytes."""
+        """What it has written that nobody shares, in MB of a million bytes."""
         return private(self.pid)
 
     def compositor_private(self):
@@ -133,9 +133,9 @@ def status(path, field):
 
 
 def private(pid):
-    """A process's memory that nobody shares, in MB of a million bytes."""
-    return sum(status(f"/proc/{pid}/smaps_rollup", field) * 1024 / 1e6
-               for field in ("Private_Clean", "Private_Dirty"))
+    """What a process has written that nobody shares, in MB of a million bytes. Libraries as they are on
+    the disk do not count: they are nobody else's or not as other programs come and go."""
+    return status(f"/proc/{pid}/smaps_rollup", "Private_Dirty") * 1024 / 1e6
 
 
 @dataclass
