@@ -24,7 +24,7 @@ CRASHED = (-signal.SIGSEGV, -signal.SIGBUS, 255)
 GIVEN_UP = (r"failed to allocate|bad_alloc|Cannot allocate memory|Resource temporarily unavailable|"
             r"creating thread|double free detected|unaligned fastbin")
 # All but reports of a sanitizer: those of memory that it did not get.
-MAY_BE_SAID = r"^(?!.*(Sanitizer: (?!.*(out-of-memory|allocat))|runtime error: ))"
+MAY_BE_SAID = r"^(?!.*(Sanitizer: (?!.*(out-of-memory|allocat|unable to mmap))|runtime error: ))"
 
 
 def tail(player):
