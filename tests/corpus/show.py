@@ -3,7 +3,6 @@ whatever it holds, and a good film that takes the place of the first has to be o
 of them."""
 
 import os
-import re
 import time
 
 from specimens import VIDEOS, ending_of, is_subtitle
