@@ -227,7 +227,7 @@ void Application::follow_manager()
             },
             nullptr));
     Lookahead::get().set_growth_listener([this] {
-        PLATFORM_LOGI(SERVICE, "ending, to be started anew with less memory");
+        PLATFORM_LOGI(SERVICE, "ending, to be started anew with what was used up");
         quit();
     });
 }

@@ -2,7 +2,9 @@
 
 #include <condition_variable>
 #include <deque>
+#include <iterator>
 #include <mutex>
+#include <set>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -17,6 +19,19 @@ namespace {
 // hangs in a read, and whoever stops the worker, the main loop as a rule, must not hang with it.
 constexpr std::chrono::milliseconds PATIENCE{200};
 
+/** Since when threads are ending. */
+struct Endings {
+    std::mutex mutex;
+    std::multiset<WorkerThread::Clock::time_point> begun;
+};
+
+// Never destroyed: threads may outlive the program's other parts.
+Endings &endings()
+{
+    static auto &all = *new Endings;
+    return all;
+}
+
 } // namespace
 
 /** What the thread needs; outlives the worker when the thread has to end on its own. */
@@ -26,6 +41,8 @@ struct WorkerThread::Core {
     std::deque<Task> tasks;
     std::atomic<bool> stopping{false};
     bool started = false;
+    /** That of this thread, once it was closed. */
+    std::multiset<Clock::time_point>::iterator ending;
     std::atomic<std::thread::id> thread;
     std::promise<void> end;
     const std::shared_future<void> ended = end.get_future().share();
@@ -105,6 +122,11 @@ void WorkerThread::run(const std::shared_ptr<Core> &core)
     if (hooks.at_end)
         hooks.at_end();
     core->hooks = {};
+    {
+        Endings &all = endings();
+        const std::lock_guard<std::mutex> ending(all.mutex);
+        all.begun.erase(core->ending);
+    }
     core->thread = std::thread::id(); // which another thread may be given
     core->end.set_value();
 }
@@ -129,6 +151,11 @@ void WorkerThread::close()
 {
     std::deque<Task> dropped; // goes after the lock
     const std::lock_guard<std::mutex> lock(core_->mutex);
+    if (!core_->stopping && core_->started) {
+        Endings &all = endings();
+        const std::lock_guard<std::mutex> ending(all.mutex);
+        core_->ending = all.begun.insert(Clock::now());
+    }
     core_->stopping = true;
     dropped.swap(core_->tasks);
     core_->changed.notify_all();
@@ -156,6 +183,14 @@ void WorkerThread::stop()
 {
     close();
     wait_for_end(PATIENCE);
+}
+
+int WorkerThread::hanging(std::chrono::milliseconds patience)
+{
+    Endings &all = endings();
+    const std::lock_guard<std::mutex> lock(all.mutex);
+    return static_cast<int>(
+        std::distance(all.begun.begin(), all.begun.upper_bound(Clock::now() - patience)));
 }
 
 std::shared_future<void> WorkerThread::ended() const

@@ -72,6 +72,12 @@ class WorkerThread {
     std::shared_future<void> ended() const;
 
     /**
+     * How many threads of this process were closed so long ago and have not ended: they hang, and
+     * keep what they have until they end.
+     */
+    static int hanging(std::chrono::milliseconds patience);
+
+    /**
      * Runs a task that may hang on a thread of its own, and waits for it. Where there is no thread
      * to be had the caller runs it.
      *

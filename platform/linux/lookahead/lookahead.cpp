@@ -202,11 +202,14 @@ void Lookahead::look_at_growth(const std::string &from, const std::string &to)
     if (!tell)
         return;
     const int64_t private_kb = environment_.private_memory_kb();
-    if (!growth_.on_change(from, to, private_kb))
+    const int hanging = environment_.hanging_threads();
+    if (!growth_.on_change(from, to, private_kb, hanging))
         return;
-    PLATFORM_LOGW("lookahead", "private memory has grown from %lld to %lld MB since the first lap",
+    PLATFORM_LOGW("lookahead",
+                  "private memory has grown from %lld to %lld MB since the first lap, and %d "
+                  "threads hang",
                   static_cast<long long>(growth_.level_kb() / 1024),
-                  static_cast<long long>(private_kb / 1024));
+                  static_cast<long long>(private_kb / 1024), hanging);
     set_growth_listener({});
     tell();
 }

@@ -38,6 +38,8 @@ class Lookahead {
         std::function<int64_t()> available_memory_kb;
         /** What this process has for itself. Asked for when there is a listener to its growth. */
         std::function<int64_t()> private_memory_kb = platform::private_memory_kb;
+        /** How many threads of this process hang. Asked for likewise. */
+        std::function<int()> hanging_threads = [] { return platform::hanging_threads(); };
         /** How long before an end that is expected the next item is opened. */
         std::chrono::milliseconds lead{4000};
         /** From one look at the memory to the next while an item is open. */
@@ -72,8 +74,8 @@ class Lookahead {
     void drop();
 
     /**
-     * Has somebody told, once, that private memory has grown too much since the first lap. Called
-     * between two items, on the look-ahead's own thread.
+     * Has somebody told, once, that private memory has grown too much since the first lap, or that
+     * too many threads hang. Called between two items, on the look-ahead's own thread.
      */
     void set_growth_listener(std::function<void()> listener);
 

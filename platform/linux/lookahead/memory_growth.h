@@ -1,10 +1,13 @@
 /**
  * Whether a process has grown more than playing explains. Items differ in what they take, so the
  * level is that of the first lap, at its dearest change of items; a change that has been seen
- * before is held against it. Decides only. One thread at a time.
+ * before is held against it. So are threads that hang, which a decoder leaves behind that does not
+ * come back: what they have they keep, and some of them keep a processor busy. Decides only. One
+ * thread at a time.
  */
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -21,9 +24,11 @@ class MemoryGrowth {
      * One item follows another, or a round of it another round.
      *
      * @param private_kb what the process has for itself at this moment
+     * @param hanging    threads that hang
      * @return whether it has grown too much
      */
-    bool on_change(const std::string &from, const std::string &to, int64_t private_kb);
+    bool on_change(const std::string &from, const std::string &to, int64_t private_kb,
+                   int hanging = 0);
 
     /** That of the first lap. */
     int64_t level_kb() const { return level_kb_; }
@@ -40,5 +45,14 @@ class MemoryGrowth {
  * maps memory.
  */
 int64_t private_memory_kb();
+
+/**
+ * How many threads of this process hang that would end with it. While any waits for a disk these
+ * are none: a process that has such a one does not end before the disk answers, and nothing could
+ * take its place.
+ *
+ * @param patience how long a thread may take to end
+ */
+int hanging_threads(std::chrono::milliseconds patience = std::chrono::seconds(10));
 
 } // namespace platform

@@ -1,8 +1,8 @@
 /**
  * The files that could not be shown, and why: photos, and videos where such are passed over. A
- * video that has failed twice is not tried again until it changes; one that was too slow, for which
- * a disk that hung may be to blame, is tried again from time to time as well. Any thread; never
- * asks the disk.
+ * video that has failed twice is not tried again until it changes; one that was too slow, or that
+ * stood still in its middle, for which a disk that hung may be to blame, is tried again from time to
+ * time as well. Any thread; never asks the disk.
  */
 #pragma once
 
@@ -51,8 +51,18 @@ class UnplayableFiles {
               const std::string &why, UnplayableFile::Kind kind = UnplayableFile::Kind::Damaged,
               Clock::time_point now = Clock::now());
 
-    /** A file could be shown. */
+    /**
+     * A video was opened, and stood still twice in one play. It is not tried again for a while, and
+     * for a longer one each time.
+     */
+    void note_stalls(const std::string &path, const FileStamp &stamp, const std::string &why,
+                     Clock::time_point now = Clock::now());
+
+    /** A file could be opened. One that stood still may do so again, and is not forgotten. */
     void forget(const std::string &path);
+
+    /** A file has been shown to its end. */
+    void forget_stalls(const std::string &path);
 
     /** Why a file is not worth trying; nothing: it is, or it has changed since. */
     std::optional<std::string> why(const std::string &path, const FileStamp &stamp,
@@ -73,6 +83,7 @@ class UnplayableFiles {
         std::string why;
         UnplayableFile::Kind kind = UnplayableFile::Kind::Damaged;
         bool failed_twice = false;     ///< with this stamp
+        bool stood_still = false;      ///< it could be opened
         std::chrono::minutes pause{0}; ///< before the next try, where there is to be one
         Clock::time_point next_try = Clock::time_point::max();
 
@@ -81,6 +92,10 @@ class UnplayableFiles {
             return failed_twice && stamp && stamp == now_stamped && now < next_try;
         }
     };
+
+    Entry *entry_of(const std::string &path);
+    static std::chrono::minutes put_off(Entry &entry, Clock::time_point now);
+    void forget_those(const std::string &path, bool stood_still);
 
     mutable std::mutex mutex_; ///< guards what follows
     std::map<std::string, Entry> files_;

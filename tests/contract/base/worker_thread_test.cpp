@@ -72,9 +72,25 @@ TEST(WorkerThread, ATaskThatHangsIsLeftToItself)
         begun.get_future().wait();
     }
     EXPECT_EQ(ended.wait_for(0s), std::future_status::timeout);
+    EXPECT_EQ(WorkerThread::hanging(0s), 1);
+    EXPECT_EQ(WorkerThread::hanging(1h), 0);
 
     release.set_value();
     ended.wait();
+    EXPECT_EQ(WorkerThread::hanging(0s), 0);
+}
+
+TEST(WorkerThread, OneThatHasNotBeenClosedHangsNotHoweverLongItsTaskTakes)
+{
+    WorkerThread worker("test");
+    std::promise<void> begun;
+    worker.post([&] {
+        begun.set_value();
+        worker.wait_until(WorkerThread::Clock::now() + 1h);
+    });
+    begun.get_future().wait();
+
+    EXPECT_EQ(WorkerThread::hanging(0s), 0);
 }
 
 TEST(WorkerThread, MayBeEndedByItsOwnTask)

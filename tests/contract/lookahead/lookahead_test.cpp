@@ -102,6 +102,7 @@ class LookaheadTest : public testing::Test {
             return memory_kb_.load();
         };
         environment.private_memory_kb = [this] { return private_kb_.load(); };
+        environment.hanging_threads = [this] { return hanging_.load(); };
         environment.lead = MOMENT;
         environment.memory_interval = MOMENT;
         return environment;
@@ -110,6 +111,7 @@ class LookaheadTest : public testing::Test {
     std::string in_folder_ = "/b.mp4"; ///< what the folder has next
     std::atomic<int64_t> memory_kb_{PLENTY_KB};
     std::atomic<int64_t> private_kb_{int64_t{100} * 1024};
+    std::atomic<int> hanging_{0};
     std::atomic<int> looks_{0}; ///< at the memory
     std::function<void()> while_looking_ = [] {};
     std::mutex mutex_;
@@ -427,6 +429,14 @@ TEST_F(GrowthTest, IsToldOnceAtAChangeThatHasBeenSeenBefore)
     EXPECT_THAT(calls(), IsEmpty()) << "in the middle of an item";
 
     EXPECT_THAT(after({"/b.mp4", "/a.mp4"}), ElementsAre("grown"));
+}
+
+TEST_F(GrowthTest, IsToldOfThreadsThatHangAsWell)
+{
+    ASSERT_THAT(after({"/a.mp4", "/b.mp4", "/a.mp4"}), IsEmpty());
+    hanging_ = 4;
+
+    EXPECT_THAT(after({"/b.mp4"}), ElementsAre("grown"));
 }
 
 TEST_F(GrowthTest, IsNotToldInTheFirstLap)

@@ -1,8 +1,13 @@
 // When a process has grown too much.
 
+#include <future>
+#include <thread>
+
 #include <gtest/gtest.h>
 #include <sys/mman.h>
+#include <unistd.h>
 
+#include "base/worker_thread.h"
 #include "lookahead/memory_growth.h"
 
 namespace {
@@ -32,6 +37,46 @@ TEST(MemoryGrowth, WhatComesForTheFirstTimeMayTakeWhatItTakes)
     EXPECT_FALSE(growth.on_change("b", "c", 900 * MB));
     EXPECT_FALSE(growth.on_change("a", "c", 1000 * MB));
     EXPECT_FALSE(growth.on_change("a", "b", 1100 * MB));
+}
+
+TEST(MemoryGrowth, ThreadsThatHangAreTooManyOnceTheFirstLapIsOver)
+{
+    MemoryGrowth growth;
+    EXPECT_FALSE(growth.on_change("a", "b", 60 * MB, 40));
+    EXPECT_FALSE(growth.on_change("b", "a", 60 * MB, 40));
+
+    EXPECT_FALSE(growth.on_change("a", "b", 60 * MB, 3));
+    EXPECT_TRUE(growth.on_change("b", "a", 60 * MB, 4));
+}
+
+// A thread that has a child by vfork() waits for it as one in a read waits for its disk.
+TEST(MemoryGrowth, ThreadsThatHangCountUnlessADiskDoesNotAnswer)
+{
+    using platform::hanging_threads;
+    constexpr std::chrono::milliseconds AT_ONCE(0);
+    std::promise<void> release;
+    platform::WorkerThread::run_apart(
+        "test", [wait = release.get_future().share()] { wait.wait(); }, AT_ONCE);
+    EXPECT_EQ(hanging_threads(AT_ONCE), 1);
+    EXPECT_EQ(hanging_threads(), 0) << "it may still end";
+    int answer[2];
+    ASSERT_EQ(pipe(answer), 0);
+
+    std::thread reader([&answer] {
+        if (vfork() == 0) {
+            close(answer[1]);
+            char byte = 0;
+            _exit(static_cast<int>(read(answer[0], &byte, 1)));
+        }
+    });
+    while (hanging_threads(AT_ONCE) > 0)
+        std::this_thread::yield();
+    close(answer[1]);
+    reader.join();
+
+    EXPECT_EQ(hanging_threads(AT_ONCE), 1);
+    close(answer[0]);
+    release.set_value();
 }
 
 TEST(MemoryGrowth, OfVeryManyItemsTheFirstLapNeedNotEnd)

@@ -62,6 +62,41 @@ TEST(UnplayableFilesTest, AFileThatIsTooSlowIsTriedAgainMoreAndMoreRarely)
     EXPECT_TRUE(files.why("/a.mp4", ONE, now + 24h)) << "the disk has answered";
 }
 
+TEST(UnplayableFilesTest, AFileThatStoodStillIsTriedAgainMoreAndMoreRarelyUntilItPlaysToItsEnd)
+{
+    UnplayableFiles files;
+    UnplayableFiles::Clock::time_point now;
+    for (const auto &pause : {5min, 10min, 20min, 40min, 60min, 60min}) {
+        files.note_stalls("/a.mp4", ONE, "no frame comes any more", now);
+        now += pause - 1s;
+        EXPECT_EQ(files.why("/a.mp4", ONE, now), "no frame comes any more") << pause.count();
+        EXPECT_FALSE(files.why("/a.mp4", ANOTHER, now));
+        now += 1s;
+        EXPECT_FALSE(files.why("/a.mp4", ONE, now)) << pause.count();
+        files.forget("/a.mp4"); // it could be opened, as before
+    }
+    EXPECT_EQ(files.all().size(), 1u);
+
+    files.forget_stalls("/a.mp4");
+
+    EXPECT_THAT(files.all(), IsEmpty());
+}
+
+TEST(UnplayableFilesTest, AFileThatStoodStillAndFailsToOpenHasTwoTriesAtThat)
+{
+    UnplayableFiles files;
+    UnplayableFiles::Clock::time_point now;
+    files.note_stalls("/a.mp4", ONE, "no frame comes any more", now);
+    now += 5min;
+
+    EXPECT_TRUE(files.note("/a.mp4", ONE, "rubbish", UnplayableFile::Kind::Damaged, now));
+    EXPECT_FALSE(files.why("/a.mp4", ONE, now));
+    files.forget_stalls("/a.mp4");
+    EXPECT_EQ(files.all().size(), 1u) << "it is none of those that stood still";
+    EXPECT_FALSE(files.note("/a.mp4", ONE, "rubbish", UnplayableFile::Kind::Damaged, now));
+    EXPECT_EQ(files.why("/a.mp4", ONE, now + 24h), "rubbish");
+}
+
 TEST(UnplayableFilesTest, AFileWithoutAStampIsToldOfAndTriedEachTime)
 {
     UnplayableFiles files;
@@ -96,11 +131,11 @@ TEST(UnplayableFilesTest, NewsIsToldAsLongAsSomebodyListens)
     for (int time = 0; time < 2; ++time)
         files.note("/a.jpg", std::nullopt, "it is empty");
     EXPECT_EQ(told, 1);
-    files.note("/b.jpg", std::nullopt, "it is empty");
+    files.note_stalls("/b.mp4", ONE, "no frame comes any more");
     EXPECT_EQ(told, 2);
 
     files.set_listener({});
-    files.note("/c.jpg", std::nullopt, "it is empty");
+    files.note_stalls("/c.mp4", ONE, "no frame comes any more");
     EXPECT_EQ(told, 2);
 }
 
