@@ -82,27 +82,57 @@ void Playback::apply_request(const std::string &subtitle, bool looping)
         if (phase_ == Phase::Failed)
             return;
         waiting_since_ = Clock::now();
-        if (sound_.lost_device() || (stamp_ && stamp_ != file_stamp(path_)) ||
-            subtitle_.has_changed(subtitle))
+        if (sound_.lost_device() || !opener_.post([this, subtitle] { look_at_files(subtitle); }))
             become_stale();
         else
-            take_subtitle(subtitle);
+            look_due_ = waiting_since_ + request_.options->first_frame_timeout;
     });
+}
+
+// The disk may have stopped to answer since the file was opened.
+void Playback::look_at_files(const std::string &subtitle)
+{
+    const std::optional<FileStamp> stamp = file_stamp(path_);
+    const std::optional<FileStamp> subtitle_stamp = file_stamp(subtitle);
+    thread_.post([this, stamp, subtitle, subtitle_stamp] {
+        if (!std::exchange(look_due_, std::nullopt))
+            return;
+        if (phase_ != Phase::Failed) {
+            if ((stamp_ && stamp_ != stamp) || subtitle_.has_changed(subtitle, subtitle_stamp))
+                become_stale();
+            else
+                take_subtitle(subtitle);
+        }
+        tell_results();
+    });
+}
+
+void Playback::on_look_too_late()
+{
+    look_due_.reset();
+    fail_for_time();
+    tell_results();
 }
 
 void Playback::release_results()
 {
     thread_.post([this] {
-        if (!held_results_)
-            return;
-        const auto results = *std::exchange(held_results_, std::nullopt);
-        for (const auto &result : results)
-            result();
-        if (phase_ == Phase::AwaitingSubtitle)
-            await_subtitle();
-        else if (phase_ == Phase::Prepared)
-            finish_preparation();
+        released_ = true;
+        tell_results();
     });
+}
+
+void Playback::tell_results()
+{
+    if (!released_ || look_due_ || !held_results_)
+        return;
+    const auto results = *std::exchange(held_results_, std::nullopt);
+    for (const auto &result : results)
+        result();
+    if (phase_ == Phase::AwaitingSubtitle)
+        await_subtitle();
+    else if (phase_ == Phase::Prepared)
+        finish_preparation();
 }
 
 void Playback::start()
@@ -173,13 +203,14 @@ void Playback::dispose()
 }
 
 /** All that can fall due, the more urgent first. */
-std::array<Playback::Deadline, 8> Playback::deadlines() const
+std::array<Playback::Deadline, 9> Playback::deadlines() const
 {
     std::optional<Clock::time_point> step;
     if (phase_ == Phase::Playing && !wait_)
         step = trick_->deadline();
     const Clock::time_point end = passing_over_ends_;
     return {{{wait_ ? std::optional(wait_->limit) : std::nullopt, &Playback::on_ready_too_late},
+             {look_due_, &Playback::on_look_too_late},
              {subtitle_.due(), &Playback::give_up_subtitle},
              {rounds_.due(), &Playback::on_round_due},
              {break_.due(), &Playback::check_broken},
@@ -314,10 +345,14 @@ void Playback::let_go_of_pipeline()
         LONGEST_WAIT_FOR_PREDECESSOR);
 }
 
+// The opener has nothing to do any more, unless it hangs in what is to be opened anew.
 bool Playback::open_again()
 {
-    opener_.close();
-    opener_.wait_for_end({});
+    const auto idle = std::make_shared<std::promise<void>>();
+    if (opener_.post([idle] { idle->set_value(); }) &&
+        idle->get_future().wait_for(request_.options->stall_patience) ==
+            std::future_status::timeout)
+        return false;
     break_.on_new_pipeline();
     make_pipeline();
     return pipeline_->open_in_time();
@@ -390,11 +425,9 @@ void Playback::on_nothing_came()
 {
     const auto waited = Clock::now() - waiting_since_;
     const auto timeout = request_.options->first_frame_timeout;
-    if (waited > (phase_ == Phase::SettingUp ? LONGEST_SET_UP : timeout)) {
-        may_be_stale_ = may_be_stale_ && held_results_; // it was waited for long enough
-        timed_out_ = true;
-        fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
-    } else if (phase_ == Phase::AwaitingFrame && pipeline_ && pipeline_->reader_gave_up())
+    if (waited > (phase_ == Phase::SettingUp ? LONGEST_SET_UP : timeout))
+        fail_for_time();
+    else if (phase_ == Phase::AwaitingFrame && pipeline_ && pipeline_->reader_gave_up())
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its reader found nothing in it");
     else if (waited > timeout / 2 && output_->width() > 0 && !sound_.silent())
         // Pictures but no sound arrived: a sound track without contents must not stop the show.
@@ -403,15 +436,20 @@ void Playback::on_nothing_came()
         await_first_frame();
 }
 
+void Playback::fail_for_time()
+{
+    // One that was asked for has been waited for long enough.
+    may_be_stale_ = may_be_stale_ && !released_;
+    timed_out_ = true;
+    fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
+}
+
 void Playback::read_subtitle()
 {
-    const auto deliver = [weak = weak_from_this()](const std::string &path,
-                                                   const std::shared_ptr<SubtitleTrack> &track,
-                                                   const std::string &error) {
+    const auto deliver = [weak = weak_from_this()](const SubtitleReading::Result &result) {
         if (const std::shared_ptr<Playback> playback = weak.lock())
-            playback->thread_.post([self = playback.get(), path, track, error] {
-                self->on_subtitle_read(path, track, error);
-            });
+            playback->thread_.post(
+                [self = playback.get(), result] { self->on_subtitle_read(result); });
     };
     if (!subtitle_.begin(request_.options->load_subtitle, deliver))
         warn_about_subtitle("there is no thread to read it");
@@ -446,19 +484,17 @@ void Playback::await_subtitle()
         finish_preparation();
 }
 
-void Playback::on_subtitle_read(const std::string &path,
-                                const std::shared_ptr<SubtitleTrack> &track,
-                                const std::string &error)
+void Playback::on_subtitle_read(const SubtitleReading::Result &result)
 {
-    if (!subtitle_.accept(path))
+    if (!subtitle_.accept(result))
         return;
-    if (track) {
+    if (result.track) {
         has_subtitle_ = true;
-        output_->set_subtitle(track, [this](const SubtitleTrack::Cue &cue) {
+        output_->set_subtitle(result.track, [this](const SubtitleTrack::Cue &cue) {
             thread_.post([this, cue] { events_.subtitle(*this, cue); });
         });
     } else {
-        warn_about_subtitle(error);
+        warn_about_subtitle(result.error);
     }
     if (phase_ == Phase::AwaitingSubtitle)
         await_subtitle();

@@ -142,7 +142,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     // The thread.
     void begin();
     void dispose();
-    std::array<Deadline, 8> deadlines() const;
+    std::array<Deadline, 9> deadlines() const;
     std::optional<Clock::time_point> next_deadline() const;
     void act_on_deadline();
     void await_ready(std::function<void()> next, std::chrono::milliseconds limit,
@@ -161,6 +161,10 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void await_first_frame();
     void on_first_frame();
     void on_nothing_came();
+    void fail_for_time();
+    void look_at_files(const std::string &subtitle);
+    void on_look_too_late();
+    void tell_results();
     void report_result(std::function<void()> result);
     void finish_preparation();
 
@@ -168,8 +172,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void take_subtitle(const std::string &path);
     void read_subtitle();
     void await_subtitle();
-    void on_subtitle_read(const std::string &path, const std::shared_ptr<SubtitleTrack> &track,
-                          const std::string &error);
+    void on_subtitle_read(const SubtitleReading::Result &result);
     void give_up_subtitle();
     void warn_about_subtitle(const std::string &why);
 
@@ -193,6 +196,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void plan_round();
     void on_round_shown();
     void tell_round_over();
+    void on_played();
     void on_round_due();
     void check_for_end();
     static std::optional<std::chrono::nanoseconds> known(GstClockTime time);
@@ -208,8 +212,9 @@ class Playback : public std::enable_shared_from_this<Playback> {
     bool sound_is_back();
     void search_sound();
     void reopen_with_sound();
-    void reopen_at_position(const char *failure);
+    void reopen_at_position(const std::function<void()> &give_up);
     void check_for_stall();
+    void give_up_stalled(const std::string &why);
     void on_broken(const std::string &why);
     void check_broken();
     void restart();
@@ -247,12 +252,15 @@ class Playback : public std::enable_shared_from_this<Playback> {
     std::optional<PipelineWait> wait_;
     /** What is to be told of the preparation, until the caller wants to hear it; null: it does. */
     std::optional<std::vector<std::function<void()>>> held_results_{std::in_place};
+    bool released_ = false;                     ///< the caller wants to hear it
+    std::optional<Clock::time_point> look_due_; ///< the files are looked at before it hears it
     bool may_be_stale_; ///< what goes wrong with it may not go wrong when it is opened anew
     std::map<Track, std::string> missing_decoders_; ///< in words
     std::string refused_format_;                    ///< likewise
     bool sound_unsupported_ = false;
     bool timed_out_ = false;     ///< no first frame came
     bool damage_logged_ = false; ///< a file that plays over and over would tell it each time
+    bool given_up_ = false;      ///< it stalls, and is not to begin anew
     bool looping_;
     bool needs_rewind_ = false; ///< it was started, or opened anew, before
     double wanted_rate_ = 1.0;

@@ -38,6 +38,7 @@ void Playback::do_start()
     const auto now = Clock::now();
     rounds_.on_start(now);
     stall_.start(now);
+    given_up_ = false;
     end_.start(now);
     const bool rewind = std::exchange(needs_rewind_, true);
     if (break_.broken() && rewind) {
@@ -222,6 +223,8 @@ void Playback::on_round_shown()
 
 void Playback::tell_round_over()
 {
+    stall_.on_round();
+    on_played();
     Lookahead *lookahead = request_.options->lookahead;
     if (looping_ && lookahead)
         lookahead->on_round(name_);

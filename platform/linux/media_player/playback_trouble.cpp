@@ -60,7 +60,11 @@ void Playback::on_failure(const Failure &failure)
         return;
     if (!failure.details.empty())
         PLATFORM_LOGD("player", "%s: %s", name_.c_str(), failure.details.c_str());
-    if (failure.busy && failure.part != Failure::Part::SoundDevice) {
+    // A decoder that others have is one more reason to go on with the next file, where such are
+    // passed over; a screen that others have is none.
+    const bool may_pass_over =
+        preparing() && request_.options->unplayable_files && failure.part != Failure::Part::Display;
+    if (failure.busy && failure.part != Failure::Part::SoundDevice && !may_pass_over) {
         interrupt(failure.text);
         return;
     }
@@ -100,17 +104,16 @@ void Playback::go_silent(const std::string &why)
         return;
     }
     warn();
-    reopen_at_position("it does not come back without sound");
+    reopen_at_position([this] { on_broken("it does not come back without sound"); });
 }
 
 // The last picture stays until the film is where it was.
-void Playback::reopen_at_position(const char *failure)
+void Playback::reopen_at_position(const std::function<void()> &give_up)
 {
     const GstClockTime position = output_->position();
     rounds_.reset();
     output_->set_visible(false);
     needs_rewind_ = true;
-    const auto give_up = [this, failure] { on_broken(failure); };
     if (!open_again()) {
         give_up();
         return;
@@ -196,16 +199,37 @@ void Playback::check_for_stall()
         events_.stalled(*this);
         PLATFORM_LOGW("player", "%s stands still at %.1f s: no frame comes; it is opened anew",
                       name_.c_str(), std::chrono::duration<double>(here).count());
-        reopen_at_position("it does not come back after it stood still");
+        reopen_at_position(
+            [this] { give_up_stalled("it does not come back after it stood still"); });
         break;
     case StallWatch::Verdict::GiveUp:
         events_.stalled(*this);
-        on_broken("no frame comes any more");
+        give_up_stalled("no frame comes any more");
         break;
     case StallWatch::Verdict::AtEnd:
         on_broken("it stands still near its end");
         break;
     }
+}
+
+// What hangs in it goes on to take memory, and a processor where it turns in circles; so it is not
+// to do the same in each lap, where others can be played meanwhile.
+void Playback::give_up_stalled(const std::string &why)
+{
+    UnplayableFiles *unplayable = request_.options->unplayable_files;
+    if (unplayable && stamp_) {
+        given_up_ = true;
+        unplayable->note_stalls(name_, *stamp_, why);
+    }
+    on_broken(why);
+}
+
+/** It has been shown to its end, or in rounds to the end of one. */
+void Playback::on_played()
+{
+    UnplayableFiles *unplayable = request_.options->unplayable_files;
+    if (unplayable && !break_.broken())
+        unplayable->forget_stalls(name_);
 }
 
 void Playback::on_broken(const std::string &why)
@@ -222,7 +246,7 @@ void Playback::check_broken()
     BreakWatch::Progress progress;
     progress.shown = output_->shown();
     progress.playing = phase_ == Phase::Playing;
-    progress.looping = looping_;
+    progress.looping = looping_ && !given_up_;
     progress.position = known(output_->position());
     switch (break_.check(progress, Clock::now())) {
     case BreakWatch::Verdict::Wait:
@@ -291,7 +315,7 @@ void Playback::let_go_of_file()
         opener_.close();
     };
     if (!opener_.post(let_go))
-        let_go(); // it was opened anew, by this thread
+        let_go(); // there is no thread for it
 }
 
 void Playback::end_passing_over()

@@ -47,6 +47,9 @@ class StallWatch {
     void start(Time now);
     void stop() { due_.reset(); }
 
+    /** One that plays over and over has come to the end of a round, past whatever it stalled at. */
+    void on_round() { restarted_ = false; }
+
     /** When to check() next, if ever. */
     std::optional<Time> due() const { return due_; }
 

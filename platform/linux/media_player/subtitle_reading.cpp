@@ -17,25 +17,31 @@ bool SubtitleReading::begin(SubtitleLoad load, Deliver deliver)
     if (path_.empty() || path_ == begun_)
         return true;
     begun_ = path_;
-    stamp_ = file_stamp(path_);
+    read_.clear();
     pending_ = reader_->post([path = path_, load = std::move(load), deliver = std::move(deliver),
                               &stopping = reader_->stopping()] {
-        std::string error;
-        const std::shared_ptr<SubtitleTrack> track =
-            load(path, error, [&stopping] { return stopping.load(); });
-        deliver(path, track, error);
+        Result result;
+        result.path = path;
+        result.stamp = file_stamp(path);
+        result.track = load(path, result.error, [&stopping] { return stopping.load(); });
+        deliver(result);
     });
     return pending_;
 }
 
-bool SubtitleReading::accept(const std::string &path)
+bool SubtitleReading::accept(const Result &result)
 {
-    return path == path_ && std::exchange(pending_, false);
+    if (result.path != path_ || !std::exchange(pending_, false))
+        return false;
+    read_ = result.path;
+    stamp_ = result.stamp;
+    return true;
 }
 
-bool SubtitleReading::has_changed(const std::string &path) const
+bool SubtitleReading::has_changed(const std::string &path,
+                                  const std::optional<FileStamp> &stamp) const
 {
-    return !path.empty() && path == begun_ && stamp_ != file_stamp(path);
+    return !path.empty() && path == read_ && stamp_ != stamp;
 }
 
 void SubtitleReading::give_up()

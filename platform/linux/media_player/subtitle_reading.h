@@ -21,10 +21,15 @@ class SubtitleReading {
   public:
     using Time = WorkerThread::Clock::time_point;
 
-    /** What was read; null: nothing, and why. On the reading thread. */
-    using Deliver =
-        std::function<void(const std::string &path, const std::shared_ptr<SubtitleTrack> &track,
-                           const std::string &error)>;
+    struct Result {
+        std::string path;
+        std::optional<FileStamp> stamp;       ///< of the file, before it was read
+        std::shared_ptr<SubtitleTrack> track; ///< null: nothing was read, and why
+        std::string error;
+    };
+
+    /** Takes what was read, on the reading thread. */
+    using Deliver = std::function<void(const Result &result)>;
 
     /** @param path of the subtitle that is wanted; empty: none */
     explicit SubtitleReading(std::string path) : path_(std::move(path)) {}
@@ -48,10 +53,10 @@ class SubtitleReading {
     bool pending() const { return pending_; }
 
     /** @return whether what was delivered is what is waited for; it is from now on no more */
-    bool accept(const std::string &path);
+    bool accept(const Result &result);
 
-    /** Whether a file is another one than when its reading was begun. Asks the disk. */
-    bool has_changed(const std::string &path) const;
+    /** Whether a file, as it is at present, is another one than what was read of it. */
+    bool has_changed(const std::string &path, const std::optional<FileStamp> &stamp) const;
 
     /** Sets when it is to be given up; nothing: never. */
     void expect_by(std::optional<Time> limit) { limit_ = limit; }
@@ -70,6 +75,7 @@ class SubtitleReading {
 
     std::string path_;
     std::string begun_; ///< the one whose reading was begun last
+    std::string read_;  ///< the one that was read last
     std::optional<FileStamp> stamp_;
     bool pending_ = false;
     std::optional<Time> limit_;

@@ -4,6 +4,9 @@
 #include <future>
 #include <limits>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <gmock/gmock.h>
 
 #include "media_player/audio_sink.h"
@@ -12,6 +15,51 @@
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+
+namespace {
+
+/** A disk that does not answer when it is asked for facts, as long as it stands still. */
+class Disk {
+  public:
+    /** @param path a file of it; empty: all are */
+    void stand_still(const std::string &path = {})
+    {
+        path_ = path;
+        answer_ = std::promise<void>();
+        answered_ = answer_.get_future().share();
+        asked_ = 0;
+        stands_still_ = true;
+    }
+    void go_on()
+    {
+        if (stands_still_.exchange(false))
+            answer_.set_value();
+    }
+    void ask(const std::string &path)
+    {
+        if (!stands_still_ || !(path_.empty() || path == path_))
+            return;
+        ++asked_;
+        answered_.wait();
+    }
+    bool is_asked() const { return asked_ > 0; }
+
+  private:
+    std::string path_;
+    std::promise<void> answer_;
+    std::shared_future<void> answered_;
+    std::atomic<int> asked_{0};
+    std::atomic<bool> stands_still_{false};
+} disk;
+
+} // namespace
+
+/** Stands before the C library's own. */
+extern "C" int stat(const char *path, struct stat *facts) noexcept
+{
+    disk.ask(path);
+    return fstatat(AT_FDCWD, path, facts, 0);
+}
 
 namespace player_test {
 namespace {
@@ -148,6 +196,42 @@ TEST_F(Ahead, ASubtitleThatHasChangedIsReadAnew)
 
     EXPECT_TRUE(wait_for_event("subtitle 10000 Good evening"));
     EXPECT_EQ(count("subtitle 10000 Hello shop"), 0);
+}
+
+TEST_F(Ahead, AFileWhoseDiskDoesNotAnswerAnyMoreIsGivenUp)
+{
+    platform::PlayerOptions options = counting_options();
+    options.first_frame_timeout = std::chrono::milliseconds(1500);
+    make_player(options);
+    write_file(path("a.srt"), "1\n00:00:00,000 --> 00:00:10,000\nHello shop\n");
+    const std::string file = clip("a.mp4");
+    ASSERT_NO_FATAL_FAILURE(open_ahead({file, {}}));
+    ASSERT_TRUE(stays([this] { return events().empty(); }, 0.3)) << "it stands at its first frame";
+    disk.stand_still();
+    ASSERT_EQ(player_->set_subtitle_path(path("a.srt")), PLAYER_ERROR_NONE);
+
+    ASSERT_EQ(prepare(file), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(wait_for([this] { return !events().empty(); }));
+    EXPECT_THAT(events(), ElementsAre("error " + std::to_string(PLAYER_ERROR_NOT_SUPPORTED_FILE)));
+    EXPECT_TRUE(disk.is_asked());
+    disk.go_on();
+}
+
+TEST_F(Ahead, AVideoWhoseSubtitleDoesNotAnswerPlaysWithoutIt)
+{
+    platform::PlayerOptions options = counting_options();
+    options.subtitle_timeout = std::chrono::milliseconds(200);
+    make_player(options);
+    write_file(path("a.srt"), "1\n00:00:00,000 --> 00:00:10,000\nHello shop\n");
+    const std::string file = clip("a.mp4");
+    ASSERT_EQ(player_->set_subtitle_path(path("a.srt")), PLAYER_ERROR_NONE);
+    disk.stand_still(path("a.srt"));
+
+    EXPECT_TRUE(playing(file));
+
+    EXPECT_TRUE(disk.is_asked());
+    disk.go_on();
 }
 
 TEST_F(Ahead, AFileThatIsGoneFailsAsItAlwaysDoes)

@@ -53,6 +53,31 @@ class PassedOver : public PlayerTest {
         return options;
     }
 
+    /** Options with which each file finds, before it is ready, that others have an element. */
+    platform::PlayerOptions options_with_busy(const char *factory)
+    {
+        platform::PlayerOptions options = skipping_options();
+        options.make_audio_sink = [factory] {
+            platform::ElementPtr sink = platform::make_element("fakeaudiosink");
+            const platform::PadPtr entry(gst_element_get_static_pad(sink.get(), "sink"));
+            const auto tell = [](GstPad *pad, GstPadProbeInfo *, gpointer name) {
+                const platform::ElementPtr element =
+                    platform::make_element(static_cast<const char *>(name));
+                GError *busy = g_error_new_literal(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_BUSY,
+                                                   "another program has it");
+                gst_element_post_message(
+                    GST_ELEMENT(GST_OBJECT_PARENT(pad)),
+                    gst_message_new_error(GST_OBJECT(element.get()), busy, nullptr));
+                g_error_free(busy);
+                return GST_PAD_PROBE_DROP;
+            };
+            gst_pad_add_probe(entry.get(), GST_PAD_PROBE_TYPE_BUFFER, tell,
+                              const_cast<char *>(factory), nullptr);
+            return sink;
+        };
+        return options;
+    }
+
     /** Asks for a file, and tells all that comes of it until it is over. */
     std::vector<std::string> outcome(const std::string &file)
     {
@@ -207,30 +232,6 @@ TEST_F(PassedOver, IsLetGoOfAtOnce)
     player_->destroy();
 }
 
-TEST_F(PassedOver, ThatNeverComesIsTriedTwice)
-{
-    platform::PlayerOptions options = skipping_options();
-    options.first_frame_timeout = std::chrono::milliseconds(1500); // a former file has a second
-    std::promise<void> answer;
-    options.make_audio_sink = [make = options.make_audio_sink,
-                               answered = answer.get_future().share()] {
-        platform::ElementPtr sink = make();
-        answered.wait();
-        return sink;
-    };
-    make_player(options);
-    const std::string file = clip("slow.mp4");
-
-    EXPECT_THAT(outcome(file), ElementsAre("prepared", "completed"));
-    EXPECT_TRUE(ready(file));
-    EXPECT_TRUE(is_known(file));
-    EXPECT_FALSE(is_known(file, std::chrono::hours(24))) << "the disk may have hung";
-    EXPECT_EQ(kind_of(file), Kind::TooSlow);
-    EXPECT_TRUE(ready(file));
-    EXPECT_EQ(openings_, 2);
-    answer.set_value();
-}
-
 TEST_F(PassedOver, ThatIsMissingIsLookedForEachTimeAndToldOfOnce)
 {
     testing::internal::CaptureStderr();
@@ -259,6 +260,21 @@ TEST_F(PassedOver, ThatFailsForWhatIsAroundItIsTriedEachTime)
 
     player_->unprepare();
     EXPECT_TRUE(playing(file));
+}
+
+TEST_F(PassedOver, IsOneWhoseDecoderIsBusyAndNoneWithoutAScreen)
+{
+    const std::string file = clip("a.mp4");
+
+    make_player(options_with_busy("identity"));
+    ASSERT_TRUE(ready(file));
+    EXPECT_EQ(unplayable_.all().size(), 1u);
+    EXPECT_FALSE(is_known(file)) << "it is tried each time";
+
+    make_player(options_with_busy("fakevideosink"));
+    ASSERT_EQ(prepare(file), PLAYER_ERROR_NONE);
+    EXPECT_TRUE(
+        wait_for_event("interrupted " + std::to_string(PLAYER_INTERRUPTED_BY_RESOURCE_CONFLICT)));
 }
 
 TEST_F(PassedOver, IsAnErrorWhereNothingPlaysAndTheFilesAreNotToBlame)

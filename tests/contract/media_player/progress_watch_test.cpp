@@ -94,6 +94,16 @@ TEST_F(StallWatchTest, AFileIsOpenedAnewOnceInAPlay)
     EXPECT_EQ(look_for(10s), Stall::Restart);
 }
 
+TEST_F(StallWatchTest, ARoundThatCameToItsEndLetsTheNextBeOpenedAnewAsWell)
+{
+    ASSERT_EQ(look_for(10s), Stall::Restart);
+
+    watch_.on_round();
+
+    EXPECT_EQ(look_for(10s), Stall::Restart);
+    EXPECT_EQ(look_for(10s), Stall::GiveUp);
+}
+
 TEST_F(StallWatchTest, AFrameThatWaitsForItsTimeIsNoStall)
 {
     progress_.in_hand = true;

@@ -9,6 +9,7 @@
 
 #include <gmock/gmock.h>
 
+#include "base/worker_thread.h"
 #include "player_fixture.h"
 
 using testing::ElementsAre;
@@ -190,6 +191,55 @@ GType hanging_reader_type()
     return g_type_register_static(parent, "HangingReader", &info, GTypeFlags{});
 }
 
+Hang &devices() ///< there is one place
+{
+    static Hang all;
+    return all;
+}
+
+/** A sound device that tells that it is gone, and then hangs all the same. */
+struct LostDevice {
+    GstBaseSink base;
+};
+struct LostDeviceClass {
+    GstBaseSinkClass base;
+};
+GType lost_device_get_type();
+G_DEFINE_TYPE(LostDevice, lost_device, GST_TYPE_BASE_SINK)
+
+GstStaticPadTemplate sound_template =
+    GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS, GST_STATIC_CAPS("audio/x-raw"));
+
+GstStateChangeReturn lost_device_change_state(GstElement *device, GstStateChange change)
+{
+    if (change == GST_STATE_CHANGE_NULL_TO_READY) {
+        GST_ELEMENT_ERROR(device, RESOURCE, OPEN_WRITE, ("the device is gone"), (nullptr));
+        devices().pass(0);
+    }
+    return GST_ELEMENT_CLASS(lost_device_parent_class)->change_state(device, change);
+}
+
+void lost_device_finalize(GObject *object)
+{
+    G_OBJECT_CLASS(lost_device_parent_class)->finalize(object);
+    devices().count_element(-1);
+}
+
+void lost_device_class_init(LostDeviceClass *type)
+{
+    auto *element = GST_ELEMENT_CLASS(type);
+    gst_element_class_add_static_pad_template(element, &sound_template);
+    gst_element_class_set_static_metadata(element, "Device that is gone", "Sink/Audio",
+                                          "Hangs when it is opened", "nobody");
+    element->change_state = lost_device_change_state;
+    G_OBJECT_CLASS(type)->finalize = lost_device_finalize;
+}
+
+void lost_device_init(LostDevice *)
+{
+    devices().count_element(1);
+}
+
 } // namespace
 
 namespace player_test {
@@ -207,9 +257,30 @@ class StallTest : public PlayerTest {
     void SetUp() override
     {
         PlayerTest::SetUp();
+        make_player(impatient_options());
+    }
+
+    static platform::PlayerOptions impatient_options()
+    {
         platform::PlayerOptions options = usual_options();
         options.stall_patience = std::chrono::seconds(4);
+        return options;
+    }
+
+    /** Has the player pass over what is bad. */
+    void pass_over_bad_files(platform::PlayerOptions options = impatient_options())
+    {
+        options.unplayable_files = &unplayable_;
+        options.fruitless_rounds = &rounds_;
         make_player(options);
+    }
+
+    /** Whether a file that has not changed would be passed over untried. */
+    bool is_known(const std::string &file, std::chrono::hours from_now = {}) const
+    {
+        return unplayable_
+            .why(file, *platform::file_stamp(file), std::chrono::steady_clock::now() + from_now)
+            .has_value();
     }
 
     void TearDown() override
@@ -218,9 +289,11 @@ class StallTest : public PlayerTest {
         set_rank("hangingsrc", GST_RANK_NONE);
         decoders().end();
         readers().end();
+        devices().end();
         PlayerTest::TearDown();
-        EXPECT_TRUE(wait_for([] { return decoders().reset() && readers().reset(); }))
-            << "what was left to itself has ended";
+        EXPECT_TRUE(wait_for([] {
+            return decoders().reset() && readers().reset() && devices().reset();
+        })) << "what was left to itself has ended";
     }
 
     static void set_rank(const char *element, guint rank)
@@ -287,6 +360,9 @@ class StallTest : public PlayerTest {
     }
 
     uint64_t stalls() const { return player_->status().stalls; }
+
+    platform::UnplayableFiles unplayable_;
+    platform::FruitlessRounds rounds_;
 };
 
 TEST_F(StallTest, AFilmWhoseDecoderHangsGoesOnWhereItStoodWhileItsSoundIsStillHeard)
@@ -302,8 +378,10 @@ TEST_F(StallTest, AFilmWhoseDecoderHangsGoesOnWhereItStoodWhileItsSoundIsStillHe
     EXPECT_THAT(events(), ElementsAre("prepared"));
 }
 
-TEST_F(StallTest, AFilmThatHangsAgainIsCompletedAndTheNextOnePlays)
+TEST_F(StallTest, AFilmThatHangsAgainIsCompletedAndPassedOverForAWhileAndTheNextOnePlays)
 {
+    pass_over_bad_files();
+    player_->set_looping(true); // and does not begin anew
     const std::string file = film_for_decoders_that_hang(2);
     testing::internal::CaptureStderr();
     ASSERT_TRUE(playing(file));
@@ -314,8 +392,68 @@ TEST_F(StallTest, AFilmThatHangsAgainIsCompletedAndTheNextOnePlays)
     EXPECT_THAT(events(), ElementsAre("prepared", "completed"));
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
                 HasSubstr("a.mp4 is broken: no frame comes any more"));
+    EXPECT_TRUE(is_known(file));
+    EXPECT_FALSE(is_known(file, std::chrono::hours(24))) << "the disk may have hung";
     player_->unprepare();
-    EXPECT_TRUE(playing(file));
+    ASSERT_TRUE(prepared(file));
+    ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
+    EXPECT_TRUE(wait_for([this] { return count("completed") == 2; })) << "it is not opened";
+    player_->unprepare();
+    EXPECT_TRUE(playing(clip("b.mp4")));
+    EXPECT_TRUE(wait_for(
+        [] { return platform::WorkerThread::hanging(std::chrono::milliseconds(500)) == 2; }));
+}
+
+TEST_F(StallTest, AFilmThatHungOnceIsForgivenWhenItPlaysToItsEnd)
+{
+    pass_over_bad_files();
+    const std::string file = clip("a.mp4");
+    unplayable_.note_stalls(file, *platform::file_stamp(file), "no frame comes any more",
+                            std::chrono::steady_clock::now() - std::chrono::hours(1));
+    ASSERT_TRUE(playing(file));
+    EXPECT_EQ(unplayable_.all().size(), 1u) << "it may hang again";
+
+    ASSERT_TRUE(wait_for_event("completed"));
+
+    EXPECT_EQ(unplayable_.all().size(), 0u);
+}
+
+TEST_F(StallTest, AFileThatNeverComesIsTriedTwiceAndThenAnErrorWhereNothingElsePlays)
+{
+    platform::PlayerOptions options = impatient_options();
+    options.first_frame_timeout = std::chrono::milliseconds(1500); // a former file has a second
+    pass_over_bad_files(options);
+    set_rank("hangingsrc", GST_RANK_PRIMARY + 1000);
+    readers().arm(3);
+    const std::string file = clip("slow.mp4");
+
+    for (int time = 0; time < 2; time++) {
+        player_->unprepare();
+        EXPECT_TRUE(prepared(file));
+        EXPECT_EQ(is_known(file), time == 1);
+    }
+    EXPECT_FALSE(is_known(file, std::chrono::hours(24))) << "the disk may have hung";
+    player_->unprepare();
+    EXPECT_EQ(prepare(file), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(wait_for_event("error " + std::to_string(PLAYER_ERROR_NOT_SUPPORTED_FILE)));
+    EXPECT_EQ(readers().hung(), 2);
+}
+
+TEST_F(StallTest, AFileThatLosesItsSoundAndHangsAllTheSameIsGivenUp)
+{
+    platform::PlayerOptions options = impatient_options();
+    options.make_audio_sink = [] {
+        return platform::ElementPtr(
+            GST_ELEMENT(gst_object_ref_sink(g_object_new(lost_device_get_type(), nullptr))));
+    };
+    make_player(options);
+    devices().arm(1);
+
+    ASSERT_EQ(prepare(clip("a.mp4")), PLAYER_ERROR_NONE);
+
+    EXPECT_TRUE(wait_for_event("error " + std::to_string(PLAYER_ERROR_INVALID_OPERATION)));
+    EXPECT_EQ(devices().hung(), 1);
 }
 
 TEST_F(StallTest, AFilmThatIsSoughtWhileItsDecoderHangsGoesOnAtTheNewSpeed)
