@@ -1,19 +1,37 @@
 #include "media_player/audio_choice.h"
 
+#include "base/worker_thread.h"
 #include "log/platform_log.h"
 
 namespace platform {
 std::string AudioChoice::sink()
 {
-    const std::lock_guard<std::mutex> lock(mutex_);
+    std::unique_lock<std::mutex> lock(mutex_);
     const auto now = environment_.now();
-    if (sink_.empty() && (!last_search_ || now - *last_search_ >= SOUND_SEARCH_INTERVAL)) {
+    if (sink_.empty() && !searching_ &&
+        (!last_search_ || now - *last_search_ >= SOUND_SEARCH_INTERVAL)) {
         last_search_ = now;
-        sink_ = find_sink();
-        shared_ = sink_.empty() || sink_ == "pulsesink" || sink_ == "fakesink" ||
-                  environment_.opens_twice(sink_);
+        searching_ = true;
+        search_limit_ = std::chrono::steady_clock::now() + environment_.patience;
+        lock.unlock();
+        WorkerThread::run_apart(
+            "sound-searcher", [this] { search(); }, environment_.patience);
+        lock.lock();
     }
+    searched_.wait_until(lock, search_limit_, [this] { return !searching_; });
     return sink_;
+}
+
+void AudioChoice::search()
+{
+    const std::string found = find_sink();
+    const bool shared = found.empty() || found == "pulsesink" || found == "fakesink" ||
+                        environment_.opens_twice(found);
+    const std::lock_guard<std::mutex> lock(mutex_);
+    sink_ = found;
+    shared_ = shared;
+    searching_ = false;
+    searched_.notify_all();
 }
 
 std::string AudioChoice::find_sink()
@@ -49,6 +67,15 @@ void AudioChoice::forget()
     sink_.clear();
     shared_ = false;
     last_search_.reset();
+}
+
+void AudioChoice::on_hang()
+{
+    const auto now = environment_.now();
+    const std::lock_guard<std::mutex> lock(mutex_);
+    sink_.clear();
+    shared_ = true;
+    last_search_ = now;
 }
 
 } // namespace platform

@@ -1,11 +1,13 @@
 /**
  * Which sink the sound goes to. A choice stands until its device is lost; that there was no device
  * is no choice, and is looked into again, because a sound server may come up after the demo and a
- * cable may be put back. Any thread; searching takes as long as a sound server takes to answer.
+ * cable may be put back. A sound server that does not answer is waited for a while and not longer.
+ * Any thread; a search may outlive whoever asked for it, and the object must outlive the search.
  */
 #pragma once
 
 #include <chrono>
+#include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -26,6 +28,7 @@ struct AudioEnvironment {
     /** Whether it answers two at a time: many a device mixes in software. */
     std::function<bool(const std::string &sink)> opens_twice;
     std::function<std::chrono::steady_clock::time_point()> now;
+    std::chrono::milliseconds patience{5000}; ///< the longest wait for a search
 };
 
 class AudioChoice {
@@ -35,7 +38,7 @@ class AudioChoice {
     /**
      * Looks for a device, if none is chosen and the last search is not of the last minute.
      *
-     * @return the name of the sink's element; empty when there is no device
+     * @return the name of the sink's element; empty when there is no device, or none has answered
      */
     std::string sink();
 
@@ -45,15 +48,22 @@ class AudioChoice {
     /** The device is gone; the next sink() looks for another one. */
     void forget();
 
+    /** The device does not answer; it is as if a search had just found none. */
+    void on_hang();
+
   private:
+    void search();
     std::string find_sink();
 
     const AudioEnvironment environment_;
     mutable std::mutex mutex_; ///< guards all below
+    std::condition_variable searched_;
+    bool searching_ = false;
+    std::chrono::steady_clock::time_point search_limit_; ///< when the one under way takes too long
     std::string sink_;
     bool shared_ = false; ///< two can have it at a time
     std::optional<std::chrono::steady_clock::time_point> last_search_;
-    bool silence_logged_ = false; ///< the log says that there is no device
+    bool silence_logged_ = false; ///< the log says that there is no device; the search's own
 };
 
 } // namespace platform

@@ -97,4 +97,9 @@ void forget_audio_sink()
     audio_choice().forget();
 }
 
+void avoid_audio_sink()
+{
+    audio_choice().on_hang();
+}
+
 } // namespace platform

@@ -13,7 +13,7 @@
 namespace platform {
 
 /**
- * Chooses, if no choice stands. May take as long as a server takes to answer.
+ * Chooses, if no choice stands. Takes as long as a server takes to answer, five seconds at most.
  *
  * @return false when there is no sound device
  */
@@ -27,5 +27,8 @@ bool audio_sink_is_shared();
 
 /** The device is gone; the next make_audio_sink() looks for another one. */
 void forget_audio_sink();
+
+/** The device does not answer: there is silence for a while, and then another search. */
+void avoid_audio_sink();
 
 } // namespace platform

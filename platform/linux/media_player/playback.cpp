@@ -324,9 +324,16 @@ void Playback::make_pipeline()
     generation_++;
     const PlayerOptions &options = *request_.options;
     const bool silent = sound_.silent();
-    pipeline_ = std::make_unique<Pipeline>(
-        request_.uri, output_, silent ? Pipeline::AudioSinkMaker{} : options.make_audio_sink,
-        options.stall_patience, pipeline_events());
+    const auto make_sound_device = [this, &options] {
+        ElementPtr device = options.make_audio_sink();
+        const std::shared_ptr<GstElement> shared(
+            device ? GST_ELEMENT(gst_object_ref(device.get())) : nullptr, GstObjectUnref());
+        thread_.post([this, shared] { sound_device_ = shared; });
+        return device;
+    };
+    pipeline_ = std::make_unique<Pipeline>(request_.uri, output_,
+                                           silent ? Pipeline::AudioSinkMaker{} : make_sound_device,
+                                           options.stall_patience, pipeline_events());
     sound_.on_pipeline(!silent && options.find_sound(), Clock::now());
     trick_.emplace(*pipeline_, *output_);
 }
@@ -429,7 +436,11 @@ void Playback::on_nothing_came()
         fail_for_time();
     else if (phase_ == Phase::AwaitingFrame && pipeline_ && pipeline_->reader_gave_up())
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its reader found nothing in it");
-    else if (waited > timeout / 2 && output_->width() > 0 && !sound_.silent())
+    else if (waited > timeout / 2 && phase_ == Phase::Opening && sound_device_hangs()) {
+        // What opens it cannot be had back: another one does it, in silence.
+        on_sound_device_hangs();
+        become_stale();
+    } else if (waited > timeout / 2 && output_->width() > 0 && !sound_.silent())
         // Pictures but no sound arrived: a sound track without contents must not stop the show.
         go_silent("no sound arrives");
     else

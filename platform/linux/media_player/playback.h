@@ -209,6 +209,8 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void on_decoder_missing(Track track, const std::string &what);
     std::string why_no_picture(const std::string &otherwise) const;
     void go_silent(const std::string &why);
+    bool sound_device_hangs() const;
+    void on_sound_device_hangs();
     bool sound_is_back();
     void search_sound();
     void reopen_with_sound();
@@ -247,8 +249,9 @@ class Playback : public std::enable_shared_from_this<Playback> {
 
     // The thread's own.
     Phase phase_ = Phase::SettingUp;
-    std::optional<FileStamp> stamp_;  ///< of the file, as it was opened
-    Clock::time_point waiting_since_; ///< for the media system, or for the first frame
+    std::shared_ptr<GstElement> sound_device_; ///< the last pipeline's; null: none was made
+    std::optional<FileStamp> stamp_;           ///< of the file, as it was opened
+    Clock::time_point waiting_since_;          ///< for the media system, or for the first frame
     std::optional<PipelineWait> wait_;
     /** What is to be told of the preparation, until the caller wants to hear it; null: it does. */
     std::optional<std::vector<std::function<void()>>> held_results_{std::in_place};

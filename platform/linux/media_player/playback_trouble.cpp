@@ -127,6 +127,24 @@ void Playback::reopen_at_position(const std::function<void()> &give_up)
     await_ready(go_on, request_.options->first_frame_timeout, give_up);
 }
 
+// A sound server that has been stopped takes half a minute to be given up by its own library.
+bool Playback::sound_device_hangs() const
+{
+    if (!sound_device_ || sound_.silent())
+        return false;
+    GST_OBJECT_LOCK(sound_device_.get());
+    const bool opening = GST_STATE(sound_device_.get()) == GST_STATE_NULL &&
+                         GST_STATE_NEXT(sound_device_.get()) == GST_STATE_READY;
+    GST_OBJECT_UNLOCK(sound_device_.get());
+    return opening;
+}
+
+void Playback::on_sound_device_hangs()
+{
+    PLATFORM_LOGW("player", "the sound device does not answer; videos play in silence");
+    avoid_audio_sink();
+}
+
 // Asked between two rounds of a file that plays over and over, which nothing else would ever bring
 // its sound back to.
 bool Playback::sound_is_back()
@@ -191,6 +209,12 @@ void Playback::check_for_stall()
     progress.decoding = motion.decoding;
     progress.sound = motion.sound;
     progress.sounding = motion.sounding;
+    if (progress.hangs && sound_device_hangs()) {
+        on_sound_device_hangs();
+        sound_.on_device_lost(Clock::now());
+        go_silent("its sound device does not answer");
+        return;
+    }
     const auto here = progress.position.value_or(std::chrono::nanoseconds(0));
     switch (stall_.check(progress, Clock::now())) {
     case StallWatch::Verdict::Wait:

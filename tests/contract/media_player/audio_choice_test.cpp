@@ -1,7 +1,9 @@
 // Which sink the sound goes to, and when it is looked for again.
 
 #include <chrono>
+#include <future>
 #include <set>
+#include <thread>
 
 #include <gmock/gmock.h>
 
@@ -89,6 +91,38 @@ TEST_F(AudioChoiceTest, ALostDeviceIsReplacedAtOnce)
     devices_ = {"alsasink"};
     choice_.forget();
     EXPECT_EQ(choice_.sink(), "alsasink");
+}
+
+TEST_F(AudioChoiceTest, ADeviceThatDoesNotAnswerIsNotLookedForAtOnce)
+{
+    devices_ = {"pulsesink"};
+    EXPECT_EQ(choice_.sink(), "pulsesink");
+    choice_.on_hang();
+
+    EXPECT_EQ(choice_.sink(), "");
+    EXPECT_TRUE(choice_.is_shared());
+    now_ += std::chrono::minutes(1);
+    EXPECT_EQ(choice_.sink(), "pulsesink");
+}
+
+TEST(AudioChoice, ASearchThatTakesLongIsNotWaitedForAndItsResultCounts)
+{
+    std::promise<void> answer;
+    const auto opens = [answered = answer.get_future().share()](const std::string &) {
+        answered.wait();
+        return true;
+    };
+    platform::AudioChoice choice{{[] { return std::string(); }, opens, opens,
+                                  std::chrono::steady_clock::now, std::chrono::milliseconds(50)}};
+    EXPECT_EQ(choice.sink(), "");
+    EXPECT_EQ(choice.sink(), "") << "and neither is there a second one";
+    choice.forget();
+
+    answer.set_value();
+    while (choice.sink().empty())
+        std::this_thread::yield();
+
+    EXPECT_EQ(choice.sink(), "pulsesink");
 }
 
 TEST_F(AudioChoiceTest, ASinkThatIsAskedForIsTakenUnseen)

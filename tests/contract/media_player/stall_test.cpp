@@ -197,7 +197,9 @@ Hang &devices() ///< there is one place
     return all;
 }
 
-/** A sound device that tells that it is gone, and then hangs all the same. */
+std::atomic<bool> devices_are_gone{false};
+
+/** A sound device that hangs when it is opened, if it is to after it has told that it is gone. */
 struct LostDevice {
     GstBaseSink base;
 };
@@ -213,7 +215,8 @@ GstStaticPadTemplate sound_template =
 GstStateChangeReturn lost_device_change_state(GstElement *device, GstStateChange change)
 {
     if (change == GST_STATE_CHANGE_NULL_TO_READY) {
-        GST_ELEMENT_ERROR(device, RESOURCE, OPEN_WRITE, ("the device is gone"), (nullptr));
+        if (devices_are_gone)
+            GST_ELEMENT_ERROR(device, RESOURCE, OPEN_WRITE, ("the device is gone"), (nullptr));
         devices().pass(0);
     }
     return GST_ELEMENT_CLASS(lost_device_parent_class)->change_state(device, change);
@@ -267,6 +270,20 @@ class StallTest : public PlayerTest {
         return options;
     }
 
+    /** With a sound device that hangs once, after it has been opened so many times. */
+    static platform::PlayerOptions options_with_device_that_hangs(int after = 0)
+    {
+        devices().arm(after == 0 ? 1 : 0);
+        platform::PlayerOptions options = impatient_options();
+        options.make_audio_sink = [after, opened = std::make_shared<std::atomic<int>>(0)] {
+            if (after > 0 && (*opened)++ == after)
+                devices().arm(1);
+            return platform::ElementPtr(
+                GST_ELEMENT(gst_object_ref_sink(g_object_new(lost_device_get_type(), nullptr))));
+        };
+        return options;
+    }
+
     /** Has the player pass over what is bad. */
     void pass_over_bad_files(platform::PlayerOptions options = impatient_options())
     {
@@ -290,6 +307,7 @@ class StallTest : public PlayerTest {
         decoders().end();
         readers().end();
         devices().end();
+        devices_are_gone = false;
         PlayerTest::TearDown();
         EXPECT_TRUE(wait_for([] {
             return decoders().reset() && readers().reset() && devices().reset();
@@ -440,15 +458,37 @@ TEST_F(StallTest, AFileThatNeverComesIsTriedTwiceAndThenAnErrorWhereNothingElseP
     EXPECT_EQ(readers().hung(), 2);
 }
 
+TEST_F(StallTest, AFileWhoseSoundDeviceHangsPlaysInSilence)
+{
+    platform::PlayerOptions options = options_with_device_that_hangs();
+    options.first_frame_timeout = std::chrono::seconds(4);
+    pass_over_bad_files(options);
+    testing::internal::CaptureStderr();
+
+    ASSERT_TRUE(playing(clip("a.mp4")));
+
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                HasSubstr("the sound device does not answer; videos play in silence"));
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+    EXPECT_EQ(unplayable_.all().size(), 0u);
+    EXPECT_EQ(devices().hung(), 1);
+}
+
+TEST_F(StallTest, AFilmWhoseSoundDeviceHangsWhenItIsOpenedAnewGoesOnWhereItStood)
+{
+    make_player(options_with_device_that_hangs(1));
+    ASSERT_TRUE(playing(film_for_decoders_that_hang(1)));
+
+    ASSERT_TRUE(goes_on_where_it_stood());
+
+    EXPECT_EQ(devices().hung(), 1);
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+}
+
 TEST_F(StallTest, AFileThatLosesItsSoundAndHangsAllTheSameIsGivenUp)
 {
-    platform::PlayerOptions options = impatient_options();
-    options.make_audio_sink = [] {
-        return platform::ElementPtr(
-            GST_ELEMENT(gst_object_ref_sink(g_object_new(lost_device_get_type(), nullptr))));
-    };
-    make_player(options);
-    devices().arm(1);
+    make_player(options_with_device_that_hangs());
+    devices_are_gone = true;
 
     ASSERT_EQ(prepare(clip("a.mp4")), PLAYER_ERROR_NONE);
 
