@@ -113,6 +113,26 @@ def test_sound_server_that_is_restarted_has_the_sound_back(tv, screen, films):
         server.stop()
 
 
+def test_sound_server_that_hangs_leaves_the_films_playing(tv, screen, films):
+    tv.configure(content={"broken_video": "skip"})
+    server = SoundServer(tv, "speakers")
+    try:
+        player = tv.start(folder=films, OSTREL_DEMO_AUDIO_SINK="pulsesink")
+        other = wait_film(screen)
+        wait_until(lambda: server.playing_on() == ["speakers"], "the film's sound")
+        server.hold()
+        for _ in range(2):
+            here = player.log.position()
+            screen.key("Right")
+            player.log.wait("player_start successful", after=here)
+            screen.wait_for(other)
+            other = wait_film(screen)
+        assert not player.log.find_all("cannot be played")
+    finally:
+        server.go_on()
+        server.stop()
+
+
 def test_compositor_that_is_restarted_has_the_picture_back(tv, screen, content):
     """Each time the player says so and ends, to be started again by whoever keeps it alive."""
     picture(content / "red.jpg", "red")

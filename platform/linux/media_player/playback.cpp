@@ -436,7 +436,7 @@ void Playback::on_nothing_came()
         fail_for_time();
     else if (phase_ == Phase::AwaitingFrame && pipeline_ && pipeline_->reader_gave_up())
         fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its reader found nothing in it");
-    else if (waited > timeout / 2 && phase_ == Phase::Opening && sound_device_hangs()) {
+    else if (waited > timeout / 2 && sound_device_hangs()) {
         // What opens it cannot be had back: another one does it, in silence.
         on_sound_device_hangs();
         become_stale();

@@ -9,6 +9,9 @@
 namespace platform {
 namespace {
 
+// A sound server that is well answers in a few milliseconds; judged, not measured.
+constexpr auto LONGEST_ANSWER_OF_DEVICE = std::chrono::milliseconds(2000);
+
 // Whether a file fails for what it is, and not for what is around it: a new start of the program
 // makes no difference to it.
 bool is_its_own_fault(int error_code)
@@ -136,7 +139,15 @@ bool Playback::sound_device_hangs() const
     const bool opening = GST_STATE(sound_device_.get()) == GST_STATE_NULL &&
                          GST_STATE_NEXT(sound_device_.get()) == GST_STATE_READY;
     GST_OBJECT_UNLOCK(sound_device_.get());
-    return opening;
+    // Once it is open it knows only from its server what can be played.
+    return opening || !WorkerThread::run_apart(
+                          "sound-asker",
+                          [device = sound_device_] {
+                              const PadPtr entry(gst_element_get_static_pad(device.get(), "sink"));
+                              if (entry)
+                                  gst_caps_unref(gst_pad_query_caps(entry.get(), nullptr));
+                          },
+                          LONGEST_ANSWER_OF_DEVICE);
 }
 
 void Playback::on_sound_device_hangs()
@@ -209,14 +220,16 @@ void Playback::check_for_stall()
     progress.decoding = motion.decoding;
     progress.sound = motion.sound;
     progress.sounding = motion.sounding;
-    if (progress.hangs && sound_device_hangs()) {
+    const auto here = progress.position.value_or(std::chrono::nanoseconds(0));
+    const StallWatch::Verdict verdict = stall_.check(progress, Clock::now());
+    if (verdict != StallWatch::Verdict::Wait && sound_device_hangs()) {
+        events_.stalled(*this);
         on_sound_device_hangs();
         sound_.on_device_lost(Clock::now());
         go_silent("its sound device does not answer");
         return;
     }
-    const auto here = progress.position.value_or(std::chrono::nanoseconds(0));
-    switch (stall_.check(progress, Clock::now())) {
+    switch (verdict) {
     case StallWatch::Verdict::Wait:
         break;
     case StallWatch::Verdict::Restart:

@@ -2,6 +2,7 @@
 
 import json
 import os
+import signal
 import subprocess
 
 from .screen import UNTIL_WE_END, stop_process
@@ -49,6 +50,13 @@ class SoundServer:
 
     def stop(self):
         stop_process(self._process)
+
+    def hold(self):
+        """Has it answer nobody, until go_on()."""
+        self._process.send_signal(signal.SIGSTOP)
+
+    def go_on(self):
+        self._process.send_signal(signal.SIGCONT)
 
     def kill(self):
         """Ends it as a crash would; start() brings it back."""
