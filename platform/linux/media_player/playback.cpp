@@ -98,7 +98,7 @@ void Playback::look_at_files(const std::string &subtitle)
         if (!std::exchange(look_due_, std::nullopt))
             return;
         if (phase_ != Phase::Failed) {
-            if ((stamp_ && stamp_ != stamp) || subtitle_.has_changed(subtitle, subtitle_stamp))
+            if ((stamp_ && stamp_ != stamp) || subtitle_.is_outdated(subtitle, subtitle_stamp))
                 become_stale();
             else
                 take_subtitle(subtitle);
@@ -497,8 +497,10 @@ void Playback::await_subtitle()
 
 void Playback::on_subtitle_read(const SubtitleReading::Result &result)
 {
-    if (!subtitle_.accept(result))
+    if (!subtitle_.accept(result)) {
+        read_subtitle(); // unless it was of no interest any more
         return;
+    }
     if (result.track) {
         has_subtitle_ = true;
         output_->set_subtitle(result.track, [this](const SubtitleTrack::Cue &cue) {

@@ -223,7 +223,6 @@ void Playback::check_for_stall()
     const auto here = progress.position.value_or(std::chrono::nanoseconds(0));
     const StallWatch::Verdict verdict = stall_.check(progress, Clock::now());
     if (verdict != StallWatch::Verdict::Wait && sound_device_hangs()) {
-        events_.stalled(*this);
         on_sound_device_hangs();
         sound_.on_device_lost(Clock::now());
         go_silent("its sound device does not answer");

@@ -18,6 +18,7 @@ bool SubtitleReading::begin(SubtitleLoad load, Deliver deliver)
         return true;
     begun_ = path_;
     read_.clear();
+    wanted_stamp_.reset();
     pending_ = reader_->post([path = path_, load = std::move(load), deliver = std::move(deliver),
                               &stopping = reader_->stopping()] {
         Result result;
@@ -33,14 +34,19 @@ bool SubtitleReading::accept(const Result &result)
 {
     if (result.path != path_ || !std::exchange(pending_, false))
         return false;
+    if (wanted_stamp_ && *wanted_stamp_ != result.stamp) {
+        begun_.clear();
+        return false;
+    }
     read_ = result.path;
     stamp_ = result.stamp;
     return true;
 }
 
-bool SubtitleReading::has_changed(const std::string &path,
-                                  const std::optional<FileStamp> &stamp) const
+bool SubtitleReading::is_outdated(const std::string &path, const std::optional<FileStamp> &stamp)
 {
+    if (pending_ && path == begun_)
+        wanted_stamp_ = stamp;
     return !path.empty() && path == read_ && stamp_ != stamp;
 }
 

@@ -52,11 +52,17 @@ class SubtitleReading {
     /** Whether it is being read and still wanted. */
     bool pending() const { return pending_; }
 
-    /** @return whether what was delivered is what is waited for; it is from now on no more */
+    /**
+     * @return whether what was delivered is what is waited for, which it is from now on no more;
+     * one that has changed while it was read has to be begun again
+     */
     bool accept(const Result &result);
 
-    /** Whether a file, as it is at present, is another one than what was read of it. */
-    bool has_changed(const std::string &path, const std::optional<FileStamp> &stamp) const;
+    /**
+     * Whether a file, as it is at present, is another one than what was read of it. If it is still
+     * being read, accept() finds out.
+     */
+    bool is_outdated(const std::string &path, const std::optional<FileStamp> &stamp);
 
     /** Sets when it is to be given up; nothing: never. */
     void expect_by(std::optional<Time> limit) { limit_ = limit; }
@@ -77,6 +83,7 @@ class SubtitleReading {
     std::string begun_; ///< the one whose reading was begun last
     std::string read_;  ///< the one that was read last
     std::optional<FileStamp> stamp_;
+    std::optional<std::optional<FileStamp>> wanted_stamp_; ///< of what is being read
     bool pending_ = false;
     std::optional<Time> limit_;
     std::optional<WorkerThread> reader_{THREAD};

@@ -226,6 +226,35 @@ TEST_F(SubtitleLoad, AFileThatWasOpenAheadWaitsForItNoLongerThanAnyOther)
     EXPECT_TRUE(wait_for([this] { return slow_.stopped(); }));
 }
 
+TEST_F(SubtitleLoad, OneThatChangesWhileItIsReadAheadIsReadAgain)
+{
+    std::promise<void> changed;
+    platform::PlayerOptions options = usual_options();
+    options.load_subtitle =
+        [after = changed.get_future().share()](const std::string &file, std::string &error,
+                                               const platform::StopRequest &stop) {
+            auto track = SubtitleTrack::load(file, error, stop);
+            after.wait();
+            return track;
+        };
+    options.subtitle_timeout = std::chrono::seconds(100);
+    make_player(options);
+    const std::string file = clip("a.mp4");
+    player_->open_ahead({file, path("a.srt")});
+    ASSERT_TRUE(stays([this] { return events().empty(); }, 0.3)) << "it is being read";
+    write_file(path("a.srt"), "1\n00:00:00,000 --> 00:00:10,000\nGood evening\n");
+    ASSERT_EQ(player_->set_subtitle_path(path("a.srt")), PLAYER_ERROR_NONE);
+    ASSERT_EQ(prepare(file), PLAYER_ERROR_NONE);
+    ASSERT_TRUE(stays([this] { return events().empty(); }, 0.3));
+
+    changed.set_value();
+
+    ASSERT_TRUE(wait_for_event("prepared"));
+    ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
+    EXPECT_TRUE(wait_for_event("subtitle 10000 Good evening"));
+    EXPECT_EQ(count("subtitle 10000 Hello shop"), 0);
+}
+
 TEST_F(SubtitleLoad, OneThatWasGuessedDoesNotHoldUpTheOneThatIsAskedFor)
 {
     write_file(path("b.srt"), "1\n00:00:00,000 --> 00:00:10,000\nGood evening\n");
