@@ -59,6 +59,8 @@ struct PlaybackRequest {
     bool looping = false;
     bool ahead = false; ///< nobody has asked for it yet, and another file may still play
     std::shared_ptr<const PlayerOptions> options;
+    /** Preparations that were let go of before anything was told of them; each is a fresh start. */
+    std::shared_ptr<const std::atomic<uint64_t>> let_go_of;
     std::shared_future<void> previous;        ///< the file before, as far as it still goes away
     std::shared_future<void> before_previous; ///< and the one before that
 };

@@ -314,6 +314,53 @@ void Playback::restart()
     await_ready(go_on, LONGEST_SEEK, [this] { complete(); });
 }
 
+void Playback::fail(int error_code, const std::string &why)
+{
+    if (phase_ >= Phase::Failed)
+        return;
+    // Before the media system is up the machine is to blame, and no file.
+    const bool may_pass_over = request_.options->unplayable_files && phase_ != Phase::SettingUp;
+    end_in_failure([this, error_code, why, may_pass_over] {
+        if (may_pass_over && pass_over(error_code, why))
+            return;
+        PLATFORM_LOGW("player", "%s cannot be played: %s", name_.c_str(), why.c_str());
+        events_.failed(*this, error_code);
+    });
+}
+
+void Playback::interrupt(const std::string &why)
+{
+    if (phase_ >= Phase::Failed)
+        return;
+    end_in_failure([this, why] {
+        PLATFORM_LOGW("player", "%s was interrupted: %s", name_.c_str(), why.c_str());
+        events_.interrupted(*this);
+    });
+}
+
+void Playback::end_in_failure(std::function<void()> tell)
+{
+    if (preparing() && may_be_stale_) {
+        become_stale();
+        return;
+    }
+    phase_ = Phase::Failed;
+    wait_.reset();
+    output_->close();
+    report_result(std::move(tell));
+}
+
+// What was to be told of it is told of the one that takes its place.
+void Playback::become_stale()
+{
+    phase_ = Phase::Failed;
+    wait_.reset();
+    output_->close();
+    if (held_results_)
+        held_results_->clear();
+    report_result([this] { events_.stale(*this); });
+}
+
 // There is nothing to show of it, so the last picture stays, and once it is started it is over.
 bool Playback::pass_over(int error_code, const std::string &why)
 {
@@ -325,10 +372,13 @@ bool Playback::pass_over(int error_code, const std::string &why)
                                       : no_decoder ? UnplayableFile::Kind::NoDecoder
                                                    : kind_of(error_code);
     const std::shared_ptr<VideoPlane> plane = request_.display->view().plane;
+    // What a key took from the screen before its first picture might have shown one.
+    const uint64_t progress =
+        *request_.let_go_of + (plane ? plane->statistics().presented : uint64_t{0});
     // A file that comes too slowly is not to hold up the others again and again; but where none
     // comes, the disk or the machine may be slow.
-    const FruitlessRounds::Verdict verdict = options.fruitless_rounds->on_passed_over(
-        name_, its_own_fault && !timed_out_, plane ? plane->statistics().presented : 0);
+    const FruitlessRounds::Verdict verdict =
+        options.fruitless_rounds->on_passed_over(name_, its_own_fault && !timed_out_, progress);
     if (verdict.give_up)
         return false;
     pass_over_time_ = verdict.pause;

@@ -204,6 +204,7 @@ std::shared_ptr<Playback> Player::open(const PlayedItem &item, bool ahead)
     request.looping = looping_;
     request.ahead = ahead;
     request.options = options_;
+    request.let_go_of = let_go_of_;
     request.previous = current_ ? current_->disposed() : previous_;
     request.before_previous = current_ ? previous_ : before_previous_;
     return Playback::open(std::move(request), playback_events());
@@ -305,6 +306,8 @@ void Player::unprepare()
         release_job_.reset();
         refused_ = false;
         former = std::exchange(current_, nullptr);
+        if (former && state_ == PLAYER_STATE_IDLE)
+            ++*let_go_of_;
         state_ = PLAYER_STATE_IDLE;
         uri_.clear();
         subtitle_.clear();

@@ -5,6 +5,7 @@
  */
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <future>
@@ -111,6 +112,8 @@ class Player : public std::enable_shared_from_this<Player> {
 
     const std::shared_ptr<const PlayerOptions> options_;
     const std::shared_ptr<DisplaySettings> display_ = std::make_shared<DisplaySettings>();
+    const std::shared_ptr<std::atomic<uint64_t>> let_go_of_ =
+        std::make_shared<std::atomic<uint64_t>>(0); ///< see PlaybackRequest
 
     mutable std::mutex mutex_; ///< guards all below
     std::condition_variable call_over_;

@@ -358,6 +358,20 @@ TEST_F(PassedOver, WaitsWhereNothingElseHasBeenShown)
     EXPECT_THAT(outcome(path("bad.mp4")), ElementsAre("prepared", "completed"));
 }
 
+TEST_F(PassedOver, IsNotWaitedWithAfterOneThatWasLetGoOfBeforeItsFirstPicture)
+{
+    ASSERT_TRUE(ready(path("bad.mp4")));
+    player_->unprepare();
+    ASSERT_EQ(prepare(clip("good.mp4")), PLAYER_ERROR_NONE);
+    player_->unprepare(); // by a key
+    testing::internal::CaptureStderr();
+
+    EXPECT_THAT(outcome(path("bad.mp4")), ElementsAre("prepared", "completed"));
+
+    EXPECT_EQ(testing::internal::GetCapturedStderr().find("nothing that is to be played"),
+              std::string::npos);
+}
+
 TEST_F(PassedOver, ThatWasOpenedAheadIsPassedOverWhenItIsAskedFor)
 {
     player_->open_ahead({path("bad.mp4"), {}});
