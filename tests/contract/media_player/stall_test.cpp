@@ -453,7 +453,6 @@ TEST_F(StallTest, AFileThatNeverComesIsTriedTwiceAndThenAnErrorWhereNothingElseP
     EXPECT_FALSE(is_known(file, std::chrono::hours(24))) << "the disk may have hung";
     player_->unprepare();
     EXPECT_EQ(prepare(file), PLAYER_ERROR_NONE);
-
     EXPECT_TRUE(wait_for_event("error " + std::to_string(PLAYER_ERROR_NOT_SUPPORTED_FILE)));
     EXPECT_EQ(readers().hung(), 2);
 }
