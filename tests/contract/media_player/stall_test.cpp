@@ -465,7 +465,6 @@ TEST_F(StallTest, AFileWhoseSoundDeviceHangsPlaysInSilence)
     testing::internal::CaptureStderr();
 
     ASSERT_TRUE(playing(clip("a.mp4")));
-
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
                 HasSubstr("the sound device does not answer; videos play in silence"));
     EXPECT_THAT(events(), ElementsAre("prepared"));
@@ -479,7 +478,6 @@ TEST_F(StallTest, AFilmWhoseSoundDeviceHangsWhenItIsOpenedAnewGoesOnWhereItStood
     ASSERT_TRUE(playing(film_for_decoders_that_hang(1)));
 
     ASSERT_TRUE(goes_on_where_it_stood());
-
     EXPECT_EQ(devices().hung(), 1);
     EXPECT_THAT(events(), ElementsAre("prepared"));
 }
@@ -490,7 +488,6 @@ TEST_F(StallTest, AFileThatLosesItsSoundAndHangsAllTheSameIsGivenUp)
     devices_are_gone = true;
 
     ASSERT_EQ(prepare(clip("a.mp4")), PLAYER_ERROR_NONE);
-
     EXPECT_TRUE(wait_for_event("error " + std::to_string(PLAYER_ERROR_INVALID_OPERATION)));
     EXPECT_EQ(devices().hung(), 1);
 }
