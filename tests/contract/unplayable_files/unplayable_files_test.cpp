@@ -89,11 +89,11 @@ TEST(UnplayableFilesTest, AFileThatStoodStillAndFailsToOpenHasTwoTriesAtThat)
     files.note_stalls("/a.mp4", ONE, "no frame comes any more", now);
     now += 5min;
 
-    EXPECT_TRUE(files.note("/a.mp4", ONE, "rubbish", UnplayableFile::Kind::Damaged, now));
+    EXPECT_TRUE(files.note("/a.mp4", ONE, "rubbish", Kind::Damaged, now));
     EXPECT_FALSE(files.why("/a.mp4", ONE, now));
     files.forget_stalls("/a.mp4");
     EXPECT_EQ(files.all().size(), 1u) << "it is none of those that stood still";
-    EXPECT_FALSE(files.note("/a.mp4", ONE, "rubbish", UnplayableFile::Kind::Damaged, now));
+    EXPECT_FALSE(files.note("/a.mp4", ONE, "rubbish", Kind::Damaged, now));
     EXPECT_EQ(files.why("/a.mp4", ONE, now + 24h), "rubbish");
 }
 
