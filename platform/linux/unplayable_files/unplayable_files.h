@@ -1,8 +1,8 @@
 /**
  * The files that could not be shown, and why: photos, and videos where such are passed over. A
  * video that has failed twice is not tried again until it changes; one that was too slow, or that
- * stood still in its middle, for which a disk that hung may be to blame, is tried again from time to
- * time as well. Any thread; never asks the disk.
+ * stood still in its middle, for which a disk that hung may be to blame, is tried again from time
+ * to time as well. Any thread; never asks the disk.
  */
 #pragma once
 
