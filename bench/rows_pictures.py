@@ -25,6 +25,11 @@ def three_clips(stage):
     return stage.folder("three-clips", fill)
 
 
+def longest_at_changes(trace):
+    intervals = trace.intervals()
+    return [max(intervals[max(0, change - NEAR):change + NEAR + 1]) for change in trace.changes()]
+
+
 @row("gap",
      Figure("gap-first", "longest interval at a video → video change, first lap", "ms",
             "at most mpv's", at_most_mpv),
@@ -47,7 +52,7 @@ def gap(stage, who, results):
     results.draw("resident memory over three clips, MB by item", who, memory)
     results.note("start", who, run.first_picture(trace))
     intervals, changes = trace.intervals(), trace.changes()
-    gaps = [max(intervals[max(0, change - NEAR):change + NEAR + 1]) for change in changes]
+    gaps = longest_at_changes(trace)
     results.note("gap-first", who, *gaps[:CLIPS])
     results.note("gap", who, *gaps[CLIPS:])
     for change in changes:
@@ -55,6 +60,22 @@ def gap(stage, who, results):
         results.draw("intervals around changes, ms by picture", who,
                      [(index - change, intervals[index])
                       for index in range(first, min(change + AROUND + 1, len(intervals)))])
+
+
+@row("passed-over",
+     Figure("passed-over", "longest interval where a video that cannot be opened is passed over", "ms",
+            "at most 500", at_most(500)))
+def passed_over(stage, who, results):
+    def fill(folder):
+        shutil.copy(stage.film(CLIP_SECONDS), folder / "clip.mp4")
+        (folder / "broken.mp4").write_bytes(b"no film")
+
+    with stage.run(who, stage.folder("broken", fill), traced=True,
+                   content={"broken_video": "skip"}) as (run, _):
+        run.wait_item(2 * CHANGES)
+        run.watch(1)
+        trace = run.end()
+    results.note("passed-over", who, *longest_at_changes(trace))
 
 
 @row("photo",

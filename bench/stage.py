@@ -163,18 +163,18 @@ class Stage:
             tv.screen.stop()
 
     @contextlib.contextmanager
-    def run(self, who, content, *, size=FULL_HD, loop_file=False, traced=False,
-            log_level="info", panel=None, mpv_options=()):
-        """Plays the folder with the player or with mpv, on a panel as tv.conf has it. Yields the run
-        and the screen; at the end the program is ended, if the block has not done so."""
+    def run(self, who, folder, *, size=FULL_HD, loop_file=False, traced=False,
+            log_level="info", mpv_options=(), **settings):
+        """Plays the folder with the player or with mpv, on a set with such sections of tv.conf. Yields
+        the run and the screen; at the end the program is ended, if the block has not done so."""
         tv = self._set(size)
-        tv.configure(**({"panel": panel} if panel else {}))
+        tv.configure(**settings)
         environment = {"WAYLAND_DEBUG": "1"} if traced else {}
         started = time.time()
         if who == PLAYER:
-            process = tv.start(folder=content, OSTREL_DEMO_LOG_LEVEL=log_level, **environment)
+            process = tv.start(folder=folder, OSTREL_DEMO_LOG_LEVEL=log_level, **environment)
         else:
-            process = start_mpv(tv, content, loop_file, environment, mpv_options)
+            process = start_mpv(tv, folder, loop_file, environment, mpv_options)
         run = Run(process, tv.screen.compositor.pid, started)
         try:
             yield run, tv.screen
