@@ -183,8 +183,11 @@ TEST_F(ADestroyedPicture, LeavesNothingBehindAThousandTimes)
             ASSERT_EQ(pictrel_render(picture_), 0);
         }
         ASSERT_EQ(pictrel_destroy(&picture_), 0);
+        // A machine that is too busy to end them would take more of them for a disk that hangs.
+        if (i % 5 == 4) {
+            ASSERT_TRUE(threads_gone());
+        }
     }
-    EXPECT_TRUE(threads_gone());
     EXPECT_EQ(open_files(), files_before);
 }
 
