@@ -195,14 +195,21 @@ bool Pipeline::ask(std::function<bool(GstElement *)> question, bool at_once)
 
 void Pipeline::play()
 {
-    if (!hangs_)
-        gst_element_set_state(playbin_.get(), GST_STATE_PLAYING);
+    go_to(GST_STATE_PLAYING);
 }
 
 void Pipeline::hold()
 {
+    go_to(GST_STATE_PAUSED);
+}
+
+// A change of state waits for a seek that is still unanswered, which may be for ever.
+void Pipeline::go_to(GstState state)
+{
     if (!hangs_)
-        gst_element_set_state(playbin_.get(), GST_STATE_PAUSED);
+        ask([state](GstElement *playbin) {
+            return gst_element_set_state(playbin, state) != GST_STATE_CHANGE_FAILURE;
+        });
 }
 
 bool Pipeline::seek(const Seek &seek)

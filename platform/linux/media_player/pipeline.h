@@ -69,8 +69,9 @@ class Pipeline {
     bool open_in_time();
 
     /**
-     * Whether it has not come back from open_in_time() or seek(), which return true
-     * then: a decoder hangs, or the disk. Nothing more comes of such a pipeline, whatever is asked.
+     * Whether it has not come back from open_in_time(), play(), hold() or seek(), which return true
+     * if anything then: a decoder hangs, or the disk. Nothing more comes of such a pipeline,
+     * whatever is asked.
      */
     bool hangs() const { return hangs_; }
 
@@ -153,6 +154,7 @@ class Pipeline {
     void note_coded_event(GstEventType type);
     bool is_stale(GstMessage *message) const;
     bool send_seek(double rate, int flags, gint64 start, GstSeekType stop_type, gint64 stop);
+    void go_to(GstState state);
     bool ask(std::function<bool(GstElement *)> question, bool at_once = true);
 
     const PipelineEvents events_;

@@ -504,6 +504,30 @@ TEST_F(StallTest, AFilmThatIsSoughtWhileItsDecoderHangsGoesOnAtTheNewSpeed)
     EXPECT_THAT(events(), ElementsAre("prepared"));
 }
 
+// Its reader has asked for the next round, and is not answered as long as slides are in its way.
+TEST_F(StallTest, AFilmThatGoesRoundAndIsPausedWhileItsDecoderHangsGoesOn)
+{
+    set_rank("hangingdec", GST_RANK_PRIMARY + 1000);
+    const std::string file = path("slides.flv");
+    run_ffmpeg("-f lavfi -i testsrc2=size=64x32:rate=1/2:duration=6 -c:v libx264 -bf 0 " + file);
+    ASSERT_EQ(prepare(file), PLAYER_ERROR_NONE);
+    player_->set_looping(true);
+    ASSERT_TRUE(wait_for_event("prepared"));
+    ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
+    ASSERT_TRUE(wait_for([this] { return shown() > 0; }));
+    decoders().arm(1);
+    ASSERT_TRUE(wait_for([this] { return decoders().hung() == 1 && shown() > 1; }));
+
+    ASSERT_EQ(player_->pause(), PLAYER_ERROR_NONE);
+    ASSERT_EQ(player_->start(), PLAYER_ERROR_NONE);
+
+    ASSERT_TRUE(wait_for([this] { return stalls() == 1; }));
+    const uint64_t before = shown();
+    EXPECT_TRUE(wait_for([&] { return shown() > before + 2; }));
+    EXPECT_EQ(stalls(), 1u);
+    EXPECT_THAT(events(), ElementsAre("prepared"));
+}
+
 TEST_F(StallTest, AFilmThatCannotBeOpenedAnewIsCompletedAndTheNextOnePlays)
 {
     ASSERT_TRUE(plays_from_a_disk_that_hangs(2));
