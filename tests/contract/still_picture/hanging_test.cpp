@@ -187,6 +187,7 @@ TEST_F(AHangingDisk, IsNotReadEverMoreOften)
     EXPECT_THAT(log.text(), HasSubstr("a.jpg: Earlier readings of it hang"));
 
     answer();
+    ASSERT_TRUE(all_closed());
     open(file("a.jpg"));
     EXPECT_NO_FATAL_FAILURE(decode());
 }
