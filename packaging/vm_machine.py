@@ -26,6 +26,7 @@ class Machine:
         kernel, = glob.glob(f"{work}/root/boot/vmlinuz-*")
         accelerator = ["-accel", "kvm", "-cpu", "host"] if kvm else [
             "-accel", "tcg,thread=multi,tb-size=512", "-cpu", "max"]
+        # Without its own program the screen has no text of a BIOS, which is the machine's and no set's.
         self.process = subprocess.Popen(
             ["qemu-system-x86_64", "-machine", "q35", *accelerator, "-smp", "2", "-m", "2048",
              "-kernel", kernel, "-initrd", kernel.replace("vmlinuz", "initrd.img"),
@@ -33,7 +34,7 @@ class Machine:
                         "systemd.show_status=no vt.global_cursor_default=0",
              "-no-reboot", "-nic", "none", "-display", "none",
              "-drive", f"file={work}/disk.img,format=raw,if=virtio",
-             "-vga", "none", "-device", "bochs-display", "-device", "qemu-xhci",
+             "-vga", "none", "-device", "bochs-display,romfile=", "-device", "qemu-xhci",
              "-device", "usb-kbd", "-audiodev", "none,id=sound",
              "-device", "ich9-intel-hda", "-device", "hda-output,audiodev=sound",
              "-qmp", f"unix:{work}/qmp,server=on,wait=off",
