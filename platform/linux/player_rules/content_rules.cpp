@@ -17,7 +17,6 @@ constexpr std::string_view VIDEOS_OF_DIRECT_BACKLIGHT =
     ".smp4/.ts/.avi/.mp4/.asf/.wmv/.ogg/.flv/.mpeg/.mkv/.tp";
 constexpr std::string_view PHOTOS = ".jpg/.jpeg";
 constexpr std::string_view SUBTITLES = ".smi/.srt/.sub/.ttxt/.txt/.ssa/.ass/.psb/.sami/.mpl";
-constexpr std::string_view PORTRAIT_PREFIX = "portrait_";
 
 /** Whether the extension of a name is found in a text. */
 bool ends_as(std::string_view name, std::string_view extensions)

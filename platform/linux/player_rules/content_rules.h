@@ -24,6 +24,9 @@ ContentKind content_kind(std::string_view name, bool direct_backlight);
 /** Whether a file of that name is looked at for a subtitle. */
 bool is_subtitle(std::string_view name, bool direct_backlight);
 
+/** What the name of a file for the upright panel begins with. */
+inline constexpr std::string_view PORTRAIT_PREFIX = "portrait_";
+
 /** Whether a file is for the upright panel. */
 bool is_portrait_content(std::string_view name);
 

@@ -8,6 +8,7 @@
 #include "base/utf8.h"
 #include "log/log_line.h"
 #include "log/platform_log.h"
+#include "player_rules/content_rules.h"
 #include "player_rules/user_interface.h"
 #include "settings/settings.h"
 #include "widget_extension/plain_text.h"
@@ -58,6 +59,15 @@ std::string translated(const char *id)
     return dgettext(TEXT_DOMAIN, id);
 }
 
+std::string translated(const char *id, const std::string &path)
+{
+    std::string text = translated(id);
+    const size_t slot = text.find(SLOT);
+    if (slot != std::string::npos)
+        text.replace(slot, sizeof SLOT - 1, path_in_text(path));
+    return text;
+}
+
 std::string why(UnplayableFile::Kind kind)
 {
     switch (kind) {
@@ -94,7 +104,7 @@ std::string list_of(const std::vector<UnplayableFile> &files, size_t named)
 
 } // namespace
 
-std::string standby_markup(const StandbyMessage &message, size_t named)
+std::string standby_markup(const StandbyMessage &message, size_t named, bool upright)
 {
     const auto with = [](const std::string &text) {
         return std::string("<name>") + PRODUCT_NAME + "</name>" + paragraph("gap", " ") + "<ps/>" +
@@ -106,11 +116,13 @@ std::string standby_markup(const StandbyMessage &message, size_t named)
     case StandbyMessage::Kind::BeginsAgain:
         return with(translated("STANDBY_BEGINS_AGAIN"));
     case StandbyMessage::Kind::NoContent: {
-        std::string text = translated("STANDBY_NO_CONTENT");
-        const size_t slot = text.find(SLOT);
-        if (slot != std::string::npos)
-            text.replace(slot, sizeof SLOT - 1, path_in_text(message.folder));
-        return with(text);
+        std::string markup = with(translated("STANDBY_NO_CONTENT", message.folder));
+        if (upright)
+            markup +=
+                paragraph("gap", " ") + "<ps/>" +
+                markup_of(
+                    translated("STANDBY_UPRIGHT_NAMES", std::string(PORTRAIT_PREFIX)).c_str());
+        return markup;
     }
     case StandbyMessage::Kind::UnplayableFiles:
         return with(translated("STANDBY_UNPLAYABLE_FILES")) + list_of(message.files, named);
@@ -145,9 +157,13 @@ void StandbyCard::resize(Size size)
 
 void StandbyCard::lay_text()
 {
+    Size panel;
+    evas_object_geometry_get(card_.get(), nullptr, nullptr, &panel.width, &panel.height);
+    const bool upright = panel.height > panel.width;
     size_t named = MOST_FILES;
     do
-        edje_object_part_text_set(card_.get(), PART, standby_markup(message_, named).c_str());
+        edje_object_part_text_set(card_.get(), PART,
+                                  standby_markup(message_, named, upright).c_str());
     while (!fits() && --named > 0);
 }
 

@@ -30,8 +30,13 @@ struct StandbyMessage {
     std::vector<UnplayableFile> files; ///< of UnplayableFiles; with names of any bytes
 };
 
-/** The message as the markup of the card's text. @param named so many files; others are counted */
-std::string standby_markup(const StandbyMessage &message, size_t named);
+/**
+ * The message as the markup of the card's text.
+ *
+ * @param named   so many files; others are counted
+ * @param upright whether it is for a panel that stands upright, where not every file is played
+ */
+std::string standby_markup(const StandbyMessage &message, size_t named, bool upright);
 
 class StandbyCard {
   public:

@@ -156,16 +156,19 @@ INSTANTIATE_TEST_SUITE_P(Panels, EachPanel, ValuesIn(PANELS),
 TEST_F(StandbyCardTest, SaysWhereContentBelongs)
 {
     speak("en_US");
-    const std::string markup = standby_markup(no_content(), 1);
+    const std::string markup = standby_markup(no_content(), 1, false);
     EXPECT_THAT(markup, HasSubstr("Copy videos or photos to"));
     EXPECT_THAT(markup, HasSubstr("/\u2060opt/\u2060data/\u2060demo_movie")) << "in one piece";
     EXPECT_THAT(markup, HasSubstr(", or plug in a stick with a folder demo"));
     EXPECT_THAT(markup, Not(HasSubstr("A&gt;&gt;")));
+    EXPECT_THAT(markup, Not(HasSubstr("portrait_")));
+    EXPECT_THAT(standby_markup(no_content(), 1, true),
+                AllOf(StartsWith(markup), HasSubstr("begin with &lrm;portrait_")));
 }
 
 TEST_F(StandbyCardTest, NamesTheFirstFilesWithTheirReasonsAndCountsTheOthers)
 {
-    const std::string markup = standby_markup(unplayable(), 5);
+    const std::string markup = standby_markup(unplayable(), 5, false);
     EXPECT_THAT(markup, HasSubstr("summer.mkv</file><ps/><why>No decoder for it is installed<"));
     EXPECT_THAT(markup, HasSubstr("<file>서울의 밤.ts</file><ps/><why>Takes too long to read<"));
     EXPECT_THAT(markup, HasSubstr("<file>b\\xff&lt;b&gt;&amp;amp;\\xe2\\x80\\xae\\n.avi<"));
@@ -189,7 +192,8 @@ TEST_F(StandbyCardTest, GivesEachKindOfReasonInEveryLanguage)
         speak(language);
         std::set<std::string> reasons;
         for (const UnplayableFile &file : unplayable().files)
-            reasons.insert(standby_markup({Kind::UnplayableFiles, "", {{"a", "", file.kind}}}, 1));
+            reasons.insert(
+                standby_markup({Kind::UnplayableFiles, "", {{"a", "", file.kind}}}, 1, false));
         EXPECT_EQ(reasons.size(), 5u) << language;
         for (const std::string &markup : reasons)
             EXPECT_THAT(markup, Not(HasSubstr("STANDBY_"))) << language;
