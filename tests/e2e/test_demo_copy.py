@@ -98,11 +98,22 @@ def test_content_of_the_stick_takes_the_place_of_the_old_one(copying):
     assert stat.S_IMODE(copying.content.stat().st_mode) == 0o2770
     assert stat.S_IMODE((copying.content / "a.mp4").stat().st_mode) == 0o664
     lines = done.out.splitlines()
-    assert lines[0].startswith("3 files, 3.5 MB, from ") and lines[-1] == "All files are copied and checked."
+    assert lines[0].startswith("3 files, 3.5 MB, from ") and "All files are copied and checked." in lines
     for name in ("notes.pdf", "more.ts"):
         assert f"Left out, for the demo does not play it: {name}" in lines
     assert sorted(line.split()[-1] for line in lines if line.startswith("[")) == sorted(FILMS)
     assert [line.split()[0] for line in lines if line.startswith("[")] == ["[1/3]", "[2/3]", "[3/3]"]
+
+
+@pytest.mark.parametrize("names, told", [
+    (("a.mp4", "b.jpg"), "They are for a landscape screen: names for an upright one begin with portrait_."),
+    (("portrait_a.mp4", "Portrait_b.jpg"), "They are for an upright screen: their names begin with portrait_."),
+    (("a.mp4", "portrait_b.jpg"), "All files are copied and checked.")])
+def test_screen_that_the_files_are_for_is_told(copying, names, told):
+    for path in (copying.stick / "Demo").iterdir():
+        path.unlink()
+    fill(copying.stick / "Demo", dict.fromkeys(names, b"film"))
+    assert copying.run().out.splitlines()[-1] == told
 
 
 def test_names_do_nothing_to_a_terminal(copying):
@@ -326,9 +337,10 @@ def test_a_terminal_shows_a_bar(copying):
         pass  # the other side is closed
     os.close(ours)
     assert copying.finish(process).returncode == 0, process.err
-    assert b"\r[..............................]   0 %  " in shown
-    assert b"\r[##############################] 100 %  " in shown
-    assert shown.endswith(b"All files are copied and checked.\r\n")
+    assert b"\r\033[?7l[..............................]   0 %  " in shown
+    assert b"\r\033[?7l[##############################] 100 %  " in shown
+    assert shown.count(b"\033[?7l") == shown.count(b"\033[?7h") > 1
+    assert b"All files are copied and checked.\r\n" in shown
 
 
 @pytest.mark.parametrize("arguments, status", [(["--help"], 0), (["-x"], 2), (["a", "b", "c"], 2)])

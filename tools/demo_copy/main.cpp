@@ -1,4 +1,5 @@
 // ostrel-demo-copy: copies what a USB stick brings along into the set.
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +13,7 @@
 #include "base/paths.h"
 #include "content_copy.h"
 #include "log/log_line.h"
+#include "player_rules/content_rules.h"
 #include "player_rules/launch_rules.h"
 #include "progress.h"
 #include "settings/settings.h"
@@ -61,6 +63,20 @@ std::string content_of_a_stick()
         "no USB stick is plugged in that has a folder \"demo\" with something to play");
 }
 
+/** Where a panel has nothing to show, what the names begin with is the usual reason. */
+void tell_for_which_panel(const std::vector<demo_copy::ContentFile> &files)
+{
+    const auto is_upright = [](const auto &file) {
+        return platform::is_portrait_content(file.name);
+    };
+    if (std::none_of(files.begin(), files.end(), is_upright))
+        std::printf("They are for a landscape screen: names for an upright one begin with %s.\n",
+                    platform::PORTRAIT_PREFIX.data());
+    else if (std::all_of(files.begin(), files.end(), is_upright))
+        std::printf("They are for an upright screen: their names begin with %s.\n",
+                    platform::PORTRAIT_PREFIX.data());
+}
+
 void copy(const std::string &from, const std::string &to)
 {
     using namespace demo_copy;
@@ -81,6 +97,7 @@ void copy(const std::string &from, const std::string &to)
     }
     shown.end();
     std::printf("All files are copied and checked.\n");
+    tell_for_which_panel(content.files());
     if (!left.empty())
         std::fprintf(stderr, "ostrel-demo-copy: %s\n", platform::visible_text(left).c_str());
 }

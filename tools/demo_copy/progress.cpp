@@ -14,6 +14,9 @@ namespace {
 
 constexpr int BAR_WIDTH = 30;
 constexpr char CLEAR_REST_OF_LINE[] = "\033[K";
+// What does not fit is not seen: a line that went on below could not be drawn over.
+constexpr char DO_NOT_WRAP[] = "\033[?7l";
+constexpr char WRAP[] = "\033[?7h";
 
 } // namespace
 
@@ -44,9 +47,9 @@ void ProgressShow::draw(const ContentCopy::Progress &progress)
     const int filled = static_cast<int>(share * BAR_WIDTH);
     std::string bar(static_cast<size_t>(filled), '#');
     bar.resize(BAR_WIDTH, '.');
-    std::printf("\r[%s] %3d %%  %s%s", bar.c_str(), percent,
+    std::printf("\r%s[%s] %3d %%  %s%s%s", DO_NOT_WRAP, bar.c_str(), percent,
                 platform::visible_text(copy_.files()[progress.file].name).c_str(),
-                CLEAR_REST_OF_LINE);
+                CLEAR_REST_OF_LINE, WRAP);
 }
 
 void ProgressShow::end()
