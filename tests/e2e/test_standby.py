@@ -66,14 +66,16 @@ def test_manager_hears_of_the_card_when_it_is_on_the_screen(tv, screen):
         address = os.path.join(screen.folder, "notify")
         manager.bind(address)
         manager.settimeout(DEADLINE_S)
-        standby = tv.start_standby(NOTIFY_SOCKET=address, WAYLAND_DEBUG="client")
+        standby = tv.start_standby(NOTIFY_SOCKET=address, WATCHDOG_USEC="300000", WAYLAND_DEBUG="client")
         standby.tolerate(r"^\[\s*\d+\.\d+\]|^discarded")
-        assert manager.recv(1000).startswith(b"READY=1\n")
+        while not (told := manager.recv(1000)).startswith(b"READY=1\n"):
+            assert told.startswith(b"EXTEND_TIMEOUT_USEC=")
         # The compositor has been given a picture before, and has said that it has it.
         standby.process.send_signal(signal.SIGSTOP)
         standby.log.wait(r"wl_surface@\d+\.attach\(wl_buffer")
         standby.process.send_signal(signal.SIGCONT)
         wait_seen(screen, "card")
+        assert manager.recv(1000) == b"WATCHDOG=1"
 
 
 def test_card_says_what_the_keys_tell(tv, screen):

@@ -91,6 +91,7 @@ class Standby {
     Evas_Object *content_ = nullptr; ///< of the window
     std::unique_ptr<StandbyCard> card_;
     std::vector<EventHandlerPtr> input_;
+    TimerPtr alive_timer_;
     int exit_status_ = DONE;
 };
 
@@ -140,6 +141,7 @@ bool Standby::start()
         this);
     evas_object_show(content_);
     window_->reveal();
+    alive_timer_ = ServiceManager::get().watch_main_loop();
     return true;
 }
 

@@ -217,15 +217,7 @@ void Application::follow_manager()
     ServiceManager &manager = ServiceManager::get();
     if (!manager.present())
         return;
-    const std::chrono::duration<double> interval = manager.alive_interval();
-    if (interval.count() > 0.0)
-        alive_timer_.reset(ecore_timer_add(
-            interval.count(),
-            [](void *) -> Eina_Bool {
-                ServiceManager::get().tell_alive();
-                return ECORE_CALLBACK_RENEW;
-            },
-            nullptr));
+    alive_timer_ = manager.watch_main_loop();
     Lookahead::get().set_growth_listener([this] {
         PLATFORM_LOGI(SERVICE, "ending, to be started anew with what was used up");
         quit();

@@ -65,6 +65,18 @@ void ServiceManager::tell_alive()
         heard_ready_ = send("READY=1\nSTATUS=On the screen.\nWATCHDOG=1");
 }
 
+TimerPtr ServiceManager::watch_main_loop()
+{
+    if (!socket_ || watchdog_.count() == 0)
+        return {};
+    const auto tell = [](void *manager) -> Eina_Bool {
+        static_cast<ServiceManager *>(manager)->tell_alive();
+        return ECORE_CALLBACK_RENEW;
+    };
+    return TimerPtr(
+        ecore_timer_add(std::chrono::duration<double>(watchdog_ / 3).count(), tell, this));
+}
+
 void ServiceManager::tell_ready()
 {
     ready_ = true;

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "base/descriptor.h"
+#include "base/toolkit_handles.h"
 
 namespace platform {
 
@@ -35,11 +36,15 @@ class ServiceManager {
     /** Whether there is one, which starts this process again when it has ended. */
     bool present() const { return static_cast<bool>(socket_); }
 
-    /** How often tell_alive() is to be called; 0: never. */
-    std::chrono::microseconds alive_interval() const { return watchdog_ / 3; }
-
     /** Tells that the main loop goes round. Before tell_ready() it begs for more time to start. */
     void tell_alive();
+
+    /**
+     * Has the main loop tell that by itself, three times in the longest silence. Main-loop thread.
+     *
+     * @return until when; nothing where nobody watches
+     */
+    TimerPtr watch_main_loop();
 
     /** Tells that a picture is on the screen. */
     void tell_ready();
