@@ -105,7 +105,7 @@ done
 # Some twenty times slower than a set: what is watched by the clock gets more time.
 for unit in ostrel-demo-kiosk ostrel-demo-kiosk-player ostrel-demo-kiosk-standby; do
     mkdir -p "$system/etc/systemd/system/$unit.service.d"
-    { echo '[Service]'; echo TimeoutStartSec=180; [ "${unit##*-}" = standby ] || echo WatchdogSec=40; } \
+    printf '[Service]\nTimeoutStartSec=180\nWatchdogSec=40\n' \
         >"$system/etc/systemd/system/$unit.service.d/trial.conf"
 done
 packaging/vm_trial.py "${kvm[@]}" "$work" "$cuts"

@@ -12,6 +12,14 @@ import time
 
 from PIL import Image
 
+KIOSK = os.path.join(os.path.dirname(os.path.realpath(__file__)), "kiosk")
+
+
+def told_by_grub():
+    """What GRUB tells the kernel of a machine with the kiosk, besides where its system is."""
+    with open(f"{KIOSK}/etc/default/grub.d/ostrel-demo-kiosk.cfg", encoding="utf-8") as file:
+        return re.search(r'^GRUB_CMDLINE_LINUX_DEFAULT="\$GRUB_CMDLINE_LINUX_DEFAULT (.*)"$', file.read(), re.M)[1]
+
 
 class Machine:
     """One boot of the machine: from its power switch to the cut, or to its own end."""
@@ -26,12 +34,11 @@ class Machine:
         kernel, = glob.glob(f"{work}/root/boot/vmlinuz-*")
         accelerator = ["-accel", "kvm", "-cpu", "host"] if kvm else [
             "-accel", "tcg,thread=multi,tb-size=512", "-cpu", "max"]
-        # Without its own program the screen has no text of a BIOS, which is the machine's and no set's.
+        # The screen's own program would have the BIOS's text there, which is this machine's and no set's.
         self.process = subprocess.Popen(
             ["qemu-system-x86_64", "-machine", "q35", *accelerator, "-smp", "2", "-m", "2048",
              "-kernel", kernel, "-initrd", kernel.replace("vmlinuz", "initrd.img"),
-             "-append", "root=/dev/vda rw console=ttyS0 mitigations=off quiet loglevel=3 "
-                        "systemd.show_status=no vt.global_cursor_default=0",
+             "-append", f"root=/dev/vda ro mitigations=off console=ttyS0 {told_by_grub()}",
              "-no-reboot", "-nic", "none", "-display", "none",
              "-drive", f"file={work}/disk.img,format=raw,if=virtio",
              "-vga", "none", "-device", "bochs-display,romfile=", "-device", "qemu-xhci",
