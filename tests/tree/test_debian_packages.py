@@ -400,7 +400,8 @@ def test_status_tells_whether_it_plays(machine):
     machine.never_switched_on()
     machine.answers[f"{FOR_USER} status"] = "!3"
     stopped = machine.run("status")
-    assert stopped.returncode == 3 and stopped.stdout.count("no\n") == 3
+    assert stopped.returncode == 3 and stopped.stdout.count(": no") == 3
+    assert "Plays: no, it is off" in stopped.stdout
 
 
 @pytest.mark.parametrize("state, key, told, says", [
@@ -422,6 +423,13 @@ def test_status_tells_why_it_does_not_play(machine, state, key, told, says):
     machine.answers["id -u"] = "1000"
     assert machine.run("status").returncode == (0 if state == "active" else 3)
     assert not [call for call in machine.calls if "tvctl" in call]
+
+
+def test_status_tells_that_there_is_no_screen(machine):
+    machine.answers |= {"systemctl is-active ostrel-demo-kiosk-player": "inactive!3",
+                        "systemctl is-active --quiet ostrel-demo-kiosk.service": "!3",
+                        f"{FOR_USER} status": "!3", f"{FOR_USER} config get playback_status": "2"}
+    assert "Plays: no, the screen is not there" in machine.run("status").stdout
 
 
 @pytest.mark.parametrize("arguments", [[], ["of"], ["on", "off"], ["--now"], ["panel"], ["panel", "upright"]])
