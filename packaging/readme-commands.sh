@@ -21,6 +21,7 @@ declare -A elsewhere=(
     [./test.sh]="check-packages.sh test runs it, in a bare system of its own"
     ["packaging/install-missing.sh build package"]="check-packages.sh deb runs it"
     [packaging/build-deb.sh]="check-packages.sh deb runs it"
+    ["sudo apt-get update"]="check-packages.sh deb runs it before"
     ["sudo apt-get install -y -o Dpkg::Options::=--force-confold ./out/packages/*.deb"]="check-packages.sh deb installs them with dpkg and this option"
     ["sudo ostrel-demo-kiosk on"]="check-packages.sh deb runs it"
     ["sudo ostrel-demo-copy"]="test.sh runs it, with folders in the stick's place"

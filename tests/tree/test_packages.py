@@ -116,7 +116,7 @@ def test_each_command_of_the_readme_is_run_or_says_where(source_dir, readme, tmp
     assert how.pop("make coffee") == "run"
     assert {command for command, where in how.items() if where != "run"} == {
         "./demo.sh", "./test.sh", "packaging/install-missing.sh build package",
-        "packaging/build-deb.sh", 
+        "packaging/build-deb.sh", "sudo apt-get update", 
         "sudo apt-get install -y -o Dpkg::Options::=--force-confold ./out/packages/*.deb",
         "sudo ostrel-demo-kiosk on", "sudo ostrel-demo-copy"}
 
