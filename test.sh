@@ -253,7 +253,7 @@ elif [ $all = yes ]; then
     run_suites build "" -m "not sanitized"
     await "Building build-asan"
     beside "Building build-tsan" build_with thread build-tsan
-    [ -n "$expression" ] || beside "Lint" packaging/lint.sh "${lint_depth[@]}" build
+    [ -n "$expression" ] || beside "Lint" tests/lint "${lint_depth[@]}" build
     run_suites build-asan " with sanitizers" -m "demo_loop or sanitized"
     await "Building build-tsan"
     suite "Tests of threads" run_ctest build-tsan
@@ -261,7 +261,7 @@ elif [ $all = yes ]; then
     if [ $nightly = yes ] && [ -z "$expression" ]; then
         suite "Damaged files" tests/corpus/run --jobs "$jobs"
         suite "Fuzzing" tests/fuzz/run --jobs "$jobs"
-        suite "Faults on purpose" tools/mutation-test --platform --at-least 78 --jobs "$jobs"
+        suite "Faults on purpose" tests/mutation/run --platform --at-least 78 --jobs "$jobs"
     fi
 else
     if [ $asan = yes ]; then
@@ -270,7 +270,7 @@ else
     elif [ $unit$contract$e2e$lint != nononono ]; then
         timed "Building build" build_plainly
         [ $unit = no ] || suite "Source tree" run_pytest build tree -q -n "$jobs"
-        [ $lint = no ] || suite "Lint" packaging/lint.sh "${lint_depth[@]}" build
+        [ $lint = no ] || suite "Lint" tests/lint "${lint_depth[@]}" build
         if [ $quick = yes ]; then run_suites build "" -m demo_loop; else run_suites build ""; fi
     fi
     if [ $tsan = yes ]; then
@@ -282,13 +282,13 @@ fi
 echo "== Where the time went"
 cat "$results/seconds"
 printf '%6d s  all\n' $SECONDS
-packaging/test-results.py slowest "$results"
+tests/results.py slowest "$results"
 
 if [ $found = no ] && [ -n "$expression" ]; then
     failed+=("no test is named like '$expression'")
 fi
 if [ ${#failed[@]} -gt 0 ]; then
     printf 'Failed: %s\n' "${failed[@]}" >&2
-    packaging/test-results.py failed "$results" >&2
+    tests/results.py failed "$results" >&2
     exit 1
 fi

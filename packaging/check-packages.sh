@@ -9,7 +9,7 @@ Usage: packaging/check-packages.sh [--keep] [WHAT]
 Makes a minimal Debian 12 in a temporary folder with debootstrap, clones this tree into it (what is
 committed), and runs there, as root and with network, WHAT:
   demo   ./demo.sh --seconds 40 (default)
-  readme the other commands of README.md, as packaging/readme-commands.sh lists them
+  readme the other commands of README.md, as packaging/trial/readme-commands.sh lists them
   test   ./test.sh
   deb    makes the Debian packages, twice, asks lintian about them and leaves them in out/packages;
          then installs, upgrades and purges them in another system, which has nothing else
@@ -103,10 +103,10 @@ case $what in
         # What README.md takes for granted: a machine that systemd runs, and a user who may use sudo.
         inside 'apt-get update -q && apt-get install -y -q --no-install-recommends sudo systemd'
         # In a process namespace of their own, so that all they start ends with them.
-        inside 'unshare --pid --fork --kill-child --mount-proc packaging/readme-commands.sh run' ;;
+        inside 'unshare --pid --fork --kill-child --mount-proc packaging/trial/readme-commands.sh run' ;;
     deb-build)
         touch "$system/etc/bare-system"
-        inside 'packaging/package-trial.sh build'
+        inside 'packaging/trial/package-trial.sh build'
         mkdir -p "$tree/out/packages"
         rm -f "$tree"/out/packages/*
         cp "$system"/root/tree/out/packages/* "$tree/out/packages" ;;
@@ -116,7 +116,7 @@ case $what in
         cp -r "$tree/out/packages" "$system/root/tree/out"
         mount --rbind /sys "$system/sys"
         mount --make-rslave "$system/sys"
-        inside 'unshare --pid --fork --kill-child --mount-proc packaging/package-trial.sh use' ;;
+        inside 'unshare --pid --fork --kill-child --mount-proc packaging/trial/package-trial.sh use' ;;
     test)
         echo "== ./test.sh"
         inside './test.sh' ;;

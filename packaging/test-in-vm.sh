@@ -108,4 +108,4 @@ for unit in ostrel-demo-kiosk ostrel-demo-kiosk-player ostrel-demo-kiosk-standby
     printf '[Service]\nTimeoutStartSec=180\nWatchdogSec=40\n' \
         >"$system/etc/systemd/system/$unit.service.d/trial.conf"
 done
-packaging/vm_trial.py "${kvm[@]}" "$work" "$cuts"
+packaging/trial/vm_trial.py "${kvm[@]}" "$work" "$cuts"

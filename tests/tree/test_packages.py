@@ -83,7 +83,7 @@ def test_is_not_begun(broken): pass""")
                     ["/usr/bin/python3", "-m", "pytest", "-p", "no:cacheprovider",
                      f"--junitxml={results}/build-asan.e2e.xml", "test_it.py"]):
         assert subprocess.run(command, cwd=tmp_path, capture_output=True, check=False).returncode != 0
-    printed = subprocess.run([os.path.join(source_dir, "packaging", "test-results.py"), "failed",
+    printed = subprocess.run([os.path.join(source_dir, "tests", "results.py"), "failed",
                               results], capture_output=True, text=True, check=True)
     assert re.sub(r"after [0-9.]+ s", "after N s", printed.stdout).splitlines() == [
         "  test_asserts (build-asan): AssertionError: one",
@@ -97,8 +97,9 @@ def test_is_not_begun(broken): pass""")
 def listed_commands(source_dir, text, folder):
     readme = folder / "README.md"
     readme.write_text(text)
-    return subprocess.run([os.path.join(source_dir, "packaging", "readme-commands.sh"), "list",
-                           readme], capture_output=True, text=True, check=False)
+    return subprocess.run(
+        [os.path.join(source_dir, "packaging", "trial", "readme-commands.sh"), "list", readme],
+        capture_output=True, text=True, check=False)
 
 
 @pytest.fixture

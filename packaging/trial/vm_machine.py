@@ -1,5 +1,5 @@
-"""A virtual machine in qemu, as packaging/vm_trial.py needs it: screen, keys, sticks, power switch, and a
-serial line with a shell."""
+"""A virtual machine in qemu, as vm_trial.py needs it: screen, keys, sticks, power switch, and a serial
+line with a shell."""
 
 import glob
 import json

@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
 # The commands of README.md: lists them, or runs them as a reader would.
 set -euo pipefail
-cd "$(dirname "$(readlink -f "$0")")/.."
-. packaging/trial-steps.sh
+cd "$(dirname "$(readlink -f "$0")")/../.."
+. packaging/trial/common.sh
 
 usage() {
     cat <<TEXT
-Usage: packaging/readme-commands.sh list [FILE]
-       packaging/readme-commands.sh run
+Usage: packaging/trial/readme-commands.sh list [FILE]
+       packaging/trial/readme-commands.sh run
   list  prints each command that stands in a block of README.md, or of FILE, and whether it is run;
         ends with status 1 when a block is neither commands nor settings of the service
   run   runs them. That installs packages and the player and writes to /etc, /media, /opt and /srv, so

@@ -2,8 +2,8 @@
 """Prints what a test run left in a folder, in files BUILD.RUNNER.xml in the form of JUnit, which ctest
 and pytest both write.
 
-    packaging/test-results.py slowest FOLDER   the ten tests that took longest
-    packaging/test-results.py failed FOLDER    each test that failed, with the first line that says why
+    tests/results.py slowest FOLDER   the ten tests that took longest
+    tests/results.py failed FOLDER    each test that failed, with the first line that says why
 """
 
 import glob

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Drives the virtual machine that packaging/test-in-vm.sh has made, and watches its screen.
 
-    packaging/vm_trial.py [--kvm] WORK CUTS
+    packaging/trial/vm_trial.py [--kvm] WORK CUTS
 
 Boots WORK/root; leaves WORK/result. Ends with status 1 when something was not seen.
 """

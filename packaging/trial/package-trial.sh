@@ -1,12 +1,12 @@
 #!/usr/bin/env bash
 # Tries the Debian packages, as packaging/check-packages.sh has it run in bare systems.
 set -euo pipefail
-cd "$(dirname "$(readlink -f "$0")")/.."
-. packaging/trial-steps.sh
+cd "$(dirname "$(readlink -f "$0")")/../.."
+. packaging/trial/common.sh
 
 usage() {
     cat <<TEXT
-Usage: packaging/package-trial.sh build | use
+Usage: packaging/trial/package-trial.sh build | use
   build  makes the packages twice, in folders of different names, and asks lintian about them
   use    in a system where nothing is installed: the packages of out/packages are installed, play, give
          way to another version, and are purged
