@@ -36,19 +36,23 @@ Logs and pictures of failed end-to-end tests are kept in out/e2e/, results and t
 TEXT
 }
 
-unit=no contract=no e2e=no lint=no tsan=no asan=no coverage=no quick=no nightly=no install=yes
-expression=""
+# What is wanted: the options that name suites or choose among them.
+declare -A want=()
+# any_of NAME...: whether one of them is wanted.
+any_of() {
+    local name
+    for name in "$@"; do
+        [ -z "${want[$name]:-}" ] || return 0
+    done
+    return 1
+}
+
+nightly=no install=yes expression=""
 jobs=$(nproc)
 while [ $# -gt 0 ]; do
     case $1 in
-        --unit) unit=yes ;;
-        --contract) contract=yes ;;
-        --e2e) e2e=yes ;;
-        --lint) lint=yes ;;
-        --tsan) tsan=yes ;;
-        --asan) asan=yes ;;
-        --coverage) coverage=yes ;;
-        --quick) quick=yes ;;
+        --unit | --contract | --e2e | --lint | --tsan | --asan | --coverage | --quick)
+            want[${1#--}]=yes ;;
         --nightly)
             nightly=yes
             export FAULTS=${FAULTS:-many} CONFIG_KILLS=${CONFIG_KILLS:-2000}
@@ -65,22 +69,22 @@ while [ $# -gt 0 ]; do
     shift
 done
 case $jobs in '' | *[!0-9]* | 0) usage >&2; exit 2 ;; esac
-if [ $coverage = yes ] && [ $e2e$lint$tsan$asan$quick != nonononono ]; then
-    echo "test.sh: --coverage goes with --unit and --contract only" >&2
-    exit 2
-fi
-if [ $asan = yes ] && [ $lint$tsan != nono ]; then
-    echo "test.sh: --asan goes with --unit, --contract and --e2e only" >&2
-    exit 2
-fi
-if [ $quick = yes ] && [ $unit$contract$e2e$lint$tsan$asan != nononononono ]; then
-    echo "test.sh: --quick chooses the suites itself" >&2
-    exit 2
-fi
+# refuse OPTION WHY OTHER...: when it is wanted together with one of the others.
+refuse() {
+    local option=$1 why=$2
+    shift 2
+    if any_of "$option" && any_of "$@"; then
+        echo "test.sh: --$option $why" >&2
+        exit 2
+    fi
+}
+refuse coverage "goes with --unit and --contract only" e2e lint tsan asan quick
+refuse asan "goes with --unit, --contract and --e2e only" lint tsan
+refuse quick "chooses the suites itself" unit contract e2e lint tsan asan
 all=no
-if [ $unit$contract$e2e$lint$tsan = nonononono ]; then
-    unit=yes contract=yes e2e=yes
-    [ $asan$coverage$quick != nonono ] || all=yes lint=yes tsan=yes
+if ! any_of unit contract e2e lint tsan; then
+    any_of asan coverage quick || all=yes want[lint]=yes want[tsan]=yes
+    want[unit]=yes want[contract]=yes want[e2e]=yes
 fi
 
 if [ $install = yes ]; then
@@ -123,7 +127,7 @@ build_into() {
         >"$directory/configure.log" 2>&1 || { cat "$directory/configure.log" >&2; return 1; }
     if [ "$directory" = build-tsan ]; then
         targets=("${with_threads[@]}")
-    elif [ $unit$contract = nono ]; then
+    elif ! any_of unit contract; then
         # The end-to-end tests alone need only what they start.
         targets=(ostrel-demo-player-tv ostrel-demo-copy ostrel-demo-standby tvctl
             make-sample-content resources timer_speed cost_counter faults storage_faults shortage)
@@ -199,9 +203,9 @@ run_ctest() {
         # What is looked at picture by picture has no threads of its own, and such a build is too slow
         # to show each in time, or to be faster than a film.
         arguments+=(-L "$threads_label" -E '^Interlaced[.]|[.]IsFasterAtDoubleSpeed')
-    elif [ $contract = no ]; then
+    elif ! any_of contract; then
         folder+=/tests/unit
-    elif [ $unit = no ]; then
+    elif ! any_of unit; then
         folder+=/tests/contract
     fi
     arguments+=(--test-dir "$folder")
@@ -230,12 +234,12 @@ run_pytest() {
 run_suites() {
     local directory=$1 note=$2
     shift 2
-    [ $unit$contract = nono ] || suite "Unit and contract tests$note" run_ctest "$directory"
-    [ $e2e = no ] ||
+    ! any_of unit contract || suite "Unit and contract tests$note" run_ctest "$directory"
+    ! any_of e2e ||
         suite "End-to-end tests$note" run_pytest "$directory" e2e -n $((2 * jobs)) "$@"
 }
 
-if [ $coverage = yes ]; then
+if any_of coverage; then
     timed "Building build-coverage" build_into build-coverage -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=--coverage \
         -DCMAKE_EXE_LINKER_FLAGS=--coverage
     find build-coverage -name '*.gcda' -delete
@@ -244,7 +248,7 @@ if [ $coverage = yes ]; then
         --exclude-throw-branches --gcov-ignore-parse-errors --print-summary \
         --json build-coverage/coverage.json --txt build-coverage/unreached.txt build-coverage
     # The contract tests alone do not run the player's own code.
-    [ $unit = no ] || suite "Coverage of src/" gcovr -a build-coverage/coverage.json \
+    ! any_of unit || suite "Coverage of src/" gcovr -a build-coverage/coverage.json \
         --filter src/ --fail-under-line 98 --fail-under-branch 90 --print-summary
 elif [ $all = yes ]; then
     timed "Building build" build_plainly
@@ -264,16 +268,16 @@ elif [ $all = yes ]; then
         suite "Faults on purpose" tests/mutation/run --platform --at-least 78 --jobs "$jobs"
     fi
 else
-    if [ $asan = yes ]; then
+    if any_of asan; then
         timed "Building build-asan" build_with address build-asan
         run_suites build-asan " with sanitizers"
-    elif [ $unit$contract$e2e$lint != nononono ]; then
+    elif any_of unit contract e2e lint; then
         timed "Building build" build_plainly
-        [ $unit = no ] || suite "Source tree" run_pytest build tree -q -n "$jobs"
-        [ $lint = no ] || suite "Lint" tests/lint "${lint_depth[@]}" build
-        if [ $quick = yes ]; then run_suites build "" -m demo_loop; else run_suites build ""; fi
+        ! any_of unit || suite "Source tree" run_pytest build tree -q -n "$jobs"
+        ! any_of lint || suite "Lint" tests/lint "${lint_depth[@]}" build
+        if any_of quick; then run_suites build "" -m demo_loop; else run_suites build ""; fi
     fi
-    if [ $tsan = yes ]; then
+    if any_of tsan; then
         timed "Building build-tsan" build_with thread build-tsan
         suite "Tests of threads" run_ctest build-tsan
     fi
