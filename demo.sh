@@ -127,11 +127,7 @@ fi
 
 echo "== Building (the first time takes some minutes)"
 if [ ! -e build/build.ninja ]; then
-    launcher=()
-    if command -v ccache >/dev/null; then
-        launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-    fi
-    step cmake -S . -B build -G Ninja "${launcher[@]}" >"$work/configure.log" 2>&1 ||
+    step cmake -S . -B build -G Ninja >"$work/configure.log" 2>&1 ||
         { cat "$work/configure.log" >&2; exit 1; }
 fi
 if grep -q '^BUILD_TESTING:BOOL=ON' build/CMakeCache.txt; then

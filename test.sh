@@ -117,13 +117,10 @@ timed() {
 
 # build_into DIRECTORY [CMake option...]
 build_into() {
-    local directory=$1 launcher=() targets=()
+    local directory=$1 targets=()
     shift
-    if command -v ccache >/dev/null; then
-        launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
-    fi
     mkdir -p "$directory"
-    cmake -S . -B "$directory" -G Ninja -DBUILD_TESTING=ON "${launcher[@]}" "$@" \
+    cmake -S . -B "$directory" -G Ninja -DBUILD_TESTING=ON "$@" \
         >"$directory/configure.log" 2>&1 || { cat "$directory/configure.log" >&2; return 1; }
     if [ "$directory" = build-tsan ]; then
         targets=("${with_threads[@]}")
