@@ -2,6 +2,7 @@
 # Proves packages.txt complete and README.md right: in a bare Debian 12 that has nothing installed, a
 # clean clone must build, test and play, as README.md says.
 set -euo pipefail
+. "$(dirname "$(readlink -f "$0")")/trial/common.sh"
 
 usage() {
     cat <<TEXT
@@ -47,7 +48,6 @@ fi
 
 tree=$(git -C "$(dirname "$(readlink -f "$0")")" rev-parse --show-toplevel)
 system=$(mktemp -d "${TMPDIR:-/var/tmp}/bare-debian.XXXXXX")
-mirror=${DEBIAN_MIRROR:-http://deb.debian.org/debian}
 
 finish() {
     local status=$?
@@ -68,7 +68,7 @@ trap 'exit 130' INT
 trap 'exit 143' TERM
 
 echo "== A bare Debian 12 in $system"
-debootstrap --variant=minbase bookworm "$system" "$mirror"
+bare_debian
 # Some tests run as another user, mount over a folder, or look into the table of mounts: the root must
 # be readable to everyone and a mount of its own, as on a machine.
 chmod 755 "$system"
@@ -78,21 +78,17 @@ mount --bind /dev "$system/dev"
 mount --bind /dev/pts "$system/dev/pts"
 mount -t tmpfs tmpfs "$system/dev/shm"
 cp /etc/resolv.conf /etc/hosts "$system/etc/"
-# Whatever the host needs to reach the archive, the bare system needs as well.
-cp -n /etc/apt/apt.conf.d/*proxy* "$system/etc/apt/apt.conf.d/" 2>/dev/null || true
 
 git clone -q --no-local "$tree" "$system/root/tree"
 
-inside() {
-    env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin TERM=dumb LANG=C.UTF-8 \
-        ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} \
-        chroot "$system" sh -c "cd /root/tree && $1"
+in_tree() {
+    inside "cd /root/tree && $1"
 }
 
 case $what in
     demo)
         echo "== ./demo.sh"
-        inside './demo.sh --seconds 40'
+        in_tree './demo.sh --seconds 40'
         [ -s "$system/root/tree/out/demo/contact-sheet.png" ] ||
             { echo "check-packages.sh: the demo left no contact sheet." >&2; exit 1; } ;;
     readme)
@@ -101,12 +97,12 @@ case $what in
         mount --rbind /sys "$system/sys"
         mount --make-rslave "$system/sys"
         # What README.md takes for granted: a machine that systemd runs, and a user who may use sudo.
-        inside 'apt-get update -q && apt-get install -y -q --no-install-recommends sudo systemd'
+        in_tree 'apt-get update -q && apt-get install -y -q --no-install-recommends sudo systemd'
         # In a process namespace of their own, so that all they start ends with them.
-        inside 'unshare --pid --fork --kill-child --mount-proc packaging/trial/readme-commands.sh run' ;;
+        in_tree 'unshare --pid --fork --kill-child --mount-proc packaging/trial/readme-commands.sh run' ;;
     deb-build)
         touch "$system/etc/bare-system"
-        inside 'packaging/trial/package-trial.sh build'
+        in_tree 'packaging/trial/package-trial.sh build'
         mkdir -p "$tree/out/packages"
         rm -f "$tree"/out/packages/*
         cp "$system"/root/tree/out/packages/* "$tree/out/packages" ;;
@@ -116,9 +112,9 @@ case $what in
         cp -r "$tree/out/packages" "$system/root/tree/out"
         mount --rbind /sys "$system/sys"
         mount --make-rslave "$system/sys"
-        inside 'unshare --pid --fork --kill-child --mount-proc packaging/trial/package-trial.sh use' ;;
+        in_tree 'unshare --pid --fork --kill-child --mount-proc packaging/trial/package-trial.sh use' ;;
     test)
         echo "== ./test.sh"
-        inside './test.sh' ;;
+        in_tree './test.sh' ;;
 esac
 echo "== Right: $what ran in a bare system"

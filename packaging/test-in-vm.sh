@@ -2,14 +2,15 @@
 # Tries the Debian packages on a whole machine: a virtual one, with a screen, keys, sticks and a power switch.
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/.."
+. packaging/trial/common.sh
 
 usage() {
     cat <<TEXT
 Usage: packaging/test-in-vm.sh [--kvm] [--cuts N] [--work FOLDER]
 Makes the packages of the last commit, boots a Debian 12 with nothing else in qemu, installs them there,
 and watches its screen from then on: README.md's steps, keys, sticks of each file system, killed and
-stopped processes, an upgrade, power cuts, the packages' removal. Leaves in FOLDER/result the table (result.md), the screenshots and a sheet of
-them, and the log of the machine's console.
+stopped processes, an upgrade, power cuts, the packages' removal. Leaves in FOLDER/result the table
+(result.md), the screenshots and a sheet of them, and the log of the machine's console.
   --kvm          let the processor run the machine itself; not on every machine that has /dev/kvm
                  that works
   --cuts N       cut the power N times during play (default: 20)
@@ -43,28 +44,19 @@ work=$(realpath "$work")
     { echo "test-in-vm.sh: $work is neither empty nor of an earlier run" >&2; exit 2; }
 touch "$work/.ostrel-demo-vm"
 system=$work/system
-mirror=${DEBIAN_MIRROR:-http://deb.debian.org/debian}
-
-# The machine has no network once it runs, so that this is the last it sees of it.
-inside() {
-    env -i HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin TERM=dumb LANG=C.UTF-8 DEBIAN_FRONTEND=noninteractive \
-        ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} \
-        chroot "$system" sh -c "$1"
-}
 
 echo "== The packages"
 packaging/build-deb.sh "$work/packages" >"$work/build-deb.log" 2>&1 || { tail -n 40 "$work/build-deb.log" >&2; exit 1; }
-dependencies=$(for package in "$work"/packages/*.deb; do dpkg-deb -f "$package" Depends Recommends; done |
-    sed 's/^[A-Z][a-z]*: //; s/ostrel-demo-player-tv ([^)]*),//g' | paste -sd,)
+dependencies=$(dependencies_of "$work/packages" Depends Recommends)
 
-# What a shop's machine has when the packages come to it.
+# What a shop's machine has when the packages come to it, which has no network once it runs.
 if [ "$(cat "$system.ready" 2>/dev/null)" != "$dependencies" ]; then
     echo "== A bare Debian 12 in $system"
     rm -rf --one-file-system "$system" "$system.ready"
-    debootstrap --variant=minbase --include=systemd-sysv,udev,kmod,linux-image-amd64,initramfs-tools,zstd \
-        bookworm "$system" "$mirror" >"$work/debootstrap.log" || { tail "$work/debootstrap.log" >&2; exit 1; }
-    cp -n /etc/apt/apt.conf.d/*proxy* "$system/etc/apt/apt.conf.d/" 2>/dev/null || true
-    inside "apt-get update -q && apt-get satisfy -y -q --no-install-recommends '$dependencies' &&
+    bare_debian --include=systemd-sysv,udev,kmod,linux-image-amd64,initramfs-tools,zstd \
+        >"$work/debootstrap.log" || { tail "$work/debootstrap.log" >&2; exit 1; }
+    inside "export DEBIAN_FRONTEND=noninteractive
+        apt-get update -q && apt-get satisfy -y -q --no-install-recommends '$dependencies' &&
         apt-get install -y -q --no-install-recommends exfatprogs dosfstools && apt-get clean" >"$work/apt.log" 2>&1 ||
         { tail -n 40 "$work/apt.log" >&2; exit 1; }
     echo demo-set >"$system/etc/hostname"

@@ -119,8 +119,7 @@ with_noted_systemctl() {
 use() {
     export DEBIAN_FRONTEND=noninteractive
     local dependencies
-    dependencies=$(for package in out/packages/*.deb; do dpkg-deb -f "$package" Depends; done |
-        sed 's/ostrel-demo-player-tv ([^)]*),//g' | paste -sd,)
+    dependencies=$(dependencies_of out/packages Depends)
     apt-get update -q
     apt-get satisfy -y -q --no-install-recommends "$dependencies"
     snapshot >"$work/before"
