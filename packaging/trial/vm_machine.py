@@ -12,7 +12,7 @@ import time
 
 from PIL import Image
 
-KIOSK = os.path.join(os.path.dirname(os.path.realpath(__file__)), "kiosk")
+KIOSK = os.path.join(os.path.dirname(os.path.realpath(__file__)), "..", "kiosk")
 
 
 def told_by_grub():

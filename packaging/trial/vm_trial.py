@@ -17,73 +17,18 @@ import subprocess
 import sys
 import time
 
-import numpy
 from PIL import Image, ImageDraw, ImageFont
 
 from vm_machine import Machine
+from vm_screen import (FONT, STICKS, draw_sheet, is_other, shows_card, shows_console, shows_pictures, shows_reasons,
+                       shows_stick)
 
-FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
 CONTENT = "/opt/data/demo_movie"
-CARD_GROUND = (22, 38, 66)
-CARD_REASON = (159, 176, 200)
 CHOICE = "landscape_timer"
-
-# What lies on the stick of each file system: its colour tells that it is the one on the screen.
-STICKS = {"vfat": (0, 80, 190), "exfat": (0, 130, 120), "ntfs": (120, 0, 140), "ext4": (110, 120, 0)}
 MAKE = {"vfat": "mkfs.vfat -n DEMO", "exfat": "mkfs.exfat -L DEMO", "ntfs": "mkfs.ntfs -q -f -F -L DEMO",
         "ext4": "mkfs.ext4 -q -L DEMO"}
 PLAYER, STANDBY, COMPOSITOR = "ostrel-demo-kiosk-player", "ostrel-demo-kiosk-standby", "ostrel-demo-kiosk"
 INSTALL = "apt-get install -y -o Dpkg::Options::=--force-confold /root/{}/*.deb"
-
-
-# ---- What is on the screen ------------------------------------------------------------------------
-
-# qemu says so itself, in a picture of this size, until the machine's kernel has its screen.
-NO_SCREEN_YET = (640, 480)
-
-
-def share_of(colour):
-    def share(image):
-        pixels = numpy.asarray(image, dtype=int)
-        return (abs(pixels - numpy.array(colour)).max(axis=2) < 24).mean()
-    return share
-
-
-def letters(image):
-    return numpy.asarray(image).min(axis=2) > 100
-
-
-def shows_console(image):
-    """Grey on black and nothing else: a console's, a kernel's or a login prompt's."""
-    pixels = numpy.asarray(image, dtype=int)
-    return (image.size != NO_SCREEN_YET and share_of((0, 0, 0))(image) > 0.9 and letters(image).mean() > 0.0003
-            and (pixels.max(axis=2) - pixels.min(axis=2)).max() < 24)
-
-
-def shows_card(image):
-    """Its ground, and letters on it."""
-    return share_of(CARD_GROUND)(image) > 0.7 and letters(image).mean() > 0.002
-
-
-def shows_reasons(image):
-    return shows_card(image) and share_of(CARD_REASON)(image) > 0.0005
-
-
-def is_other(one, other):
-    """Whether more than a small part of a picture is another."""
-    return (abs(numpy.asarray(one, dtype=int) - numpy.asarray(other)).max(axis=2) > 60).mean() > 0.002
-
-
-def shows_stick(kind):
-    return lambda image: share_of(STICKS[kind])(image) > 0.5
-
-
-def shows_pictures(image):
-    """The built-in content: sample films and photos, which are of many colours everywhere."""
-    pixels = numpy.asarray(image.resize((64, 40)), dtype=int)
-    if any(shows_stick(kind)(image) for kind in STICKS):
-        return False
-    return len({tuple(pixel) for pixel in (pixels // 32).reshape(-1, 3)}) > 24
 
 
 class Trial:
@@ -151,21 +96,7 @@ class Trial:
             for what, seconds, seen in self.rows:
                 time_of = "" if seconds is None else f"{seconds:.1f}"
                 result.write(f"| {what} | {time_of} | {'yes' if seen else '**no**'} |\n")
-        columns, width, height, line = 4, 480, 300, 28
-        rows = -(-len(self.shots) // columns)
-        sheet = Image.new("RGB", (columns * (width + 8) + 8, rows * (height + line + 8) + 8), (32, 32, 32))
-        draw = ImageDraw.Draw(sheet)
-        font = ImageFont.truetype(FONT, 15)
-        for number, (name, path) in enumerate(self.shots):
-            x = 8 + number % columns * (width + 8)
-            y = 8 + number // columns * (height + line + 8)
-            with Image.open(path) as image:
-                # Of a console, the corner with the text.
-                small = image.crop((0, 0, width, height)) if shows_console(image.convert("RGB")) else \
-                    image.resize((width, height))
-                sheet.paste(small.convert("RGB"), (x, y))
-            draw.text((x, y + height + 3), name, font=font, fill="white")
-        sheet.save(f"{self.work}/result/sheet.png")
+        draw_sheet(self.shots, f"{self.work}/result/sheet.png")
 
 
 # ---- The disk -------------------------------------------------------------------------------------
