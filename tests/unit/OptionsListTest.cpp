@@ -29,14 +29,6 @@ class OptionsListTest : public PlayerTest {
         open_popup();
     }
 
-    // A photo list with a photo on the screen.
-    void show_photo()
-    {
-        open_with({"a.jpg", "b.jpg"});
-        player_.m_iPlayingType = 1;
-        make_picture();
-    }
-
     void store_mode(int word) { fake_.store.values[ConfigKey::DEMO_MODE] = word; }
     int stored_mode() { return fake_.store.get(ConfigKey::DEMO_MODE); }
 };
@@ -147,60 +139,6 @@ TEST_F(OptionsListTest, APointerWithoutEventMovesNothing)
     CPlayerInspector::m_OnGenListMouseInCB(controller_.get(), nullptr, player_.m_pGenlist, nullptr);
 
     EXPECT_THAT(fake_.calls(), IsEmpty());
-}
-
-TEST_F(OptionsListTest, ChoosingTheRowInForceOnlyCloses)
-{
-    player_.m_iPlayIndex = 2;
-
-    fake_.widgets.press_row(player_.m_pGenlist, SECOND);
-
-    EXPECT_THAT(fake_.calls(),
-                LinesAre("evas_object_hide(popup#1)", "app_context_manager_unset_epop_block()",
-                         "ecore_timer_add(0.5, controller)"));
-    EXPECT_EQ(fake_.logs().front(), "I \"\"");
-}
-
-TEST_F(OptionsListTest, ChoosingPlayAllWhileAVideoPlaysRestartsNothing)
-{
-    player_.m_iPlayIndex = 1;
-
-    fake_.widgets.press_row(player_.m_pGenlist, PLAY_ALL);
-
-    EXPECT_EQ(player_.m_iPlayIndex, 0);
-    EXPECT_THAT(fake_.calls(),
-                LinesAre(writes(ConfigKey::DEMO_MODE, 0), "evas_object_hide(popup#1)",
-                         "app_context_manager_unset_epop_block()",
-                         "ecore_timer_add(0.5, controller)"));
-}
-
-TEST_F(OptionsListTest, ChoosingPlayAllWhileAPhotoIsShownStartsTheSlideShow)
-{
-    show_photo();
-    player_.m_iPlayIndex = 1;
-
-    fake_.widgets.press_row(player_.m_pGenlist, PLAY_ALL);
-
-    EXPECT_THAT(fake_.calls(),
-                LinesAre(writes(ConfigKey::DEMO_MODE, 0), "ecore_timer_add(5, controller)",
-                         "evas_object_hide(popup#2)", "app_context_manager_unset_epop_block()",
-                         "ecore_timer_add(0.5, controller)"));
-    EXPECT_TRUE(player_.m_bSlideShowStarted);
-}
-
-TEST_F(OptionsListTest, ChoosingOffStoresTheWholeWordAndEndsTheProgram)
-{
-    store_mode(0x0102);
-    player_.m_iPlayIndex = 0;
-
-    fake_.widgets.press_row(player_.m_pGenlist, OFF);
-
-    EXPECT_EQ(player_.m_iPlayIndex, -1);
-    EXPECT_EQ(stored_mode(), -1);
-    EXPECT_THAT(fake_.calls(),
-                LinesAre(writes(ConfigKey::DEMO_MODE, -1), "ui_app_exit()",
-                         "evas_object_hide(popup#1)", "app_context_manager_unset_epop_block()",
-                         "ecore_timer_add(0.5, controller)"));
 }
 
 TEST_F(OptionsListTest, APressOnARowWithoutRecordLeavesThePopupOpen)
