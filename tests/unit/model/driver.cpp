@@ -1,8 +1,6 @@
 #include "driver.h"
 
-#include <algorithm>
 #include <array>
-#include <cstring>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -97,17 +95,7 @@ class Driver {
             for (const std::string &line : calls)
                 text << "  " << line << "\n";
         }
-        const State expected = model_.state();
-        const State real = real_state(app_controller());
-        for (size_t i = 0; i < std::min(expected.size(), real.size()); ++i) {
-            if (expected[i].second != real[i].second ||
-                std::strcmp(expected[i].first, real[i].first) != 0)
-                text << real[i].first << " is [" << real[i].second << "], expected "
-                     << (std::strcmp(expected[i].first, real[i].first) != 0 ? expected[i].first
-                                                                            : "")
-                     << "[" << expected[i].second << "]\n";
-        }
-        return text.str();
+        return text.str() + state_difference(app_controller(), model_);
     }
 
     void apply(const Step &step);

@@ -32,8 +32,12 @@ struct Outcome {
 /** Plays a sequence from a fresh set to the end of the program. */
 Outcome play(const Steps &steps);
 
-/** The state as the player and the fake set have it. @param controller null before the launch. */
-State real_state(COstrelDemoPlayer *controller);
+/**
+ * What is not as the model has it in the player and the fake set, a line each.
+ *
+ * @param controller null before the launch
+ */
+std::string state_difference(COstrelDemoPlayer *controller, const Model &model);
 
 /** Calls of this step that are compared, without the numbers of the handles. */
 std::vector<std::string> real_calls();

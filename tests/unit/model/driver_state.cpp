@@ -1,4 +1,5 @@
-// What the real player and the fake set look like after a step, and what must always hold.
+// What the real player and the fake set look like after a step beside what the model has, and what
+// must always hold.
 
 #include <algorithm>
 #include <set>
@@ -13,20 +14,36 @@ namespace model {
 
 namespace {
 
-std::string joined(const std::vector<stPlayListItem> &list)
+std::string line_of(const stPlayListItem &entry)
 {
-    std::string text;
-    for (const stPlayListItem &entry : list)
-        text += (entry.iType == 0 ? "v:" : "p:") + entry.strFileName + "/" + entry.strSubtitleName +
-                " ";
-    return text;
+    return (entry.iType == 0 ? "v:" : "p:") + entry.strFileName + "/" + entry.strSubtitleName;
 }
 
-std::string joined(const std::vector<stItemData> &list)
+std::string line_of(const Entry &entry)
+{
+    return (entry.type == 0 ? "v:" : "p:") + entry.name + "/" + entry.subtitle;
+}
+
+std::string line_of(const stItemData &row)
+{
+    return std::to_string(row.iIndex) + "=" + row.strText;
+}
+
+std::string line_of(const Row &row)
+{
+    return std::to_string(row.first) + "=" + row.second;
+}
+
+std::string line_of(const std::pair<const std::string, int> &key)
+{
+    return key.first + "=" + std::to_string(key.second);
+}
+
+template <class List> std::string joined(const List &list)
 {
     std::string text;
-    for (const stItemData &row : list)
-        text += std::to_string(row.iIndex) + "=" + row.strText + " ";
+    for (const auto &entry : list)
+        text += line_of(entry) + " ";
     return text;
 }
 
@@ -35,10 +52,8 @@ std::string joined(Evas_Object *list)
     std::string text;
     if (list == nullptr)
         return text;
-    for (const fake::Row *row : fake::platform().widgets.find("rows", list)->rows) {
-        const auto *data = static_cast<const stItemData *>(row->data);
-        text += std::to_string(data->iIndex) + "=" + data->strText + " ";
-    }
+    for (const fake::Row *row : fake::platform().widgets.find("rows", list)->rows)
+        text += line_of(*static_cast<const stItemData *>(row->data)) + " ";
     return text;
 }
 
@@ -126,30 +141,37 @@ std::vector<std::string> real_calls()
     return lines;
 }
 
-State real_state(COstrelDemoPlayer *controller)
+std::string state_difference(COstrelDemoPlayer *controller, const Model &model)
 {
-    fake::Platform &set = fake::platform();
-    std::ostringstream config, timers;
-    for (const auto &[key, value] : set.store.values)
-        config << key << "=" << value << " ";
+    const fake::Platform &set = fake::platform();
+    const ExpectedSet &expected = model.set;
+    std::ostringstream text, timers, expected_timers;
+    text << std::boolalpha;
+    const auto row = [&text](const char *name, const auto &is, const auto &should) {
+        if (is != should)
+            text << name << " is [" << is << "], expected [" << should << "]\n";
+    };
     for (const double interval : set.loop.timers())
         timers << interval << " ";
-    State state = {
-        {"configuration", config.str()},
-        {"exit requests", std::to_string(set.app.exit_requests)},
-        {"records on their way", std::to_string(set.loop.queued_records())},
-        {"timers", timers.str()},
-        {"idlers", std::to_string(set.loop.idlers())},
-        {"follows demo_mode", yes_no(follows(DEMO_MODE))},
-        {"follows use_mode", yes_no(follows(USE_MODE))},
-        {"E-POP blocked", yes_no(is_held("pop-up block"))},
-        {"sound route", std::to_string(set.system.sound_route)},
-        {"panel", std::to_string(COstrelDemoUtil::GetWindowRotationType())},
-        {"picture display", yes_no(set.pictures.display_ready)},
-        {"controller", yes_no(controller != nullptr)},
-    };
-    if (controller == nullptr)
-        return state;
+    for (const ExpectedSet::Timer &timer : expected.timers) {
+        if (timer.running)
+            expected_timers << static_cast<double>(timer.interval) / 1000.0 << " ";
+    }
+
+    row("configuration", joined(set.store.values), joined(expected.config));
+    row("exit requests", set.app.exit_requests, expected.exit_requests);
+    row("records on their way", set.loop.queued_records(), expected.queue.size());
+    row("timers", timers.str(), expected_timers.str());
+    row("idlers", static_cast<int>(set.loop.idlers()), expected.idlers);
+    row("follows demo_mode", follows(DEMO_MODE), expected.follows_demo_mode);
+    row("follows use_mode", follows(USE_MODE), expected.follows_use_mode);
+    row("E-POP blocked", is_held("pop-up block"), expected.epop_blocked);
+    row("sound route", set.system.sound_route, expected.sound_route);
+    row("panel", COstrelDemoUtil::GetWindowRotationType(), model.panel);
+    row("picture display", set.pictures.display_ready, expected.display_ready);
+    row("controller", controller != nullptr, model.launched);
+    if (controller == nullptr || !model.launched)
+        return text.str();
 
     const CPlayerInspector player(*controller);
     const bool has_player = player.m_hPlayer != nullptr;
@@ -159,63 +181,70 @@ State real_state(COstrelDemoPlayer *controller)
                      : picture->render_state == fake::Pictures::FRESH ? -1
                                                                       : picture->render_state;
     Evas_Object *image = player.m_pDisclaimerImageBox;
-    state.insert(
-        state.end(),
-        {{"m_hPlayer", yes_no(has_player)},
-         {"video state", has_player ? std::to_string(set.media.state) : ""},
-         {"video preparing", yes_no(set.media.preparing())},
-         {"video uri", set.media.uri},
-         {"video subtitle", set.media.subtitle_path},
-         {"video looping", yes_no(set.media.looping)},
-         {"video rotation", std::to_string(set.media.rotation)},
-         {"video rate", std::to_string(static_cast<double>(set.media.rate))},
-         {"m_pPicture", yes_no(picture != nullptr)},
-         {"picture mark", picture != nullptr ? std::to_string(mark) : ""},
-         {"m_bRepeat", yes_no(player.m_bRepeat)},
-         {"m_bFolderContentsPlayer", yes_no(player.m_bFolderContentsPlayer)},
-         {"m_bSlideShowStarted", yes_no(player.m_bSlideShowStarted)},
-         {"m_bUsbLocation", yes_no(player.m_bUsbLocation)},
-         {"m_bRotationAutoMode", yes_no(player.m_bRotationAutoMode)},
-         {"m_bRotating", yes_no(player.m_bRotating)},
-         {"m_pPictureDisplay", yes_no(player.m_pPictureDisplay != 0)},
-         {"m_iPlayIndex", std::to_string(player.m_iPlayIndex)},
-         {"m_uiCurPlayIndex", std::to_string(player.m_uiCurPlayIndex)},
-         {"m_iPlayingType", std::to_string(player.m_iPlayingType)},
-         {"m_iVideoPlayerState", std::to_string(player.m_iVideoPlayerState)},
-         {"m_strFolderPath", player.m_strFolderPath},
-         {"m_strPlayPath", player.m_strPlayPath},
-         {"m_strSubtitlePath", player.m_strSubtitlePath},
-         {"m_vdcPlayList", joined(player.m_vdcPlayList)},
-         {"m_vdcLandscapeVideos", joined(player.m_vdcLandscapeVideos)},
-         {"m_vdcPortraitVideos", joined(player.m_vdcPortraitVideos)},
-         {"m_vdcLandscapePhotos", joined(player.m_vdcLandscapePhotos)},
-         {"m_vdcPortraitPhotos", joined(player.m_vdcPortraitPhotos)},
-         {"m_vdcItemList", joined(player.m_vdcItemList)},
-         {"m_pWindow", yes_no(player.m_pWindow != nullptr)},
-         {"window shown", yes_no(shown(player.m_pWindow))},
-         {"m_pPopup", yes_no(player.m_pPopup != nullptr)},
-         {"popup shown", yes_no(shown(player.m_pPopup))},
-         {"m_pPopupLayout", yes_no(player.m_pPopupLayout != nullptr)},
-         {"m_pGenlist", yes_no(player.m_pGenlist != nullptr)},
-         {"rows", joined(player.m_pGenlist)},
-         {"focused row",
-          std::to_string(player.m_pGenlist != nullptr ? set.widgets.focused_row(player.m_pGenlist)
-                                                      : -1)},
-         {"m_pNotificationLabel", yes_no(player.m_pNotificationLabel != nullptr)},
-         {"toast text", player.m_pNotificationLabel != nullptr
-                            ? set.widgets.text(player.m_pNotificationLabel)
-                            : ""},
-         {"m_pDisclaimerRootLayout", yes_no(player.m_pDisclaimerRootLayout != nullptr)},
-         {"m_pDisclaimerImageBox", yes_no(image != nullptr)},
-         {"disclaimer shown", yes_no(shown(player.m_pDisclaimerRootLayout) && shown(image))},
-         {"disclaimer picture", image != nullptr ? set.widgets.file(image) : ""},
-         {"m_pSlideShowTimer", yes_no(player.m_pSlideShowTimer != nullptr)},
-         {"m_pPhotoPlayEndTimer", yes_no(player.m_pPhotoPlayEndTimer != nullptr)},
-         {"m_pDestroyPopupTimer", yes_no(player.m_pDestroyPopupTimer != nullptr)},
-         {"m_pDisclaimerTimer", yes_no(player.m_pDisclaimerTimer != nullptr)},
-         {"m_pZavoTimer", yes_no(player.m_pZavoTimer != nullptr)},
-         {"m_hRotationDelayTimer", yes_no(player.m_hRotationDelayTimer != nullptr)}});
-    return state;
+    Evas_Object *toast = player.m_pNotificationLabel;
+
+    row("m_hPlayer", has_player, expected.player);
+    row("video state", has_player ? set.media.state : 0,
+        expected.player ? static_cast<int>(expected.video) : 0);
+    row("video preparing", set.media.preparing(), expected.preparing);
+    row("video uri", set.media.uri, expected.uri);
+    row("video subtitle", set.media.subtitle_path, expected.subtitle);
+    row("video looping", set.media.looping, expected.looping);
+    row("video rotation", set.media.rotation, expected.video_rotation);
+    row("video rate", static_cast<double>(set.media.rate), expected.rate);
+    row("m_pPicture", picture != nullptr, expected.picture);
+    row("picture mark", mark, expected.picture ? expected.picture_mark : 0);
+    row("m_bRepeat", player.m_bRepeat, model.repeat);
+    row("m_bFolderContentsPlayer", player.m_bFolderContentsPlayer, model.folder_contents);
+    row("m_bSlideShowStarted", player.m_bSlideShowStarted, model.slide_show);
+    row("m_bUsbLocation", player.m_bUsbLocation, model.usb);
+    row("m_bRotationAutoMode", player.m_bRotationAutoMode, model.auto_rotation);
+    row("m_bRotating", player.m_bRotating, model.turning);
+    row("m_pPictureDisplay", player.m_pPictureDisplay != 0, model.display);
+    row("m_iPlayIndex", player.m_iPlayIndex, model.play_index);
+    row("m_uiCurPlayIndex", player.m_uiCurPlayIndex, model.current);
+    row("m_iPlayingType", player.m_iPlayingType, model.playing_type);
+    row("m_iVideoPlayerState", player.m_iVideoPlayerState, model.video_state);
+    row("m_strFolderPath", player.m_strFolderPath, model.folder);
+    row("m_strPlayPath", player.m_strPlayPath, model.play_path);
+    row("m_strSubtitlePath", player.m_strSubtitlePath, model.subtitle_path);
+    row("m_vdcPlayList", joined(player.m_vdcPlayList), joined(model.play_list));
+    row("m_vdcLandscapeVideos", joined(player.m_vdcLandscapeVideos),
+        joined(model.landscape_videos));
+    row("m_vdcPortraitVideos", joined(player.m_vdcPortraitVideos), joined(model.portrait_videos));
+    row("m_vdcLandscapePhotos", joined(player.m_vdcLandscapePhotos),
+        joined(model.landscape_photos));
+    row("m_vdcPortraitPhotos", joined(player.m_vdcPortraitPhotos), joined(model.portrait_photos));
+    row("m_vdcItemList", joined(player.m_vdcItemList), joined(model.items));
+    row("m_pWindow", player.m_pWindow != nullptr, model.window);
+    row("window shown", shown(player.m_pWindow), model.window_visible);
+    row("m_pPopup", player.m_pPopup != nullptr, model.popup);
+    row("popup shown", shown(player.m_pPopup), model.popup_visible);
+    row("m_pPopupLayout", player.m_pPopupLayout != nullptr, model.popup_layout);
+    row("m_pGenlist", player.m_pGenlist != nullptr, model.genlist);
+    row("rows", joined(player.m_pGenlist), joined(model.rows));
+    row("focused row",
+        player.m_pGenlist != nullptr ? set.widgets.focused_row(player.m_pGenlist) : -1,
+        model.focused_row);
+    row("m_pNotificationLabel", toast != nullptr, model.toast);
+    row("toast text", toast != nullptr ? set.widgets.text(toast) : "",
+        model.toast ? model.toast_text : "");
+    row("m_pDisclaimerRootLayout", player.m_pDisclaimerRootLayout != nullptr,
+        model.disclaimer_root);
+    row("m_pDisclaimerImageBox", image != nullptr, model.disclaimer_image);
+    row("disclaimer shown", shown(player.m_pDisclaimerRootLayout) && shown(image),
+        model.disclaimer_visible);
+    row("disclaimer picture", image != nullptr ? set.widgets.file(image) : "",
+        model.disclaimer_image ? model.disclaimer_file : "");
+    row("m_pSlideShowTimer", player.m_pSlideShowTimer != nullptr, model.slide_show_timer != NONE);
+    row("m_pPhotoPlayEndTimer", player.m_pPhotoPlayEndTimer != nullptr,
+        model.photo_end_timer != NONE);
+    row("m_pDestroyPopupTimer", player.m_pDestroyPopupTimer != nullptr, model.popup_timer != NONE);
+    row("m_pDisclaimerTimer", player.m_pDisclaimerTimer != nullptr, model.disclaimer_timer != NONE);
+    row("m_pZavoTimer", player.m_pZavoTimer != nullptr, model.rotation_timer != NONE);
+    row("m_hRotationDelayTimer", player.m_hRotationDelayTimer != nullptr,
+        model.delay_timer != NONE);
+    return text.str();
 }
 
 std::string broken_invariant(COstrelDemoPlayer *controller, bool popup_calls_failed)

@@ -17,14 +17,6 @@
 
 namespace model {
 
-/** Names and values of what is compared after each step, in a fixed order. */
-using State = std::vector<std::pair<const char *, std::string>>;
-
-inline std::string yes_no(bool value)
-{
-    return value ? "yes" : "no";
-}
-
 struct Entry {
     int type; /**< 0 video, 1 photo */
     std::string name;
@@ -41,8 +33,6 @@ class Model {
 
     /** Does it. What the player is expected to have called is in set.calls then. */
     void apply(const Step &step);
-
-    State state() const;
 
     /** The program has been created, and not been terminated. */
     bool running() const { return created && !terminated; }
