@@ -34,8 +34,6 @@ SAMPLES = 400
 LEAST_SAMPLES = 10
 # Fewer steps than this tell nothing of a slope: caches and arenas still fill.
 LEAST_FOR_A_SLOPE = 500
-# Arenas hold back some megabytes, now more and now less; what goes on growing passes that in the end.
-MOST_MEGABYTES = 10.0
 # More than at the beginning, in a run that is long enough.
 MOST_MORE = 2
 # Of changes in a short run the quietest moments are compared: what is lost at every third one, or a

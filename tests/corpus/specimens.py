@@ -101,10 +101,6 @@ def ending_of(name):
     return name.partition("-")[0]
 
 
-def is_video(name):
-    return name in VIDEOS
-
-
 def is_subtitle(name):
     return name in SUBTITLES
 

@@ -21,10 +21,6 @@ def two_videos(tv, screen, content, shelf):
     return player
 
 
-def centre(screen):
-    return screen.picture()[screen.height // 2, screen.width // 2].astype(int)
-
-
 def test_next_and_previous_keys_wrap(screen, two_videos):
     first, second = two_videos.order
     screen.key("Right")

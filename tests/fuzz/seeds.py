@@ -119,7 +119,7 @@ def records(content, *words):
 
 
 (ERROR, COMPLETED, PREPARED, PARSED, DECODED), SELECTED, PRESSED, ROTATED = range(1, 6), 7, 8, 10
-ALL_FILES, ROTATOR, FROM_POPUP = 0x3F, 0x40, 0x80
+ALL_FILES, ROTATOR = 0x3F, 0x40
 
 EVENT_RECORDS = {
     "empty": records(ALL_FILES),
