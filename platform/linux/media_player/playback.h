@@ -217,6 +217,8 @@ class Playback : public std::enable_shared_from_this<Playback> {
     void search_sound();
     void reopen_with_sound();
     void reopen_at_position(const std::function<void()> &give_up);
+    void reopen(const std::function<void()> &go_on, std::chrono::milliseconds limit,
+                const std::function<void()> &give_up);
     void check_for_stall();
     void give_up_stalled(const std::string &why);
     void on_broken(const std::string &why);

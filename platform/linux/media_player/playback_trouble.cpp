@@ -110,10 +110,19 @@ void Playback::go_silent(const std::string &why)
     reopen_at_position([this] { on_broken("it does not come back without sound"); });
 }
 
-// The last picture stays until the film is where it was.
 void Playback::reopen_at_position(const std::function<void()> &give_up)
 {
     const GstClockTime position = output_->position();
+    const auto go_on = [this, position] {
+        play_from(GST_CLOCK_TIME_IS_VALID(position) ? position : 0);
+    };
+    reopen(go_on, request_.options->first_frame_timeout, give_up);
+}
+
+// The last picture stays until the film is where it is to go on.
+void Playback::reopen(const std::function<void()> &go_on, std::chrono::milliseconds limit,
+                      const std::function<void()> &give_up)
+{
     rounds_.reset();
     output_->set_visible(false);
     needs_rewind_ = true;
@@ -123,11 +132,11 @@ void Playback::reopen_at_position(const std::function<void()> &give_up)
     }
     if (phase_ == Phase::Ready)
         return;
-    const auto go_on = [this, position] {
+    const auto ready = [this, go_on] {
         output_->set_visible(true);
-        play_from(GST_CLOCK_TIME_IS_VALID(position) ? position : 0);
+        go_on();
     };
-    await_ready(go_on, request_.options->first_frame_timeout, give_up);
+    await_ready(ready, limit, give_up);
 }
 
 // A sound server that has been stopped takes half a minute to be given up by its own library.
@@ -183,23 +192,15 @@ void Playback::search_sound()
 // A pipeline that was put together without a sound device takes none in later: it is opened anew.
 void Playback::reopen_with_sound()
 {
-    rounds_.reset();
     sound_.on_device_found();
-    output_->set_visible(false);
-    const auto give_up = [this] {
-        sound_.on_failed_return();
-        go_silent("its sound does not come back");
-    };
-    if (!open_again()) {
-        give_up();
-        return;
-    }
     const auto go_on = [this] {
         PLATFORM_LOGI("player", "%s plays with sound again", name_.c_str());
-        output_->set_visible(true);
         play_from(0);
     };
-    await_ready(go_on, LONGEST_SEEK, give_up);
+    reopen(go_on, LONGEST_SEEK, [this] {
+        sound_.on_failed_return();
+        go_silent("its sound does not come back");
+    });
 }
 
 void Playback::check_for_stall()
@@ -299,19 +300,12 @@ void Playback::check_broken()
 void Playback::restart()
 {
     break_.on_restart(output_->shown());
-    rounds_.reset();
-    output_->set_visible(false);
-    if (!open_again()) {
-        complete();
-        return;
-    }
     const auto go_on = [this] {
-        output_->set_visible(true);
         take_speed();
         if (!wait_)
             resume_pipeline();
     };
-    await_ready(go_on, LONGEST_SEEK, [this] { complete(); });
+    reopen(go_on, LONGEST_SEEK, [this] { complete(); });
 }
 
 void Playback::fail(int error_code, const std::string &why)
