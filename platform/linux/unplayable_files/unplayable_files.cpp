@@ -31,22 +31,20 @@ bool UnplayableFiles::note(const std::string &path, const std::optional<FileStam
                            const std::string &why, UnplayableFile::Kind kind, Clock::time_point now)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    Entry *const found = entry_of(path);
-    if (!found || found->hopeless(stamp, now))
+    Entry *const entry = find_or_add(path);
+    if (!entry || entry->hopeless(stamp, now))
         return false;
-    Entry &entry = *found;
     // The same damage is told in other words now and then.
-    if (entry.stamp != stamp || entry.stood_still || (!stamp && entry.why != why)) {
-        entry = {stamp, why, kind};
+    if (entry->stamp != stamp || entry->stood_still || (!stamp && entry->why != why)) {
+        *entry = {stamp, why, kind};
         if (listener_)
             listener_();
         return true;
     }
-    entry.failed_twice = true;
-    entry.next_try = Clock::time_point::max();
+    entry->failed_twice = true;
+    entry->next_try = Clock::time_point::max();
     if (kind == UnplayableFile::Kind::TooSlow && stamp)
-        PLATFORM_LOGW("player", "%s is slow again; it is tried anew in %d min", path.c_str(),
-                      static_cast<int>(put_off(entry, now).count()));
+        put_off(path, *entry, "is slow again", now);
     return false;
 }
 
@@ -54,22 +52,20 @@ void UnplayableFiles::note_stalls(const std::string &path, const FileStamp &stam
                                   const std::string &why, Clock::time_point now)
 {
     const std::lock_guard<std::mutex> lock(mutex_);
-    Entry *const found = entry_of(path);
-    if (!found)
+    Entry *const entry = find_or_add(path);
+    if (!entry)
         return;
-    Entry &entry = *found;
-    if (!entry.stood_still || entry.stamp != stamp) {
-        entry = {stamp, why, UnplayableFile::Kind::TooSlow};
-        entry.failed_twice = entry.stood_still = true;
+    if (!entry->stood_still || entry->stamp != stamp) {
+        *entry = {stamp, why, UnplayableFile::Kind::TooSlow};
+        entry->failed_twice = entry->stood_still = true;
         if (listener_)
             listener_();
     }
-    PLATFORM_LOGW("player", "%s stood still twice; it is tried anew in %d min", path.c_str(),
-                  static_cast<int>(put_off(entry, now).count()));
+    put_off(path, *entry, "stood still twice", now);
 }
 
 /** @return null when the list is full */
-UnplayableFiles::Entry *UnplayableFiles::entry_of(const std::string &path)
+UnplayableFiles::Entry *UnplayableFiles::find_or_add(const std::string &path)
 {
     if (files_.size() < MOST_FILES || files_.count(path) > 0)
         return &files_[path];
@@ -81,12 +77,13 @@ UnplayableFiles::Entry *UnplayableFiles::entry_of(const std::string &path)
     return nullptr;
 }
 
-/** @return for how long */
-std::chrono::minutes UnplayableFiles::put_off(Entry &entry, Clock::time_point now)
+void UnplayableFiles::put_off(const std::string &path, Entry &entry, const char *why,
+                              Clock::time_point now)
 {
     entry.pause = std::clamp(2 * entry.pause, FIRST_PAUSE, LONGEST_PAUSE);
     entry.next_try = now + entry.pause;
-    return entry.pause;
+    PLATFORM_LOGW("player", "%s %s; it is tried anew in %d min", path.c_str(), why,
+                  static_cast<int>(entry.pause.count()));
 }
 
 void UnplayableFiles::set_listener(std::function<void()> listener)

@@ -93,8 +93,9 @@ class UnplayableFiles {
         }
     };
 
-    Entry *entry_of(const std::string &path);
-    static std::chrono::minutes put_off(Entry &entry, Clock::time_point now);
+    Entry *find_or_add(const std::string &path);
+    static void put_off(const std::string &path, Entry &entry, const char *why,
+                        Clock::time_point now);
     void forget_those(const std::string &path, bool stood_still);
 
     mutable std::mutex mutex_; ///< guards what follows
