@@ -35,8 +35,7 @@ int sample_bytes(const GstVideoInfo &info)
     return depth <= 16 && (format->flags & GST_VIDEO_FORMAT_FLAG_LE) ? 2 : 0;
 }
 
-/** Bytes of a plane's row, down to the last pixel that shares its chroma with one of the picture.
- */
+/** Bytes of a plane's row, to the last pixel that shares its chroma with one of the picture. */
 int row_bytes(const GstVideoInfo &info, guint plane)
 {
     int bytes = 0;

@@ -1,14 +1,6 @@
 #include "media_player/frame_output.h"
 
 namespace platform {
-namespace {
-
-int64_t milliseconds(GstClockTime time)
-{
-    return static_cast<int64_t>(time / GST_MSECOND);
-}
-
-} // namespace
 
 FrameOutput::FrameOutput(std::shared_ptr<DisplaySettings> display, double sdr_white)
     : display_(std::move(display)), sdr_white_(sdr_white), painter_(sdr_white)
@@ -82,7 +74,7 @@ bool FrameOutput::paint(GstBuffer *frame, GstClockTime position, const DisplayVi
         return false;
     }
     if (subtitle_ && GST_CLOCK_TIME_IS_VALID(position))
-        subtitle_->draw(milliseconds(position), picture->pixels(), picture->width(),
+        subtitle_->draw(GST_TIME_AS_MSECONDS(position), picture->pixels(), picture->width(),
                         picture->height(), picture->stride(), (360 - view.panel_angle) % 360);
     painted_ = std::move(picture);
     painted_view_ = view;
@@ -169,7 +161,7 @@ void FrameOutput::report_cue(GstClockTime position)
 {
     if (!subtitle_ || !GST_CLOCK_TIME_IS_VALID(position))
         return;
-    const SubtitleTrack::Cue *cue = subtitle_->cue_at(milliseconds(position));
+    const SubtitleTrack::Cue *cue = subtitle_->cue_at(GST_TIME_AS_MSECONDS(position));
     if (cue && cue != reported_cue_ && on_cue_)
         on_cue_(*cue);
     reported_cue_ = cue;

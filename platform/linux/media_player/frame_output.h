@@ -72,8 +72,7 @@ class FrameOutput {
     /** Counts a frame that came too late to be shown. */
     void count_dropped();
 
-    /** Counts a frame that has come, to be shown or not, or word that none is to come for a while.
-     */
+    /** Counts a frame that has come, to be shown or not, or word that none comes for a while. */
     void count_arrival() { ++arrivals_; }
 
     /** What is known of the picture; never waits for a frame that is being painted. */

@@ -17,8 +17,7 @@ constexpr int64_t COST_OF_MAPPING = 6;
 /** Pixels, of other conversions, for which waking another thread is worth it. */
 constexpr int64_t WORTH_A_BAND = int64_t{1920} * 1080 * 2;
 
-/** How many rows of a turned picture are converted at a time: caches hold them until they are laid.
- */
+/** Rows of a turned picture that are converted at a time: caches hold them until they are laid. */
 constexpr int TURNED_ROWS = 16;
 
 constexpr Orientation MIRRORED = {false, true, false};

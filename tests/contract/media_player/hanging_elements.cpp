@@ -65,8 +65,7 @@ void hanging_decoder_init(HangingDecoder *)
     decoders().count_element(1);
 }
 
-/** Reads files as GStreamer's own element does, which it is made from; its class is the plugin's.
- */
+/** Reads files like GStreamer's own element, which it is made from; its class is the plugin's. */
 GstBaseSrcClass *file_source_class = nullptr;
 
 GstFlowReturn fill(GstBaseSrc *source, guint64 offset, guint length, GstBuffer *buffer)
