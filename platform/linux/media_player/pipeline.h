@@ -76,8 +76,10 @@ class Pipeline {
     bool hangs() const { return hangs_; }
 
     /**
-     * Lets it run, or holds the picture. Both return before the pipeline has followed; one that
-     * cannot is told by `failed`, like everything that breaks after open().
+     * Lets it run, or holds the picture. Both may return before the pipeline has followed. Behind a
+     * seek that is still unanswered they wait, for the constructor's `patience` at most; then it
+     * hangs(). A pipeline that cannot follow is told by `failed`, like everything that breaks after
+     * open().
      */
     void play();
     void hold();
@@ -162,8 +164,11 @@ class Pipeline {
     bool hangs_ = false;
     ElementPtr playbin_;
     ElementPtr volume_;
+    PadPtr sound_step_; ///< where the last step of the sound takes it in
+    std::atomic<uint64_t> sound_pieces_{0};
+    const std::shared_ptr<FrameOutput> output_;
 
-    mutable std::mutex facts_mutex_; ///< guards what the streaming threads find out
+    mutable std::mutex facts_mutex_; ///< guards all below, for the streaming threads
     std::string demuxer_;
     ElementPtr reader_; ///< the demuxer itself
     bool photo_decoder_ = false;
@@ -175,10 +180,7 @@ class Pipeline {
     int longest_stretch_ = 0;           ///< the most of them so far
     bool end_coded_ = false;            ///< the decoder has heard of a round's end
     std::vector<PadPtr> picture_steps_; ///< where parsers and decoders take the picture in
-    PadPtr sound_step_;                 ///< the same for the last step of the sound
     std::deque<guint32> seeks_;         ///< numbers of the last seeks, the newest in front
-    std::atomic<uint64_t> sound_pieces_{0};
-    const std::shared_ptr<FrameOutput> output_;
 };
 
 } // namespace platform

@@ -75,8 +75,7 @@ class Playback : public std::enable_shared_from_this<Playback> {
     static std::shared_ptr<Playback> open(PlaybackRequest request, PlaybackEvents events);
 
     // Any thread; all return at once, but for close(), which waits for a frame being drawn.
-    /** Says what the caller wants of a file that was opened ahead of the call; before its results.
-     */
+    /** Says what the caller wants of a file opened ahead of the call; before its results. */
     void apply_request(const std::string &subtitle, bool looping);
     void release_results();
     void start();
@@ -245,7 +244,8 @@ class Playback : public std::enable_shared_from_this<Playback> {
     std::atomic<bool> count_drops_{true};
     std::atomic<Clock::time_point> passing_over_ends_{NEVER};
 
-    // Made by the opener, then used by the thread alone.
+    // Made by the opener, or by the thread while the opener is idle, and used by the thread. Of a
+    // file that is passed over the opener ends pipeline_ and trick_: nobody uses them any more.
     int generation_ = 0; ///< of the pipeline
     std::unique_ptr<Pipeline> pipeline_;
     std::optional<TrickPlay> trick_;
