@@ -390,7 +390,7 @@ PipelineEvents Playback::pipeline_events()
         post([this, track, what] { on_decoder_missing(track, what); });
     };
     events.format_refused = [this, post](const std::string &what) {
-        post([this, what] { refused_format_ = what; });
+        post([this, what] { failure_facts_.on_format_refused(what); });
     };
     events.frame_dropped = [this] {
         if (count_drops_)
@@ -416,7 +416,8 @@ PipelineEvents Playback::pipeline_events()
 void Playback::on_first_frame()
 {
     if (!pipeline_->has_picture()) {
-        fail(PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC, why_no_picture("it has no picture"));
+        fail(PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC,
+             failure_facts_.why_no_picture("it has no picture"));
         return;
     }
     if (pipeline_->is_photo()) {
@@ -451,7 +452,7 @@ void Playback::fail_for_time()
 {
     // One that was asked for has been waited for long enough.
     may_be_stale_ = may_be_stale_ && !released_;
-    timed_out_ = true;
+    failure_facts_.on_timed_out();
     fail(PLAYER_ERROR_NOT_SUPPORTED_FILE, "its first frame does not come");
 }
 
@@ -542,7 +543,7 @@ void Playback::report_result(std::function<void()> result)
 void Playback::finish_preparation()
 {
     if (sound_unsupported_ && !pipeline_->has_sound()) {
-        const std::string &missing = missing_decoders_[Track::Sound];
+        const std::string missing = failure_facts_.missing_decoders(Track::Sound);
         if (!missing.empty())
             PLATFORM_LOGW("player", "%s plays in silence: no decoder is installed for it (%s)",
                           name_.c_str(), missing.c_str());

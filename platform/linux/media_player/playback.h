@@ -9,7 +9,6 @@
 #include <chrono>
 #include <functional>
 #include <future>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +17,7 @@
 #include "base/regular_file.h"
 #include "base/worker_thread.h"
 #include "media_player/display_settings.h"
+#include "media_player/failure_facts.h"
 #include "media_player/frame_output.h"
 #include "media_player/pipeline.h"
 #include "media_player/player_options.h"
@@ -208,7 +208,6 @@ class Playback : public std::enable_shared_from_this<Playback> {
     // Trouble.
     void on_failure(const Failure &failure);
     void on_decoder_missing(Track track, const std::string &what);
-    std::string why_no_picture(const std::string &otherwise) const;
     void go_silent(const std::string &why);
     bool sound_device_hangs() const;
     void on_sound_device_hangs();
@@ -262,10 +261,8 @@ class Playback : public std::enable_shared_from_this<Playback> {
     bool released_ = false;                     ///< the caller wants to hear it
     std::optional<Clock::time_point> look_due_; ///< the files are looked at before it hears it
     bool may_be_stale_; ///< what goes wrong with it may not go wrong when it is opened anew
-    std::map<Track, std::string> missing_decoders_; ///< in words
-    std::string refused_format_;                    ///< likewise
+    FailureFacts failure_facts_;
     bool sound_unsupported_ = false;
-    bool timed_out_ = false;     ///< no first frame came
     bool damage_logged_ = false; ///< a file that plays over and over would tell it each time
     bool given_up_ = false;      ///< it stalls, and is not to begin anew
     bool looping_;

@@ -12,49 +12,13 @@ namespace {
 // A sound server that is well answers in a few milliseconds; judged, not measured.
 constexpr auto LONGEST_ANSWER_OF_DEVICE = std::chrono::milliseconds(2000);
 
-// Whether a file fails for what it is, and not for what is around it: a new start of the program
-// makes no difference to it.
-bool is_its_own_fault(int error_code)
-{
-    return error_code == PLAYER_ERROR_NOT_SUPPORTED_FILE ||
-           error_code == PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC ||
-           error_code == PLAYER_ERROR_PERMISSION_DENIED;
-}
-
-UnplayableFile::Kind kind_of(int error_code)
-{
-    switch (error_code) {
-    case PLAYER_ERROR_NOT_SUPPORTED_FILE:
-    case PLAYER_ERROR_NOT_SUPPORTED_VIDEO_CODEC:
-        return UnplayableFile::Kind::Damaged;
-    case PLAYER_ERROR_NO_SUCH_FILE:
-    case PLAYER_ERROR_PERMISSION_DENIED:
-        return UnplayableFile::Kind::Unreadable;
-    default:
-        return UnplayableFile::Kind::Refused;
-    }
-}
-
 } // namespace
 
 void Playback::on_decoder_missing(Track track, const std::string &what)
 {
-    std::string &missing = missing_decoders_[track];
-    if (missing.find(what) == std::string::npos)
-        missing += (missing.empty() ? "" : ", ") + what;
+    failure_facts_.on_decoder_missing(track, what);
     if (track == Track::Sound)
         sound_unsupported_ = true;
-}
-
-// GStreamer's own sentence about a missing decoder does not say which one.
-std::string Playback::why_no_picture(const std::string &otherwise) const
-{
-    if (!refused_format_.empty())
-        return "it is none of the kinds of video that are played (" + refused_format_ + ")";
-    const auto missing = missing_decoders_.find(Track::Picture);
-    return missing == missing_decoders_.end()
-               ? otherwise
-               : "no decoder is installed for it (" + missing->second + ")";
 }
 
 void Playback::on_failure(const Failure &failure)
@@ -85,7 +49,7 @@ void Playback::on_failure(const Failure &failure)
         break;
     }
     if (preparing())
-        fail(failure.code, why_no_picture(failure.text));
+        fail(failure.code, failure_facts_.why_no_picture(failure.text));
     else
         on_broken(failure.text);
 }
@@ -359,24 +323,20 @@ void Playback::become_stale()
 bool Playback::pass_over(int error_code, const std::string &why)
 {
     const PlayerOptions &options = *request_.options;
-    const bool no_decoder = missing_decoders_.count(Track::Picture) > 0;
-    // A decoder that is missing may have failed to load, or be installed one day.
-    const bool its_own_fault = is_its_own_fault(error_code) && !no_decoder;
-    const UnplayableFile::Kind kind = timed_out_   ? UnplayableFile::Kind::TooSlow
-                                      : no_decoder ? UnplayableFile::Kind::NoDecoder
-                                                   : kind_of(error_code);
+    const bool its_own_fault = failure_facts_.is_its_own_fault(error_code);
     const std::shared_ptr<VideoPlane> plane = request_.display->view().plane;
     // What a key took from the screen before its first picture might have shown one.
     const uint64_t progress =
         *request_.let_go_of + (plane ? plane->statistics().presented : uint64_t{0});
     // A file that comes too slowly is not to hold up the others again and again; but where none
     // comes, the disk or the machine may be slow.
-    const FruitlessRounds::Verdict verdict =
-        options.fruitless_rounds->on_passed_over(name_, its_own_fault && !timed_out_, progress);
+    const FruitlessRounds::Verdict verdict = options.fruitless_rounds->on_passed_over(
+        name_, its_own_fault && !failure_facts_.timed_out(), progress);
     if (verdict.give_up)
         return false;
     pass_over_time_ = verdict.pause;
-    if (options.unplayable_files->note(name_, its_own_fault ? stamp_ : std::nullopt, why, kind))
+    if (options.unplayable_files->note(name_, its_own_fault ? stamp_ : std::nullopt, why,
+                                       failure_facts_.kind(error_code)))
         PLATFORM_LOGW("player", "%s cannot be played: %s; it is passed over", name_.c_str(),
                       why.c_str());
     phase_ = Phase::PassedOver;
