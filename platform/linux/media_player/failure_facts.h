@@ -36,6 +36,7 @@ class FailureFacts {
      */
     bool is_its_own_fault(int error_code) const;
 
+    /** What it is told as. @param error_code a player error */
     UnplayableFile::Kind kind(int error_code) const;
 
   private:
