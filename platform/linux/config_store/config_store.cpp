@@ -40,6 +40,7 @@ class ConfigStore {
 
     bool read(const std::string &key, int &value);
     bool write(const std::string &key, int value);
+    std::map<std::string, int> list();
     bool finish_writes();
 
     platform::ConfigFiles &files() { return files_; }
@@ -135,6 +136,18 @@ bool ConfigStore::bring_to_medium(const std::string &key, uint64_t number)
     return done;
 }
 
+std::map<std::string, int> ConfigStore::list()
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    // Before the medium is read: what gets there in between would be missed in both.
+    const std::map<std::string, Write> newest = on_their_way_;
+    lock.unlock();
+    std::map<std::string, int> all = files_.list();
+    for (const auto &[key, write] : newest)
+        all[key] = write.value;
+    return all;
+}
+
 bool ConfigStore::finish_writes()
 {
     std::unique_lock<std::mutex> lock(mutex_);
@@ -162,6 +175,11 @@ void platform::write_factory_defaults()
             ConfigStore::get().files().holds_nothing(key.name))
             vconf_set_int(key.name, *key.factory);
     }
+}
+
+std::map<std::string, int> platform::stored_keys()
+{
+    return ConfigStore::get().list();
 }
 
 bool platform::finish_writes()

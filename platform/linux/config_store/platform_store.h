@@ -5,6 +5,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 
 namespace platform {
@@ -21,6 +22,9 @@ void write_factory_defaults();
  * had; what others write is not told. One function at a time; an empty one ends it.
  */
 void on_own_write(std::function<void(const std::string &key, int value)> listener);
+
+/** Every key that can be read, with the value that vconf_get_int() gives. */
+std::map<std::string, int> stored_keys();
 
 /**
  * Waits, a second and a half at most, until all that the application has written is on the medium.

@@ -2,7 +2,7 @@
 
 #include "app_context/app_context_state.h"
 #include "base/orientation.h"
-#include "config_store/config_files.h"
+#include "config_store/platform_store.h"
 #include "panel/panel_model.h"
 #include "panel/timed_rotation.h"
 #include "player_rules/config_keys.h"
@@ -38,11 +38,10 @@ RotationTimes rotation_times()
 // The player's own keys are named also while they are not set, every other one when it is.
 std::map<std::string, std::optional<int>> configuration()
 {
-    const Settings &settings = Settings::get();
     std::map<std::string, std::optional<int>> all;
     for (const KnownKey &key : known_keys())
         all[key.name] = std::nullopt;
-    for (const auto &[key, value] : ConfigFiles(settings.state_dir, settings.runtime_dir).list())
+    for (const auto &[key, value] : stored_keys())
         all[key] = value;
     return all;
 }

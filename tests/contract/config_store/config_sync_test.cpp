@@ -178,6 +178,8 @@ class SlowMedium : public ConfigStoreFixture {
 TEST_F(SlowMedium, DoesNotHoldUpWhoWritesAndReadsTheNewValue)
 {
     EXPECT_EQ(read(key("a")), 2);
+    EXPECT_EQ(platform::stored_keys().at(key("a")), 2);
+    EXPECT_EQ(platform::stored_keys().at(key("b")), 1);
     EXPECT_EQ(on_medium(key("a")), 1);
     EXPECT_THAT(log_.text(), HasSubstr("a takes long to be written; it is not waited for"));
 
