@@ -16,30 +16,26 @@ namespace platform {
 
 namespace {
 
-UsbChanges &manual_changes()
-{
-    static UsbChanges changes;
-    return changes;
-}
+struct State {
+    UsbChanges changes;
+    std::string file_of_added; ///< empty when it is not kept
+    std::function<void()> listener;
+    std::atomic<bool> available{true}; ///< whether devices could be listed last; any thread
+};
 
-std::string &file_of_added()
+State &state()
 {
-    static std::string file;
-    return file;
+    // Never destroyed: a thread that hangs at a disk may outlive it.
+    static State &the_one = *new State;
+    return the_one;
 }
 
 void keep_added()
 {
-    const std::string &file = file_of_added();
-    if (!file.empty() && !write_paths(file, manual_changes().added))
+    const State &now = state();
+    if (!now.file_of_added.empty() && !write_paths(now.file_of_added, now.changes.added))
         PLATFORM_LOGW("usb_storage", "%s cannot be written; what was added lasts until the end",
-                      file.c_str());
-}
-
-std::function<void()> &change_listener()
-{
-    static std::function<void()> listener;
-    return listener;
+                      now.file_of_added.c_str());
 }
 
 bool contains(const std::vector<std::string> &paths, const std::string &path)
@@ -65,8 +61,7 @@ std::optional<std::vector<std::string>> mounted_devices()
 // Says once, and again after it worked in between, that devices cannot be listed.
 void report(bool available)
 {
-    static std::atomic<bool> was_available{true};
-    if (was_available.exchange(available) && !available)
+    if (state().available.exchange(available) && !available)
         PLATFORM_LOGW("usb_storage", "neither udev nor the mount table can be read");
 }
 
@@ -74,7 +69,7 @@ void report(bool available)
 
 const UsbChanges &usb_changes()
 {
-    return manual_changes();
+    return state().changes;
 }
 
 std::optional<std::vector<std::string>> usb_places(const UsbChanges &changes)
@@ -109,19 +104,19 @@ std::optional<std::vector<std::string>> usb_mount_paths(const UsbChanges &change
 
 void usb_set_listener(std::function<void()> listener)
 {
-    change_listener() = std::move(listener);
+    state().listener = std::move(listener);
 }
 
 void usb_tell_change()
 {
-    if (change_listener())
-        change_listener()();
+    if (state().listener)
+        state().listener();
 }
 
 void usb_keep_added_in(const std::string &file)
 {
-    file_of_added() = file;
-    manual_changes().added = read_paths(file);
+    state().file_of_added = file;
+    state().changes.added = read_paths(file);
 }
 
 bool usb_add(const std::string &path)
@@ -129,10 +124,11 @@ bool usb_add(const std::string &path)
     const std::string place = without_last_slashes(path);
     if (place.empty() || place.front() != '/' || !is_folder(place))
         return false;
-    std::vector<std::string> &removed = manual_changes().removed;
+    UsbChanges &changes = state().changes;
+    std::vector<std::string> &removed = changes.removed;
     removed.erase(std::remove(removed.begin(), removed.end(), place), removed.end());
-    if (!contains(usb_mount_paths(manual_changes()).value_or(std::vector<std::string>()), place))
-        manual_changes().added.push_back(place);
+    if (!contains(usb_mount_paths(changes).value_or(std::vector<std::string>()), place))
+        changes.added.push_back(place);
     keep_added();
     PLATFORM_LOGI("usb_storage", "%s was added", place.c_str());
     usb_tell_change();
@@ -142,15 +138,16 @@ bool usb_add(const std::string &path)
 bool usb_remove(const std::string &path)
 {
     const std::string place = without_last_slashes(path);
-    std::vector<std::string> &added = manual_changes().added;
+    UsbChanges &changes = state().changes;
+    std::vector<std::string> &added = changes.added;
     const bool was_added = contains(added, place);
     const bool listed =
-        contains(usb_mount_paths(manual_changes()).value_or(std::vector<std::string>()), place);
+        contains(usb_mount_paths(changes).value_or(std::vector<std::string>()), place);
     if (!was_added && !listed)
         return false;
     added.erase(std::remove(added.begin(), added.end(), place), added.end());
     if (listed && !was_added)
-        manual_changes().removed.push_back(place);
+        changes.removed.push_back(place);
     keep_added();
     // Whoever pulls it may want to unmount it next.
     Lookahead::get().drop();
