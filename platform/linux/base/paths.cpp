@@ -1,5 +1,6 @@
 #include "base/paths.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -23,6 +24,11 @@ std::string without_last_slashes(std::string path)
 std::string last_part(const std::string &path)
 {
     return path.substr(path.rfind('/') + 1);
+}
+
+bool contains(const std::vector<std::string> &paths, const std::string &path)
+{
+    return std::find(paths.begin(), paths.end(), path) != paths.end();
 }
 
 // Each path is ended by the one byte that none has.

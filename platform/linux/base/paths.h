@@ -12,6 +12,9 @@ std::string without_last_slashes(std::string path);
 /** What stands behind the last slash; the whole path when there is none. */
 std::string last_part(const std::string &path);
 
+/** Whether a path is one of several. */
+bool contains(const std::vector<std::string> &paths, const std::string &path);
+
 /** A list that write_paths() has left; empty where there is none. */
 std::vector<std::string> read_paths(const std::string &file);
 

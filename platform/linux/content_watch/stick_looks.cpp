@@ -19,11 +19,6 @@ using Mounts = std::vector<std::string>;
 
 constexpr char SERVICE[] = "content_watch";
 
-bool contains(const Mounts &mounts, const std::string &mount)
-{
-    return std::find(mounts.begin(), mounts.end(), mount) != mounts.end();
-}
-
 } // namespace
 
 struct StickLooks::Core {

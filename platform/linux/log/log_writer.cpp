@@ -3,13 +3,13 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
-#include <cstdlib>
 #include <ctime>
 
 #include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/environment.h"
 #include "dlog.h"
 
 namespace platform {
@@ -19,15 +19,9 @@ namespace {
 // How long a line waits for a full, non-blocking destination before it is given up.
 constexpr int FULL_DESTINATION_MS = 100;
 
-std::string environment(const char *name)
-{
-    const char *value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
-
 int lowest_priority()
 {
-    const std::string level = environment("OSTREL_DEMO_LOG_LEVEL");
+    const std::string level = environment_variable("OSTREL_DEMO_LOG_LEVEL");
     if (level == "debug")
         return DLOG_DEBUG;
     if (level == "warning")
@@ -41,7 +35,7 @@ int lowest_priority()
 // while their standard error may have been redirected.
 bool stderr_is_journal()
 {
-    const std::string stream = environment("JOURNAL_STREAM");
+    const std::string stream = environment_variable("JOURNAL_STREAM");
     struct stat status = {};
     if (stream.empty() || fstat(STDERR_FILENO, &status) != 0)
         return false;
@@ -50,7 +44,7 @@ bool stderr_is_journal()
 
 bool wants_colours()
 {
-    const std::string colour = environment("OSTREL_DEMO_LOG_COLOR");
+    const std::string colour = environment_variable("OSTREL_DEMO_LOG_COLOR");
     if (colour == "always")
         return true;
     return colour != "never" && isatty(STDERR_FILENO) == 1;

@@ -8,6 +8,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "base/environment.h"
 #include "log/platform_log.h"
 
 namespace platform {
@@ -16,8 +17,7 @@ namespace {
 
 std::string take_variable(const char *name)
 {
-    const char *value = std::getenv(name);
-    std::string taken = value ? value : "";
+    std::string taken = environment_variable(name);
     unsetenv(name);
     return taken;
 }

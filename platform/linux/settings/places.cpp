@@ -1,7 +1,6 @@
 #include "settings/places.h"
 
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <initializer_list>
@@ -11,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "base/environment.h"
 #include "base/paths.h"
 #include "log/platform_log.h"
 
@@ -22,16 +22,10 @@ namespace {
 
 const char *const NAME = "ostrel-demo-player-tv";
 
-std::string environment(const char *name)
-{
-    const char *value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
-
 // A directory named by one of our own variables; relative ones count from where we were started.
 std::string own_override(const char *name)
 {
-    const std::string value = environment(name);
+    const std::string value = environment_variable(name);
     if (value.empty() || value.front() == '/')
         return without_last_slashes(value);
     std::error_code failure;
@@ -42,7 +36,7 @@ std::string own_override(const char *name)
 // XDG says that a relative path in one of its variables is to be ignored.
 std::string xdg_override(const char *name)
 {
-    const std::string value = environment(name);
+    const std::string value = environment_variable(name);
     return !value.empty() && value.front() == '/' ? without_last_slashes(value) : std::string();
 }
 

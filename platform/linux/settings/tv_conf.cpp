@@ -11,6 +11,7 @@
 
 #include <ini.h>
 
+#include "base/ascii_case.h"
 #include "base/paths.h"
 #include "base/regular_file.h"
 #include "log/platform_log.h"
@@ -27,8 +28,7 @@ constexpr double MOST_WHITE = 1000.0;
 bool parse_bool(std::string_view text, bool &value)
 {
     std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
+    std::transform(lower.begin(), lower.end(), lower.begin(), lower_case);
     if (lower == "yes" || lower == "true" || lower == "on" || lower == "1")
         value = true;
     else if (lower == "no" || lower == "false" || lower == "off" || lower == "0")

@@ -1,8 +1,10 @@
 #include "subtitles/subtitle_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
+#include "base/ascii_case.h"
 #include "base/regular_file.h"
 
 namespace platform {
@@ -40,10 +42,7 @@ std::string lower_extension(const std::string &path)
     if (dot == std::string::npos || (slash != std::string::npos && dot < slash))
         return {};
     std::string extension = path.substr(dot + 1);
-    for (char &letter : extension) {
-        if (letter >= 'A' && letter <= 'Z')
-            letter = static_cast<char>(letter - 'A' + 'a');
-    }
+    std::transform(extension.begin(), extension.end(), extension.begin(), lower_case);
     return extension;
 }
 

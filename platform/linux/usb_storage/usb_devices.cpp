@@ -38,11 +38,6 @@ void keep_added()
                       now.file_of_added.c_str());
 }
 
-bool contains(const std::vector<std::string> &paths, const std::string &path)
-{
-    return std::find(paths.begin(), paths.end(), path) != paths.end();
-}
-
 bool is_folder(const std::string &path)
 {
     struct stat status = {};
