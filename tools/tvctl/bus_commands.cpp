@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include "base/orientation.h"
 #include "base/utf8.h"
 #include "command.h"
 #include "launch/launch_request.h"
@@ -94,7 +95,7 @@ int key(const Arguments &arguments)
 int panel(const Arguments &arguments)
 {
     return one_word("panel", "Panel", arguments,
-                    {"landscape", "portrait", "landscape-reverse", "portrait-reverse"});
+                    {platform::PANEL_ORIENTATIONS.begin(), platform::PANEL_ORIENTATIONS.end()});
 }
 
 int power(const Arguments &arguments)

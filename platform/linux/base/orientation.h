@@ -4,6 +4,7 @@
  */
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <utility>
 
@@ -22,6 +23,10 @@ constexpr bool is_portrait(int degrees)
 {
     return degrees % 180 != 0;
 }
+
+/** Names of how a panel stands that is turned clockwise by 0, 90, 180 and 270 degrees. */
+inline constexpr std::array<const char *, 4> PANEL_ORIENTATIONS = {
+    "landscape", "portrait", "landscape-reverse", "portrait-reverse"};
 
 /** First transposed, rows for columns, then mirrored each way. The default changes nothing. */
 struct Orientation {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/ascii_case.h"
+#include "base/orientation.h"
 #include "bus/bus_connection.h"
 #include "bus/bus_names.h"
 #include "control/status_answers.h"
@@ -94,13 +95,13 @@ std::string path_argument(sd_bus_message *call)
     return path[0] == '/' && path.find('\0') == std::string::npos ? path : std::string();
 }
 
-/** "landscape", "portrait", "landscape-reverse", "portrait-reverse" as degrees clockwise. */
+/** One of PANEL_ORIENTATIONS as degrees clockwise. */
 std::optional<int> panel_angle(const std::string &name)
 {
-    static const std::map<std::string, int> angles = {
-        {"landscape", 0}, {"portrait", 90}, {"landscape-reverse", 180}, {"portrait-reverse", 270}};
-    const auto angle = angles.find(name);
-    return angle != angles.end() ? std::optional<int>(angle->second) : std::nullopt;
+    const auto *const found = std::find(PANEL_ORIENTATIONS.begin(), PANEL_ORIENTATIONS.end(), name);
+    if (found == PANEL_ORIENTATIONS.end())
+        return std::nullopt;
+    return static_cast<int>(found - PANEL_ORIENTATIONS.begin()) * 90;
 }
 
 /**

@@ -181,18 +181,6 @@ template <typename... Functions> struct Overloaded : Functions... {
 };
 template <typename... Functions> Overloaded(Functions...) -> Overloaded<Functions...>;
 
-std::string number(double value)
-{
-    char text[64];
-    std::snprintf(text, sizeof text, "%.6g", value);
-    // The decimal sign is the locale's; JSON knows one only.
-    for (char &c : text) {
-        if (c == ',')
-            c = '.';
-    }
-    return text;
-}
-
 std::string json_string(std::string_view text)
 {
     std::string json = "\"";
@@ -244,7 +232,7 @@ std::string json_value(const StatusValue &value)
                           [](std::monostate) { return std::string("null"); },
                           [](bool truth) { return std::string(truth ? "true" : "false"); },
                           [](int64_t whole) { return std::to_string(whole); },
-                          [](double real) { return number(real); },
+                          [](double real) { return decimal(real, 6); },
                           [](const std::string &text) { return json_string(text); },
                           [](const std::vector<std::string> &texts) {
                               return "[" + joined(texts, ", ", json_string) + "]";

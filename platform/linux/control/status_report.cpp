@@ -1,5 +1,8 @@
 #include "control/status_report.h"
 
+#include <charconv>
+#include <iterator>
+
 #include "app_context/app_context_state.h"
 #include "base/orientation.h"
 #include "config_store/platform_store.h"
@@ -92,6 +95,14 @@ const std::string &Status::file() const
         break;
     }
     return none;
+}
+
+std::string decimal(double number, int digits)
+{
+    char text[64];
+    char *const end =
+        std::to_chars(text, std::end(text), number, std::chars_format::general, digits).ptr;
+    return {text, end};
 }
 
 const char *source_name(ColourSource source)

@@ -59,8 +59,7 @@ struct Status {
     /** Path of the file that plays; empty when none does. */
     const std::string &file() const;
 
-    /** The stored selection for the panel as it stands: -1 off, 0 play all, else a file's number.
-     */
+    /** The stored selection for the panel as it stands: -1 off, 0 play all, else a number. */
     int selection() const;
 };
 
@@ -73,6 +72,9 @@ Status collect_status();
  * @param list_made when the player made its lists, by the real-time clock; 0 before
  */
 StorageQuestion storage_question(const Status &status, const timespec &list_made);
+
+/** A number of so many digits at most, with a point in every locale. */
+std::string decimal(double number, int digits);
 
 /** "stream", "container" or "usual". */
 const char *source_name(ColourSource source);

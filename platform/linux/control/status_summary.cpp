@@ -15,6 +15,7 @@ namespace platform {
 namespace {
 
 constexpr size_t VALUES_BEGIN = 16;
+constexpr int DIGITS = 5;
 
 std::string quoted(const std::string &name)
 {
@@ -48,35 +49,10 @@ std::string count(size_t number, const char *what)
     return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
 }
 
-std::string decimal(double number)
-{
-    char text[64];
-    std::snprintf(text, sizeof text, "%.5g", number);
-    for (char &c : text) {
-        if (c == ',')
-            c = '.'; // the decimal sign of some locales
-    }
-    return text;
-}
-
 std::string speed(double rate)
 {
-    return std::string(rate < 0 ? "backwards" : "forwards") + " at " + decimal(std::fabs(rate)) +
-           " times the speed";
-}
-
-const char *orientation(int angle)
-{
-    switch (angle) {
-    case 90:
-        return "portrait";
-    case 180:
-        return "landscape-reverse";
-    case 270:
-        return "portrait-reverse";
-    default:
-        return "landscape";
-    }
+    return std::string(rate < 0 ? "backwards" : "forwards") + " at " +
+           decimal(std::fabs(rate), DIGITS) + " times the speed";
 }
 
 std::string playing(const Status &status)
@@ -115,7 +91,7 @@ std::string picture(const VideoStatus &video)
         text += " of " + std::to_string(video.pixel_width) + ":" +
                 std::to_string(video.pixel_height) + " pixels";
     if (video.frame_rate > 0)
-        text += ", " + decimal(video.frame_rate) + " frames/s";
+        text += ", " + decimal(video.frame_rate, DIGITS) + " frames/s";
     if (video.interlaced)
         text += video.halved ? ", interlaced, one picture a frame" : ", interlaced";
     text += ", " + video.format;
@@ -133,8 +109,8 @@ std::string mapping(const VideoStatus &video)
     case ToneMapping::PQ:
     case ToneMapping::HLG:
         return std::string("mapped from ") + (video.mapping == ToneMapping::PQ ? "PQ" : "HLG") +
-               " by BT.2390, peak " + decimal(video.peak) + ", white " + decimal(video.white) +
-               " cd/m2";
+               " by BT.2390, peak " + decimal(video.peak, DIGITS) + ", white " +
+               decimal(video.white, DIGITS) + " cd/m2";
     case ToneMapping::Ignored:
         return "high dynamic range ignored, converted by GStreamer";
     }
@@ -180,11 +156,11 @@ std::string selection(const Status &status)
 
 std::string panel(const PanelStatus &panel)
 {
-    std::string text = orientation(panel.angle);
+    std::string text = PANEL_ORIENTATIONS[panel.angle / 90];
     if (panel.width > 0)
         text += ", " + std::to_string(panel.width) + "x" + std::to_string(panel.height);
     if (panel.turning_to)
-        return text + ", turning to " + orientation(*panel.turning_to);
+        return text + ", turning to " + PANEL_ORIENTATIONS[*panel.turning_to / 90];
     return text + (panel.rotator ? "" : ", does not turn");
 }
 
