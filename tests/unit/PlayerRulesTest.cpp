@@ -328,7 +328,7 @@ TEST_F(PlayersLaunchTest, ExtrasHaveTheNamesThatThePlayerAsksFor)
 
 TEST_F(PlayersLaunchTest, FolderOfARequestIsTheOneThatThePlayerLists)
 {
-    using Extras = std::map<std::string, std::string>;
+    using platform::Extras;
     for (const Extras &extras :
          {Extras(), Extras{{"folder_path", "/media/named/"}}, Extras{{"folder_path", ""}},
           platform::request_for("/media/chosen/")}) {

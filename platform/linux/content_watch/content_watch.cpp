@@ -63,7 +63,7 @@ ContentWatch::~ContentWatch()
     thread_.stop();
 }
 
-ContentWatch::Extras ContentWatch::begin(const Extras &asked)
+Extras ContentWatch::begin(const Extras &asked)
 {
     if (looks_->environment.follow_sticks && asked.empty() && may_play_stick()) {
         const std::string stick = begin_sticks();

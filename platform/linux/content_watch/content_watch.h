@@ -8,7 +8,6 @@
 
 #include <chrono>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,13 +16,12 @@
 #include "content_watch/folder_events.h"
 #include "content_watch/folder_rest.h"
 #include "content_watch/stick_looks.h"
+#include "player_rules/launch_rules.h"
 
 namespace platform {
 
 class ContentWatch {
   public:
-    using Extras = std::map<std::string, std::string>;
-
     /** What is followed, and who is asked. */
     struct Environment {
         bool follow_folder = false; ///< as the fields of the settings

@@ -5,17 +5,14 @@
  */
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "bus/bus_connection.h"
+#include "player_rules/launch_rules.h"
 
 namespace platform {
-
-/** Names are UTF-8; values may hold any bytes but null, since they are often file names. */
-using Extras = std::map<std::string, std::string>;
 
 /** Whether an extra has an option of its own name; any other is given by --extra. */
 bool is_launch_option(const std::string &name);

@@ -7,6 +7,9 @@
 
 namespace platform {
 
+/** Names are UTF-8; values may hold any bytes but null, since they are often file names. */
+using Extras = std::map<std::string, std::string>;
+
 // The extras that the player asks for.
 inline constexpr char FOLDER_PATH_EXTRA[] = "folder_path";
 inline constexpr char PATH_LOCATION_EXTRA[] = "path_location";
@@ -16,7 +19,7 @@ inline constexpr char MODE_EXTRA[] = "mode";
 inline constexpr char RELOCATE_BELOW_EXTRA[] = "__K_RELOCATE_BELOW"; ///< the system adds it
 
 /** Requests of the factory and of the ambient mode leave what plays as it is. */
-inline bool starts_playback(const std::map<std::string, std::string> &extras)
+inline bool starts_playback(const Extras &extras)
 {
     const auto below = extras.find(RELOCATE_BELOW_EXTRA);
     return extras.count(MODE_EXTRA) == 0 &&
@@ -27,7 +30,7 @@ inline bool starts_playback(const std::map<std::string, std::string> &extras)
 inline constexpr char BUILT_IN_FOLDER[] = "/opt/data/demo_movie/";
 
 /** The folder whose files the player lists; nothing for one that it looks for on USB. */
-inline std::optional<std::string> listed_folder(const std::map<std::string, std::string> &extras)
+inline std::optional<std::string> listed_folder(const Extras &extras)
 {
     const auto location = extras.find(PATH_LOCATION_EXTRA);
     if (location != extras.end() && location->second == "usb")
@@ -37,7 +40,7 @@ inline std::optional<std::string> listed_folder(const std::map<std::string, std:
 }
 
 /** A request for the contents of a folder. @param folder with a slash at its end */
-inline std::map<std::string, std::string> request_for(const std::string &folder)
+inline Extras request_for(const std::string &folder)
 {
     return {{PLAYER_MODE_EXTRA, "folder_contents_player"}, {FOLDER_PATH_EXTRA, folder}};
 }

@@ -30,6 +30,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using platform::ContentWatch;
+using platform::Extras;
 using platform::Lookahead;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -92,7 +93,7 @@ class ContentWatchTest : public testing::Test {
         Lookahead::get().call_at_change({});
     }
 
-    ContentWatch::Extras begin(const ContentWatch::Extras &asked, bool sticks = true)
+    Extras begin(const Extras &asked, bool sticks = true)
     {
         ContentWatch::Environment environment;
         environment.follow_folder = true;
@@ -113,7 +114,7 @@ class ContentWatchTest : public testing::Test {
         return watch_->begin(asked);
     }
 
-    ContentWatch::Extras begin_folder() { return begin({{"folder_path", folder_ / ""}}); }
+    Extras begin_folder() { return begin({{"folder_path", folder_ / ""}}); }
 
     void end() { watch_.reset(); }
 
@@ -239,7 +240,7 @@ TEST_F(ContentWatchTest, AStickGoesBeforeTheBuiltInFolderWhereNothingElseIsAsked
     EXPECT_THAT(begin({}), ElementsAre(Pair("demo_player_mode", "folder_contents_player"),
                                        Pair("folder_path", stick_ / "Demo/")));
     end();
-    const ContentWatch::Extras asked = {{"repeat_mode", "no"}};
+    const Extras asked = {{"repeat_mode", "no"}};
     EXPECT_EQ(begin(asked), asked);
 }
 
