@@ -17,8 +17,7 @@ namespace {
 
 constexpr int CODES = 256;
 constexpr double LAST_CODE = CODES - 1;
-/** How far off, in codes, the tables may be; and sRGB, whose profiles differ by 1.4 among makers.
- */
+/** How far off, in codes, the tables may be; and sRGB, whose makers' profiles differ by 1.4. */
 constexpr double TABLE_TOLERANCE = 1;
 constexpr double SRGB_TOLERANCE = 2;
 /** What is tried of each of the three numbers: more of the dark, where curves differ most. */
@@ -95,6 +94,87 @@ std::string name_of(cmsHPROFILE profile)
     const std::unique_ptr<char, void (*)(void *)> text(eina_unicode_unicode_to_utf8(wide, nullptr),
                                                        free);
     return text && *text ? visible_text(text.get()) : "without a name";
+}
+
+/** What light each number adds, [from][to][code], blue first. A grey pixel's blue is its grey. */
+using Parts = std::array<std::array<std::array<double, CODES>, 3>, 3>;
+
+/** @return false when light is told that is not finite */
+bool read_parts(void *to_light, size_t channels, Parts &parts)
+{
+    std::array<double, 3> black = {};
+    for (size_t from = 0; from < channels; ++from) {
+        for (size_t code = 0; code < CODES; ++code) {
+            double numbers[3] = {};
+            numbers[channels - 1 - from] = static_cast<double>(code) / LAST_CODE;
+            std::array<double, 3> made = {}; // red first
+            cmsDoTransform(to_light, numbers, made.data(), 1);
+            if (!std::all_of(made.begin(), made.end(), [](double x) { return std::isfinite(x); }))
+                return false;
+            for (size_t to = 0; to < 3; ++to)
+                parts[from][to][code] = made[2 - to] - black[to];
+        }
+        // What is there without any number counts once.
+        for (size_t to = 0; from == 0 && to < 3; ++to)
+            black[to] = parts[from][to][0];
+    }
+    return true;
+}
+
+/** The least and the most light that the parts add up to. */
+struct Reach {
+    double low = 0;
+    double high = 0;
+    std::array<double, 3> lows = {}; ///< of blue, green and red
+};
+
+Reach reach_of(const Parts &parts)
+{
+    Reach reach;
+    for (size_t to = 0; to < 3; ++to) {
+        double sum = 0;
+        for (const auto &from : parts) {
+            const auto ends = std::minmax_element(from[to].begin(), from[to].end());
+            reach.lows[to] += *ends.first;
+            sum += *ends.second;
+        }
+        reach.low = std::min(reach.low, reach.lows[to]);
+        reach.high = std::max(reach.high, sum);
+    }
+    return reach;
+}
+
+/** Each part begins at nothing, so that sums need no sign; together they begin at the lowest. */
+std::array<std::array<uint64_t, CODES>, 3> side_by_side(const Parts &parts, const Reach &reach)
+{
+    std::array<std::array<uint64_t, CODES>, 3> light = {};
+    for (size_t from = 0; from < 3; ++from) {
+        for (size_t to = 0; to < 3; ++to) {
+            const auto &part = parts[from][to];
+            const double begin = *std::min_element(part.begin(), part.end()) -
+                                 (from == 0 ? reach.lows[to] - reach.low : 0);
+            for (size_t code = 0; code < CODES; ++code) {
+                const auto steps = static_cast<uint64_t>(std::lround((part[code] - begin) * WHITE));
+                light[from][code] |= steps << (to * SUM_BITS);
+            }
+        }
+    }
+    return light;
+}
+
+std::vector<uint8_t> codes_of_sums(const Reach &reach)
+{
+    // Three roundings can take a sum that far above the highest.
+    std::vector<uint8_t> codes(static_cast<size_t>((reach.high - reach.low) * WHITE) + 4,
+                               CODES - 1);
+    auto at = codes.begin();
+    for (int code = 0; code < CODES - 1; ++code) {
+        const double end = (srgb_light((code + 0.5) / LAST_CODE) - reach.low) * WHITE;
+        const auto past = codes.begin() + std::min<ptrdiff_t>(codes.size(), std::lround(end));
+        std::fill(at, past, static_cast<uint8_t>(code));
+        at = past;
+    }
+    return codes;
 }
 
 } // namespace
@@ -228,64 +308,14 @@ std::vector<ColourProfile::Sample> ColourProfile::samples(void *to_light) const
  */
 bool ColourProfile::tabulate(void *to_light)
 {
-    // [from][to][code], blue first. A grey pixel's blue is its grey.
-    std::array<std::array<std::array<double, CODES>, 3>, 3> light = {};
-    const size_t channels = content_ == Content::Grey ? 1 : 3;
-    std::array<double, 3> black = {};
-    for (size_t from = 0; from < channels; ++from) {
-        for (size_t code = 0; code < CODES; ++code) {
-            double numbers[3] = {};
-            numbers[channels - 1 - from] = static_cast<double>(code) / LAST_CODE;
-            std::array<double, 3> made = {}; // red first
-            cmsDoTransform(to_light, numbers, made.data(), 1);
-            if (!std::all_of(made.begin(), made.end(), [](double x) { return std::isfinite(x); }))
-                return false;
-            for (size_t to = 0; to < 3; ++to)
-                light[from][to][code] = made[2 - to] - black[to];
-        }
-        // What is there without any number counts once.
-        for (size_t to = 0; from == 0 && to < 3; ++to)
-            black[to] = light[from][to][0];
-    }
-
-    double low = 0;
-    double high = 0;
-    std::array<double, 3> lows = {};
-    for (size_t to = 0; to < 3; ++to) {
-        double sum = 0;
-        for (const auto &from : light) {
-            const auto ends = std::minmax_element(from[to].begin(), from[to].end());
-            lows[to] += *ends.first;
-            sum += *ends.second;
-        }
-        low = std::min(low, lows[to]);
-        high = std::max(high, sum);
-    }
-    if (high - low > MOST_LIGHT)
+    Parts parts = {};
+    if (!read_parts(to_light, content_ == Content::Grey ? 1 : 3, parts))
         return false;
-
-    // Each part begins at nothing, so that sums need no sign; together they begin at `low`.
-    for (size_t from = 0; from < 3; ++from) {
-        for (size_t to = 0; to < 3; ++to) {
-            const auto &parts = light[from][to];
-            const double begin =
-                *std::min_element(parts.begin(), parts.end()) - (from == 0 ? lows[to] - low : 0);
-            for (size_t code = 0; code < CODES; ++code) {
-                const auto steps =
-                    static_cast<uint64_t>(std::lround((parts[code] - begin) * WHITE));
-                light_[from][code] |= steps << (to * SUM_BITS);
-            }
-        }
-    }
-    // Three roundings can take a sum that far above the highest.
-    codes_.assign(static_cast<size_t>((high - low) * WHITE) + 4, CODES - 1);
-    auto at = codes_.begin();
-    for (int code = 0; code < CODES - 1; ++code) {
-        const double end = (srgb_light((code + 0.5) / LAST_CODE) - low) * WHITE;
-        const auto past = codes_.begin() + std::min<ptrdiff_t>(codes_.size(), std::lround(end));
-        std::fill(at, past, static_cast<uint8_t>(code));
-        at = past;
-    }
+    const Reach reach = reach_of(parts);
+    if (reach.high - reach.low > MOST_LIGHT)
+        return false;
+    light_ = side_by_side(parts, reach);
+    codes_ = codes_of_sums(reach);
     return true;
 }
 

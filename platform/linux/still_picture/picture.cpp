@@ -93,12 +93,12 @@ void StillPicture::set_callback(pictrel_event_type_e type, pictrel_event_cb call
 
 bool StillPicture::parse()
 {
-    return begin(Phase::created, Phase::parsing, &StillPicture::read_header);
+    return begin(Phase::Created, Phase::Parsing, &StillPicture::read_header);
 }
 
 bool StillPicture::decode()
 {
-    return plane_ && begin(Phase::parsed, Phase::decoding, &StillPicture::read_pixels);
+    return plane_ && begin(Phase::Parsed, Phase::Decoding, &StillPicture::read_pixels);
 }
 
 bool StillPicture::begin(Phase from, Phase to, void (StillPicture::*work)(Time))
@@ -133,16 +133,16 @@ void StillPicture::look_after()
 {
     look_due_.reset();
     const Phase now = phase();
-    if (now != Phase::parsing && now != Phase::decoding)
+    if (now != Phase::Parsing && now != Phase::Decoding)
         return;
     if (!standstill_.look(progress_.steps)) {
         look_due_ = WorkerThread::Clock::now() + patience_ / StandstillWatch::LOOKS;
         return;
     }
-    if (!move_on(now, Phase::failed))
+    if (!move_on(now, Phase::Failed))
         return;
     note_failure(path_, "its reading hangs", UnplayableFile::Kind::TooSlow);
-    if (now == Phase::parsing)
+    if (now == Phase::Parsing)
         deliver(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSE_FAILED);
     else
         deliver(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODE_FAILED);
@@ -169,7 +169,7 @@ void StillPicture::read_header(Time asked)
     const Size upright = decoded_->orientation.of(decoded_->stored);
     width = upright.width;
     height = upright.height;
-    if (move_on(Phase::parsing, Phase::parsed))
+    if (move_on(Phase::Parsing, Phase::Parsed))
         deliver(PICTREL_EVENT_PARSE, PICTREL_RESULT_PARSED);
 }
 
@@ -189,7 +189,7 @@ void StillPicture::read_pixels(Time asked)
     if (!decoded_->profile.fault.empty())
         PLATFORM_LOGW("still picture", "%s: shown as sRGB, because of its colour profile: %s",
                       path_.c_str(), decoded_->profile.fault.c_str());
-    if (!move_on(Phase::decoding, Phase::decoded))
+    if (!move_on(Phase::Decoding, Phase::Decoded))
         return;
     UnplayableFiles::get().forget(path_);
     deliver(PICTREL_EVENT_DECODE, PICTREL_RESULT_DECODED);
@@ -203,7 +203,7 @@ Size StillPicture::panel() const
 void StillPicture::fail(pictrel_event_type_e type, pictrel_event_result_e result, Time asked,
                         const char *reason, UnplayableFile::Kind kind)
 {
-    if (!move_on(type == PICTREL_EVENT_PARSE ? Phase::parsing : Phase::decoding, Phase::failed))
+    if (!move_on(type == PICTREL_EVENT_PARSE ? Phase::Parsing : Phase::Decoding, Phase::Failed))
         return;
     if (!worker_.stopping())
         note_failure(path_, reason, kind);
@@ -214,7 +214,7 @@ void StillPicture::fail(pictrel_event_type_e type, pictrel_event_result_e result
 
 bool StillPicture::render()
 {
-    if (phase() != Phase::decoded || !plane_)
+    if (phase() != Phase::Decoded || !plane_)
         return false;
     rendered_ = true;
     // With the mixer on, rotate() is to follow; it draws the picture turned in one go.

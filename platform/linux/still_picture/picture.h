@@ -25,8 +25,7 @@
 
 namespace platform {
 
-/** Notices that work stands still. Decides only; knows no time, so that one that was stopped waits.
- */
+/** Notices that work stands still. Decides only; knows no time, so one that was stopped waits. */
 class StandstillWatch {
   public:
     /** Looks in a row that see nothing move, the first one not counted, until it stands still. */
@@ -84,7 +83,7 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     StillPicture(std::string path, std::chrono::milliseconds patience);
 
   private:
-    enum class Phase { created, parsing, parsed, decoding, decoded, failed };
+    enum class Phase { Created, Parsing, Parsed, Decoding, Decoded, Failed };
     using Time = WorkerThread::Clock::time_point;
     struct Callback {
         pictrel_event_cb function = nullptr;
@@ -114,7 +113,7 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     bool rendered_ = false;
 
     std::mutex mutex_; // guards what follows
-    Phase phase_ = Phase::created;
+    Phase phase_ = Phase::Created;
     std::array<Callback, PICTREL_EVENT_RESOURCE_CONFLICT + 1> callbacks_;
     bool destroyed_ = false;
     int delivering_ = 0;
