@@ -11,8 +11,7 @@
 
 namespace platform {
 
-/** One plane of three frames that follow each other in time; the same one where there is no other.
- */
+/** One plane of three frames that follow each other in time; the same where there is no other. */
 struct WovenPlanes {
     const uint8_t *before;
     const uint8_t *frame;

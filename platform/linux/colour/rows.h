@@ -12,8 +12,7 @@ namespace platform::rows {
 
 constexpr int STRETCH = 256; ///< pixels at a time; even
 
-/** A stretch as numbers that fill 16 bits, whatever the picture had; a number of each for a pixel.
- */
+/** A stretch as numbers that fill 16 bits, whatever the picture had; one of each for a pixel. */
 struct Stretch {
     int16_t y[STRETCH]; ///< over 2^15
     int16_t u[STRETCH]; ///< chroma over 2^16 around 0

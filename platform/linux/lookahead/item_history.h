@@ -26,8 +26,7 @@ class ItemHistory {
     /** @param limit items to remember; with one more it begins anew */
     explicit ItemHistory(size_t limit = 4096) : limit_(limit) {}
 
-    /** @param interrupted the item before did not come to its end: that says nothing of the order
-     */
+    /** @param interrupted the item before did not come to its end: it says nothing of the order */
     void on_begun(const PlayedItem &item, bool interrupted);
 
     /** What followed an item the last time. */

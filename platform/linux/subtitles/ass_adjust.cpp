@@ -56,8 +56,7 @@ bool begins_number(char c)
     return (c >= '0' && c <= '9') || c == '.' || c == '+' || c == '-';
 }
 
-/** Appends the number at `at`, or the lone sign or point there, within the bound. @return its end
- */
+/** Appends the number at `at`, or the lone sign or point there, within bounds. @return its end */
 size_t append_bounded(std::string &result, const std::string &ass, size_t at, const SizeTag &tag)
 {
     const bool has_sign = ass[at] == '+' || ass[at] == '-';

@@ -18,8 +18,7 @@ constexpr double UNITS_OF_LONGER_SIDE = 240.0;
 constexpr double DESIGN_SIDE = 1920.0;
 /** Its pictures are drawn larger. */
 constexpr double PICTURE_SCALE = 2.0;
-/** Seconds that the list takes to follow the focus; Elementary's own value lags behind a held key.
- */
+/** Seconds that the list takes to follow the focus; Elementary's own lags behind a held key. */
 constexpr double BRING_IN_SECONDS = 0.22;
 /** Room for the letters of a popup on the largest panel; Elementary's own value forgets them. */
 constexpr int FONT_CACHE_KILOBYTES = 8192;
