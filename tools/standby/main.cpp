@@ -113,8 +113,6 @@ bool Standby::start()
     PanelModel::get().set_first_angle(stored_angle());
     TvWindow::Listener listener;
     listener.closed = [this] { end(DONE); };
-    listener.seen = [](bool) {};
-    listener.content_seen = [](bool) {};
     listener.compositor_gone = [this] { end(COULD_NOT_RUN); };
     ignore_input(); // before the window looks at it
     window_ = TvWindow::create(NAME, std::move(listener));

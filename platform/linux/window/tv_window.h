@@ -34,14 +34,20 @@ namespace platform {
 
 class TvWindow {
   public:
+    /** None may be empty; one that is not set does nothing. */
     struct Listener {
-        std::function<void()> closed;   ///< the user asked for the window to be closed
-        std::function<void(bool)> seen; ///< iconified (false) or back on the screen (true)
+        /** The user asked for the window to be closed. */
+        std::function<void()> closed = [] {};
+        /** Iconified (false) or back on the screen (true). */
+        std::function<void(bool)> seen = [](bool) {};
         /** The application's window has something to show (true), or is all transparent. */
-        std::function<void(bool)> content_seen;
-        std::function<void()> without_picture; ///< about to come with nothing to see in it
-        std::function<void()> compositor_gone; ///< the connection broke for good
-        std::function<void()> gone;            ///< from the screen; maybe after this object's end
+        std::function<void(bool)> content_seen = [](bool) {};
+        /** About to come with nothing to see in it. */
+        std::function<void()> without_picture = [] {};
+        /** The connection broke for good. */
+        std::function<void()> compositor_gone = [] {};
+        /** From the screen; maybe after this object's end. */
+        std::function<void()> gone = [] {};
     };
 
     /** @return null when no compositor answers; the reason is logged */

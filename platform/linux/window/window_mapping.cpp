@@ -72,7 +72,7 @@ void WindowMapping::stay(std::function<void()> gone)
 {
     if (window_)
         leaving = {window_, std::move(gone)};
-    else if (gone)
+    else
         gone();
 }
 
@@ -118,7 +118,5 @@ extern "C" void ecore_wl2_window_free(Ecore_Wl2_Window *window)
         platform::current->deleted();
     if (!window || window != platform::leaving.window)
         return;
-    const auto left = std::exchange(platform::leaving, {});
-    if (left.gone)
-        left.gone();
+    std::exchange(platform::leaving, {}).gone();
 }

@@ -10,6 +10,7 @@
 
 #include "base/orientation.h"
 #include "desktop_support/desktop.h"
+#include "window/tv_window.h"
 
 namespace desktop_test {
 namespace {
@@ -287,6 +288,17 @@ TEST_F(WindowTest, SaysOnceThatThisCompositorCannotBeAskedToKeepTheScreenOn)
     const std::string &log = app->errors();
     const std::regex line("I/PLATFORM.*: window: the compositor may blank the screen");
     EXPECT_EQ(std::distance(std::sregex_iterator(log.begin(), log.end(), line), {}), 1) << log;
+}
+
+TEST(WindowListener, NeedsToHearOnlyOfWhatItCaresFor)
+{
+    const platform::TvWindow::Listener deaf;
+    EXPECT_NO_THROW(deaf.closed());
+    EXPECT_NO_THROW(deaf.seen(true));
+    EXPECT_NO_THROW(deaf.content_seen(true));
+    EXPECT_NO_THROW(deaf.without_picture());
+    EXPECT_NO_THROW(deaf.compositor_gone());
+    EXPECT_NO_THROW(deaf.gone());
 }
 
 TEST_F(WindowTest, LeavesTheScreenWhenItIsHidden)
