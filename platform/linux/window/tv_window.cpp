@@ -360,8 +360,6 @@ void TvWindow::shown()
     awaiting_frame_ = true;
     hide_timer_.reset();
     evas_object_show(outer_.get());
-    // A window that is shown again has lost its picture, though nothing in it changed.
-    damage_all();
     ecore_evas_focus_set(inner_canvas_, EINA_TRUE);
     if (mapping_->held()) {
         look_timer_.reset(ecore_timer_add(LOOK_S, on_timer<&TvWindow::look>, this));
@@ -374,12 +372,6 @@ void TvWindow::shown()
                                                 ecore_wl2_window_surface_get(window));
 }
 
-void TvWindow::damage_all()
-{
-    const Size size = {PanelModel::get().width(), PanelModel::get().height()};
-    evas_damage_rectangle_add(evas_object_evas_get(outer_.get()), 0, 0, size.width, size.height);
-}
-
 void TvWindow::reveal()
 {
     look_timer_.reset();
@@ -390,7 +382,9 @@ void TvWindow::reveal()
         return;
     // What was drawn is of another size. The toolkit draws again when the compositor asks for a
     // frame, which it never does for a window that it does not have.
-    damage_all();
+    const PanelModel &panel = PanelModel::get();
+    evas_damage_rectangle_add(evas_object_evas_get(outer_.get()), 0, 0, panel.width(),
+                              panel.height());
     ecore_evas_manual_render(outer_canvas_);
 }
 

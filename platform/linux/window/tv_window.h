@@ -7,9 +7,9 @@
  * which the application gets, has the turned size, is drawn into an image of the outer one, and is
  * shown, hidden and deleted by the application as if it were real. It comes onto the screen when
  * there is something to see in it, or below it; the application is told that it is visible as soon
- * as it could be. A window that was hidden cannot
- * be shown again: the toolkit never draws on its surface again once it has been unmapped. What the
- * toolkit cannot answer for the inner window is answered by efl_on_tv.cpp.
+ * as it could be. A window that was hidden and has left the screen cannot be shown again: the
+ * toolkit never draws on its surface again once it has been unmapped. What the toolkit cannot
+ * answer for the inner window is answered by efl_on_tv.cpp.
  */
 #pragma once
 
@@ -69,9 +69,11 @@ class TvWindow {
     /** The application's window; null when it has been deleted. */
     Evas_Object *content() const { return inner_; }
 
-    /** The real window. */
-    Evas_Object *outer() const { return outer_.get(); }
+    /** The real window's canvas. */
     Ecore_Evas *outer_canvas() const { return outer_canvas_; }
+
+    /** The real window, for tests. */
+    Evas_Object *outer() const { return outer_.get(); }
 
     /**
      * Puts the window onto the screen when it has been shown, or as soon as it is: there is a
@@ -101,7 +103,6 @@ class TvWindow {
     void fit_frame(Size content);
     void fit();
     void shown();
-    void damage_all();
     void look();
     void give_up_waiting();
     void hidden();
