@@ -3,15 +3,12 @@
 // takes keys nor shows a pointer.
 
 #include <array>
-#include <clocale>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string_view>
 #include <vector>
 
 #include <Ecore_Input.h>
-#include <Efreet.h>
 #include <Elementary.h>
 
 #include "config_store.h"
@@ -184,12 +181,7 @@ int main(int argc, char **argv)
         return asked ? DONE : BAD_COMMAND_LINE;
     }
     ServiceManager::get(); // before the toolkit tells it that all is ready
-    setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
-    setenv("ELM_DISPLAY", "wl", 0);
-    setenv("ELM_ENGINE", "wayland_shm", 0);
-    efreet_cache_disable();
-    setlocale(LC_ALL, "");
-    setlocale(LC_NUMERIC, "C");
+    prepare_toolkit();
     elm_init(0, nullptr);
     bind_message_catalogue();
     const int status = run();

@@ -1,25 +1,21 @@
 #include "app_framework/early_start.h"
 
-#include <clocale>
 #include <csignal>
 #include <cstdlib>
 #include <initializer_list>
 
 #include <malloc.h>
 
-#include <Efreet.h>
-
 #include "app_framework/start_limits.h"
 #include "app_framework/start_pace.h"
 #include "log/platform_log.h"
 #include "media_player/media_system.h"
 #include "service_manager/service_manager.h"
+#include "window/tv_window.h"
 
 namespace platform {
 
 namespace {
-
-constexpr int KEEP_USERS_CHOICE = 0;
 
 constexpr int COULD_NOT_RUN = 1;
 
@@ -61,23 +57,7 @@ void prepare_process()
     mallopt(M_MMAP_THRESHOLD, MAPPED_BLOCK);
     mallopt(M_TRIM_THRESHOLD, MAPPED_BLOCK);
 
-    // Modules that watch the battery and the host name; a demo has no use for either.
-    setenv("ECORE_NO_SYSTEM_MODULES", "1", KEEP_USERS_CHOICE);
-    // The video lies on a plane below the window, which only the software engine leaves in peace on
-    // machines without a graphics processor.
-    if (!getenv("ELM_ENGINE") && !getenv("ELM_DISPLAY")) {
-        setenv("ELM_DISPLAY", "wl", KEEP_USERS_CHOICE);
-        setenv("ELM_ENGINE", "wayland_shm", KEEP_USERS_CHOICE);
-    }
-    // The cache of desktop files costs a daemon and a fifth of the start.
-    efreet_cache_disable();
-
-    // Its value comes later, but its place has to be there: another variable more would move them
-    // all from under a thread that reads one.
-    setenv("LANGUAGE", "", KEEP_USERS_CHOICE);
-
-    setlocale(LC_ALL, "");
-    setlocale(LC_NUMERIC, "C");
+    prepare_toolkit();
 
     // It takes the longest by far, so it goes on beside all the rest.
     start_media_system();

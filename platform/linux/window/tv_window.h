@@ -140,6 +140,12 @@ class TvWindow {
     bool announced_visible_ = false;
 };
 
+/**
+ * Sets the toolkit up for a program that is alone on the screen, and the locale; before either is
+ * used, and while there is no other thread.
+ */
+void prepare_toolkit();
+
 /** Gives ECORE_EVENT_DEVICE_ADD its number; once, before the application starts. */
 void announce_device_events();
 
