@@ -23,7 +23,6 @@
 #include "media_player/fruitless_rounds.h"
 #include "media_player/media_system.h"
 #include "media_player/player_status.h"
-#include "panel/panel_model.h"
 #include "panel/rotation_state.h"
 #include "panel/timed_rotation.h"
 #include "player_rules/launch_rules.h"
@@ -163,12 +162,7 @@ bool Application::start_services()
         ecore_main_loop_thread_safe_call_async([](void *) { Application::get().picture_shown(); },
                                                nullptr);
     });
-    // The panel outlives the application's parts.
-    static const bool following_the_panel = [] {
-        PanelModel::get().on_angle([](int) { Application::get().refresh_card(); });
-        return true;
-    }();
-    static_cast<void>(following_the_panel);
+    angle_ = PanelModel::get().on_angle([this](int) { refresh_card(); });
     FruitlessRounds::get().set_listener([] {
         ecore_main_loop_thread_safe_call_async([](void *) { Application::get().show_card(); },
                                                nullptr);
@@ -201,6 +195,7 @@ void Application::stop_services()
     usb_watch_.reset();
     Lookahead::get().stop();
     PowerService::get().stop();
+    angle_.reset();
     PanelModel::get().stop();
     TimedRotation::get().stop();
     window_.reset();

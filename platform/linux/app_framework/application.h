@@ -16,6 +16,7 @@
 #include "app_framework/stand_in.h"
 #include "base/toolkit_handles.h"
 #include "launch/launch_request.h"
+#include "panel/panel_model.h"
 
 /** A launch request as the application gets a pointer to it. */
 struct app_control_s {
@@ -103,6 +104,7 @@ class Application {
     std::unique_ptr<ContentWatch> content_; ///< from the first request on that plays something
     std::unique_ptr<KeyTranslator> keys_;
     std::unique_ptr<TvWindow> window_;
+    PanelModel::Subscription angle_;
     StandIn stand_in_;
 };
 

@@ -39,11 +39,6 @@ class RotatorListeners {
         void *user_data;
     };
 
-    RotatorListeners()
-    {
-        PanelModel::get().on_status([this](int status) { notify(status); });
-    }
-
     void notify(int status)
     {
         display_rotator_status_t report = {status, PanelModel::get().angle()};
@@ -59,6 +54,8 @@ class RotatorListeners {
     }
 
     std::vector<Entry> entries_;
+    const PanelModel::Subscription status_ =
+        PanelModel::get().on_status([this](int status) { notify(status); });
 };
 
 } // namespace

@@ -1,6 +1,8 @@
 #include "panel/panel_model.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "base/orientation.h"
 #include "display_rotator.h"
@@ -20,13 +22,24 @@ int quarter_turns(int degrees)
     return (turned < 0 ? turned + 360 : turned) / 90 * 90;
 }
 
-/** A listener may add further listeners, so the list is walked by index on a copy of each entry. */
-template <typename... Values>
-void notify(const std::vector<std::function<void(Values...)>> &listeners, Values... values)
+template <typename Function>
+std::shared_ptr<const Function> add(std::vector<std::weak_ptr<const Function>> &listeners,
+                                    Function listener)
 {
-    for (size_t i = 0; i < listeners.size(); ++i) {
-        const auto listener = listeners[i];
-        listener(values...);
+    const auto gone = [](const auto &other) { return other.expired(); };
+    listeners.erase(std::remove_if(listeners.begin(), listeners.end(), gone), listeners.end());
+    auto added = std::make_shared<const Function>(std::move(listener));
+    listeners.push_back(added);
+    return added;
+}
+
+/** Takes a copy, for a listener may add others, and let go of itself or others. */
+template <typename Function, typename... Values>
+void notify(std::vector<std::weak_ptr<const Function>> listeners, Values... values)
+{
+    for (const auto &entry : listeners) {
+        if (const auto listener = entry.lock())
+            (*listener)(values...);
     }
 }
 
@@ -127,19 +140,19 @@ void PanelModel::stop()
     target_ = -1;
 }
 
-void PanelModel::on_status(std::function<void(int)> listener)
+PanelModel::Subscription PanelModel::on_status(std::function<void(int)> listener)
 {
-    status_listeners_.push_back(std::move(listener));
+    return add(status_listeners_, std::move(listener));
 }
 
-void PanelModel::on_angle(std::function<void(int)> listener)
+PanelModel::Subscription PanelModel::on_angle(std::function<void(int)> listener)
 {
-    angle_listeners_.push_back(std::move(listener));
+    return add(angle_listeners_, std::move(listener));
 }
 
-void PanelModel::on_size(std::function<void()> listener)
+PanelModel::Subscription PanelModel::on_size(std::function<void()> listener)
 {
-    size_listeners_.push_back(std::move(listener));
+    return add(size_listeners_, std::move(listener));
 }
 
 void PanelModel::finish_turn()

@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include <Ecore.h>
@@ -74,16 +75,22 @@ class PanelModel {
     /** Gives up a turn under way, without a report; the angle stays. For the end of the program. */
     void stop();
 
+    /** A function is called for as long as this is kept; it may let go of it itself. */
+    using Subscription = std::shared_ptr<const void>;
+
     /** Called with status() on each change of it. */
-    void on_status(std::function<void(int)> listener);
+    [[nodiscard]] Subscription on_status(std::function<void(int)> listener);
 
     /** Called when size or scale have changed; read them from here. */
-    void on_size(std::function<void()> listener);
+    [[nodiscard]] Subscription on_size(std::function<void()> listener);
 
     /** Called when the angle has changed and the window's content has to follow. */
-    void on_angle(std::function<void(int)> listener);
+    [[nodiscard]] Subscription on_angle(std::function<void(int)> listener);
 
   private:
+    template <typename... Values>
+    using Listeners = std::vector<std::weak_ptr<const std::function<void(Values...)>>>;
+
     PanelModel() = default;
     void finish_turn();
 
@@ -93,9 +100,9 @@ class PanelModel {
     std::atomic<int> angle_{0};
     int target_ = -1;
     TimerPtr timer_;
-    std::vector<std::function<void(int)>> status_listeners_;
-    std::vector<std::function<void(int)>> angle_listeners_;
-    std::vector<std::function<void()>> size_listeners_;
+    Listeners<int> status_listeners_;
+    Listeners<int> angle_listeners_;
+    Listeners<> size_listeners_;
 };
 
 } // namespace platform

@@ -42,10 +42,8 @@ void rotation_state_start()
     }
     panel.set_first_angle(angle_of_rotation_state(state));
 
-    static bool following = false;
-    if (!following)
+    static const auto following =
         panel.on_angle([](int degrees) { store(rotation_state_of_angle(degrees)); });
-    following = true;
 }
 
 } // namespace platform

@@ -7,7 +7,6 @@
 #include "base/orientation.h"
 #include "config_store.h"
 #include "config_store/platform_store.h"
-#include "panel/panel_model.h"
 #include "player_rules/config_keys.h"
 #include "player_rules/key_names.h"
 
@@ -41,16 +40,14 @@ void TimedRotation::start()
     // Behind the application's own handler or before it: either acts on the same event.
     if (!keys_)
         keys_.reset(ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key, this));
-    // The panel outlives the application, and its listeners stay.
-    if (!following_)
-        PanelModel::get().on_angle([this](int) { restart(); });
-    following_ = true;
+    angle_ = PanelModel::get().on_angle([this](int) { restart(); });
 }
 
 void TimedRotation::stop()
 {
     on_own_write({});
     keys_.reset();
+    angle_.reset();
     timer_ = {};
 }
 

@@ -11,6 +11,7 @@
 #include <Ecore.h>
 
 #include "base/toolkit_handles.h"
+#include "panel/panel_model.h"
 #include "player_rules/rotation_timer.h"
 
 namespace platform {
@@ -46,8 +47,8 @@ class TimedRotation {
     static Eina_Bool on_key(void *data, int type, void *event);
 
     RotationTimerModel timer_;
-    bool following_ = false;
     EventHandlerPtr keys_;
+    PanelModel::Subscription angle_;
 };
 
 } // namespace platform

@@ -34,34 +34,25 @@ Latest &latest()
 /** What a window keeps of its plane. */
 struct Attachment {
     std::shared_ptr<WaylandPlane> plane;
+    PanelModel::Subscription size;
 };
+
+PlaneSize panel_size()
+{
+    const PanelModel &panel = PanelModel::get();
+    return {panel.pixel_width(), panel.pixel_height(), panel.width(), panel.height()};
+}
 
 /** The panel's size, or the screen's as the window knows it where there is no model of a panel. */
 PlaneSize size_for(const Evas_Object *window)
 {
-    const PanelModel &panel = PanelModel::get();
-    PlaneSize size = {panel.pixel_width(), panel.pixel_height(), panel.width(), panel.height()};
+    PlaneSize size = panel_size();
     if (size.width <= 0 || size.height <= 0) {
         elm_win_screen_size_get(window, nullptr, nullptr, &size.width, &size.height);
         size.pixel_width = size.width;
         size.pixel_height = size.height;
     }
     return size;
-}
-
-/** The panel outlives every plane, so its listener looks up the one that is there. */
-void follow_the_panel()
-{
-    static const bool following = [] {
-        PanelModel::get().on_size([] {
-            const PanelModel &panel = PanelModel::get();
-            if (const auto plane = std::dynamic_pointer_cast<WaylandPlane>(VideoPlane::current()))
-                plane->resize(
-                    {panel.pixel_width(), panel.pixel_height(), panel.width(), panel.height()});
-        });
-        return true;
-    }();
-    (void)following;
 }
 
 void on_window_deleted(void *data, Evas *, Evas_Object *window, void *)
@@ -90,9 +81,9 @@ std::shared_ptr<VideoPlane> VideoPlane::for_window(Evas_Object *window)
     if (!plane)
         return nullptr;
     plane->set_covered(windows_cover);
-    follow_the_panel();
 
-    auto attachment = std::make_unique<Attachment>(Attachment{plane});
+    auto attachment = std::make_unique<Attachment>(
+        Attachment{plane, PanelModel::get().on_size([plane] { plane->resize(panel_size()); })});
     evas_object_data_set(window, DATA_KEY, attachment.get());
     evas_object_event_callback_add(window, EVAS_CALLBACK_DEL, on_window_deleted,
                                    attachment.release());

@@ -12,7 +12,6 @@
 #include "app_framework.h"
 #include "base/orientation.h"
 #include "log/platform_log.h"
-#include "panel/panel_model.h"
 
 namespace platform {
 
@@ -264,15 +263,7 @@ void TvWindow::follow_events()
         },
         nullptr));
 
-    // The panel outlives every window, so its listener looks up the one that is there.
-    static const bool following_the_panel = [] {
-        PanelModel::get().on_angle([](int) {
-            if (current_window && current_window->inner_)
-                current_window->turn();
-        });
-        return true;
-    }();
-    (void)following_the_panel;
+    angle_ = PanelModel::get().on_angle([this](int) { turn(); });
 }
 
 void TvWindow::fit()
@@ -469,6 +460,7 @@ void TvWindow::inner_deleted()
 {
     inner_ = nullptr;
     inner_canvas_ = nullptr;
+    angle_.reset();
     awaiting_frame_ = false;
     visible_job_.reset();
     idle_inhibitor_.reset();

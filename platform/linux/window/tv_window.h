@@ -23,6 +23,7 @@
 
 #include "base/geometry.h"
 #include "base/toolkit_handles.h"
+#include "panel/panel_model.h"
 #include "wayland/idle_inhibitor.h"
 #include "window/ecore_wl2_more.h"
 #include "window/input_feed.h"
@@ -128,6 +129,7 @@ class TvWindow {
     std::unique_ptr<IdleInhibitor> idle_inhibitor_;
     std::unique_ptr<ConnectionWatch> connection_watch_;
     EventHandlerPtr device_;
+    PanelModel::Subscription angle_;
     TimerPtr look_timer_;
     TimerPtr reveal_timer_;
     TimerPtr hide_timer_;

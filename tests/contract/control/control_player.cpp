@@ -129,7 +129,7 @@ int main()
             !control_start(bus.get(), controlled)) {
             app_context_manager_init();
             SettingsAPI::Get()->DisableItemsByList({"broadcasting", "pip"}, "org.example.app");
-            PanelModel::get().on_angle(
+            const auto angle = PanelModel::get().on_angle(
                 [](int degrees) { say("panel " + std::to_string(degrees)); });
             ecore_event_handler_add(ECORE_EVENT_KEY_DOWN, on_key, nullptr);
             device_power_subscribe_poweroff(

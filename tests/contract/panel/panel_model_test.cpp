@@ -5,6 +5,7 @@
 namespace {
 
 using panel_test::PanelTest;
+using platform::PanelModel;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -83,7 +84,7 @@ TEST_F(PanelModelTest, FollowsAPanelThatAnotherProgramTurns)
 
 TEST_F(PanelModelTest, AListenerThatAsksForATurnInsideATurnsEndIsToldNothingTwice)
 {
-    panel_.on_angle([this](int) { EXPECT_TRUE(panel_.turn_to(0)); });
+    const auto turning = panel_.on_angle([this](int) { EXPECT_TRUE(panel_.turn_to(0)); });
     EXPECT_TRUE(panel_.turn_to(90));
     finish_turn();
     EXPECT_EQ(panel_.angle(), 90) << "the turn was still under way";
@@ -92,7 +93,7 @@ TEST_F(PanelModelTest, AListenerThatAsksForATurnInsideATurnsEndIsToldNothingTwic
 
 TEST_F(PanelModelTest, AListenerMayStartTheNextTurnOnceTheLastIsOver)
 {
-    panel_.on_status([this](int status) {
+    const auto turning_back = panel_.on_status([this](int status) {
         if (status == 0 && panel_.angle() == 90) {
             EXPECT_TRUE(panel_.turn_to(0));
         }
@@ -102,6 +103,20 @@ TEST_F(PanelModelTest, AListenerMayStartTheNextTurnOnceTheLastIsOver)
         store_test::run_loop_until([this] { return panel_.angle() == 0 && !panel_.turning(); }));
     EXPECT_THAT(seen_,
                 ElementsAre("status 2", "angle 90", "status 0", "status 1", "angle 0", "status 0"));
+}
+
+TEST_F(PanelModelTest, AListenerMayLetGoOfItselfAndOthersWhileItIsCalled)
+{
+    PanelModel::Subscription later;
+    PanelModel::Subscription first = panel_.on_angle([&](int angle) {
+        first.reset();
+        later.reset();
+        log("once " + std::to_string(angle));
+    });
+    later = panel_.on_angle([this](int) { log("let go of"); });
+    panel_.follow(90);
+    panel_.follow(0);
+    EXPECT_THAT(seen_, ElementsAre("angle 90", "once 90", "angle 0"));
 }
 
 TEST_F(PanelModelTest, AStoppedTurnNeverEnds)
@@ -123,7 +138,7 @@ TEST_F(PanelModelTest, KnowsTheSizeItWasTold)
 
 TEST_F(PanelModelTest, TellsASizeOnlyWhenItHasChanged)
 {
-    panel_.on_size([this] {
+    const auto size = panel_.on_size([this] {
         log(std::to_string(panel_.width()) + "x" + std::to_string(panel_.height()) + " of " +
             std::to_string(panel_.pixel_width()) + "x" + std::to_string(panel_.pixel_height()));
     });

@@ -26,8 +26,6 @@ class PanelTest : public testing::Test {
     {
         store_test::write_file(folder_ / "tv.conf", settings);
         ecore_init();
-        panel_.on_status([this](int status) { log("status " + std::to_string(status)); });
-        panel_.on_angle([this](int angle) { log("angle " + std::to_string(angle)); });
     }
     ~PanelTest() override
     {
@@ -55,6 +53,10 @@ class PanelTest : public testing::Test {
     const store_test::Environment modules_;
     platform::PanelModel &panel_ = platform::PanelModel::get();
     std::vector<std::string> seen_;
+    const platform::PanelModel::Subscription status_ =
+        panel_.on_status([this](int status) { log("status " + std::to_string(status)); });
+    const platform::PanelModel::Subscription angle_ =
+        panel_.on_angle([this](int angle) { log("angle " + std::to_string(angle)); });
 };
 
 } // namespace panel_test
