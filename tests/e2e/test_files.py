@@ -95,6 +95,17 @@ def test_folder_of_broken_photos_does_not_spin(tv, content):
     assert tv.config(PLAYBACK_STATUS) == 3
 
 
+def test_broken_photos_are_waited_with_and_named_once_where_bad_files_are_passed_over(tv, content):
+    tv.configure(content={"broken_video": "skip"})
+    for number in range(2):
+        write_text(content / f"{number}.jpg")
+    player = tv.start(folder=content)
+    player.tolerate(r"still_picture", r"/PLATFORM")
+    player.log.wait("the player looks again in 2 s")
+    for number in range(2):
+        assert len(player.log.find_all(f"still picture: .*/{number}.jpg: ")) == 1
+
+
 def write_truncated_video(path, shelf):
     shelf.video(path, "red")
     os.truncate(path, 500)

@@ -20,7 +20,7 @@
 #include "key_router/key_translator.h"
 #include "log/platform_log.h"
 #include "lookahead/lookahead.h"
-#include "media_player/fruitless_rounds.h"
+#include "unplayable_files/fruitless_rounds.h"
 #include "media_player/media_system.h"
 #include "media_player/player_status.h"
 #include "panel/rotation_state.h"

@@ -10,7 +10,7 @@
 #include "lookahead/lookahead.h"
 #include "media_player/audio_choice.h"
 #include "media_player/audio_sink.h"
-#include "media_player/fruitless_rounds.h"
+#include "unplayable_files/fruitless_rounds.h"
 #include "media_player/media_system.h"
 #include "media_player/pipeline.h"
 #include "settings/settings.h"

@@ -1,5 +1,6 @@
 #include "still_picture/picture.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -9,6 +10,7 @@
 #include "settings/settings.h"
 #include "still_picture/compose.h"
 #include "still_picture/picture_status.h"
+#include "unplayable_files/fruitless_rounds.h"
 
 namespace platform {
 
@@ -24,8 +26,16 @@ StillPicture *made_last = nullptr;
 /** A photo is tried each time, whatever became of it before. */
 void note_failure(const std::string &path, const char *reason, UnplayableFile::Kind kind)
 {
-    PLATFORM_LOGW("still picture", "%s: %s", path.c_str(), reason);
-    UnplayableFiles::get().note(path, std::nullopt, reason, kind);
+    if (UnplayableFiles::get().note(path, std::nullopt, reason, kind))
+        PLATFORM_LOGW("still picture", "%s: %s", path.c_str(), reason);
+}
+
+/** Of photos alone: videos among them have their own, with waits of their own. */
+FruitlessRounds &rounds()
+{
+    // Never destroyed: a thread that hangs at a disk may outlive it.
+    static auto &those_of_photos = *new FruitlessRounds;
+    return those_of_photos;
 }
 
 } // namespace
@@ -205,10 +215,16 @@ void StillPicture::fail(pictrel_event_type_e type, pictrel_event_result_e result
 {
     if (!move_on(type == PICTREL_EVENT_PARSE ? Phase::Parsing : Phase::Decoding, Phase::Failed))
         return;
-    if (!worker_.stopping())
-        note_failure(path_, reason, kind);
+    if (worker_.stopping())
+        return;
+    note_failure(path_, reason, kind);
     reader_.reset(); // the reason went with it
-    if (worker_.wait_until(asked + FAILURE_DELAY))
+    std::chrono::milliseconds pause = FAILURE_DELAY;
+    if (Settings::get().skip_broken_videos) {
+        const uint64_t shown = plane_ ? plane_->statistics().presented : 0;
+        pause = std::max(pause, rounds().on_passed_over(path_, true, shown).pause);
+    }
+    if (worker_.wait_until(asked + pause))
         deliver(type, result);
 }
 

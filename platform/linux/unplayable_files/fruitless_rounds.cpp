@@ -1,4 +1,4 @@
-#include "media_player/fruitless_rounds.h"
+#include "unplayable_files/fruitless_rounds.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,5 +1,5 @@
 /**
- * What becomes of a list in which nothing can be played, where unplayable videos are passed over: a
+ * What becomes of a list in which nothing can be played, where unplayable files are passed over: a
  * round through it that has shown nothing ends with a wait, and each further one with one of twice
  * the length, up to a minute, so that the set is not kept busy. Any thread.
  */
@@ -17,7 +17,7 @@ namespace platform {
 class FruitlessRounds {
   public:
     struct Verdict {
-        std::chrono::milliseconds pause{0}; ///< before the video counts as played
+        std::chrono::milliseconds pause{0}; ///< before the file counts as played
         /**
          * The longest wait would be the next, after a minute of shorter ones, and in the round
          * before it a video failed for something else than what is in it: a program that starts
@@ -26,11 +26,11 @@ class FruitlessRounds {
         bool give_up = false;
     };
 
-    /** Those of this process. */
+    /** Those of videos. */
     static FruitlessRounds &get();
 
     /**
-     * A video is passed over.
+     * A file is passed over.
      *
      * @param its_own_fault it failed for what is in it
      * @param shown         pictures of anything that the screen has had so far
@@ -38,7 +38,7 @@ class FruitlessRounds {
     Verdict on_passed_over(const std::string &path, bool its_own_fault, uint64_t shown);
 
     /**
-     * Has somebody told whenever a wait begins. The call comes from the thread of the video; it
+     * Has somebody told whenever a wait begins. The call comes from the thread of the file; it
      * must not call this object. One listener at a time; an empty one ends it.
      */
     void set_listener(std::function<void()> listener);

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "media_player/fruitless_rounds.h"
+#include "unplayable_files/fruitless_rounds.h"
 
 namespace {
 
