@@ -223,7 +223,7 @@ void Playback::on_round_shown()
 
 void Playback::tell_round_over()
 {
-    stall_.on_round();
+    stall_.forgive();
     on_played();
     Lookahead *lookahead = request_.options->lookahead;
     if (looping_ && lookahead)

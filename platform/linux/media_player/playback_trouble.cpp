@@ -189,6 +189,7 @@ void Playback::check_for_stall()
     const StallWatch::Verdict verdict = stall_.check(progress, Clock::now());
     if (verdict != StallWatch::Verdict::Wait && sound_device_hangs()) {
         on_sound_device_hangs();
+        stall_.forgive();
         sound_.on_device_lost(Clock::now());
         go_silent("its sound device does not answer");
         return;

@@ -47,8 +47,8 @@ class StallWatch {
     void start(Time now);
     void stop() { due_.reset(); }
 
-    /** One that plays over and over has come to the end of a round, past whatever it stalled at. */
-    void on_round() { restarted_ = false; }
+    /** It is past whatever it stalled at, or something else was to blame. */
+    void forgive() { restarted_ = false; }
 
     /** When to check() next, if ever. */
     std::optional<Time> due() const { return due_; }

@@ -98,7 +98,7 @@ TEST_F(StallWatchTest, ARoundThatCameToItsEndLetsTheNextBeOpenedAnewAsWell)
 {
     ASSERT_EQ(look_for(10s), Stall::Restart);
 
-    watch_.on_round();
+    watch_.forgive();
 
     EXPECT_EQ(look_for(10s), Stall::Restart);
     EXPECT_EQ(look_for(10s), Stall::GiveUp);

@@ -239,6 +239,17 @@ TEST_F(StallTest, AFilmWhoseSoundDeviceHangsWhenItIsOpenedAnewGoesOnWhereItStood
     EXPECT_THAT(events(), ElementsAre("prepared"));
 }
 
+TEST_F(StallTest, AFilmWhoseSoundDeviceHungMayStallOnceLikeAnyOther)
+{
+    make_player(options_with_device_that_hangs(1));
+    ASSERT_TRUE(playing(film_for_decoders_that_hang(2)));
+
+    ASSERT_TRUE(wait_for([this] { return stalls() == 2; }));
+    const uint64_t before = shown();
+    EXPECT_TRUE(wait_for([&] { return shown() > before + 2; }));
+    EXPECT_EQ(count("completed"), 0);
+}
+
 TEST_F(StallTest, AFileThatLosesItsSoundAndHangsAllTheSameIsGivenUp)
 {
     make_player(options_with_device_that_hangs(0, true));
