@@ -267,6 +267,21 @@ class OnStick:
                               "--path_location", "usb", **options)
 
 
+def test_stick_that_hangs_is_taken_off_the_list_by_hand(tv, screen, content, tmp_path, shelf):
+    stick = tmp_path / "stick"
+    stick.mkdir()
+    shelf.video(content / "red.mp4", "red")
+    tv.configure(usb={"mounts": str(stick)})
+    player = tv.start(folder=content, **tv.breakable())
+    screen.wait_for("red")
+    tv.break_storage(dead=stick)
+    tv.tvctl("usb", "remove", str(stick))
+    player.log.wait("stick was removed")
+    tv.tvctl("usb", "add", str(stick), check=False)  # it is no folder, as far as anybody knows
+    tv.press("XF86AudioPause")
+    tv.break_storage()
+
+
 def test_disk_that_stops_the_main_loop_costs_a_start_and_no_more(tv, screen, tmp_path, shelf):
     """The player looks for its folder on USB before each item."""
     stick = tmp_path / "stick"

@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <memory>
 #include <utility>
 
 #include <sys/stat.h>
 
 #include "base/paths.h"
+#include "base/worker_thread.h"
 #include "log/platform_log.h"
 #include "lookahead/lookahead.h"
 #include "settings/settings.h"
@@ -15,6 +18,8 @@
 namespace platform {
 
 namespace {
+
+constexpr std::chrono::milliseconds LONGEST_LOOK{1000};
 
 struct State {
     UsbChanges changes;
@@ -42,6 +47,15 @@ bool is_folder(const std::string &path)
 {
     struct stat status = {};
     return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/** The same for a thread that is needed; a disk that does not answer in time has no folder. */
+bool is_folder_in_time(const std::string &path)
+{
+    const auto found = std::make_shared<std::atomic<bool>>(false);
+    WorkerThread::run_apart(
+        "stick-looker", [path, found] { *found = is_folder(path); }, LONGEST_LOOK);
+    return *found;
 }
 
 std::optional<std::vector<std::string>> mounted_devices()
@@ -117,12 +131,12 @@ void usb_keep_added_in(const std::string &file)
 bool usb_add(const std::string &path)
 {
     const std::string place = without_last_slashes(path);
-    if (place.empty() || place.front() != '/' || !is_folder(place))
+    if (place.empty() || place.front() != '/' || !is_folder_in_time(place))
         return false;
     UsbChanges &changes = state().changes;
     std::vector<std::string> &removed = changes.removed;
     removed.erase(std::remove(removed.begin(), removed.end(), place), removed.end());
-    if (!contains(usb_mount_paths(changes).value_or(std::vector<std::string>()), place))
+    if (!contains(usb_places(changes).value_or(std::vector<std::string>()), place))
         changes.added.push_back(place);
     keep_added();
     PLATFORM_LOGI("usb_storage", "%s was added", place.c_str());
@@ -136,8 +150,7 @@ bool usb_remove(const std::string &path)
     UsbChanges &changes = state().changes;
     std::vector<std::string> &added = changes.added;
     const bool was_added = contains(added, place);
-    const bool listed =
-        contains(usb_mount_paths(changes).value_or(std::vector<std::string>()), place);
+    const bool listed = contains(usb_places(changes).value_or(std::vector<std::string>()), place);
     if (!was_added && !listed)
         return false;
     added.erase(std::remove(added.begin(), added.end(), place), added.end());
