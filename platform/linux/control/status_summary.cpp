@@ -188,15 +188,13 @@ std::string joined(const std::vector<std::string> &texts)
     return all.empty() ? "none" : all;
 }
 
+/** One line for each. */
 std::string passed_over(const std::vector<UnplayableFile> &files)
 {
-    constexpr size_t MOST_NAMED = 3;
     std::string all;
-    for (size_t i = 0; i < std::min(files.size(), MOST_NAMED); ++i)
-        all += (i == 0 ? "" : "; ") + quoted(last_part(files[i].path)) + ", " +
-               visible_text(files[i].why);
-    if (files.size() > MOST_NAMED)
-        all += "; and " + std::to_string(files.size() - MOST_NAMED) + " more";
+    for (const UnplayableFile &file : files)
+        all += (all.empty() ? "" : "\n" + std::string(VALUES_BEGIN, ' ')) +
+               quoted(last_part(file.path)) + ", " + visible_text(file.why);
     return all;
 }
 
