@@ -1,11 +1,13 @@
 #include "log/log_writer.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <csignal>
 #include <ctime>
 
 #include <poll.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,8 +18,12 @@ namespace platform {
 
 namespace {
 
-// How long a line waits for a full, non-blocking destination before it is given up.
-constexpr int FULL_DESTINATION_MS = 100;
+using std::chrono::milliseconds;
+
+// How long lines wait for a full destination, all together; grows back with the tenth of the time
+// that passes. Every thread waits for the one that does, the main loop too.
+constexpr milliseconds PATIENCE{100};
+constexpr int GROWS_BACK_IN = 10;
 
 int lowest_priority()
 {
@@ -88,10 +94,34 @@ class BrokenPipeGuard {
     bool raised_ = false;
 };
 
-bool wait_for_room()
+bool is_pipe()
+{
+    struct stat status = {};
+    return fstat(STDERR_FILENO, &status) == 0 && S_ISFIFO(status.st_mode);
+}
+
+/** @return false when nothing can be written for so long */
+bool has_room(milliseconds patience)
 {
     pollfd descriptor = {STDERR_FILENO, POLLOUT, 0};
-    return poll(&descriptor, 1, FULL_DESTINATION_MS) == 1;
+    return poll(&descriptor, 1, static_cast<int>(patience.count())) != 0;
+}
+
+// Like write(), but a full pipe or socket is EAGAIN however it was opened. To make them
+// non-blocking would do the same to whoever else has them.
+ssize_t write_what_fits(std::string_view text)
+{
+    const ssize_t sent = send(STDERR_FILENO, text.data(), text.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (sent >= 0 || errno != ENOTSOCK)
+        return sent;
+    if (is_pipe()) {
+        if (!has_room(milliseconds(0))) {
+            errno = EAGAIN;
+            return -1;
+        }
+        text = text.substr(0, PIPE_BUF); // more would wait for more room
+    }
+    return write(STDERR_FILENO, text.data(), text.size());
 }
 
 } // namespace
@@ -110,30 +140,60 @@ LogWriter::LogWriter() : lowest_(lowest_priority())
 
 int LogWriter::write(int priority, const char *tag, const std::string &text)
 {
-    return write_whole(format_log_line(style_, priority, tag, getpid(), text));
+    const std::string line = format_log_line(style_, priority, tag, getpid(), text);
+    // A line may be taken in pieces, and then the lock keeps other threads' lines out of it.
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (!tell_lost() || !put(line))
+        return -1;
+    return static_cast<int>(std::min<size_t>(line.size(), INT_MAX));
 }
 
-int LogWriter::write_whole(const std::string &line)
+bool LogWriter::tell_lost()
 {
-    // One line is one write; only a full pipe or terminal takes it in pieces, and then the lock
-    // keeps other threads' lines out of it.
-    const std::lock_guard<std::mutex> lock(mutex_);
+    if (lost_ == 0)
+        return true;
+    const std::string line =
+        format_log_line(style_, DLOG_ERROR, "PLATFORM", getpid(),
+                        "log: lines lost, for want of room: " + std::to_string(lost_));
+    if (!put(cut_ ? "\n" + line : line))
+        return false;
+    lost_ = 0;
+    cut_ = false;
+    return true;
+}
+
+bool LogWriter::put(std::string_view text)
+{
     BrokenPipeGuard guard;
-    size_t done = 0;
-    while (done < line.size()) {
-        const ssize_t written = ::write(STDERR_FILENO, line.data() + done, line.size() - done);
+    const size_t size = text.size();
+    while (!text.empty()) {
+        const ssize_t written = write_what_fits(text);
         if (written > 0) {
-            done += static_cast<size_t>(written);
-        } else if (written < 0 && errno == EPIPE) {
-            guard.note_raised();
-            return -1;
-        } else if (written < 0 && (errno == EINTR || (errno == EAGAIN && wait_for_room()))) {
-            continue;
-        } else {
-            return -1;
+            text.remove_prefix(static_cast<size_t>(written));
+        } else if (written < 0 && errno == EAGAIN) {
+            // A reader that was not there in time is not waited for again until it has come.
+            if (lost_ == 0 && wait_for_room())
+                continue;
+            ++lost_;
+            cut_ = cut_ || text.size() < size;
+            return false;
+        } else if (written == 0 || errno != EINTR) {
+            if (written < 0 && errno == EPIPE)
+                guard.note_raised();
+            return false;
         }
     }
-    return done > INT_MAX ? INT_MAX : static_cast<int>(done);
+    return true;
+}
+
+bool LogWriter::wait_for_room()
+{
+    const Clock::time_point begun = Clock::now();
+    patience_ = std::min<Clock::duration>(PATIENCE, patience_ + (begun - waited_) / GROWS_BACK_IN);
+    const bool room = has_room(std::chrono::duration_cast<milliseconds>(patience_));
+    waited_ = Clock::now();
+    patience_ = std::max(Clock::duration::zero(), patience_ - (waited_ - begun));
+    return room;
 }
 
 } // namespace platform

@@ -8,8 +8,10 @@
  */
 #pragma once
 
+#include <chrono>
 #include <mutex>
 #include <string>
+#include <string_view>
 
 #include "log/log_line.h"
 
@@ -27,19 +29,30 @@ class LogWriter {
     bool wants(int priority) const { return priority >= lowest_; }
 
     /**
-     * Writes one line. A reader that went away costs the line, never the process.
+     * Writes one line. A reader that went away costs the line, never the process. So does a pipe
+     * or a socket that nobody reads, after a moment's wait; how many lines that were is the first
+     * thing written when there is room again.
      *
      * @return bytes written, or -1 when the line was lost
      */
     int write(int priority, const char *tag, const std::string &text);
 
   private:
+    using Clock = std::chrono::steady_clock;
+
     LogWriter();
-    int write_whole(const std::string &line);
+    bool tell_lost();
+    bool put(std::string_view text);
+    bool wait_for_room();
 
     LogStyle style_;
     int lowest_;
-    std::mutex mutex_;
+
+    std::mutex mutex_;      ///< guards what follows
+    unsigned int lost_ = 0; ///< lines that there was no room for, not told of yet
+    bool cut_ = false;      ///< one of them was begun
+    Clock::duration patience_{};
+    Clock::time_point waited_;
 };
 
 } // namespace platform

@@ -1,11 +1,17 @@
 #include <algorithm>
+#include <chrono>
+#include <climits>
 #include <csignal>
+#include <functional>
 #include <string>
+#include <thread>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <poll.h>
 #include <pty.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 
 #include "dlog.h"
@@ -27,11 +33,23 @@ constexpr int LEFT_OUT = 12;
 /** Where the standard error's bytes go, a few with each call, while it is there. */
 std::string *taken_in_pieces = nullptr;
 
+/** Called whenever somebody is about to wait, if there is one. */
+std::function<void()> before_a_wait;
+
 } // namespace
 
 // The linker sends the calls of this program's own objects here.
 extern "C" ssize_t __wrap_write(int descriptor, const void *bytes, size_t count);
 extern "C" ssize_t __real_write(int descriptor, const void *bytes, size_t count);
+extern "C" int __wrap_poll(pollfd *descriptors, nfds_t count, int timeout_ms);
+extern "C" int __real_poll(pollfd *descriptors, nfds_t count, int timeout_ms);
+
+int __wrap_poll(pollfd *descriptors, nfds_t count, int timeout_ms)
+{
+    if (timeout_ms != 0 && before_a_wait)
+        before_a_wait();
+    return __real_poll(descriptors, count, timeout_ms);
+}
 
 ssize_t __wrap_write(int descriptor, const void *bytes, size_t count)
 {
@@ -159,10 +177,16 @@ TEST_F(LogOutput, JournalStreamGetsLevelsAndNoColours)
     close(file);
 }
 
+/** So much that it is never full, however late this process reads it. */
+void enlarge_pipe()
+{
+    fcntl(STDERR_FILENO, F_SETPIPE_SZ, 1 << 20);
+}
+
 TEST_F(LogOutput, LongTextStaysOneLine)
 {
     const std::string text(100000, 'x');
-    Child child(probe(DLOG_INFO, text));
+    Child child(probe(DLOG_INFO, text), enlarge_pipe);
     EXPECT_EQ(child.finish(), WRITTEN);
     EXPECT_THAT(child.err_text(), EndsWith("): " + text + "\n"));
     EXPECT_EQ(std::count(child.err_text().begin(), child.err_text().end(), '\n'), 1);
@@ -181,7 +205,7 @@ TEST_F(LogOutput, ALineThatIsTakenInPiecesArrivesWhole)
 
 TEST_F(LogOutput, LinesOfSeveralThreadsDoNotMix)
 {
-    Child child({LOG_PROBE, "threads", "4", "100"});
+    Child child({LOG_PROBE, "threads", "4", "50"}, enlarge_pipe);
     EXPECT_EQ(child.finish(), 0);
 
     std::istringstream lines(child.err_text());
@@ -190,7 +214,7 @@ TEST_F(LogOutput, LinesOfSeveralThreadsDoNotMix)
         const std::string text = line.substr(line.find(": ") + 2);
         ASSERT_EQ(text, std::string(3000, text.front()));
     }
-    EXPECT_EQ(count, 400);
+    EXPECT_EQ(count, 200);
 }
 
 TEST_F(LogOutput, ReaderThatWentAwayCostsTheLineOnly)
@@ -206,6 +230,27 @@ TEST_F(LogOutput, ReaderThatWentAwayCostsTheLineOnly)
     close(broken[1]);
 }
 
+/** This process's own standard error, for as long as the object lives. */
+class OwnStandardError {
+  public:
+    explicit OwnStandardError(int descriptor) { dup2(descriptor, STDERR_FILENO); }
+    ~OwnStandardError()
+    {
+        dup2(before_, STDERR_FILENO);
+        close(before_);
+    }
+    OwnStandardError(const OwnStandardError &) = delete;
+    OwnStandardError &operator=(const OwnStandardError &) = delete;
+
+  private:
+    const int before_ = dup(STDERR_FILENO);
+};
+
+bool logged(const std::string &text)
+{
+    return __dlog_print(LOG_ID_APPS, DLOG_ERROR, "TAG", "%s", text.c_str()) > 0;
+}
+
 TEST_F(LogOutput, ABrokenPipeThatWasToldBeforeIsStillToBeHeardOfAfterALine)
 {
     sigset_t pipe_signal, before;
@@ -216,16 +261,13 @@ TEST_F(LogOutput, ABrokenPipeThatWasToldBeforeIsStillToBeHeardOfAfterALine)
     int broken[2];
     ASSERT_EQ(pipe2(broken, O_CLOEXEC), 0);
     close(broken[0]);
-    const int standard_error = dup(STDERR_FILENO);
-    dup2(broken[1], STDERR_FILENO);
-
-    EXPECT_LT(__dlog_print(LOG_ID_APPS, DLOG_INFO, "TAG", "text"), 0);
-
-    dup2(standard_error, STDERR_FILENO);
+    {
+        const OwnStandardError standard_error(broken[1]);
+        EXPECT_FALSE(logged("text"));
+    }
     const timespec no_wait = {};
     EXPECT_EQ(sigtimedwait(&pipe_signal, nullptr, &no_wait), SIGPIPE);
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    close(standard_error);
     close(broken[1]);
 }
 
@@ -235,17 +277,100 @@ TEST_F(LogOutput, ClosedStandardErrorCostsTheLineOnly)
     EXPECT_EQ(child.finish(), LOST);
 }
 
-TEST_F(LogOutput, FullNonBlockingPipeCostsTheLineOnly)
-{
-    int full[2];
-    ASSERT_EQ(pipe2(full, O_CLOEXEC | O_NONBLOCK), 0);
-    const std::string filling(4096, 'x');
-    while (write(full[1], filling.data(), filling.size()) > 0) {
+/** Both ends of something that is full: the reader's, which does not block, and the writer's. */
+class Full {
+  public:
+    enum Kind { BlockingPipe, NonBlockingPipe, StreamSocket };
+
+    explicit Full(Kind kind)
+    {
+        const bool made = kind == StreamSocket
+                              ? socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends_) == 0
+                              : pipe2(ends_, O_CLOEXEC) == 0;
+        if (!made)
+            std::abort();
+        for (const int end : ends_)
+            fcntl(end, F_SETFL, O_NONBLOCK);
+        const std::string filling(PIPE_BUF, 'x');
+        while (write(writer(), filling.data(), filling.size()) > 0) {
+        }
+        if (kind != NonBlockingPipe)
+            fcntl(writer(), F_SETFL, 0);
     }
-    Child child(probe(DLOG_INFO, "text"), [&] { dup2(full[1], STDERR_FILENO); });
-    EXPECT_EQ(child.finish(), LOST);
-    close(full[0]);
-    close(full[1]);
+    ~Full()
+    {
+        close(ends_[0]);
+        close(ends_[1]);
+    }
+    Full(const Full &) = delete;
+    Full &operator=(const Full &) = delete;
+
+    int writer() const { return ends_[1]; }
+
+    /** Takes so much out of it, or what there is. */
+    std::string read(size_t most) const
+    {
+        std::string text(most, 0);
+        const ssize_t length = ::read(ends_[0], text.data(), most);
+        text.resize(length > 0 ? static_cast<size_t>(length) : 0);
+        return text;
+    }
+
+  private:
+    int ends_[2] = {-1, -1};
+};
+
+TEST_F(LogOutput, WhatIsFullCostsTheLineOnly)
+{
+    for (const Full::Kind kind : {Full::BlockingPipe, Full::NonBlockingPipe, Full::StreamSocket}) {
+        const Full full(kind);
+        Child child(probe(DLOG_INFO, "text"), [&] {
+            dup2(full.writer(), STDERR_FILENO);
+            alarm(20); // seconds; a line that waits for ever
+        });
+        EXPECT_EQ(child.finish(), LOST) << kind;
+    }
+}
+
+TEST_F(LogOutput, ALineWaitsForAReaderThatIsLate)
+{
+    const Full full(Full::BlockingPipe);
+    const OwnStandardError standard_error(full.writer());
+    const size_t all = 1 << 20;
+    before_a_wait = [&] { full.read(all); };
+
+    EXPECT_TRUE(logged("text"));
+
+    before_a_wait = {};
+    EXPECT_THAT(full.read(all), EndsWith("): text\n"));
+}
+
+TEST_F(LogOutput, WhatIsLostIsCountedAndWaitedForOnce)
+{
+    const Full full(Full::BlockingPipe);
+    const OwnStandardError standard_error(full.writer());
+    full.read(PIPE_BUF);
+    int waits = 0;
+    before_a_wait = [&] { ++waits; };
+
+    EXPECT_FALSE(logged(std::string(size_t{2} * PIPE_BUF, 'y'))) << "half of it has room";
+    EXPECT_FALSE(logged("lost"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50)); // in which patience grows back
+    EXPECT_FALSE(logged("lost"));
+    EXPECT_EQ(waits, 1);
+    before_a_wait = {};
+    const size_t all = 1 << 20;
+    full.read(all);
+    EXPECT_TRUE(logged("text"));
+    EXPECT_TRUE(logged("more"));
+
+    std::string text = full.read(all);
+    for (size_t at = 0; (at = text.find(std::to_string(getpid()), at)) != std::string::npos;)
+        text.replace(at, std::to_string(getpid()).size(), "PID");
+    EXPECT_THAT(text, StartsWith("\nE/PLATFORM("));
+    EXPECT_THAT(text, HasSubstr("PID): log: lines lost, for want of room: 3\nE/TAG("));
+    EXPECT_THAT(text, HasSubstr("PID): text\nE/TAG("));
+    EXPECT_THAT(text, EndsWith("PID): more\n"));
 }
 
 TEST_F(LogOutput, ErrnoOfTheCallerIsLeftAlone)
