@@ -79,10 +79,10 @@ bool WorkerThread::start_locked(Hooks hooks)
     return true;
 }
 
-bool WorkerThread::post(Task task)
+bool WorkerThread::post(Task task, Hooks hooks)
 {
     const std::lock_guard<std::mutex> lock(core_->mutex);
-    if (core_->stopping || !(core_->started || start_locked({})))
+    if (core_->stopping || !(core_->started || start_locked(std::move(hooks))))
         return false;
     core_->tasks.push_back(std::move(task));
     core_->changed.notify_all();

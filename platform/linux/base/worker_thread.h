@@ -33,14 +33,18 @@ class WorkerThread {
     WorkerThread &operator=(const WorkerThread &) = delete;
 
     /**
-     * Starts the thread with hooks; one without is started by its first task.
+     * Starts the thread with hooks, before there is a task.
      *
      * @return false when there is no thread to be had, or it was started or closed before
      */
     bool start(Hooks hooks);
 
-    /** Queues a task. @return false when there is no thread to be had, or it was closed */
-    bool post(Task task);
+    /**
+     * Queues a task. The first one starts the thread, with hooks.
+     *
+     * @return false when there is no thread to be had, or it was closed
+     */
+    bool post(Task task, Hooks hooks = {});
 
     /** Sleeps in a task. @return false when the worker is to stop */
     bool wait_until(Clock::time_point time) const;

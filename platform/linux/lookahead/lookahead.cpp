@@ -121,8 +121,7 @@ bool Lookahead::post(WorkerThread::Task task)
     WorkerThread::Hooks hooks;
     hooks.next_deadline = [this] { return next_deadline(); };
     hooks.on_deadline = [this] { act_on_deadline(); };
-    thread_.start(std::move(hooks)); // the first time
-    return thread_.post(std::move(task));
+    return thread_.post(std::move(task), std::move(hooks));
 }
 
 std::optional<Lookahead::Time> Lookahead::next_deadline() const

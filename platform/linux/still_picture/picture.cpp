@@ -117,8 +117,9 @@ bool StillPicture::begin(Phase from, Phase to, void (StillPicture::*work)(Time))
         return false;
     set_phase(to);
     const Time asked = WorkerThread::Clock::now();
-    watch(); // before an event can have it destroyed
-    if (worker_.post([self = shared_from_this(), work, asked] { (self.get()->*work)(asked); }))
+    // Watched before an event can have it destroyed, and not read where nobody watches.
+    if (watch() &&
+        worker_.post([self = shared_from_this(), work, asked] { (self.get()->*work)(asked); }))
         return true;
     set_phase(from);
     PLATFORM_LOGE("still picture", "no thread for %s", path_.c_str());
@@ -126,17 +127,18 @@ bool StillPicture::begin(Phase from, Phase to, void (StillPicture::*work)(Time))
 }
 
 // A disk may never answer, and nothing else takes the show on then.
-void StillPicture::watch()
+bool StillPicture::watch()
 {
     const std::shared_ptr<StillPicture> self = shared_from_this();
     WorkerThread::Hooks hooks;
     hooks.next_deadline = [self] { return self->look_due_; };
     hooks.on_deadline = [self] { self->look_after(); };
-    watch_.start(std::move(hooks)); // the first time
-    watch_.post([self] {
-        self->standstill_ = {};
-        self->look_after();
-    });
+    return watch_.post(
+        [self] {
+            self->standstill_ = {};
+            self->look_after();
+        },
+        std::move(hooks));
 }
 
 void StillPicture::look_after()

@@ -91,7 +91,7 @@ class StillPicture : public _pictrel_s, public std::enable_shared_from_this<Stil
     };
 
     bool begin(Phase from, Phase to, void (StillPicture::*work)(Time));
-    void watch();
+    bool watch();
     void look_after();
     Size panel() const;
     void read_header(Time asked);

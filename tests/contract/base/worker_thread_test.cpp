@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include "base/worker_thread.h"
+#include "store_support/thread_shortage.h"
 
 using platform::WorkerThread;
 using namespace std::chrono_literals;
@@ -164,6 +165,25 @@ TEST(WorkerThread, KeepsAliveWhatItsHooksHold)
     worker.wait_for_end({});
 
     EXPECT_TRUE(alive.expired());
+}
+
+TEST(WorkerThread, TheTaskThatStartsItBringsTheHooks)
+{
+    WorkerThread worker("test");
+    std::promise<void> called;
+    std::optional<WorkerThread::Clock::time_point> deadline = WorkerThread::Clock::now();
+    WorkerThread::Hooks hooks;
+    hooks.next_deadline = [&] { return deadline; };
+    hooks.on_deadline = [&] {
+        deadline.reset();
+        called.set_value();
+    };
+    store_test::threads_left = 0;
+    EXPECT_FALSE(worker.post([] { FAIL() << "there is no thread"; }, hooks));
+
+    EXPECT_TRUE(worker.post([] {}, hooks));
+
+    EXPECT_EQ(called.get_future().wait_for(40s), std::future_status::ready);
 }
 
 TEST(WorkerThread, WhatRunsApartIsWaitedForAndLetsGoOfWhatItHoldsWhereItRan)

@@ -12,6 +12,7 @@
 
 #include "lookahead/lookahead.h"
 #include "store_support/scratch.h"
+#include "store_support/thread_shortage.h"
 
 namespace {
 
@@ -326,6 +327,16 @@ TEST_F(LookaheadTest, ItIsLetGoOfWhereTheItemStaysPastItsEnd)
     lookahead_.on_end_expected("/a.jpg", MOMENT);
 
     EXPECT_THAT(calls_with("drop video"), ElementsAre("video /b.mp4 ", "drop video"));
+}
+
+TEST_F(LookaheadTest, AnEndThatIsKnownIsNotMissedWhereTheFirstThreadWasNotToBeHad)
+{
+    store_test::threads_left = 0;
+    begin("/a.jpg");
+
+    lookahead_.on_end_expected("/a.jpg", 10 * MOMENT);
+
+    EXPECT_THAT(calls_with("video /b.mp4 "), Contains("video /b.mp4 "));
 }
 
 TEST_F(LookaheadTest, WhatBreaksInOnAPhotoThatIsHeldIsNotExpectedTheNextTime)

@@ -1,35 +1,14 @@
 // A machine that has no thread to give loses a video, a subtitle or some time, and goes on.
 
-#include <cerrno>
-
-#include <dlfcn.h>
-#include <pthread.h>
-
 #include <gmock/gmock.h>
 
 #include "base/worker_thread.h"
 #include "player_fixture.h"
+#include "store_support/thread_shortage.h"
 
+using store_test::threads_left;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-namespace {
-
-/** How many threads may still be made before one is refused; negative: all. */
-std::atomic<int> threads_left{-1};
-
-} // namespace
-
-/** Stands before the C library's own, and refuses one thread when the test wants it. */
-extern "C" int pthread_create(pthread_t *thread, const pthread_attr_t *attributes,
-                              void *(*function)(void *), void *argument)
-{
-    using Create = int (*)(pthread_t *, const pthread_attr_t *, void *(*)(void *), void *);
-    static const auto create = reinterpret_cast<Create>(dlsym(RTLD_NEXT, "pthread_create"));
-    if (threads_left >= 0 && threads_left-- == 0)
-        return EAGAIN;
-    return create(thread, attributes, function, argument);
-}
 
 namespace player_test {
 namespace {

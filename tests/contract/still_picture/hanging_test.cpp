@@ -9,6 +9,7 @@
 #include "still_picture/picture_ahead.h"
 #include "still_picture/picture_test.h"
 #include "store_support/captured_log.h"
+#include "store_support/thread_shortage.h"
 
 namespace platform_test {
 namespace {
@@ -156,6 +157,17 @@ TEST_F(AHangingDisk, FailsToParse)
     EXPECT_EQ(why_unplayable(file("a.jpg")),
               std::pair(platform::UnplayableFile::Kind::TooSlow, std::string("its reading hangs")));
     EXPECT_LT(pictrel_decode(picture_, 0), 0);
+}
+
+TEST_F(AHangingDisk, IsNotReadWithoutAThreadThatWatches)
+{
+    hang_after(0);
+    open_impatiently();
+    store_test::threads_left = 0;
+    EXPECT_LT(pictrel_parse(picture_), 0);
+
+    EXPECT_EQ(pictrel_parse(picture_), 0);
+    EXPECT_THAT(application_.events(1), ElementsAre(PARSE_FAILED));
 }
 
 TEST_F(AHangingDisk, FailsToDecodeAndTellsNothingWhenItAnswersAfterAll)
