@@ -260,7 +260,23 @@ std::optional<PlayedItem> Lookahead::follower_of(const std::string &path)
         if (std::optional<PlayedItem> next = history_.after(path))
             return next;
     }
-    return environment_.next_in_folder(path);
+    return look_into_folder(path);
+}
+
+// The disk may not answer, and other tasks of the thread must not wait for it.
+std::optional<PlayedItem> Lookahead::look_into_folder(const std::string &path)
+{
+    if (!folder_look_.expired())
+        return std::nullopt;
+    const auto found = std::make_shared<std::optional<PlayedItem>>();
+    folder_look_ = found;
+    const auto look = [found, path, next_in_folder = environment_.next_in_folder] {
+        *found = next_in_folder(path);
+    };
+    if (WorkerThread::run_apart("folder-look", look, environment_.folder_patience))
+        return *found;
+    PLATFORM_LOGW("lookahead", "the disk does not answer; nothing is opened ahead of it");
+    return std::nullopt;
 }
 
 // What has been begun is its service's own; asked to drop it, it finds nothing.

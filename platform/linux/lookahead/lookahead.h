@@ -5,13 +5,15 @@
  * A photo that follows itself is left alone: it stands.
  *
  * One item is open ahead at a time, for the few seconds around the end of the present one, and none
- * while memory is short. Any thread; nothing blocks.
+ * while memory is short. Any thread; nothing blocks. Its own thread waits for a disk that does not
+ * answer for a moment only.
  */
 #pragma once
 
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -34,6 +36,7 @@ class Lookahead {
 
     /** What is looked at, and when; tests have their own. */
     struct Environment {
+        /** On a thread of its own, one at a time; may hang. */
         std::function<std::optional<PlayedItem>(const std::string &path)> next_in_folder;
         std::function<int64_t()> available_memory_kb;
         /** What this process has for itself. Asked for when there is a listener to its growth. */
@@ -42,6 +45,8 @@ class Lookahead {
         std::function<int()> hanging_threads = [] { return platform::hanging_threads(); };
         /** How long before an end that is expected the next item is opened. */
         std::chrono::milliseconds lead{4000};
+        /** How long the folder may take to say what comes next. */
+        std::chrono::milliseconds folder_patience{2000};
         /** From one look at the memory to the next while an item is open. */
         std::chrono::milliseconds memory_interval{1000};
     };
@@ -102,6 +107,7 @@ class Lookahead {
     void expect_end(const std::string &path, Time end);
     void look_at_memory(Time now);
     std::optional<PlayedItem> follower_of(const std::string &path);
+    std::optional<PlayedItem> look_into_folder(const std::string &path);
     void open_after(const std::string &path);
     bool is_latest(const std::string &path);
     void drop_unless(const std::string &path);
@@ -127,6 +133,7 @@ class Lookahead {
     std::optional<Time> opening_;     ///< when its end is near
     std::optional<Time> giving_up_;   ///< when it has stayed too long
     bool shortage_logged_ = false;
+    std::weak_ptr<void> folder_look_; ///< for as long as that takes
     MemoryGrowth growth_;
     WorkerThread thread_{"lookahead"};
 };

@@ -383,6 +383,40 @@ TEST_F(LookaheadTest, AServiceThatOpensNothingAheadIsNotAsked)
     EXPECT_THAT(calls(), IsEmpty());
 }
 
+TEST_F(LookaheadTest, AFolderThatHangsHoldsUpNothingAndIsAskedAgainWhenItHasAnswered)
+{
+    std::promise<void> answer;
+    const auto asked = std::make_shared<std::atomic<int>>(0);
+    Lookahead::Environment with_hanging_folder = environment();
+    with_hanging_folder.next_in_folder = [asked, answered = answer.get_future().share()](
+                                             const std::string &) -> std::optional<PlayedItem> {
+        ++*asked;
+        answered.wait();
+        return PlayedItem{"/b.mp4", {}};
+    };
+    with_hanging_folder.folder_patience = MOMENT;
+    Lookahead lookahead(std::move(with_hanging_folder));
+    record_openings(lookahead);
+    std::promise<void> grown;
+    lookahead.set_growth_listener([&] { grown.set_value(); });
+    hanging_ = 4;
+
+    lookahead.on_begun({"/a.mp4", {}});
+    for (int round = 0; round < 3; ++round) {
+        lookahead.on_nearly_over("/a.mp4");
+        lookahead.on_round("/a.mp4");
+    }
+    EXPECT_EQ(grown.get_future().wait_for(std::chrono::seconds(20)), std::future_status::ready);
+    EXPECT_EQ(*asked, 1);
+
+    answer.set_value();
+    EXPECT_TRUE(wait_until([&] {
+        lookahead.on_nearly_over("/a.mp4");
+        lookahead.wait_until_done();
+        return !calls().empty();
+    }));
+}
+
 TEST_F(LookaheadTest, TheFolderIsReadAsThePlayerReadsIt)
 {
     const store_test::ScratchDir folder;
