@@ -46,13 +46,6 @@ std::string small_text(const std::string &path)
     return read_regular_file(path, LONGEST_TEXT, text) == 0 ? text : std::string();
 }
 
-bool sync_folder(const std::string &folder)
-{
-    const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    // Some file systems cannot sync a directory and say so; they have nothing to sync then.
-    return directory && (fsync(directory.number()) == 0 || errno == EINVAL || errno == EROFS);
-}
-
 // Takes a temporary file away when the writing itself does not get to its end.
 class TemporaryFile {
   public:
@@ -203,16 +196,23 @@ bool ConfigFiles::holds_nothing(const std::string &key) const
     return rubbish;
 }
 
-bool ConfigFiles::make_folder(const std::string &key)
+bool ConfigFiles::sync_folder(const std::string &folder)
 {
-    if (!make_folders(key))
+    const Descriptor directory(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // Some file systems cannot sync a directory and say so; they have nothing to sync then.
+    return directory && (fsync(directory.number()) == 0 || errno == EINVAL || errno == EROFS);
+}
+
+bool ConfigFiles::make_folder(const std::string &key, const Sync &sync)
+{
+    if (!make_folders(key, sync))
         return false;
     if (!survives(key))
         note_boot();
     return true;
 }
 
-bool ConfigFiles::make_folders(const std::string &key) const
+bool ConfigFiles::make_folders(const std::string &key, const Sync &sync) const
 {
     const std::string wanted = folder(key);
     struct stat status = {};
@@ -223,7 +223,7 @@ bool ConfigFiles::make_folders(const std::string &key) const
     for (size_t slash = wanted.find('/', 1);; slash = wanted.find('/', slash + 1)) {
         const std::string part = wanted.substr(0, slash);
         if (mkdir(part.c_str(), 0755) == 0) {
-            if (survives(key) && !sync_folder(part.substr(0, part.rfind('/') + 1)))
+            if (survives(key) && !sync(part.substr(0, part.rfind('/') + 1)))
                 return false;
         } else if (const int reason = errno; stat(part.c_str(), &status) != 0) {
             errno = reason;

@@ -5,6 +5,7 @@
  */
 #pragma once
 
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -74,13 +75,22 @@ class ConfigFiles {
     std::string path(const std::string &key) const;
     std::string folder(const std::string &key) const;
 
-    /** Makes a key's folder. @return false with errno set. */
-    bool make_folder(const std::string &key);
+    /** Brings to the medium what stands in a folder. @return false with errno set */
+    using Sync = std::function<bool(const std::string &folder)>;
+    static bool sync_folder(const std::string &folder);
+
+    /**
+     * Makes a key's folder.
+     *
+     * @param sync called for each folder in which one was made that is to outlast a power cut
+     * @return false with errno set
+     */
+    bool make_folder(const std::string &key, const Sync &sync = sync_folder);
 
   private:
     enum class Outcome { Done, Again, Failed };
 
-    bool make_folders(const std::string &key) const;
+    bool make_folders(const std::string &key, const Sync &sync) const;
     void note_boot();
     Outcome write_once(const std::string &key, int value);
     bool rewrite_unchanged(const std::string &key, int value) const;

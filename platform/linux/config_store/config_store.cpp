@@ -1,6 +1,8 @@
 #include "config_store.h"
 
+#include <cerrno>
 #include <condition_variable>
+#include <cstring>
 #include <functional>
 #include <map>
 #include <memory>
@@ -56,10 +58,12 @@ class ConfigStore {
 
     ConfigStore()
         : files_(platform::Settings::get().state_dir, platform::Settings::get().runtime_dir),
-          surviving_files_(files_), watcher_(files_)
+          surviving_files_(files_),
+          watcher_(files_, [this](const std::string &folder) { return sync_later(folder); })
     {
     }
 
+    bool sync_later(const std::string &folder);
     bool write_surviving(const std::string &key, int value);
     bool bring_to_medium(const std::string &key, uint64_t number);
 
@@ -92,6 +96,19 @@ bool ConfigStore::write(const std::string &key, int value)
 {
     return platform::ConfigFiles::survives(key) ? write_surviving(key, value)
                                                 : files_.write(key, value);
+}
+
+// Before any key is written that the new folder in it will hold.
+bool ConfigStore::sync_later(const std::string &folder)
+{
+    const auto sync = [folder] {
+        const bool synced = platform::ConfigFiles::sync_folder(folder);
+        if (!synced)
+            PLATFORM_LOGW("config_store", "%s could not be synced: %s", folder.c_str(),
+                          std::strerror(errno));
+        return synced;
+    };
+    return writer_.post(sync) || sync();
 }
 
 // A medium that takes long must not hold up the main loop. The caller learns what becomes of its

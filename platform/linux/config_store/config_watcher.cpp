@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include <sys/inotify.h>
@@ -44,7 +45,10 @@ bool ConfigWatcher::Trace::operator!=(const Trace &other) const
            changed.tv_sec != other.changed.tv_sec || changed.tv_nsec != other.changed.tv_nsec;
 }
 
-ConfigWatcher::ConfigWatcher(ConfigFiles &files) : files_(files) {}
+ConfigWatcher::ConfigWatcher(ConfigFiles &files, ConfigFiles::Sync sync)
+    : files_(files), sync_(std::move(sync))
+{
+}
 
 bool ConfigWatcher::add(const std::string &key, Owner owner, Callback callback)
 {
@@ -63,7 +67,7 @@ bool ConfigWatcher::add(const std::string &key, Owner owner, Callback callback)
         job_.reset(ecore_job_add(on_job, this));
     const std::string prefix = prefix_of(key);
     Folder &folder = folders_[prefix];
-    if (folder.watch < 0 && !(files_.make_folder(prefix) && watch(prefix, folder)))
+    if (folder.watch < 0 && !(files_.make_folder(prefix, sync_) && watch(prefix, folder)))
         return fail(files_.folder(prefix));
     Registration &added = registrations_[next_registration_++];
     added = {key, owner, std::move(callback), 0};
@@ -236,7 +240,7 @@ void ConfigWatcher::rewatch_lost()
             continue;
         }
         const bool named = is_named(prefix);
-        const bool watched = (!named || files_.make_folder(prefix)) && watch(prefix, folder);
+        const bool watched = (!named || files_.make_folder(prefix, sync_)) && watch(prefix, folder);
         const std::string path = files_.folder(prefix);
         if (watched)
             PLATFORM_LOGI("config_store", "watching %s again", path.c_str());

@@ -33,8 +33,11 @@ class ConfigWatcher {
     using Owner = const void *;
     using Callback = std::function<void(const std::string &key)>;
 
-    /** @param files the store; must outlive the watcher */
-    explicit ConfigWatcher(ConfigFiles &files);
+    /**
+     * @param files the store; must outlive the watcher
+     * @param sync  called for a folder in which the watcher has made one
+     */
+    explicit ConfigWatcher(ConfigFiles &files, ConfigFiles::Sync sync = ConfigFiles::sync_folder);
     ConfigWatcher(const ConfigWatcher &) = delete;
     ConfigWatcher &operator=(const ConfigWatcher &) = delete;
 
@@ -103,6 +106,7 @@ class ConfigWatcher {
     static Eina_Bool on_retry(void *data);
 
     ConfigFiles &files_;
+    const ConfigFiles::Sync sync_;
     Descriptor inotify_;
     FdHandlerPtr handler_;
     JobPtr job_;

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -35,19 +36,32 @@ class Medium {
     {
         const std::lock_guard<std::mutex> lock(mutex_);
         held_ = held;
+        main_loop_came_ = false;
         changed_.notify_all();
+    }
+
+    /** Whether the main loop would have been held up. */
+    bool main_loop_came()
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return main_loop_came_;
     }
 
     void pass()
     {
         std::unique_lock<std::mutex> lock(mutex_);
-        changed_.wait(lock, [this] { return !held_; });
+        if (held_ && std::this_thread::get_id() == main_loop_)
+            main_loop_came_ = true;
+        else
+            changed_.wait(lock, [this] { return !held_; });
     }
 
   private:
     std::mutex mutex_;
     std::condition_variable changed_;
+    const std::thread::id main_loop_ = std::this_thread::get_id();
     bool held_ = false;
+    bool main_loop_came_ = false;
 } medium;
 
 std::string name_of(const fs::path &path)
@@ -214,6 +228,26 @@ TEST_F(SlowMedium, ThatFailsInTheEndLeavesTheOldValue)
     EXPECT_THAT(log_.text(), HasSubstr("a could not be written: Input/output error"));
 
     EXPECT_EQ(vconf_set_int(key("a"), 3), -1) << "it answers in time again";
+}
+
+TEST_F(SlowMedium, DoesNotHoldUpWhoWatchesAFolderThatIsGone)
+{
+    const std::string name = key("away/c");
+    const fs::path folder = fs::path(path(name)).parent_path();
+    const auto nothing = [](keynode_t *, void *) {};
+    EXPECT_EQ(vconf_notify_key_changed(name.c_str(), nothing, nullptr), 0);
+    fs::remove(folder);
+    EXPECT_TRUE(store_test::run_loop_until([&] { return fs::exists(folder); }));
+    EXPECT_FALSE(medium.main_loop_came());
+
+    medium.set_held(false);
+    EXPECT_EQ(vconf_set_int(name.c_str(), 1), 0);
+    EXPECT_TRUE(platform::finish_writes());
+    const std::string sync_above = "sync " + folder.parent_path().filename().string();
+    EXPECT_THAT(done, ElementsAre("sync new", "rename new to a", sync_above, sync_above, sync_above,
+                                  "sync new", "rename new to c", "sync away"))
+        << "each time it was made, and before a key stands in it";
+    EXPECT_EQ(vconf_ignore_key_changed(name.c_str(), nothing), 0);
 }
 
 TEST_F(SlowMedium, IsWaitedForAtTheEndButNotForEver)
