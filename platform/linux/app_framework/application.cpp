@@ -124,9 +124,12 @@ int Application::launch(const Extras &extras)
     if (!quit_asked_)
         elm_run();
     phase_ = Phase::Ending;
+    // The timer tells nothing any more, and each part of the end may take its time.
+    ServiceManager::get().tell_alive();
     PLATFORM_LOGI(SERVICE, "ending");
     if (callbacks_.terminate)
         callbacks_.terminate(user_data_);
+    ServiceManager::get().tell_alive();
     freeze_timers();
     return exit_status_;
 }
@@ -201,7 +204,6 @@ void Application::stop_services()
     window_.reset();
     keys_.reset();
     instance_.reset();
-    // What has ended before may have taken its time as well.
     ServiceManager::get().tell_alive();
     finish_writes();
 }

@@ -9,6 +9,7 @@
 namespace desktop_test {
 namespace {
 
+using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
@@ -53,6 +54,22 @@ TEST_F(WatchedApplicationTest, IsSilentWhileItsMainLoopStands)
 
     app->say("go on");
     EXPECT_EQ(app->finish(), 0) << app->errors();
+}
+
+TEST_F(WatchedApplicationTest, IsAliveAtEachStepOfItsEnd)
+{
+    const std::string begging = "EXTEND_TIMEOUT_USEC=600000000"; // too far off for the timer
+    auto app = start({}, {{"TEST_SLOW_TERMINATE", "1"},
+                          {"TEST_QUIT_IN_CONTROL", "1"},
+                          {"WATCHDOG_USEC", "600000000"}});
+    ASSERT_TRUE(app->hears("terminate"));
+    EXPECT_THAT(manager_.told(), ElementsAre(begging)) << "before the application ends";
+
+    app->say("go on");
+
+    EXPECT_EQ(app->finish(), 0) << app->errors();
+    EXPECT_THAT(manager_.told(), ElementsAre(begging, begging))
+        << "before the services end, and before what is not written is waited for";
 }
 
 TEST_F(WatchedApplicationTest, WaitsAfterPlayersThatEndedSoon)
