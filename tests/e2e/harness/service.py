@@ -38,14 +38,14 @@ class Service:
     def __init__(self, tv, folder, prefix=(), **environment):
         unit = settings()
         assert (unit["Type"], unit["Restart"]) == ("notify", "always")
-        self._silence_s = seconds(unit["WatchdogSec"])
-        self._pause_s = seconds(unit["RestartSec"])
+        self.silence_s = seconds(unit["WatchdogSec"])
+        self.pause_s = seconds(unit["RestartSec"])
         self._tv = tv
         self._folder = folder
         self._prefix = (*prefix, *WATCHED)
         address = os.path.join(tv.screen.folder, "notify")
         self._environment = {**environment, "NOTIFY_SOCKET": address,
-                             "WATCHDOG_USEC": str(round(self._silence_s * 1e6))}
+                             "WATCHDOG_USEC": str(round(self.silence_s * 1e6))}
         self._socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM)
         self._socket.setsockopt(socket.SOL_SOCKET, socket.SO_PASSCRED, 1)
         self._socket.settimeout(0.02)
@@ -55,8 +55,7 @@ class Service:
         self._thread = threading.Thread(target=self._run, daemon=True)
         self.lives = []   # the players, in their order
         self.states = []  # of each: what it told, and when
-        self._began = []  # of each: when it was started
-        self._over = []   # of each but the last: when its end was noticed
+        self.began = []   # of each: when it was started
 
     def __enter__(self):
         self._thread.start()
@@ -72,14 +71,13 @@ class Service:
     def _run(self):
         while not self._ended.is_set():
             self.states.append([])
-            self._began.append(time.monotonic())
+            self.began.append(time.monotonic())
             self.lives.append(self._tv.start(folder=self._folder, prefix=self._prefix,
                                              **self._environment))
             while self.lives[-1].running() and not self._ended.is_set():
                 self._listen()
                 self._watch()
-            self._over.append(time.monotonic())
-            self._ended.wait(self._pause_s)
+            self._ended.wait(self.pause_s)
 
     def _listen(self):
         try:
@@ -96,7 +94,7 @@ class Service:
         since = self._watching_since
         if since is None or not self.ready():
             return
-        if time.monotonic() - max(since, self.states[-1][-1][0]) > self._silence_s:
+        if time.monotonic() - max(since, self.states[-1][-1][0]) > self.silence_s:
             self._watching_since = None
             for number in (signal.SIGABRT, signal.SIGCONT):
                 self.lives[-1].process.send_signal(number)
@@ -120,14 +118,3 @@ class Service:
         """Waits until this life's picture is on the screen."""
         wait_until(lambda: len(self.lives) > life, f"player {life}")
         self.wait_told("READY", life=life)
-
-    def _ready_at(self, life):
-        return next(when for when, line in self.states[life] if line.startswith("READY"))
-
-    def start_s(self, life):
-        """Seconds from a player's start to its picture."""
-        return self._ready_at(life) - self._began[life]
-
-    def gap_s(self, life):
-        """Seconds from the end of the player before this one to its picture."""
-        return self._ready_at(life) - self._over[life - 1]
