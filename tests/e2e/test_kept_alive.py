@@ -6,8 +6,9 @@ import time
 
 import pytest
 
+from harness.faults import times
 from harness.player import GROW, STAND
-from harness.service import Service
+from harness.service import Service, settings
 from harness.waiting import wait_until
 
 
@@ -21,9 +22,11 @@ def test_service_is_ready_when_its_first_picture_is_there(tv, screen, content, s
     tv.configure(content={"broken_video": "skip"})
     film = content / "film.mp4"
     film.write_bytes(b"no film")
-    with Service(tv, content) as service:
+    with Service(tv, content, changed={"TimeoutStartSec": "3"}) as service:
         service.lives[0].log.wait("film.mp4 cannot be played")
-        service.wait_told("EXTEND_TIMEOUT_USEC", count=2)
+        service.watch()
+        service.wait_told("EXTEND_TIMEOUT_USEC", count=6)
+        service.watch(False)
         assert not service.ready()
 
         shelf.video(film, "red")
@@ -97,6 +100,37 @@ def test_picture_comes_back(tv, screen, content, shelf, end):
         assert len(service.lives) == 2
         silence_s = service.silence_s if end in (stand, stop) else 0
         assert again - fault < silence_s + soon_s(service, first)
+
+
+def test_start_that_stands_before_its_first_picture_is_given_up(tv, screen, content, shelf):
+    shelf.video(content / "red.mp4", "red")
+    tv.break_storage(dead=content)
+    patience = times("2", settings()["TimeoutStartSec"])
+    with Service(tv, content, changed={"TimeoutStartSec": patience}, **tv.breakable()) as service:
+        service.lives[0].log.wait("m_CreatePlayList")
+        service.watch()
+        assert service.lives[0].wait_end() == -signal.SIGKILL
+        assert not service.ready(life=0)
+
+        tv.break_storage()
+        service.wait_back(life=1)
+        wait_shown(screen, "red")
+
+
+def test_crash_loop_leaves_the_screen_dark_for_no_longer_than_a_start_waits(tv, screen, content, shelf):
+    """Each life ends as soon as it has a picture. The next one waits a little longer, 8 s at most."""
+    shelf.video(content / "red.mp4", "red")
+    crashes = times(3, 8)
+    with screen.record() as recorder, Service(tv, content) as service:
+        first, = wait_comings(recorder, 1)
+        darkest_s = 0
+        for life in range(crashes):
+            crashed = time.monotonic()
+            service.lives[life].process.kill()
+            darkest_s = max(darkest_s, wait_comings(recorder, life + 2)[-1] - crashed)
+        assert len(service.lives) == crashes + 1
+        longest_wait_s = min(8, 0.25 * 2 ** (crashes - 2))
+        assert darkest_s < longest_wait_s + soon_s(service, first)
 
 
 def test_player_that_has_grown_is_started_anew_between_two_items(tv, screen, content, shelf):

@@ -35,9 +35,12 @@ def seconds(text):
 class Service:
     """A player that is kept alive as long as the block lasts."""
 
-    def __init__(self, tv, folder, prefix=(), **environment):
-        unit = settings()
+    def __init__(self, tv, folder, prefix=(), changed=None, **environment):
+        """`changed` has those of the unit's values that are others here."""
+        unit = {**settings(), **(changed or {})}
         assert (unit["Type"], unit["Restart"]) == ("notify", "always")
+        self._start_s = seconds(unit["TimeoutStartSec"])
+        self._stop_s = seconds(unit["TimeoutStopSec"])
         self.silence_s = seconds(unit["WatchdogSec"])
         self.pause_s = seconds(unit["RestartSec"])
         self._tv = tv
@@ -51,6 +54,7 @@ class Service:
         self._socket.settimeout(0.02)
         self._socket.bind(address)
         self._watching_since = None
+        self._kill_at = None
         self._ended = threading.Event()
         self._thread = threading.Thread(target=self._run, daemon=True)
         self.lives = []   # the players, in their order
@@ -70,6 +74,7 @@ class Service:
 
     def _run(self):
         while not self._ended.is_set():
+            self._kill_at = None
             self.states.append([])
             self.began.append(time.monotonic())
             self.lives.append(self._tv.start(folder=self._folder, prefix=self._prefix,
@@ -91,18 +96,27 @@ class Service:
             self.states[-1] += [(now, line) for line in text.decode().splitlines()]
 
     def _watch(self):
-        since = self._watching_since
-        if since is None or not self.ready():
-            return
-        if time.monotonic() - max(since, self.states[-1][-1][0]) > self.silence_s:
+        now, since = time.monotonic(), self._watching_since
+        if self._kill_at and now > self._kill_at:
+            self.lives[-1].process.send_signal(signal.SIGKILL)
+        elif since is not None and now > self._bears_until(max(since, self.began[-1])):
             self._watching_since = None
-            for number in (signal.SIGABRT, signal.SIGCONT):
+            self._kill_at = now + self._stop_s
+            for number in (signal.SIGABRT, signal.SIGCONT) if self.ready() else (signal.SIGTERM,):
                 self.lives[-1].process.send_signal(number)
 
-    def watch(self):
-        """Ends the next player that is silent for too long. Not before it is told to, for a busy
-        machine may keep a good one silent for as long."""
-        self._watching_since = time.monotonic()
+    def _bears_until(self, since):
+        """When the player has been silent, or without a picture, for too long."""
+        if self.ready():
+            return max(since, self.states[-1][-1][0]) + self.silence_s
+        asked = [when + int(line.partition("=")[2]) / 1e6 for when, line in self.states[-1]
+                 if line.startswith("EXTEND_TIMEOUT_USEC=")]
+        return max([since + self._start_s, *asked])
+
+    def watch(self, on=True):
+        """Ends the next player that is silent, or starts, for too long. Not before it is told to, for a
+        busy machine may keep a good one silent for as long."""
+        self._watching_since = time.monotonic() if on else None
 
     def told(self, state, life=-1):
         """How often a player has told this; it may have a value."""
