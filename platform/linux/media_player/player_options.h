@@ -10,11 +10,11 @@
 #include "lookahead/lookahead.h"
 #include "media_player/audio_choice.h"
 #include "media_player/audio_sink.h"
-#include "unplayable_files/fruitless_rounds.h"
 #include "media_player/media_system.h"
 #include "media_player/pipeline.h"
 #include "settings/settings.h"
 #include "subtitles/subtitle_track.h"
+#include "unplayable_files/fruitless_rounds.h"
 #include "unplayable_files/unplayable_files.h"
 
 namespace platform {
