@@ -1,5 +1,6 @@
 """Files as they are found in shops: broken, misnamed, half copied, and named by anybody."""
 
+import itertools
 import os
 
 import pytest
@@ -144,6 +145,13 @@ def test_broken_videos_are_passed_over_where_the_set_says_so(tv, screen, content
     # Before the first picture the screen is the compositor's.
     assert "black" not in seen[1:], seen
     assert set(seen) - {"black"} == {"red", "green"}, seen
+    shown = [(when, name) for when, name in recorder.changes if name in ("red", "green")]
+    came = [when for (_, before), (when, name) in itertools.pairwise([(0, None), *shown]) if name != before]
+    film_s = max(ended - began for (began, _), (ended, _) in zip(
+        player.log.find_all(r"OnPlayVideo\(\d+\) > .*/(red|green).mp4"), player.log.find_all("has come to its end")))
+    # A round is both films and half a second at most for each of the others. On a busy machine all of it
+    # together may take a film longer.
+    assert max(came[2] - came[0], came[3] - came[1]) < 3 * film_s + 0.5 * len(bad), (came, film_s)
     assert tv.status()["passed_over"].keys() == {str(path) for path in bad.values()}
     told = [match.group(1) for _, match in player.log.find_all(r"/([^/]+) cannot be played: ")]
     assert sorted(told) == sorted(path.name for path in bad.values()), "each is told of once"
