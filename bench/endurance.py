@@ -273,6 +273,8 @@ def play(build, folder, name, count):
         except (AssertionError, LookupError, OSError, RuntimeError, ValueError) as trouble:
             traceback.print_exc()
             problems.append(f"{name}, after {samples[-1]['step'] if samples else 0}: {trouble}")
+            problems += [f"{name}: player {number} ended with status {player.process.returncode}"
+                         for number, player in enumerate(tv.players) if not player.running()]
             screen.save(OUT / f"{name}.png")
         finally:
             problems += [f"{name}: {problem}" for problem in summed_up(tv.finish())]
