@@ -271,6 +271,12 @@ TEST_F(BadFile, AFileThatIsRubbishFromTheMiddleOnIsCompleted)
     }
 }
 
+TEST(PlayerPatience, IsShorterWithAFilmThatStallsThanWithOneThatBegins)
+{
+    EXPECT_EQ(platform::PlayerOptions{}.stall_patience, std::chrono::seconds(10));
+    EXPECT_EQ(platform::PlayerOptions{}.first_frame_timeout, std::chrono::seconds(15));
+}
+
 TEST_F(BadFile, AFirstFrameThatNeverComesIsAnErrorAfterAWhile)
 {
     platform::PlayerOptions options;
