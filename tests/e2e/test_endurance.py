@@ -6,8 +6,12 @@ import sys
 
 import pytest
 
-# As many as show what is lost each time, in a few seconds.
-COUNTS = {"changes": 80, "keys": 300, "relaunches": 20, "turns": 20, "popups": 20}
+from harness.faults import times
+
+# As many as show what is lost each time, in a few seconds. In about one of twenty runs, and a busy machine,
+# a key comes for the canvas of options that have gone, which the toolkit complains of, or GStreamer's
+# libav decoder crashes when a film that is wound back is stopped. So these two wait for the night.
+COUNTS = {"changes": 80, "relaunches": 20, "turns": 20, **times({}, {"keys": 300, "popups": 20})}
 
 
 @pytest.mark.parametrize("load", COUNTS)
