@@ -3,6 +3,7 @@
 import os
 import signal
 import subprocess
+import time
 
 import dbus
 import dbus.lowlevel
@@ -228,7 +229,9 @@ def test_another_user_is_turned_away(tv, screen, films):
     assert player.running()
 
 
-def test_flood_of_messages_does_not_stop_the_show(tv, screen, films):
+def test_flood_of_calls_that_wait_for_no_answer_does_not_stop_the_show(tv, screen, films):
+    """10,000 at a time, as fast as the bus takes them. How fast that is depends on the machine; it is
+    printed, and nothing is held against it."""
     # A sanitizer keeps what is freed.
     checks = os.environ.get("ASAN_OPTIONS", "") + ":quarantine_size_mb=1"
     player = tv.start(folder=films, ASAN_OPTIONS=checks.lstrip(":"))
@@ -241,14 +244,16 @@ def test_flood_of_messages_does_not_stop_the_show(tv, screen, films):
                  call("Control", "Key", "i", (1,)),
                  call("Nobody", "Nothing", "", ())]
         floods = times(1, 60)
+        began = time.monotonic()
         for _ in range(floods):
             for number in range(10000):
                 # A copy: the bus passes on no call twice while it is unanswered.
                 bus.send_message(flood[number % len(flood)].copy())
             bus.flush()
+        print(f"{floods * 10000 / (time.monotonic() - began):.0f} calls a second")
         screen.key("Right")
         screen.wait_for(other)
-        # All of them have arrived, and are over. As long as some wait for a status nobody else gets one.
+        # All that were sent have arrived, and are over. As long as some wait for a status nobody else gets one.
         player.log.wait("Key refused", count=floods * 2500, deadline_s=300 * floods)
         wait_until(lambda: tv.tvctl("status", check=False).returncode == 0, "a status")
         wait_playing(tv, other)
