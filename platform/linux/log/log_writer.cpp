@@ -22,7 +22,7 @@ using std::chrono::milliseconds;
 
 // How long lines wait for a full destination, all together; grows back with the tenth of the time
 // that passes. Every thread waits for the one that does, the main loop too.
-constexpr milliseconds PATIENCE{100};
+constexpr milliseconds PATIENCE{1000};
 constexpr int GROWS_BACK_IN = 10;
 
 int lowest_priority()
