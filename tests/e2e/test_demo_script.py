@@ -47,7 +47,8 @@ def demo(source_dir, tmp_path, request):
     print(start.text() if output.exists() else "never started", file=sys.stderr)
     try:
         # What was interrupted may still be on its way out.
-        wait_until(lambda: not audit.processes_marked(mark), "nothing left running by demo.sh")
+        wait_until(lambda: not audit.processes_marked(mark),
+                   lambda: f"nothing left running by demo.sh: {audit.commands_marked(mark)}")
     finally:
         for process in audit.processes_marked(mark):
             os.kill(process, signal.SIGKILL)

@@ -1,5 +1,6 @@
 """What the player may write while nothing is wrong, and what it may leave behind."""
 
+import contextlib
 import os
 import re
 
@@ -82,3 +83,12 @@ def processes_marked(mark):
         except OSError:
             continue
     return found
+
+
+def commands_marked(mark):
+    """What those are, as far as they are still there."""
+    commands = []
+    for process in processes_marked(mark):
+        with contextlib.suppress(OSError), open(f"/proc/{process}/cmdline", "rb") as file:
+            commands.append(file.read().replace(b"\0", b" ").decode(errors="replace"))
+    return commands
