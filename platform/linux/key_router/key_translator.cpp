@@ -15,6 +15,12 @@ namespace {
 
 constexpr char SERVICE[] = "key_router";
 
+/**
+ * Of an injected key. The toolkit has windows in memory, the options for instance, under number 0,
+ * and would give them such a key by itself, for a moment also after they are gone.
+ */
+constexpr auto NO_WINDOW = static_cast<Ecore_Window>(-1);
+
 /** An event that carries its own name, and tells the translator to leave it alone. */
 struct InjectedKey {
     Ecore_Event_Key event = {};
@@ -30,7 +36,7 @@ Eina_Bool rename_key(void * /*data*/, int /*type*/, void *event)
 {
     auto *key = static_cast<Ecore_Event_Key *>(event);
     // An injected key has no keyboard behind it.
-    if (!key->dev && key->event_window == 0)
+    if (!key->dev && key->event_window == NO_WINDOW)
         return ECORE_CALLBACK_PASS_ON;
     const char *name = translate_key(key->keyname, key->key, Settings::get().keys);
     if (!name)
@@ -51,6 +57,7 @@ void add_event(int type, const std::string &name)
     injected->event.keyname = injected->name.c_str();
     injected->event.key = injected->name.c_str();
     injected->event.timestamp = static_cast<unsigned int>(ecore_time_get() * 1000.0);
+    injected->event.window = injected->event.root_window = injected->event.event_window = NO_WINDOW;
     Ecore_Event_Key *event = &injected->event;
     if (ecore_event_add(type, event, free_injected, injected.get()))
         static_cast<void>(injected.release()); // the event's own from now on

@@ -4,9 +4,12 @@
 #include <set>
 #include <string>
 
+#include <Ecore.h>
+#include <Ecore_Input.h>
 #include <gmock/gmock.h>
 
 #include "key_router.h"
+#include "key_router/key_translator.h"
 #include "set_keys.h"
 #include "store_support/captured_log.h"
 
@@ -111,6 +114,30 @@ TEST(VirtualKeyTest, SendsThePanelKeyOnlyWhileStarted)
     EXPECT_EQ(VirtualKey_Send_KeyCode(VIRTUAL_KEY_CODE_ROTATE_PANEL, 7), -1);
     VirtualKey_Finalize();
     EXPECT_EQ(VirtualKey_Send_KeyCode(VIRTUAL_KEY_CODE_ROTATE_PANEL, VIRTUAL_KEY_ACTION_CLICK), -1);
+}
+
+/** Where the toolkit has its windows in memory. */
+constexpr Ecore_Window IN_MEMORY = 0;
+
+TEST(InjectedKeyTest, IsForNoWindowOfTheToolkits)
+{
+    ecore_event_init();
+    Ecore_Window window = IN_MEMORY;
+    Ecore_Event_Handler *handler = ecore_event_handler_add(
+        ECORE_EVENT_KEY_DOWN,
+        [](void *seen, int, void *event) -> Eina_Bool {
+            *static_cast<Ecore_Window *>(seen) =
+                static_cast<Ecore_Event_Key *>(event)->event_window;
+            return ECORE_CALLBACK_DONE;
+        },
+        &window);
+    platform::inject_key("XF86Back");
+
+    ecore_main_loop_iterate();
+
+    EXPECT_NE(window, IN_MEMORY);
+    ecore_event_handler_del(handler);
+    ecore_event_shutdown();
 }
 
 } // namespace
