@@ -1,8 +1,8 @@
-// Keeps the leak checker from GLib's table of quarks. It is made by the library's own initialiser, and
-// each time that it grows the old one is given up, because others may be reading in it. The leak checker
-// can be told so by name, but then has to walk the stack of each allocation the slow way, GLib having no
-// frame pointers: that was half of what these tests compute. These functions stand before the library's
-// own, and are in the build with the address sanitizer only.
+// Keeps the leak checker from GLib's table of quarks. It is made by the library's own initialiser,
+// and each time that it grows the old one is given up, because others may be reading in it. The
+// leak checker can be told so by name, but then has to walk the stack of each allocation the slow
+// way, GLib having no frame pointers: that was half of what these tests compute. These functions
+// stand before the library's own, and are in the build with the address sanitizer only.
 
 #include <dlfcn.h>
 #include <glib.h>
