@@ -125,6 +125,8 @@ player() {
 }
 
 start_user_manager() {
+    # The service would play a stick before the built-in content.
+    rm -r /media/stick
     # Only where systemd runs the machine does it run a manager for a user.
     mkdir -p /run/systemd/system
     in_background user-manager /lib/systemd/systemd --user

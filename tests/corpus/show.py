@@ -23,7 +23,8 @@ PASSED_OVER = r"/\d{4}-([^ ./]+)\.\S+ cannot be played: "
 SILENT = r"\d{4}-([^ ./]+)\.\S+ plays in silence: "
 WHAT_MAY_BE_SAID = (r"PLATFORM", r"still_picture", r"EventDispatcher.* > decode failed",
                     # The libraries that read it.
-                    r"(GStreamer|GLib)(-\w+)*-(CRITICAL|WARNING) \*\*")
+                    r"(GStreamer|GLib)(-\w+)*-(CRITICAL|WARNING) \*\*",
+                    r"^(Didn't get subframe DSYNC|bitalloc index .* too big .*|check failed: .*)$")
 
 
 def lay_out(folder, cases, carrier):
