@@ -94,7 +94,7 @@ for package in "$work"/packages/*.deb; do
     dpkg-deb -b "$work/unpacked/later" "$system/root/later/" >/dev/null
     rm -r "$work/unpacked/later"
 done
-# Some twenty times slower than a set: what is watched by the clock gets more time.
+# Many times slower than a set: what is watched by the clock gets more time.
 for unit in ostrel-demo-kiosk ostrel-demo-kiosk-player ostrel-demo-kiosk-standby; do
     mkdir -p "$system/etc/systemd/system/$unit.service.d"
     printf '[Service]\nTimeoutStartSec=180\nWatchdogSec=40\n' \

@@ -24,7 +24,9 @@ SILENT = r"\d{4}-([^ ./]+)\.\S+ plays in silence: "
 WHAT_MAY_BE_SAID = (r"PLATFORM", r"still_picture", r"EventDispatcher.* > decode failed",
                     # The libraries that read it.
                     r"(GStreamer|GLib)(-\w+)*-(CRITICAL|WARNING) \*\*",
-                    r"^(Didn't get subframe DSYNC|bitalloc index .* too big .*|check failed: .*)$")
+                    r"^(Didn't get subframe DSYNC$|bitalloc index .* too big|check failed: |"
+                    r"ERROR: block code look-up failed$|Stream with high frequencies VQ coding$|"
+                    r"Joint stereo coding not supported$)")
 
 
 def lay_out(folder, cases, carrier):
