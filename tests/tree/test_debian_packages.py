@@ -145,8 +145,10 @@ def test_players_two_services_keep_it_alive_alike(source_dir):
         os.path.join(source_dir, "packaging/ostrel-demo-player-tv.service.in"))
     del users["ExecStart"]
     users["ExecCondition"] = users["ExecCondition"].replace("@CMAKE_INSTALL_FULL_BINDIR@", "/usr/bin")
-    assert {"WatchdogSec", "RestartSec", "MemoryMax"} < set(users)
     assert {key: kiosk.get(key) for key in users} == users
+    # Back in five seconds after the main loop has stood still, and in one after an end.
+    assert (users["WatchdogSec"], users["RestartSec"]) == ("3", "100ms")
+    assert users["MemoryMax"] == "1536M"
     assert kiosk_unit["StartLimitIntervalSec"] == users_unit["StartLimitIntervalSec"]
 
 
@@ -160,6 +162,53 @@ def test_card_has_the_players_sandbox_and_no_device(source_dir):
     assert {line for line in player - card if not line.startswith("DeviceAllow=")} \
         == {"RestrictAddressFamilies=AF_UNIX AF_NETLINK"}
     assert not [line for line in card if line.startswith("DeviceAllow=")]
+
+
+def test_nothing_blanks_the_screen_or_leads_away_from_it(source_dir):
+    kiosk = os.path.join(source_dir, KIOSK)
+    compositor, logins = (configparser.ConfigParser() for _ in range(2))
+    assert compositor.read(os.path.join(kiosk, "weston.ini"))
+    assert compositor["core"]["idle-time"] == "0"
+    assert compositor["core"]["require-input"] == "false"
+    assert compositor["keyboard"]["vt-switching"] == "false"
+    assert logins.read(os.path.join(kiosk, "etc/systemd/logind.conf.d/ostrel-demo-kiosk.conf"))
+    assert dict(logins["Login"]) == {"nautovts": "0", "reservevt": "0"}
+    kernel = subprocess.run(
+        ["sh", "-c", '. "$0"; echo "$GRUB_CMDLINE_LINUX_DEFAULT"',
+         os.path.join(kiosk, "etc/default/grub.d/ostrel-demo-kiosk.cfg")],
+        capture_output=True, text=True, check=True)
+    assert {"quiet", "console=tty12", "systemd.show_status=no", "vt.global_cursor_default=0"} \
+        <= set(kernel.stdout.split())
+
+
+def test_sticks_are_mounted_for_reading_alone(source_dir):
+    with open(os.path.join(source_dir, KIOSK, "etc/udev/rules.d/90-ostrel-demo-kiosk.rules"),
+              encoding="utf-8") as file:
+        options = re.findall(r'(?:ENV\{ID_FS_TYPE\}=="(\S+)", )?ENV\{OSTREL_DEMO_OPTIONS\}="(\S+)"',
+                             file.read())
+    assert [kind for kind, _ in options] == ["", "vfat", "exfat", "ntfs", "ext[34]"]
+    for kind, given in options:
+        # The journal of a stick that was pulled would be played back.
+        own = {"vfat": {"utf8=1"}, "exfat": {"iocharset=utf8"}, "ext[34]": {"noload"}}.get(kind, set())
+        assert {"ro", "nosuid", "nodev", "noexec"} | own <= set(given.split(","))
+
+
+def test_kiosks_completion_offers_what_the_command_knows(source_dir):
+    kiosk = os.path.join(source_dir, KIOSK, "ostrel-demo-kiosk")
+
+    def offered(*words):
+        script = '. "$0"; COMP_WORDS=(ostrel-demo-kiosk "$@"); COMP_CWORD=$#; _ostrel_demo_kiosk; ' \
+            'printf "%s\\n" "${COMPREPLY[@]}"'
+        told = subprocess.run(["bash", "-euc", script, f"{kiosk}.bash", *words], capture_output=True,
+                              text=True, check=True)
+        return set(told.stdout.split())
+
+    usage = subprocess.run([kiosk, "--help"], capture_output=True, text=True, check=True).stdout
+    commands = {word for line in re.findall(r"ostrel-demo-kiosk (\S+)", usage) for word in line.split("|")}
+    assert offered("") == commands | {"--help"} and len(commands) == 6
+    assert offered("st") == {"status"}
+    orientations = set(re.search(r"ostrel-demo-kiosk panel (\S+)", usage).group(1).split("|"))
+    assert offered("panel", "") == orientations and len(orientations) == 4
 
 
 @pytest.mark.parametrize("script", [
